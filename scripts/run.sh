@@ -1,0 +1,19 @@
+#!/usr/bin/env bash
+# Builds the Organiser, installs the example assays where the program looks for
+# them, and starts it. Without a display it runs under Xvfb and says so.
+set -euo pipefail
+root=$(cd "$(dirname "$0")/.." && pwd)
+build=${BUILD_DIR:-$root/build}
+"$root/scripts/build.sh"
+"$root/scripts/install-examples.sh"
+
+# QtWebEngine refuses to start as root with its sandbox on.
+if [ "$(id -u)" -eq 0 ]; then
+  export QTWEBENGINE_DISABLE_SANDBOX=1
+fi
+
+if [ -z "${DISPLAY:-}" ] && [ -z "${WAYLAND_DISPLAY:-}" ]; then
+  echo "No display found: running the Organiser under Xvfb (a virtual X server)."
+  exec xvfb-run -a -s "-screen 0 1920x1080x24" "$build/src/NMain5" "$@"
+fi
+exec "$build/src/NMain5" "$@"

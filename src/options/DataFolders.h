@@ -1,0 +1,64 @@
+#pragma once
+
+#include "FileSystemObject.h"
+
+#include <QString>
+
+#include <functional>
+
+namespace nebra {
+
+class HLDCollection;
+class SuitePaths;
+class SuiteSettings;
+
+// The data folder tree under the parent directory: creation of whatever is
+// missing, seeding of newly made folders from the example assays, and the
+// validation of a newly typed parent directory.
+class DataFolders
+{
+public:
+    // The installed-driver collection, created on first use by the caller.
+    using DriverSource = std::function<const HLDCollection&()>;
+
+    // The fixed folder the suite's installer puts the example assays in.
+    static QString ExampleSourceFolder();
+
+    DataFolders(SuitePaths& paths, SuiteSettings& settings, DriverSource drivers,
+                FileSystemObjectFactory fileSystem = defaultFileSystemObjectFactory(),
+                QString exampleSource = ExampleSourceFolder());
+
+    // Creates every missing folder of the tree for the current parent
+    // directory, seeds the folders made in this run and makes one
+    // read-configuration folder per installed driver. Reports nothing: a
+    // folder that cannot be made is simply left out.
+    void CreateAnyMissingNebraDirectories();
+
+    // True when all six folders below the candidate exist (the candidate itself is not tested).
+    bool AreAllSubfoldersPresent(const QString& candidate);
+
+    // True when all seven folders of the tree exist for the current parent directory.
+    bool DoAllDataFoldersExist();
+
+    // Validates a typed parent directory and applies it, asking the user where
+    // folders are missing. The trimmed text is written back into text. Returns
+    // false when the typed value must not be accepted (the caller keeps its
+    // dialog open); no setting has then changed.
+    bool ApplyParentDirectory(QString& text);
+
+private:
+    void createFolderTree();
+    void createDriverFolders();
+    bool applyNewFolder(const QString& text);
+    bool applyExistingFolder(const QString& text);
+    bool storeParentDirectory(const QString& text);
+
+    SuitePaths& m_paths;
+    SuiteSettings& m_settings;
+    DriverSource m_drivers;
+    FileSystemObjectFactory m_fileSystemFactory;
+    QString m_exampleSource;
+    std::unique_ptr<FileSystemObject> m_fileSystem;
+};
+
+} // namespace nebra

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QList>
+#include <QWidget>
+
+class QToolBox;
+class QListWidget;
+
+namespace nebra {
+
+// The shortcuts bar: groups of items, each item leading somewhere (its key).
+// Mode 0 shows the bar, mode 2 collapses it.
+class ShortcutsBar : public QWidget
+{
+    Q_OBJECT
+public:
+    explicit ShortcutsBar(QWidget* parent = nullptr);
+
+    void setMode(int mode);
+    int mode() const { return m_mode; }
+
+    // Returns the new group's index.
+    int addGroup(const QString& caption);
+    // Adds an item to a group and returns its index within the group.
+    int addItem(int group, const QString& caption, const QString& key);
+    void setItemIcon(int group, int item, const QIcon& icon);
+
+    int groupCount() const { return int(m_groups.size()); }
+    QString groupCaption(int group) const;
+    QStringList itemCaptions(int group) const;
+    QString itemKey(int group, int item) const;
+    bool itemHasIcon(int group, int item) const;
+
+Q_SIGNALS:
+    void itemClicked(const QString& key);
+
+private:
+    QToolBox* m_toolBox;
+    QList<QListWidget*> m_groups;
+    int m_mode = 0;
+};
+
+} // namespace nebra

@@ -1,0 +1,195 @@
+#include "MainWindow.h"
+
+#include "BrowserControl.h"
+#include "CommandDispatcher.h"
+#include "DataFolders.h"
+#include "FileListControl.h"
+#include "FolderTreeControl.h"
+#include "HelpSystem.h"
+#include "PlateLayoutViewer.h"
+#include "RuntimeErrors.h"
+#include "SecuritySession.h"
+#include "ShellNotifications.h"
+#include "ShortcutsBar.h"
+#include "SingleInstance.h"
+#include "SplashScreen.h"
+#include "StartUpSequence.h"
+#include "StatusBarControl.h"
+#include "SuitePaths.h"
+#include "SuiteSettings.h"
+#include "ToolBarsControl.h"
+#include "ToolDefinitions.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QGridLayout>
+#include <QSplitter>
+#include <QStatusBar>
+
+namespace nebra {
+
+namespace {
+constexpr int TwipsPerInch = 1440;
+}
+
+MainWindow::MainWindow(Options options)
+    : m_options(std::move(options)), m_singleInstance(std::make_unique<SingleInstance>(m_options.instanceName)),
+      m_notifications(std::make_unique<ShellNotifications>()), m_help(std::make_unique<HelpSystem>())
+{
+    setObjectName(QStringLiteral("frmNMain"));
+    setAccessibleName(QStringLiteral("Organiser"));
+    setGeometry(DesignGeometry);
+    createControls();
+    connectCommands();
+    connect(m_singleInstance.get(), &SingleInstance::activationRequested, this, &MainWindow::showFromOtherInstance);
+}
+
+MainWindow::~MainWindow()
+{
+    if (m_splash)
+        m_splash->close();
+}
+
+void MainWindow::showSplash()
+{
+    m_splash = new SplashScreen(this, windowTitle());
+    m_splash->show();
+}
+
+void MainWindow::createControls()
+{
+    m_toolBars = new ToolBarsControl(this);
+    for (const ToolDefinition& tool : ToolDefinitions::tools())
+        m_toolBars->addTool(tool);
+    for (const auto& [menu, items] : ToolDefinitions::menus())
+        m_toolBars->addMenu(menu, items);
+    m_toolBars->addToolBarItems(ToolDefinitions::toolBarItems());
+    m_statusBar = new StatusBarControl(statusBar(), 2);
+
+    auto* splitter = new QSplitter(Qt::Horizontal, this);
+    splitter->setAccessibleName(QStringLiteral("Panes"));
+    m_shortcutsBar = new ShortcutsBar(splitter);
+    m_folderTree = new FolderTreeControl(splitter);
+    auto* right = new QSplitter(Qt::Vertical, splitter);
+    right->setAccessibleName(QStringLiteral("Documents and preview"));
+    m_fileList = new FileListControl(right);
+    createPreviewArea(right);
+    splitter->setStretchFactor(2, 1);
+    setCentralWidget(splitter);
+    // The panes stay hidden until the start-up has filled them.
+    m_shortcutsBar->hide();
+    m_folderTree->hide();
+    m_fileList->hide();
+}
+
+void MainWindow::createPreviewArea(QSplitter* splitter)
+{
+    // The browser and the plate layout viewer share one place; the viewer,
+    // when shown, lies over the browser.
+    m_previewArea = new QWidget(splitter);
+    m_previewArea->setAccessibleName(QStringLiteral("Preview area"));
+    auto* grid = new QGridLayout(m_previewArea);
+    grid->setContentsMargins(0, 0, 0, 0);
+    m_plateViewer = new PlateLayoutViewer(m_previewArea);
+    grid->addWidget(m_plateViewer, 0, 0);
+    m_plateViewer->hide();
+}
+
+void MainWindow::createBrowser()
+{
+    m_browser = new BrowserControl(m_previewArea);
+    static_cast<QGridLayout*>(m_previewArea->layout())->addWidget(m_browser, 0, 0);
+    m_plateViewer->raise();
+}
+
+void MainWindow::connectCommands()
+{
+    m_commands = new CommandDispatcher([this] {
+        if (m_security)
+            m_security->ResetLogOutTimeOutTimer();
+    }, this);
+    connect(m_toolBars, &ToolBarsControl::toolClick, m_commands, &CommandDispatcher::ToolClick);
+    m_commands->setCommand(QStringLiteral("ID_Exit"), [this] { close(); });
+}
+
+void MainWindow::createSecuritySession()
+{
+    m_security = std::make_unique<SecuritySession>(m_globals, this, *m_toolBars, *m_statusBar);
+}
+
+void MainWindow::createDataFolders()
+{
+    m_dataFolders = std::make_unique<DataFolders>(*m_globals.paths, *m_globals.settings,
+                                                  [this]() -> const HLDCollection& { return m_globals.drivers(); },
+                                                  m_options.fileSystemFactory);
+}
+
+MainWindow::LoadOutcome MainWindow::Load()
+{
+    StartUpSequence sequence(*this);
+    const LoadOutcome outcome = sequence.run();
+    if (outcome == LoadOutcome::Loaded)
+        m_mainWindowLoaded = true;
+    return outcome;
+}
+
+void MainWindow::recordDesignGeometry()
+{
+    const QRect r = geometry();
+    const int dpi = logicalDpiX() > 0 ? logicalDpiX() : 96;
+    auto twips = [dpi](int px) { return checkedInt16(static_cast<long long>(px) * TwipsPerInch / dpi); };
+    m_designTwips = {twips(r.x()), twips(r.y()), twips(r.width()), twips(r.height())};
+    // Out of sight until the load has finished.
+    const int away = -10000 * dpi / TwipsPerInch;
+    setGeometry(away, away, 0, 0);
+}
+
+void MainWindow::restoreDesignGeometryAndMaximise()
+{
+    const int dpi = logicalDpiX() > 0 ? logicalDpiX() : 96;
+    auto px = [dpi](short twips) { return int(twips) * dpi / TwipsPerInch; };
+    resize(px(m_designTwips[2]), px(m_designTwips[3]));
+    move(px(m_designTwips[0]), px(m_designTwips[1]));
+    showMaximized();
+}
+
+void MainWindow::showFromOtherInstance()
+{
+    if (isMinimized())
+        setWindowState(windowState() & ~Qt::WindowMinimized);
+    show();
+    raise();
+    activateWindow();
+}
+
+void MainWindow::UnloadAllExceptMain()
+{
+    QWidget* active = QApplication::activeWindow();
+    if (active && active != this)
+        active->close();
+    for (QWidget* window : QApplication::topLevelWidgets())
+        if (window != this && window->isVisible())
+            window->close();
+}
+
+void MainWindow::closeEvent(QCloseEvent* event)
+{
+    Unload();
+    event->accept();
+}
+
+void MainWindow::Unload()
+{
+    if (m_unloaded)
+        return;
+    m_unloaded = true;
+    // A window whose load did not complete keeps the stored mode unchanged.
+    if (m_mainWindowLoaded)
+        m_globals.settings->SetExplorerModeFlag(m_folderTree->displayMode() == 2);
+    m_help->CloseHelpIfOpen();
+    m_notifications->TerminateSHCNENotification();
+    if (m_globals.SecurityEnabled && m_security)
+        m_security->CloseSession();
+}
+
+} // namespace nebra

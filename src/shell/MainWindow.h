@@ -1,0 +1,124 @@
+#pragma once
+
+#include "FileSystemObject.h"
+#include "Globals.h"
+
+#include <QMainWindow>
+#include <QPointer>
+
+#include <array>
+#include <memory>
+
+class QSplitter;
+
+namespace nebra {
+
+class BrowserControl;
+class CommandDispatcher;
+class DataFolders;
+class FileListControl;
+class FolderTreeControl;
+class HelpSystem;
+class PlateLayoutViewer;
+class SecuritySession;
+class ShellNotifications;
+class ShortcutsBar;
+class SingleInstance;
+class SplashScreen;
+class StatusBarControl;
+class ToolBarsControl;
+
+struct MainWindowOptions
+{
+    // Creates the file-system component; tests make it fail.
+    FileSystemObjectFactory fileSystemFactory = defaultFileSystemObjectFactory();
+    // Name of the per-user single-instance socket.
+    QString instanceName = QStringLiteral("NMain5");
+};
+
+// The Organiser's main window. Load() runs the start-up sequence; closing
+// the window runs the shutdown sequence.
+class MainWindow : public QMainWindow
+{
+    Q_OBJECT
+public:
+    enum class LoadOutcome {
+        Loaded,            // running, window maximised
+        DuplicateInstance, // another instance was asked to show itself; end at once without unloading
+        Ended,             // a fatal start-up failure was reported; end at once without unloading
+    };
+
+    using Options = MainWindowOptions;
+
+    // The window's size and position as designed, in pixels, before it is maximised.
+    static constexpr QRect DesignGeometry{0, 0, 800, 600};
+
+    explicit MainWindow(Options options = Options());
+    ~MainWindow() override;
+
+    LoadOutcome Load();
+    bool MainWindowLoaded() const { return m_mainWindowLoaded; }
+
+    // Closes every other window of the program (used by a forced log-out).
+    void UnloadAllExceptMain();
+
+    Globals& globals() { return m_globals; }
+    const Options& options() const { return m_options; }
+    ToolBarsControl& toolBars() const { return *m_toolBars; }
+    StatusBarControl& statusBarControl() const { return *m_statusBar; }
+    ShortcutsBar& shortcutsBar() const { return *m_shortcutsBar; }
+    FolderTreeControl& folderTree() const { return *m_folderTree; }
+    FileListControl& fileList() const { return *m_fileList; }
+    PlateLayoutViewer& plateLayoutViewer() const { return *m_plateViewer; }
+    BrowserControl* browser() const { return m_browser; }
+    CommandDispatcher& commands() const { return *m_commands; }
+    SecuritySession* securitySession() const { return m_security.get(); }
+    ShellNotifications& shellNotifications() const { return *m_notifications; }
+    DataFolders* dataFolders() const { return m_dataFolders.get(); }
+    SingleInstance& singleInstance() const { return *m_singleInstance; }
+
+    // The design geometry as recorded at the start of loading, in twips:
+    // left, top, width, height.
+    std::array<short, 4> recordedDesignGeometry() const { return m_designTwips; }
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+
+private:
+    friend class StartUpSequence;
+
+    void createControls();
+    void createPreviewArea(QSplitter* splitter);
+    void connectCommands();
+    void createSecuritySession();
+    void createDataFolders();
+    void createBrowser();
+    void recordDesignGeometry();
+    void restoreDesignGeometryAndMaximise();
+    void showFromOtherInstance();
+    void showSplash();
+    void Unload();
+
+    Globals m_globals;
+    Options m_options;
+    std::unique_ptr<SingleInstance> m_singleInstance;
+    ToolBarsControl* m_toolBars = nullptr;
+    StatusBarControl* m_statusBar = nullptr;
+    ShortcutsBar* m_shortcutsBar = nullptr;
+    FolderTreeControl* m_folderTree = nullptr;
+    FileListControl* m_fileList = nullptr;
+    QWidget* m_previewArea = nullptr;
+    PlateLayoutViewer* m_plateViewer = nullptr;
+    BrowserControl* m_browser = nullptr;
+    CommandDispatcher* m_commands = nullptr;
+    std::unique_ptr<SecuritySession> m_security;
+    std::unique_ptr<ShellNotifications> m_notifications;
+    std::unique_ptr<HelpSystem> m_help;
+    std::unique_ptr<DataFolders> m_dataFolders;
+    QPointer<SplashScreen> m_splash;
+    std::array<short, 4> m_designTwips{};
+    bool m_mainWindowLoaded = false;
+    bool m_unloaded = false;
+};
+
+} // namespace nebra

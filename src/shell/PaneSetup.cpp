@@ -1,0 +1,125 @@
+#include "PaneSetup.h"
+
+#include "DiagnosticLog.h"
+#include "FileListControl.h"
+#include "FolderTreeControl.h"
+#include "MainWindow.h"
+#include "PlateLayoutViewer.h"
+#include "Resources.h"
+#include "ShortcutsBar.h"
+#include "SuiteSettings.h"
+
+#include <QApplication>
+#include <QStyle>
+
+namespace nebra {
+
+namespace {
+constexpr int SpacedButtonsFlag = 32;
+
+// Keys of the shortcuts-bar items: the folder kind of the tree node each leads to.
+const QString OrganiserKey = QStringLiteral("0");
+const QString InstrumentKey = QStringLiteral("1");
+const QString LayoutsKey = QStringLiteral("2");
+const QString ProtocolsKey = QStringLiteral("3");
+const QString ResultsKey = QStringLiteral("4");
+const QString ReportsKey = QStringLiteral("5");
+
+QIcon iconForKey(const QString& key)
+{
+    QStyle* style = QApplication::style();
+    if (key == OrganiserKey)
+        return style->standardIcon(QStyle::SP_DirHomeIcon);
+    if (key == InstrumentKey)
+        return style->standardIcon(QStyle::SP_DriveHDIcon);
+    if (key == ReportsKey)
+        return style->standardIcon(QStyle::SP_FileDialogDetailedView);
+    return style->standardIcon(QStyle::SP_DirIcon);
+}
+} // namespace
+
+PaneSetup::PaneSetup(MainWindow& window) : m_window(window) {}
+
+void PaneSetup::ApplyShortcutsBarSetting() const
+{
+    LogTraceBlock();
+    m_window.shortcutsBar().setMode(m_window.globals().settings->ShowShortcutsBar() ? 0 : 2);
+}
+
+void PaneSetup::applyTreeDisplayMode() const
+{
+    FolderTreeControl& tree = m_window.folderTree();
+    tree.setDisplayMode(1);
+    if (m_window.globals().settings->ExplorerModeFlag())
+        tree.setDisplayMode(2);
+}
+
+void PaneSetup::configureTreeAndFileList() const
+{
+    m_window.fileList().addColumn(QStringLiteral("Comment"));
+}
+
+void PaneSetup::addTreeButtons() const
+{
+    FolderTreeControl& tree = m_window.folderTree();
+    tree.addButton(Back, QStringLiteral("Back"));
+    tree.addButton(Forward, QStringLiteral("Forward"));
+    tree.addButton(Up, QStringLiteral("Up"));
+    if (m_window.globals().settings->ToolbarFlags() & SpacedButtonsFlag) {
+        for (int key = FirstSpacer; key <= LastSpacer; ++key)
+            tree.addButton(key, QStringLiteral(" "));
+        tree.addButton(New, QStringLiteral("New"));
+        tree.addButton(Open, QStringLiteral("Open"));
+        tree.addButton(Run, QStringLiteral("Run"));
+    } else {
+        tree.addSeparator(Separator);
+        tree.addButton(New, QStringLiteral("New"));
+        tree.addButton(Open, QStringLiteral("Open"));
+        tree.addButton(Run, QStringLiteral("Run"));
+        tree.addSeparator(Separator);
+        tree.addButton(Help, QStringLiteral("Help"));
+        tree.addSeparator(Separator);
+    }
+    tree.setButtonEnabled(Back, false);
+    tree.setButtonEnabled(Forward, false);
+    tree.setButtonEnabled(Up, false);
+}
+
+void PaneSetup::buildShortcutsBar() const
+{
+    const Resources& res = *m_window.globals().resources;
+    ShortcutsBar& bar = m_window.shortcutsBar();
+    const int tasks = bar.addGroup(res.LoadResString(Resources::TasksGroupCaption));
+    bar.addItem(tasks, res.LoadResString(Resources::OrganiserCaption), OrganiserKey);
+    bar.addItem(tasks, res.LoadResString(Resources::ProtocolsCaption), ProtocolsKey);
+    bar.addItem(tasks, res.LoadResString(Resources::ResultsCaption), ResultsKey);
+    bar.addItem(tasks, QStringLiteral("Reports"), ReportsKey);
+
+    const int folders = bar.addGroup(res.LoadResString(Resources::FoldersGroupCaption));
+    bar.addItem(folders, res.LoadResString(Resources::OrganiserCaption), OrganiserKey);
+    if (m_window.globals().InstrumentDriversInUse)
+        bar.addItem(folders, res.LoadResString(Resources::InstrumentDataCaption), InstrumentKey);
+    bar.addItem(folders, res.LoadResString(Resources::LayoutsCaption), LayoutsKey);
+    bar.addItem(folders, res.LoadResString(Resources::ProtocolsCaption), ProtocolsKey);
+    bar.addItem(folders, res.LoadResString(Resources::ResultsCaption), ResultsKey);
+    bar.addItem(folders, QStringLiteral("Reports"), ReportsKey);
+}
+
+void PaneSetup::SetShortcutBarIcons() const
+{
+    LogTraceBlock();
+    ShortcutsBar& bar = m_window.shortcutsBar();
+    for (int group = 0; group < bar.groupCount(); ++group)
+        for (int item = 0; item < bar.itemCaptions(group).size(); ++item)
+            bar.setItemIcon(group, item, iconForKey(bar.itemKey(group, item)));
+}
+
+void PaneSetup::showPanes() const
+{
+    m_window.plateLayoutViewer().setBkColour(QColor(0xf4, 0xf6, 0xf8));
+    m_window.shortcutsBar().show();
+    m_window.folderTree().show();
+    m_window.fileList().show();
+}
+
+} // namespace nebra

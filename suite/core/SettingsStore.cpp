@@ -1,0 +1,147 @@
+#include "SettingsStore.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QSettings>
+#include <QStandardPaths>
+#include <QStringDecoder>
+
+namespace nebra {
+
+namespace {
+
+// QSettings reads almost anything as INI. A truncated or overwritten file
+// would then silently yield odd values, so the text is checked first: it must
+// be UTF-8 without NUL bytes, and every line must be empty, a comment, a
+// [group] header, a key=value pair or the continuation of one.
+QString problemWithText(const QByteArray& bytes)
+{
+    if (bytes.contains('\0'))
+        return QStringLiteral("it holds binary data");
+    QStringDecoder decoder(QStringDecoder::Utf8);
+    const QString text = decoder(bytes);
+    if (decoder.hasError())
+        return QStringLiteral("it is not UTF-8 text");
+    bool continued = false;
+    const QStringList lines = text.split(QLatin1Char('\n'));
+    for (int i = 0; i < lines.size(); ++i) {
+        const QString line = lines[i].trimmed();
+        const bool wasContinued = continued;
+        continued = line.endsWith(QLatin1Char('\\'));
+        if (wasContinued || line.isEmpty() || line.startsWith(QLatin1Char(';')) ||
+            line.startsWith(QLatin1Char('#')))
+            continue;
+        if (line.startsWith(QLatin1Char('[')) && line.endsWith(QLatin1Char(']')))
+            continue;
+        if (line.indexOf(QLatin1Char('=')) > 0)
+            continue;
+        return QStringLiteral("line %1 is not a setting").arg(i + 1);
+    }
+    return {};
+}
+
+} // namespace
+
+SettingsStore::SettingsStore() : SettingsStore(defaultFilePath()) {}
+
+SettingsStore::SettingsStore(const QString& filePath) : m_filePath(filePath)
+{
+    open();
+}
+
+SettingsStore::~SettingsStore() = default;
+
+QString SettingsStore::defaultFilePath()
+{
+    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
+           QStringLiteral("/Nebra/Suite.ini");
+}
+
+void SettingsStore::open()
+{
+    const QFileInfo info(m_filePath);
+    if (info.exists()) {
+        QFile file(m_filePath);
+        QString problem;
+        if (!info.isFile())
+            problem = QStringLiteral("it is not a file");
+        else if (!file.open(QIODevice::ReadOnly))
+            problem = file.errorString();
+        else
+            problem = problemWithText(file.readAll());
+        if (!problem.isEmpty()) {
+            m_warning = QStringLiteral("The settings file \"%1\" cannot be used (%2). "
+                                       "Default settings are in effect; the file has not been changed.")
+                            .arg(QDir::toNativeSeparators(m_filePath), problem);
+            return;
+        }
+    }
+    m_settings = std::make_unique<QSettings>(m_filePath, QSettings::IniFormat);
+    m_settings->setAtomicSyncRequired(true);
+    if (m_settings->status() != QSettings::NoError) {
+        m_warning = QStringLiteral("The settings file \"%1\" cannot be read. "
+                                   "Default settings are in effect; the file has not been changed.")
+                        .arg(QDir::toNativeSeparators(m_filePath));
+        m_settings.reset();
+    }
+}
+
+QVariant SettingsStore::value(const QString& key, const QVariant& defaultValue, bool fresh) const
+{
+    if (!m_settings)
+        return defaultValue;
+    if (fresh && m_batchDepth == 0)
+        m_settings->sync(); // re-reads the file when another program changed it
+    return m_settings->value(key, defaultValue);
+}
+
+bool SettingsStore::setAside()
+{
+    const QString aside = m_filePath + QStringLiteral(".corrupt-") +
+                          QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMdd-hhmmss"));
+    if (QFileInfo::exists(m_filePath) && !QFile::rename(m_filePath, aside)) {
+        m_lastError = QStringLiteral("The unusable settings file \"%1\" could not be kept aside, "
+                                     "so no setting was written.")
+                          .arg(QDir::toNativeSeparators(m_filePath));
+        return false;
+    }
+    m_settings = std::make_unique<QSettings>(m_filePath, QSettings::IniFormat);
+    m_settings->setAtomicSyncRequired(true);
+    return true;
+}
+
+bool SettingsStore::setValue(const QString& key, const QVariant& value)
+{
+    m_lastError.clear();
+    if (!m_settings && !setAside())
+        return false;
+    QDir().mkpath(QFileInfo(m_filePath).absolutePath());
+    m_settings->setValue(key, value);
+    return m_batchDepth > 0 || flush();
+}
+
+bool SettingsStore::flush()
+{
+    m_settings->sync();
+    if (m_settings->status() == QSettings::NoError)
+        return true;
+    m_lastError = QStringLiteral("The settings file \"%1\" could not be written.")
+                      .arg(QDir::toNativeSeparators(m_filePath));
+    return false;
+}
+
+void SettingsStore::beginBatch()
+{
+    ++m_batchDepth;
+}
+
+bool SettingsStore::endBatch()
+{
+    if (m_batchDepth == 0 || --m_batchDepth > 0 || !m_settings)
+        return true;
+    return flush();
+}
+
+} // namespace nebra

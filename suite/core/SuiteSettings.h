@@ -1,0 +1,75 @@
+#pragma once
+
+#include <QString>
+
+namespace nebra {
+
+class SettingsStore;
+
+// The suite's settings component: the "[Settings]" group of the suite's
+// settings file. Every getter reads the store; setters write one value at
+// once (atomically) and return false when the file could not be written.
+// Values that cannot be parsed read as their default.
+class SuiteSettings
+{
+public:
+    explicit SuiteSettings(SettingsStore& store);
+
+    // Diagnostic log level: 0 or less is off. Read afresh from disk on every call.
+    int DiagnosticLogLevel() const;
+    bool SetDiagnosticLogLevel(int level);
+
+    // True: the window caption is "Tallyo Plus" instead of the product title.
+    bool PlusCaption() const;
+
+    // The tree's display mode 2 ("explorer mode") was in use when the program last closed.
+    bool ExplorerModeFlag() const;
+    bool SetExplorerModeFlag(bool on);
+
+    // One stored setting under two names: start-up reads ShowShortcutsBar,
+    // the Options dialog edits ShowShortcuts.
+    bool ShowShortcutsBar() const;
+    bool ShowShortcuts() const { return ShowShortcutsBar(); }
+    bool SetShowShortcuts(bool on);
+
+    bool ShowPreviewPane() const;
+    bool SetShowPreviewPane(bool on);
+
+    // 1-based index of the selected instrument driver.
+    int CurrentHLD() const;
+    bool SetCurrentHLD(int index);
+
+    bool SecurityConfigured() const;
+
+    // Welcome page chosen by the installation (a file name in PageFolder()), empty for the built-in pages.
+    QString OrganiserFile() const;
+    QString PageFolder() const;
+    bool UseAlternativeWelcomePage() const;
+
+    bool SkipDriverFolders() const;
+
+    // The suite is installed with instrument drivers: the tree gets its
+    // instrument node and every document type is previewed (not only layouts).
+    bool InstrumentDriversInUse() const;
+
+    // Bit 5 (32): the tree pane's spaced button set without a Help button.
+    int ToolbarFlags() const;
+    // Bit 0x20: the instrument node is captioned generically instead of by the driver's name.
+    int InstrumentFlags() const;
+
+    bool SuppressLayoutsBranch() const;
+
+    // Bracket a run of folder creation; writes made in between reach the disk together.
+    void BeginFolderUpdate();
+    void EndFolderUpdate();
+
+private:
+    bool boolValue(const char* key, bool defaultValue) const;
+    int intValue(const char* key, int defaultValue, bool fresh = false) const;
+    QString stringValue(const char* key) const;
+    bool write(const char* key, const QVariant& value);
+
+    SettingsStore& m_store;
+};
+
+} // namespace nebra
