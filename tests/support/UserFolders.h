@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QByteArray>
+#include <QDir>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+
+namespace nebra::test {
+
+// Points HOME and the XDG folders of this process into a fresh temporary
+// folder, so that settings, logs, data and the single-instance socket of a
+// test never touch the user's own. Restores nothing: use one per test
+// function (or one per test case) and let it go out of scope at the end.
+class UserFolders
+{
+public:
+    UserFolders()
+    {
+        const QString root = m_dir.path();
+        for (const char* name : {"home", "config", "state", "data", "runtime"})
+            QDir(root).mkdir(QLatin1String(name));
+        QFile::setPermissions(root + QStringLiteral("/runtime"),
+                              QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+        qputenv("HOME", (root + QStringLiteral("/home")).toUtf8());
+        qputenv("XDG_CONFIG_HOME", (root + QStringLiteral("/config")).toUtf8());
+        qputenv("XDG_STATE_HOME", (root + QStringLiteral("/state")).toUtf8());
+        qputenv("XDG_DATA_HOME", (root + QStringLiteral("/data")).toUtf8());
+        qputenv("XDG_RUNTIME_DIR", (root + QStringLiteral("/runtime")).toUtf8());
+        QStandardPaths::setTestModeEnabled(false);
+    }
+
+    QString root() const { return m_dir.path(); }
+    QString home() const { return m_dir.path() + QStringLiteral("/home"); }
+    QString settingsFile() const { return m_dir.path() + QStringLiteral("/config/Nebra/Suite.ini"); }
+    QString stateFolder() const { return m_dir.path() + QStringLiteral("/state"); }
+
+private:
+    QTemporaryDir m_dir;
+};
+
+} // namespace nebra::test
