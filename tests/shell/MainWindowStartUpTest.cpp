@@ -1,0 +1,268 @@
+#include "FileListControl.h"
+#include "FolderTreeControl.h"
+#include "MainWindow.h"
+#include "MessageRecorder.h"
+#include "ShortcutsBar.h"
+#include "StartUpSequence.h"
+#include "ToolBarsControl.h"
+#include "UserFolders.h"
+
+#include <QAction>
+#include <QFile>
+#include <QSettings>
+#include <QTest>
+
+using namespace nebra;
+using nebra::test::MessageRecorder;
+using nebra::test::UserFolders;
+
+namespace {
+
+// Records the window state at every Show event of the watched window.
+class ShowWatcher : public QObject
+{
+public:
+    QList<Qt::WindowStates> states;
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (event->type() == QEvent::Show)
+            states.append(static_cast<QWidget*>(watched)->windowState());
+        return QObject::eventFilter(watched, event);
+    }
+};
+
+void writeSettings(const UserFolders& folders, const QList<QPair<QString, QVariant>>& values)
+{
+    QSettings ini(folders.settingsFile(), QSettings::IniFormat);
+    ini.setValue(QStringLiteral("Paths/ParentDirectory"), folders.root() + QStringLiteral("/Data"));
+    for (const auto& [key, value] : values)
+        ini.setValue(key, value);
+}
+
+QVariant storedValue(const UserFolders& folders, const QString& key)
+{
+    return QSettings(folders.settingsFile(), QSettings::IniFormat).value(key);
+}
+
+} // namespace
+
+class MainWindowStartUpTest : public QObject
+{
+    Q_OBJECT
+
+public:
+    static void initMain() { QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts); }
+
+private Q_SLOTS:
+    void loadWritesTheDesignedMilestones()
+    {
+        UserFolders folders;
+        writeSettings(folders, {{QStringLiteral("Settings/DiagnosticLogLevel"), 1}});
+        MainWindow window;
+        QCOMPARE(window.Load(), MainWindow::LoadOutcome::Loaded);
+        QVERIFY(window.MainWindowLoaded());
+
+        QFile log(folders.stateFolder() + QStringLiteral("/Nebra/NebraLog.txt"));
+        QVERIFY(log.open(QIODevice::ReadOnly));
+        QList<QByteArray> lines = log.readAll().split('\n');
+        QCOMPARE(lines.takeLast(), QByteArray()); // the file ends with a line end
+        QCOMPARE(lines.at(2), QByteArray("Log trace: Block 1\r"));
+        int traces = 0;
+        int blocks = 0;
+        for (const QByteArray& line : lines.mid(2)) {
+            if (line.startsWith("Log trace: Block "))
+                QCOMPARE(line, QByteArray("Log trace: Block ") + QByteArray::number(++blocks) + '\r');
+            else
+                QCOMPARE(line, QByteArray("Log trace: ") + QByteArray::number(++traces) + '\r');
+        }
+        // 28 of the start-up itself and 8 of the data folder creation; one block line each for
+        // the start-up, the notifications, the shortcuts bar setting and icons, two for the folders.
+        QCOMPARE(traces, 36);
+        QCOMPARE(blocks, 6);
+        QCOMPARE(lines.last(), QByteArray("Log trace: 36\r"));
+    }
+
+    void withoutLoggingNoLogFileAppears()
+    {
+        UserFolders folders;
+        writeSettings(folders, {});
+        MainWindow window;
+        QCOMPARE(window.Load(), MainWindow::LoadOutcome::Loaded);
+        QVERIFY(!QFile::exists(folders.stateFolder() + QStringLiteral("/Nebra/NebraLog.txt")));
+    }
+
+    void windowIsFirstShownMaximised()
+    {
+        UserFolders folders;
+        writeSettings(folders, {});
+        MainWindow window;
+        ShowWatcher watcher;
+        window.installEventFilter(&watcher);
+        QCOMPARE(window.Load(), MainWindow::LoadOutcome::Loaded);
+        QVERIFY(!watcher.states.isEmpty());
+        QVERIFY(watcher.states.first() & Qt::WindowMaximized);
+        const std::array<short, 4> design = window.recordedDesignGeometry();
+        QCOMPARE(design[2], short(MainWindow::DesignGeometry.width() * 1440 / window.logicalDpiX()));
+    }
+
+    void captionFollowsPlusCaption_data()
+    {
+        QTest::addColumn<QString>("plus");
+        QTest::addColumn<QString>("caption");
+        QTest::newRow("product") << QStringLiteral("false") << QStringLiteral("Tallyo Organiser");
+        QTest::newRow("plus") << QStringLiteral("true") << QStringLiteral("Tallyo Plus");
+    }
+
+    void captionFollowsPlusCaption()
+    {
+        QFETCH(QString, plus);
+        QFETCH(QString, caption);
+        UserFolders folders;
+        writeSettings(folders, {{QStringLiteral("Settings/PlusCaption"), plus}});
+        MainWindow window;
+        QCOMPARE(window.Load(), MainWindow::LoadOutcome::Loaded);
+        QCOMPARE(window.windowTitle(), caption);
+    }
+
+    void missingFileSystemComponentEndsWithItsBox()
+    {
+        UserFolders folders;
+        writeSettings(folders, {});
+        MessageRecorder messages;
+        MainWindow::Options options;
+        options.fileSystemFactory = [] { return std::unique_ptr<FileSystemObject>(); };
+        MainWindow window(options);
+        QCOMPARE(window.Load(), MainWindow::LoadOutcome::Ended);
+        QVERIFY(!window.MainWindowLoaded());
+        QCOMPARE(messages.count(), 1);
+        QCOMPARE(messages.last().title, QStringLiteral("File Not Found"));
+        QCOMPARE(messages.last().text, QStringLiteral("SCRRUN.DLL cannot be found on this system.\r\n\r\n"
+                                                      "Please install the Microsoft Scripting Runtime module.\r\n\r\n"
+                                                      "Contact your system administrator or refer to the\r\n"
+                                                      "software installation guide for more information."));
+        QCOMPARE(messages.last().icon, MessageIcon::Critical);
+        QCOMPARE(messages.last().buttons, int(MessageButton::Ok));
+        // The unfinished window never stores its tree mode.
+        window.close();
+        QVERIFY(!storedValue(folders, QStringLiteral("Settings/ExplorerModeFlag")).isValid());
+    }
+
+    void exitStoresTheTreeModeThroughTheNormalShutdown_data()
+    {
+        QTest::addColumn<int>("mode");
+        QTest::addColumn<QString>("stored");
+        QTest::newRow("explorer mode") << 2 << QStringLiteral("true");
+        QTest::newRow("tree mode") << 1 << QStringLiteral("false");
+    }
+
+    void exitStoresTheTreeModeThroughTheNormalShutdown()
+    {
+        QFETCH(int, mode);
+        QFETCH(QString, stored);
+        UserFolders folders;
+        writeSettings(folders, {});
+        {
+            MainWindow window;
+            QCOMPARE(window.Load(), MainWindow::LoadOutcome::Loaded);
+            window.folderTree().setDisplayMode(mode);
+            // While it runs, a second start in the same session is a duplicate.
+            MainWindow duplicate;
+            QCOMPARE(duplicate.Load(), MainWindow::LoadOutcome::DuplicateInstance);
+            QCOMPARE(duplicate.windowTitle(), QStringLiteral("... duplicate instance."));
+            window.toolBars().action(QStringLiteral("ID_Exit"))->trigger();
+            QVERIFY(!window.isVisible());
+            QCOMPARE(storedValue(folders, QStringLiteral("Settings/ExplorerModeFlag")).toString(), stored);
+        }
+
+        // The next start shows the stored mode.
+        MainWindow next;
+        QCOMPARE(next.Load(), MainWindow::LoadOutcome::Loaded);
+        QCOMPARE(next.folderTree().displayMode(), mode);
+    }
+
+    void treeButtonSetFollowsTheSpacedFlag_data()
+    {
+        QTest::addColumn<int>("flags");
+        QTest::addColumn<QList<int>>("keys");
+        QTest::newRow("normal") << 0 << QList<int>{501, 500, 504, 609, 605, 606, 607, 609, 608, 609};
+        QTest::newRow("spaced") << 32 << QList<int>{501, 500, 504, 600, 601, 602, 603, 604, 605, 606, 607};
+    }
+
+    void treeButtonSetFollowsTheSpacedFlag()
+    {
+        QFETCH(int, flags);
+        QFETCH(QList<int>, keys);
+        UserFolders folders;
+        writeSettings(folders, {{QStringLiteral("Settings/ToolbarFlags"), flags}});
+        MainWindow window;
+        QCOMPARE(window.Load(), MainWindow::LoadOutcome::Loaded);
+        QCOMPARE(window.folderTree().buttonKeys(), keys);
+        for (int key : {501, 500, 504})
+            QVERIFY(!window.folderTree().isButtonEnabled(key));
+        QVERIFY(window.fileList().columns().contains(QStringLiteral("Comment")));
+    }
+
+    void shortcutsBarGroupsAndItems_data()
+    {
+        QTest::addColumn<QString>("drivers");
+        QTest::addColumn<QStringList>("secondGroup");
+        QTest::newRow("with drivers") << QStringLiteral("true")
+                                      << QStringList{"Organiser", "Instrument Data", "Microplate Layouts",
+                                                     "Protocols", "Results", "Reports"};
+        QTest::newRow("without drivers") << QStringLiteral("false")
+                                         << QStringList{"Organiser", "Microplate Layouts", "Protocols",
+                                                        "Results", "Reports"};
+    }
+
+    void shortcutsBarGroupsAndItems()
+    {
+        QFETCH(QString, drivers);
+        QFETCH(QStringList, secondGroup);
+        UserFolders folders;
+        writeSettings(folders, {{QStringLiteral("Settings/InstrumentDriversInUse"), drivers},
+                                {QStringLiteral("Settings/ShowShortcutsBar"), QStringLiteral("false")}});
+        MainWindow window;
+        QCOMPARE(window.Load(), MainWindow::LoadOutcome::Loaded);
+        ShortcutsBar& bar = window.shortcutsBar();
+        QCOMPARE(bar.mode(), 2);
+        QCOMPARE(bar.groupCount(), 2);
+        QCOMPARE(bar.itemCaptions(0), (QStringList{"Organiser", "Protocols", "Results", "Reports"}));
+        QCOMPARE(bar.itemCaptions(1), secondGroup);
+        for (int item = 0; item < secondGroup.size(); ++item)
+            QVERIFY(bar.itemHasIcon(1, item));
+    }
+
+    void unusableSettingsFileWarnsAndIsKeptUntilAValueIsWritten()
+    {
+        UserFolders folders;
+        QDir().mkpath(QFileInfo(folders.settingsFile()).absolutePath());
+        const QByteArray garbage("\x7f" "ELF\x02\x01\x01\0\0\0binary", 16);
+        {
+            QFile file(folders.settingsFile());
+            QVERIFY(file.open(QIODevice::WriteOnly));
+            file.write(garbage);
+        }
+        MessageRecorder messages;
+        MainWindow window;
+        QCOMPARE(window.Load(), MainWindow::LoadOutcome::Loaded);
+        QCOMPARE(messages.count(), 1);
+        QCOMPARE(messages.last().icon, MessageIcon::Warning);
+        QVERIFY(messages.last().text.contains(QStringLiteral("Default settings are in effect")));
+        QFile file(folders.settingsFile());
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QCOMPARE(file.readAll(), garbage);
+        file.close();
+
+        window.close(); // writes ExplorerModeFlag: the unusable file is kept aside first
+        const QStringList aside = QDir(QFileInfo(folders.settingsFile()).absolutePath())
+                                      .entryList({QStringLiteral("Suite.ini.corrupt-*")});
+        QCOMPARE(aside.size(), 1);
+        QCOMPARE(storedValue(folders, QStringLiteral("Settings/ExplorerModeFlag")).toString(),
+                 QStringLiteral("false"));
+    }
+};
+
+QTEST_MAIN(MainWindowStartUpTest)
+#include "MainWindowStartUpTest.moc"
