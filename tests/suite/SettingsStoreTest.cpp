@@ -1,0 +1,154 @@
+#include "SettingsStore.h"
+#include "SuiteSettings.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <unistd.h>
+
+using namespace nebra;
+
+namespace {
+QByteArray readAll(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+void writeAll(const QString& path, const QByteArray& bytes)
+{
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(bytes);
+}
+} // namespace
+
+class SettingsStoreTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void missingFileMeansDefaultsAndCreatesNothing()
+    {
+        QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("Nebra/Suite.ini"));
+        SettingsStore store(path);
+        SuiteSettings settings(store);
+        QVERIFY(store.warning().isEmpty());
+        QCOMPARE(settings.DiagnosticLogLevel(), 0);
+        QCOMPARE(settings.ShowShortcutsBar(), true);
+        QCOMPARE(settings.CurrentHLD(), 1);
+        QVERIFY(!QFile::exists(path));
+        QVERIFY(settings.SetExplorerModeFlag(true));
+        QVERIFY(QFile::exists(path));
+        QCOMPARE(SuiteSettings(*std::make_unique<SettingsStore>(path)).ExplorerModeFlag(), true);
+    }
+
+    void unusableFilesMeanDefaultsAndAreLeftAlone_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::newRow("binary") << QByteArray("[Settings]\nDiagnosticLogLevel=3\n\0\0\x01", 35);
+        QTest::newRow("not utf-8") << QByteArray("[Settings]\nPlusCaption=\xff\xfe true\n");
+        QTest::newRow("truncated mid-word") << QByteArray("[Settings]\nDiagnosticLogLevel=3\nShowPrev");
+        QTest::newRow("some other file") << QByteArray("#!/bin/sh\necho hello\n");
+    }
+
+    void unusableFilesMeanDefaultsAndAreLeftAlone()
+    {
+        QFETCH(QByteArray, content);
+        QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("Suite.ini"));
+        writeAll(path, content);
+        SettingsStore store(path);
+        SuiteSettings settings(store);
+        QVERIFY(store.warning().contains(QStringLiteral("Default settings are in effect")));
+        QCOMPARE(settings.DiagnosticLogLevel(), 0);
+        QCOMPARE(readAll(path), content);
+
+        // Writing a value keeps the unusable file aside before a new one is written.
+        QVERIFY(settings.SetShowPreviewPane(false));
+        const QStringList aside = QDir(dir.path()).entryList({QStringLiteral("Suite.ini.corrupt-*")});
+        QCOMPARE(aside.size(), 1);
+        QCOMPARE(readAll(dir.filePath(aside.first())), content);
+        QCOMPARE(SuiteSettings(*std::make_unique<SettingsStore>(path)).ShowPreviewPane(), false);
+    }
+
+    void unreadableFileWarns()
+    {
+        if (geteuid() == 0)
+            QSKIP("root reads every file");
+        QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("Suite.ini"));
+        writeAll(path, "[Settings]\nDiagnosticLogLevel=2\n");
+        QFile::setPermissions(path, QFileDevice::WriteOwner);
+        SettingsStore store(path);
+        QVERIFY(!store.warning().isEmpty());
+        QCOMPARE(SuiteSettings(store).DiagnosticLogLevel(), 0);
+    }
+
+    void valuesThatDoNotParseReadAsDefaults_data()
+    {
+        QTest::addColumn<QByteArray>("line");
+        QTest::addColumn<bool>("showShortcuts");
+        QTest::addColumn<int>("level");
+        QTest::newRow("words") << QByteArray("ShowShortcutsBar=banana\nDiagnosticLogLevel=high") << true << 0;
+        QTest::newRow("numbers") << QByteArray("ShowShortcutsBar=0\nDiagnosticLogLevel= 2 ") << false << 2;
+        QTest::newRow("yes/no") << QByteArray("ShowShortcutsBar=No\nDiagnosticLogLevel=-1") << false << -1;
+    }
+
+    void valuesThatDoNotParseReadAsDefaults()
+    {
+        QFETCH(QByteArray, line);
+        QFETCH(bool, showShortcuts);
+        QFETCH(int, level);
+        QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("Suite.ini"));
+        writeAll(path, "[Settings]\n" + line + "\n");
+        SettingsStore store(path);
+        SuiteSettings settings(store);
+        QVERIFY(store.warning().isEmpty());
+        QCOMPARE(settings.ShowShortcuts(), showShortcuts);
+        QCOMPARE(settings.DiagnosticLogLevel(), level);
+    }
+
+    void logLevelSeesChangesMadeByAnotherProgram()
+    {
+        QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("Suite.ini"));
+        writeAll(path, "[Settings]\nDiagnosticLogLevel=0\n");
+        SettingsStore store(path);
+        SuiteSettings settings(store);
+        QCOMPARE(settings.DiagnosticLogLevel(), 0);
+        SettingsStore other(path);
+        QVERIFY(SuiteSettings(other).SetDiagnosticLogLevel(4));
+        QCOMPARE(settings.DiagnosticLogLevel(), 4);
+    }
+
+    void batchedWritesReachTheDiskTogether()
+    {
+        QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("Suite.ini"));
+        SettingsStore store(path);
+        SuiteSettings settings(store);
+        settings.BeginFolderUpdate();
+        QVERIFY(settings.SetCurrentHLD(3));
+        QVERIFY(!QFile::exists(path));
+        settings.EndFolderUpdate();
+        QVERIFY(readAll(path).contains("CurrentHLD=3"));
+    }
+
+    void writeIntoAnUnwritableFolderFailsCleanly()
+    {
+        QTemporaryDir dir;
+        const QString blocker = dir.filePath(QStringLiteral("file"));
+        writeAll(blocker, "x");
+        SettingsStore store(blocker + QStringLiteral("/Suite.ini"));
+        QVERIFY(!store.setValue(QStringLiteral("Settings/PlusCaption"), true));
+        QVERIFY(!store.lastError().isEmpty());
+        QCOMPARE(readAll(blocker), QByteArray("x"));
+    }
+};
+
+QTEST_GUILESS_MAIN(SettingsStoreTest)
+#include "SettingsStoreTest.moc"
