@@ -13,7 +13,9 @@ if [ "$(id -u)" -eq 0 ]; then
 fi
 
 if [ -z "${DISPLAY:-}" ] && [ -z "${WAYLAND_DISPLAY:-}" ]; then
-  echo "No display found: running the Organiser under Xvfb (a virtual X server)."
-  exec xvfb-run -a -s "-screen 0 1920x1080x24" "$build/src/NMain5" "$@"
+  echo "No display found: running the Organiser under Xvfb (a virtual X server) with the openbox window manager."
+  # A window manager is what maximises windows on a desktop; Xvfb alone has none.
+  exec xvfb-run -a -s "-screen 0 1920x1080x24" \
+    bash -c 'openbox >/dev/null 2>&1 & exec "$0" "$@"' "$build/src/NMain5" "$@"
 fi
 exec "$build/src/NMain5" "$@"

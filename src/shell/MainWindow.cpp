@@ -74,7 +74,10 @@ void MainWindow::createControls()
     right->setAccessibleName(QStringLiteral("Documents and preview"));
     m_fileList = new FileListControl(right);
     createPreviewArea(right);
+    right->setStretchFactor(0, 2);
+    right->setStretchFactor(1, 3);
     splitter->setStretchFactor(2, 1);
+    splitter->setSizes({180, 280, 760});
     setCentralWidget(splitter);
     // The panes stay hidden until the start-up has filled them.
     m_shortcutsBar->hide();
@@ -150,7 +153,21 @@ void MainWindow::restoreDesignGeometryAndMaximise()
     auto px = [dpi](short twips) { return int(twips) * dpi / TwipsPerInch; };
     resize(px(m_designTwips[2]), px(m_designTwips[3]));
     move(px(m_designTwips[0]), px(m_designTwips[1]));
+    m_holdMaximised = true;
     showMaximized();
+}
+
+void MainWindow::changeEvent(QEvent* event)
+{
+    // Under an X11 window manager the embedded browser's first appearance
+    // can cost the window its maximised state before anyone has touched it;
+    // it comes up maximised all the same. Later changes are the user's.
+    if (event->type() == QEvent::WindowStateChange && m_holdMaximised &&
+        !(windowState() & (Qt::WindowMaximized | Qt::WindowMinimized | Qt::WindowFullScreen))) {
+        m_holdMaximised = false;
+        setWindowState(windowState() | Qt::WindowMaximized);
+    }
+    QMainWindow::changeEvent(event);
 }
 
 void MainWindow::showFromOtherInstance()

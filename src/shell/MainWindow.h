@@ -83,6 +83,7 @@ public:
 
 protected:
     void closeEvent(QCloseEvent* event) override;
+    void changeEvent(QEvent* event) override;
 
 private:
     friend class StartUpSequence;
@@ -119,6 +120,7 @@ private:
     std::array<short, 4> m_designTwips{};
     bool m_mainWindowLoaded = false;
     bool m_unloaded = false;
+    bool m_holdMaximised = false;
 };
 
 } // namespace nebra
