@@ -2,6 +2,7 @@
 
 #include <QHelpEvent>
 #include <QPainter>
+#include <QStaticText>
 #include <QToolTip>
 
 #include <algorithm>
@@ -57,6 +58,7 @@ bool PlateLayoutViewer::LoadFile(const QString& path)
 void PlateLayoutViewer::setPlateLayout(const PlateLayout& layout)
 {
     m_layout = layout;
+    m_labels.clear();
     m_error.clear();
     describe();
     update();
@@ -158,21 +160,34 @@ void PlateLayoutViewer::drawPlate(QPainter& painter, const Geometry& g) const
     painter.setBrush(QColor(0xf4, 0xf6, 0xf8));
     const double pad = g.cell * 0.2;
     painter.drawRoundedRect(g.plate.adjusted(-pad, -pad, pad, pad), pad, pad);
-    const double diameter = g.cell * 0.84;
-    const double inset = (g.cell - diameter) / 2;
-    const QPen outline(QColor(0x6b, 0x77, 0x85), g.cell < 10 ? 0.5 : 1);
-    std::array<QBrush, PlateLayout::RoleCount> brushes;
-    for (int i = 0; i < PlateLayout::RoleCount; ++i)
-        brushes[i] = QBrush(roleColour(static_cast<WellRole>(i)));
-    painter.setPen(outline);
-    for (int r = 0; r < m_layout->rows(); ++r) {
-        for (int c = 0; c < m_layout->columns(); ++c) {
-            painter.setBrush(brushes[static_cast<int>(m_layout->well(r, c).role)]);
-            painter.drawEllipse(QRectF(g.plate.left() + c * g.cell + inset,
-                                       g.plate.top() + r * g.cell + inset, diameter, diameter));
-        }
-    }
     painter.setRenderHint(QPainter::Antialiasing, false);
+    // Each role's well is drawn once and copied: far cheaper than a
+    // smoothed circle per well on a 1536-well plate.
+    const double diameter = g.cell * 0.84;
+    const double inset = (g.cell - diameter) / 2 - 1;
+    const qreal ratio = painter.device()->devicePixelRatioF();
+    std::array<QImage, PlateLayout::RoleCount> sprites;
+    for (int i = 0; i < PlateLayout::RoleCount; ++i)
+        sprites[i] = wellSprite(roleColour(static_cast<WellRole>(i)), diameter, g.cell < 10 ? 0.5 : 1, ratio);
+    for (int r = 0; r < m_layout->rows(); ++r)
+        for (int c = 0; c < m_layout->columns(); ++c)
+            painter.drawImage(
+                QPointF(g.plate.left() + c * g.cell + inset, g.plate.top() + r * g.cell + inset),
+                sprites[static_cast<int>(m_layout->well(r, c).role)]);
+}
+
+QImage PlateLayoutViewer::wellSprite(const QColor& fill, double diameter, double outlineWidth, qreal ratio)
+{
+    const int side = int(std::ceil(diameter)) + 2;
+    QImage image(QSize(side, side) * ratio, QImage::Format_ARGB32_Premultiplied);
+    image.setDevicePixelRatio(ratio);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
+    painter.setRenderHint(QPainter::Antialiasing, true);
+    painter.setPen(QPen(QColor(0x6b, 0x77, 0x85), outlineWidth));
+    painter.setBrush(fill);
+    painter.drawEllipse(QRectF(1, 1, diameter, diameter));
+    return image;
 }
 
 void PlateLayoutViewer::drawHeaders(QPainter& painter, const Geometry& g) const
@@ -189,17 +204,33 @@ void PlateLayoutViewer::drawHeaders(QPainter& painter, const Geometry& g) const
 
 void PlateLayoutViewer::drawLabels(QPainter& painter, const Geometry& g) const
 {
-    painter.setFont(pixelFont(font(), g.cell * 0.3));
-    const QFontMetricsF metrics(painter.font());
-    const double room = g.cell * 0.8;
+    const QFont labelFont = pixelFont(font(), g.cell * 0.3);
+    painter.setFont(labelFont);
+    // Laid out once per layout and size; repaints only place them.
+    if (m_labelCell != g.cell || m_labels.size() != m_layout->wellCount()) {
+        const QFontMetricsF metrics(labelFont);
+        m_labels.clear();
+        for (int r = 0; r < m_layout->rows(); ++r) {
+            for (int c = 0; c < m_layout->columns(); ++c) {
+                QStaticText text(
+                    metrics.elidedText(m_layout->well(r, c).label, Qt::ElideRight, g.cell * 0.8));
+                text.setTextFormat(Qt::PlainText);
+                text.prepare(QTransform(), labelFont);
+                m_labels.append(text);
+            }
+        }
+        m_labelCell = g.cell;
+    }
     for (int r = 0; r < m_layout->rows(); ++r) {
         for (int c = 0; c < m_layout->columns(); ++c) {
-            const Well& well = m_layout->well(r, c);
-            if (well.label.isEmpty())
+            const QStaticText& text = m_labels[r * m_layout->columns() + c];
+            if (text.text().isEmpty())
                 continue;
-            painter.setPen(labelColour(well.role));
-            const QRectF cell(g.plate.left() + c * g.cell, g.plate.top() + r * g.cell, g.cell, g.cell);
-            painter.drawText(cell, Qt::AlignCenter, metrics.elidedText(well.label, Qt::ElideRight, room));
+            painter.setPen(labelColour(m_layout->well(r, c).role));
+            const QSizeF size = text.size();
+            painter.drawStaticText(QPointF(g.plate.left() + c * g.cell + (g.cell - size.width()) / 2,
+                                           g.plate.top() + r * g.cell + (g.cell - size.height()) / 2),
+                                   text);
         }
     }
 }

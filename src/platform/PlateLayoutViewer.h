@@ -3,6 +3,9 @@
 #include "PlateLayout.h"
 
 #include <QColor>
+#include <QImage>
+#include <QList>
+#include <QStaticText>
 #include <QWidget>
 
 #include <optional>
@@ -62,10 +65,13 @@ private:
     void drawLegend(QPainter& painter, const Geometry& g) const;
     void drawError(QPainter& painter) const;
     void describe();
+    static QImage wellSprite(const QColor& fill, double diameter, double outlineWidth, qreal ratio);
 
     QColor m_bkColour = Qt::white;
     std::optional<PlateLayout> m_layout;
     QString m_error;
+    mutable QList<QStaticText> m_labels; // the wells' labels, laid out for m_labelCell
+    mutable double m_labelCell = 0;
 };
 
 } // namespace nebra
