@@ -1,0 +1,56 @@
+// From the Run command to the started process, beside a bare QProcess::startDetached.
+
+#include "BenchStats.h"
+#include "DocumentLauncher.h"
+#include "SettingsStore.h"
+#include "SuitePaths.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+
+using namespace nebra;
+
+int main(int argc, char** argv)
+{
+    QCoreApplication app(argc, argv);
+    constexpr int Warm = 10;
+    constexpr int Runs = 200;
+    const QString program = QStandardPaths::findExecutable(QStringLiteral("true"));
+    const QString document = QStringLiteral("/data/My Assays/Protocols/ELISA IgG Quantitation.apr");
+
+    QTemporaryDir dir;
+    SettingsStore store(dir.filePath(QStringLiteral("Suite.ini")));
+    store.setValue(QStringLiteral("Paths/AssayApplicationPath"), program);
+    SuitePaths paths(store);
+    paths.Initialise();
+    QStringList audit;
+    LaunchContext context;
+    context.canPerform = [](const QString&) { return true; };
+    context.audit = [&audit](const QString& entry) { audit << entry; };
+    context.selectedDocumentPath = [&document] { return document; };
+    DocumentLauncher launcher(paths, context);
+
+    bench::Samples ours;
+    bench::Samples bare;
+    QElapsedTimer clock;
+    // Alternated, so that both see the same state of the system.
+    for (int i = 0; i < Warm + Runs; ++i) {
+        clock.start();
+        launcher.RunProtocol();
+        const double oursMs = clock.nsecsElapsed() / 1e6;
+        clock.start();
+        QProcess::startDetached(program, {document});
+        const double bareMs = clock.nsecsElapsed() / 1e6;
+        if (i >= Warm) {
+            ours.ms << oursMs;
+            bare.ms << bareMs;
+        }
+    }
+    std::printf("Run to started process (%s), %d warm runs, then %d measured\n", qPrintable(program), Warm,
+                Runs);
+    bench::report("RunProtocol vs QProcess::startDetached", ours, bare);
+    return audit.size() == Warm + Runs ? 0 : 1;
+}
