@@ -17,7 +17,7 @@ int main(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
     constexpr int Warm = 10;
-    constexpr int Runs = 200;
+    constexpr int Runs = 500;
     const QString program = QStandardPaths::findExecutable(QStringLiteral("true"));
     const QString document = QStringLiteral("/data/My Assays/Protocols/ELISA IgG Quantitation.apr");
 

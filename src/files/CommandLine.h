@@ -23,7 +23,7 @@ struct CommandLine
     // path with a quote at one end only is used as it is).
     static void QuoteProgramPath(QString& programPath);
 
-    // The designed form: quotes programPath in place (QuoteProgramPath), then
+    // The usual form: quotes programPath in place (QuoteProgramPath), then
     // program path + " " + arguments. With empty arguments the text ends in the blank.
     static CommandLine Build(QString& programPath, const QString& arguments);
 

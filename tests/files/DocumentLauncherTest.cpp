@@ -93,7 +93,7 @@ private Q_SLOTS:
         m_launcher = std::make_unique<DocumentLauncher>(*m_paths, std::move(context));
     }
 
-    void launchesWithTheDesignedCommandLine_data()
+    void launchesWithTheExpectedCommandLine_data()
     {
         QTest::addColumn<QString>("procedure");
         QTest::addColumn<QString>("setting");
@@ -128,7 +128,7 @@ private Q_SLOTS:
                                                 << "Create new layout template";
     }
 
-    void launchesWithTheDesignedCommandLine()
+    void launchesWithTheExpectedCommandLine()
     {
         QFETCH(QString, procedure);
         QFETCH(QString, setting);
