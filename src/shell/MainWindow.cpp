@@ -135,6 +135,8 @@ void MainWindow::createPreviewAndLaunching()
         Qt::DirectConnection);
     connect(m_browser, &BrowserControl::CommandStateChange, this,
             [this] { m_welcome->WebBrowser1_CommandStateChange(); });
+    // The Organiser root is where the window opens, and its page is the welcome page.
+    m_preview->ShowPage(WelcomePage::PageFile(*m_globals.settings, *m_globals.paths));
 }
 
 void MainWindow::connectCommands()
