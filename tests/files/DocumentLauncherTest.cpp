@@ -11,25 +11,6 @@
 
 using namespace nebra;
 
-namespace {
-using Procedure = void (DocumentLauncher::*)();
-
-Procedure procedure(const QString& name)
-{
-    static const QHash<QString, Procedure> procedures{
-        {"CreateLayout", &DocumentLauncher::CreateLayout},
-        {"CreateReadConfiguration", &DocumentLauncher::CreateReadConfiguration},
-        {"EditLayout", &DocumentLauncher::EditLayout},
-        {"OpenResults", &DocumentLauncher::OpenResults},
-        {"OpenProtocol", &DocumentLauncher::OpenProtocol},
-        {"OpenReadConfiguration", &DocumentLauncher::OpenReadConfiguration},
-        {"RunProtocol", &DocumentLauncher::RunProtocol},
-        {"OpenReport", &DocumentLauncher::OpenReport},
-    };
-    return procedures.value(name);
-}
-} // namespace
-
 class DocumentLauncherTest : public QObject
 {
     Q_OBJECT
@@ -43,27 +24,23 @@ private:
     QStringList m_events;
     bool m_allow = true;
     bool m_secured = false;
-    QString m_document;
+    QString m_document = QStringLiteral("/data/My Assays/Protocols/ELISA IgG Quantitation.apr");
 
-    QString programOf(const QString& setting) const
+    QString programFor(const QString& setting) const
     {
-        if (setting == QLatin1String("LayoutEditorPath"))
-            return m_programs->program(QStringLiteral("Layout Editor"));
-        if (setting == QLatin1String("ReadConfigurationEditorPath"))
-            return m_programs->program(QStringLiteral("Read Configuration Editor"));
-        return m_programs->program(QStringLiteral("Assay Application"));
+        static const QHash<QString, QString> names{
+            {"LayoutEditorPath", "Layout Editor"},
+            {"AssayApplicationPath", "Assay Application"},
+            {"ReadConfigurationEditorPath", "Read Configuration Editor"}};
+        return m_programs->program(names.value(setting));
     }
-
     void setProgram(const QString& setting, const QString& path)
     {
         QVERIFY(m_store->setValue(QStringLiteral("Paths/") + setting, path));
     }
-
-    QByteArrayList startedArgv()
+    QByteArrayList startedArgv() const
     {
-        if (!m_programs->waitForRecords(1))
-            return {};
-        return m_programs->records().constFirst();
+        return m_programs->waitForRecords(1) ? m_programs->records().constFirst() : QByteArrayList();
     }
 
 private Q_SLOTS:
@@ -73,73 +50,93 @@ private Q_SLOTS:
         m_programs = std::make_unique<test::RecordingPrograms>();
         m_store = std::make_unique<SettingsStore>(m_folders->settingsFile());
         m_paths = std::make_unique<SuitePaths>(*m_store);
-        m_paths->Initialise();
         for (const char* setting :
              {"LayoutEditorPath", "AssayApplicationPath", "ReadConfigurationEditorPath"})
-            setProgram(QLatin1String(setting), programOf(QLatin1String(setting)));
+            setProgram(QLatin1String(setting), programFor(QLatin1String(setting)));
         m_events.clear();
         m_allow = true;
         m_secured = false;
-        m_document = m_folders->root() + QStringLiteral("/My Assays/Protocols/ELISA IgG Quantitation.apr");
         LaunchContext context;
         context.canPerform = [this](const QString& operation) {
-            m_events << QStringLiteral("check ") + operation;
+            m_events << "check " + operation;
             return m_allow;
         };
-        context.audit = [this](const QString& entry) { m_events << QStringLiteral("audit ") + entry; };
+        context.audit = [this](const QString& entry) { m_events << "audit " + entry; };
         context.selectedDocumentPath = [this] { return m_document; };
         context.securityEnabled = [this] { return m_secured; };
         context.startProtocolWizard = [this] { m_events << QStringLiteral("wizard"); };
         m_launcher = std::make_unique<DocumentLauncher>(*m_paths, std::move(context));
     }
 
-    void launchesWithTheExpectedCommandLine_data()
+    void startsTheProgramWithTheExpectedCommandLine_data()
     {
         QTest::addColumn<QString>("procedure");
         QTest::addColumn<QString>("setting");
+        QTest::addColumn<QString>("stored"); // how the program path is written in the settings
+        QTest::addColumn<QString>("inText"); // how it appears in the command line
         QTest::addColumn<QString>("document");
+        QTest::addColumn<bool>("secured");
         QTest::addColumn<QString>("arguments");
         QTest::addColumn<QString>("audit");
-
-        const QString protocol = QStringLiteral("/data/My Assays/Protocols/ELISA IgG Quantitation.apr");
-        QTest::newRow("run, blanks unquoted")
-            << "RunProtocol"
-            << "AssayApplicationPath" << protocol << protocol << "Run protocol: " + protocol;
-        QTest::newRow("open for edit") << "OpenProtocol"
-                                       << "AssayApplicationPath" << protocol << "/edit " + protocol
-                                       << "Open protocol for edit: " + protocol;
-        const QString results = QStringLiteral("/data/Results/Run \"final\" 2026.ars");
-        QTest::newRow("results, quotes in the path")
-            << "OpenResults"
-            << "AssayApplicationPath" << results << results << "Open results: " + results;
-        const QString layout = QStringLiteral("/data/Layouts/Plättchen 96 – été.mlo");
-        QTest::newRow("layout, non-ASCII")
-            << "EditLayout"
-            << "LayoutEditorPath" << layout << layout << "Edit layout: " + layout;
+        const QString apr = m_document;
+        const QString ars = QStringLiteral("/data/Results/Run \"final\" 2026.ars");
+        const QString mlo = QStringLiteral("/data/Layouts/Plättchen 96 – été.mlo");
         const QString daq = QStringLiteral("/data/Read Configurations/Abs 450.daq");
-        QTest::newRow("read configuration")
-            << "OpenReadConfiguration"
-            << "ReadConfigurationEditorPath" << daq << daq << "Open read configuration: " + daq;
-        QTest::newRow("new read configuration") << "CreateReadConfiguration"
-                                                << "ReadConfigurationEditorPath" << daq << ""
+        const QString assay = QStringLiteral("AssayApplicationPath");
+        const QString layouts = QStringLiteral("LayoutEditorPath");
+        const QString reader = QStringLiteral("ReadConfigurationEditorPath");
+        QTest::newRow("run, blanks unquoted") << "RunProtocol" << assay << "%1"
+                                              << "\"%1\"" << apr << false << apr << "Run protocol: " + apr;
+        QTest::newRow("run, path already quoted")
+            << "RunProtocol" << assay << "\"%1\""
+            << "\"%1\"" << apr << false << apr << "Run protocol: " + apr;
+        QTest::newRow("run, quote at the start only")
+            << "RunProtocol" << assay << "\"%1"
+            << "\"%1" << apr << false << apr << "Run protocol: " + apr;
+        QTest::newRow("open for edit")
+            << "OpenProtocol" << assay << "%1"
+            << "\"%1\"" << apr << false << "/edit " + apr << "Open protocol for edit: " + apr;
+        QTest::newRow("results, quotes in the path")
+            << "OpenResults" << assay << "%1"
+            << "\"%1\"" << ars << false << ars << "Open results: " + ars;
+        QTest::newRow("layout, non-ASCII") << "EditLayout" << layouts << "%1"
+                                           << "\"%1\"" << mlo << false << mlo << "Edit layout: " + mlo;
+        QTest::newRow("new read configuration") << "CreateReadConfiguration" << reader << "%1"
+                                                << "\"%1\"" << daq << false << ""
                                                 << "Create new read configuration";
-        QTest::newRow("new layout, no session") << "CreateLayout"
-                                                << "LayoutEditorPath" << layout << ""
+        QTest::newRow("new layout, no session") << "CreateLayout" << layouts << "%1"
+                                                << "\"%1\"" << mlo << false << ""
                                                 << "Create new layout template";
+        QTest::newRow("new layout, in a session") << "CreateLayout" << layouts << "%1"
+                                                  << "\"%1\"" << mlo << true << "\"layoutsfolder:LAYOUTS\""
+                                                  << "Create new layout template";
     }
 
-    void launchesWithTheExpectedCommandLine()
+    void startsTheProgramWithTheExpectedCommandLine()
     {
         QFETCH(QString, procedure);
         QFETCH(QString, setting);
+        QFETCH(QString, stored);
+        QFETCH(QString, inText);
         QFETCH(QString, document);
+        QFETCH(bool, secured);
         QFETCH(QString, arguments);
         QFETCH(QString, audit);
+        const QString program = programFor(setting);
+        setProgram(setting, stored.arg(program));
+        arguments.replace(QLatin1String("LAYOUTS"), m_paths->LayoutsFolder());
         m_document = document;
-        (m_launcher.get()->*::procedure(procedure))();
-
-        const QString program = programOf(setting);
-        QCOMPARE(m_launcher->lastCommandLine().text, '"' + program + "\" " + arguments);
+        m_secured = secured;
+        static const QHash<QString, void (DocumentLauncher::*)()> procedures{
+            {"RunProtocol", &DocumentLauncher::RunProtocol},
+            {"OpenProtocol", &DocumentLauncher::OpenProtocol},
+            {"OpenResults", &DocumentLauncher::OpenResults},
+            {"EditLayout", &DocumentLauncher::EditLayout},
+            {"OpenReadConfiguration", &DocumentLauncher::OpenReadConfiguration},
+            {"CreateReadConfiguration", &DocumentLauncher::CreateReadConfiguration},
+            {"CreateLayout", &DocumentLauncher::CreateLayout}};
+        (m_launcher.get()->*procedures.value(procedure))();
+        QCOMPARE(m_launcher->lastCommandLine().text, inText.arg(program) + ' ' + arguments);
         QCOMPARE(m_events, QStringList({"check " + procedure, "audit " + audit}));
         QByteArrayList expected{QFile::encodeName(program)};
         if (!arguments.isEmpty())
@@ -147,85 +144,34 @@ private Q_SLOTS:
         QCOMPARE(startedArgv(), expected);
     }
 
-    void programPathIsQuotedOnlyWithoutQuoteAtEitherEnd_data()
-    {
-        QTest::addColumn<QString>("form");
-        QTest::addColumn<QString>("textProgram");
-        QTest::newRow("plain") << "%1"
-                               << "\"%1\"";
-        QTest::newRow("already quoted") << "\"%1\""
-                                        << "\"%1\"";
-        QTest::newRow("quote at the start only") << "\"%1"
-                                                 << "\"%1";
-        QTest::newRow("quote at the end only") << "%1\""
-                                               << "%1\"";
-    }
-
-    void programPathIsQuotedOnlyWithoutQuoteAtEitherEnd()
-    {
-        QFETCH(QString, form);
-        QFETCH(QString, textProgram);
-        const QString program = programOf(QStringLiteral("AssayApplicationPath"));
-        setProgram(QStringLiteral("AssayApplicationPath"), form.arg(program));
-        m_launcher->RunProtocol();
-        QCOMPARE(m_launcher->lastCommandLine().text, textProgram.arg(program) + ' ' + m_document);
-        QCOMPARE(startedArgv(), QByteArrayList({QFile::encodeName(program), QFile::encodeName(m_document)}));
-    }
-
-    void launchApplicationWritesTheQuotedPathBack()
-    {
-        QString program = QStringLiteral("/opt/Suite/Assay Application");
-        QString arguments;
-        test::MessageRecorder messages; // the program does not exist
-        m_launcher->LaunchApplication(program, arguments);
-        QCOMPARE(program, QStringLiteral("\"/opt/Suite/Assay Application\""));
-        QCOMPARE(m_launcher->lastCommandLine().text, QStringLiteral("\"/opt/Suite/Assay Application\" "));
-    }
-
     void programPathIsReadAtEachLaunch()
     {
         m_launcher->RunProtocol();
         QCOMPARE(startedArgv().value(0),
-                 QFile::encodeName(programOf(QStringLiteral("AssayApplicationPath"))));
+                 QFile::encodeName(programFor(QStringLiteral("AssayApplicationPath"))));
         m_programs->clear();
-        const QString other = programOf(QStringLiteral("LayoutEditorPath"));
-        setProgram(QStringLiteral("AssayApplicationPath"), other);
+        setProgram(QStringLiteral("AssayApplicationPath"), programFor(QStringLiteral("LayoutEditorPath")));
         m_launcher->RunProtocol();
-        QCOMPARE(startedArgv().value(0), QFile::encodeName(other));
+        QCOMPARE(startedArgv().value(0), QFile::encodeName(programFor(QStringLiteral("LayoutEditorPath"))));
     }
 
-    void deniedOperationAuditsAndStartsNothing()
+    void aDeniedOperationIsNeitherAuditedNorStarted()
     {
+        m_launcher->CreateProtocol();
+        QCOMPARE(m_events, QStringList({"check CreateProtocol", "audit Create new protocol", "wizard"}));
+        m_events.clear();
         m_allow = false;
         m_launcher->RunProtocol();
         m_launcher->CreateProtocol();
         QCOMPARE(m_events, QStringList({"check RunProtocol", "check CreateProtocol"}));
-        QVERIFY(m_launcher->lastCommandLine().text.isEmpty());
-        // A start that did happen would be recorded before this later one.
+        // A start that had happened would be recorded before this later one.
         m_allow = true;
         m_launcher->OpenResults();
         QVERIFY(m_programs->waitForRecords(1));
         QCOMPARE(m_programs->records().size(), 1);
-        QCOMPARE(m_events.last(), "audit Open results: " + m_document);
     }
 
-    void newLayoutTellsASecuredEditorWhereLayoutsLive()
-    {
-        m_secured = true;
-        m_launcher->CreateLayout();
-        const QString argument = "\"layoutsfolder:" + m_paths->LayoutsFolder() + '"';
-        QCOMPARE(m_launcher->lastCommandLine().text,
-                 '"' + programOf(QStringLiteral("LayoutEditorPath")) + "\" " + argument);
-        QCOMPARE(startedArgv().value(1), argument.toUtf8());
-    }
-
-    void newProtocolStartsTheWizardAfterCheckAndAudit()
-    {
-        m_launcher->CreateProtocol();
-        QCOMPARE(m_events, QStringList({"check CreateProtocol", "audit Create new protocol", "wizard"}));
-    }
-
-    void failedStartIsReportedAndTheAuditEntryStays_data()
+    void aFailedStartIsReportedAndTheAuditEntryStays_data()
     {
         QTest::addColumn<QString>("program");
         QTest::addColumn<QString>("reason");
@@ -235,35 +181,27 @@ private Q_SLOTS:
                                  << "The file does not exist.";
         QTest::newRow("folder") << "/tmp"
                                 << "The path names a folder, not a program.";
-        QTest::newRow("not executable") << "NOT-EXECUTABLE"
+        QTest::newRow("not executable") << "HOME/Assay.txt"
                                         << "The file is not executable.";
     }
 
-    void failedStartIsReportedAndTheAuditEntryStays()
+    void aFailedStartIsReportedAndTheAuditEntryStays()
     {
         QFETCH(QString, program);
         QFETCH(QString, reason);
-        if (program == QLatin1String("NOT-EXECUTABLE")) {
-            program = m_folders->root() + QStringLiteral("/Assay Application.txt");
-            QFile file(program);
-            QVERIFY(file.open(QIODevice::WriteOnly));
-            file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
-        }
+        program.replace(QLatin1String("HOME"), m_folders->home());
+        QFile(program).open(QIODevice::WriteOnly); // only where the row names a file in HOME
         setProgram(QStringLiteral("AssayApplicationPath"), program);
         test::MessageRecorder messages;
         m_launcher->RunProtocol();
         QCOMPARE(m_events.last(), "audit Run protocol: " + m_document);
         QCOMPARE(messages.count(), 1);
         QCOMPARE(messages.last().title, DocumentLauncher::startFailureTitle());
-        QCOMPARE(messages.last().icon, MessageIcon::Warning);
-        QVERIFY2(messages.last().text.contains(QLatin1String("AssayApplicationPath")),
-                 qPrintable(messages.last().text));
-        QVERIFY(messages.last().text.contains(reason));
-        if (!program.isEmpty())
-            QVERIFY(messages.last().text.contains(program));
+        for (const QString& part : {QStringLiteral("AssayApplicationPath"), reason, program})
+            QVERIFY2(messages.last().text.contains(part), qPrintable(messages.last().text));
     }
 
-    void reportOpensWithTheDesktopOpenerWithoutACheck()
+    void aReportOpensWithTheDesktopOpenerWithoutACheck()
     {
         const QByteArray path = qgetenv("PATH");
         qputenv("PATH", QFile::encodeName(m_programs->binFolder()) + ':' + path);
@@ -272,19 +210,18 @@ private Q_SLOTS:
         const QByteArrayList argv = startedArgv();
         qputenv("PATH", path);
         QCOMPARE(m_events, QStringList({"audit Open report: " + m_document}));
-        QCOMPARE(argv.size(), 2);
-        QVERIFY(argv[0].endsWith("xdg-open"));
-        QCOMPARE(argv[1], m_document.toUtf8());
+        QVERIFY(argv.value(0).endsWith("xdg-open"));
+        QCOMPARE(argv.mid(1), QByteArrayList{m_document.toUtf8()});
     }
 
-    void newlyMadeProtocolOpensUnquoted()
+    void aNewlyMadeProtocolOpensUnquotedUnchecked()
     {
         const QString made = QStringLiteral("/data/Protocols/New Assay 1.apr");
+        const QString program = programFor(QStringLiteral("AssayApplicationPath"));
         m_launcher->OpenNewProtocol(made);
-        const QString program = programOf(QStringLiteral("AssayApplicationPath"));
         QCOMPARE(m_launcher->lastCommandLine().text, program + ' ' + made);
-        QVERIFY(m_events.isEmpty());
         QCOMPARE(startedArgv(), QByteArrayList({QFile::encodeName(program), made.toUtf8()}));
+        QVERIFY(m_events.isEmpty());
     }
 };
 

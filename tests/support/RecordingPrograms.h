@@ -2,7 +2,6 @@
 
 #include <QByteArrayList>
 #include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -17,50 +16,43 @@ class RecordingPrograms
 public:
     RecordingPrograms()
     {
-        QDir root(m_dir.path());
-        root.mkpath(QStringLiteral("Suite Programs"));
-        root.mkpath(QStringLiteral("bin"));
-        root.mkpath(QStringLiteral("records"));
-        for (const QString& name : {QStringLiteral("Assay Application"), QStringLiteral("Layout Editor"),
-                                    QStringLiteral("Read Configuration Editor")})
-            QFile::copy(QStringLiteral(NEBRA_ARGV_RECORDER), program(name));
+        for (const char* folder : {"Suite Programs", "bin", "records"})
+            QDir(m_dir.path()).mkdir(QLatin1String(folder));
+        for (const char* name : {"Assay Application", "Layout Editor", "Read Configuration Editor"})
+            QFile::copy(QStringLiteral(NEBRA_ARGV_RECORDER), program(QLatin1String(name)));
         QFile::copy(QStringLiteral(NEBRA_ARGV_RECORDER), binFolder() + QStringLiteral("/xdg-open"));
-        qputenv("NEBRA_RECORDER_DIR", QFile::encodeName(recordsFolder()));
+        qputenv("NEBRA_RECORDER_DIR", QFile::encodeName(m_dir.filePath(QStringLiteral("records"))));
     }
 
     QString program(const QString& name) const
     {
-        return m_dir.path() + QStringLiteral("/Suite Programs/") + name;
+        return m_dir.filePath(QStringLiteral("Suite Programs/") + name);
     }
-    QString binFolder() const { return m_dir.path() + QStringLiteral("/bin"); }
-    QString recordsFolder() const { return m_dir.path() + QStringLiteral("/records"); }
+    QString binFolder() const { return m_dir.filePath(QStringLiteral("bin")); }
 
     // The argv of every finished start so far, in no particular order.
     QList<QByteArrayList> records() const
     {
         QList<QByteArrayList> result;
-        const QStringList names = QDir(recordsFolder()).entryList({QStringLiteral("*.argv")}, QDir::Files);
-        for (const QString& name : names) {
-            QFile file(recordsFolder() + QLatin1Char('/') + name);
-            if (!file.open(QIODevice::ReadOnly))
-                continue;
-            QByteArrayList argv = file.readAll().split('\0');
-            argv.removeLast(); // after the last NUL
-            result.append(argv);
+        QDir folder(m_dir.filePath(QStringLiteral("records")));
+        for (const QString& name : folder.entryList({QStringLiteral("*.argv")}, QDir::Files)) {
+            QFile file(folder.filePath(name));
+            if (file.open(QIODevice::ReadOnly))
+                result.append(file.readAll().chopped(1).split('\0'));
         }
         return result;
     }
 
-    // Waits, bounded, until count records exist.
-    bool waitForRecords(int count, int timeoutMs = 10000) const
+    bool waitForRecords(int count) const
     {
-        return QTest::qWaitFor([&] { return records().size() >= count; }, timeoutMs);
+        return QTest::qWaitFor([&] { return records().size() >= count; }, 10000);
     }
 
     void clear() const
     {
-        for (const QString& name : QDir(recordsFolder()).entryList(QDir::Files))
-            QFile::remove(recordsFolder() + QLatin1Char('/') + name);
+        QDir folder(m_dir.filePath(QStringLiteral("records")));
+        for (const QString& name : folder.entryList(QDir::Files))
+            folder.remove(name);
     }
 
 private:
