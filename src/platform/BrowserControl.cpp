@@ -76,6 +76,9 @@ void BrowserControl::Navigate(const QUrl& url)
 
 void BrowserControl::Refresh()
 {
+    // Nothing loaded yet: nothing to refresh, and no load to wait for.
+    if (m_view->url().isEmpty())
+        return;
     m_expected = m_view->url();
     m_refreshing = true;
     setReadyState(Loading);

@@ -42,6 +42,7 @@ public:
     explicit BrowserControl(QWidget* parent = nullptr);
 
     void Navigate(const QUrl& url);
+    // Reloads the page shown; does nothing before the first navigation.
     void Refresh();
     int ReadyState() const { return m_readyState; }
     QUrl LocationURL() const;
