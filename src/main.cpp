@@ -1,5 +1,6 @@
 // The Organiser: the hub window of the Nebra microplate-reader suite.
 
+#include "BrowserControl.h"
 #include "Dialogs.h"
 #include "MainWindow.h"
 #include "Messages.h"
@@ -53,6 +54,8 @@ int main(int argc, char** argv)
     if (geteuid() == 0)
         qputenv("QTWEBENGINE_DISABLE_SANDBOX", "1");
     QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
+    // The welcome page's links use the program's own scheme, which the web engine must know before it starts.
+    nebra::BrowserControl::RegisterOrganiserScheme();
     QApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("NMain5"));
     QCoreApplication::setApplicationVersion(QStringLiteral(NEBRA_VERSION));

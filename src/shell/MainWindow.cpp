@@ -3,12 +3,16 @@
 #include "BrowserControl.h"
 #include "CommandDispatcher.h"
 #include "DataFolders.h"
+#include "DocumentLauncher.h"
 #include "FileListControl.h"
 #include "FolderTreeControl.h"
 #include "HelpSystem.h"
 #include "PlateLayoutViewer.h"
+#include "PreviewPane.h"
+#include "Resources.h"
 #include "RuntimeErrors.h"
 #include "SecuritySession.h"
+#include "ShellCommands.h"
 #include "ShellNotifications.h"
 #include "ShortcutsBar.h"
 #include "SingleInstance.h"
@@ -19,6 +23,7 @@
 #include "SuiteSettings.h"
 #include "ToolBarsControl.h"
 #include "ToolDefinitions.h"
+#include "WelcomePage.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -103,6 +108,38 @@ void MainWindow::createBrowser()
     m_browser = new BrowserControl(m_previewArea);
     static_cast<QGridLayout*>(m_previewArea->layout())->addWidget(m_browser, 0, 0);
     m_plateViewer->raise();
+    createPreviewAndLaunching();
+}
+
+void MainWindow::createPreviewAndLaunching()
+{
+    m_preview = new PreviewPane(*m_browser, *m_plateViewer, *m_globals.paths, {}, this);
+    LaunchContext launching;
+    // Until the authorisation layer is connected, a secured session allows no document operation.
+    launching.canPerform = [this](const QString&) { return !m_globals.SecurityEnabled; };
+    launching.securityEnabled = [this] { return m_globals.SecurityEnabled; };
+    launching.owner = this;
+    m_launcher = std::make_unique<DocumentLauncher>(*m_globals.paths, std::move(launching));
+
+    WelcomeActions welcome;
+    welcome.resetTimeOut = [this] {
+        if (m_security)
+            m_security->ResetLogOutTimeOutTimer();
+    };
+    welcome.readyState = [this] { return m_browser->ReadyState(); };
+    welcome.createProtocol = [this] { m_launcher->CreateProtocol(); };
+    welcome.createLayoutTemplate = [this] { m_launcher->CreateLayout(); };
+    welcome.exit = [this] { close(); };
+    welcome.owner = this;
+    m_welcome = std::make_unique<WelcomePage>(std::move(welcome));
+    connect(
+        m_browser, &BrowserControl::BeforeNavigate2, this,
+        [this](const QUrl& url, bool& cancel) { m_welcome->WebBrowser1_BeforeNavigate2(url, cancel); },
+        Qt::DirectConnection);
+    connect(m_browser, &BrowserControl::CommandStateChange, this,
+            [this] { m_welcome->WebBrowser1_CommandStateChange(); });
+    // The Organiser root is where the window opens, and its page is the welcome page.
+    m_preview->ShowPage(WelcomePage::PageFile(*m_globals.settings, *m_globals.paths));
 }
 
 void MainWindow::connectCommands()
@@ -113,6 +150,9 @@ void MainWindow::connectCommands()
     }, this);
     connect(m_toolBars, &ToolBarsControl::toolClick, m_commands, &CommandDispatcher::ToolClick);
     m_commands->setCommand(QStringLiteral("ID_Exit"), [this] { close(); });
+    ShellCommands::Register(*m_commands, this, Resources().LoadResString(Resources::ProductTitle));
+    ShellCommands::ApplyMenuFont(*m_toolBars);
+    ShellCommands::AddShortcutKeys(*m_toolBars);
 }
 
 void MainWindow::createSecuritySession()

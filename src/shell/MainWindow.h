@@ -16,10 +16,12 @@ namespace nebra {
 class BrowserControl;
 class CommandDispatcher;
 class DataFolders;
+class DocumentLauncher;
 class FileListControl;
 class FolderTreeControl;
 class HelpSystem;
 class PlateLayoutViewer;
+class PreviewPane;
 class SecuritySession;
 class ShellNotifications;
 class ShortcutsBar;
@@ -27,6 +29,7 @@ class SingleInstance;
 class SplashScreen;
 class StatusBarControl;
 class ToolBarsControl;
+class WelcomePage;
 
 struct MainWindowOptions
 {
@@ -71,6 +74,11 @@ public:
     FileListControl& fileList() const { return *m_fileList; }
     PlateLayoutViewer& plateLayoutViewer() const { return *m_plateViewer; }
     BrowserControl* browser() const { return m_browser; }
+    // The preview pane, the launcher of the suite's programs and the welcome
+    // page's link handling exist once the browser has been created.
+    PreviewPane* previewPane() const { return m_preview; }
+    DocumentLauncher* launcher() const { return m_launcher.get(); }
+    WelcomePage* welcomePage() const { return m_welcome.get(); }
     CommandDispatcher& commands() const { return *m_commands; }
     SecuritySession* securitySession() const { return m_security.get(); }
     ShellNotifications& shellNotifications() const { return *m_notifications; }
@@ -94,6 +102,7 @@ private:
     void createSecuritySession();
     void createDataFolders();
     void createBrowser();
+    void createPreviewAndLaunching();
     void recordDesignGeometry();
     void restoreDesignGeometryAndMaximise();
     void showFromOtherInstance();
@@ -111,6 +120,9 @@ private:
     QWidget* m_previewArea = nullptr;
     PlateLayoutViewer* m_plateViewer = nullptr;
     BrowserControl* m_browser = nullptr;
+    PreviewPane* m_preview = nullptr;
+    std::unique_ptr<DocumentLauncher> m_launcher;
+    std::unique_ptr<WelcomePage> m_welcome;
     CommandDispatcher* m_commands = nullptr;
     std::unique_ptr<SecuritySession> m_security;
     std::unique_ptr<ShellNotifications> m_notifications;

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QList>
+
+#include <algorithm>
+#include <cstdio>
+#include <numeric>
+
+namespace nebra::bench {
+
+// Times in milliseconds of repeated runs of one operation.
+struct Samples
+{
+    QList<double> ms;
+
+    double median() const
+    {
+        QList<double> sorted = ms;
+        std::sort(sorted.begin(), sorted.end());
+        return sorted.isEmpty() ? 0 : sorted[sorted.size() / 2];
+    }
+    double mean() const { return ms.isEmpty() ? 0 : std::accumulate(ms.begin(), ms.end(), 0.0) / ms.size(); }
+    double max() const { return ms.isEmpty() ? 0 : *std::max_element(ms.begin(), ms.end()); }
+};
+
+inline void report(const char* what, const Samples& ours, const Samples& bare)
+{
+    std::printf("%-44s ours median %8.3f ms (mean %8.3f, max %8.3f) | bare median %8.3f ms | ratio %.2f\n",
+                what, ours.median(), ours.mean(), ours.max(), bare.median(),
+                bare.median() > 0 ? ours.median() / bare.median() : 0);
+}
+
+} // namespace nebra::bench

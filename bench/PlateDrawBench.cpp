@@ -1,0 +1,72 @@
+// Drawing a 1,536-well layout, beside a bare QPainter drawing 1,536 circles.
+
+#include "BenchStats.h"
+#include "PlateLayoutViewer.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QImage>
+#include <QPainter>
+
+using namespace nebra;
+
+namespace {
+PlateLayout fullPlate()
+{
+    PlateLayout layout(QStringLiteral("Screen 1536"), 32, 48);
+    for (int r = 0; r < 32; ++r)
+        for (int c = 0; c < 48; ++c)
+            layout.setWell(r, c,
+                           {static_cast<WellRole>((r + c) % PlateLayout::RoleCount),
+                            QStringLiteral("U%1").arg(r * 48 + c + 1)});
+    return layout;
+}
+
+void bareCircles(QImage& image)
+{
+    QPainter painter(&image);
+    painter.fillRect(image.rect(), Qt::white);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setBrush(QColor(0x7c, 0xc4, 0x6a));
+    const double cell = std::min(image.width() / 49.0, image.height() / 35.0);
+    for (int r = 0; r < 32; ++r)
+        for (int c = 0; c < 48; ++c)
+            painter.drawEllipse(QRectF(cell * (c + 1), cell * (r + 2), cell * 0.84, cell * 0.84));
+}
+} // namespace
+
+int main(int argc, char** argv)
+{
+    QApplication app(argc, argv);
+    constexpr int Warm = 5;
+    constexpr int Runs = 60;
+    PlateLayoutViewer viewer;
+    viewer.setPlateLayout(fullPlate());
+    std::printf("1,536-well layout drawn into a raster image, %d warm runs, then %d measured\n", Warm, Runs);
+    for (const QSize size : {QSize(900, 640), QSize(1700, 1200)}) {
+        viewer.resize(size);
+        QImage image(size, QImage::Format_ARGB32_Premultiplied);
+        bench::Samples ours;
+        bench::Samples bare;
+        QElapsedTimer clock;
+        for (int i = 0; i < Warm + Runs; ++i) {
+            clock.start();
+            viewer.render(&image);
+            const double oursMs = clock.nsecsElapsed() / 1e6;
+            clock.start();
+            bareCircles(image);
+            const double bareMs = clock.nsecsElapsed() / 1e6;
+            if (i >= Warm) {
+                ours.ms << oursMs;
+                bare.ms << bareMs;
+            }
+        }
+        const QByteArray what = QStringLiteral("%1 x %2 px%3")
+                                    .arg(size.width())
+                                    .arg(size.height())
+                                    .arg(size.width() > 1600 ? QStringLiteral(", with labels") : QString())
+                                    .toUtf8();
+        bench::report(what.constData(), ours, bare);
+    }
+    return 0;
+}

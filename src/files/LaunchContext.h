@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QString>
+
+#include <functional>
+
+class QObject;
+
+namespace nebra {
+
+// What the launching of documents needs from the rest of the Organiser,
+// given as hooks so that the launcher stands on its own: the security
+// layer's check and audit entry, the file list's selected document and the
+// new-protocol wizard. A hook left empty behaves as stated beside it.
+struct LaunchContext
+{
+    // Asks whether the general operation is allowed; shows the refusal itself.
+    // Empty: nothing is allowed.
+    std::function<bool(const QString& operation)> canPerform;
+    // Writes an audit entry in the general area. Empty: nothing is recorded.
+    std::function<void(const QString& entry)> audit;
+    // The full path of the file list's selected document, as it stands. Empty: "".
+    std::function<QString()> selectedDocumentPath;
+    // True while a security session is open. Empty: false.
+    std::function<bool()> securityEnabled;
+    // Starts the new-assay-protocol wizard. Empty: nothing happens.
+    std::function<void()> startProtocolWizard;
+    // The window that owns the message boxes of a failed start.
+    QObject* owner = nullptr;
+};
+
+} // namespace nebra

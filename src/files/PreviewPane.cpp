@@ -1,0 +1,122 @@
+#include "PreviewPane.h"
+
+#include "BrowserControl.h"
+#include "PlateLayoutViewer.h"
+#include "PreviewAge.h"
+#include "SuitePaths.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+
+namespace nebra {
+
+namespace {
+enum DocumentType
+{
+    ReadConfigurations = 1,
+    Layouts = 2,
+    Protocols = 3,
+    Results = 4,
+    Reports = 5
+};
+}
+
+PreviewPane::PreviewPane(BrowserControl& browser, PlateLayoutViewer& viewer, const SuitePaths& paths,
+                         Hooks hooks, QObject* parent)
+    : QObject(parent), m_browser(browser), m_viewer(viewer), m_paths(paths), m_hooks(std::move(hooks)),
+      m_waitLimitMs(BrowserControl::DefaultWaitLimitMs)
+{
+}
+
+QString PreviewPane::PreviewNotAvailablePage() const
+{
+    return m_paths.SuiteDataFolder() + QStringLiteral("/pna.htm");
+}
+
+QUrl PreviewPane::addressToUrl(const QString& address)
+{
+    if (QDir::isAbsolutePath(address))
+        return QUrl::fromLocalFile(address);
+    return QUrl(address);
+}
+
+void PreviewPane::ShowPreview(const PreviewItem* item)
+{
+    if (!item)
+        return;
+    if (item->isFolder) {
+        ClearPreview(m_wait);
+        return;
+    }
+    switch (m_hooks.documentType ? m_hooks.documentType() : 0) {
+    case ReadConfigurations:
+    case Protocols:
+    case Results:
+        showDocumentPage(item->path);
+        break;
+    case Layouts:
+        showLayout(item->path);
+        break;
+    default:
+        // Reports are deliberately not previewed; the pane keeps what it shows.
+        break;
+    }
+}
+
+void PreviewPane::showDocumentPage(const QString& documentPath)
+{
+    const QString preview = m_paths.PreviewFileFor(documentPath);
+    bool usable = false;
+    if (QFileInfo::exists(preview)) {
+        QString failure;
+        usable = ComparePreviewAge(documentPath, preview, &failure) == PreviewUsable;
+        if (!failure.isEmpty())
+            qInfo("%s", qPrintable(failure));
+    }
+    ShowPage(usable ? preview : PreviewNotAvailablePage());
+}
+
+void PreviewPane::showLayout(const QString& layoutPath)
+{
+    // An unreadable layout is shown as the viewer's notice, never as an error here.
+    m_viewer.LoadFile(layoutPath);
+    if (m_viewer.isHidden()) {
+        m_viewer.show();
+        m_viewer.raise();
+    }
+}
+
+void PreviewPane::ShowPage(const QString& address)
+{
+    // A page is shown in the browser, so the viewer lying over it steps aside.
+    m_viewer.hide();
+    if (address != m_currentPage) {
+        if (m_hooks.setNodePage)
+            m_hooks.setNodePage(address);
+        m_browser.Navigate(addressToUrl(address));
+        m_currentPage = address;
+    } else {
+        m_browser.Refresh();
+        QCoreApplication::processEvents();
+    }
+    if (m_wait) {
+        m_browser.WaitUntilComplete(m_waitLimitMs);
+        m_browser.Refresh();
+        QCoreApplication::processEvents();
+    }
+}
+
+void PreviewPane::ClearPreview(bool waitUntilLoaded)
+{
+    const QString blank = QLatin1String(BlankPage);
+    if (m_hooks.setNodePage)
+        m_hooks.setNodePage(blank);
+    m_browser.Navigate(QUrl(blank));
+    m_currentPage = blank;
+    if (waitUntilLoaded)
+        m_browser.WaitUntilComplete(m_waitLimitMs);
+    m_viewer.hide();
+}
+
+} // namespace nebra

@@ -1,0 +1,89 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+#include <QUrl>
+
+#include <functional>
+
+namespace nebra {
+
+class BrowserControl;
+class PlateLayoutViewer;
+class SuitePaths;
+
+// The file-list item a preview is asked for: its full path and whether it is a folder.
+struct PreviewItem
+{
+    QString path;
+    bool isFolder = false;
+};
+
+// The preview pane beside the file list. The browser shows an HTML preview of
+// read configurations, protocols and results (and the welcome page); the
+// plate layout viewer, which lies over the browser when shown, draws layouts.
+//
+// The current page is the address last sent to the browser ("about:blank"
+// after clearing); asking for it again refreshes instead of navigating. The
+// selected tree node keeps the page last shown for it, through a hook.
+// Waits for the browser are bounded local event loops, so a page that never
+// completes cannot hang the Organiser, and other events run meanwhile.
+class PreviewPane : public QObject
+{
+    Q_OBJECT
+public:
+    struct Hooks
+    {
+        // The DocumentType (0 to 5) of the tree's selected node. Empty: 0.
+        std::function<int()> documentType;
+        // Stores an address as the selected node's page. Empty: not stored.
+        std::function<void(const QString& address)> setNodePage;
+    };
+
+    static constexpr const char* BlankPage = "about:blank";
+
+    PreviewPane(BrowserControl& browser, PlateLayoutViewer& viewer, const SuitePaths& paths, Hooks hooks,
+                QObject* parent = nullptr);
+
+    // Shows the preview of the item (nothing for a null item): a folder
+    // clears the pane; read configurations, protocols and results show their
+    // preview page when it exists and is not out of date, otherwise the
+    // preview-not-available page; a layout is drawn by the plate layout
+    // viewer, the browser left as it is; a report changes nothing.
+    void ShowPreview(const PreviewItem* item);
+
+    // Points the browser at an address (a local file path or a URL) and
+    // brings the browser to the front. The same address as the current page
+    // is refreshed instead. With waiting on, returns once the page is complete
+    // (or the wait limit has passed) after one more refresh.
+    void ShowPage(const QString& address);
+
+    // Blank page, stored in the selected node too; hides the plate layout viewer.
+    void ClearPreview(bool waitUntilLoaded);
+
+    QString CurrentPage() const { return m_currentPage; }
+    // The preview-not-available page: "pna.htm" in the suite's data folder.
+    QString PreviewNotAvailablePage() const;
+
+    // Whether ShowPage waits until the page is complete (off by default).
+    void setWaitUntilLoaded(bool wait) { m_wait = wait; }
+    bool waitUntilLoaded() const { return m_wait; }
+    void setWaitLimitMs(int limitMs) { m_waitLimitMs = limitMs; }
+
+    // A local file path becomes a file URL; anything else is taken as a URL.
+    static QUrl addressToUrl(const QString& address);
+
+private:
+    void showDocumentPage(const QString& documentPath);
+    void showLayout(const QString& layoutPath);
+
+    BrowserControl& m_browser;
+    PlateLayoutViewer& m_viewer;
+    const SuitePaths& m_paths;
+    Hooks m_hooks;
+    QString m_currentPage;
+    bool m_wait = false;
+    int m_waitLimitMs;
+};
+
+} // namespace nebra

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QString>
+
+namespace nebra {
+
+struct CommandLine;
+
+// Starts a command line as a detached process: the Organiser neither waits
+// for it nor keeps its process id.
+class ProcessStarter
+{
+public:
+    // Starts the process. Returns an empty string on success, otherwise one
+    // sentence saying why the program could not be started (no program set,
+    // no such file, a folder, not executable, not on the search path, or
+    // refused by the system).
+    static QString Start(const CommandLine& line);
+};
+
+} // namespace nebra

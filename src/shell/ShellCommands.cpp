@@ -1,0 +1,56 @@
+#include "ShellCommands.h"
+
+#include "CommandDispatcher.h"
+#include "Messages.h"
+#include "ToolBarsControl.h"
+
+#include <QAction>
+#include <QDesktopServices>
+#include <QFontDatabase>
+#include <QUrl>
+
+namespace nebra {
+
+void ShellCommands::Register(CommandDispatcher& commands, QObject* owner, const QString& productTitle)
+{
+    commands.setCommand(QStringLiteral("ID_About"),
+                        [owner, productTitle] { ShowAbout(owner, productTitle); });
+    commands.setCommand(QStringLiteral("ID_Quorvix"), [] { OpenMakerPage(); });
+}
+
+QString ShellCommands::aboutText(const QString& productTitle)
+{
+    return QStringLiteral("%1\n\nVersion %2\nBuilt with Qt %3, running on Qt %4")
+        .arg(productTitle, QStringLiteral(NEBRA_VERSION), QStringLiteral(QT_VERSION_STR),
+             QString::fromLatin1(qVersion()));
+}
+
+void ShellCommands::ShowAbout(QObject* owner, const QString& productTitle)
+{
+    Messages::show({aboutText(productTitle), QStringLiteral("About ") + productTitle,
+                    MessageIcon::Information, MessageButton::Ok, MessageButton::Ok, owner});
+}
+
+void ShellCommands::OpenMakerPage()
+{
+    QDesktopServices::openUrl(QUrl(QLatin1String(MakerPageAddress)));
+}
+
+bool ShellCommands::ApplyMenuFont(ToolBarsControl& tools)
+{
+    const QString family = QLatin1String(MenuFontFamily);
+    if (!QFontDatabase::families().contains(family, Qt::CaseInsensitive))
+        return false;
+    QFont font(family);
+    font.setPointSizeF(QFont().pointSizeF());
+    tools.setMenuFont(font);
+    return true;
+}
+
+void ShellCommands::AddShortcutKeys(ToolBarsControl& tools)
+{
+    if (QAction* help = tools.action(QStringLiteral("ID_HelpContext")))
+        help->setShortcut(QKeySequence::HelpContents);
+}
+
+} // namespace nebra

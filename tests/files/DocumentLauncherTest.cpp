@@ -1,0 +1,229 @@
+#include "DocumentLauncher.h"
+#include "MessageRecorder.h"
+#include "RecordingPrograms.h"
+#include "SettingsStore.h"
+#include "SuitePaths.h"
+#include "UserFolders.h"
+
+#include <QtTest>
+
+#include <memory>
+
+using namespace nebra;
+
+class DocumentLauncherTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<test::UserFolders> m_folders;
+    std::unique_ptr<test::RecordingPrograms> m_programs;
+    std::unique_ptr<SettingsStore> m_store;
+    std::unique_ptr<SuitePaths> m_paths;
+    std::unique_ptr<DocumentLauncher> m_launcher;
+    QStringList m_events;
+    bool m_allow = true;
+    bool m_secured = false;
+    QString m_document = QStringLiteral("/data/My Assays/Protocols/ELISA IgG Quantitation.apr");
+
+    QString programFor(const QString& setting) const
+    {
+        static const QHash<QString, QString> names{
+            {"LayoutEditorPath", "Layout Editor"},
+            {"AssayApplicationPath", "Assay Application"},
+            {"ReadConfigurationEditorPath", "Read Configuration Editor"}};
+        return m_programs->program(names.value(setting));
+    }
+    void setProgram(const QString& setting, const QString& path)
+    {
+        QVERIFY(m_store->setValue(QStringLiteral("Paths/") + setting, path));
+    }
+    QByteArrayList startedArgv() const
+    {
+        return m_programs->waitForRecords(1) ? m_programs->records().constFirst() : QByteArrayList();
+    }
+
+private Q_SLOTS:
+    void init()
+    {
+        m_folders = std::make_unique<test::UserFolders>();
+        m_programs = std::make_unique<test::RecordingPrograms>();
+        m_store = std::make_unique<SettingsStore>(m_folders->settingsFile());
+        m_paths = std::make_unique<SuitePaths>(*m_store);
+        for (const char* setting :
+             {"LayoutEditorPath", "AssayApplicationPath", "ReadConfigurationEditorPath"})
+            setProgram(QLatin1String(setting), programFor(QLatin1String(setting)));
+        m_events.clear();
+        m_allow = true;
+        m_secured = false;
+        LaunchContext context;
+        context.canPerform = [this](const QString& operation) {
+            m_events << "check " + operation;
+            return m_allow;
+        };
+        context.audit = [this](const QString& entry) { m_events << "audit " + entry; };
+        context.selectedDocumentPath = [this] { return m_document; };
+        context.securityEnabled = [this] { return m_secured; };
+        context.startProtocolWizard = [this] { m_events << QStringLiteral("wizard"); };
+        m_launcher = std::make_unique<DocumentLauncher>(*m_paths, std::move(context));
+    }
+
+    void startsTheProgramWithTheExpectedCommandLine_data()
+    {
+        QTest::addColumn<QString>("procedure");
+        QTest::addColumn<QString>("setting");
+        QTest::addColumn<QString>("stored"); // how the program path is written in the settings
+        QTest::addColumn<QString>("inText"); // how it appears in the command line
+        QTest::addColumn<QString>("document");
+        QTest::addColumn<bool>("secured");
+        QTest::addColumn<QString>("arguments");
+        QTest::addColumn<QString>("audit");
+        const QString apr = m_document;
+        const QString ars = QStringLiteral("/data/Results/Run \"final\" 2026.ars");
+        const QString mlo = QStringLiteral("/data/Layouts/Plättchen 96 – été.mlo");
+        const QString daq = QStringLiteral("/data/Read Configurations/Abs 450.daq");
+        const QString assay = QStringLiteral("AssayApplicationPath");
+        const QString layouts = QStringLiteral("LayoutEditorPath");
+        const QString reader = QStringLiteral("ReadConfigurationEditorPath");
+        QTest::newRow("run, blanks unquoted") << "RunProtocol" << assay << "%1"
+                                              << "\"%1\"" << apr << false << apr << "Run protocol: " + apr;
+        QTest::newRow("run, path already quoted")
+            << "RunProtocol" << assay << "\"%1\""
+            << "\"%1\"" << apr << false << apr << "Run protocol: " + apr;
+        QTest::newRow("run, quote at the start only")
+            << "RunProtocol" << assay << "\"%1"
+            << "\"%1" << apr << false << apr << "Run protocol: " + apr;
+        QTest::newRow("open for edit")
+            << "OpenProtocol" << assay << "%1"
+            << "\"%1\"" << apr << false << "/edit " + apr << "Open protocol for edit: " + apr;
+        QTest::newRow("results, quotes in the path")
+            << "OpenResults" << assay << "%1"
+            << "\"%1\"" << ars << false << ars << "Open results: " + ars;
+        QTest::newRow("layout, non-ASCII") << "EditLayout" << layouts << "%1"
+                                           << "\"%1\"" << mlo << false << mlo << "Edit layout: " + mlo;
+        QTest::newRow("new read configuration") << "CreateReadConfiguration" << reader << "%1"
+                                                << "\"%1\"" << daq << false << ""
+                                                << "Create new read configuration";
+        QTest::newRow("new layout, no session") << "CreateLayout" << layouts << "%1"
+                                                << "\"%1\"" << mlo << false << ""
+                                                << "Create new layout template";
+        QTest::newRow("new layout, in a session") << "CreateLayout" << layouts << "%1"
+                                                  << "\"%1\"" << mlo << true << "\"layoutsfolder:LAYOUTS\""
+                                                  << "Create new layout template";
+    }
+
+    void startsTheProgramWithTheExpectedCommandLine()
+    {
+        QFETCH(QString, procedure);
+        QFETCH(QString, setting);
+        QFETCH(QString, stored);
+        QFETCH(QString, inText);
+        QFETCH(QString, document);
+        QFETCH(bool, secured);
+        QFETCH(QString, arguments);
+        QFETCH(QString, audit);
+        const QString program = programFor(setting);
+        setProgram(setting, stored.arg(program));
+        arguments.replace(QLatin1String("LAYOUTS"), m_paths->LayoutsFolder());
+        m_document = document;
+        m_secured = secured;
+        static const QHash<QString, void (DocumentLauncher::*)()> procedures{
+            {"RunProtocol", &DocumentLauncher::RunProtocol},
+            {"OpenProtocol", &DocumentLauncher::OpenProtocol},
+            {"OpenResults", &DocumentLauncher::OpenResults},
+            {"EditLayout", &DocumentLauncher::EditLayout},
+            {"OpenReadConfiguration", &DocumentLauncher::OpenReadConfiguration},
+            {"CreateReadConfiguration", &DocumentLauncher::CreateReadConfiguration},
+            {"CreateLayout", &DocumentLauncher::CreateLayout}};
+        (m_launcher.get()->*procedures.value(procedure))();
+        QCOMPARE(m_launcher->lastCommandLine().text, inText.arg(program) + ' ' + arguments);
+        QCOMPARE(m_events, QStringList({"check " + procedure, "audit " + audit}));
+        QByteArrayList expected{QFile::encodeName(program)};
+        if (!arguments.isEmpty())
+            expected << arguments.toUtf8();
+        QCOMPARE(startedArgv(), expected);
+    }
+
+    void programPathIsReadAtEachLaunch()
+    {
+        m_launcher->RunProtocol();
+        QCOMPARE(startedArgv().value(0),
+                 QFile::encodeName(programFor(QStringLiteral("AssayApplicationPath"))));
+        m_programs->clear();
+        setProgram(QStringLiteral("AssayApplicationPath"), programFor(QStringLiteral("LayoutEditorPath")));
+        m_launcher->RunProtocol();
+        QCOMPARE(startedArgv().value(0), QFile::encodeName(programFor(QStringLiteral("LayoutEditorPath"))));
+    }
+
+    void aDeniedOperationIsNeitherAuditedNorStarted()
+    {
+        m_launcher->CreateProtocol();
+        QCOMPARE(m_events, QStringList({"check CreateProtocol", "audit Create new protocol", "wizard"}));
+        m_events.clear();
+        m_allow = false;
+        m_launcher->RunProtocol();
+        m_launcher->CreateProtocol();
+        QCOMPARE(m_events, QStringList({"check RunProtocol", "check CreateProtocol"}));
+        // A start that had happened would be recorded before this later one.
+        m_allow = true;
+        m_launcher->OpenResults();
+        QVERIFY(m_programs->waitForRecords(1));
+        QCOMPARE(m_programs->records().size(), 1);
+    }
+
+    void aFailedStartIsReportedAndTheAuditEntryStays_data()
+    {
+        QTest::addColumn<QString>("program");
+        QTest::addColumn<QString>("reason");
+        QTest::newRow("empty") << ""
+                               << "No program is set.";
+        QTest::newRow("missing") << "/nonexistent/Assay Application"
+                                 << "The file does not exist.";
+        QTest::newRow("folder") << "/tmp"
+                                << "The path names a folder, not a program.";
+        QTest::newRow("not executable") << "HOME/Assay.txt"
+                                        << "The file is not executable.";
+    }
+
+    void aFailedStartIsReportedAndTheAuditEntryStays()
+    {
+        QFETCH(QString, program);
+        QFETCH(QString, reason);
+        program.replace(QLatin1String("HOME"), m_folders->home());
+        QFile(program).open(QIODevice::WriteOnly); // only where the row names a file in HOME
+        setProgram(QStringLiteral("AssayApplicationPath"), program);
+        test::MessageRecorder messages;
+        m_launcher->RunProtocol();
+        QCOMPARE(m_events.last(), "audit Run protocol: " + m_document);
+        QCOMPARE(messages.count(), 1);
+        QCOMPARE(messages.last().title, DocumentLauncher::startFailureTitle());
+        for (const QString& part : {QStringLiteral("AssayApplicationPath"), reason, program})
+            QVERIFY2(messages.last().text.contains(part), qPrintable(messages.last().text));
+    }
+
+    void aReportOpensWithTheDesktopOpenerWithoutACheck()
+    {
+        const QByteArray path = qgetenv("PATH");
+        qputenv("PATH", QFile::encodeName(m_programs->binFolder()) + ':' + path);
+        m_document = QStringLiteral("/data/Reports/ELISA IgG Summary Report.mht");
+        m_launcher->OpenReport();
+        const QByteArrayList argv = startedArgv();
+        qputenv("PATH", path);
+        QCOMPARE(m_events, QStringList({"audit Open report: " + m_document}));
+        QVERIFY(argv.value(0).endsWith("xdg-open"));
+        QCOMPARE(argv.mid(1), QByteArrayList{m_document.toUtf8()});
+    }
+
+    void aNewlyMadeProtocolOpensUnquotedUnchecked()
+    {
+        const QString made = QStringLiteral("/data/Protocols/New Assay 1.apr");
+        const QString program = programFor(QStringLiteral("AssayApplicationPath"));
+        m_launcher->OpenNewProtocol(made);
+        QCOMPARE(m_launcher->lastCommandLine().text, program + ' ' + made);
+        QCOMPARE(startedArgv(), QByteArrayList({QFile::encodeName(program), made.toUtf8()}));
+        QVERIFY(m_events.isEmpty());
+    }
+};
+
+QTEST_GUILESS_MAIN(DocumentLauncherTest)
+#include "DocumentLauncherTest.moc"

@@ -1,0 +1,63 @@
+#include "BrowserControl.h"
+#include "WebEngineTestMain.h"
+
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QWebEngineView>
+#include <QtTest>
+
+using namespace nebra;
+
+class BrowserControlTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    QTemporaryDir m_dir;
+
+    // A page whose whole surface is a link to the other page.
+    QUrl page(const QString& name, const QString& other)
+    {
+        QFile file(m_dir.filePath(name));
+        file.open(QIODevice::WriteOnly);
+        file.write("<html><body><a href=\"" + other.toUtf8() +
+                   "\" style=\"position:fixed;left:0;top:0;right:0;bottom:0\">link</a></body></html>");
+        return QUrl::fromLocalFile(file.fileName());
+    }
+
+private Q_SLOTS:
+    void onlyTheLinksOfThePageAreAnnounced()
+    {
+        BrowserControl browser;
+        browser.resize(400, 300);
+        browser.show();
+        const QUrl second = page(QStringLiteral("second.htm"), QStringLiteral("first.htm"));
+        QSignalSpy announced(&browser, &BrowserControl::BeforeNavigate2);
+        QSignalSpy navigated(&browser, &BrowserControl::NavigateComplete2);
+        browser.Navigate(page(QStringLiteral("first.htm"), QStringLiteral("second.htm")));
+        QCOMPARE(browser.ReadyState(), int(BrowserControl::Loading));
+        QVERIFY(browser.WaitUntilComplete());
+        browser.Refresh();
+        QVERIFY(browser.WaitUntilComplete());
+        QCOMPARE(navigated.count(), 1); // neither the program's navigation nor a refresh is announced
+        QCOMPARE(announced.count(), 0);
+        // A new page takes clicks only after a moment; quick repeats would make a double click.
+        QElapsedTimer sinceClick;
+        QVERIFY(QTest::qWaitFor(
+            [&] {
+                if (announced.isEmpty() && (!sinceClick.isValid() || sinceClick.elapsed() > 200)) {
+                    QTest::mouseClick(browser.view()->focusProxy(), Qt::LeftButton, {}, QPoint(30, 30));
+                    sinceClick.start();
+                }
+                return !announced.isEmpty();
+            },
+            BrowserControl::DefaultWaitLimitMs));
+        QCOMPARE(announced.first().first().toUrl(), second);
+        QVERIFY(navigated.wait(BrowserControl::DefaultWaitLimitMs)); // not cancelled: followed
+        QCOMPARE(browser.LocationURL(), second);
+        QCOMPARE(browser.ReadyState(), int(BrowserControl::Complete));
+    }
+};
+
+NEBRA_WEBENGINE_TEST_MAIN(BrowserControlTest)
+#include "BrowserControlTest.moc"

@@ -1,0 +1,187 @@
+#include "WelcomePage.h"
+#include "BrowserControl.h"
+#include "MessageRecorder.h"
+#include "SettingsStore.h"
+#include "SuitePaths.h"
+#include "SuiteSettings.h"
+#include "UserFolders.h"
+#include "WebEngineTestMain.h"
+
+#include <QWebEngineView>
+#include <QtTest>
+
+#include <memory>
+
+using namespace nebra;
+
+class WelcomePageTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    QStringList m_events;
+    int m_resets = 0;
+    int m_readyState = BrowserControl::Loading;
+    std::unique_ptr<WelcomePage> m_page;
+
+    void makePage(std::function<int()> readyState)
+    {
+        auto record = [this](const char* what) { return [this, what] { m_events << QLatin1String(what); }; };
+        m_page = std::make_unique<WelcomePage>(WelcomeActions{
+            [this] { ++m_resets; }, std::move(readyState), record("protocols node"), record("results node"),
+            record("create protocol"), record("create layout template"), record("exit")});
+    }
+
+    bool click(const QString& target)
+    {
+        bool cancel = false;
+        m_page->WebBrowser1_BeforeNavigate2(QUrl(target), cancel);
+        return cancel;
+    }
+
+private Q_SLOTS:
+    void init()
+    {
+        m_events.clear();
+        m_resets = 0;
+        m_readyState = BrowserControl::Loading;
+        makePage([this] { return m_readyState; });
+    }
+
+    void aLinkIsItsLastBackslashSegmentComparedExactly_data()
+    {
+        QTest::addColumn<QString>("target");
+        QTest::addColumn<QStringList>("atOnce");
+        QTest::addColumn<QStringList>("whenComplete");
+        const QStringList none;
+        QTest::newRow("run") << "organiser:\\Run a protocol" << none << QStringList{"protocols node"};
+        QTest::newRow("percent-encoded")
+            << "organiser:%5CRun%20a%20protocol" << none << QStringList{"protocols node"};
+        QTest::newRow("no backslash") << "file:///C:/Pages/Run a protocol" << none << none;
+        QTest::newRow("wrong case") << "organiser:\\run a protocol" << none << none;
+        QTest::newRow("unknown") << "organiser:\\Calibrate" << none << none;
+        QTest::newRow("new protocol, at once")
+            << "organiser:\\Create a new protocol" << QStringList{"create protocol"} << none;
+        QTest::newRow("new template, waits")
+            << "organiser:\\Create a new template" << none << QStringList{"create layout template"};
+        QTest::newRow("exit, waits") << "organiser:\\Exit" << none << QStringList{"exit"};
+    }
+
+    void aLinkIsItsLastBackslashSegmentComparedExactly()
+    {
+        QFETCH(QString, target);
+        QFETCH(QStringList, atOnce);
+        QFETCH(QStringList, whenComplete);
+        QVERIFY(click(target));
+        QCOMPARE(m_resets, 1);
+        m_page->WebBrowser1_CommandStateChange();
+        QCOMPARE(m_events, atOnce);
+        m_readyState = BrowserControl::Complete;
+        m_page->WebBrowser1_CommandStateChange();
+        QCOMPARE(m_events, atOnce + whenComplete);
+    }
+
+    void pendingCommandsRunInTheirOwnOrderOnceComplete()
+    {
+        for (const char* name : {"Exit", "Create a new template", "Analyse data", "Run a protocol"})
+            QVERIFY(click(QStringLiteral("organiser:\\") + QLatin1String(name)));
+        m_readyState = BrowserControl::Interactive;
+        m_page->WebBrowser1_CommandStateChange();
+        QVERIFY(m_events.isEmpty());
+        m_readyState = BrowserControl::Complete;
+        m_page->WebBrowser1_CommandStateChange();
+        m_page->WebBrowser1_CommandStateChange(); // only the exit stays pending: the window is going
+        QCOMPARE(m_events,
+                 QStringList({"protocols node", "results node", "create layout template", "exit", "exit"}));
+    }
+
+    void instrumentSetupIsNotImplemented()
+    {
+        test::MessageRecorder messages;
+        QVERIFY(click(QStringLiteral("organiser:\\Instrument setup")));
+        QCOMPARE(messages.count(), 1);
+        QCOMPARE(messages.last().text,
+                 QStringLiteral("Instrument Setup is not implemented in this version."));
+        QCOMPARE(messages.last().title, QStringLiteral("Organizer Selection Error"));
+        QCOMPARE(messages.last().icon, MessageIcon::Information);
+    }
+
+    void thePageFileFollowsTheSettings_data()
+    {
+        QTest::addColumn<QString>("organiserFile");
+        QTest::addColumn<QString>("pageFolder");
+        QTest::addColumn<bool>("alternative");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("default") << ""
+                                 << "" << false << "DATA/Organiser.mht";
+        QTest::newRow("alternative") << ""
+                                     << "/srv/pages" << true << "DATA/Organiser2.mht";
+        QTest::newRow("chosen, data folder") << "Lab Start.mht"
+                                             << "" << true << "DATA/Lab Start.mht";
+        QTest::newRow("chosen, page folder") << "Lab Start.mht"
+                                             << "/srv/pages" << false << "/srv/pages/Lab Start.mht";
+    }
+
+    void thePageFileFollowsTheSettings()
+    {
+        QFETCH(QString, organiserFile);
+        QFETCH(QString, pageFolder);
+        QFETCH(bool, alternative);
+        QFETCH(QString, expected);
+        test::UserFolders folders;
+        SettingsStore store(folders.settingsFile());
+        store.setValue(QStringLiteral("Settings/OrganiserFile"), organiserFile);
+        store.setValue(QStringLiteral("Settings/PageFolder"), pageFolder);
+        store.setValue(QStringLiteral("Settings/UseAlternativeWelcomePage"), alternative);
+        SuitePaths paths(store);
+        QCOMPARE(WelcomePage::PageFile(SuiteSettings(store), paths),
+                 expected.replace(QLatin1String("DATA"), paths.SuiteDataFolder()));
+    }
+
+    void theBuiltInPagesCarryEveryLink()
+    {
+        for (const char* name : {"/Organiser.mht", "/Organiser2.mht"}) {
+            QFile page(qEnvironmentVariable("NEBRA_TEST_DATA_DIR") + QLatin1String(name));
+            QVERIFY(page.open(QIODevice::ReadOnly));
+            const QByteArray text = page.readAll();
+            QCOMPARE(text.count('\n'), text.count("\r\n"));
+            for (const QString& link : WelcomePage::linkNames())
+                QVERIFY2(text.contains("href=\"organiser:\\" + link.toUtf8() + '"'), qPrintable(link));
+        }
+    }
+
+    void aClickOnTheWelcomePageSelectsTheProtocolsNode()
+    {
+        BrowserControl browser;
+        browser.resize(900, 560);
+        browser.show();
+        makePage([&browser] { return browser.ReadyState(); });
+        connect(
+            &browser, &BrowserControl::BeforeNavigate2, this,
+            [this](const QUrl& url, bool& cancel) { m_page->WebBrowser1_BeforeNavigate2(url, cancel); },
+            Qt::DirectConnection);
+        connect(&browser, &BrowserControl::CommandStateChange, this,
+                [this] { m_page->WebBrowser1_CommandStateChange(); });
+        const QUrl welcome =
+            QUrl::fromLocalFile(qEnvironmentVariable("NEBRA_TEST_DATA_DIR") + "/Organiser.mht");
+        browser.Navigate(welcome);
+        QVERIFY(browser.WaitUntilComplete());
+        // "Run a protocol" is the first task card, at the top left; quick repeats would make a double click.
+        QElapsedTimer sinceClick;
+        QVERIFY(QTest::qWaitFor(
+            [&] {
+                if (m_resets == 0 && (!sinceClick.isValid() || sinceClick.elapsed() > 200)) {
+                    QTest::mouseClick(browser.view()->focusProxy(), Qt::LeftButton, {}, QPoint(150, 200));
+                    sinceClick.start();
+                }
+                return !m_events.isEmpty();
+            },
+            BrowserControl::DefaultWaitLimitMs));
+        QCOMPARE(m_events, QStringList{"protocols node"});
+        QCOMPARE(m_resets, 1);
+        QCOMPARE(browser.LocationURL(), welcome);
+    }
+};
+
+NEBRA_WEBENGINE_TEST_MAIN(WelcomePageTest)
+#include "WelcomePageTest.moc"
