@@ -1,5 +1,6 @@
 #include "MainWindow.h"
 
+#include "Authorisation.h"
 #include "BrowserControl.h"
 #include "CommandDispatcher.h"
 #include "DataFolders.h"
@@ -39,6 +40,8 @@ MainWindow::MainWindow(Options options)
     setObjectName(QStringLiteral("frmNMain"));
     setAccessibleName(QStringLiteral("Organiser"));
     setGeometry(DesignGeometry);
+    m_authorisation = std::make_unique<Authorisation>(
+        m_globals, [this] { return m_security ? m_security->NebraSecurityManagerObj() : nullptr; }, this);
     createControls();
     connectCommands();
     connect(m_singleInstance.get(), &SingleInstance::activationRequested, this, &MainWindow::showFromOtherInstance);
@@ -110,11 +113,28 @@ void MainWindow::connectCommands()
     }, this);
     connect(m_toolBars, &ToolBarsControl::toolClick, m_commands, &CommandDispatcher::ToolClick);
     m_commands->setCommand(QStringLiteral("ID_Exit"), [this] { close(); });
+    m_commands->setCommand(QStringLiteral("ID_ChangePassword"), [this] {
+        if (m_security)
+            m_security->ChangePassword();
+    });
+    m_commands->setCommand(QStringLiteral("ID_LogOut"), [this] {
+        if (m_security)
+            m_security->LogOut();
+    });
+    connect(m_statusBar, &StatusBarControl::panelClick, this, [this](int panel) {
+        if (panel == SecuritySession::SessionPanel && m_security)
+            m_security->ShowSessionInformation();
+    });
 }
 
 void MainWindow::createSecuritySession()
 {
-    m_security = std::make_unique<SecuritySession>(m_globals, this, *m_toolBars, *m_statusBar);
+    auto factory = [this](QString* error) {
+        return NebraSecurityManager::create(*m_globals.store, m_options.securityManager, error);
+    };
+    SecuritySessionHooks hooks{[this] { UnloadAllExceptMain(); }, [this] { close(); }, m_options.endProcess};
+    m_security = std::make_unique<SecuritySession>(m_globals, this, *m_toolBars, *m_statusBar, *m_authorisation,
+                                                   factory, std::move(hooks));
 }
 
 void MainWindow::createDataFolders()

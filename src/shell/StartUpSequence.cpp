@@ -142,7 +142,10 @@ bool StartUpSequence::startSecurity()
     m_window.createSecuritySession();
     if (m_window.securitySession()->StartSecuritySession() == SecuritySession::StartOutcome::EndProcess)
         return false;
-    if (m_globals.SecurityEnabled && !QFileInfo::exists(m_globals.paths->SecuredFolder())) {
+    if (!m_globals.SecurityEnabled)
+        return true;
+    m_globals.paths->SetSecurityManager(m_window.securitySession()->NebraSecurityManagerObj());
+    if (!QFileInfo::exists(m_globals.paths->SecuredFolder())) {
         m_globals.settings->BeginFolderUpdate();
         m_globals.paths->CreateSecuredFolder();
         m_globals.settings->EndFolderUpdate();
