@@ -180,9 +180,11 @@ AuditVerification AuditTrail::verify() const
     const qint64 count = expected - 1;
     if (count < head.count)
         return {false, count, count + 1,
-                QStringLiteral("Entries %1 to %2 are missing: the newest entries have been cut off.")
-                    .arg(count + 1)
-                    .arg(head.count)};
+                count + 1 == head.count
+                    ? QStringLiteral("Entry %1 is missing: the newest entry has been cut off.").arg(head.count)
+                    : QStringLiteral("Entries %1 to %2 are missing: the newest entries have been cut off.")
+                          .arg(count + 1)
+                          .arg(head.count)};
     return {true, count, 0, QStringLiteral("The audit trail holds %1 entries; all are intact.").arg(count)};
 }
 

@@ -95,7 +95,9 @@ bool UserStore::addUser(const QString& name, const QString& fullName, const QByt
             }
             return m_database.exec(q,
                                    QStringLiteral("INSERT INTO users(name, full_name, password_hash) VALUES(?, ?, ?)"),
-                                   {name, fullName, QString::fromLatin1(passwordHash)}, why);
+                                   {name, fullName.isNull() ? QStringLiteral("") : fullName,
+                                    QString::fromLatin1(passwordHash)},
+                                   why);
         },
         error);
 }
