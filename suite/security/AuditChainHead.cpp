@@ -4,9 +4,12 @@
 
 #include <QDir>
 #include <QFile>
-#include <QLockFile>
+#include <QDeadlineTimer>
 #include <QSaveFile>
+#include <QThread>
 #include <QtEndian>
+
+#include <sys/file.h>
 
 namespace nebra {
 
@@ -17,6 +20,38 @@ QString shown(const QString& path)
 {
     return QDir::toNativeSeparators(path);
 }
+
+// An exclusive lock on "<head>.lock", shared by every process that writes
+// the head. The kernel drops it when its holder ends, however it ends, so a
+// killed writer never leaves it stale. The file itself stays in place.
+class HeadLock
+{
+public:
+    explicit HeadLock(const QString& headPath) : m_file(headPath + QStringLiteral(".lock"))
+    {
+        if (!m_file.open(QIODevice::ReadWrite))
+            return;
+        const QDeadlineTimer deadline(10000);
+        while (!m_locked && !deadline.hasExpired()) {
+            m_locked = ::flock(m_file.handle(), LOCK_EX | LOCK_NB) == 0;
+            if (!m_locked)
+                QThread::msleep(2);
+        }
+    }
+    ~HeadLock()
+    {
+        if (m_locked)
+            ::flock(m_file.handle(), LOCK_UN);
+    }
+    HeadLock(const HeadLock&) = delete;
+    HeadLock& operator=(const HeadLock&) = delete;
+
+    bool isLocked() const { return m_locked; }
+
+private:
+    QFile m_file;
+    bool m_locked = false;
+};
 } // namespace
 
 AuditChainHead::AuditChainHead(QString path, const SiteKey& key, QByteArray databaseId)
@@ -87,9 +122,8 @@ bool AuditChainHead::write(const Record& record, QString* error)
 
 bool AuditChainHead::advance(const Record& record, QString* error)
 {
-    QLockFile lock(m_path + QStringLiteral(".lock"));
-    lock.setStaleLockTime(10000);
-    if (!lock.tryLock(10000)) {
+    const HeadLock lock(m_path);
+    if (!lock.isLocked()) {
         *error = QStringLiteral("The audit chain head file \"%1\" is locked by another program.").arg(shown(m_path));
         return false;
     }
@@ -105,8 +139,8 @@ bool AuditChainHead::advance(const Record& record, QString* error)
 
 bool AuditChainHead::reset(const Record& record, QString* error)
 {
-    QLockFile lock(m_path + QStringLiteral(".lock"));
-    if (!lock.tryLock(10000)) {
+    const HeadLock lock(m_path);
+    if (!lock.isLocked()) {
         *error = QStringLiteral("The audit chain head file \"%1\" is locked by another program.").arg(shown(m_path));
         return false;
     }
