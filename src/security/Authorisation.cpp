@@ -15,8 +15,9 @@ Authorisation::Authorisation(const Globals& globals, ManagerSource manager, QWid
 
 QString Authorisation::permissionDeniedText()
 {
-    return QStringLiteral("You do not have permission to perform this operation.  Please contact your security "
-                          "administrator for further information.");
+    return QStringLiteral(
+        "You do not have permission to perform this operation.  Please contact your security "
+        "administrator for further information.");
 }
 
 bool Authorisation::CanPerformSecurityOperation(const QString& area, const QString& operation,

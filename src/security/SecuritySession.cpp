@@ -24,8 +24,8 @@ void inform(QWidget* owner, const QString& text, const QString& title)
 } // namespace
 
 SecuritySession::SecuritySession(Globals& globals, QWidget* owner, ToolBarsControl& tools,
-                                 StatusBarControl& statusBar, Authorisation& authorisation, ManagerFactory factory,
-                                 SecuritySessionHooks hooks)
+                                 StatusBarControl& statusBar, Authorisation& authorisation,
+                                 ManagerFactory factory, SecuritySessionHooks hooks)
     : QObject(nullptr), m_globals(globals), m_owner(owner), m_tools(tools), m_statusBar(statusBar),
       m_authorisation(authorisation), m_factory(std::move(factory)), m_hooks(std::move(hooks))
 {
@@ -51,7 +51,11 @@ SecuritySession::StartOutcome SecuritySession::StartSecuritySession()
     if (!m_manager) {
         // The box's text is fixed; the reason goes where an administrator looks.
         qWarning("The security manager cannot be created: %s", qUtf8Printable(error));
-        Messages::show({creationFailureText(), {}, MessageIcon::NoIcon, MessageButton::Ok, MessageButton::NoButton,
+        Messages::show({creationFailureText(),
+                        {},
+                        MessageIcon::NoIcon,
+                        MessageButton::Ok,
+                        MessageButton::NoButton,
                         m_owner});
         return StartOutcome::EndProcess;
     }
@@ -63,13 +67,15 @@ SecuritySession::StartOutcome SecuritySession::StartSecuritySession()
     }
     m_globals.SecurityEnabled = true;
     showSecurityControls();
-    m_authorisation.AddAuditTrailEntryOperation(QStringLiteral("General"), QStringLiteral("Launch Welcome screen"));
+    m_authorisation.AddAuditTrailEntryOperation(QStringLiteral("General"),
+                                                QStringLiteral("Launch Welcome screen"));
     return StartOutcome::Continue;
 }
 
 void SecuritySession::showSecurityControls()
 {
-    const bool groupLibrary = m_manager->AuthenticationLibrary() == QLatin1String(SecuritySettings::GroupLibrary);
+    const bool groupLibrary =
+        m_manager->AuthenticationLibrary() == QLatin1String(SecuritySettings::GroupLibrary);
     const bool changeAllowed = m_manager->PasswordChangeAllowed();
     m_tools.setToolVisible(ChangePasswordTool, changeAllowed || groupLibrary);
     // The service library is asked about as well; the answer changes nothing.
@@ -77,7 +83,8 @@ void SecuritySession::showSecurityControls()
         m_manager->AuthenticationLibrary() == QLatin1String(SecuritySettings::ServiceLibrary);
     m_tools.setToolVisible(LogOutTool, true);
     m_statusBar.setPanelText(SessionPanel, QStringLiteral("Logged in as: ") + m_manager->UserName() +
-                                               QStringLiteral(" (") + m_manager->UserDetail() + QLatin1Char(')'));
+                                               QStringLiteral(" (") + m_manager->UserDetail() +
+                                               QLatin1Char(')'));
 }
 
 void SecuritySession::HideSecurityControls()
@@ -108,8 +115,9 @@ void SecuritySession::ShowSessionInformation()
 {
     if (!m_globals.SecurityEnabled || !m_manager)
         return;
-    inform(m_owner, QStringLiteral("Logged in as: ") + m_manager->UserName() + QStringLiteral("\r\n\r\n") +
-                        m_manager->UserDetail(),
+    inform(m_owner,
+           QStringLiteral("Logged in as: ") + m_manager->UserName() + QStringLiteral("\r\n\r\n") +
+               m_manager->UserDetail(),
            QStringLiteral("Security Information"));
 }
 

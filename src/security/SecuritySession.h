@@ -33,7 +33,11 @@ class SecuritySession : public QObject
 {
     Q_OBJECT
 public:
-    enum class StartOutcome { Continue, EndProcess };
+    enum class StartOutcome
+    {
+        Continue,
+        EndProcess
+    };
 
     using ManagerFactory = std::function<std::unique_ptr<NebraSecurityManager>(QString* error)>;
 

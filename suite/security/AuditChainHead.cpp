@@ -2,9 +2,9 @@
 
 #include "SiteKey.h"
 
+#include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
-#include <QDeadlineTimer>
 #include <QSaveFile>
 #include <QThread>
 #include <QtEndian>
@@ -97,9 +97,10 @@ AuditChainHead::ReadStatus AuditChainHead::read(Record* record, QString* error) 
         }
     }
     if (!countOk || r.count < 0 || !m_key.verify(sealed, sealedMessage(r))) {
-        *error = QStringLiteral("The audit chain head file \"%1\" has been altered or does not belong to this "
-                                "database.")
-                     .arg(shown(m_path));
+        *error =
+            QStringLiteral("The audit chain head file \"%1\" has been altered or does not belong to this "
+                           "database.")
+                .arg(shown(m_path));
         return ReadStatus::Invalid;
     }
     *record = r;
@@ -124,7 +125,8 @@ bool AuditChainHead::advance(const Record& record, QString* error)
 {
     const HeadLock lock(m_path);
     if (!lock.isLocked()) {
-        *error = QStringLiteral("The audit chain head file \"%1\" is locked by another program.").arg(shown(m_path));
+        *error = QStringLiteral("The audit chain head file \"%1\" is locked by another program.")
+                     .arg(shown(m_path));
         return false;
     }
     // A head that is missing or altered is never replaced here: writing a
@@ -141,7 +143,8 @@ bool AuditChainHead::reset(const Record& record, QString* error)
 {
     const HeadLock lock(m_path);
     if (!lock.isLocked()) {
-        *error = QStringLiteral("The audit chain head file \"%1\" is locked by another program.").arg(shown(m_path));
+        *error = QStringLiteral("The audit chain head file \"%1\" is locked by another program.")
+                     .arg(shown(m_path));
         return false;
     }
     return write(record, error);

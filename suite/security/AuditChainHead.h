@@ -26,7 +26,12 @@ public:
         QByteArray mac; // empty while count is 0
     };
 
-    enum class ReadStatus { Ok, Missing, Invalid };
+    enum class ReadStatus
+    {
+        Ok,
+        Missing,
+        Invalid
+    };
 
     AuditChainHead(QString path, const SiteKey& key, QByteArray databaseId);
 

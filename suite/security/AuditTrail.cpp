@@ -32,7 +32,7 @@ void appendText(QByteArray& out, const QString& text)
 
 AuditEntry entryFrom(const QSqlQuery& q)
 {
-    return {q.value(0).toLongLong(), q.value(1).toString(), q.value(2).toString(), q.value(3).toString(),
+    return {q.value(0).toLongLong(), q.value(1).toString(), q.value(2).toString(),   q.value(3).toString(),
             q.value(4).toString(),   q.value(5).toString(), q.value(6).toByteArray()};
 }
 
@@ -66,7 +66,8 @@ QByteArray AuditTrail::entryMessage(const AuditEntry& entry, const QByteArray& p
 bool AuditTrail::newest(qint64* sequence, QByteArray* mac, QString* error) const
 {
     QSqlQuery q = m_database.newQuery();
-    if (!m_database.exec(q, QStringLiteral("SELECT seq, mac FROM audit_trail ORDER BY seq DESC LIMIT 1"), {}, error))
+    if (!m_database.exec(q, QStringLiteral("SELECT seq, mac FROM audit_trail ORDER BY seq DESC LIMIT 1"), {},
+                         error))
         return false;
     *sequence = q.next() ? q.value(0).toLongLong() : 0;
     *mac = *sequence > 0 ? q.value(1).toByteArray() : genesisMac();
@@ -91,12 +92,13 @@ AuditAppendResult AuditTrail::append(const QString& userName, const QString& are
             entry.utc = QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs);
             entry.mac = m_key.mac(entryMessage(entry, previousMac));
             QSqlQuery q = m_database.newQuery();
-            return m_database.exec(q,
-                                   QStringLiteral("INSERT INTO audit_trail(seq, utc, user_name, workstation, area, "
-                                                  "text, mac) VALUES(?, ?, ?, ?, ?, ?, ?)"),
-                                   {entry.sequence, entry.utc, entry.userName, entry.workstation, entry.area,
-                                    entry.text, entry.mac},
-                                   why);
+            return m_database.exec(
+                q,
+                QStringLiteral("INSERT INTO audit_trail(seq, utc, user_name, workstation, area, "
+                               "text, mac) VALUES(?, ?, ?, ?, ?, ?, ?)"),
+                {entry.sequence, entry.utc, entry.userName, entry.workstation, entry.area, entry.text,
+                 entry.mac},
+                why);
         },
         &error);
     if (!committed)
@@ -137,22 +139,18 @@ QList<AuditEntry> AuditTrail::entries(QString* error) const
     return all;
 }
 
-AuditVerification AuditTrail::verify() const
+// Walks the chain from the first entry. Sets *count to the number of
+// entries found intact in order; the result is ok while nothing is wrong.
+AuditVerification AuditTrail::verifyChain(const AuditChainHead::Record& head, qint64* count) const
 {
     AuditVerification result;
-    // The head is read before the entries: writers only ever add entries, so
-    // a head read first can never be ahead of the snapshot read after it.
-    AuditChainHead::Record head;
-    QString error;
-    if (m_head.read(&head, &error) != AuditChainHead::ReadStatus::Ok)
-        return {false, 0, 0, error};
-
     qint64 expected = 1;
     QByteArray previousMac = genesisMac();
     auto fail = [&](qint64 sequence, const QString& message) {
         result = {false, expected - 1, sequence, message};
         return false;
     };
+    QString error;
     const bool read = forEachEntry(
         [&](const AuditEntry& entry) {
             if (entry.sequence != expected)
@@ -166,25 +164,40 @@ AuditVerification AuditTrail::verify() const
                                                            "moved or inserted before it.")
                                                 .arg(entry.sequence));
             if (entry.sequence == head.count && entry.mac != head.mac)
-                return fail(entry.sequence,
-                            QStringLiteral("Entry %1 does not match the audit chain head.").arg(entry.sequence));
+                return fail(
+                    entry.sequence,
+                    QStringLiteral("Entry %1 does not match the audit chain head.").arg(entry.sequence));
             previousMac = entry.mac;
             ++expected;
             return true;
         },
         &error);
+    *count = expected - 1;
     if (!read)
-        return {false, expected - 1, 0, QStringLiteral("The audit trail cannot be read (%1).").arg(error)};
-    if (!result.ok)
-        return result;
-    const qint64 count = expected - 1;
+        return {false, *count, 0, QStringLiteral("The audit trail cannot be read (%1).").arg(error)};
+    return result;
+}
+
+AuditVerification AuditTrail::verify() const
+{
+    // The head is read before the entries: writers only ever add entries, so
+    // a head read first can never be ahead of the snapshot read after it.
+    AuditChainHead::Record head;
+    QString error;
+    if (m_head.read(&head, &error) != AuditChainHead::ReadStatus::Ok)
+        return {false, 0, 0, error};
+    qint64 count = 0;
+    const AuditVerification chain = verifyChain(head, &count);
+    if (!chain.ok)
+        return chain;
+    if (count + 1 == head.count)
+        return {false, count, count + 1,
+                QStringLiteral("Entry %1 is missing: the newest entry has been cut off.").arg(head.count)};
     if (count < head.count)
         return {false, count, count + 1,
-                count + 1 == head.count
-                    ? QStringLiteral("Entry %1 is missing: the newest entry has been cut off.").arg(head.count)
-                    : QStringLiteral("Entries %1 to %2 are missing: the newest entries have been cut off.")
-                          .arg(count + 1)
-                          .arg(head.count)};
+                QStringLiteral("Entries %1 to %2 are missing: the newest entries have been cut off.")
+                    .arg(count + 1)
+                    .arg(head.count)};
     return {true, count, 0, QStringLiteral("The audit trail holds %1 entries; all are intact.").arg(count)};
 }
 
@@ -198,7 +211,8 @@ bool AuditTrail::resealHead(QString* error)
 {
     qint64 sequence = 0;
     QByteArray mac;
-    return newest(&sequence, &mac, error) && m_head.reset({sequence, sequence > 0 ? mac : QByteArray()}, error);
+    return newest(&sequence, &mac, error) &&
+           m_head.reset({sequence, sequence > 0 ? mac : QByteArray()}, error);
 }
 
 bool AuditTrail::initialiseHead(QString* error)

@@ -72,6 +72,7 @@ private:
     QByteArray entryMessage(const AuditEntry& entry, const QByteArray& previousMac) const;
     QByteArray genesisMac() const;
     bool newest(qint64* sequence, QByteArray* mac, QString* error) const;
+    AuditVerification verifyChain(const AuditChainHead::Record& head, qint64* count) const;
 
     SecurityDatabase& m_database;
     const SiteKey& m_key;

@@ -30,7 +30,8 @@ LogInResult Authenticator::countFailure(const UserRecord& user)
 {
     bool lockedNow = false;
     QString error;
-    if (!m_store.users().recordFailedLogIn(user.name, m_store.settings().lockoutThreshold, &lockedNow, &error))
+    if (!m_store.users().recordFailedLogIn(user.name, m_store.settings().lockoutThreshold, &lockedNow,
+                                           &error))
         return {LogInStatus::Error, {}, error};
     record(user.name, QStringLiteral("Failed log in: wrong password"));
     if (lockedNow)

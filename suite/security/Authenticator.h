@@ -9,7 +9,8 @@ namespace nebra {
 class SecretBytes;
 class SecurityStore;
 
-enum class LogInStatus {
+enum class LogInStatus
+{
     Success,  // password right, account usable
     Refused,  // unknown user or wrong password: the two are not told apart
     Locked,   // password right, but the account is locked after failed log-ins

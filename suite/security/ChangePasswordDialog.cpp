@@ -19,7 +19,8 @@ SecretBytes take(QLineEdit* field)
 }
 } // namespace
 
-ChangePasswordDialog::ChangePasswordDialog(QWidget* owner, const QString& userName, int minimumLength, bool forced)
+ChangePasswordDialog::ChangePasswordDialog(QWidget* owner, const QString& userName, int minimumLength,
+                                           bool forced)
     : QDialog(owner)
 {
     setObjectName(QStringLiteral("frmChangePassword"));
@@ -27,8 +28,9 @@ ChangePasswordDialog::ChangePasswordDialog(QWidget* owner, const QString& userNa
     setAccessibleName(QStringLiteral("Change Password"));
     setModal(true);
 
-    QString intro = forced ? QStringLiteral("%1, your password must be changed before you continue.").arg(userName)
-                           : QStringLiteral("Change the password of %1.").arg(userName);
+    QString intro =
+        forced ? QStringLiteral("%1, your password must be changed before you continue.").arg(userName)
+               : QStringLiteral("Change the password of %1.").arg(userName);
     intro += QStringLiteral("\nThe new password needs at least %1 characters and must not be your user name.")
                  .arg(minimumLength);
     auto* introLabel = new QLabel(intro, this);
@@ -37,7 +39,8 @@ ChangePasswordDialog::ChangePasswordDialog(QWidget* owner, const QString& userNa
 
     m_current = addPasswordField(QStringLiteral("txtCurrentPassword"), QStringLiteral("Current password"));
     m_new = addPasswordField(QStringLiteral("txtNewPassword"), QStringLiteral("New password"));
-    m_confirm = addPasswordField(QStringLiteral("txtConfirmPassword"), QStringLiteral("Confirm new password"));
+    m_confirm =
+        addPasswordField(QStringLiteral("txtConfirmPassword"), QStringLiteral("Confirm new password"));
     auto* form = new QFormLayout;
     if (!forced)
         form->addRow(QStringLiteral("C&urrent password:"), m_current);

@@ -15,7 +15,8 @@ namespace {
 const QString Title = QStringLiteral("Security Manager");
 } // namespace
 
-NebraSecurityManager::NebraSecurityManager(std::unique_ptr<SecurityStore> store, const SecurityManagerOptions& options)
+NebraSecurityManager::NebraSecurityManager(std::unique_ptr<SecurityStore> store,
+                                           const SecurityManagerOptions& options)
     : m_store(std::move(store)), m_authenticator(*m_store), m_idle(options.clock, options.pollIntervalMs)
 {
     connect(&m_idle, &IdleTimer::expired, this, &NebraSecurityManager::timeOut);
@@ -184,7 +185,8 @@ void NebraSecurityManager::SessionChangePassword(QWidget* owner)
         changePassword(owner, m_user->name, nullptr);
 }
 
-bool NebraSecurityManager::changePassword(QWidget* owner, const QString& userName, const SecretBytes* provenCurrent)
+bool NebraSecurityManager::changePassword(QWidget* owner, const QString& userName,
+                                          const SecretBytes* provenCurrent)
 {
     ChangePasswordDialog dialog(owner, userName, m_store->policy().minimumLength(), provenCurrent != nullptr);
     for (int attempt = 0; attempt < MaxLogInAttempts; ++attempt) {
@@ -205,7 +207,8 @@ bool NebraSecurityManager::changePassword(QWidget* owner, const QString& userNam
 }
 
 QString NebraSecurityManager::problemWithChange(const QString& userName, const SecretBytes& current,
-                                                const SecretBytes& fresh, const SecretBytes& confirmation) const
+                                                const SecretBytes& fresh,
+                                                const SecretBytes& confirmation) const
 {
     if (!(fresh == confirmation))
         return QStringLiteral("The new password and its confirmation do not match.");
@@ -232,8 +235,8 @@ bool NebraSecurityManager::storeNewPassword(const QString& userName, const Secre
     }
     if (!m_store->users().setPasswordHash(userName, hash, false, error))
         return false;
-    const AuditAppendResult result = m_store->audit().append(userName, Authenticator::Area,
-                                                             QStringLiteral("Password changed"));
+    const AuditAppendResult result =
+        m_store->audit().append(userName, Authenticator::Area, QStringLiteral("Password changed"));
     *error = result.error;
     return result.sequence > 0;
 }

@@ -40,7 +40,11 @@ class NebraSecurityManager : public QObject
 {
     Q_OBJECT
 public:
-    enum LogOutReason { TimedOut = 0, LoggedOut = 1 };
+    enum LogOutReason
+    {
+        TimedOut = 0,
+        LoggedOut = 1
+    };
     static constexpr int MaxLogInAttempts = 3; // per LogIn call
 
     ~NebraSecurityManager() override;
@@ -49,8 +53,8 @@ public:
     // with *error set to a sentence for the administrator, when it cannot be
     // opened or is not a security database, or its site key or chain head is
     // missing or does not belong to it.
-    static std::unique_ptr<NebraSecurityManager> create(const SettingsStore& settings,
-                                                        const SecurityManagerOptions& options, QString* error);
+    static std::unique_ptr<NebraSecurityManager>
+    create(const SettingsStore& settings, const SecurityManagerOptions& options, QString* error);
 
     // Ends the session without raising UserLoggedOut (the program is closing).
     void CloseSession();

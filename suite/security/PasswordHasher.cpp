@@ -27,8 +27,8 @@ size_t PasswordHasher::memLimit() const
 QByteArray PasswordHasher::hash(const SecretBytes& password) const
 {
     char out[crypto_pwhash_STRBYTES] = {};
-    if (crypto_pwhash_str_alg(out, password.data(), static_cast<unsigned long long>(password.size()), opsLimit(),
-                              memLimit(), crypto_pwhash_ALG_ARGON2ID13) != 0)
+    if (crypto_pwhash_str_alg(out, password.data(), static_cast<unsigned long long>(password.size()),
+                              opsLimit(), memLimit(), crypto_pwhash_ALG_ARGON2ID13) != 0)
         return {};
     return QByteArray(out);
 }

@@ -47,8 +47,8 @@ bool SecurityAdministration::validRight(const Right& right, QString* error)
     return false;
 }
 
-bool SecurityAdministration::addUser(const QString& name, const QString& fullName, const SecretBytes& password,
-                                     QString* error)
+bool SecurityAdministration::addUser(const QString& name, const QString& fullName,
+                                     const SecretBytes& password, QString* error)
 {
     if (!validName(name, error))
         return false;
@@ -66,9 +66,10 @@ bool SecurityAdministration::addUser(const QString& name, const QString& fullNam
 
 bool SecurityAdministration::setDisabled(const QString& name, bool disabled, QString* error)
 {
-    return recorded(m_store.users().setDisabled(name, disabled, error),
-                    (disabled ? QStringLiteral("User disabled: %1") : QStringLiteral("User enabled: %1")).arg(name),
-                    error);
+    return recorded(
+        m_store.users().setDisabled(name, disabled, error),
+        (disabled ? QStringLiteral("User disabled: %1") : QStringLiteral("User enabled: %1")).arg(name),
+        error);
 }
 
 bool SecurityAdministration::setPassword(const QString& name, const SecretBytes& password, bool mustChange,
@@ -91,7 +92,8 @@ bool SecurityAdministration::setPassword(const QString& name, const SecretBytes&
 
 bool SecurityAdministration::unlock(const QString& name, QString* error)
 {
-    return recorded(m_store.users().unlock(name, error), QStringLiteral("Account unlocked: %1").arg(name), error);
+    return recorded(m_store.users().unlock(name, error), QStringLiteral("Account unlocked: %1").arg(name),
+                    error);
 }
 
 bool SecurityAdministration::grant(const QString& user, const Right& right, QString* error)
@@ -143,8 +145,8 @@ bool SecurityAdministration::unassignRole(const QString& user, const QString& ro
 bool SecurityAdministration::resealChainHead(QString* error)
 {
     // The entry is recorded first, so that the new head covers it.
-    const AuditAppendResult result =
-        m_store.audit().append(m_actor, Area, QStringLiteral("Audit chain head sealed afresh by the administrator"));
+    const AuditAppendResult result = m_store.audit().append(
+        m_actor, Area, QStringLiteral("Audit chain head sealed afresh by the administrator"));
     if (result.sequence == 0) {
         *error = result.error;
         return false;

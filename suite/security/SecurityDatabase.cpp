@@ -25,7 +25,8 @@ const QStringList& schema()
                        "failed_logins INTEGER NOT NULL DEFAULT 0, "
                        "locked INTEGER NOT NULL DEFAULT 0, "
                        "must_change_password INTEGER NOT NULL DEFAULT 0)"),
-        QStringLiteral("CREATE TABLE roles(id INTEGER PRIMARY KEY, name TEXT NOT NULL UNIQUE COLLATE NOCASE)"),
+        QStringLiteral(
+            "CREATE TABLE roles(id INTEGER PRIMARY KEY, name TEXT NOT NULL UNIQUE COLLATE NOCASE)"),
         QStringLiteral("CREATE TABLE user_rights("
                        "user_id INTEGER NOT NULL REFERENCES users(id) ON DELETE CASCADE, "
                        "area TEXT NOT NULL, operation TEXT NOT NULL, PRIMARY KEY(user_id, area, operation))"),
@@ -36,9 +37,10 @@ const QStringList& schema()
                        "user_id INTEGER NOT NULL REFERENCES users(id) ON DELETE CASCADE, "
                        "role_id INTEGER NOT NULL REFERENCES roles(id) ON DELETE CASCADE, "
                        "PRIMARY KEY(user_id, role_id))"),
-        QStringLiteral("CREATE TABLE audit_trail("
-                       "seq INTEGER PRIMARY KEY, utc TEXT NOT NULL, user_name TEXT NOT NULL, "
-                       "workstation TEXT NOT NULL, area TEXT NOT NULL, text TEXT NOT NULL, mac BLOB NOT NULL)"),
+        QStringLiteral(
+            "CREATE TABLE audit_trail("
+            "seq INTEGER PRIMARY KEY, utc TEXT NOT NULL, user_name TEXT NOT NULL, "
+            "workstation TEXT NOT NULL, area TEXT NOT NULL, text TEXT NOT NULL, mac BLOB NOT NULL)"),
         QStringLiteral("CREATE TRIGGER audit_trail_no_update BEFORE UPDATE ON audit_trail "
                        "BEGIN SELECT RAISE(ABORT, 'audit trail entries cannot be changed'); END"),
         QStringLiteral("CREATE TRIGGER audit_trail_no_delete BEFORE DELETE ON audit_trail "
@@ -53,7 +55,13 @@ QString sqlError(const QSqlQuery& query)
     return e.databaseText().isEmpty() ? e.text() : e.databaseText();
 }
 
-enum class FileKind { Empty, NotSqlite, Truncated, Sqlite };
+enum class FileKind
+{
+    Empty,
+    NotSqlite,
+    Truncated,
+    Sqlite
+};
 
 // Looks at the SQLite header. A file whose header promises more pages than
 // the file holds has lost its end; SQLite itself would only notice when a
@@ -103,7 +111,8 @@ QSqlQuery SecurityDatabase::newQuery() const
     return QSqlQuery(QSqlDatabase::database(m_connectionName, false));
 }
 
-bool SecurityDatabase::exec(QSqlQuery& query, const QString& sql, const QVariantList& values, QString* error) const
+bool SecurityDatabase::exec(QSqlQuery& query, const QString& sql, const QVariantList& values,
+                            QString* error) const
 {
     if (!query.prepare(sql)) {
         *error = sqlError(query);
@@ -265,7 +274,8 @@ QString SecurityDatabase::metaValue(const QString& key) const
 bool SecurityDatabase::setMetaValue(const QString& key, const QString& value, QString* error)
 {
     QSqlQuery q = newQuery();
-    return exec(q, QStringLiteral("INSERT OR REPLACE INTO meta(key, value) VALUES(?, ?)"), {key, value}, error);
+    return exec(q, QStringLiteral("INSERT OR REPLACE INTO meta(key, value) VALUES(?, ?)"), {key, value},
+                error);
 }
 
 bool SecurityDatabase::writeTransaction(const std::function<bool(QString*)>& work, QString* error)

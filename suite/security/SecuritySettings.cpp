@@ -46,7 +46,8 @@ SecuritySettings SecuritySettings::fromStore(const SettingsStore& store, const Q
     const QString keyFile = text(store, "SiteKeyFile");
     s.siteKeyFile = !besideOverride && !keyFile.isEmpty() ? keyFile : s.databasePath + QStringLiteral(".key");
     const QString headFile = text(store, "ChainHeadFile");
-    s.chainHeadFile = !besideOverride && !headFile.isEmpty() ? headFile : s.databasePath + QStringLiteral(".head");
+    s.chainHeadFile =
+        !besideOverride && !headFile.isEmpty() ? headFile : s.databasePath + QStringLiteral(".head");
     s.timeOutMinutes = number(store, "TimeOutMinutes", DefaultTimeOutMinutes, 1, 24 * 60);
     s.lockoutThreshold = number(store, "LockoutThreshold", DefaultLockoutThreshold, 1, 1000);
     s.passwordMinimumLength = number(store, "PasswordMinimumLength", DefaultPasswordMinimumLength, 1, 128);

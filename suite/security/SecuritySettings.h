@@ -25,7 +25,8 @@ struct SecuritySettings
 {
     static constexpr const char* ServiceLibrary =
         "WindowsServiceAuthenticationLibrary.WindowsServiceXmlAuthentication";
-    static constexpr const char* GroupLibrary = "WindowsGroupAuthenticationLibrary.WindowsGroupAuthentication";
+    static constexpr const char* GroupLibrary =
+        "WindowsGroupAuthenticationLibrary.WindowsGroupAuthentication";
 
     static constexpr int DefaultTimeOutMinutes = 15;
     static constexpr int DefaultLockoutThreshold = 5;

@@ -21,7 +21,8 @@ SecurityStore::SecurityStore(const SecuritySettings& settings, std::unique_ptr<S
 
 SecurityStore::~SecurityStore() = default;
 
-bool SecurityStore::checkKey(SecurityDatabase& database, const SiteKey& key, const QString& keyPath, QString* error)
+bool SecurityStore::checkKey(SecurityDatabase& database, const SiteKey& key, const QString& keyPath,
+                             QString* error)
 {
     if (key.verify(QByteArray::fromHex(database.metaValue(KeyCheckName).toLatin1()),
                    KeyCheckMessage + database.databaseId()))
@@ -67,8 +68,8 @@ std::unique_ptr<SecurityStore> SecurityStore::create(const SecuritySettings& set
     if (database->setMetaValue(KeyCheckName, check, error)) {
         store.reset(new SecurityStore(settings, std::move(database), std::move(*key)));
         if (store->m_audit.initialiseHead(error)) {
-            const AuditAppendResult first = store->m_audit.append(actor, QStringLiteral("Administration"),
-                                                                  QStringLiteral("Security database created"));
+            const AuditAppendResult first = store->m_audit.append(
+                actor, QStringLiteral("Administration"), QStringLiteral("Security database created"));
             if (first.error.isEmpty())
                 return store;
             *error = first.error;

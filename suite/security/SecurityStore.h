@@ -21,7 +21,11 @@ class SecurityStore
 public:
     ~SecurityStore();
 
-    enum class HeadCheck { Required, Skipped };
+    enum class HeadCheck
+    {
+        Required,
+        Skipped
+    };
 
     // Null, with *error set to a sentence for the user, when any part is
     // missing or unusable, or (unless skipped, for the administrator's
@@ -46,7 +50,8 @@ public:
 private:
     SecurityStore(const SecuritySettings& settings, std::unique_ptr<SecurityDatabase> database, SiteKey key);
 
-    static bool checkKey(SecurityDatabase& database, const SiteKey& key, const QString& keyPath, QString* error);
+    static bool checkKey(SecurityDatabase& database, const SiteKey& key, const QString& keyPath,
+                         QString* error);
 
     SecuritySettings m_settings;
     std::unique_ptr<SecurityDatabase> m_database;

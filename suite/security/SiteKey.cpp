@@ -36,7 +36,8 @@ std::optional<SiteKey> SiteKey::load(const QString& path, QString* error)
         return std::nullopt;
     }
     if (!file.open(QIODevice::ReadOnly)) {
-        *error = QStringLiteral("The site key file \"%1\" cannot be read (%2).").arg(shown, file.errorString());
+        *error =
+            QStringLiteral("The site key file \"%1\" cannot be read (%2).").arg(shown, file.errorString());
         return std::nullopt;
     }
     QByteArray text = file.read(4 * Size).trimmed();
@@ -62,7 +63,8 @@ bool SiteKey::create(const QString& path, QString* error)
         return false;
     }
     if (QFileInfo::exists(path)) {
-        *error = QStringLiteral("The site key file \"%1\" already exists; it has not been replaced.").arg(shown);
+        *error =
+            QStringLiteral("The site key file \"%1\" already exists; it has not been replaced.").arg(shown);
         return false;
     }
     QDir().mkpath(QFileInfo(path).absolutePath());
@@ -78,14 +80,16 @@ bool SiteKey::create(const QString& path, QString* error)
                     file.write(hex) == hex.size() && file.commit();
     sodium_memzero(hex.data(), size_t(hex.size()));
     if (!ok)
-        *error = QStringLiteral("The site key file \"%1\" cannot be written (%2).").arg(shown, file.errorString());
+        *error =
+            QStringLiteral("The site key file \"%1\" cannot be written (%2).").arg(shown, file.errorString());
     return ok;
 }
 
 QByteArray SiteKey::mac(const QByteArray& message) const
 {
     QByteArray out(MacSize, '\0');
-    crypto_auth(reinterpret_cast<unsigned char*>(out.data()), reinterpret_cast<const unsigned char*>(message.constData()),
+    crypto_auth(reinterpret_cast<unsigned char*>(out.data()),
+                reinterpret_cast<const unsigned char*>(message.constData()),
                 static_cast<unsigned long long>(message.size()), m_key.data());
     return out;
 }

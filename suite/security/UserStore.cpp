@@ -9,14 +9,13 @@ namespace nebra {
 
 namespace {
 
-const QString UserColumns =
-    QStringLiteral("id, name, full_name, password_hash, disabled, failed_logins, locked, must_change_password");
+const QString UserColumns = QStringLiteral(
+    "id, name, full_name, password_hash, disabled, failed_logins, locked, must_change_password");
 
 UserRecord userFrom(const QSqlQuery& q)
 {
-    return {q.value(0).toLongLong(), q.value(1).toString(),   q.value(2).toString(),
-            q.value(3).toByteArray(), q.value(4).toBool(),     q.value(5).toInt(),
-            q.value(6).toBool(),      q.value(7).toBool()};
+    return {q.value(0).toLongLong(), q.value(1).toString(), q.value(2).toString(), q.value(3).toByteArray(),
+            q.value(4).toBool(),     q.value(5).toInt(),    q.value(6).toBool(),   q.value(7).toBool()};
 }
 
 QString noUser(const QString& name)
@@ -36,7 +35,8 @@ UserStore::UserStore(SecurityDatabase& database) : m_database(database) {}
 std::optional<UserRecord> UserStore::find(const QString& name, QString* error) const
 {
     QSqlQuery q = m_database.newQuery();
-    if (!m_database.exec(q, QStringLiteral("SELECT %1 FROM users WHERE name = ?").arg(UserColumns), {name}, error) ||
+    if (!m_database.exec(q, QStringLiteral("SELECT %1 FROM users WHERE name = ?").arg(UserColumns), {name},
+                         error) ||
         !q.next())
         return std::nullopt;
     return userFrom(q);
@@ -52,7 +52,8 @@ QList<UserRecord> UserStore::users(QString* error) const
     return all;
 }
 
-bool UserStore::change(const QString& sql, const QVariantList& values, const QString& notFound, QString* error)
+bool UserStore::change(const QString& sql, const QVariantList& values, const QString& notFound,
+                       QString* error)
 {
     return m_database.writeTransaction(
         [&](QString* why) {
@@ -71,8 +72,8 @@ std::optional<qint64> UserStore::idOf(const char* table, const QString& name, co
                                       QString* error) const
 {
     QSqlQuery q = m_database.newQuery();
-    if (!m_database.exec(q, QStringLiteral("SELECT id FROM %1 WHERE name = ?").arg(QLatin1String(table)), {name},
-                         error))
+    if (!m_database.exec(q, QStringLiteral("SELECT id FROM %1 WHERE name = ?").arg(QLatin1String(table)),
+                         {name}, error))
         return std::nullopt;
     if (!q.next()) {
         *error = what;
@@ -93,11 +94,10 @@ bool UserStore::addUser(const QString& name, const QString& fullName, const QByt
                 *why = QStringLiteral("There is already a user \"%1\".").arg(name);
                 return false;
             }
-            return m_database.exec(q,
-                                   QStringLiteral("INSERT INTO users(name, full_name, password_hash) VALUES(?, ?, ?)"),
-                                   {name, fullName.isNull() ? QStringLiteral("") : fullName,
-                                    QString::fromLatin1(passwordHash)},
-                                   why);
+            return m_database.exec(
+                q, QStringLiteral("INSERT INTO users(name, full_name, password_hash) VALUES(?, ?, ?)"),
+                {name, fullName.isNull() ? QStringLiteral("") : fullName, QString::fromLatin1(passwordHash)},
+                why);
         },
         error);
 }
@@ -110,8 +110,9 @@ bool UserStore::setDisabled(const QString& name, bool disabled, QString* error)
 
 bool UserStore::setPasswordHash(const QString& name, const QByteArray& hash, bool mustChange, QString* error)
 {
-    return change(QStringLiteral("UPDATE users SET password_hash = ?, must_change_password = ? WHERE name = ?"),
-                  {QString::fromLatin1(hash), mustChange ? 1 : 0, name}, noUser(name), error);
+    return change(
+        QStringLiteral("UPDATE users SET password_hash = ?, must_change_password = ? WHERE name = ?"),
+        {QString::fromLatin1(hash), mustChange ? 1 : 0, name}, noUser(name), error);
 }
 
 bool UserStore::recordFailedLogIn(const QString& name, int threshold, bool* lockedNow, QString* error)
@@ -124,11 +125,12 @@ bool UserStore::recordFailedLogIn(const QString& name, int threshold, bool* lock
                 return false;
             const bool wasLocked = q.next() && q.value(0).toBool();
             q.finish();
-            if (!m_database.exec(q,
-                                 QStringLiteral("UPDATE users SET failed_logins = failed_logins + 1, "
-                                                "locked = CASE WHEN failed_logins + 1 >= ? THEN 1 ELSE locked END "
-                                                "WHERE name = ? RETURNING locked"),
-                                 {threshold, name}, why))
+            if (!m_database.exec(
+                    q,
+                    QStringLiteral("UPDATE users SET failed_logins = failed_logins + 1, "
+                                   "locked = CASE WHEN failed_logins + 1 >= ? THEN 1 ELSE locked END "
+                                   "WHERE name = ? RETURNING locked"),
+                    {threshold, name}, why))
                 return false;
             *lockedNow = q.next() && q.value(0).toBool() && !wasLocked;
             return true;
@@ -138,7 +140,8 @@ bool UserStore::recordFailedLogIn(const QString& name, int threshold, bool* lock
 
 bool UserStore::resetFailedLogIns(const QString& name, QString* error)
 {
-    return change(QStringLiteral("UPDATE users SET failed_logins = 0 WHERE name = ?"), {name}, noUser(name), error);
+    return change(QStringLiteral("UPDATE users SET failed_logins = 0 WHERE name = ?"), {name}, noUser(name),
+                  error);
 }
 
 bool UserStore::unlock(const QString& name, QString* error)
@@ -168,14 +171,16 @@ bool UserStore::linkChange(const QString& sql, const QList<Link>& links, const Q
 
 bool UserStore::grant(const QString& user, const Right& right, QString* error)
 {
-    return linkChange(QStringLiteral("INSERT OR IGNORE INTO user_rights(user_id, area, operation) VALUES(?, ?, ?)"),
-                      {{"users", user, noUser(user)}}, {right.area, right.operation}, error);
+    return linkChange(
+        QStringLiteral("INSERT OR IGNORE INTO user_rights(user_id, area, operation) VALUES(?, ?, ?)"),
+        {{"users", user, noUser(user)}}, {right.area, right.operation}, error);
 }
 
 bool UserStore::revoke(const QString& user, const Right& right, QString* error)
 {
-    return linkChange(QStringLiteral("DELETE FROM user_rights WHERE user_id = ? AND area = ? AND operation = ?"),
-                      {{"users", user, noUser(user)}}, {right.area, right.operation}, error);
+    return linkChange(
+        QStringLiteral("DELETE FROM user_rights WHERE user_id = ? AND area = ? AND operation = ?"),
+        {{"users", user, noUser(user)}}, {right.area, right.operation}, error);
 }
 
 bool UserStore::addRole(const QString& role, QString* error)
@@ -196,14 +201,16 @@ bool UserStore::addRole(const QString& role, QString* error)
 
 bool UserStore::grantToRole(const QString& role, const Right& right, QString* error)
 {
-    return linkChange(QStringLiteral("INSERT OR IGNORE INTO role_rights(role_id, area, operation) VALUES(?, ?, ?)"),
-                      {{"roles", role, noRole(role)}}, {right.area, right.operation}, error);
+    return linkChange(
+        QStringLiteral("INSERT OR IGNORE INTO role_rights(role_id, area, operation) VALUES(?, ?, ?)"),
+        {{"roles", role, noRole(role)}}, {right.area, right.operation}, error);
 }
 
 bool UserStore::revokeFromRole(const QString& role, const Right& right, QString* error)
 {
-    return linkChange(QStringLiteral("DELETE FROM role_rights WHERE role_id = ? AND area = ? AND operation = ?"),
-                      {{"roles", role, noRole(role)}}, {right.area, right.operation}, error);
+    return linkChange(
+        QStringLiteral("DELETE FROM role_rights WHERE role_id = ? AND area = ? AND operation = ?"),
+        {{"roles", role, noRole(role)}}, {right.area, right.operation}, error);
 }
 
 bool UserStore::assignRole(const QString& user, const QString& role, QString* error)
@@ -226,7 +233,8 @@ bool UserStore::isOperationAllowed(const QString& user, const QString& area, con
         " EXISTS (SELECT 1 FROM user_rights r WHERE r.user_id = u.id"
         "  AND (r.area = ? OR r.area = '*') AND (r.operation = ? OR r.operation = '*'))"
         " OR EXISTS (SELECT 1 FROM user_roles ur JOIN role_rights rr ON rr.role_id = ur.role_id"
-        "  WHERE ur.user_id = u.id AND (rr.area = ? OR rr.area = '*') AND (rr.operation = ? OR rr.operation = '*')))");
+        "  WHERE ur.user_id = u.id AND (rr.area = ? OR rr.area = '*') AND (rr.operation = ? OR rr.operation "
+        "= '*')))");
     QSqlQuery q = m_database.newQuery();
     return m_database.exec(q, sql, {user, area, operation, area, operation}, error) && q.next();
 }
@@ -235,10 +243,11 @@ QList<Right> UserStore::rightsOf(const QString& user, QString* error) const
 {
     QList<Right> rights;
     QSqlQuery q = m_database.newQuery();
-    if (m_database.exec(q,
-                        QStringLiteral("SELECT r.area, r.operation FROM user_rights r JOIN users u ON u.id = r.user_id "
-                                       "WHERE u.name = ? ORDER BY r.area, r.operation"),
-                        {user}, error))
+    if (m_database.exec(
+            q,
+            QStringLiteral("SELECT r.area, r.operation FROM user_rights r JOIN users u ON u.id = r.user_id "
+                           "WHERE u.name = ? ORDER BY r.area, r.operation"),
+            {user}, error))
         while (q.next())
             rights.append({q.value(0).toString(), q.value(1).toString()});
     return rights;

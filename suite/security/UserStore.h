@@ -42,7 +42,8 @@ public:
     std::optional<UserRecord> find(const QString& name, QString* error) const;
     QList<UserRecord> users(QString* error) const;
 
-    bool addUser(const QString& name, const QString& fullName, const QByteArray& passwordHash, QString* error);
+    bool addUser(const QString& name, const QString& fullName, const QByteArray& passwordHash,
+                 QString* error);
     bool setDisabled(const QString& name, bool disabled, QString* error);
     bool setPasswordHash(const QString& name, const QByteArray& hash, bool mustChange, QString* error);
 
@@ -61,7 +62,8 @@ public:
     bool unassignRole(const QString& user, const QString& role, QString* error);
 
     // The user's own rights and those of the user's roles; a disabled or locked user has none.
-    bool isOperationAllowed(const QString& user, const QString& area, const QString& operation, QString* error) const;
+    bool isOperationAllowed(const QString& user, const QString& area, const QString& operation,
+                            QString* error) const;
     QList<Right> rightsOf(const QString& user, QString* error) const;
     QStringList rolesOf(const QString& user, QString* error) const;
 
@@ -75,7 +77,8 @@ private:
     // Runs sql with the ids of the named rows first, then values; fails when a name is unknown.
     bool linkChange(const QString& sql, const QList<Link>& links, const QVariantList& values, QString* error);
     bool change(const QString& sql, const QVariantList& values, const QString& notFound, QString* error);
-    std::optional<qint64> idOf(const char* table, const QString& name, const QString& what, QString* error) const;
+    std::optional<qint64> idOf(const char* table, const QString& name, const QString& what,
+                               QString* error) const;
 
     SecurityDatabase& m_database;
 };

@@ -43,7 +43,8 @@ void tst_Authorisation::init()
     m_fixture = std::make_unique<SecurityFixture>(m_folders->root() + QStringLiteral("/site"));
     m_fixture->create();
     m_fixture->addUser(QStringLiteral("jsmith"), QStringLiteral("correct horse"), {},
-                       {QStringLiteral("AuthorisationsGeneral/RunProtocol"), QStringLiteral("Instrumentation/SelectDriver")});
+                       {QStringLiteral("AuthorisationsGeneral/RunProtocol"),
+                        QStringLiteral("Instrumentation/SelectDriver")});
     SettingsStore store;
     m_fixture->writeSettings(store);
     QString error;
@@ -54,7 +55,8 @@ void tst_Authorisation::init()
     QVERIFY(m_manager->LogIn(nullptr));
     m_globals = std::make_unique<Globals>();
     m_globals->SecurityEnabled = true;
-    m_authorisation = std::make_unique<Authorisation>(*m_globals, [this] { return m_manager.get(); }, nullptr);
+    m_authorisation = std::make_unique<Authorisation>(
+        *m_globals, [this] { return m_manager.get(); }, nullptr);
     m_messages = std::make_unique<MessageRecorder>();
 }
 
@@ -76,15 +78,18 @@ void tst_Authorisation::withoutSessionEverythingIsAllowedAndNothingRecorded()
     m_globals->SecurityEnabled = false;
     const QStringList before = m_fixture->auditTexts();
     QVERIFY(perform(QStringLiteral("EditLayout"), QStringLiteral("Edit layout: a.mlo")));
-    QVERIFY(m_authorisation->CanPerformSecurityOperation(QStringLiteral("Anything"), QStringLiteral("At all"), true));
-    m_authorisation->AddAuditTrailEntryOperation(QStringLiteral("General"), QStringLiteral("Open report: r.mht"));
+    QVERIFY(m_authorisation->CanPerformSecurityOperation(QStringLiteral("Anything"), QStringLiteral("At all"),
+                                                         true));
+    m_authorisation->AddAuditTrailEntryOperation(QStringLiteral("General"),
+                                                 QStringLiteral("Open report: r.mht"));
     QCOMPARE(m_fixture->auditTexts(), before);
     QCOMPARE(m_messages->count(), 0);
 }
 
 void tst_Authorisation::allowedOperationIsRecorded()
 {
-    QVERIFY(perform(QStringLiteral("RunProtocol"), QStringLiteral("Run protocol: ELISA IgG Quantitation.apr")));
+    QVERIFY(
+        perform(QStringLiteral("RunProtocol"), QStringLiteral("Run protocol: ELISA IgG Quantitation.apr")));
     QCOMPARE(m_messages->count(), 0);
     QString error;
     const AuditEntry last = m_fixture->open()->audit().entries(&error).last();
@@ -109,8 +114,9 @@ void tst_Authorisation::deniedOperationRecordsNothing()
     if (showMessage) {
         QCOMPARE(m_messages->count(), 1);
         const MessageRequest& box = m_messages->last();
-        QCOMPARE(box.text, QStringLiteral("You do not have permission to perform this operation.  Please contact your "
-                                          "security administrator for further information."));
+        QCOMPARE(box.text,
+                 QStringLiteral("You do not have permission to perform this operation.  Please contact your "
+                                "security administrator for further information."));
         QCOMPARE(box.title, QStringLiteral("Security Manager"));
         QCOMPARE(box.icon, MessageIcon::Information);
         QCOMPARE(box.buttons, int(MessageButton::Ok));

@@ -43,7 +43,8 @@ private Q_SLOTS:
     void closingTheWindowClosesTheSession();
 
 private:
-    std::unique_ptr<MainWindow> load(bool security, MainWindow::LoadOutcome expected = MainWindow::LoadOutcome::Loaded);
+    std::unique_ptr<MainWindow> load(bool security,
+                                     MainWindow::LoadOutcome expected = MainWindow::LoadOutcome::Loaded);
     QStringList messageTexts() const;
 
     std::unique_ptr<UserFolders> m_folders;
@@ -59,7 +60,8 @@ void tst_SecuritySession::init()
     m_folders = std::make_unique<UserFolders>();
     m_fixture = std::make_unique<SecurityFixture>(m_folders->root() + QStringLiteral("/site"));
     m_fixture->create();
-    m_fixture->addUser(QStringLiteral("jsmith"), QStringLiteral("correct horse"), QStringLiteral("Jane Smith"));
+    m_fixture->addUser(QStringLiteral("jsmith"), QStringLiteral("correct horse"),
+                       QStringLiteral("Jane Smith"));
     SettingsStore store;
     m_fixture->writeSettings(store);
     m_messages = std::make_unique<MessageRecorder>();
@@ -132,12 +134,14 @@ void tst_SecuritySession::creationFailureEndsTheStartUp()
         QVERIFY(file.open(QIODevice::WriteOnly));
         file.write("Protocols\n");
     }
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("^The security manager cannot be created: ")));
+    QTest::ignoreMessage(QtWarningMsg,
+                         QRegularExpression(QStringLiteral("^The security manager cannot be created: ")));
     QVERIFY(load(true, MainWindow::LoadOutcome::Ended));
     QCOMPARE(m_messages->count(), 1);
     const MessageRequest& box = m_messages->last();
-    QCOMPARE(box.text, QStringLiteral("Cannot create NebraSecurity.NebraSecurityManager check that it is installed and "
-                                      "registered with RegAsm NebraSecurity.dll"));
+    QCOMPARE(box.text,
+             QStringLiteral("Cannot create NebraSecurity.NebraSecurityManager check that it is installed and "
+                            "registered with RegAsm NebraSecurity.dll"));
     QCOMPARE(box.title, Resources().LoadResString(Resources::ProductTitle));
     QCOMPARE(box.icon, MessageIcon::NoIcon);
     QCOMPARE(box.buttons, int(MessageButton::Ok));
@@ -165,7 +169,8 @@ void tst_SecuritySession::logInStartsTheSession()
     QVERIFY(window->statusBarControl().isPanelVisible(SecuritySession::SessionPanel));
     QVERIFY(window->toolBars().isToolVisible(QStringLiteral("ID_LogOut")));
     QVERIFY(window->toolBars().isToolVisible(QStringLiteral("ID_ChangePassword")));
-    QCOMPARE(window->globals().paths->SecurityManager(), window->securitySession()->NebraSecurityManagerObj());
+    QCOMPARE(window->globals().paths->SecurityManager(),
+             window->securitySession()->NebraSecurityManagerObj());
     QVERIFY(QFileInfo(window->globals().paths->SecuredFolder()).isDir());
     QString error;
     const AuditEntry last = m_fixture->open()->audit().entries(&error).last();
@@ -200,13 +205,15 @@ void tst_SecuritySession::timeOutEndsTheProgram()
     other.show();
     m_now += 15 * 60 * 1000;
     QTRY_COMPARE_WITH_TIMEOUT(m_processEnds, 1, 5000);
-    QCOMPARE(messageTexts(), QStringList{QStringLiteral("Your session has timed out.  You have been logged out")});
+    QCOMPARE(messageTexts(),
+             QStringList{QStringLiteral("Your session has timed out.  You have been logged out")});
     QCOMPARE(m_messages->last().title, QStringLiteral("Time Out"));
     QCOMPARE(m_messages->last().icon, MessageIcon::Information);
     QVERIFY(!other.isVisible());
     QVERIFY(!window->isVisible());
     QVERIFY(!window->globals().SecurityEnabled);
-    QCOMPARE(m_fixture->auditTexts().last(), QStringLiteral("Session timed out after 15 minutes without activity"));
+    QCOMPARE(m_fixture->auditTexts().last(),
+             QStringLiteral("Session timed out after 15 minutes without activity"));
 }
 
 void tst_SecuritySession::logOutEndsTheProgram()

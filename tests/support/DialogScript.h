@@ -40,7 +40,8 @@ public:
             for (const auto& [name, text] : fields) {
                 auto* edit = dialog.findChild<QLineEdit*>(name);
                 if (!edit)
-                    qFatal("The dialog %s has no field %s", qPrintable(dialog.objectName()), qPrintable(name));
+                    qFatal("The dialog %s has no field %s", qPrintable(dialog.objectName()),
+                           qPrintable(name));
                 edit->setText(text);
             }
             return int(QDialog::Accepted);

@@ -36,12 +36,14 @@ public:
     void create()
     {
         QString error;
-        const std::unique_ptr<SecurityStore> store = SecurityStore::create(m_settings, QStringLiteral("tester"), &error);
+        const std::unique_ptr<SecurityStore> store =
+            SecurityStore::create(m_settings, QStringLiteral("tester"), &error);
         if (!store)
             qFatal("Cannot create the security database: %s", qPrintable(error));
     }
 
-    std::unique_ptr<SecurityStore> open(SecurityStore::HeadCheck check = SecurityStore::HeadCheck::Required) const
+    std::unique_ptr<SecurityStore>
+    open(SecurityStore::HeadCheck check = SecurityStore::HeadCheck::Required) const
     {
         QString error;
         std::unique_ptr<SecurityStore> store = SecurityStore::open(m_settings, &error, check);
@@ -59,8 +61,9 @@ public:
         QString error;
         bool ok = admin.addUser(name, fullName, SecretBytes(password.toUtf8()), &error);
         for (const QString& right : rights)
-            ok = ok && admin.grant(name, {right.section(QLatin1Char('/'), 0, 0), right.section(QLatin1Char('/'), 1)},
-                                   &error);
+            ok = ok && admin.grant(
+                           name, {right.section(QLatin1Char('/'), 0, 0), right.section(QLatin1Char('/'), 1)},
+                           &error);
         if (!ok)
             qFatal("Cannot add the user %s: %s", qPrintable(name), qPrintable(error));
     }
@@ -85,7 +88,8 @@ public:
             QSqlQuery q(db);
             for (const QString& statement : statements)
                 if (!q.exec(statement))
-                    qFatal("Tampering failed: %s: %s", qPrintable(statement), qPrintable(q.lastError().text()));
+                    qFatal("Tampering failed: %s: %s", qPrintable(statement),
+                           qPrintable(q.lastError().text()));
         }
         QSqlDatabase::removeDatabase(name);
     }

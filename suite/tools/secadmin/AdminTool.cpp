@@ -39,47 +39,98 @@ QString AdminTool::actor()
 
 QList<AdminTool::Command> AdminTool::commands()
 {
+    return userCommands() + rightCommands() + inquiryCommands();
+}
+
+QList<AdminTool::Command> AdminTool::userCommands()
+{
+    auto admin = [this] { return SecurityAdministration(*m_store, actor()); };
+    using A = Access;
+    return {
+        {"create",
+         "",
+         "Create a new security database, its site key (unless the site has one) and chain head",
+         A::Create,
+         0,
+         {}},
+        {"add-user", "USER", "Add a user (--full-name TEXT); asks for the password", A::IntactHead, 1,
+         [this](const QStringList& a) { return addUser(a[0]); }},
+        {"disable-user", "USER", "Disable a user: no log-in, no rights", A::IntactHead, 1,
+         [=, this](const QStringList& a) {
+             return change([&](QString* e) { return admin().setDisabled(a[0], true, e); }, "User disabled.");
+         }},
+        {"enable-user", "USER", "Enable a disabled user again", A::IntactHead, 1,
+         [=, this](const QStringList& a) {
+             return change([&](QString* e) { return admin().setDisabled(a[0], false, e); }, "User enabled.");
+         }},
+        {"set-password", "USER", "Set a user's password; asks for it", A::IntactHead, 1,
+         [this](const QStringList& a) { return setPassword(a[0], false); }},
+        {"reset-password", "USER", "Set a password the user must change at the next log-in; asks for it",
+         A::IntactHead, 1, [this](const QStringList& a) { return setPassword(a[0], true); }},
+        {"unlock", "USER", "Unlock an account locked after failed log-ins", A::IntactHead, 1,
+         [=, this](const QStringList& a) {
+             return change([&](QString* e) { return admin().unlock(a[0], e); }, "Account unlocked.");
+         }},
+    };
+}
+
+QList<AdminTool::Command> AdminTool::rightCommands()
+{
     auto admin = [this] { return SecurityAdministration(*m_store, actor()); };
     auto right = [](const QStringList& a, int from) { return Right{a[from], a[from + 1]}; };
     using A = Access;
     return {
-        {"create", "", "Create a new security database, its site key (unless the site has one) and chain head",
-         A::Create, 0, {}},
-        {"add-user", "USER", "Add a user (--full-name TEXT); asks for the password", A::Change, 1,
-         [this](const QStringList& a) { return addUser(a[0]); }},
-        {"disable-user", "USER", "Disable a user: no log-in, no rights", A::Change, 1,
-         [=, this](const QStringList& a) { return change([&](QString* e) { return admin().setDisabled(a[0], true, e); }, "User disabled."); }},
-        {"enable-user", "USER", "Enable a disabled user again", A::Change, 1,
-         [=, this](const QStringList& a) { return change([&](QString* e) { return admin().setDisabled(a[0], false, e); }, "User enabled."); }},
-        {"set-password", "USER", "Set a user's password; asks for it", A::Change, 1,
-         [this](const QStringList& a) { return setPassword(a[0], false); }},
-        {"reset-password", "USER", "Set a password the user must change at the next log-in; asks for it",
-         A::Change, 1, [this](const QStringList& a) { return setPassword(a[0], true); }},
-        {"unlock", "USER", "Unlock an account locked after failed log-ins", A::Change, 1,
-         [=, this](const QStringList& a) { return change([&](QString* e) { return admin().unlock(a[0], e); }, "Account unlocked."); }},
         {"grant", "USER AREA OPERATION", "Grant a right to a user (\"*\" matches any area or operation)",
-         A::Change, 3,
-         [=, this](const QStringList& a) { return change([&](QString* e) { return admin().grant(a[0], right(a, 1), e); }, "Right granted."); }},
-        {"revoke", "USER AREA OPERATION", "Revoke a right granted to a user", A::Change, 3,
-         [=, this](const QStringList& a) { return change([&](QString* e) { return admin().revoke(a[0], right(a, 1), e); }, "Right revoked."); }},
-        {"add-role", "ROLE", "Add a role", A::Change, 1,
-         [=, this](const QStringList& a) { return change([&](QString* e) { return admin().addRole(a[0], e); }, "Role added."); }},
-        {"grant-role", "ROLE AREA OPERATION", "Grant a right to a role", A::Change, 3,
-         [=, this](const QStringList& a) { return change([&](QString* e) { return admin().grantToRole(a[0], right(a, 1), e); }, "Right granted to the role."); }},
-        {"revoke-role", "ROLE AREA OPERATION", "Revoke a right from a role", A::Change, 3,
-         [=, this](const QStringList& a) { return change([&](QString* e) { return admin().revokeFromRole(a[0], right(a, 1), e); }, "Right revoked from the role."); }},
-        {"assign-role", "USER ROLE", "Give a user a role", A::Change, 2,
-         [=, this](const QStringList& a) { return change([&](QString* e) { return admin().assignRole(a[0], a[1], e); }, "Role given."); }},
-        {"unassign-role", "USER ROLE", "Take a role from a user", A::Change, 2,
-         [=, this](const QStringList& a) { return change([&](QString* e) { return admin().unassignRole(a[0], a[1], e); }, "Role taken away."); }},
-        {"list-users", "", "List the users with their state, roles and rights", A::Inquiry, 0,
+         A::IntactHead, 3,
+         [=, this](const QStringList& a) {
+             return change([&](QString* e) { return admin().grant(a[0], right(a, 1), e); }, "Right granted.");
+         }},
+        {"revoke", "USER AREA OPERATION", "Revoke a right granted to a user", A::IntactHead, 3,
+         [=, this](const QStringList& a) {
+             return change([&](QString* e) { return admin().revoke(a[0], right(a, 1), e); },
+                           "Right revoked.");
+         }},
+        {"add-role", "ROLE", "Add a role", A::IntactHead, 1,
+         [=, this](const QStringList& a) {
+             return change([&](QString* e) { return admin().addRole(a[0], e); }, "Role added.");
+         }},
+        {"grant-role", "ROLE AREA OPERATION", "Grant a right to a role", A::IntactHead, 3,
+         [=, this](const QStringList& a) {
+             return change([&](QString* e) { return admin().grantToRole(a[0], right(a, 1), e); },
+                           "Right granted to the role.");
+         }},
+        {"revoke-role", "ROLE AREA OPERATION", "Revoke a right from a role", A::IntactHead, 3,
+         [=, this](const QStringList& a) {
+             return change([&](QString* e) { return admin().revokeFromRole(a[0], right(a, 1), e); },
+                           "Right revoked from the role.");
+         }},
+        {"assign-role", "USER ROLE", "Give a user a role", A::IntactHead, 2,
+         [=, this](const QStringList& a) {
+             return change([&](QString* e) { return admin().assignRole(a[0], a[1], e); }, "Role given.");
+         }},
+        {"unassign-role", "USER ROLE", "Take a role from a user", A::IntactHead, 2,
+         [=, this](const QStringList& a) {
+             return change([&](QString* e) { return admin().unassignRole(a[0], a[1], e); },
+                           "Role taken away.");
+         }},
+    };
+}
+
+QList<AdminTool::Command> AdminTool::inquiryCommands()
+{
+    // These open the database even with a damaged chain head: they are how
+    // the administrator looks into it and, having done so, seals it afresh.
+    using A = Access;
+    return {
+        {"list-users", "", "List the users with their state, roles and rights", A::AnyHead, 0,
          [this](const QStringList&) { return listUsers(); }},
         {"audit", "", "Print the audit trail, or export it as CSV with --csv FILE (\"-\": standard output)",
-         A::Inquiry, 0, [this](const QStringList&) { return printAudit(); }},
-        {"verify", "", "Check the audit trail's chain; exits with 1 naming the first bad entry", A::Inquiry, 0,
-         [this](const QStringList&) { return verify(); }},
-        {"reseal-head", "", "Seal the audit chain head afresh at the newest entry (after looking into a problem)",
-         A::Inquiry, 0, [this](const QStringList&) { return reseal(); }},
+         A::AnyHead, 0, [this](const QStringList&) { return printAudit(); }},
+        {"verify", "", "Check the audit trail's chain; exits with 1 naming the first bad entry", A::AnyHead,
+         0, [this](const QStringList&) { return verify(); }},
+        {"reseal-head", "",
+         "Seal the audit chain head afresh at the newest entry (after looking into a problem)", A::AnyHead, 0,
+         [this](const QStringList&) { return reseal(); }},
     };
 }
 
@@ -87,19 +138,23 @@ QString AdminTool::commandHelp()
 {
     QString text = QStringLiteral("\nCommands:\n");
     for (const Command& c : commands())
-        text += QStringLiteral("  %1\n      %2\n").arg((c.name + QLatin1Char(' ') + c.arguments).trimmed(), c.summary);
+        text += QStringLiteral("  %1\n      %2\n")
+                    .arg((c.name + QLatin1Char(' ') + c.arguments).trimmed(), c.summary);
     text += QStringLiteral(
-        "\nPasswords are read from the terminal without echo, or as one line of standard input when that is not "
-        "a terminal;\nnever from the command line. The database, site key and chain head files are those of the "
+        "\nPasswords are read from the terminal without echo, or as one line of standard input when that is "
+        "not "
+        "a terminal;\nnever from the command line. The database, site key and chain head files are those of "
+        "the "
         "[Security] group\nof the suite's settings file unless --database (and --key-file) name others.\n");
     return text;
 }
 
-int AdminTool::run(const QStringList& arguments)
+bool AdminTool::parse(const QStringList& arguments, QStringList* positional, int* exitCode)
 {
     QCommandLineParser parser;
-    parser.setApplicationDescription(QStringLiteral("Administers the suite's security database: users, roles, "
-                                                    "rights and the audit trail."));
+    parser.setApplicationDescription(
+        QStringLiteral("Administers the suite's security database: users, roles, "
+                       "rights and the audit trail."));
     const QCommandLineOption help = parser.addHelpOption();
     const QCommandLineOption database({QStringLiteral("d"), QStringLiteral("database")},
                                       QStringLiteral("The security database file."), QStringLiteral("path"));
@@ -113,19 +168,30 @@ int AdminTool::run(const QStringList& arguments)
     parser.addOptions({database, keyFile, fullName, csv});
     parser.addPositionalArgument(QStringLiteral("command"), QStringLiteral("What to do (see below)."),
                                  QStringLiteral("<command> [arguments]"));
+    *exitCode = Usage;
     if (!parser.parse(arguments)) {
         fail(parser.errorText());
-        return Usage;
+        return false;
     }
     if (parser.isSet(help)) {
         say(parser.helpText() + commandHelp());
-        return Done;
+        *exitCode = Done;
+        return false;
     }
     m_database = parser.value(database);
     m_keyFile = parser.value(keyFile);
     m_fullName = parser.value(fullName);
     m_csvPath = parser.value(csv);
-    QStringList positional = parser.positionalArguments();
+    *positional = parser.positionalArguments();
+    return true;
+}
+
+int AdminTool::run(const QStringList& arguments)
+{
+    QStringList positional;
+    int exitCode = Usage;
+    if (!parse(arguments, &positional, &exitCode))
+        return exitCode;
     if (positional.isEmpty()) {
         fail(QStringLiteral("no command given; see nebra-secadmin --help."));
         return Usage;
@@ -135,7 +201,8 @@ int AdminTool::run(const QStringList& arguments)
         if (command.name != name)
             continue;
         if (positional.size() != command.argumentCount) {
-            fail(QStringLiteral("usage: nebra-secadmin %1 %2 (passwords are never taken from the command line)")
+            fail(QStringLiteral(
+                     "usage: nebra-secadmin %1 %2 (passwords are never taken from the command line)")
                      .arg(command.name, command.arguments));
             return Usage;
         }
@@ -157,12 +224,13 @@ int AdminTool::execute(const Command& command, const QStringList& arguments)
         if (!m_store)
             return fail(error);
         say(QStringLiteral("Created the security database \"%1\" with the site key \"%2\".")
-                .arg(QDir::toNativeSeparators(settings.databasePath), QDir::toNativeSeparators(settings.siteKeyFile)));
+                .arg(QDir::toNativeSeparators(settings.databasePath),
+                     QDir::toNativeSeparators(settings.siteKeyFile)));
         return Done;
     }
     m_store = SecurityStore::open(settings, &error,
-                                  command.access == Access::Change ? SecurityStore::HeadCheck::Required
-                                                                   : SecurityStore::HeadCheck::Skipped);
+                                  command.access == Access::IntactHead ? SecurityStore::HeadCheck::Required
+                                                                       : SecurityStore::HeadCheck::Skipped);
     if (!m_store)
         return fail(error);
     return command.action(arguments);
@@ -183,8 +251,11 @@ int AdminTool::addUser(const QString& name)
     const std::optional<SecretBytes> password = PasswordPrompt::readNewPassword(name, &error);
     if (!password)
         return fail(error);
-    return change([&](QString* e) { return SecurityAdministration(*m_store, actor()).addUser(name, m_fullName, *password, e); },
-                  QStringLiteral("User added."));
+    return change(
+        [&](QString* e) {
+            return SecurityAdministration(*m_store, actor()).addUser(name, m_fullName, *password, e);
+        },
+        QStringLiteral("User added."));
 }
 
 int AdminTool::setPassword(const QString& name, bool mustChange)
@@ -196,7 +267,9 @@ int AdminTool::setPassword(const QString& name, bool mustChange)
     if (!password)
         return fail(error);
     return change(
-        [&](QString* e) { return SecurityAdministration(*m_store, actor()).setPassword(name, *password, mustChange, e); },
+        [&](QString* e) {
+            return SecurityAdministration(*m_store, actor()).setPassword(name, *password, mustChange, e);
+        },
         mustChange ? QStringLiteral("Password reset; it must be changed at the next log-in.")
                    : QStringLiteral("Password set."));
 }

@@ -20,7 +20,12 @@ class SecurityStore;
 class AdminTool
 {
 public:
-    enum Exit { Done = 0, Failed = 1, Usage = 2 };
+    enum Exit
+    {
+        Done = 0,
+        Failed = 1,
+        Usage = 2
+    };
 
     AdminTool(QIODevice& out, QIODevice& err);
     ~AdminTool();
@@ -28,7 +33,14 @@ public:
     int run(const QStringList& arguments);
 
 private:
-    enum class Access { Create, Inquiry, Change };
+    // Create: makes the database. AnyHead: opens it even when the audit chain
+    // head is missing or altered. IntactHead: changes nothing then.
+    enum class Access
+    {
+        Create,
+        AnyHead,
+        IntactHead
+    };
     struct Command
     {
         QString name;
@@ -40,7 +52,12 @@ private:
     };
 
     QList<Command> commands();
+    QList<Command> userCommands();
+    QList<Command> rightCommands();
+    QList<Command> inquiryCommands();
     QString commandHelp();
+    // Reads the options; false when the program is to end at once with *exitCode.
+    bool parse(const QStringList& arguments, QStringList* positional, int* exitCode);
     int execute(const Command& command, const QStringList& arguments);
     int fail(const QString& message);
     void say(const QString& text);

@@ -22,9 +22,9 @@ bool writeCsv(const AuditTrail& trail, QIODevice& device, QString* error)
     bool written = device.write("Sequence,Time (UTC),User,Workstation,Area,Text,MAC\r\n") > 0;
     const bool read = trail.forEachEntry(
         [&](const AuditEntry& e) {
-            const QStringList fields = {QString::number(e.sequence), e.utc,  e.userName,
-                                        e.workstation,               e.area, e.text,
-                                        QString::fromLatin1(e.mac.toHex())};
+            const QStringList fields = {
+                QString::number(e.sequence),       e.utc, e.userName, e.workstation, e.area, e.text,
+                QString::fromLatin1(e.mac.toHex())};
             QStringList quoted;
             for (const QString& field : fields)
                 quoted.append(AuditReport::csvField(field));
@@ -57,9 +57,10 @@ bool AuditReport::print(const AuditTrail& trail, QIODevice& out, QString* error)
     bool written = true;
     const bool read = trail.forEachEntry(
         [&](const AuditEntry& e) {
-            const QString line = QStringList{QString::number(e.sequence), e.utc, e.userName, e.workstation, e.area,
-                                             flattened(e.text)}
-                                     .join(QLatin1Char('\t'));
+            const QString line =
+                QStringList{
+                    QString::number(e.sequence), e.utc, e.userName, e.workstation, e.area, flattened(e.text)}
+                    .join(QLatin1Char('\t'));
             written = out.write(line.toUtf8() + '\n') > 0;
             return written;
         },
@@ -75,8 +76,8 @@ bool AuditReport::exportCsv(const AuditTrail& trail, const QString& path, QIODev
         return writeCsv(trail, out, error);
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly)) {
-        *error = QStringLiteral("\"%1\" cannot be written (%2).").arg(QDir::toNativeSeparators(path),
-                                                                        file.errorString());
+        *error = QStringLiteral("\"%1\" cannot be written (%2).")
+                     .arg(QDir::toNativeSeparators(path), file.errorString());
         return false;
     }
     if (!writeCsv(trail, file, error)) {
@@ -84,8 +85,8 @@ bool AuditReport::exportCsv(const AuditTrail& trail, const QString& path, QIODev
         return false;
     }
     if (!file.commit()) {
-        *error = QStringLiteral("\"%1\" cannot be written (%2).").arg(QDir::toNativeSeparators(path),
-                                                                        file.errorString());
+        *error = QStringLiteral("\"%1\" cannot be written (%2).")
+                     .arg(QDir::toNativeSeparators(path), file.errorString());
         return false;
     }
     return true;

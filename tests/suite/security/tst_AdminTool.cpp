@@ -39,7 +39,8 @@ private:
 tst_AdminTool::Run tst_AdminTool::run(const QStringList& arguments, const QByteArray& input)
 {
     QProcess process;
-    process.start(QStringLiteral(SECADMIN), QStringList{QStringLiteral("--database"), m_fixture->settings().databasePath} + arguments);
+    process.start(QStringLiteral(SECADMIN),
+                  QStringList{QStringLiteral("--database"), m_fixture->settings().databasePath} + arguments);
     if (!process.waitForStarted(10000))
         return {};
     process.write(input);
@@ -66,8 +67,9 @@ void tst_AdminTool::helpListsTheCommands()
 {
     const Run help = run({QStringLiteral("--help")});
     QCOMPARE(help.exitCode, 0);
-    for (const char* command : {"create", "add-user", "disable-user", "set-password", "reset-password", "unlock",
-                                "grant", "revoke", "add-role", "assign-role", "list-users", "audit", "verify"})
+    for (const char* command :
+         {"create", "add-user", "disable-user", "set-password", "reset-password", "unlock", "grant", "revoke",
+          "add-role", "assign-role", "list-users", "audit", "verify"})
         QVERIFY2(help.out.contains(QLatin1String("\n  ") + QLatin1String(command)), command);
     QCOMPARE(run({QStringLiteral("fly")}).exitCode, 2);
 }
@@ -82,19 +84,24 @@ void tst_AdminTool::administersUsersAndRights()
     QCOMPARE(run({"disable-user", "jsmith"}).exitCode, 0);
     const Run list = run({"list-users"});
     QCOMPARE(list.exitCode, 0);
-    QCOMPARE(list.out, QStringLiteral("jsmith\tJane Smith\tdisabled\troles: Analysts\trights: Instrumentation/SelectDriver\n"));
+    QCOMPARE(list.out,
+             QStringLiteral(
+                 "jsmith\tJane Smith\tdisabled\troles: Analysts\trights: Instrumentation/SelectDriver\n"));
 
     const Run refused = run({"add-user", "jsmith"}, "another password\n");
     QCOMPARE(refused.exitCode, 1);
     QCOMPARE(refused.err, QStringLiteral("nebra-secadmin: There is already a user \"jsmith\".\n"));
     const Run tooShort = run({"add-user", "short"}, "abc\n");
-    QCOMPARE(tooShort.err, QStringLiteral("nebra-secadmin: The password must be at least 8 characters long.\n"));
+    QCOMPARE(tooShort.err,
+             QStringLiteral("nebra-secadmin: The password must be at least 8 characters long.\n"));
 
     const QStringList texts = m_fixture->auditTexts();
-    QCOMPARE(texts, QStringList({"Security database created", "User added: jsmith (Jane Smith)", "Role added: Analysts",
-                                 "Right granted to role Analysts: AuthorisationsGeneral/RunProtocol",
-                                 "Role Analysts given to jsmith", "Right granted to jsmith: Instrumentation/SelectDriver",
-                                 "User disabled: jsmith"}));
+    QCOMPARE(
+        texts,
+        QStringList({"Security database created", "User added: jsmith (Jane Smith)", "Role added: Analysts",
+                     "Right granted to role Analysts: AuthorisationsGeneral/RunProtocol",
+                     "Role Analysts given to jsmith", "Right granted to jsmith: Instrumentation/SelectDriver",
+                     "User disabled: jsmith"}));
     QCOMPARE(run({"verify"}).exitCode, 0);
 }
 
@@ -141,7 +148,8 @@ void tst_AdminTool::auditExportsCsv()
     QCOMPARE(lines.size(), 4); // header, two entries, the empty rest after the last line end
     QCOMPARE(lines[0], QByteArray("Sequence,Time (UTC),User,Workstation,Area,Text,MAC\r"));
     QVERIFY2(lines[2].startsWith("2,"), lines[2].constData());
-    QVERIFY2(lines[2].contains(",jsmith,") && lines[2].contains(",General,\"Open protocol for edit: ELISA, \"\"IgG\"\".apr\","),
+    QVERIFY2(lines[2].contains(",jsmith,") &&
+                 lines[2].contains(",General,\"Open protocol for edit: ELISA, \"\"IgG\"\".apr\","),
              lines[2].constData());
 
     const Run printed = run({"audit"});
@@ -153,15 +161,19 @@ void tst_AdminTool::verifyNamesTheFirstBadEntry_data()
 {
     QTest::addColumn<QStringList>("statements");
     QTest::addColumn<QString>("firstBad");
-    QTest::newRow("edited") << QStringList{"DROP TRIGGER audit_trail_no_update",
-                                           "UPDATE audit_trail SET text = 'User added: mallory' WHERE seq = 3"}
-                            << "First bad entry: 3\nEntry 3 has been altered";
-    QTest::newRow("deleted") << QStringList{"DROP TRIGGER audit_trail_no_delete", "DELETE FROM audit_trail WHERE seq = 2"}
+    QTest::newRow("edited")
+        << QStringList{"DROP TRIGGER audit_trail_no_update",
+                       "UPDATE audit_trail SET text = 'User added: mallory' WHERE seq = 3"}
+        << "First bad entry: 3\nEntry 3 has been altered";
+    QTest::newRow("deleted") << QStringList{"DROP TRIGGER audit_trail_no_delete",
+                                            "DELETE FROM audit_trail WHERE seq = 2"}
                              << "First bad entry: 2\nEntry 2 is missing.";
-    QTest::newRow("cut off") << QStringList{"DROP TRIGGER audit_trail_no_delete", "DELETE FROM audit_trail WHERE seq > 1"}
+    QTest::newRow("cut off") << QStringList{"DROP TRIGGER audit_trail_no_delete",
+                                            "DELETE FROM audit_trail WHERE seq > 1"}
                              << "First bad entry: 2\nEntries 2 to 3 are missing";
-    QTest::newRow("newest cut off") << QStringList{"DROP TRIGGER audit_trail_no_delete", "DELETE FROM audit_trail WHERE seq = 3"}
-                                    << "First bad entry: 3\nEntry 3 is missing: the newest entry has been cut off.";
+    QTest::newRow("newest cut off")
+        << QStringList{"DROP TRIGGER audit_trail_no_delete", "DELETE FROM audit_trail WHERE seq = 3"}
+        << "First bad entry: 3\nEntry 3 is missing: the newest entry has been cut off.";
 }
 
 void tst_AdminTool::verifyNamesTheFirstBadEntry()
@@ -194,8 +206,9 @@ void tst_AdminTool::wrongDatabaseIsReported()
     QVERIFY(process.waitForFinished(30000));
     QCOMPARE(process.exitCode(), 1);
     QCOMPARE(QString::fromUtf8(process.readAllStandardError()),
-             QStringLiteral("nebra-secadmin: The security database \"%1\" is not a security database (it is not an "
-                            "SQLite file).\n")
+             QStringLiteral(
+                 "nebra-secadmin: The security database \"%1\" is not a security database (it is not an "
+                 "SQLite file).\n")
                  .arg(other));
 }
 

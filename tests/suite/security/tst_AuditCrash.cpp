@@ -66,7 +66,9 @@ void tst_AuditCrash::killedWriterLosesNoCommittedEntry()
     const AuditVerification verification = store->audit().verify();
     QVERIFY2(verification.ok, qPrintable(verification.message));
     // The trail goes on after the crash.
-    QCOMPARE(store->audit().append(QStringLiteral("jsmith"), QStringLiteral("General"), QStringLiteral("After")).sequence,
+    QCOMPARE(store->audit()
+                 .append(QStringLiteral("jsmith"), QStringLiteral("General"), QStringLiteral("After"))
+                 .sequence,
              entries.size() + 1);
     QVERIFY(store->audit().verify().ok);
 }

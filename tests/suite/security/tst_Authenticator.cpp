@@ -39,13 +39,15 @@ void tst_Authenticator::init()
     m_dir = std::make_unique<QTemporaryDir>();
     m_fixture = std::make_unique<SecurityFixture>(m_dir->path());
     m_fixture->create();
-    m_fixture->addUser(QStringLiteral("jsmith"), QStringLiteral("correct horse"), QStringLiteral("Jane Smith"));
+    m_fixture->addUser(QStringLiteral("jsmith"), QStringLiteral("correct horse"),
+                       QStringLiteral("Jane Smith"));
 }
 
 void tst_Authenticator::rightPasswordLogsIn()
 {
     const std::unique_ptr<SecurityStore> store = m_fixture->open();
-    const LogInResult result = Authenticator(*store).authenticate(QStringLiteral("JSMITH"), secret("correct horse"));
+    const LogInResult result =
+        Authenticator(*store).authenticate(QStringLiteral("JSMITH"), secret("correct horse"));
     QCOMPARE(result.status, LogInStatus::Success);
     QCOMPARE(result.user.name, QStringLiteral("jsmith")); // names compare without regard to case
     QCOMPARE(result.user.fullName, QStringLiteral("Jane Smith"));
@@ -83,31 +85,39 @@ void tst_Authenticator::lockoutAtTheThresholdSurvivesRestartUntilUnlocked()
         const std::unique_ptr<SecurityStore> store = m_fixture->open();
         Authenticator authenticator(*store);
         for (int i = 1; i < threshold; ++i)
-            QCOMPARE(authenticator.authenticate(QStringLiteral("jsmith"), secret("guess")).status, LogInStatus::Refused);
+            QCOMPARE(authenticator.authenticate(QStringLiteral("jsmith"), secret("guess")).status,
+                     LogInStatus::Refused);
         QString error;
         QVERIFY(!store->users().find(QStringLiteral("jsmith"), &error)->locked);
-        QCOMPARE(authenticator.authenticate(QStringLiteral("jsmith"), secret("guess")).status, LogInStatus::Refused);
+        QCOMPARE(authenticator.authenticate(QStringLiteral("jsmith"), secret("guess")).status,
+                 LogInStatus::Refused);
     }
-    QCOMPARE(m_fixture->auditTexts().last(), QStringLiteral("Account locked after %1 failed log ins").arg(threshold));
+    QCOMPARE(m_fixture->auditTexts().last(),
+             QStringLiteral("Account locked after %1 failed log ins").arg(threshold));
 
     // A new process: the lock is still there, and only the right password learns of it.
     const std::unique_ptr<SecurityStore> store = m_fixture->open();
     Authenticator authenticator(*store);
-    QCOMPARE(authenticator.authenticate(QStringLiteral("jsmith"), secret("guess")).status, LogInStatus::Refused);
-    QCOMPARE(authenticator.authenticate(QStringLiteral("jsmith"), secret("correct horse")).status, LogInStatus::Locked);
+    QCOMPARE(authenticator.authenticate(QStringLiteral("jsmith"), secret("guess")).status,
+             LogInStatus::Refused);
+    QCOMPARE(authenticator.authenticate(QStringLiteral("jsmith"), secret("correct horse")).status,
+             LogInStatus::Locked);
 
     QString error;
     QVERIFY(SecurityAdministration(*store, QStringLiteral("admin")).unlock(QStringLiteral("jsmith"), &error));
-    QCOMPARE(authenticator.authenticate(QStringLiteral("jsmith"), secret("correct horse")).status, LogInStatus::Success);
+    QCOMPARE(authenticator.authenticate(QStringLiteral("jsmith"), secret("correct horse")).status,
+             LogInStatus::Success);
 }
 
 void tst_Authenticator::disabledAccountIsNamedOnlyWithTheRightPassword()
 {
     const std::unique_ptr<SecurityStore> store = m_fixture->open();
     QString error;
-    QVERIFY(SecurityAdministration(*store, QStringLiteral("admin")).setDisabled(QStringLiteral("jsmith"), true, &error));
+    QVERIFY(SecurityAdministration(*store, QStringLiteral("admin"))
+                .setDisabled(QStringLiteral("jsmith"), true, &error));
     Authenticator authenticator(*store);
-    QCOMPARE(authenticator.authenticate(QStringLiteral("jsmith"), secret("guess")).status, LogInStatus::Refused);
+    QCOMPARE(authenticator.authenticate(QStringLiteral("jsmith"), secret("guess")).status,
+             LogInStatus::Refused);
     QCOMPARE(authenticator.authenticate(QStringLiteral("jsmith"), secret("correct horse")).status,
              LogInStatus::Disabled);
 }
@@ -117,10 +127,13 @@ void tst_Authenticator::successResetsTheFailureCount()
     m_fixture->settings().lockoutThreshold = 2;
     const std::unique_ptr<SecurityStore> store = m_fixture->open();
     Authenticator authenticator(*store);
-    QCOMPARE(authenticator.authenticate(QStringLiteral("jsmith"), secret("guess")).status, LogInStatus::Refused);
-    QCOMPARE(authenticator.authenticate(QStringLiteral("jsmith"), secret("correct horse")).status, LogInStatus::Success);
+    QCOMPARE(authenticator.authenticate(QStringLiteral("jsmith"), secret("guess")).status,
+             LogInStatus::Refused);
+    QCOMPARE(authenticator.authenticate(QStringLiteral("jsmith"), secret("correct horse")).status,
+             LogInStatus::Success);
     // Counted per run of failures: one more failure does not lock.
-    QCOMPARE(authenticator.authenticate(QStringLiteral("jsmith"), secret("guess")).status, LogInStatus::Refused);
+    QCOMPARE(authenticator.authenticate(QStringLiteral("jsmith"), secret("guess")).status,
+             LogInStatus::Refused);
     QString error;
     QVERIFY(!store->users().find(QStringLiteral("jsmith"), &error)->locked);
 }

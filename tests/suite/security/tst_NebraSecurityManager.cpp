@@ -47,8 +47,8 @@ void tst_NebraSecurityManager::init()
     m_folders = std::make_unique<UserFolders>();
     m_fixture = std::make_unique<SecurityFixture>(m_folders->root() + QStringLiteral("/site"));
     m_fixture->create();
-    m_fixture->addUser(QStringLiteral("jsmith"), QStringLiteral("correct horse"), QStringLiteral("Jane Smith"),
-                       {QStringLiteral("AuthorisationsGeneral/RunProtocol")});
+    m_fixture->addUser(QStringLiteral("jsmith"), QStringLiteral("correct horse"),
+                       QStringLiteral("Jane Smith"), {QStringLiteral("AuthorisationsGeneral/RunProtocol")});
     SettingsStore store;
     m_fixture->writeSettings(store);
     m_messages = std::make_unique<MessageRecorder>();
@@ -73,7 +73,8 @@ std::unique_ptr<NebraSecurityManager> tst_NebraSecurityManager::create()
     options.clock = [this] { return m_now; };
     options.pollIntervalMs = 5;
     QString error;
-    std::unique_ptr<NebraSecurityManager> manager = NebraSecurityManager::create(SettingsStore(), options, &error);
+    std::unique_ptr<NebraSecurityManager> manager =
+        NebraSecurityManager::create(SettingsStore(), options, &error);
     if (!manager)
         qWarning("%s", qPrintable(error));
     return manager;
@@ -96,7 +97,8 @@ void tst_NebraSecurityManager::creationFailsForAFileThatIsNoSecurityDatabase()
     file.close();
     QString error;
     QVERIFY(!NebraSecurityManager::create(SettingsStore(), {}, &error));
-    QCOMPARE(error, QStringLiteral("The security database \"%1\" is not a security database (it is not an SQLite file).")
+    QCOMPARE(error, QStringLiteral(
+                        "The security database \"%1\" is not a security database (it is not an SQLite file).")
                         .arg(m_fixture->settings().databasePath));
 }
 
@@ -122,9 +124,10 @@ void tst_NebraSecurityManager::logInRefusals_data()
 
     const QString wrong = QStringLiteral("The user name or password is incorrect.");
     QTest::newRow("cancelled") << QStringList{"cancel"} << QStringList() << 1;
-    QTest::newRow("wrong, then cancelled") << QStringList{"jsmith", "guess", "cancel"} << QStringList{wrong} << 2;
-    QTest::newRow("three wrong attempts end it") << QStringList{"jsmith", "a", "nobody", "b", "jsmith", "c"}
-                                                 << QStringList{wrong, wrong, wrong} << 3;
+    QTest::newRow("wrong, then cancelled")
+        << QStringList{"jsmith", "guess", "cancel"} << QStringList{wrong} << 2;
+    QTest::newRow("three wrong attempts end it")
+        << QStringList{"jsmith", "a", "nobody", "b", "jsmith", "c"} << QStringList{wrong, wrong, wrong} << 3;
     QTest::newRow("empty password") << QStringList{"jsmith", "", "cancel"}
                                     << QStringList{"Enter your user name and your password."} << 2;
 }
@@ -151,7 +154,8 @@ void tst_NebraSecurityManager::logInRefusals()
     }
     QCOMPARE(shown, messages);
     QVERIFY(manager->UserName().isEmpty());
-    QVERIFY(!manager->IsOperationAllowed(QStringLiteral("AuthorisationsGeneral"), QStringLiteral("RunProtocol")));
+    QVERIFY(
+        !manager->IsOperationAllowed(QStringLiteral("AuthorisationsGeneral"), QStringLiteral("RunProtocol")));
 }
 
 void tst_NebraSecurityManager::timeOutEndsTheSessionWithReasonZero()
@@ -168,7 +172,8 @@ void tst_NebraSecurityManager::timeOutEndsTheSessionWithReasonZero()
     QCOMPARE(loggedOut.count(), 1);
     QCOMPARE(loggedOut.first(), QVariantList({QStringLiteral("jsmith"), 0}));
     QVERIFY(manager->UserName().isEmpty());
-    QCOMPARE(m_fixture->auditTexts().last(), QStringLiteral("Session timed out after 10 minutes without activity"));
+    QCOMPARE(m_fixture->auditTexts().last(),
+             QStringLiteral("Session timed out after 10 minutes without activity"));
 }
 
 void tst_NebraSecurityManager::logOutEndsTheSessionWithReasonOne()
@@ -204,8 +209,8 @@ void tst_NebraSecurityManager::rightsComeDirectlyOrThroughRoles()
         SecurityAdministration admin(*store, QStringLiteral("admin"));
         QString error;
         QVERIFY(admin.addRole(QStringLiteral("Editors"), &error));
-        QVERIFY(admin.grantToRole(QStringLiteral("Editors"), {QStringLiteral("AuthorisationsGeneral"), QStringLiteral("*")},
-                                  &error));
+        QVERIFY(admin.grantToRole(QStringLiteral("Editors"),
+                                  {QStringLiteral("AuthorisationsGeneral"), QStringLiteral("*")}, &error));
     }
     const std::unique_ptr<NebraSecurityManager> manager = loggedIn();
     QVERIFY(manager);
@@ -232,16 +237,21 @@ void tst_NebraSecurityManager::changePassword_data()
     QTest::addColumn<QString>("passwordAfter");
 
     QTest::newRow("changed") << QStringList{"correct horse", "battery staple", "battery staple"}
-                             << "Your password has been changed." << "battery staple";
-    QTest::newRow("wrong current password") << QStringList{"guess", "battery staple", "battery staple"}
-                                            << "The current password is incorrect." << "correct horse";
+                             << "Your password has been changed."
+                             << "battery staple";
+    QTest::newRow("wrong current password")
+        << QStringList{"guess", "battery staple", "battery staple"} << "The current password is incorrect."
+        << "correct horse";
     QTest::newRow("confirmation differs") << QStringList{"correct horse", "battery staple", "battery stable"}
-                                          << "The new password and its confirmation do not match." << "correct horse";
-    QTest::newRow("shorter than the site minimum of 10") << QStringList{"correct horse", "short one", "short one"}
-                                                         << "The password must be at least 10 characters long."
-                                                         << "correct horse";
+                                          << "The new password and its confirmation do not match."
+                                          << "correct horse";
+    QTest::newRow("shorter than the site minimum of 10")
+        << QStringList{"correct horse", "short one", "short one"}
+        << "The password must be at least 10 characters long."
+        << "correct horse";
     QTest::newRow("unchanged") << QStringList{"correct horse", "correct horse", "correct horse"}
-                               << "The new password must differ from the current one." << "correct horse";
+                               << "The new password must differ from the current one."
+                               << "correct horse";
 }
 
 void tst_NebraSecurityManager::changePassword()
@@ -278,13 +288,15 @@ void tst_NebraSecurityManager::resetPasswordMustBeChangedAtLogIn()
     m_dialogs->logIn(QStringLiteral("jsmith"), QStringLiteral("temporary1"));
     m_dialogs->cancel(); // the forced change
     QVERIFY(!manager->LogIn(nullptr));
-    QCOMPARE(m_fixture->auditTexts().last(), QStringLiteral("Log in abandoned: the password had to be changed first"));
+    QCOMPARE(m_fixture->auditTexts().last(),
+             QStringLiteral("Log in abandoned: the password had to be changed first"));
 
     m_dialogs->logIn(QStringLiteral("jsmith"), QStringLiteral("temporary1"));
     m_dialogs->accept({{QStringLiteral("txtNewPassword"), QStringLiteral("my own secret")},
                        {QStringLiteral("txtConfirmPassword"), QStringLiteral("my own secret")}});
     QVERIFY(manager->LogIn(nullptr));
-    QCOMPARE(m_dialogs->shown(), QStringList({"frmLogIn", "frmChangePassword", "frmLogIn", "frmChangePassword"}));
+    QCOMPARE(m_dialogs->shown(),
+             QStringList({"frmLogIn", "frmChangePassword", "frmLogIn", "frmChangePassword"}));
     manager->SessionLogOut();
     m_dialogs->logIn(QStringLiteral("jsmith"), QStringLiteral("my own secret"));
     QVERIFY(manager->LogIn(nullptr));

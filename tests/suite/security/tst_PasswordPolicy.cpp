@@ -20,16 +20,21 @@ void tst_PasswordPolicy::check_data()
     QTest::addColumn<QString>("problem");
 
     const QString tooShort = QStringLiteral("The password must be at least %1 characters long.");
-    QTest::newRow("long enough") << 8 << "correct horse" << "";
-    QTest::newRow("exactly the minimum") << 8 << "12345678" << "";
+    QTest::newRow("long enough") << 8 << "correct horse"
+                                 << "";
+    QTest::newRow("exactly the minimum") << 8 << "12345678"
+                                         << "";
     QTest::newRow("one short") << 8 << "1234567" << tooShort.arg(8);
     QTest::newRow("minimum setting takes effect") << 12 << "elevenchars" << tooShort.arg(12);
     QTest::newRow("minimum counts characters, not bytes") << 4 << QStringLiteral("äöüß") << "";
-    QTest::newRow("empty") << 1 << "" << "The password must not be empty.";
-    QTest::newRow("user name") << 4 << "jsmith" << "The password must not be the user name.";
-    QTest::newRow("user name in other case") << 4 << "JSmith" << "The password must not be the user name.";
-    QTest::newRow("longer than the hashing limit") << 8 << QString(257, QLatin1Char('x'))
-                                                   << "The password must be at most 256 characters long.";
+    QTest::newRow("empty") << 1 << ""
+                           << "The password must not be empty.";
+    QTest::newRow("user name") << 4 << "jsmith"
+                               << "The password must not be the user name.";
+    QTest::newRow("user name in other case") << 4 << "JSmith"
+                                             << "The password must not be the user name.";
+    QTest::newRow("longer than the hashing limit")
+        << 8 << QString(257, QLatin1Char('x')) << "The password must be at most 256 characters long.";
 }
 
 void tst_PasswordPolicy::check()
@@ -37,7 +42,8 @@ void tst_PasswordPolicy::check()
     QFETCH(int, minimum);
     QFETCH(QString, password);
     QFETCH(QString, problem);
-    QCOMPARE(PasswordPolicy(minimum).check(QStringLiteral("jsmith"), SecretBytes(password.toUtf8())), problem);
+    QCOMPARE(PasswordPolicy(minimum).check(QStringLiteral("jsmith"), SecretBytes(password.toUtf8())),
+             problem);
 }
 
 QTEST_GUILESS_MAIN(tst_PasswordPolicy)

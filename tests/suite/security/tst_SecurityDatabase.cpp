@@ -45,7 +45,8 @@ void tst_SecurityDatabase::createdDatabaseIsDurable()
     QVERIFY(store->database().exec(q, QStringLiteral("PRAGMA synchronous"), {}, &error) && q.next());
     QCOMPARE(q.value(0).toInt(), 2); // FULL
     QCOMPARE(QFile::permissions(m_fixture->settings().siteKeyFile),
-             QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ReadUser | QFileDevice::WriteUser);
+             QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ReadUser |
+                 QFileDevice::WriteUser);
 }
 
 void tst_SecurityDatabase::createRefusesAnExistingFile()
@@ -70,17 +71,26 @@ void tst_SecurityDatabase::openFails_data()
     QTest::addColumn<QString>("damage");
     QTest::addColumn<QString>("message"); // %1 database, %2 key file, %3 head file
 
-    QTest::newRow("missing") << "delete" << "The security database \"%1\" does not exist.";
-    QTest::newRow("not SQLite") << "text"
-                                << "The security database \"%1\" is not a security database (it is not an SQLite file).";
-    QTest::newRow("empty file") << "empty" << "The security database \"%1\" is not a security database.";
-    QTest::newRow("another SQLite database") << "foreign" << "The security database \"%1\" is not a security database.";
-    QTest::newRow("truncated") << "truncate" << "The security database \"%1\" is truncated.";
-    QTest::newRow("key file missing") << "no key" << "The site key file \"%2\" does not exist.";
-    QTest::newRow("key of another site") << "other key"
-                                         << "The site key file \"%2\" does not belong to the security database \"%1\".";
-    QTest::newRow("key file garbled") << "garbled key" << "The file \"%2\" is not a site key file.";
-    QTest::newRow("chain head missing") << "no head" << "The audit chain head file \"%3\" is missing.";
+    QTest::newRow("missing") << "delete"
+                             << "The security database \"%1\" does not exist.";
+    QTest::newRow("not SQLite")
+        << "text"
+        << "The security database \"%1\" is not a security database (it is not an SQLite file).";
+    QTest::newRow("empty file") << "empty"
+                                << "The security database \"%1\" is not a security database.";
+    QTest::newRow("another SQLite database") << "foreign"
+                                             << "The security database \"%1\" is not a security database.";
+    QTest::newRow("truncated") << "truncate"
+                               << "The security database \"%1\" is truncated.";
+    QTest::newRow("key file missing") << "no key"
+                                      << "The site key file \"%2\" does not exist.";
+    QTest::newRow("key of another site")
+        << "other key"
+        << "The site key file \"%2\" does not belong to the security database \"%1\".";
+    QTest::newRow("key file garbled") << "garbled key"
+                                      << "The file \"%2\" is not a site key file.";
+    QTest::newRow("chain head missing") << "no head"
+                                        << "The audit chain head file \"%3\" is missing.";
 }
 
 void tst_SecurityDatabase::openFails()
@@ -132,7 +142,8 @@ void tst_SecurityDatabase::readOnlyDatabaseIsRefused()
     QVERIFY(QFile::setPermissions(m_fixture->settings().databasePath, QFileDevice::ReadOwner));
     QString error;
     QVERIFY(!SecurityStore::open(m_fixture->settings(), &error));
-    QCOMPARE(error, QStringLiteral("The security database \"%1\" is read-only, so the audit trail cannot be written.")
+    QCOMPARE(error, QStringLiteral(
+                        "The security database \"%1\" is read-only, so the audit trail cannot be written.")
                         .arg(m_fixture->settings().databasePath));
 }
 

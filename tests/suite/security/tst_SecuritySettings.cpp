@@ -42,19 +42,50 @@ void tst_SecuritySettings::valuesTakeEffect_data()
     QTest::addColumn<QString>("field");
     QTest::addColumn<QString>("expected");
 
-    QTest::newRow("time-out") << "TimeOutMinutes" << "5" << "timeOut" << "5";
-    QTest::newRow("time-out not a number") << "TimeOutMinutes" << "soon" << "timeOut" << "15";
-    QTest::newRow("time-out zero") << "TimeOutMinutes" << "0" << "timeOut" << "15";
-    QTest::newRow("lockout") << "LockoutThreshold" << "3" << "lockout" << "3";
-    QTest::newRow("lockout negative") << "LockoutThreshold" << "-1" << "lockout" << "5";
-    QTest::newRow("minimum length") << "PasswordMinimumLength" << "12" << "length" << "12";
+    QTest::newRow("time-out") << "TimeOutMinutes"
+                              << "5"
+                              << "timeOut"
+                              << "5";
+    QTest::newRow("time-out not a number") << "TimeOutMinutes"
+                                           << "soon"
+                                           << "timeOut"
+                                           << "15";
+    QTest::newRow("time-out zero") << "TimeOutMinutes"
+                                   << "0"
+                                   << "timeOut"
+                                   << "15";
+    QTest::newRow("lockout") << "LockoutThreshold"
+                             << "3"
+                             << "lockout"
+                             << "3";
+    QTest::newRow("lockout negative") << "LockoutThreshold"
+                                      << "-1"
+                                      << "lockout"
+                                      << "5";
+    QTest::newRow("minimum length") << "PasswordMinimumLength"
+                                    << "12"
+                                    << "length"
+                                    << "12";
     QTest::newRow("library") << "AuthenticationLibrary"
-                             << "WindowsGroupAuthenticationLibrary.WindowsGroupAuthentication" << "library"
+                             << "WindowsGroupAuthenticationLibrary.WindowsGroupAuthentication"
+                             << "library"
                              << "WindowsGroupAuthenticationLibrary.WindowsGroupAuthentication";
-    QTest::newRow("hash memory raised") << "PasswordHashMemoryMiB" << "64" << "memory" << "64";
-    QTest::newRow("hash memory never below 19") << "PasswordHashMemoryMiB" << "1" << "memory" << "19";
-    QTest::newRow("hash passes never below 2") << "PasswordHashPasses" << "1" << "passes" << "2";
-    QTest::newRow("key file") << "SiteKeyFile" << "/site/key" << "key" << "/site/key";
+    QTest::newRow("hash memory raised") << "PasswordHashMemoryMiB"
+                                        << "64"
+                                        << "memory"
+                                        << "64";
+    QTest::newRow("hash memory never below 19") << "PasswordHashMemoryMiB"
+                                                << "1"
+                                                << "memory"
+                                                << "19";
+    QTest::newRow("hash passes never below 2") << "PasswordHashPasses"
+                                               << "1"
+                                               << "passes"
+                                               << "2";
+    QTest::newRow("key file") << "SiteKeyFile"
+                              << "/site/key"
+                              << "key"
+                              << "/site/key";
 }
 
 void tst_SecuritySettings::valuesTakeEffect()
@@ -68,9 +99,12 @@ void tst_SecuritySettings::valuesTakeEffect()
     QVERIFY(store.setValue(QStringLiteral("Security/") + key, value));
     const SecuritySettings s = SecuritySettings::fromStore(SettingsStore(store.filePath()));
     const QHash<QString, QString> fields = {
-        {"timeOut", QString::number(s.timeOutMinutes)},    {"lockout", QString::number(s.lockoutThreshold)},
-        {"length", QString::number(s.passwordMinimumLength)}, {"library", s.authenticationLibrary},
-        {"memory", QString::number(s.hashCost.memoryMiB)},  {"passes", QString::number(s.hashCost.passes)},
+        {"timeOut", QString::number(s.timeOutMinutes)},
+        {"lockout", QString::number(s.lockoutThreshold)},
+        {"length", QString::number(s.passwordMinimumLength)},
+        {"library", s.authenticationLibrary},
+        {"memory", QString::number(s.hashCost.memoryMiB)},
+        {"passes", QString::number(s.hashCost.passes)},
         {"key", s.siteKeyFile},
     };
     QCOMPARE(fields.value(field), expected);
