@@ -18,7 +18,7 @@ IdleTimer::Clock IdleTimer::monotonicClock()
 
 IdleTimer::IdleTimer(Clock clock, int pollIntervalMs, QObject* parent)
     : QObject(parent), m_clock(clock ? std::move(clock) : monotonicClock()),
-      m_pollIntervalMs(qMax(1, pollIntervalMs))
+      m_pollIntervalMs(qMax(0, pollIntervalMs))
 {
     m_timer.setSingleShot(true);
     m_timer.setTimerType(Qt::CoarseTimer);

@@ -13,7 +13,9 @@ namespace nebra {
 // timer then stops until start() is called again.
 //
 // The timer wakes at least every poll interval to read the clock, so a clock
-// supplied for testing that jumps ahead is noticed within one interval.
+// supplied for testing that jumps ahead is noticed within one interval. An
+// interval of 0 reads the clock at every turn of the event loop (for tests
+// that move the clock and then process events once; it keeps a core busy).
 class IdleTimer : public QObject
 {
     Q_OBJECT

@@ -22,7 +22,7 @@ class SettingsStore;
 struct SecurityManagerOptions
 {
     IdleTimer::Clock clock; // empty: the monotonic clock
-    int pollIntervalMs = 1000;
+    int pollIntervalMs = 1000; // see IdleTimer
 };
 
 // The suite's security manager: one session of one user at a time. It logs

@@ -36,6 +36,7 @@ private Q_SLOTS:
     void logInStartsTheSession();
     void sessionInformationOnPanelClick();
     void timeOutEndsTheProgram();
+    void commandsRestartTheTimeOut();
     void logOutEndsTheProgram();
     void userLoggedOutMessages_data();
     void userLoggedOutMessages();
@@ -44,7 +45,8 @@ private Q_SLOTS:
 
 private:
     std::unique_ptr<MainWindow> load(bool security,
-                                     MainWindow::LoadOutcome expected = MainWindow::LoadOutcome::Loaded);
+                                     MainWindow::LoadOutcome expected = MainWindow::LoadOutcome::Loaded,
+                                     int pollIntervalMs = 5);
     QStringList messageTexts() const;
 
     std::unique_ptr<UserFolders> m_folders;
@@ -75,7 +77,8 @@ void tst_SecuritySession::cleanup()
     m_messages.reset();
 }
 
-std::unique_ptr<MainWindow> tst_SecuritySession::load(bool security, MainWindow::LoadOutcome expected)
+std::unique_ptr<MainWindow> tst_SecuritySession::load(bool security, MainWindow::LoadOutcome expected,
+                                                      int pollIntervalMs)
 {
     SettingsStore store;
     store.setValue(QStringLiteral("Settings/SecurityConfigured"), security);
@@ -83,7 +86,7 @@ std::unique_ptr<MainWindow> tst_SecuritySession::load(bool security, MainWindow:
     options.instanceName = QStringLiteral("tst_SecuritySession-%1").arg(QCoreApplication::applicationPid());
     options.endProcess = [this] { ++m_processEnds; };
     options.securityManager.clock = [this] { return m_now; };
-    options.securityManager.pollIntervalMs = 5;
+    options.securityManager.pollIntervalMs = pollIntervalMs;
     auto window = std::make_unique<MainWindow>(options);
     const MainWindow::LoadOutcome outcome = window->Load();
     if (outcome != expected)
@@ -214,6 +217,26 @@ void tst_SecuritySession::timeOutEndsTheProgram()
     QVERIFY(!window->globals().SecurityEnabled);
     QCOMPARE(m_fixture->auditTexts().last(),
              QStringLiteral("Session timed out after 15 minutes without activity"));
+}
+
+void tst_SecuritySession::commandsRestartTheTimeOut()
+{
+    m_dialogs->logIn(QStringLiteral("jsmith"), QStringLiteral("correct horse"));
+    // Poll interval 0: one turn of the event loop shows whether the time-out has passed.
+    const std::unique_ptr<MainWindow> window = load(true, MainWindow::LoadOutcome::Loaded, 0);
+    QVERIFY(window);
+    m_now += 14 * 60 * 1000;
+    QCoreApplication::processEvents();
+    // A tool without a command still counts as activity.
+    window->toolBars().action(QStringLiteral("ID_HelpHelp"))->trigger();
+    m_now += 14 * 60 * 1000;
+    QCoreApplication::processEvents();
+    QCOMPARE(m_processEnds, 0);
+    QCOMPARE(m_messages->count(), 0);
+    m_now += 60 * 1000;
+    QTRY_COMPARE_WITH_TIMEOUT(m_processEnds, 1, 5000);
+    QCOMPARE(messageTexts(),
+             QStringList{QStringLiteral("Your session has timed out.  You have been logged out")});
 }
 
 void tst_SecuritySession::logOutEndsTheProgram()
