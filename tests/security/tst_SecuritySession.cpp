@@ -34,12 +34,10 @@ private Q_SLOTS:
     void creationFailureEndsTheStartUp();
     void refusedLogInEndsTheStartUp();
     void logInStartsTheSession();
-    void sessionInformationOnPanelClick();
     void timeOutEndsTheProgram();
     void commandsRestartTheTimeOut();
     void logOutEndsTheProgram();
-    void userLoggedOutMessages_data();
-    void userLoggedOutMessages();
+    void otherReasonEndsTheProgramWithoutMessage();
     void changePasswordRunsTheManagersDialog();
     void closingTheWindowClosesTheSession();
 
@@ -180,13 +178,8 @@ void tst_SecuritySession::logInStartsTheSession()
     QCOMPARE(last.area, QStringLiteral("General"));
     QCOMPARE(last.text, QStringLiteral("Launch Welcome screen"));
     QCOMPARE(m_messages->count(), 0);
-}
 
-void tst_SecuritySession::sessionInformationOnPanelClick()
-{
-    m_dialogs->logIn(QStringLiteral("jsmith"), QStringLiteral("correct horse"));
-    const std::unique_ptr<MainWindow> window = load(true);
-    QVERIFY(window);
+    // A click on the session panel shows the session information box.
     QLabel* panel = nullptr;
     for (QLabel* label : window->statusBar()->findChildren<QLabel*>())
         if (label->accessibleName() == QLatin1String("Status panel 2"))
@@ -253,25 +246,14 @@ void tst_SecuritySession::logOutEndsTheProgram()
     QCOMPARE(texts.last(), QStringLiteral("Log out")); // and no "Session closed" from the unload after it
 }
 
-void tst_SecuritySession::userLoggedOutMessages_data()
+void tst_SecuritySession::otherReasonEndsTheProgramWithoutMessage()
 {
-    QTest::addColumn<int>("reason");
-    QTest::addColumn<QStringList>("messages");
-    QTest::newRow("time-out") << 0 << QStringList{"Your session has timed out.  You have been logged out"};
-    QTest::newRow("log-out") << 1 << QStringList{"The program will now exit."};
-    QTest::newRow("another reason") << 2 << QStringList();
-}
-
-void tst_SecuritySession::userLoggedOutMessages()
-{
-    QFETCH(int, reason);
-    QFETCH(QStringList, messages);
     m_dialogs->logIn(QStringLiteral("jsmith"), QStringLiteral("correct horse"));
     const std::unique_ptr<MainWindow> window = load(true);
     QVERIFY(window);
-    window->securitySession()->NebraSecurityManagerObj_UserLoggedOut(QStringLiteral("jsmith"), reason);
-    QCOMPARE(messageTexts(), messages);
-    QCOMPARE(m_processEnds, 1); // every reason ends the program
+    window->securitySession()->NebraSecurityManagerObj_UserLoggedOut(QStringLiteral("jsmith"), 2);
+    QCOMPARE(m_messages->count(), 0);
+    QCOMPARE(m_processEnds, 1);
     QVERIFY(!window->isVisible());
 }
 

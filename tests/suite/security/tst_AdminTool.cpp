@@ -21,7 +21,6 @@ private Q_SLOTS:
     void auditExportsCsv();
     void verifyNamesTheFirstBadEntry_data();
     void verifyNamesTheFirstBadEntry();
-    void wrongDatabaseIsReported();
 
 private:
     struct Run
@@ -192,24 +191,6 @@ void tst_AdminTool::verifyNamesTheFirstBadEntry()
         QCOMPARE(run({"reseal-head"}).exitCode, 0);
         QCOMPARE(run({"verify"}).exitCode, 0);
     }
-}
-
-void tst_AdminTool::wrongDatabaseIsReported()
-{
-    const QString other = m_folders->root() + QStringLiteral("/notes.txt");
-    QFile file(other);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write("notes");
-    file.close();
-    QProcess process;
-    process.start(QStringLiteral(SECADMIN), {QStringLiteral("--database"), other, QStringLiteral("verify")});
-    QVERIFY(process.waitForFinished(30000));
-    QCOMPARE(process.exitCode(), 1);
-    QCOMPARE(QString::fromUtf8(process.readAllStandardError()),
-             QStringLiteral(
-                 "nebra-secadmin: The security database \"%1\" is not a security database (it is not an "
-                 "SQLite file).\n")
-                 .arg(other));
 }
 
 QTEST_GUILESS_MAIN(tst_AdminTool)

@@ -18,13 +18,11 @@ class tst_NebraSecurityManager : public QObject
 private Q_SLOTS:
     void init();
     void cleanup();
-    void creationFailsForAFileThatIsNoSecurityDatabase();
     void logInSucceeds();
     void logInRefusals_data();
     void logInRefusals();
     void timeOutEndsTheSessionWithReasonZero();
     void logOutEndsTheSessionWithReasonOne();
-    void closeSessionEndsQuietly();
     void rightsComeDirectlyOrThroughRoles();
     void changePassword_data();
     void changePassword();
@@ -87,19 +85,6 @@ std::unique_ptr<NebraSecurityManager> tst_NebraSecurityManager::loggedIn(int pol
     if (!manager || !manager->LogIn(nullptr))
         return nullptr;
     return manager;
-}
-
-void tst_NebraSecurityManager::creationFailsForAFileThatIsNoSecurityDatabase()
-{
-    QFile file(m_fixture->settings().databasePath);
-    QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    file.write("plate layout, not a database");
-    file.close();
-    QString error;
-    QVERIFY(!NebraSecurityManager::create(SettingsStore(), {}, &error));
-    QCOMPARE(error, QStringLiteral(
-                        "The security database \"%1\" is not a security database (it is not an SQLite file).")
-                        .arg(m_fixture->settings().databasePath));
 }
 
 void tst_NebraSecurityManager::logInSucceeds()
@@ -193,17 +178,6 @@ void tst_NebraSecurityManager::logOutEndsTheSessionWithReasonOne()
     m_now += 60 * 60 * 1000;
     manager->SessionLogOut();
     QCOMPARE(loggedOut.count(), 1);
-}
-
-void tst_NebraSecurityManager::closeSessionEndsQuietly()
-{
-    const std::unique_ptr<NebraSecurityManager> manager = loggedIn();
-    QVERIFY(manager);
-    QSignalSpy loggedOut(manager.get(), &NebraSecurityManager::UserLoggedOut);
-    manager->CloseSession();
-    QCOMPARE(loggedOut.count(), 0);
-    QCOMPARE(m_fixture->auditTexts().last(), QStringLiteral("Session closed"));
-    QVERIFY(m_fixture->open()->audit().verify().ok);
 }
 
 void tst_NebraSecurityManager::rightsComeDirectlyOrThroughRoles()
