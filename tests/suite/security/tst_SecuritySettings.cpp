@@ -41,34 +41,16 @@ void tst_SecuritySettings::valuesTakeEffect_data()
     QTest::addColumn<QString>("field");
     QTest::addColumn<QString>("expected");
 
-    QTest::newRow("time-out") << "TimeOutMinutes"
-                              << "5"
-                              << "timeOut"
-                              << "5";
-    QTest::newRow("time-out not a number") << "TimeOutMinutes"
-                                           << "soon"
-                                           << "timeOut"
-                                           << "15";
-    QTest::newRow("lockout") << "LockoutThreshold"
-                             << "3"
-                             << "lockout"
-                             << "3";
-    QTest::newRow("minimum length") << "PasswordMinimumLength"
-                                    << "12"
-                                    << "length"
-                                    << "12";
-    QTest::newRow("library") << "AuthenticationLibrary"
-                             << "WindowsGroupAuthenticationLibrary.WindowsGroupAuthentication"
-                             << "library"
-                             << "WindowsGroupAuthenticationLibrary.WindowsGroupAuthentication";
-    QTest::newRow("hash memory never below 19") << "PasswordHashMemoryMiB"
-                                                << "1"
-                                                << "memory"
-                                                << "19";
-    QTest::newRow("hash passes never below 2") << "PasswordHashPasses"
-                                               << "1"
-                                               << "passes"
-                                               << "2";
+    // clang-format off
+    QTest::newRow("time-out")              << "TimeOutMinutes" << "5" << "timeOut" << "5";
+    QTest::newRow("time-out not a number") << "TimeOutMinutes" << "soon" << "timeOut" << "15";
+    QTest::newRow("lockout")               << "LockoutThreshold" << "3" << "lockout" << "3";
+    QTest::newRow("minimum length")        << "PasswordMinimumLength" << "12" << "length" << "12";
+    QTest::newRow("library")               << "AuthenticationLibrary" << SecuritySettings::GroupLibrary
+                                           << "library" << SecuritySettings::GroupLibrary;
+    QTest::newRow("hash memory never below 19") << "PasswordHashMemoryMiB" << "1" << "memory" << "19";
+    QTest::newRow("hash passes never below 2")  << "PasswordHashPasses" << "1" << "passes" << "2";
+    // clang-format on
 }
 
 void tst_SecuritySettings::valuesTakeEffect()
