@@ -7,6 +7,7 @@
 #include "FileListControl.h"
 #include "FolderTreeControl.h"
 #include "HelpSystem.h"
+#include "NebraSecurityManager.h"
 #include "PlateLayoutViewer.h"
 #include "RuntimeErrors.h"
 #include "SecuritySession.h"

@@ -2,7 +2,7 @@
 
 #include "FileSystemObject.h"
 #include "Globals.h"
-#include "NebraSecurityManager.h"
+#include "SecurityManagerOptions.h"
 
 #include <QCoreApplication>
 #include <QMainWindow>

@@ -4,6 +4,7 @@
 #include "DiagnosticLog.h"
 #include "FolderTreeControl.h"
 #include "Messages.h"
+#include "NebraSecurityManager.h"
 #include "PaneSetup.h"
 #include "Resources.h"
 #include "SecuritySession.h"

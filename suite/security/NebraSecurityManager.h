@@ -3,6 +3,7 @@
 #include "Authenticator.h"
 #include "IdleTimer.h"
 #include "Messages.h"
+#include "SecurityManagerOptions.h"
 #include "UserStore.h"
 
 #include <QObject>
@@ -18,12 +19,6 @@ namespace nebra {
 class SecretBytes;
 class SecurityStore;
 class SettingsStore;
-
-struct SecurityManagerOptions
-{
-    IdleTimer::Clock clock; // empty: the monotonic clock
-    int pollIntervalMs = 1000; // see IdleTimer
-};
 
 // The suite's security manager: one session of one user at a time. It logs
 // the user in with its own dialog, answers whether the user may perform an
