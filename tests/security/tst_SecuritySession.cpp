@@ -2,6 +2,7 @@
 #include "DialogScript.h"
 #include "MainWindow.h"
 #include "MessageRecorder.h"
+#include "NebraSecurityManager.h"
 #include "Resources.h"
 #include "SecurityFixture.h"
 #include "SecuritySession.h"
