@@ -1,7 +1,10 @@
 #include "SecuritySession.h"
 
+#include "Authorisation.h"
 #include "Globals.h"
 #include "Messages.h"
+#include "NebraSecurityManager.h"
+#include "SecuritySettings.h"
 #include "StatusBarControl.h"
 #include "SuiteSettings.h"
 #include "ToolBarsControl.h"
@@ -10,10 +13,31 @@
 
 namespace nebra {
 
-SecuritySession::SecuritySession(Globals& globals, QWidget* owner, ToolBarsControl& tools,
-                                 StatusBarControl& statusBar)
-    : QObject(nullptr), m_globals(globals), m_owner(owner), m_tools(tools), m_statusBar(statusBar)
+namespace {
+const QString ChangePasswordTool = QStringLiteral("ID_ChangePassword");
+const QString LogOutTool = QStringLiteral("ID_LogOut");
+
+void inform(QWidget* owner, const QString& text, const QString& title)
 {
+    Messages::show({text, title, MessageIcon::Information, MessageButton::Ok, MessageButton::Ok, owner});
+}
+} // namespace
+
+SecuritySession::SecuritySession(Globals& globals, QWidget* owner, ToolBarsControl& tools,
+                                 StatusBarControl& statusBar, Authorisation& authorisation,
+                                 ManagerFactory factory, SecuritySessionHooks hooks)
+    : QObject(nullptr), m_globals(globals), m_owner(owner), m_tools(tools), m_statusBar(statusBar),
+      m_authorisation(authorisation), m_factory(std::move(factory)), m_hooks(std::move(hooks))
+{
+    m_tools.setToolVisible(ChangePasswordTool, false);
+}
+
+SecuritySession::~SecuritySession() = default;
+
+QString SecuritySession::creationFailureText()
+{
+    return QStringLiteral("Cannot create NebraSecurity.NebraSecurityManager check that it is installed and "
+                          "registered with RegAsm NebraSecurity.dll");
 }
 
 SecuritySession::StartOutcome SecuritySession::StartSecuritySession()
@@ -22,27 +46,103 @@ SecuritySession::StartOutcome SecuritySession::StartSecuritySession()
         HideSecurityControls();
         return StartOutcome::Continue;
     }
-    // No security manager is available in this build.
-    Messages::show({QStringLiteral("Cannot create NebraSecurity.NebraSecurityManager check that it is installed "
-                                   "and registered with RegAsm NebraSecurity.dll"),
-                    {}, MessageIcon::NoIcon, MessageButton::Ok, MessageButton::NoButton, m_owner});
-    return StartOutcome::EndProcess;
+    QString error;
+    m_manager = m_factory(&error);
+    if (!m_manager) {
+        // The box's text is fixed; the reason goes where an administrator looks.
+        qWarning("The security manager cannot be created: %s", qUtf8Printable(error));
+        Messages::show({creationFailureText(),
+                        {},
+                        MessageIcon::NoIcon,
+                        MessageButton::Ok,
+                        MessageButton::NoButton,
+                        m_owner});
+        return StartOutcome::EndProcess;
+    }
+    connect(m_manager.get(), &NebraSecurityManager::UserLoggedOut, this,
+            &SecuritySession::NebraSecurityManagerObj_UserLoggedOut);
+    if (!m_manager->LogIn(m_owner)) {
+        inform(m_owner, QStringLiteral("Security log in failed."), QStringLiteral("Security Manager"));
+        return StartOutcome::EndProcess;
+    }
+    m_globals.SecurityEnabled = true;
+    showSecurityControls();
+    m_authorisation.AddAuditTrailEntryOperation(QStringLiteral("General"),
+                                                QStringLiteral("Launch Welcome screen"));
+    return StartOutcome::Continue;
+}
+
+void SecuritySession::showSecurityControls()
+{
+    const bool groupLibrary =
+        m_manager->AuthenticationLibrary() == QLatin1String(SecuritySettings::GroupLibrary);
+    const bool changeAllowed = m_manager->PasswordChangeAllowed();
+    m_tools.setToolVisible(ChangePasswordTool, changeAllowed || groupLibrary);
+    // The service library is asked about as well; the answer changes nothing.
+    [[maybe_unused]] const bool serviceLibrary =
+        m_manager->AuthenticationLibrary() == QLatin1String(SecuritySettings::ServiceLibrary);
+    m_tools.setToolVisible(LogOutTool, true);
+    m_statusBar.setPanelText(SessionPanel, QStringLiteral("Logged in as: ") + m_manager->UserName() +
+                                               QStringLiteral(" (") + m_manager->UserDetail() +
+                                               QLatin1Char(')'));
 }
 
 void SecuritySession::HideSecurityControls()
 {
-    m_statusBar.setPanelVisible(2, false);
-    m_tools.setToolVisible(QStringLiteral("ID_LogOut"), false);
+    m_statusBar.setPanelVisible(SessionPanel, false);
+    m_tools.setToolVisible(LogOutTool, false);
+}
+
+void SecuritySession::ChangePassword()
+{
+    if (m_globals.SecurityEnabled && m_manager)
+        m_manager->SessionChangePassword(m_owner);
+}
+
+void SecuritySession::LogOut()
+{
+    if (m_globals.SecurityEnabled && m_manager)
+        m_manager->SessionLogOut();
 }
 
 void SecuritySession::ResetLogOutTimeOutTimer()
 {
-    if (!m_globals.SecurityEnabled)
+    if (m_globals.SecurityEnabled && m_manager)
+        m_manager->ResetTimeOut();
+}
+
+void SecuritySession::ShowSessionInformation()
+{
+    if (!m_globals.SecurityEnabled || !m_manager)
         return;
+    inform(m_owner,
+           QStringLiteral("Logged in as: ") + m_manager->UserName() + QStringLiteral("\r\n\r\n") +
+               m_manager->UserDetail(),
+           QStringLiteral("Security Information"));
+}
+
+void SecuritySession::NebraSecurityManagerObj_UserLoggedOut(const QString& userName, int reason)
+{
+    Q_UNUSED(userName);
+    if (reason == NebraSecurityManager::TimedOut)
+        inform(m_owner, QStringLiteral("Your session has timed out.  You have been logged out"),
+               QStringLiteral("Time Out"));
+    else if (reason == NebraSecurityManager::LoggedOut)
+        inform(m_owner, QStringLiteral("The program will now exit."), QStringLiteral("Logged Out"));
+    // The manager has ended the session; nothing may pass as logged in while the windows close.
+    m_globals.SecurityEnabled = false;
+    if (m_hooks.unloadAllExceptMain)
+        m_hooks.unloadAllExceptMain();
+    if (m_hooks.unloadMainWindow)
+        m_hooks.unloadMainWindow();
+    if (m_hooks.endProcess)
+        m_hooks.endProcess();
 }
 
 void SecuritySession::CloseSession()
 {
+    if (m_manager)
+        m_manager->CloseSession();
     m_globals.SecurityEnabled = false;
 }
 

@@ -2,35 +2,81 @@
 
 #include <QObject>
 
+#include <functional>
+#include <memory>
+
 class QWidget;
 
 namespace nebra {
 
+class Authorisation;
 struct Globals;
+class NebraSecurityManager;
 class StatusBarControl;
 class ToolBarsControl;
 
+// What the session asks of the main window when the manager ends it.
+struct SecuritySessionHooks
+{
+    std::function<void()> unloadAllExceptMain;
+    std::function<void()> unloadMainWindow;
+    std::function<void()> endProcess;
+};
+
 // The Organiser's side of the security session: log-in at start-up, the
-// session panel of the status bar, the security tools, and the end of the
-// program when the session ends.
+// session panel (2) of the status bar and its information box, the security
+// tools, the restarting of the manager's inactivity time-out, and the end
+// of the program when the manager ends the session (time-out or log-out).
+// Without a configured session the session's controls are hidden and every
+// command here does nothing.
 class SecuritySession : public QObject
 {
     Q_OBJECT
 public:
-    enum class StartOutcome { Continue, EndProcess };
+    enum class StartOutcome
+    {
+        Continue,
+        EndProcess
+    };
 
-    SecuritySession(Globals& globals, QWidget* owner, ToolBarsControl& tools, StatusBarControl& statusBar);
+    using ManagerFactory = std::function<std::unique_ptr<NebraSecurityManager>(QString* error)>;
 
+    static constexpr int SessionPanel = 2;
+
+    // Hides ID_ChangePassword: the tool is shown only by a session that allows it.
+    SecuritySession(Globals& globals, QWidget* owner, ToolBarsControl& tools, StatusBarControl& statusBar,
+                    Authorisation& authorisation, ManagerFactory factory, SecuritySessionHooks hooks);
+    ~SecuritySession() override;
+
+    // Called once by the start-up, with SecurityEnabled cleared. EndProcess:
+    // the failure has been reported and the program must end at once.
     StartOutcome StartSecuritySession();
     void HideSecurityControls();
+    void ChangePassword();
+    void LogOut();
     void ResetLogOutTimeOutTimer();
+    // The manager's UserLoggedOut: reason 0 time-out, 1 log-out.
+    void NebraSecurityManagerObj_UserLoggedOut(const QString& userName, int reason);
+    // The status bar's session panel was clicked.
+    void ShowSessionInformation();
+    // Ends the session quietly as the main window unloads.
     void CloseSession();
 
+    NebraSecurityManager* NebraSecurityManagerObj() const { return m_manager.get(); }
+
+    static QString creationFailureText();
+
 private:
+    void showSecurityControls();
+
     Globals& m_globals;
     QWidget* m_owner;
     ToolBarsControl& m_tools;
     StatusBarControl& m_statusBar;
+    Authorisation& m_authorisation;
+    ManagerFactory m_factory;
+    SecuritySessionHooks m_hooks;
+    std::unique_ptr<NebraSecurityManager> m_manager;
 };
 
 } // namespace nebra

@@ -1,5 +1,6 @@
 #include "MainWindow.h"
 
+#include "Authorisation.h"
 #include "BrowserControl.h"
 #include "CommandDispatcher.h"
 #include "DataFolders.h"
@@ -7,6 +8,7 @@
 #include "FileListControl.h"
 #include "FolderTreeControl.h"
 #include "HelpSystem.h"
+#include "NebraSecurityManager.h"
 #include "PlateLayoutViewer.h"
 #include "PreviewPane.h"
 #include "Resources.h"
@@ -44,6 +46,8 @@ MainWindow::MainWindow(Options options)
     setObjectName(QStringLiteral("frmNMain"));
     setAccessibleName(QStringLiteral("Organiser"));
     setGeometry(DesignGeometry);
+    m_authorisation = std::make_unique<Authorisation>(
+        m_globals, [this] { return m_security ? m_security->NebraSecurityManagerObj() : nullptr; }, this);
     createControls();
     connectCommands();
     connect(m_singleInstance.get(), &SingleInstance::activationRequested, this, &MainWindow::showFromOtherInstance);
@@ -153,11 +157,28 @@ void MainWindow::connectCommands()
     ShellCommands::Register(*m_commands, this, Resources().LoadResString(Resources::ProductTitle));
     ShellCommands::ApplyMenuFont(*m_toolBars);
     ShellCommands::AddShortcutKeys(*m_toolBars);
+    m_commands->setCommand(QStringLiteral("ID_ChangePassword"), [this] {
+        if (m_security)
+            m_security->ChangePassword();
+    });
+    m_commands->setCommand(QStringLiteral("ID_LogOut"), [this] {
+        if (m_security)
+            m_security->LogOut();
+    });
+    connect(m_statusBar, &StatusBarControl::panelClick, this, [this](int panel) {
+        if (panel == SecuritySession::SessionPanel && m_security)
+            m_security->ShowSessionInformation();
+    });
 }
 
 void MainWindow::createSecuritySession()
 {
-    m_security = std::make_unique<SecuritySession>(m_globals, this, *m_toolBars, *m_statusBar);
+    auto factory = [this](QString* error) {
+        return NebraSecurityManager::create(*m_globals.store, m_options.securityManager, error);
+    };
+    SecuritySessionHooks hooks{[this] { UnloadAllExceptMain(); }, [this] { close(); }, m_options.endProcess};
+    m_security = std::make_unique<SecuritySession>(m_globals, this, *m_toolBars, *m_statusBar, *m_authorisation,
+                                                   factory, std::move(hooks));
 }
 
 void MainWindow::createDataFolders()

@@ -2,7 +2,9 @@
 
 #include "FileSystemObject.h"
 #include "Globals.h"
+#include "SecurityManagerOptions.h"
 
+#include <QCoreApplication>
 #include <QMainWindow>
 #include <QPointer>
 
@@ -13,6 +15,7 @@ class QSplitter;
 
 namespace nebra {
 
+class Authorisation;
 class BrowserControl;
 class CommandDispatcher;
 class DataFolders;
@@ -37,6 +40,11 @@ struct MainWindowOptions
     FileSystemObjectFactory fileSystemFactory = defaultFileSystemObjectFactory();
     // Name of the per-user single-instance socket.
     QString instanceName = QStringLiteral("NMain5");
+    // Ends the process after a forced log-out, once the windows are closed;
+    // tests record the call instead.
+    std::function<void()> endProcess = [] { QCoreApplication::exit(0); };
+    // The security manager's clock for its inactivity time-out; tests move it on.
+    SecurityManagerOptions securityManager;
 };
 
 // The Organiser's main window. Load() runs the start-up sequence; closing
@@ -81,6 +89,8 @@ public:
     WelcomePage* welcomePage() const { return m_welcome.get(); }
     CommandDispatcher& commands() const { return *m_commands; }
     SecuritySession* securitySession() const { return m_security.get(); }
+    // Permission checks and audit entries for the document operations.
+    Authorisation& authorisation() const { return *m_authorisation; }
     ShellNotifications& shellNotifications() const { return *m_notifications; }
     DataFolders* dataFolders() const { return m_dataFolders.get(); }
     SingleInstance& singleInstance() const { return *m_singleInstance; }
@@ -124,6 +134,7 @@ private:
     std::unique_ptr<DocumentLauncher> m_launcher;
     std::unique_ptr<WelcomePage> m_welcome;
     CommandDispatcher* m_commands = nullptr;
+    std::unique_ptr<Authorisation> m_authorisation;
     std::unique_ptr<SecuritySession> m_security;
     std::unique_ptr<ShellNotifications> m_notifications;
     std::unique_ptr<HelpSystem> m_help;

@@ -4,6 +4,7 @@
 #include "DiagnosticLog.h"
 #include "FolderTreeControl.h"
 #include "Messages.h"
+#include "NebraSecurityManager.h"
 #include "PaneSetup.h"
 #include "Resources.h"
 #include "SecuritySession.h"
@@ -142,7 +143,10 @@ bool StartUpSequence::startSecurity()
     m_window.createSecuritySession();
     if (m_window.securitySession()->StartSecuritySession() == SecuritySession::StartOutcome::EndProcess)
         return false;
-    if (m_globals.SecurityEnabled && !QFileInfo::exists(m_globals.paths->SecuredFolder())) {
+    if (!m_globals.SecurityEnabled)
+        return true;
+    m_globals.paths->SetSecurityManager(m_window.securitySession()->NebraSecurityManagerObj());
+    if (!QFileInfo::exists(m_globals.paths->SecuredFolder())) {
         m_globals.settings->BeginFolderUpdate();
         m_globals.paths->CreateSecuredFolder();
         m_globals.settings->EndFolderUpdate();

@@ -1,0 +1,153 @@
+#include "AuditChainHead.h"
+
+#include "SiteKey.h"
+
+#include <QDeadlineTimer>
+#include <QDir>
+#include <QFile>
+#include <QSaveFile>
+#include <QThread>
+#include <QtEndian>
+
+#include <sys/file.h>
+
+namespace nebra {
+
+namespace {
+const QByteArray Magic = QByteArrayLiteral("nebra-audit-head 1");
+
+QString shown(const QString& path)
+{
+    return QDir::toNativeSeparators(path);
+}
+
+// An exclusive lock on "<head>.lock", shared by every process that writes
+// the head. The kernel drops it when its holder ends, however it ends, so a
+// killed writer never leaves it stale. The file itself stays in place.
+class HeadLock
+{
+public:
+    explicit HeadLock(const QString& headPath) : m_file(headPath + QStringLiteral(".lock"))
+    {
+        if (!m_file.open(QIODevice::ReadWrite))
+            return;
+        const QDeadlineTimer deadline(10000);
+        while (!m_locked && !deadline.hasExpired()) {
+            m_locked = ::flock(m_file.handle(), LOCK_EX | LOCK_NB) == 0;
+            if (!m_locked)
+                QThread::msleep(2);
+        }
+    }
+    ~HeadLock()
+    {
+        if (m_locked)
+            ::flock(m_file.handle(), LOCK_UN);
+    }
+    HeadLock(const HeadLock&) = delete;
+    HeadLock& operator=(const HeadLock&) = delete;
+
+    bool isLocked() const { return m_locked; }
+
+private:
+    QFile m_file;
+    bool m_locked = false;
+};
+} // namespace
+
+AuditChainHead::AuditChainHead(QString path, const SiteKey& key, QByteArray databaseId)
+    : m_path(std::move(path)), m_key(key), m_databaseId(std::move(databaseId))
+{
+}
+
+QByteArray AuditChainHead::sealedMessage(const Record& record) const
+{
+    QByteArray message = QByteArrayLiteral("nebra-audit-head-v1") + m_databaseId;
+    char count[8];
+    qToBigEndian<qint64>(record.count, count);
+    message.append(count, sizeof count);
+    message.append(record.mac);
+    return message;
+}
+
+AuditChainHead::ReadStatus AuditChainHead::read(Record* record, QString* error) const
+{
+    QFile file(m_path);
+    if (!file.exists()) {
+        *error = QStringLiteral("The audit chain head file \"%1\" is missing.").arg(shown(m_path));
+        return ReadStatus::Missing;
+    }
+    if (!file.open(QIODevice::ReadOnly)) {
+        *error = QStringLiteral("The audit chain head file \"%1\" cannot be read (%2).")
+                     .arg(shown(m_path), file.errorString());
+        return ReadStatus::Invalid;
+    }
+    const QList<QByteArray> lines = file.read(1024).trimmed().split('\n');
+    Record r;
+    QByteArray sealed;
+    bool countOk = false;
+    if (lines.size() == 4 && lines[0].trimmed() == Magic) {
+        for (const QByteArray& line : lines.mid(1)) {
+            const QByteArray value = line.mid(line.indexOf('=') + 1).trimmed();
+            if (line.startsWith("count="))
+                r.count = value.toLongLong(&countOk);
+            else if (line.startsWith("mac="))
+                r.mac = QByteArray::fromHex(value);
+            else if (line.startsWith("seal="))
+                sealed = QByteArray::fromHex(value);
+        }
+    }
+    if (!countOk || r.count < 0 || !m_key.verify(sealed, sealedMessage(r))) {
+        *error =
+            QStringLiteral("The audit chain head file \"%1\" has been altered or does not belong to this "
+                           "database.")
+                .arg(shown(m_path));
+        return ReadStatus::Invalid;
+    }
+    *record = r;
+    return ReadStatus::Ok;
+}
+
+bool AuditChainHead::write(const Record& record, QString* error)
+{
+    QByteArray text = Magic + '\n';
+    text += "count=" + QByteArray::number(record.count) + '\n';
+    text += "mac=" + record.mac.toHex() + '\n';
+    text += "seal=" + m_key.mac(sealedMessage(record)).toHex() + '\n';
+    QSaveFile file(m_path);
+    if (file.open(QIODevice::WriteOnly) && file.write(text) == text.size() && file.commit())
+        return true;
+    *error = QStringLiteral("The audit chain head file \"%1\" cannot be written (%2).")
+                 .arg(shown(m_path), file.errorString());
+    return false;
+}
+
+bool AuditChainHead::advance(const Record& record, QString* error)
+{
+    const HeadLock lock(m_path);
+    if (!lock.isLocked()) {
+        *error = QStringLiteral("The audit chain head file \"%1\" is locked by another program.")
+                     .arg(shown(m_path));
+        return false;
+    }
+    // A head that is missing or altered is never replaced here: writing a
+    // fresh one would hide newest entries that were cut off.
+    Record current;
+    if (read(&current, error) != ReadStatus::Ok)
+        return false;
+    if (current.count >= record.count)
+        return true; // another writer got further already
+    return write(record, error);
+}
+
+bool AuditChainHead::reset(const Record& record, QString* error)
+{
+    const HeadLock lock(m_path);
+    if (!lock.isLocked()) {
+        *error = QStringLiteral("The audit chain head file \"%1\" is locked by another program.")
+                     .arg(shown(m_path));
+        return false;
+    }
+    return write(record, error);
+}
+
+} // namespace nebra

@@ -1,0 +1,72 @@
+#include "IdleTimer.h"
+
+#include <QElapsedTimer>
+
+namespace nebra {
+
+IdleTimer::Clock IdleTimer::monotonicClock()
+{
+    return [] {
+        static QElapsedTimer origin = [] {
+            QElapsedTimer t;
+            t.start();
+            return t;
+        }();
+        return origin.elapsed();
+    };
+}
+
+IdleTimer::IdleTimer(Clock clock, int pollIntervalMs, QObject* parent)
+    : QObject(parent), m_clock(clock ? std::move(clock) : monotonicClock()),
+      m_pollIntervalMs(qMax(0, pollIntervalMs))
+{
+    m_timer.setSingleShot(true);
+    m_timer.setTimerType(Qt::CoarseTimer);
+    connect(&m_timer, &QTimer::timeout, this, &IdleTimer::check);
+}
+
+void IdleTimer::start(qint64 periodMs)
+{
+    m_periodMs = qMax<qint64>(1, periodMs);
+    m_active = true;
+    m_startedAt = m_clock();
+    arm();
+}
+
+void IdleTimer::reset()
+{
+    if (!m_active)
+        return;
+    m_startedAt = m_clock();
+    arm();
+}
+
+void IdleTimer::stop()
+{
+    m_active = false;
+    m_timer.stop();
+}
+
+qint64 IdleTimer::remainingMs() const
+{
+    return m_active ? qMax<qint64>(0, m_periodMs - (m_clock() - m_startedAt)) : 0;
+}
+
+void IdleTimer::arm()
+{
+    m_timer.start(int(qMin<qint64>(remainingMs(), m_pollIntervalMs)));
+}
+
+void IdleTimer::check()
+{
+    if (!m_active)
+        return;
+    if (remainingMs() > 0) {
+        arm();
+        return;
+    }
+    stop();
+    Q_EMIT expired();
+}
+
+} // namespace nebra

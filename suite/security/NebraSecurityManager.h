@@ -1,0 +1,96 @@
+#pragma once
+
+#include "Authenticator.h"
+#include "IdleTimer.h"
+#include "Messages.h"
+#include "SecurityManagerOptions.h"
+#include "UserStore.h"
+
+#include <QObject>
+#include <QString>
+
+#include <memory>
+#include <optional>
+
+class QWidget;
+
+namespace nebra {
+
+class SecretBytes;
+class SecurityStore;
+class SettingsStore;
+
+// The suite's security manager: one session of one user at a time. It logs
+// the user in with its own dialog, answers whether the user may perform an
+// operation (area, operation), records audit entries, restarts the
+// inactivity time-out on ResetTimeOut, and ends the session on log-out or
+// when the time-out passes, raising UserLoggedOut (reason 0 time-out,
+// 1 log-out). Log-ins, refusals, lockouts, log-outs, time-outs and password
+// changes are recorded in the audit trail by the manager itself (area
+// "Security").
+//
+// Its dialogs run through Dialogs::exec and its messages through Messages,
+// parented to the owner window given.
+class NebraSecurityManager : public QObject
+{
+    Q_OBJECT
+public:
+    enum LogOutReason
+    {
+        TimedOut = 0,
+        LoggedOut = 1
+    };
+    static constexpr int MaxLogInAttempts = 3; // per LogIn call
+
+    ~NebraSecurityManager() override;
+
+    // Opens the security database that the "[Security]" settings name. Null,
+    // with *error set to a sentence for the administrator, when it cannot be
+    // opened or is not a security database, or its site key or chain head is
+    // missing or does not belong to it.
+    static std::unique_ptr<NebraSecurityManager>
+    create(const SettingsStore& settings, const SecurityManagerOptions& options, QString* error);
+
+    // Ends the session without raising UserLoggedOut (the program is closing).
+    void CloseSession();
+    QString AuthenticationLibrary() const;
+    // Shows the log-in dialog (again after a refusal, up to MaxLogInAttempts
+    // times); true once a user is logged in. Cancel answers false.
+    bool LogIn(QWidget* owner);
+    bool PasswordChangeAllowed() const;
+    // Committed to the disk before it returns; a failure is reported in a message box.
+    void AddAuditTrailEntry(const QString& area, const QString& text);
+    // Ends the session and raises UserLoggedOut with reason 1.
+    void SessionLogOut();
+    QString UserName() const;
+    // The user's full name, or "Local user" when none is recorded.
+    QString UserDetail() const;
+    void SessionChangePassword(QWidget* owner);
+    // False without a session and for a disabled or locked account.
+    bool IsOperationAllowed(const QString& area, const QString& operation) const;
+    void ResetTimeOut();
+
+Q_SIGNALS:
+    void UserLoggedOut(const QString& userName, int reason);
+
+private:
+    NebraSecurityManager(std::unique_ptr<SecurityStore> store, const SecurityManagerOptions& options);
+
+    bool beginSession(QWidget* owner, const UserRecord& user, const SecretBytes& password);
+    void endSession(const QString& auditText);
+    void timeOut();
+    bool changePassword(QWidget* owner, const QString& userName, const SecretBytes* provenCurrent);
+    QString problemWithChange(const QString& userName, const SecretBytes& current, const SecretBytes& fresh,
+                              const SecretBytes& confirmation) const;
+    bool storeNewPassword(const QString& userName, const SecretBytes& fresh, QString* error);
+    void record(const QString& userName, const QString& text);
+    void tell(QWidget* owner, const QString& text, MessageIcon icon) const;
+
+    std::unique_ptr<SecurityStore> m_store;
+    Authenticator m_authenticator;
+    IdleTimer m_idle;
+    std::optional<UserRecord> m_user;
+    QString m_lastUserName;
+};
+
+} // namespace nebra

@@ -1,0 +1,82 @@
+#pragma once
+
+#include <QByteArray>
+#include <QSqlQuery>
+#include <QString>
+#include <QVariantList>
+
+#include <functional>
+#include <memory>
+
+namespace nebra {
+
+// One connection to a security database: an SQLite file (through Qt Sql)
+// marked with the suite's application id, in WAL journal mode with
+// synchronous FULL, so that a committed transaction is on the disk before
+// the call that committed it returns. The tables:
+//
+//   meta(key, value)                    schema version, database id, key check
+//   users(...)                          one row per user, with password hash and lockout state
+//   roles(id, name)                     named sets of rights
+//   user_rights / role_rights           rights (area, operation), "*" matching any
+//   user_roles(user_id, role_id)
+//   audit_trail(seq, utc, user_name, workstation, area, text, mac)
+//
+// The audit table refuses UPDATE and DELETE through triggers.
+//
+// WAL needs every connection to run on the one machine that holds the file
+// (it shares memory between them); see docs/configuration.md.
+class SecurityDatabase
+{
+public:
+    static constexpr int ApplicationId = 0x4E425345; // "NBSE"
+    static constexpr int SchemaVersion = 1;
+
+    ~SecurityDatabase();
+    SecurityDatabase(const SecurityDatabase&) = delete;
+    SecurityDatabase& operator=(const SecurityDatabase&) = delete;
+
+    // Opens an existing security database for reading and writing. Null, with
+    // *error set to a sentence for the user, when the file is missing,
+    // read-only, truncated, not SQLite, damaged or not a security database.
+    static std::unique_ptr<SecurityDatabase> open(const QString& path, QString* error);
+
+    // Makes a new, empty security database. Refuses when the file exists; a
+    // failure leaves no file behind.
+    static std::unique_ptr<SecurityDatabase> create(const QString& path, QString* error);
+
+    QString path() const { return m_path; }
+    // Random identity given at creation; binds the audit chain to this file.
+    QByteArray databaseId() const { return m_databaseId; }
+
+    QString metaValue(const QString& key) const;
+    bool setMetaValue(const QString& key, const QString& value, QString* error);
+
+    // Prepares and runs one statement with positional values ("?").
+    bool exec(QSqlQuery& query, const QString& sql, const QVariantList& values, QString* error) const;
+    QSqlQuery newQuery() const;
+
+    // Runs work between BEGIN IMMEDIATE and COMMIT. The write lock is taken
+    // first, so writers on the same file wait for each other (up to the busy
+    // time-out) instead of failing half-way. Rolls back when work returns
+    // false or the commit fails.
+    bool writeTransaction(const std::function<bool(QString*)>& work, QString* error);
+    // Runs work inside one read transaction: everything it reads is one snapshot.
+    bool readTransaction(const std::function<bool(QString*)>& work, QString* error) const;
+
+private:
+    explicit SecurityDatabase(QString path);
+
+    bool connect(QString* error);
+    bool applyPragmas(QString* error);
+    bool createSchema(QString* error);
+    bool checkIdentity(QString* error);
+    bool checkReadableAndWritable(QString* error);
+    QString describe(const QString& what) const;
+
+    QString m_path;
+    QString m_connectionName;
+    QByteArray m_databaseId;
+};
+
+} // namespace nebra

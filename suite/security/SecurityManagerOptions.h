@@ -1,0 +1,14 @@
+#pragma once
+
+#include "IdleTimer.h"
+
+namespace nebra {
+
+// How a security manager measures its inactivity time-out.
+struct SecurityManagerOptions
+{
+    IdleTimer::Clock clock;    // empty: the monotonic clock
+    int pollIntervalMs = 1000; // see IdleTimer
+};
+
+} // namespace nebra

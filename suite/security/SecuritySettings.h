@@ -1,0 +1,52 @@
+#pragma once
+
+#include <QString>
+
+namespace nebra {
+
+class SettingsStore;
+
+// Cost of the Argon2id password hash. Never below OWASP's minimum for
+// Argon2id: 19 MiB of memory and 2 passes.
+struct PasswordHashCost
+{
+    static constexpr int MinimumMemoryMiB = 19;
+    static constexpr int MinimumPasses = 2;
+
+    int memoryMiB = MinimumMemoryMiB;
+    int passes = MinimumPasses;
+};
+
+// The "[Security]" group of the suite's settings file: where the security
+// database and its companion files are, and the site's policy. Values that
+// cannot be parsed, or that lie outside their range, read as the default
+// (the hash cost is raised to its minimum instead).
+struct SecuritySettings
+{
+    static constexpr const char* ServiceLibrary =
+        "WindowsServiceAuthenticationLibrary.WindowsServiceXmlAuthentication";
+    static constexpr const char* GroupLibrary =
+        "WindowsGroupAuthenticationLibrary.WindowsGroupAuthentication";
+
+    static constexpr int DefaultTimeOutMinutes = 15;
+    static constexpr int DefaultLockoutThreshold = 5;
+    static constexpr int DefaultPasswordMinimumLength = 8;
+
+    QString databasePath;  // DatabasePath
+    QString siteKeyFile;   // SiteKeyFile: the audit trail's key, outside the database
+    QString chainHeadFile; // ChainHeadFile: newest audit entry and count, outside the database
+    int timeOutMinutes = DefaultTimeOutMinutes;
+    int lockoutThreshold = DefaultLockoutThreshold;
+    int passwordMinimumLength = DefaultPasswordMinimumLength;
+    QString authenticationLibrary = QLatin1String(ServiceLibrary);
+    PasswordHashCost hashCost;
+
+    // Reads the group. A non-empty databaseOverride replaces DatabasePath, and
+    // the key and head files then default to lie beside it.
+    static SecuritySettings fromStore(const SettingsStore& store, const QString& databaseOverride = {});
+
+    // The per-user default database: "$XDG_DATA_HOME/Nebra/Security.db".
+    static QString defaultDatabasePath();
+};
+
+} // namespace nebra

@@ -1,0 +1,87 @@
+#include "SecurityStore.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+namespace nebra {
+
+namespace {
+const QString KeyCheckName = QStringLiteral("site_key_check");
+const QByteArray KeyCheckMessage = QByteArrayLiteral("nebra-site-key-check-v1");
+} // namespace
+
+SecurityStore::SecurityStore(const SecuritySettings& settings, std::unique_ptr<SecurityDatabase> database,
+                             SiteKey key)
+    : m_settings(settings), m_database(std::move(database)), m_key(std::move(key)),
+      m_audit(*m_database, m_key, settings.chainHeadFile), m_users(*m_database), m_hasher(settings.hashCost),
+      m_policy(settings.passwordMinimumLength)
+{
+}
+
+SecurityStore::~SecurityStore() = default;
+
+bool SecurityStore::checkKey(SecurityDatabase& database, const SiteKey& key, const QString& keyPath,
+                             QString* error)
+{
+    if (key.verify(QByteArray::fromHex(database.metaValue(KeyCheckName).toLatin1()),
+                   KeyCheckMessage + database.databaseId()))
+        return true;
+    *error = QStringLiteral("The site key file \"%1\" does not belong to the security database \"%2\".")
+                 .arg(QDir::toNativeSeparators(keyPath), QDir::toNativeSeparators(database.path()));
+    return false;
+}
+
+std::unique_ptr<SecurityStore> SecurityStore::open(const SecuritySettings& settings, QString* error,
+                                                   HeadCheck headCheck)
+{
+    std::unique_ptr<SecurityDatabase> database = SecurityDatabase::open(settings.databasePath, error);
+    if (!database)
+        return nullptr;
+    std::optional<SiteKey> key = SiteKey::load(settings.siteKeyFile, error);
+    if (!key || !checkKey(*database, *key, settings.siteKeyFile, error))
+        return nullptr;
+    std::unique_ptr<SecurityStore> store(new SecurityStore(settings, std::move(database), std::move(*key)));
+    if (headCheck == HeadCheck::Required && !store->m_audit.checkHead(error))
+        return nullptr;
+    return store;
+}
+
+std::unique_ptr<SecurityStore> SecurityStore::create(const SecuritySettings& settings, const QString& actor,
+                                                     QString* error)
+{
+    if (QFileInfo::exists(settings.databasePath)) {
+        *error = QStringLiteral("The security database \"%1\" already exists; it has not been changed.")
+                     .arg(QDir::toNativeSeparators(settings.databasePath));
+        return nullptr;
+    }
+    if (!QFileInfo::exists(settings.siteKeyFile) && !SiteKey::create(settings.siteKeyFile, error))
+        return nullptr;
+    std::optional<SiteKey> key = SiteKey::load(settings.siteKeyFile, error);
+    if (!key)
+        return nullptr;
+    std::unique_ptr<SecurityDatabase> database = SecurityDatabase::create(settings.databasePath, error);
+    if (!database)
+        return nullptr;
+    const QString check = QString::fromLatin1(key->mac(KeyCheckMessage + database->databaseId()).toHex());
+    std::unique_ptr<SecurityStore> store;
+    if (database->setMetaValue(KeyCheckName, check, error)) {
+        store.reset(new SecurityStore(settings, std::move(database), std::move(*key)));
+        if (store->m_audit.initialiseHead(error)) {
+            const AuditAppendResult first = store->m_audit.append(
+                actor, QStringLiteral("Administration"), QStringLiteral("Security database created"));
+            if (first.error.isEmpty())
+                return store;
+            *error = first.error;
+        }
+    }
+    // Half a database would be refused at every later opening: leave none.
+    store.reset();
+    database.reset();
+    for (const char* suffix : {"", "-wal", "-shm"})
+        QFile::remove(settings.databasePath + QLatin1String(suffix));
+    QFile::remove(settings.chainHeadFile);
+    return nullptr;
+}
+
+} // namespace nebra

@@ -1,0 +1,65 @@
+#pragma once
+
+#include "AuditTrail.h"
+#include "PasswordHasher.h"
+#include "PasswordPolicy.h"
+#include "SecurityDatabase.h"
+#include "SecuritySettings.h"
+#include "SiteKey.h"
+#include "UserStore.h"
+
+#include <memory>
+
+namespace nebra {
+
+// Everything a security manager or the administration tool works on, opened
+// together from the "[Security]" settings: the database, the site key (which
+// must be the one the database was made with), the audit trail with its
+// chain head, the users, the password hasher and the password policy.
+class SecurityStore
+{
+public:
+    ~SecurityStore();
+
+    enum class HeadCheck
+    {
+        Required,
+        Skipped
+    };
+
+    // Null, with *error set to a sentence for the user, when any part is
+    // missing or unusable, or (unless skipped, for the administrator's
+    // inquiries) the chain head is missing or altered.
+    static std::unique_ptr<SecurityStore> open(const SecuritySettings& settings, QString* error,
+                                               HeadCheck headCheck = HeadCheck::Required);
+
+    // Makes a new database and its chain head; makes the site key file too
+    // unless the site already has one (which is then used). Records the
+    // creation as the first audit entry, by actor.
+    static std::unique_ptr<SecurityStore> create(const SecuritySettings& settings, const QString& actor,
+                                                 QString* error);
+
+    const SecuritySettings& settings() const { return m_settings; }
+    SecurityDatabase& database() { return *m_database; }
+    const SiteKey& key() const { return m_key; }
+    AuditTrail& audit() { return m_audit; }
+    UserStore& users() { return m_users; }
+    const PasswordHasher& hasher() const { return m_hasher; }
+    const PasswordPolicy& policy() const { return m_policy; }
+
+private:
+    SecurityStore(const SecuritySettings& settings, std::unique_ptr<SecurityDatabase> database, SiteKey key);
+
+    static bool checkKey(SecurityDatabase& database, const SiteKey& key, const QString& keyPath,
+                         QString* error);
+
+    SecuritySettings m_settings;
+    std::unique_ptr<SecurityDatabase> m_database;
+    SiteKey m_key;
+    AuditTrail m_audit;
+    UserStore m_users;
+    PasswordHasher m_hasher;
+    PasswordPolicy m_policy;
+};
+
+} // namespace nebra

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QString>
+
+class QIODevice;
+
+namespace nebra {
+
+class AuditTrail;
+
+// The audit trail written out for people and for spreadsheets.
+class AuditReport
+{
+public:
+    // One line per entry: sequence, time (UTC), user, workstation, area, text, tab-separated.
+    static bool print(const AuditTrail& trail, QIODevice& out, QString* error);
+
+    // RFC 4180 CSV with a header row, fields quoted where needed, including
+    // the MAC in hexadecimal. path "-" writes to out; a file is replaced
+    // atomically, so a failed export leaves no half-written file.
+    static bool exportCsv(const AuditTrail& trail, const QString& path, QIODevice& out, QString* error);
+
+    static QString csvField(const QString& value);
+};
+
+} // namespace nebra

@@ -1,0 +1,111 @@
+#pragma once
+
+#include "SecretBytes.h"
+#include "SecurityAdministration.h"
+#include "SecurityStore.h"
+#include "SettingsStore.h"
+
+#include <QDir>
+#include <QSqlDatabase>
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QTest>
+#include <QUuid>
+
+#include <memory>
+
+namespace nebra::test {
+
+// A security database with its site key and chain head in a folder of the
+// test, made through the real administration code, and the "[Security]"
+// settings that name it.
+class SecurityFixture
+{
+public:
+    explicit SecurityFixture(const QString& folder)
+    {
+        QDir().mkpath(folder);
+        m_settings.databasePath = folder + QStringLiteral("/Security.db");
+        m_settings.siteKeyFile = folder + QStringLiteral("/Security.key");
+        m_settings.chainHeadFile = folder + QStringLiteral("/Security.head");
+    }
+
+    SecuritySettings& settings() { return m_settings; }
+
+    // Creates the database; fails the test when it cannot.
+    void create()
+    {
+        QString error;
+        const std::unique_ptr<SecurityStore> store =
+            SecurityStore::create(m_settings, QStringLiteral("tester"), &error);
+        if (!store)
+            qFatal("Cannot create the security database: %s", qPrintable(error));
+    }
+
+    std::unique_ptr<SecurityStore>
+    open(SecurityStore::HeadCheck check = SecurityStore::HeadCheck::Required) const
+    {
+        QString error;
+        std::unique_ptr<SecurityStore> store = SecurityStore::open(m_settings, &error, check);
+        if (!store)
+            qWarning("Cannot open the security database: %s", qPrintable(error));
+        return store;
+    }
+
+    // Adds a user with a password and rights "area/operation".
+    void addUser(const QString& name, const QString& password, const QString& fullName = {},
+                 const QStringList& rights = {})
+    {
+        const std::unique_ptr<SecurityStore> store = open();
+        SecurityAdministration admin(*store, QStringLiteral("tester"));
+        QString error;
+        bool ok = admin.addUser(name, fullName, SecretBytes(password.toUtf8()), &error);
+        for (const QString& right : rights)
+            ok = ok && admin.grant(
+                           name, {right.section(QLatin1Char('/'), 0, 0), right.section(QLatin1Char('/'), 1)},
+                           &error);
+        if (!ok)
+            qFatal("Cannot add the user %s: %s", qPrintable(name), qPrintable(error));
+    }
+
+    // Writes the "[Security]" group that names this database.
+    void writeSettings(SettingsStore& store) const
+    {
+        store.setValue(QStringLiteral("Security/DatabasePath"), m_settings.databasePath);
+        store.setValue(QStringLiteral("Security/SiteKeyFile"), m_settings.siteKeyFile);
+        store.setValue(QStringLiteral("Security/ChainHeadFile"), m_settings.chainHeadFile);
+    }
+
+    // Runs statements on the database file through a connection of its own,
+    // as someone editing the file behind the suite's back would.
+    void tamper(const QStringList& statements) const
+    {
+        const QString name = QUuid::createUuid().toString();
+        {
+            QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
+            db.setDatabaseName(m_settings.databasePath);
+            QVERIFY(db.open());
+            QSqlQuery q(db);
+            for (const QString& statement : statements)
+                if (!q.exec(statement))
+                    qFatal("Tampering failed: %s: %s", qPrintable(statement),
+                           qPrintable(q.lastError().text()));
+        }
+        QSqlDatabase::removeDatabase(name);
+    }
+
+    QStringList auditTexts() const
+    {
+        const std::unique_ptr<SecurityStore> store = open(SecurityStore::HeadCheck::Skipped);
+        QStringList texts;
+        QString error;
+        for (const AuditEntry& entry : store->audit().entries(&error))
+            texts.append(entry.text);
+        return texts;
+    }
+
+private:
+    SecuritySettings m_settings;
+};
+
+} // namespace nebra::test
