@@ -119,8 +119,10 @@ void MainWindow::createPreviewAndLaunching()
 {
     m_preview = new PreviewPane(*m_browser, *m_plateViewer, *m_globals.paths, {}, this);
     LaunchContext launching;
-    // Until the authorisation layer is connected, a secured session allows no document operation.
-    launching.canPerform = [this](const QString&) { return !m_globals.SecurityEnabled; };
+    launching.canPerform = [this](const QString& operation) {
+        return m_authorisation->CanPerformGeneralOperation(operation);
+    };
+    launching.audit = [this](const QString& entry) { m_authorisation->AddAuditTrailEntryOperationGeneral(entry); };
     launching.securityEnabled = [this] { return m_globals.SecurityEnabled; };
     launching.owner = this;
     m_launcher = std::make_unique<DocumentLauncher>(*m_globals.paths, std::move(launching));
