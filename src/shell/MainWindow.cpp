@@ -3,9 +3,12 @@
 #include "BrowserControl.h"
 #include "CommandDispatcher.h"
 #include "DataFolders.h"
+#include "DocumentCommands.h"
 #include "FileListControl.h"
+#include "FileView.h"
 #include "FolderTreeControl.h"
 #include "HelpSystem.h"
+#include "OrganiserTree.h"
 #include "PlateLayoutViewer.h"
 #include "RuntimeErrors.h"
 #include "SecuritySession.h"
@@ -19,6 +22,7 @@
 #include "SuiteSettings.h"
 #include "ToolBarsControl.h"
 #include "ToolDefinitions.h"
+#include "TreeNavigation.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -40,6 +44,7 @@ MainWindow::MainWindow(Options options)
     setAccessibleName(QStringLiteral("Organiser"));
     setGeometry(DesignGeometry);
     createControls();
+    createOrganiser();
     connectCommands();
     connect(m_singleInstance.get(), &SingleInstance::activationRequested, this, &MainWindow::showFromOtherInstance);
 }
@@ -102,14 +107,46 @@ void MainWindow::createBrowser()
     m_plateViewer->raise();
 }
 
+void MainWindow::resetLogOutTimeOut()
+{
+    if (m_security)
+        m_security->ResetLogOutTimeOutTimer();
+}
+
 void MainWindow::connectCommands()
 {
-    m_commands = new CommandDispatcher([this] {
-        if (m_security)
-            m_security->ResetLogOutTimeOutTimer();
-    }, this);
+    m_commands = new CommandDispatcher([this] { resetLogOutTimeOut(); }, this);
     connect(m_toolBars, &ToolBarsControl::toolClick, m_commands, &CommandDispatcher::ToolClick);
     m_commands->setCommand(QStringLiteral("ID_Exit"), [this] { close(); });
+    m_commands->setCommand(QStringLiteral("ID_New"), [this] { PerformDocumentCommand(605); });
+    m_commands->setCommand(QStringLiteral("ID_Open"), [this] { PerformDocumentCommand(606); });
+    m_commands->setCommand(QStringLiteral("ID_Run"), [this] { PerformDocumentCommand(607); });
+}
+
+// The folder tree, the file list's logic and the document commands, and
+// the events that tie them to the controls.
+void MainWindow::createOrganiser()
+{
+    m_organiserTree = std::make_unique<OrganiserTree>(*m_folderTree, *m_fileList, *m_shortcutsBar, m_globals);
+    m_treeNavigation = std::make_unique<TreeNavigation>(*m_folderTree, *m_organiserTree);
+    m_fileView = std::make_unique<FileView>(*m_folderTree, *m_fileList, *m_toolBars, m_globals,
+                                            [this] { resetLogOutTimeOut(); });
+    m_documentCommands = std::make_unique<DocumentCommands>(*m_folderTree, [this] { resetLogOutTimeOut(); });
+    connect(m_folderTree, &FolderTreeControl::currentNodeChanged, this,
+            [this](const FolderNode& node, int state) { m_treeNavigation->OnCurrentNodeChanged(node, state); });
+    m_fileView->connectEvents();
+    connect(m_folderTree, &FolderTreeControl::buttonClicked, this, &MainWindow::PerformDocumentCommand);
+    connect(m_fileView.get(), &FileView::folderAppeared, this,
+            [this](const QString& path) { m_organiserTree->AddExplorerBranch(path); });
+    connect(m_fileView.get(), &FileView::folderVanished, this,
+            [this](const QString& path) { m_organiserTree->RemoveExplorerBranch(path); });
+    connect(m_shortcutsBar, &ShortcutsBar::itemClicked, this,
+            [this](const QString& key) { m_folderTree->setCurrentNode(m_organiserTree->nodeForKind(key.toInt())); });
+}
+
+void MainWindow::PerformDocumentCommand(int command)
+{
+    m_documentCommands->PerformDocumentCommand(command);
 }
 
 void MainWindow::createSecuritySession()
