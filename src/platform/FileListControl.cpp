@@ -40,6 +40,7 @@ class FileListView : public QTreeView
 public:
     using QTreeView::QTreeView;
     std::function<void(const QModelIndex&)> beforeUserSelection;
+    bool isEditing() const { return state() == EditingState; }
 
 protected:
     QItemSelectionModel::SelectionFlags selectionCommand(const QModelIndex& index,
@@ -200,6 +201,10 @@ void FileListControl::list()
 
 void FileListControl::refresh()
 {
+    if (static_cast<FileListView*>(m_view)->isEditing()) {
+        m_refreshTimer->start(); // a new listing would take the name being typed away
+        return;
+    }
     if (m_dirty || m_folder.isEmpty()) {
         ensureListed();
         return;

@@ -51,6 +51,9 @@ MainWindow::MainWindow(Options options)
 
 MainWindow::~MainWindow()
 {
+    // The panes outlive the objects that handle their events.
+    m_folderTree->disconnect(this);
+    m_shortcutsBar->disconnect(this);
     if (m_splash)
         m_splash->close();
 }

@@ -122,6 +122,8 @@ private Q_SLOTS:
         QTest::newRow("dot dot") << ".."
                                  << "reserved";
         QTest::newRow("too long") << QString(300, QLatin1Char('x')) << "too long";
+        QTest::newRow("file gone meanwhile") << "x.apr"
+                                             << "No such file or directory";
     }
 
     void renameRefusesWhatTheFileSystemCannotTake()
@@ -130,11 +132,15 @@ private Q_SLOTS:
         QFETCH(QString, message);
         Listing listing;
         MessageRecorder messages;
-        QVERIFY(!listing.list.renameItem(listing.named(QStringLiteral("old.apr")), newName));
+        const FileListItem item = listing.named(QStringLiteral("old.apr"));
+        const bool gone = QTest::currentDataTag() == QLatin1String("file gone meanwhile");
+        if (gone)
+            QFile::remove(item.path());
+        QVERIFY(!listing.list.renameItem(item, newName));
         QCOMPARE(messages.count(), 1);
         QVERIFY2(messages.last().text.contains(message), qPrintable(messages.last().text));
-        QVERIFY(QFile::exists(listing.dir.filePath(QStringLiteral("old.apr"))));
-        QCOMPARE(QDir(listing.dir.path()).entryList(QDir::Files).size(), 3);
+        QCOMPARE(QFile::exists(listing.dir.filePath(QStringLiteral("old.apr"))), !gone);
+        QCOMPARE(QDir(listing.dir.path()).entryList(QDir::Files).size(), gone ? 2 : 3);
     }
 
     void aCancelledRenameChangesNothing()
