@@ -64,9 +64,7 @@ size_t rawListing(const std::string& folder)
         const size_t length = std::strlen(entry->d_name);
         if (length < 4 || ::strcasecmp(entry->d_name + length - 4, ".apr") != 0)
             continue;
-        struct stat st
-        {
-        };
+        struct stat st = {};
         if (::fstatat(fd, entry->d_name, &st, 0) == 0)
             entries.push_back({entry->d_name, st.st_mtim});
     }

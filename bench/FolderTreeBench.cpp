@@ -62,9 +62,7 @@ int rawScan(const std::string& path)
             continue;
         bool folder = entry->d_type == DT_DIR;
         if (entry->d_type == DT_UNKNOWN) {
-            struct stat st
-            {
-            };
+            struct stat st = {};
             folder = ::lstat((path + '/' + entry->d_name).c_str(), &st) == 0 && S_ISDIR(st.st_mode);
         }
         if (folder)

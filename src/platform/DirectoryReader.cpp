@@ -50,14 +50,32 @@ DirectoryReader::FolderId idOf(const struct stat& st)
     return {quint64(st.st_dev), quint64(st.st_ino)};
 }
 
+// Keeps the entry when it is a folder or a link that leads to one (a broken
+// or looping link does not).
+void addIfFolder(int fd, const dirent* entry, std::vector<DirectoryReader::Subfolder>& folders)
+{
+    unsigned char type = entry->d_type;
+    struct stat st = {};
+    if (type == DT_UNKNOWN) {
+        if (::fstatat(fd, entry->d_name, &st, AT_SYMLINK_NOFOLLOW) != 0)
+            return; // vanished while we looked
+        type = S_ISDIR(st.st_mode) ? DT_DIR : S_ISLNK(st.st_mode) ? DT_LNK : DT_REG;
+    }
+    if (type == DT_DIR) {
+        const QByteArray raw(entry->d_name);
+        folders.push_back({raw, QString::fromUtf8(raw), false, {}});
+    } else if (type == DT_LNK && ::fstatat(fd, entry->d_name, &st, 0) == 0 && S_ISDIR(st.st_mode)) {
+        const QByteArray raw(entry->d_name);
+        folders.push_back({raw, QString::fromUtf8(raw), true, idOf(st)});
+    }
+}
+
 } // namespace
 
 DirectoryReader::SubfolderListing DirectoryReader::subfolders(const QByteArray& path)
 {
     SubfolderListing listing;
-    struct stat self
-    {
-    };
+    struct stat self = {};
     DIR* dir = openFolder(path, listing.error, &self);
     if (!dir)
         return listing;
@@ -65,27 +83,8 @@ DirectoryReader::SubfolderListing DirectoryReader::subfolders(const QByteArray& 
     const int fd = ::dirfd(dir);
     errno = 0;
     while (const dirent* entry = ::readdir(dir)) {
-        if (isDotOrDotDot(entry->d_name))
-            continue;
-        unsigned char type = entry->d_type;
-        struct stat st
-        {
-        };
-        if (type == DT_UNKNOWN) {
-            if (::fstatat(fd, entry->d_name, &st, AT_SYMLINK_NOFOLLOW) != 0)
-                continue; // vanished while we looked
-            type = S_ISDIR(st.st_mode) ? DT_DIR : S_ISLNK(st.st_mode) ? DT_LNK : DT_REG;
-        }
-        if (type == DT_DIR) {
-            const QByteArray raw(entry->d_name);
-            listing.folders.push_back({raw, QString::fromUtf8(raw), false, {}});
-        } else if (type == DT_LNK) {
-            // A link counts when it leads to a folder; a broken or looping link does not.
-            if (::fstatat(fd, entry->d_name, &st, 0) == 0 && S_ISDIR(st.st_mode)) {
-                const QByteArray raw(entry->d_name);
-                listing.folders.push_back({raw, QString::fromUtf8(raw), true, idOf(st)});
-            }
-        }
+        if (!isDotOrDotDot(entry->d_name))
+            addIfFolder(fd, entry, listing.folders);
         errno = 0;
     }
     if (errno != 0)
@@ -116,9 +115,7 @@ DirectoryReader::FileListing DirectoryReader::files(const QByteArray& folder, co
         if (type != DT_DIR && type != DT_LNK && type != DT_UNKNOWN &&
             !filter.matches(name, std::strlen(name)))
             continue;
-        struct stat st
-        {
-        };
+        struct stat st = {};
         if (::fstatat(fd, name, &st, 0) != 0 && ::fstatat(fd, name, &st, AT_SYMLINK_NOFOLLOW) != 0)
             continue; // vanished while we looked
         const bool isFolder = S_ISDIR(st.st_mode);

@@ -1,6 +1,7 @@
 #include "FileListControl.h"
 
 #include "FileListModel.h"
+#include "FileOperations.h"
 #include "Messages.h"
 
 #include <QAction>
@@ -20,19 +21,13 @@
 #include <QUrl>
 #include <QVBoxLayout>
 
-#include <cerrno>
-#include <cstdio>
 #include <cstring>
-
-#include <fcntl.h>
-#include <unistd.h>
 
 namespace nebra {
 
 namespace {
 
 constexpr int RefreshDelayMs = 250;
-constexpr int NameMax = 255; // bytes in one file name on the usual Linux file systems
 
 // Tells its owner about a selection change the user is about to make.
 class FileListView : public QTreeView
@@ -70,26 +65,6 @@ protected:
     }
 };
 
-// Renames without ever replacing an existing entry; 0 or the errno value.
-int renameNoReplace(const QString& from, const QString& to)
-{
-    const QByteArray oldPath = QFile::encodeName(from);
-    const QByteArray newPath = QFile::encodeName(to);
-    if (::renameat2(AT_FDCWD, oldPath.constData(), AT_FDCWD, newPath.constData(), RENAME_NOREPLACE) == 0)
-        return 0;
-    if (errno != EINVAL && errno != ENOSYS)
-        return errno;
-    // A file system without RENAME_NOREPLACE: check, then rename.
-    if (::access(newPath.constData(), F_OK) == 0)
-        return EEXIST;
-    return ::rename(oldPath.constData(), newPath.constData()) == 0 ? 0 : errno;
-}
-
-QString errorText(int error)
-{
-    return QString::fromLocal8Bit(std::strerror(error));
-}
-
 } // namespace
 
 FileListControl::FileListControl(QWidget* parent)
@@ -106,27 +81,14 @@ FileListControl::FileListControl(QWidget* parent)
     m_state->setAccessibleName(QStringLiteral("File list state"));
     m_state->hide();
 
-    m_view->setModel(m_model);
-    m_view->setRootIsDecorated(false);
-    m_view->setUniformRowHeights(true);
-    m_view->setSelectionMode(QAbstractItemView::ExtendedSelection);
-    m_view->setSelectionBehavior(QAbstractItemView::SelectRows);
-    m_view->setEditTriggers(QAbstractItemView::EditKeyPressed | QAbstractItemView::SelectedClicked);
-    m_view->setAllColumnsShowFocus(true);
-    m_view->setItemDelegate(new FileItemDelegate(m_view));
-    m_view->setAccessibleName(QStringLiteral("File list"));
-    static_cast<FileListView*>(m_view)->beforeUserSelection = [this](const QModelIndex& index) {
-        if (!m_quiet)
-            Q_EMIT beforeSelectionChange(index.isValid() ? itemAtRow(index.row()) : FileListItem());
-    };
-    QHeaderView* header = m_view->header();
-    header->setSectionsClickable(true);
-    header->setSortIndicatorShown(true);
-    header->setSortIndicator(0, Qt::AscendingOrder);
-    header->setContextMenuPolicy(Qt::CustomContextMenu);
-    header->setAccessibleName(QStringLiteral("File list columns"));
+    setUpView();
+    connectEvents();
     setAccessibleName(QStringLiteral("File list pane"));
+}
 
+void FileListControl::connectEvents()
+{
+    QHeaderView* header = m_view->header();
     connect(header, &QHeaderView::sectionClicked, this, &FileListControl::onHeaderClicked);
     connect(header, &QWidget::customContextMenuRequested, this, &FileListControl::showHeaderMenu);
     connect(m_view->selectionModel(), &QItemSelectionModel::selectionChanged, this,
@@ -149,6 +111,29 @@ FileListControl::FileListControl(QWidget* parent)
     m_refreshTimer->setInterval(RefreshDelayMs);
     connect(m_watcher, &QFileSystemWatcher::directoryChanged, m_refreshTimer, qOverload<>(&QTimer::start));
     connect(m_refreshTimer, &QTimer::timeout, this, &FileListControl::refresh);
+}
+
+void FileListControl::setUpView()
+{
+    m_view->setModel(m_model);
+    m_view->setRootIsDecorated(false);
+    m_view->setUniformRowHeights(true);
+    m_view->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    m_view->setSelectionBehavior(QAbstractItemView::SelectRows);
+    m_view->setEditTriggers(QAbstractItemView::EditKeyPressed | QAbstractItemView::SelectedClicked);
+    m_view->setAllColumnsShowFocus(true);
+    m_view->setItemDelegate(new FileItemDelegate(m_view));
+    m_view->setAccessibleName(QStringLiteral("File list"));
+    static_cast<FileListView*>(m_view)->beforeUserSelection = [this](const QModelIndex& index) {
+        if (!m_quiet)
+            Q_EMIT beforeSelectionChange(index.isValid() ? itemAtRow(index.row()) : FileListItem());
+    };
+    QHeaderView* header = m_view->header();
+    header->setSectionsClickable(true);
+    header->setSortIndicatorShown(true);
+    header->setSortIndicator(0, Qt::AscendingOrder);
+    header->setContextMenuPolicy(Qt::CustomContextMenu);
+    header->setAccessibleName(QStringLiteral("File list columns"));
 }
 
 FileListControl::~FileListControl() = default;
@@ -212,30 +197,14 @@ void FileListControl::refresh()
     QHash<QString, bool> before; // name -> folder
     for (int row = 0; row < m_model->rowCount(); ++row)
         before.insert(m_model->fileName(row), m_model->isFolder(row));
-    QSet<QString> selected;
-    for (const FileListItem& item : selectedItems())
-        selected.insert(QFileInfo(item.path()).fileName());
+    const QSet<QString> selected = selectedNames();
     const FileListItem current = currentItem();
-    const QString currentName = current.isValid() ? QFileInfo(current.path()).fileName() : QString();
     const QString oldFolder = m_folder;
-
     list();
-    m_quiet = true;
+    reselect(selected, current.isValid() ? QFileInfo(current.path()).fileName() : QString());
     QSet<QString> after;
-    for (int row = 0; row < m_model->rowCount(); ++row) {
-        const QString name = m_model->fileName(row);
-        after.insert(name);
-        const QModelIndex index = m_model->index(row, 0);
-        if (selected.contains(name))
-            m_view->selectionModel()->select(index, QItemSelectionModel::Select | QItemSelectionModel::Rows);
-        if (name == currentName)
-            m_view->selectionModel()->setCurrentIndex(index, QItemSelectionModel::NoUpdate);
-    }
-    m_quiet = false;
-
-    QSet<QString> stillSelected;
-    for (const FileListItem& item : selectedItems())
-        stillSelected.insert(QFileInfo(item.path()).fileName());
+    for (int row = 0; row < m_model->rowCount(); ++row)
+        after.insert(m_model->fileName(row));
     for (auto it = before.cbegin(); it != before.cend(); ++it)
         if (!after.contains(it.key()))
             Q_EMIT itemRemoved(
@@ -243,8 +212,32 @@ void FileListControl::refresh()
     for (int row = 0; row < m_model->rowCount(); ++row)
         if (!before.contains(m_model->fileName(row)))
             Q_EMIT itemAdded(itemAtRow(row));
-    if (stillSelected != selected)
+    if (selectedNames() != selected)
         onSelectionChanged();
+}
+
+QSet<QString> FileListControl::selectedNames() const
+{
+    QSet<QString> names;
+    for (const FileListItem& item : selectedItems())
+        names.insert(QFileInfo(item.path()).fileName());
+    return names;
+}
+
+// After a new listing: the same names selected and current as before, quietly.
+void FileListControl::reselect(const QSet<QString>& names, const QString& currentName)
+{
+    m_quiet = true;
+    QItemSelectionModel* selection = m_view->selectionModel();
+    for (int row = 0; row < m_model->rowCount(); ++row) {
+        const QString name = m_model->fileName(row);
+        if (names.contains(name))
+            selection->select(m_model->index(row, 0),
+                              QItemSelectionModel::Select | QItemSelectionModel::Rows);
+        if (name == currentName)
+            selection->setCurrentIndex(m_model->index(row, 0), QItemSelectionModel::NoUpdate);
+    }
+    m_quiet = false;
 }
 
 int FileListControl::listingError() const
@@ -259,7 +252,8 @@ void FileListControl::showListingState()
         m_state->hide();
         return;
     }
-    m_state->setText(tr("The folder \"%1\" cannot be read: %2.").arg(m_folder, errorText(m_model->error())));
+    m_state->setText(tr("The folder \"%1\" cannot be read: %2.")
+                         .arg(m_folder, QString::fromLocal8Bit(std::strerror(m_model->error()))));
     m_state->show();
 }
 
@@ -476,30 +470,12 @@ void FileListControl::editItem(const FileListItem& item)
 
 bool FileListControl::checkNewName(const QString& name) const
 {
-    QString problem;
-    if (name.trimmed().isEmpty())
-        problem = tr("You must type a file name.");
-    else if (name == QLatin1String(".") || name == QLatin1String(".."))
-        problem = tr("The name \"%1\" is reserved. Choose another name.").arg(name);
-    else if (name.contains(QLatin1Char('/')) || name.contains(QChar(0)))
-        problem = tr("A file name can't contain a slash (/).");
-    else if (QFile::encodeName(name).size() > NameMax)
-        problem = tr("The name is too long. Choose a shorter name.");
+    const QString problem = FileOperations::NameProblem(name);
     if (problem.isEmpty())
         return true;
     Messages::show({problem, tr("Rename"), MessageIcon::Warning, MessageButton::Ok, MessageButton::Ok,
                     const_cast<FileListControl*>(this)});
     return false;
-}
-
-void FileListControl::reportRenameFailure(const QString& oldName, const QString& newName, int error) const
-{
-    const QString text =
-        error == EEXIST
-            ? tr("Cannot rename \"%1\": an item named \"%2\" already exists here.").arg(oldName, newName)
-            : tr("Cannot rename \"%1\" to \"%2\": %3.").arg(oldName, newName, errorText(error));
-    Messages::show({text, tr("Error Renaming File"), MessageIcon::Critical, MessageButton::Ok,
-                    MessageButton::Ok, const_cast<FileListControl*>(this)});
 }
 
 bool FileListControl::renameItem(const FileListItem& item, const QString& newName)
@@ -520,8 +496,9 @@ bool FileListControl::renameItem(const FileListItem& item, const QString& newNam
         name += oldName.mid(m_model->displayedName(rowNow).size()); // the hidden extension stays
     const QString oldPath = m_model->fullPath(rowNow);
     const QString newPath = QFileInfo(oldPath).path() + QLatin1Char('/') + name;
-    if (const int error = renameNoReplace(oldPath, newPath)) {
-        reportRenameFailure(oldName, name, error);
+    if (const int error = FileOperations::RenameNoReplace(oldPath, newPath)) {
+        Messages::show({FileOperations::RenameFailureText(oldName, name, error), tr("Error Renaming File"),
+                        MessageIcon::Critical, MessageButton::Ok, MessageButton::Ok, this});
         return false;
     }
     m_model->renameEntry(rowNow, name);

@@ -106,6 +106,8 @@ Q_SIGNALS:
     void itemRemoved(const FileListItem& item);
 
 private:
+    void setUpView();
+    void connectEvents();
     void markDirty();
     void ensureListed() const;
     void list();
@@ -113,11 +115,12 @@ private:
     int rowOf(const FileListItem& item) const;
     FileListItem itemAtRow(int row) const;
     void onSelectionChanged();
+    QSet<QString> selectedNames() const;
+    void reselect(const QSet<QString>& names, const QString& currentName);
     void onHeaderClicked(int section);
     void showHeaderMenu(const QPoint& position);
     void showListingState();
     bool checkNewName(const QString& name) const;
-    void reportRenameFailure(const QString& oldName, const QString& newName, int error) const;
 
     QTreeView* m_view;
     QLabel* m_state;
@@ -127,7 +130,6 @@ private:
     QString m_folder;
     QString m_filter = QStringLiteral("*.*");
     QSet<QString> m_hiddenByUser;
-    QSet<qint32> m_lastSelection;
     bool m_dirty = false;
     bool m_quiet = false; // no selection events while the list is rebuilt
 };

@@ -33,15 +33,26 @@ OrganiserTree::OrganiserTree(FolderTreeControl& tree, FileListControl& list, Sho
 void OrganiserTree::InitialiseOrganiserTree()
 {
     LogTraceBlock();
-    const Resources& res = *m_globals.resources;
-    const SuitePaths& paths = *m_globals.paths;
-    m_tree.setCaption(res.LoadResString(Resources::TreeCaption));
+    m_tree.setCaption(m_globals.resources->LoadResString(Resources::TreeCaption));
     m_tree.clear();
     m_instrument = {};
     LogTrace();
     // The whole build reaches the view in one go.
     m_tree.beginUpdate();
-    m_root = m_tree.addNode(res.LoadResString(Resources::OrganiserCaption));
+    addRootNode();
+    addBranchNodes();
+    fillBranches();
+    m_tree.endUpdate();
+    m_tree.node(0).setDisplayFlagB(true);
+    m_tree.setButtonEnabled(FolderTreeControl::BackButton, false);
+    m_tree.setButtonEnabled(FolderTreeControl::ForwardButton, false);
+    m_tree.setButtonEnabled(FolderTreeControl::UpButton, false);
+    LogTrace();
+}
+
+void OrganiserTree::addRootNode()
+{
+    m_root = m_tree.addNode(m_globals.resources->LoadResString(Resources::OrganiserCaption));
     m_root.setFolderPath(RootPath);
     m_root.setData(0);
     m_root.setDisplayFlagA(true);
@@ -49,6 +60,12 @@ void OrganiserTree::InitialiseOrganiserTree()
     LogTrace();
     m_root.setPage(welcomePageFile());
     LogTrace();
+}
+
+void OrganiserTree::addBranchNodes()
+{
+    const Resources& res = *m_globals.resources;
+    const SuitePaths& paths = *m_globals.paths;
     if (m_globals.InstrumentDriversInUse) {
         const QString driver = selectedDriverName();
         if (!driver.isEmpty())
@@ -63,6 +80,11 @@ void OrganiserTree::InitialiseOrganiserTree()
     LogTrace();
     m_reports = addBranchNode(QStringLiteral("Reports"), paths.ReportsFolder(), 5);
     LogTrace();
+}
+
+void OrganiserTree::fillBranches()
+{
+    const SuitePaths& paths = *m_globals.paths;
     if (!m_globals.settings->SuppressLayoutsBranch())
         AddSubFolderNodes(paths.LayoutsFolder(), m_layouts, 2);
     if (m_instrument.isValid())
@@ -71,12 +93,6 @@ void OrganiserTree::InitialiseOrganiserTree()
     AddSubFolderNodes(paths.ResultsFolder(), m_results, 4);
     AddSubFolderNodes(paths.ProtocolsFolder(), m_protocols, 3);
     AddSubFolderNodes(paths.ReportsFolder(), m_reports, 5);
-    LogTrace();
-    m_tree.endUpdate();
-    m_tree.node(0).setDisplayFlagB(true);
-    m_tree.setButtonEnabled(FolderTreeControl::BackButton, false);
-    m_tree.setButtonEnabled(FolderTreeControl::ForwardButton, false);
-    m_tree.setButtonEnabled(FolderTreeControl::UpButton, false);
     LogTrace();
 }
 

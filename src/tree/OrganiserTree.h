@@ -66,6 +66,9 @@ public:
     void setWelcomePageSource(std::function<QString()> source) { m_welcomePage = std::move(source); }
 
 private:
+    void addRootNode();
+    void addBranchNodes();
+    void fillBranches();
     FolderNode addBranchNode(const QString& caption, const QString& path, int kind, int position = -1);
     QString selectedDriverName() const;
     QString instrumentCaption(const QString& driverName) const;
