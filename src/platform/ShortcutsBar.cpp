@@ -3,6 +3,7 @@
 #include <QListWidget>
 #include <QToolBox>
 #include <QVBoxLayout>
+
 #include <algorithm>
 
 namespace nebra {

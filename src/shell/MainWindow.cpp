@@ -118,7 +118,10 @@ void MainWindow::resetLogOutTimeOut()
 
 void MainWindow::connectCommands()
 {
-    m_commands = new CommandDispatcher([this] { resetLogOutTimeOut(); }, this);
+    m_commands = new CommandDispatcher([this] {
+        if (m_security)
+            m_security->ResetLogOutTimeOutTimer();
+    }, this);
     connect(m_toolBars, &ToolBarsControl::toolClick, m_commands, &CommandDispatcher::ToolClick);
     m_commands->setCommand(QStringLiteral("ID_Exit"), [this] { close(); });
     m_commands->setCommand(QStringLiteral("ID_New"), [this] { PerformDocumentCommand(605); });
