@@ -134,6 +134,8 @@ void FileListControl::setUpView()
     header->setSortIndicator(0, Qt::AscendingOrder);
     header->setContextMenuPolicy(Qt::CustomContextMenu);
     header->setAccessibleName(QStringLiteral("File list columns"));
+    header->setDefaultSectionSize(150);
+    header->resizeSection(0, 260); // names are the longest
 }
 
 FileListControl::~FileListControl() = default;
