@@ -138,8 +138,9 @@ void MainWindow::createOrganiser()
     m_fileView = std::make_unique<FileView>(*m_folderTree, *m_fileList, *m_toolBars, m_globals,
                                             [this] { resetLogOutTimeOut(); });
     m_documentCommands = std::make_unique<DocumentCommands>(*m_folderTree, [this] { resetLogOutTimeOut(); });
-    connect(m_folderTree, &FolderTreeControl::currentNodeChanged, this,
-            [this](const FolderNode& node, int state) { m_treeNavigation->OnCurrentNodeChanged(node, state); });
+    connect(m_folderTree, &FolderTreeControl::currentNodeChanged, this, [this](const FolderNode& node, int state) {
+        m_treeNavigation->OnCurrentNodeChanged(node, state);
+    });
     m_fileView->connectEvents();
     connect(m_folderTree, &FolderTreeControl::buttonClicked, this, &MainWindow::PerformDocumentCommand);
     connect(m_fileView.get(), &FileView::folderAppeared, this,

@@ -38,47 +38,21 @@ private Q_SLOTS:
         QCOMPARE(DocumentTypes::commandStates(type, singleFile), expected);
     }
 
-    void tableByType()
-    {
-        const QStringList filters{"", "*.daq", "*.mlo", "*.apr", "*.ars", "*.*", ""};
-        const QStringList captions{
-            "", "Data Acquisition", "Layout", "Assay Protocol", "Assay Results", "Assay Report", ""};
-        const QList<int> help{9000, 9005, 9006, 9001, 9002, 9003, 0};
-        for (int type = 0; type <= 6; ++type) {
-            QCOMPARE(DocumentTypes::filter(type), filters[type]);
-            QCOMPARE(DocumentTypes::caption(type), captions[type]);
-            QCOMPARE(DocumentTypes::helpContextId(type), help[type]);
-        }
-        QCOMPARE(DocumentTypes::helpContextId(-1), 0);
-    }
-
     void renameKeepsTheExtension_data()
     {
         QTest::addColumn<QString>("filter");
         QTest::addColumn<QString>("newName");
         QTest::addColumn<QString>("displayed");
         QTest::addColumn<bool>("refused");
-        QTest::newRow("same extension") << "*.apr"
-                                        << "New name.apr"
-                                        << "Old.apr" << false;
-        QTest::newRow("same extension in capitals") << "*.apr"
-                                                    << "New name.APR"
-                                                    << "Old.apr" << false;
-        QTest::newRow("other extension") << "*.apr"
-                                         << "New name.txt"
-                                         << "Old.apr" << true;
-        QTest::newRow("no extension") << "*.apr"
-                                      << "New name"
-                                      << "Old.apr" << true;
-        QTest::newRow("extensions hidden") << "*.apr"
-                                           << "New name"
-                                           << "Old" << false;
-        QTest::newRow("report, extension shown") << "*.*"
-                                                 << "Summary 2.mht"
-                                                 << "Summary.mht" << true;
-        QTest::newRow("report, extension hidden") << "*.*"
-                                                  << "Summary 2"
-                                                  << "Summary" << false;
+        // clang-format off
+        QTest::newRow("same extension") << "*.apr" << "New name.apr" << "Old.apr" << false;
+        QTest::newRow("same extension in capitals") << "*.apr" << "New name.APR" << "Old.apr" << false;
+        QTest::newRow("other extension") << "*.apr" << "New name.txt" << "Old.apr" << true;
+        QTest::newRow("no extension") << "*.apr" << "New name" << "Old.apr" << true;
+        QTest::newRow("extensions hidden") << "*.apr" << "New name" << "Old" << false;
+        QTest::newRow("report, extension shown") << "*.*" << "Summary 2.mht" << "Summary.mht" << true;
+        QTest::newRow("report, extension hidden") << "*.*" << "Summary 2" << "Summary" << false;
+        // clang-format on
     }
 
     void renameKeepsTheExtension()

@@ -151,16 +151,13 @@ private Q_SLOTS:
         QTest::addColumn<QString>("newName");
         QTest::addColumn<bool>("showExtensions");
         QTest::addColumn<QString>("result"); // the file's name afterwards
-        QTest::newRow("same extension in capitals") << "Protocols/P.apr"
-                                                    << "Q.APR" << true << "Q.APR";
-        QTest::newRow("to .txt") << "Protocols/P.apr"
-                                 << "Q.txt" << true << "P.apr";
-        QTest::newRow("without extension") << "Protocols/P.apr"
-                                           << "Q" << true << "P.apr";
-        QTest::newRow("extensions hidden") << "Protocols/P.apr"
-                                           << "Q" << false << "Q.apr";
-        QTest::newRow("a report") << "Reports/R.mht"
-                                  << "S.mht" << true << "R.mht";
+        // clang-format off
+        QTest::newRow("same extension in capitals") << "Protocols/P.apr" << "Q.APR" << true << "Q.APR";
+        QTest::newRow("to .txt") << "Protocols/P.apr" << "Q.txt" << true << "P.apr";
+        QTest::newRow("without extension") << "Protocols/P.apr" << "Q" << true << "P.apr";
+        QTest::newRow("extensions hidden") << "Protocols/P.apr" << "Q" << false << "Q.apr";
+        QTest::newRow("a report") << "Reports/R.mht" << "S.mht" << true << "R.mht";
+        // clang-format on
     }
 
     void renamingKeepsTheExtension()
@@ -195,12 +192,14 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("files");
         QTest::addColumn<QString>("newName");
         QTest::addColumn<QStringList>("after");
+        // clang-format off
         QTest::newRow("results: renamed along")
             << QStringList{"Run.ars", "Run.mht"} << "Run 2.ars" << QStringList{"Run 2.ars", "Run 2.mht"};
         QTest::newRow("results: new name taken")
             << QStringList{"A.ars", "A.mht", "B.mht"} << "B.ars" << QStringList{"A.mht", "B.ars", "B.mht"};
         QTest::newRow("protocol: dropped")
             << QStringList{"P.apr", "P.mht"} << "Q.apr" << QStringList{"Q.apr"};
+        // clang-format on
     }
 
     void thePreviewFileFollowsARenamedDocument()

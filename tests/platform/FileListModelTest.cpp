@@ -50,21 +50,6 @@ private Q_SLOTS:
         QCOMPARE(rowNames(model).at(1), QStringLiteral("other.txt"));
     }
 
-    void aSortKeepsPersistentIndexesOnTheirEntries()
-    {
-        QTemporaryDir dir;
-        for (int i = 0; i < 5; ++i)
-            writeFile(dir.filePath(QStringLiteral("%1.apr").arg(i)), {}, 1700000000 - i);
-        FileListModel model;
-        QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
-        model.load(dir.path(), QStringLiteral("*.apr"));
-        const QPersistentModelIndex first(model.index(0, 0));
-        const QString name = first.data().toString();
-        model.sort(model.columnOf(FileListModel::DateModifiedColumn));
-        QCOMPARE(first.data().toString(), name);
-        QCOMPARE(model.rowOfId(model.idAt(first.row())), first.row());
-    }
-
     void columnsShowNameCommentAndHiddenExtensions()
     {
         QTemporaryDir dir;

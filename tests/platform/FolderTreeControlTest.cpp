@@ -77,17 +77,6 @@ private Q_SLOTS:
         QVERIFY(!tree.control.isButtonEnabled(FolderTreeControl::BackButton));
     }
 
-    void disabledButtonsDoNothing()
-    {
-        Tree tree;
-        tree.control.setCurrentNode(tree.a1);
-        tree.control.setButtonEnabled(FolderTreeControl::UpButton, false);
-        QSignalSpy clicked(&tree.control, &FolderTreeControl::buttonClicked);
-        tree.control.clickButton(FolderTreeControl::UpButton);
-        QCOMPARE(tree.control.currentNode(), tree.a1);
-        QCOMPARE(clicked.count(), 0);
-    }
-
     void anUpdateKeepsTheCurrentNodeQuietly()
     {
         Tree tree;
@@ -112,18 +101,6 @@ private Q_SLOTS:
         control.endUpdate();
         QCOMPARE(control.currentNode(), root);
         QCOMPARE(selected.count(), 1);
-    }
-
-    void theTwoDisplayModesDiffer()
-    {
-        FolderTreeControl control;
-        control.setDisplayMode(2);
-        const bool explorerDecorated = control.view()->rootIsDecorated();
-        const int explorerIndent = control.view()->indentation();
-        control.setDisplayMode(1);
-        QCOMPARE(control.displayMode(), 1);
-        QVERIFY(explorerDecorated != control.view()->rootIsDecorated());
-        QVERIFY(explorerIndent != control.view()->indentation());
     }
 };
 

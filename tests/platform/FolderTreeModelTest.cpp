@@ -72,30 +72,6 @@ private Q_SLOTS:
         QVERIFY(!root.isValid());
     }
 
-    void attributesReachTheView()
-    {
-        FolderTreeModel model;
-        const FolderNode node = model.addNode(QStringLiteral("Protocols"));
-        node.setFolderPath(QStringLiteral("/data/Protocols"));
-        node.setData(3);
-        node.setPage(QStringLiteral("page.mht"));
-        node.setDisplayFlagB(true);
-        node.setDisplayStyle(6);
-        node.setColour(0xff102030);
-        const QModelIndex index = model.indexOf(node);
-        QCOMPARE(index.data().toString(), QStringLiteral("Protocols"));
-        QCOMPARE(index.data(FolderTreeModel::FolderPathRole).toString(), QStringLiteral("/data/Protocols"));
-        QCOMPARE(index.data(FolderTreeModel::BoldRole).toBool(), true);
-        QCOMPARE(index.data(FolderTreeModel::StyleRole).toInt(), 6);
-        QCOMPARE(index.data(FolderTreeModel::ColourRole).toUInt(), 0xff102030u);
-        QCOMPARE(node.data(), 3);
-        QCOMPARE(node.page(), QStringLiteral("page.mht"));
-        QSignalSpy expansion(&model, &FolderTreeModel::expansionRequested);
-        node.setDisplayFlagA(true);
-        QCOMPARE(expansion.count(), 1);
-        QVERIFY(node.displayFlagA());
-    }
-
     void anUpdateTellsTheViewOnce()
     {
         FolderTreeModel model;

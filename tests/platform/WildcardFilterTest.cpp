@@ -14,40 +14,22 @@ private Q_SLOTS:
         QTest::addColumn<QString>("filter");
         QTest::addColumn<QString>("name");
         QTest::addColumn<bool>("expected");
-        QTest::newRow("extension") << "*.apr"
-                                   << "Protocol.apr" << true;
-        QTest::newRow("extension in capitals") << "*.apr"
-                                               << "PROTOCOL.APR" << true;
-        QTest::newRow("other extension") << "*.apr"
-                                         << "Protocol.mht" << false;
-        QTest::newRow("extension not last") << "*.apr"
-                                            << "Protocol.apr.bak" << false;
-        QTest::newRow("name only the extension") << "*.apr"
-                                                 << ".apr" << true;
-        QTest::newRow("all: no extension") << "*.*"
-                                           << "README" << true;
-        QTest::newRow("all: hidden") << "*.*"
-                                     << ".hidden" << true;
-        QTest::newRow("empty filter") << ""
-                                      << "anything" << true;
-        QTest::newRow("star") << "*"
-                              << "a.b.c" << true;
-        QTest::newRow("list") << "*.daq; *.TXT"
-                              << "notes.txt" << true;
-        QTest::newRow("list, neither") << "*.daq;*.txt"
-                                       << "notes.md" << false;
-        QTest::newRow("dot star: bare name") << "Plate.*"
-                                             << "Plate" << true;
-        QTest::newRow("dot star: with extension") << "Plate.*"
-                                                  << "Plate.mlo" << true;
-        QTest::newRow("dot star: longer name") << "Plate.*"
-                                               << "Plates" << false;
-        QTest::newRow("question mark: one character") << "?.apr" << QString::fromUtf8("é.apr") << true;
-        QTest::newRow("question mark: not two") << "??.apr" << QString::fromUtf8("é.apr") << false;
-        QTest::newRow("non-ASCII literal")
-            << QString::fromUtf8("*ä*") << QString::fromUtf8("Mäuse.apr") << true;
-        QTest::newRow("blank and newline") << "*.apr"
-                                           << "two words\nline.apr" << true;
+        auto row = [](const char* tag, const char* filter, const char* name, bool expected) {
+            QTest::newRow(tag) << QString::fromUtf8(filter) << QString::fromUtf8(name) << expected;
+        };
+        row("extension", "*.apr", "Protocol.apr", true);
+        row("extension in capitals", "*.apr", "PROTOCOL.APR", true);
+        row("extension not last", "*.apr", "Protocol.apr.bak", false);
+        row("name only the extension", "*.apr", ".apr", true);
+        row("all: no extension", "*.*", "README", true);
+        row("empty filter", "", "anything", true);
+        row("list", "*.daq; *.TXT", "notes.txt", true);
+        row("dot star: bare name", "Plate.*", "Plate", true);
+        row("dot star: longer name", "Plate.*", "Plates", false);
+        row("question mark: one character", "?.apr", "é.apr", true);
+        row("question mark: not two", "??.apr", "é.apr", false);
+        row("non-ASCII literal", "*ä*", "Mäuse.apr", true);
+        row("blank and newline", "*.apr", "two words\nline.apr", true);
     }
 
     void matches()

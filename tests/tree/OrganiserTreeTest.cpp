@@ -135,16 +135,6 @@ private Q_SLOTS:
         QCOMPARE(log.traceCounter(), qint16(10));
     }
 
-    void suppressedLayoutsStayEmpty()
-    {
-        OrganiserWorld world;
-        makeFolder(world.data(QStringLiteral("Microplate Layouts/96")));
-        world.globals.store->setValue(QStringLiteral("Settings/SuppressLayoutsBranch"), true);
-        OrganiserTree organiser(*world.tree, *world.list, *world.shortcuts, world.globals);
-        organiser.InitialiseOrganiserTree();
-        QCOMPARE(organiser.layoutsNode().childCount(), 0);
-    }
-
     void recreatingResultsFollowsTheDiskAndKeepsTheSelection()
     {
         OrganiserWorld world;
@@ -181,7 +171,7 @@ private Q_SLOTS:
         QVERIFY(organiser.DoesPathAlreadyExistInTree(world.globals.paths->ResultsFolder().toUpper()));
     }
 
-    void fileAndFolderTestsKeepTheirCaseRules()
+    void theListTestsRespectLetterCase()
     {
         OrganiserWorld world;
         writeFile(world.data(QStringLiteral("Protocols/Elisa.apr")));
@@ -191,11 +181,6 @@ private Q_SLOTS:
         QVERIFY(!organiser.IsFileInFileView(QStringLiteral("elisa.apr")));
         QVERIFY(organiser.IsThisCurrentFolder(world.globals.paths->ProtocolsFolder()));
         QVERIFY(!organiser.IsThisCurrentFolder(world.globals.paths->ProtocolsFolder().toUpper()));
-        QVERIFY(organiser.IsThisFileInCurrentFolder(world.globals.paths->ProtocolsFolder().toUpper() +
-                                                    "/x/y.apr"));
-        QVERIFY(
-            organiser.IsThisFolderANebraFolder(world.globals.paths->ParentDirectory().toLower() + "/new"));
-        QVERIFY(!organiser.IsThisFolderANebraFolder(QStringLiteral("/somewhere/else")));
     }
 
     void anotherDriverReplacesTheInstrumentNodeInPlace()

@@ -59,22 +59,6 @@ private Q_SLOTS:
         QCOMPARE(world.tree->currentNode(), organiser.protocolsNode());
         QVERIFY(!world.tree->isButtonEnabled(504));
     }
-
-    void goingUpAndHome()
-    {
-        OrganiserWorld world;
-        makeFolder(world.data(QStringLiteral("Results/2026/Run 1")));
-        OrganiserTree organiser(*world.tree, *world.list, *world.shortcuts, world.globals);
-        organiser.InitialiseOrganiserTree();
-        TreeNavigation navigation(*world.tree, organiser);
-        world.tree->setCurrentNode(organiser.resultsNode().child(0).child(0));
-        navigation.GoUpOneFolder();
-        QCOMPARE(world.tree->currentNode(), organiser.resultsNode().child(0));
-        navigation.GoToOrganiserNode();
-        QCOMPARE(world.tree->currentNode(), organiser.rootNode());
-        navigation.GoUpOneFolder(); // the root has no parent: it stays
-        QCOMPARE(world.tree->currentNode(), organiser.rootNode());
-    }
 };
 
 QTEST_MAIN(TreeNavigationTest)

@@ -15,34 +15,26 @@ private Q_SLOTS:
         QTest::addColumn<QString>("path");
         QTest::addColumn<QString>("reference");
         QTest::addColumn<bool>("expected");
-        const QString data = QStringLiteral("/home/u/Nebra Data");
-        QTest::newRow("data folder: inside") << "nebra"
-                                             << "/home/u/Nebra Data/My Assays/Results" << data << true;
-        QTest::newRow("data folder: other case") << "nebra"
-                                                 << "/HOME/U/nebra data/x" << data << true;
-        QTest::newRow("data folder: anywhere in the path") << "nebra"
-                                                           << "/mnt/home/u/Nebra Data" << data << true;
-        QTest::newRow("data folder: outside") << "nebra"
-                                              << "/home/u/Documents" << data << false;
-        const QString current = QStringLiteral("/d/My Assays/Protocols");
-        QTest::newRow("current: same") << "current" << current << current << true;
-        QTest::newRow("current: other case") << "current"
-                                             << "/d/my assays/protocols" << current << false;
-        QTest::newRow("current: subfolder") << "current" << current + "/Sub" << current << false;
-        QTest::newRow("file: in folder") << "file" << current + "/p.apr" << current << true;
-        QTest::newRow("file: other case") << "file"
-                                          << "/D/MY ASSAYS/PROTOCOLS/p.apr" << current << true;
-        QTest::newRow("file: in subfolder") << "file" << current + "/Sub/p.apr" << current << true;
-        QTest::newRow("file: elsewhere") << "file"
-                                         << "/d/My Assays/Results/r.ars" << current << false;
-        QTest::newRow("same: other case") << "same"
-                                          << "/D/x"
-                                          << "/d/X" << true;
-        QTest::newRow("same: prefix") << "same"
-                                      << "/d/x"
-                                      << "/d/x/y" << false;
-        QTest::newRow("same: non-ASCII case")
-            << "same" << QString::fromUtf8("/d/ÄRGER") << QString::fromUtf8("/d/ärger") << true;
+        auto row = [](const char* tag, const char* rule, const char* path, const char* reference,
+                      bool expected) {
+            QTest::newRow(tag) << QString::fromUtf8(rule) << QString::fromUtf8(path)
+                               << QString::fromUtf8(reference) << expected;
+        };
+        const char* data = "/home/u/Nebra Data";
+        row("data folder: inside", "nebra", "/home/u/Nebra Data/My Assays/Results", data, true);
+        row("data folder: other case", "nebra", "/HOME/U/nebra data/x", data, true);
+        row("data folder: anywhere in the path", "nebra", "/mnt/home/u/Nebra Data", data, true);
+        row("data folder: outside", "nebra", "/home/u/Documents", data, false);
+        const char* current = "/d/My Assays/Protocols";
+        row("current: same", "current", current, current, true);
+        row("current: other case", "current", "/d/my assays/protocols", current, false);
+        row("current: subfolder", "current", "/d/My Assays/Protocols/Sub", current, false);
+        row("file: other case", "file", "/D/MY ASSAYS/PROTOCOLS/p.apr", current, true);
+        row("file: in subfolder", "file", "/d/My Assays/Protocols/Sub/p.apr", current, true);
+        row("file: elsewhere", "file", "/d/My Assays/Results/r.ars", current, false);
+        row("same: other case", "same", "/D/x", "/d/X", true);
+        row("same: prefix", "same", "/d/x", "/d/x/y", false);
+        row("same: non-ASCII case", "same", "/d/ÄRGER", "/d/ärger", true);
     }
 
     void caseRules()
