@@ -133,22 +133,22 @@ void MainWindow::connectCommands()
 // the events that tie them to the controls.
 void MainWindow::createOrganiser()
 {
+    auto reset = [this] { resetLogOutTimeOut(); };
     m_organiserTree = std::make_unique<OrganiserTree>(*m_folderTree, *m_fileList, *m_shortcutsBar, m_globals);
     m_treeNavigation = std::make_unique<TreeNavigation>(*m_folderTree, *m_organiserTree);
-    m_fileView = std::make_unique<FileView>(*m_folderTree, *m_fileList, *m_toolBars, m_globals,
-                                            [this] { resetLogOutTimeOut(); });
-    m_documentCommands = std::make_unique<DocumentCommands>(*m_folderTree, [this] { resetLogOutTimeOut(); });
-    connect(m_folderTree, &FolderTreeControl::currentNodeChanged, this, [this](const FolderNode& node, int state) {
-        m_treeNavigation->OnCurrentNodeChanged(node, state);
-    });
+    m_fileView = std::make_unique<FileView>(*m_folderTree, *m_fileList, *m_toolBars, m_globals, reset);
+    m_documentCommands = std::make_unique<DocumentCommands>(*m_folderTree, reset);
+    connect(m_folderTree, &FolderTreeControl::currentNodeChanged, this,
+            [this](const FolderNode& node, int state) { m_treeNavigation->OnCurrentNodeChanged(node, state); });
     m_fileView->connectEvents();
     connect(m_folderTree, &FolderTreeControl::buttonClicked, this, &MainWindow::PerformDocumentCommand);
     connect(m_fileView.get(), &FileView::folderAppeared, this,
             [this](const QString& path) { m_organiserTree->AddExplorerBranch(path); });
     connect(m_fileView.get(), &FileView::folderVanished, this,
             [this](const QString& path) { m_organiserTree->RemoveExplorerBranch(path); });
-    connect(m_shortcutsBar, &ShortcutsBar::itemClicked, this,
-            [this](const QString& key) { m_folderTree->setCurrentNode(m_organiserTree->nodeForKind(key.toInt())); });
+    connect(m_shortcutsBar, &ShortcutsBar::itemClicked, this, [this](const QString& key) {
+        m_folderTree->setCurrentNode(m_organiserTree->nodeForKind(key.toInt()));
+    });
 }
 
 void MainWindow::PerformDocumentCommand(int command)
