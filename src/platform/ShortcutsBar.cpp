@@ -4,6 +4,8 @@
 #include <QToolBox>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 namespace nebra {
 
 namespace {
@@ -49,6 +51,33 @@ int ShortcutsBar::addItem(int group, const QString& caption, const QString& key)
     item->setData(KeyRole, key);
     item->setData(Qt::AccessibleTextRole, caption);
     return list->count() - 1;
+}
+
+int ShortcutsBar::insertItem(int group, int position, const QString& caption, const QString& key)
+{
+    QListWidget* list = m_groups.at(group);
+    position = std::clamp(position, 0, list->count());
+    auto* item = new QListWidgetItem(caption);
+    item->setData(KeyRole, key);
+    item->setData(Qt::AccessibleTextRole, caption);
+    list->insertItem(position, item);
+    return position;
+}
+
+void ShortcutsBar::setItemCaption(int group, int item, const QString& caption)
+{
+    QListWidgetItem* entry = m_groups.at(group)->item(item);
+    entry->setText(caption);
+    entry->setData(Qt::AccessibleTextRole, caption);
+}
+
+int ShortcutsBar::itemIndex(int group, const QString& key) const
+{
+    const QListWidget* list = m_groups.at(group);
+    for (int i = 0; i < list->count(); ++i)
+        if (list->item(i)->data(KeyRole).toString() == key)
+            return i;
+    return -1;
 }
 
 void ShortcutsBar::setItemIcon(int group, int item, const QIcon& icon)

@@ -23,6 +23,11 @@ public:
     int addGroup(const QString& caption);
     // Adds an item to a group and returns its index within the group.
     int addItem(int group, const QString& caption, const QString& key);
+    // Inserts an item at a position within a group and returns its index.
+    int insertItem(int group, int position, const QString& caption, const QString& key);
+    void setItemCaption(int group, int item, const QString& caption);
+    // Index of the first item of a group with the key, -1 when there is none.
+    int itemIndex(int group, const QString& key) const;
     void setItemIcon(int group, int item, const QIcon& icon);
 
     int groupCount() const { return int(m_groups.size()); }

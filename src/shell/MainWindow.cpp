@@ -5,10 +5,13 @@
 #include "CommandDispatcher.h"
 #include "DataFolders.h"
 #include "DocumentLauncher.h"
+#include "DocumentCommands.h"
 #include "FileListControl.h"
+#include "FileView.h"
 #include "FolderTreeControl.h"
 #include "HelpSystem.h"
 #include "NebraSecurityManager.h"
+#include "OrganiserTree.h"
 #include "PlateLayoutViewer.h"
 #include "PreviewPane.h"
 #include "Resources.h"
@@ -26,6 +29,7 @@
 #include "ToolBarsControl.h"
 #include "ToolDefinitions.h"
 #include "WelcomePage.h"
+#include "TreeNavigation.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -49,12 +53,16 @@ MainWindow::MainWindow(Options options)
     m_authorisation = std::make_unique<Authorisation>(
         m_globals, [this] { return m_security ? m_security->NebraSecurityManagerObj() : nullptr; }, this);
     createControls();
+    createOrganiser();
     connectCommands();
     connect(m_singleInstance.get(), &SingleInstance::activationRequested, this, &MainWindow::showFromOtherInstance);
 }
 
 MainWindow::~MainWindow()
 {
+    // The panes outlive the objects that handle their events.
+    m_folderTree->disconnect(this);
+    m_shortcutsBar->disconnect(this);
     if (m_splash)
         m_splash->close();
 }
@@ -148,6 +156,12 @@ void MainWindow::createPreviewAndLaunching()
     m_preview->ShowPage(WelcomePage::PageFile(*m_globals.settings, *m_globals.paths));
 }
 
+void MainWindow::resetLogOutTimeOut()
+{
+    if (m_security)
+        m_security->ResetLogOutTimeOutTimer();
+}
+
 void MainWindow::connectCommands()
 {
     m_commands = new CommandDispatcher([this] {
@@ -171,6 +185,36 @@ void MainWindow::connectCommands()
         if (panel == SecuritySession::SessionPanel && m_security)
             m_security->ShowSessionInformation();
     });
+    m_commands->setCommand(QStringLiteral("ID_New"), [this] { PerformDocumentCommand(605); });
+    m_commands->setCommand(QStringLiteral("ID_Open"), [this] { PerformDocumentCommand(606); });
+    m_commands->setCommand(QStringLiteral("ID_Run"), [this] { PerformDocumentCommand(607); });
+}
+
+// The folder tree, the file list's logic and the document commands, and
+// the events that tie them to the controls.
+void MainWindow::createOrganiser()
+{
+    auto reset = [this] { resetLogOutTimeOut(); };
+    m_organiserTree = std::make_unique<OrganiserTree>(*m_folderTree, *m_fileList, *m_shortcutsBar, m_globals);
+    m_treeNavigation = std::make_unique<TreeNavigation>(*m_folderTree, *m_organiserTree);
+    m_fileView = std::make_unique<FileView>(*m_folderTree, *m_fileList, *m_toolBars, m_globals, reset);
+    m_documentCommands = std::make_unique<DocumentCommands>(*m_folderTree, reset);
+    connect(m_folderTree, &FolderTreeControl::currentNodeChanged, this,
+            [this](const FolderNode& node, int state) { m_treeNavigation->OnCurrentNodeChanged(node, state); });
+    m_fileView->connectEvents();
+    connect(m_folderTree, &FolderTreeControl::buttonClicked, this, &MainWindow::PerformDocumentCommand);
+    connect(m_fileView.get(), &FileView::folderAppeared, this,
+            [this](const QString& path) { m_organiserTree->AddExplorerBranch(path); });
+    connect(m_fileView.get(), &FileView::folderVanished, this,
+            [this](const QString& path) { m_organiserTree->RemoveExplorerBranch(path); });
+    connect(m_shortcutsBar, &ShortcutsBar::itemClicked, this, [this](const QString& key) {
+        m_folderTree->setCurrentNode(m_organiserTree->nodeForKind(key.toInt()));
+    });
+}
+
+void MainWindow::PerformDocumentCommand(int command)
+{
+    m_documentCommands->PerformDocumentCommand(command);
 }
 
 void MainWindow::createSecuritySession()

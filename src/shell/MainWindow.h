@@ -20,7 +20,9 @@ class BrowserControl;
 class CommandDispatcher;
 class DataFolders;
 class DocumentLauncher;
+class DocumentCommands;
 class FileListControl;
+class FileView;
 class FolderTreeControl;
 class HelpSystem;
 class PlateLayoutViewer;
@@ -33,6 +35,8 @@ class SplashScreen;
 class StatusBarControl;
 class ToolBarsControl;
 class WelcomePage;
+class OrganiserTree;
+class TreeNavigation;
 
 struct MainWindowOptions
 {
@@ -94,6 +98,13 @@ public:
     ShellNotifications& shellNotifications() const { return *m_notifications; }
     DataFolders* dataFolders() const { return m_dataFolders.get(); }
     SingleInstance& singleInstance() const { return *m_singleInstance; }
+    OrganiserTree& organiserTree() const { return *m_organiserTree; }
+    TreeNavigation& treeNavigation() const { return *m_treeNavigation; }
+    FileView& fileView() const { return *m_fileView; }
+    DocumentCommands& documentCommands() const { return *m_documentCommands; }
+
+    // The document commands 605 to 608 of the tree's buttons and the tool bar.
+    void PerformDocumentCommand(int command);
 
     // The design geometry as recorded at the start of loading, in twips:
     // left, top, width, height.
@@ -109,6 +120,8 @@ private:
     void createControls();
     void createPreviewArea(QSplitter* splitter);
     void connectCommands();
+    void createOrganiser();
+    void resetLogOutTimeOut();
     void createSecuritySession();
     void createDataFolders();
     void createBrowser();
@@ -139,6 +152,10 @@ private:
     std::unique_ptr<ShellNotifications> m_notifications;
     std::unique_ptr<HelpSystem> m_help;
     std::unique_ptr<DataFolders> m_dataFolders;
+    std::unique_ptr<OrganiserTree> m_organiserTree;
+    std::unique_ptr<TreeNavigation> m_treeNavigation;
+    std::unique_ptr<FileView> m_fileView;
+    std::unique_ptr<DocumentCommands> m_documentCommands;
     QPointer<SplashScreen> m_splash;
     std::array<short, 4> m_designTwips{};
     bool m_mainWindowLoaded = false;

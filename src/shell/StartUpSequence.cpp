@@ -5,6 +5,7 @@
 #include "FolderTreeControl.h"
 #include "Messages.h"
 #include "NebraSecurityManager.h"
+#include "OrganiserTree.h"
 #include "PaneSetup.h"
 #include "Resources.h"
 #include "SecuritySession.h"
@@ -86,9 +87,7 @@ QList<StartUpSequence::Step> StartUpSequence::loadingSteps()
         {2, done([] {})}, // the panes' image lists are the style's icons: nothing to load
         {3, done([panes]() { panes.configureTreeAndFileList(); })},
         {2, done([panes]() { panes.addTreeButtons(); })},
-        {2, done([this] {
-             m_window.folderTree().setCaption(m_globals.resources->LoadResString(Resources::TreeCaption));
-         })},
+        {2, done([this] { m_window.organiserTree().InitialiseOrganiserTree(); })},
         {2, done([panes]() {
              panes.buildShortcutsBar();
              panes.SetShortcutBarIcons();

@@ -1,0 +1,234 @@
+#include "FileView.h"
+
+#include "DocumentTypes.h"
+#include "FileListControl.h"
+#include "FolderTreeControl.h"
+#include "Globals.h"
+#include "Messages.h"
+#include "RenameExtensionRule.h"
+#include "SuitePaths.h"
+#include "SuiteSettings.h"
+#include "ToolBarsControl.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+namespace nebra {
+
+namespace {
+const QString DateModifiedColumn = QStringLiteral("Date Modified");
+const QString AllFiles = QStringLiteral("*.*");
+} // namespace
+
+FileView::FileView(FolderTreeControl& tree, FileListControl& list, ToolBarsControl& tools, Globals& globals,
+                   std::function<void()> resetTimeOut, SortByColumnTimer::Clock clock, QObject* parent)
+    : QObject(parent), m_tree(tree), m_list(list), m_tools(tools), m_globals(globals),
+      m_resetTimeOut(std::move(resetTimeOut)),
+      m_sortTimer([this] { showSelectionAfterSort(); }, std::move(clock))
+{
+}
+
+void FileView::connectEvents()
+{
+    connect(&m_tree, &FolderTreeControl::nodeSelected, this, &FileView::ShowFolder);
+    connect(&m_list, &FileListControl::columnAboutToBeShown, this, &FileView::OnColumnAboutToBeShown);
+    connect(&m_list, &FileListControl::columnHeaderClicked, this, &FileView::OnColumnHeaderClicked);
+    connect(&m_list, &FileListControl::selectionChanged, this, &FileView::OnSelectionChanged);
+    connect(&m_list, &FileListControl::itemActivated, this, &FileView::OnItemActivated);
+    connect(&m_list, &FileListControl::beforeItemRenamed, this, &FileView::OnBeforeItemRenamed);
+    connect(&m_list, &FileListControl::itemRenamed, this, &FileView::OnItemRenamed);
+    connect(&m_list, &FileListControl::itemAdded, this, &FileView::OnItemAdded);
+    connect(&m_list, &FileListControl::itemRemoved, this, &FileView::OnItemRemoved);
+}
+
+void FileView::setPreviewHandlers(ShowPreview show, ClearPreview clear)
+{
+    m_showPreview = std::move(show);
+    m_clearPreview = std::move(clear);
+}
+
+int FileView::selectedType() const
+{
+    return m_tree.currentNode().data();
+}
+
+void FileView::ShowFolder(const FolderNode& node)
+{
+    const int type = node.data();
+    if (type >= 1 && type <= 4)
+        m_list.setFilter(DocumentTypes::filter(type));
+    if (type >= 1 && type <= 5)
+        m_currentDocumentTypeName = DocumentTypes::caption(type);
+    if (type != 0) {
+        m_listingComplete = false;
+        m_list.setFolder(node.folderPath());
+        if (type == 5)
+            m_list.setFilter(AllFiles);
+        m_listingComplete = true;
+        m_list.sortByColumn(DateModifiedColumn);
+        if (const int count = m_list.itemCount(); count >= 1) {
+            const FileListItem newest = m_list.item(count);
+            newest.ensureVisible();
+            newest.setSelected(true);
+        } else if (m_clearPreview) {
+            m_clearPreview(false);
+        }
+    }
+    UpdateDocumentCommands();
+}
+
+void FileView::UpdateDocumentCommands()
+{
+    bool singleFile = false;
+    if (m_list.selectedCount() == 1)
+        singleFile = m_list.firstSelectedItem().attributes(FileListItem::FolderAttribute) == 0;
+    const std::optional<DocumentTypes::CommandStates> states =
+        DocumentTypes::commandStates(selectedType(), singleFile);
+    if (!states)
+        return;
+    m_tree.setButtonEnabled(DocumentTypes::NewCommand, states->newEnabled);
+    m_tree.setButtonEnabled(DocumentTypes::OpenCommand, states->openEnabled);
+    m_tree.setButtonEnabled(DocumentTypes::RunCommand, states->runEnabled);
+    m_tools.setToolEnabled(QStringLiteral("ID_New"), states->newEnabled);
+    m_tools.setToolEnabled(QStringLiteral("ID_Open"), states->openEnabled);
+    m_tools.setToolEnabled(QStringLiteral("ID_Run"), states->runEnabled);
+}
+
+void FileView::OnColumnAboutToBeShown(const QString& name, bool& show)
+{
+    if (name == QLatin1String("Size") || name == QLatin1String("Type"))
+        show = false;
+}
+
+void FileView::OnColumnHeaderClicked(const QString&)
+{
+    m_sortTimer.Arm();
+}
+
+void FileView::showSelectionAfterSort()
+{
+    const int count = m_list.itemCount();
+    for (int i = 1; i <= count; ++i) {
+        const FileListItem item = m_list.item(i);
+        if (item.isSelected())
+            item.ensureVisible();
+    }
+}
+
+void FileView::OnSelectionChanged(const FileListItem&)
+{
+    const int type = selectedType();
+    if (type == 0)
+        return;
+    // Read afresh: the Options dialog may have changed it.
+    const bool previewOn = m_globals.settings && m_globals.settings->ShowPreviewPane();
+    if (previewOn && (type == 2 || m_globals.InstrumentDriversInUse)) {
+        if (m_list.selectedCount() == 1) {
+            if (m_showPreview)
+                m_showPreview(m_list.firstSelectedItem());
+        } else if (m_clearPreview) {
+            m_clearPreview(false);
+        }
+    }
+    UpdateDocumentCommands();
+    if (m_resetTimeOut)
+        m_resetTimeOut();
+}
+
+void FileView::OnItemActivated(const FileListItem& item, bool& handled)
+{
+    if (!item.attributes(FileListItem::FolderAttribute))
+        return; // a file: the list's own default action applies
+    const FolderNode selected = m_tree.currentNode();
+    for (int i = 0; i < selected.childCount(); ++i) {
+        const FolderNode child = selected.child(i);
+        if (child.folderPath().compare(item.path(), Qt::CaseInsensitive) == 0) {
+            m_tree.setCurrentNode(child);
+            break;
+        }
+    }
+    handled = true;
+}
+
+void FileView::OnBeforeItemRenamed(const FileListItem& item, const QString& newName, bool& cancel)
+{
+    if (newName.isEmpty() || item.attributes(FileListItem::FolderAttribute))
+        return;
+    if (!RenameExtensionRule::IsRefused(m_list.filter(), newName, item.name(), item.path()))
+        return;
+    Messages::show({RenameExtensionRule::Message, RenameExtensionRule::Title, MessageIcon::Warning,
+                    MessageButton::Ok, MessageButton::Ok, &m_list});
+    cancel = true;
+}
+
+void FileView::OnItemRenamed(const FileListItem& item, const QString& oldPath)
+{
+    if (!item.isFolder())
+        renamePreviewFile(oldPath, item.path());
+}
+
+// The preview page of a renamed document follows it. A protocol's preview
+// shows the protocol's name, so it is dropped and made again by the assay
+// application; other previews are renamed unless the new name is taken.
+void FileView::renamePreviewFile(const QString& oldPath, const QString& newPath)
+{
+    if (!m_globals.paths)
+        return;
+    const QString preview = m_globals.paths->PreviewFileFor(oldPath);
+    if (preview == oldPath || !QFileInfo::exists(preview))
+        return;
+    bool done = true;
+    if (oldPath.endsWith(QLatin1String(".apr"), Qt::CaseInsensitive)) {
+        done = QFile::remove(preview);
+    } else {
+        const QString newPreview = m_globals.paths->PreviewFileFor(newPath);
+        if (newPreview == newPath || QFileInfo::exists(newPreview))
+            return;
+        done = QFile::rename(preview, newPreview);
+    }
+    if (!done)
+        Messages::show(
+            {QStringLiteral("The file: \r\n%1\r\ndoes not appears to be a valid Assay Protocol file and "
+                            "cannot be opened.")
+                 .arg(QFileInfo(preview).fileName()),
+             {},
+             MessageIcon::Critical,
+             MessageButton::Ok,
+             MessageButton::Ok,
+             &m_list});
+}
+
+// Subfolders that appear in or vanish from the list keep the tree in step,
+// but not while the list is being pointed at another folder.
+void FileView::OnItemAdded(const FileListItem& item)
+{
+    if (!m_listingComplete || !item.isFolder())
+        return;
+    const FolderNode selected = m_tree.currentNode();
+    if (selected.folderPath() != m_list.folder())
+        return; // the list still shows another node's folder
+    const QString name = QFileInfo(item.path()).fileName();
+    for (int i = 0; i < selected.childCount(); ++i)
+        if (selected.child(i).text().compare(name, Qt::CaseInsensitive) == 0)
+            return;
+    Q_EMIT folderAppeared(item.path());
+}
+
+void FileView::OnItemRemoved(const FileListItem& item)
+{
+    if (!m_listingComplete || !item.isFolder())
+        return;
+    const FolderNode selected = m_tree.currentNode();
+    if (selected.folderPath() != m_list.folder())
+        return; // the list still shows another node's folder
+    const QString name = QFileInfo(item.path()).fileName();
+    for (int i = 0; i < selected.childCount(); ++i) {
+        const FolderNode child = selected.child(i);
+        if (child.text().compare(name, Qt::CaseInsensitive) == 0) {
+            Q_EMIT folderVanished(child.folderPath());
+            return;
+        }
+    }
+}
+
+} // namespace nebra

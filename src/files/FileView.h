@@ -1,0 +1,84 @@
+#pragma once
+
+#include "FileListItem.h"
+#include "FolderNode.h"
+#include "SortByColumnTimer.h"
+
+#include <QObject>
+
+#include <functional>
+
+namespace nebra {
+
+class FileListControl;
+class FolderTreeControl;
+class ToolBarsControl;
+struct Globals;
+
+// The Organiser's side of the file list: what it shows for the folder
+// selected in the tree, the columns it refuses, keeping the selection in
+// view after a sort, what a selection change and a double-click set off,
+// the rename rule, and the enabled state of the document commands.
+class FileView : public QObject
+{
+    Q_OBJECT
+public:
+    using ShowPreview = std::function<void(const FileListItem&)>;
+    using ClearPreview = std::function<void(bool waitUntilLoaded)>;
+
+    FileView(FolderTreeControl& tree, FileListControl& list, ToolBarsControl& tools, Globals& globals,
+             std::function<void()> resetTimeOut,
+             SortByColumnTimer::Clock clock = &SortByColumnTimer::secondsSinceMidnight,
+             QObject* parent = nullptr);
+
+    // Connects the handlers to the controls' events.
+    void connectEvents();
+    // The preview pane's entry points; both do nothing until set.
+    void setPreviewHandlers(ShowPreview show, ClearPreview clear);
+
+    // The tree's node-selected event: the list shows the node's folder with
+    // its type's filter, sorted by date, the newest document selected.
+    void ShowFolder(const FolderNode& node);
+    // New, Open and Run on the tree's buttons and the tool bar, by the
+    // selected node's type and the list's selection.
+    void UpdateDocumentCommands();
+
+    // The caption of the last document folder shown; a visit to the root leaves it.
+    QString CurrentDocumentTypeName() const { return m_currentDocumentTypeName; }
+    bool listingComplete() const { return m_listingComplete; }
+    SortByColumnTimer& TimerSortByColumn() { return m_sortTimer; }
+
+    // Handlers of the file list's events.
+    void OnColumnAboutToBeShown(const QString& name, bool& show);
+    void OnColumnHeaderClicked(const QString& name);
+    void OnSelectionChanged(const FileListItem& item);
+    void OnItemActivated(const FileListItem& item, bool& handled);
+    void OnBeforeItemRenamed(const FileListItem& item, const QString& newName, bool& cancel);
+    void OnItemRenamed(const FileListItem& item, const QString& oldPath);
+    void OnItemAdded(const FileListItem& item);
+    void OnItemRemoved(const FileListItem& item);
+
+Q_SIGNALS:
+    // A subfolder appeared in or vanished from the folder shown; the tree
+    // adds or removes the branch of that path.
+    void folderAppeared(const QString& path);
+    void folderVanished(const QString& path);
+
+private:
+    int selectedType() const;
+    void showSelectionAfterSort();
+    void renamePreviewFile(const QString& oldPath, const QString& newPath);
+
+    FolderTreeControl& m_tree;
+    FileListControl& m_list;
+    ToolBarsControl& m_tools;
+    Globals& m_globals;
+    std::function<void()> m_resetTimeOut;
+    SortByColumnTimer m_sortTimer;
+    ShowPreview m_showPreview;
+    ClearPreview m_clearPreview;
+    QString m_currentDocumentTypeName;
+    bool m_listingComplete = true;
+};
+
+} // namespace nebra

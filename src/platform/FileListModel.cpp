@@ -1,0 +1,321 @@
+#include "FileListModel.h"
+
+#include "DirectoryReader.h"
+#include "WildcardFilter.h"
+
+#include <QDateTime>
+#include <QFile>
+#include <QLocale>
+
+#include <algorithm>
+
+#include <sys/xattr.h>
+
+namespace nebra {
+
+const QString FileListModel::NameColumn = QStringLiteral("Name");
+const QString FileListModel::SizeColumn = QStringLiteral("Size");
+const QString FileListModel::TypeColumn = QStringLiteral("Type");
+const QString FileListModel::DateModifiedColumn = QStringLiteral("Date Modified");
+const QString FileListModel::CommentColumn = QStringLiteral("Comment");
+
+namespace {
+
+int compareNames(const QString& a, const QString& b)
+{
+    const int c = a.compare(b, Qt::CaseInsensitive);
+    return c != 0 ? c : a.compare(b, Qt::CaseSensitive);
+}
+
+template <typename T> int threeWay(T a, T b)
+{
+    return a < b ? -1 : (b < a ? 1 : 0);
+}
+
+// The freedesktop comment of a file; empty when it has none or the file
+// system keeps no extended attributes.
+QString readComment(const QString& path)
+{
+    const QByteArray encoded = QFile::encodeName(path);
+    char buffer[4096];
+    const ssize_t length = ::getxattr(encoded.constData(), "user.xdg.comment", buffer, sizeof buffer);
+    return length > 0 ? QString::fromUtf8(buffer, qsizetype(length)) : QString();
+}
+
+} // namespace
+
+FileListModel::FileListModel(QObject* parent)
+    : QAbstractTableModel(parent), m_columns{NameColumn, SizeColumn, TypeColumn, DateModifiedColumn}
+{
+}
+
+void FileListModel::addColumn(const QString& name)
+{
+    if (m_columns.contains(name))
+        return;
+    beginInsertColumns({}, int(m_columns.size()), int(m_columns.size()));
+    m_columns.append(name);
+    endInsertColumns();
+}
+
+FileListModel::Kind FileListModel::kindOf(int column) const
+{
+    const QString& name = m_columns.at(column);
+    if (name == NameColumn)
+        return Kind::Name;
+    if (name == SizeColumn)
+        return Kind::Size;
+    if (name == TypeColumn)
+        return Kind::Type;
+    if (name == DateModifiedColumn)
+        return Kind::DateModified;
+    if (name == CommentColumn)
+        return Kind::Comment;
+    return Kind::Other;
+}
+
+bool FileListModel::load(const QString& folder, const QString& filter)
+{
+    DirectoryReader::FileListing listing =
+        DirectoryReader::files(QFile::encodeName(folder), WildcardFilter(filter));
+    beginResetModel();
+    m_folder = folder;
+    m_error = listing.error;
+    ++m_generation;
+    m_entries.clear();
+    m_entries.reserve(listing.records.size());
+    qint32 id = 0;
+    for (DirectoryReader::FileRecord& record : listing.records) {
+        Entry entry;
+        entry.name = std::move(record.name);
+        entry.mtimeSeconds = record.mtimeSeconds;
+        entry.mtimeNanoseconds = record.mtimeNanoseconds;
+        entry.size = record.size;
+        entry.isFolder = record.isFolder;
+        entry.id = id++;
+        m_entries.push_back(std::move(entry));
+    }
+    sortEntries();
+    endResetModel();
+    return m_error == 0;
+}
+
+void FileListModel::setShowExtensions(bool show)
+{
+    if (m_showExtensions == show)
+        return;
+    m_showExtensions = show;
+    if (!m_entries.empty())
+        Q_EMIT dataChanged(index(0, 0), index(rowCount() - 1, 0));
+}
+
+QString FileListModel::displayedName(int row) const
+{
+    const Entry& entry = m_entries[size_t(row)];
+    if (m_showExtensions || entry.isFolder)
+        return entry.name;
+    const qsizetype dot = entry.name.lastIndexOf(QLatin1Char('.'));
+    return dot > 0 ? entry.name.left(dot) : entry.name;
+}
+
+QString FileListModel::fullPath(int row) const
+{
+    if (m_folder.endsWith(QLatin1Char('/')))
+        return m_folder + m_entries[size_t(row)].name;
+    return m_folder + QLatin1Char('/') + m_entries[size_t(row)].name;
+}
+
+int FileListModel::rowOfId(qint32 id) const
+{
+    return id >= 0 && size_t(id) < m_rowOfId.size() ? m_rowOfId[size_t(id)] : -1;
+}
+
+void FileListModel::renameEntry(int row, const QString& newName)
+{
+    if (row < 0 || size_t(row) >= m_entries.size())
+        return;
+    m_entries[size_t(row)].name = newName;
+    Q_EMIT dataChanged(index(row, 0), index(row, columnCount() - 1));
+}
+
+void FileListModel::removeEntry(int row)
+{
+    if (row < 0 || size_t(row) >= m_entries.size())
+        return;
+    beginRemoveRows({}, row, row);
+    m_entries.erase(m_entries.begin() + row);
+    rebuildRowIndex();
+    endRemoveRows();
+}
+
+const QString& FileListModel::commentOf(const Entry& entry) const
+{
+    if (!entry.commentLoaded) {
+        entry.comment = readComment(m_folder + QLatin1Char('/') + entry.name);
+        entry.commentLoaded = true;
+    }
+    return entry.comment;
+}
+
+QString FileListModel::typeText(const Entry& entry) const
+{
+    if (entry.isFolder)
+        return tr("File folder");
+    const qsizetype dot = entry.name.lastIndexOf(QLatin1Char('.'));
+    if (dot <= 0 || dot == entry.name.size() - 1)
+        return tr("File");
+    return tr("%1 File").arg(entry.name.mid(dot + 1).toUpper());
+}
+
+QString FileListModel::cell(const Entry& entry, Kind kind) const
+{
+    switch (kind) {
+    case Kind::Name:
+        return entry.name;
+    case Kind::Size:
+        return entry.isFolder ? QString() : QLocale().formattedDataSize(entry.size, 0);
+    case Kind::Type:
+        return typeText(entry);
+    case Kind::DateModified:
+        // One conversion per row shown, never one per row sorted.
+        return QLocale().toString(QDateTime::fromSecsSinceEpoch(entry.mtimeSeconds), QLocale::ShortFormat);
+    case Kind::Comment:
+        return commentOf(entry);
+    case Kind::Other:
+        break;
+    }
+    return {};
+}
+
+int FileListModel::rowCount(const QModelIndex& parent) const
+{
+    return parent.isValid() ? 0 : int(m_entries.size());
+}
+
+int FileListModel::columnCount(const QModelIndex& parent) const
+{
+    return parent.isValid() ? 0 : int(m_columns.size());
+}
+
+QVariant FileListModel::data(const QModelIndex& index, int role) const
+{
+    if (!index.isValid() || size_t(index.row()) >= m_entries.size())
+        return {};
+    const Entry& entry = m_entries[size_t(index.row())];
+    const Kind kind = kindOf(index.column());
+    switch (role) {
+    case Qt::DisplayRole:
+    case Qt::AccessibleTextRole:
+        return kind == Kind::Name ? displayedName(index.row()) : cell(entry, kind);
+    case Qt::EditRole:
+        return kind == Kind::Name ? displayedName(index.row()) : QVariant();
+    case Qt::TextAlignmentRole:
+        return kind == Kind::Size ? QVariant(Qt::AlignRight | Qt::AlignVCenter) : QVariant();
+    case FullPathRole:
+        return fullPath(index.row());
+    case IsFolderRole:
+        return entry.isFolder;
+    default:
+        return {};
+    }
+}
+
+QVariant FileListModel::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    if (orientation == Qt::Horizontal && role == Qt::DisplayRole && section >= 0 &&
+        section < m_columns.size())
+        return m_columns.at(section);
+    return {};
+}
+
+Qt::ItemFlags FileListModel::flags(const QModelIndex& index) const
+{
+    if (!index.isValid())
+        return Qt::NoItemFlags;
+    Qt::ItemFlags flags = Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemNeverHasChildren;
+    if (kindOf(index.column()) == Kind::Name)
+        flags |= Qt::ItemIsEditable;
+    return flags;
+}
+
+bool FileListModel::setData(const QModelIndex& index, const QVariant& value, int role)
+{
+    if (!index.isValid() || role != Qt::EditRole || kindOf(index.column()) != Kind::Name)
+        return false;
+    // Nothing changes here: the owner renames on disk and then calls renameEntry().
+    Q_EMIT renameRequested(index.row(), value.toString());
+    return false;
+}
+
+void FileListModel::sortEntries()
+{
+    const Kind kind =
+        m_sortColumn >= 0 && m_sortColumn < m_columns.size() ? kindOf(m_sortColumn) : Kind::Name;
+    if (kind == Kind::Comment)
+        for (const Entry& entry : m_entries)
+            commentOf(entry);
+    const bool descending = m_sortOrder == Qt::DescendingOrder;
+    std::sort(m_entries.begin(), m_entries.end(), [this, kind, descending](const Entry& a, const Entry& b) {
+        if (a.isFolder != b.isFolder)
+            return a.isFolder; // folders first, in either order
+        int c = 0;
+        switch (kind) {
+        case Kind::DateModified:
+            c = threeWay(a.mtimeSeconds, b.mtimeSeconds);
+            if (c == 0)
+                c = threeWay(a.mtimeNanoseconds, b.mtimeNanoseconds);
+            break;
+        case Kind::Size:
+            c = threeWay(a.size, b.size);
+            break;
+        case Kind::Type:
+            c = typeText(a).compare(typeText(b), Qt::CaseInsensitive);
+            break;
+        case Kind::Comment:
+            c = a.comment.compare(b.comment, Qt::CaseInsensitive);
+            break;
+        case Kind::Name:
+        case Kind::Other:
+            break;
+        }
+        if (c == 0)
+            c = compareNames(a.name, b.name);
+        if (c == 0)
+            c = threeWay(a.id, b.id);
+        return descending ? c > 0 : c < 0;
+    });
+    rebuildRowIndex();
+}
+
+void FileListModel::rebuildRowIndex()
+{
+    qint32 maxId = -1;
+    for (const Entry& entry : m_entries)
+        maxId = std::max(maxId, entry.id);
+    m_rowOfId.assign(size_t(maxId + 1), -1);
+    for (size_t row = 0; row < m_entries.size(); ++row)
+        m_rowOfId[size_t(m_entries[row].id)] = qint32(row);
+}
+
+void FileListModel::sort(int column, Qt::SortOrder order)
+{
+    if (column < 0 || column >= m_columns.size())
+        return;
+    m_sortColumn = column;
+    m_sortOrder = order;
+    Q_EMIT layoutAboutToBeChanged({}, QAbstractItemModel::VerticalSortHint);
+    const QModelIndexList before = persistentIndexList();
+    std::vector<std::pair<qint32, int>> kept; // entry id and column of each persistent index
+    kept.reserve(size_t(before.size()));
+    for (const QModelIndex& index : before)
+        kept.emplace_back(m_entries[size_t(index.row())].id, index.column());
+    sortEntries();
+    QModelIndexList after;
+    after.reserve(before.size());
+    for (const auto& [id, column] : kept)
+        after.append(index(rowOfId(id), column));
+    changePersistentIndexList(before, after);
+    Q_EMIT layoutChanged({}, QAbstractItemModel::VerticalSortHint);
+}
+
+} // namespace nebra

@@ -1,0 +1,63 @@
+#include "SortByColumnTimer.h"
+
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace nebra;
+
+class SortByColumnTimerTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void showsTheSelectionOnceTheDelayHasPassed_data()
+    {
+        QTest::addColumn<double>("clicked");
+        QTest::addColumn<double>("early");
+        QTest::addColumn<double>("late");
+        QTest::newRow("midday") << 43200.0 << 43200.04 << 43200.06;
+        QTest::newRow("across midnight") << 86399.98 << 0.02 << 0.04;
+    }
+
+    void showsTheSelectionOnceTheDelayHasPassed()
+    {
+        QFETCH(double, clicked);
+        QFETCH(double, early);
+        QFETCH(double, late);
+        double now = clicked;
+        int shown = 0;
+        SortByColumnTimer timer([&shown] { ++shown; }, [&now] { return now; });
+        timer.Arm();
+        QVERIFY(timer.isArmed());
+        QCOMPARE(timer.sortTimeStamp(), clicked);
+        now = early; // the stamp plus 0.05 s is still after now
+        timer.Tick();
+        QCOMPARE(shown, 0);
+        QVERIFY(timer.isArmed());
+        now = late;
+        timer.Tick();
+        QCOMPARE(shown, 1);
+        QVERIFY(!timer.isArmed());
+    }
+
+    void theTimerTicksByItself()
+    {
+        double now = 100.0;
+        int shown = 0;
+        int readings = 0;
+        SortByColumnTimer timer([&shown] { ++shown; },
+                                [&now, &readings] {
+                                    ++readings;
+                                    return now;
+                                });
+        timer.Arm();
+        QTRY_VERIFY_WITH_TIMEOUT(readings >= 4, 2000); // ticks arrive, but the clock has not moved
+        QCOMPARE(shown, 0);
+        now = 100.1;
+        QTRY_COMPARE_WITH_TIMEOUT(shown, 1, 2000);
+        QVERIFY(!timer.isArmed());
+    }
+};
+
+QTEST_GUILESS_MAIN(SortByColumnTimerTest)
+#include "SortByColumnTimerTest.moc"

@@ -1,0 +1,124 @@
+#include "DirectoryReader.h"
+#include "TestFiles.h"
+#include "WildcardFilter.h"
+
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <cerrno>
+
+#include <unistd.h>
+
+using namespace nebra;
+using nebra::test::makeFolder;
+using nebra::test::writeFile;
+
+namespace {
+
+QStringList names(const DirectoryReader::SubfolderListing& listing)
+{
+    QStringList result;
+    for (const DirectoryReader::Subfolder& folder : listing.folders)
+        result.append(folder.name + (folder.isLink ? QStringLiteral(" ->") : QString()));
+    return result;
+}
+
+QByteArray encoded(const QString& path)
+{
+    return QFile::encodeName(path);
+}
+
+} // namespace
+
+class DirectoryReaderTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void subfoldersAreEveryFolderSortedWithoutCase()
+    {
+        QTemporaryDir dir;
+        const QString odd = QString::fromUtf8("Ünïcode two\nlines");
+        for (const QString& name : {QStringLiteral("beta"), QStringLiteral("Alpha"),
+                                    QStringLiteral(".hidden"), QStringLiteral("with blank"), odd})
+            makeFolder(dir.filePath(name));
+        writeFile(dir.filePath(QStringLiteral("file.apr")));
+        QVERIFY(QFile::link(dir.filePath(QStringLiteral("beta")), dir.filePath(QStringLiteral("link"))));
+        QVERIFY(
+            QFile::link(dir.filePath(QStringLiteral("file.apr")), dir.filePath(QStringLiteral("file link"))));
+        QVERIFY(QFile::link(dir.filePath(QStringLiteral("gone")), dir.filePath(QStringLiteral("broken"))));
+        QVERIFY(QFile::link(dir.filePath(QStringLiteral("loop")), dir.filePath(QStringLiteral("loop"))));
+
+        const DirectoryReader::SubfolderListing listing = DirectoryReader::subfolders(encoded(dir.path()));
+        QCOMPARE(listing.error, 0);
+        QCOMPARE(names(listing),
+                 (QStringList{QStringLiteral(".hidden"), QStringLiteral("Alpha"), QStringLiteral("beta"),
+                              QStringLiteral("link ->"), QStringLiteral("with blank"), odd}));
+        // The link leads to the folder beta itself.
+        const DirectoryReader::SubfolderListing beta =
+            DirectoryReader::subfolders(encoded(dir.filePath("beta")));
+        QCOMPARE(listing.folders[3].target, beta.id);
+    }
+
+    void aFolderThatCannotBeReadListsNothing_data()
+    {
+        QTest::addColumn<QString>("relative");
+        QTest::addColumn<int>("error");
+        QTest::newRow("vanished") << "gone" << ENOENT;
+        QTest::newRow("a file") << "file.apr" << ENOTDIR;
+        QTest::newRow("empty path") << "" << ENOENT;
+        QTest::newRow("no permission") << "locked" << EACCES;
+    }
+
+    void aFolderThatCannotBeReadListsNothing()
+    {
+        QFETCH(QString, relative);
+        QFETCH(int, error);
+        if (error == EACCES && ::geteuid() == 0)
+            QSKIP("permissions do not bind root");
+        QTemporaryDir dir;
+        writeFile(dir.filePath(QStringLiteral("file.apr")));
+        makeFolder(dir.filePath(QStringLiteral("locked/inside")));
+        QFile::setPermissions(dir.filePath(QStringLiteral("locked")), QFileDevice::WriteOwner);
+        const QByteArray path = relative.isEmpty() ? QByteArray() : encoded(dir.filePath(relative));
+        const DirectoryReader::SubfolderListing folders = DirectoryReader::subfolders(path);
+        QCOMPARE(folders.error, error);
+        QVERIFY(folders.folders.empty());
+        const DirectoryReader::FileListing files = DirectoryReader::files(path, WildcardFilter());
+        QCOMPARE(files.error, error);
+        QVERIFY(files.records.empty());
+        QFile::setPermissions(dir.filePath(QStringLiteral("locked")),
+                              QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+    }
+
+    void filesAreFoldersAndMatchingFilesWithRawTimes()
+    {
+        QTemporaryDir dir;
+        writeFile(dir.filePath(QStringLiteral("a.apr")), "12345", 1700000000, 123456789);
+        writeFile(dir.filePath(QStringLiteral("b.mht")));
+        writeFile(dir.filePath(QStringLiteral("no extension")));
+        makeFolder(dir.filePath(QStringLiteral("sub.folder")));
+        QVERIFY(QFile::link(dir.filePath(QStringLiteral("a.apr")), dir.filePath(QStringLiteral("link.apr"))));
+        QVERIFY(QFile::link(dir.filePath(QStringLiteral("gone.apr")),
+                            dir.filePath(QStringLiteral("broken.apr"))));
+
+        QMap<QString, DirectoryReader::FileRecord> byName;
+        for (const DirectoryReader::FileRecord& record :
+             DirectoryReader::files(encoded(dir.path()), WildcardFilter(QStringLiteral("*.apr"))).records)
+            byName.insert(record.name, record);
+        QCOMPARE(byName.keys(), (QStringList{QStringLiteral("a.apr"), QStringLiteral("broken.apr"),
+                                             QStringLiteral("link.apr"), QStringLiteral("sub.folder")}));
+        QCOMPARE(byName["a.apr"].mtimeSeconds, 1700000000);
+        QCOMPARE(byName["a.apr"].mtimeNanoseconds, 123456789);
+        QCOMPARE(byName["a.apr"].size, 5);
+        QCOMPARE(byName["link.apr"].mtimeNanoseconds, 123456789); // the link's target
+        QVERIFY(byName["sub.folder"].isFolder);
+        QVERIFY(!byName["broken.apr"].isFolder);
+
+        const auto all = DirectoryReader::files(encoded(dir.path()), WildcardFilter(QStringLiteral("*.*")));
+        QCOMPARE(all.records.size(), size_t(6)); // "no extension" too
+    }
+};
+
+QTEST_GUILESS_MAIN(DirectoryReaderTest)
+#include "DirectoryReaderTest.moc"

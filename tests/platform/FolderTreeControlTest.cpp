@@ -1,0 +1,108 @@
+#include "FolderTreeControl.h"
+#include "FolderTreeModel.h"
+
+#include <QSignalSpy>
+#include <QTest>
+#include <QTreeView>
+
+using namespace nebra;
+
+namespace {
+
+struct Tree
+{
+    FolderTreeControl control;
+    FolderNode root, a, a1, b;
+
+    Tree()
+    {
+        control.addButton(FolderTreeControl::BackButton, QStringLiteral("Back"));
+        control.addButton(FolderTreeControl::ForwardButton, QStringLiteral("Forward"));
+        control.addButton(FolderTreeControl::UpButton, QStringLiteral("Up"));
+        control.addButton(605, QStringLiteral("New"));
+        root = control.addNode(QStringLiteral("root"));
+        a = control.addNode(root, QStringLiteral("a"));
+        a1 = control.addNode(a, QStringLiteral("a1"));
+        b = control.addNode(root, QStringLiteral("b"));
+    }
+};
+
+} // namespace
+
+class FolderTreeControlTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void backForwardAndUpWalkTheHistory()
+    {
+        Tree tree;
+        QSignalSpy changed(&tree.control, &FolderTreeControl::currentNodeChanged);
+        QSignalSpy selected(&tree.control, &FolderTreeControl::nodeSelected);
+        QSignalSpy clicked(&tree.control, &FolderTreeControl::buttonClicked);
+        tree.control.setCurrentNode(tree.a);
+        tree.control.setCurrentNode(tree.b);
+        tree.control.setCurrentNode(tree.b); // no change, no event
+        QCOMPARE(selected.count(), 2);
+        QCOMPARE(changed.last().at(1).toInt(), int(FolderTreeControl::SelectedChange));
+        QVERIFY(tree.control.isButtonEnabled(FolderTreeControl::BackButton));
+        QVERIFY(!tree.control.isButtonEnabled(FolderTreeControl::ForwardButton));
+
+        tree.control.clickButton(FolderTreeControl::BackButton);
+        QCOMPARE(tree.control.currentNode(), tree.a);
+        QCOMPARE(changed.last().at(1).toInt(), int(FolderTreeControl::NavigationChange));
+        QCOMPARE(clicked.last().at(0).toInt(), int(FolderTreeControl::BackButton));
+        QVERIFY(tree.control.isButtonEnabled(FolderTreeControl::ForwardButton));
+        tree.control.clickButton(FolderTreeControl::ForwardButton);
+        QCOMPARE(tree.control.currentNode(), tree.b);
+
+        tree.control.setCurrentNode(tree.a1);
+        QVERIFY(!tree.control.isButtonEnabled(FolderTreeControl::ForwardButton)); // a new path drops forward
+        tree.control.clickButton(FolderTreeControl::UpButton);
+        QCOMPARE(tree.control.currentNode(), tree.a);
+        QCOMPARE(changed.last().at(1).toInt(), int(FolderTreeControl::NavigationChange));
+        tree.control.clickButton(FolderTreeControl::BackButton);
+        QCOMPARE(tree.control.currentNode(), tree.a1);
+    }
+
+    void removedNodesDropOutOfTheHistory()
+    {
+        Tree tree;
+        tree.control.setCurrentNode(tree.b);
+        tree.control.setCurrentNode(tree.a1);
+        tree.control.setCurrentNode(tree.root);
+        QVERIFY(tree.control.removeNode(tree.a));
+        tree.control.clickButton(FolderTreeControl::BackButton);
+        QCOMPARE(tree.control.currentNode(), tree.b); // a1 went with a
+        QVERIFY(!tree.control.isButtonEnabled(FolderTreeControl::BackButton));
+    }
+
+    void anUpdateKeepsTheCurrentNodeQuietly()
+    {
+        Tree tree;
+        tree.control.setCurrentNode(tree.a1);
+        QSignalSpy selected(&tree.control, &FolderTreeControl::nodeSelected);
+        tree.control.beginUpdate();
+        tree.control.nodes().removeChildren(tree.b);
+        tree.control.addNode(tree.b, QStringLiteral("b1")).setDisplayFlagA(true);
+        tree.b.setDisplayFlagA(true);
+        tree.control.endUpdate();
+        QCOMPARE(tree.control.currentNode(), tree.a1);
+        QCOMPARE(selected.count(), 0);
+        QVERIFY(tree.control.view()->isExpanded(tree.control.nodes().indexOf(tree.b)));
+    }
+
+    void aFreshTreeSelectsItsFirstNode()
+    {
+        FolderTreeControl control;
+        QSignalSpy selected(&control, &FolderTreeControl::nodeSelected);
+        control.beginUpdate();
+        const FolderNode root = control.addNode(QStringLiteral("root"));
+        control.endUpdate();
+        QCOMPARE(control.currentNode(), root);
+        QCOMPARE(selected.count(), 1);
+    }
+};
+
+QTEST_MAIN(FolderTreeControlTest)
+#include "FolderTreeControlTest.moc"

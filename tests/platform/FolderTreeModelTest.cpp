@@ -1,0 +1,95 @@
+#include "FolderTreeModel.h"
+
+#include <QAbstractItemModelTester>
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace nebra;
+
+namespace {
+
+QStringList flatTexts(const FolderTreeModel& model)
+{
+    QStringList texts;
+    for (int i = 0; i < model.count(); ++i)
+        texts.append(model.node(i).text());
+    return texts;
+}
+
+} // namespace
+
+class FolderTreeModelTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void flatOrderIsDisplayOrder()
+    {
+        FolderTreeModel model;
+        QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+        const FolderNode root = model.addNode(QStringLiteral("root"));
+        const FolderNode a = model.addNode(root, QStringLiteral("a"));
+        const FolderNode b = model.addNode(root, QStringLiteral("b"));
+        model.addNode(a, QStringLiteral("a1"));
+        model.insertNode(root, 1, QStringLiteral("between"));
+        model.insertNode(root, 0, QStringLiteral("first"));
+        model.addNode(QStringLiteral("second top"));
+        QCOMPARE(flatTexts(model), (QStringList{"root", "first", "a", "a1", "between", "b", "second top"}));
+        QCOMPARE(model.count(), 7);
+        QCOMPARE(model.node(3).level(), 2);
+        QCOMPARE(model.node(3).parent(), a);
+        QCOMPARE(root.child(3), b);
+        QCOMPARE(model.indexOf(b).row(), 3);
+        QVERIFY(!model.node(7).isValid());
+        QVERIFY(!model.node(-1).isValid());
+    }
+
+    void removingANodeTakesItsSubtreeAndInvalidatesHandles()
+    {
+        FolderTreeModel model;
+        QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+        const FolderNode root = model.addNode(QStringLiteral("root"));
+        const FolderNode a = model.addNode(root, QStringLiteral("a"));
+        const FolderNode a1 = model.addNode(a, QStringLiteral("a1"));
+        const FolderNode b = model.addNode(root, QStringLiteral("b"));
+        QVERIFY(model.removeNode(a));
+        QVERIFY(!a.isValid());
+        QVERIFY(!a1.isValid());
+        QCOMPARE(a1.text(), QString());
+        a1.setText(QStringLiteral("ignored")); // harmless on a removed node
+        QVERIFY(!model.removeNode(a));
+        QCOMPARE(flatTexts(model), (QStringList{"root", "b"}));
+        QCOMPARE(model.indexOf(b).row(), 0);
+        // A slot used again does not bring old handles back.
+        const FolderNode c = model.addNode(root, QStringLiteral("c"));
+        QVERIFY(c.isValid());
+        QVERIFY(!a.isValid() && !a1.isValid());
+        model.removeChildren(root);
+        QCOMPARE(root.childCount(), 0);
+        QCOMPARE(model.count(), 1);
+        model.clear();
+        QCOMPARE(model.count(), 0);
+        QVERIFY(!root.isValid());
+    }
+
+    void anUpdateTellsTheViewOnce()
+    {
+        FolderTreeModel model;
+        QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+        QSignalSpy inserted(&model, &QAbstractItemModel::rowsInserted);
+        QSignalSpy reset(&model, &QAbstractItemModel::modelReset);
+        QSignalSpy finished(&model, &FolderTreeModel::updateFinished);
+        model.beginUpdate();
+        const FolderNode root = model.addNode(QStringLiteral("root"));
+        for (int i = 0; i < 100; ++i)
+            model.addNode(root, QString::number(i)).setDisplayFlagA(true);
+        model.endUpdate();
+        QCOMPARE(inserted.count(), 0);
+        QCOMPARE(reset.count(), 1);
+        QCOMPARE(finished.count(), 1);
+        QCOMPARE(model.rowCount(model.indexOf(root)), 100);
+    }
+};
+
+QTEST_GUILESS_MAIN(FolderTreeModelTest)
+#include "FolderTreeModelTest.moc"

@@ -1,0 +1,69 @@
+#include "FileListControl.h"
+#include "FolderTreeControl.h"
+#include "MainWindow.h"
+#include "MessageRecorder.h"
+#include "OrganiserTree.h"
+#include "ShortcutsBar.h"
+#include "TestFiles.h"
+#include "ToolBarsControl.h"
+#include "UserFolders.h"
+
+#include <QSettings>
+#include <QTest>
+
+using namespace nebra;
+using nebra::test::makeFolder;
+using nebra::test::MessageRecorder;
+using nebra::test::UserFolders;
+using nebra::test::writeFile;
+
+class MainWindowOrganiserTest : public QObject
+{
+    Q_OBJECT
+
+public:
+    static void initMain() { QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts); }
+
+private Q_SLOTS:
+    void theTreeListAndCommandsWorkTogether()
+    {
+        UserFolders folders;
+        const QString assays = folders.root() + QStringLiteral("/Data/My Assays");
+        QSettings(folders.settingsFile(), QSettings::IniFormat)
+            .setValue(QStringLiteral("Paths/ParentDirectory"), folders.root() + QStringLiteral("/Data"));
+        writeFile(assays + QStringLiteral("/Protocols/Elisa.apr"));
+        makeFolder(assays + QStringLiteral("/Microplate Layouts/96 well"));
+        MessageRecorder messages;
+        MainWindow window;
+        QCOMPARE(window.Load(), MainWindow::LoadOutcome::Loaded);
+
+        FolderTreeControl& tree = window.folderTree();
+        OrganiserTree& organiser = window.organiserTree();
+        QCOMPARE(tree.caption(), QStringLiteral("Assay Folders"));
+        QCOMPARE(tree.currentNode(), organiser.rootNode());
+        QVERIFY(!window.toolBars().isToolEnabled(QStringLiteral("ID_New")));
+
+        // A shortcut leads to its folder; the list and the commands follow.
+        Q_EMIT window.shortcutsBar().itemClicked(QStringLiteral("3"));
+        QCOMPARE(tree.currentNode(), organiser.protocolsNode());
+        QCOMPARE(window.fileList().firstSelectedItem().name(), QStringLiteral("Elisa.apr"));
+        QVERIFY(window.toolBars().isToolEnabled(QStringLiteral("ID_Run")));
+        QVERIFY(tree.isButtonEnabled(607));
+        QVERIFY(tree.isButtonEnabled(504));
+
+        // New from the tool bar and from the tree's button reach the primary-folder rule.
+        tree.setCurrentNode(organiser.layoutsNode().child(0));
+        messages.answer(MessageButton::Cancel);
+        window.toolBars().action(QStringLiteral("ID_New"))->trigger();
+        QCOMPARE(messages.count(), 1);
+        QCOMPARE(messages.last().title, QStringLiteral("Creating New Item"));
+        QCOMPARE(tree.currentNode(), organiser.layoutsNode().child(0));
+        messages.answer(MessageButton::Ok);
+        tree.clickButton(605);
+        QCOMPARE(messages.count(), 2);
+        QCOMPARE(tree.currentNode(), organiser.layoutsNode());
+    }
+};
+
+QTEST_MAIN(MainWindowOrganiserTest)
+#include "MainWindowOrganiserTest.moc"

@@ -1,0 +1,97 @@
+#pragma once
+
+#include "FileListControl.h"
+#include "FolderTreeControl.h"
+#include "Globals.h"
+#include "Resources.h"
+#include "SettingsStore.h"
+#include "ShortcutsBar.h"
+#include "SuitePaths.h"
+#include "SuiteSettings.h"
+#include "TestFiles.h"
+#include "ToolBarsControl.h"
+
+#include <QHBoxLayout>
+#include <QMainWindow>
+#include <QTemporaryDir>
+#include <QTest>
+
+namespace nebra::test {
+
+// The Organiser's pieces without its main window: settings and paths in a
+// temporary folder, the data folders under it, a driver catalogue of two
+// drivers, and the real controls the tree and list logic act on, with the
+// tree's buttons and the shortcuts bar's groups as start-up makes them.
+struct OrganiserWorld
+{
+    QTemporaryDir dir;
+    Globals globals;
+    QMainWindow window;
+    ToolBarsControl* tools = nullptr;
+    ShortcutsBar* shortcuts = nullptr;
+    FolderTreeControl* tree = nullptr;
+    FileListControl* list = nullptr;
+
+    OrganiserWorld()
+    {
+        globals.resources = std::make_unique<Resources>();
+        globals.store = std::make_unique<SettingsStore>(dir.filePath(QStringLiteral("Suite.ini")));
+        globals.settings = std::make_unique<SuiteSettings>(*globals.store);
+        globals.paths = std::make_unique<SuitePaths>(*globals.store);
+        globals.paths->Initialise();
+        globals.paths->SetParentDirectory(dir.filePath(QStringLiteral("Data")));
+        const QString catalogue = dir.filePath(QStringLiteral("drivers.json"));
+        writeFile(catalogue, R"({"drivers":[{"FullName":"Reader One"},{"FullName":"Reader Two"}]})");
+        globals.store->setValue(QStringLiteral("Paths/DriverCatalogue"), catalogue);
+        globals.InstrumentDriversInUse = true;
+        for (const QString& folder :
+             {globals.paths->LayoutsFolder(), globals.paths->ProtocolsFolder(),
+              globals.paths->ResultsFolder(), globals.paths->ReportsFolder(),
+              globals.paths->ReadConfigurationsFolder() + QStringLiteral("/Reader One")})
+            makeFolder(folder);
+        createControls();
+    }
+
+    QString data(const QString& relative) const
+    {
+        return globals.paths->MyAssaysFolder() + QLatin1Char('/') + relative;
+    }
+
+private:
+    void createControls()
+    {
+        tools = new ToolBarsControl(&window);
+        for (const char* id : {"ID_New", "ID_Open", "ID_Run"})
+            tools->addTool({QLatin1String(id), QLatin1String(id + 3), QStringLiteral("FileDropDown"), {}});
+        tools->addToolBarItems(
+            {QStringLiteral("ID_New"), QStringLiteral("ID_Open"), QStringLiteral("ID_Run")});
+        auto* central = new QWidget(&window);
+        auto* layout = new QHBoxLayout(central);
+        shortcuts = new ShortcutsBar(central);
+        tree = new FolderTreeControl(central);
+        list = new FileListControl(central);
+        layout->addWidget(shortcuts);
+        layout->addWidget(tree);
+        layout->addWidget(list);
+        window.setCentralWidget(central);
+        tree->addButton(501, QStringLiteral("Back"));
+        tree->addButton(500, QStringLiteral("Forward"));
+        tree->addButton(504, QStringLiteral("Up"));
+        tree->addSeparator(609);
+        tree->addButton(605, QStringLiteral("New"));
+        tree->addButton(606, QStringLiteral("Open"));
+        tree->addButton(607, QStringLiteral("Run"));
+        tree->addSeparator(609);
+        tree->addButton(608, QStringLiteral("Help"));
+        list->addColumn(QStringLiteral("Comment"));
+        const int tasks = shortcuts->addGroup(QStringLiteral("Tasks"));
+        shortcuts->addItem(tasks, QStringLiteral("Organiser"), QStringLiteral("0"));
+        const int folders = shortcuts->addGroup(QStringLiteral("Folders"));
+        shortcuts->addItem(folders, QStringLiteral("Organiser"), QStringLiteral("0"));
+        shortcuts->addItem(folders, QStringLiteral("Instrument Data"), QStringLiteral("1"));
+        shortcuts->addItem(folders, QStringLiteral("Protocols"), QStringLiteral("3"));
+        window.resize(900, 500);
+    }
+};
+
+} // namespace nebra::test

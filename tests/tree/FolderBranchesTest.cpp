@@ -1,0 +1,156 @@
+#include "FolderBranches.h"
+#include "FolderTreeModel.h"
+#include "TestFiles.h"
+
+#include <QAbstractItemModelTester>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <unistd.h>
+
+using namespace nebra;
+using nebra::test::makeFolder;
+using nebra::test::writeFile;
+
+namespace {
+
+constexpr quint32 Colour = 0xff336699;
+
+// Each node as "indented text [kind]", in the tree's flat order.
+QStringList outline(const FolderTreeModel& model)
+{
+    QStringList lines;
+    for (int i = 0; i < model.count(); ++i) {
+        const FolderNode node = model.node(i);
+        lines.append(QString(node.level() * 2, QLatin1Char(' ')) + node.text() +
+                     QStringLiteral(" [%1]").arg(node.data()));
+    }
+    return lines;
+}
+
+struct Branch
+{
+    QTemporaryDir dir;
+    FolderTreeModel model;
+    QAbstractItemModelTester tester{&model, QAbstractItemModelTester::FailureReportingMode::QtTest};
+    FolderBranches branches{model, [] { return Colour; }};
+    FolderNode results;
+
+    Branch()
+    {
+        results = model.addNode(QStringLiteral("Results"));
+        results.setFolderPath(path(QStringLiteral("Results")));
+        results.setData(4);
+    }
+    QString path(const QString& relative) const { return dir.filePath(relative); }
+    void fill() { branches.AddSubFolderNodes(results.folderPath(), results, 4); }
+};
+
+} // namespace
+
+class FolderBranchesTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void aBranchIsFilledFromTheDisk()
+    {
+        Branch branch;
+        for (const char* folder :
+             {"Results/2026/11/run-2/raw", "Results/2026/11/Run-1", "Results/2025", "Results/.cache",
+              "Results/two words", "Results/line\nbreak", "Results/Ärger"})
+            makeFolder(branch.path(QString::fromUtf8(folder)));
+        writeFile(branch.path(QStringLiteral("Results/2026/a.ars")));
+        branch.fill();
+        QCOMPARE(outline(branch.model),
+                 (QStringList{"Results [4]", "  .cache [4]", "  2025 [4]", "  2026 [4]", "    11 [4]",
+                              "      Run-1 [4]", "      run-2 [4]", "        raw [4]", "  line\nbreak [4]",
+                              "  two words [4]", QString::fromUtf8("  Ärger [4]")}));
+        const FolderNode raw = branch.model.node(7);
+        QCOMPARE(raw.folderPath(), branch.path(QStringLiteral("Results/2026/11/run-2/raw")));
+        QCOMPARE(raw.displayFlagA(), false);
+        QCOMPARE(raw.displayFlagB(), false);
+        QCOMPARE(raw.displayStyle(), 6);
+        QCOMPARE(raw.colour(), Colour);
+    }
+
+    void linksAreShownOnceAndLoopsEnd()
+    {
+        Branch branch;
+        QTemporaryDir outside;
+        makeFolder(branch.path(QStringLiteral("Results/real/inner")));
+        makeFolder(outside.filePath(QStringLiteral("far")));
+        QVERIFY(
+            QFile::link(branch.path(QStringLiteral("Results")), branch.path(QStringLiteral("Results/loop"))));
+        QVERIFY(QFile::link(branch.path(QStringLiteral("Results/real")),
+                            branch.path(QStringLiteral("Results/a link"))));
+        QVERIFY(QFile::link(outside.path(), branch.path(QStringLiteral("Results/outside"))));
+        branch.fill();
+        // The link to a folder shown elsewhere stays empty; the one to a folder nowhere else shows it.
+        QCOMPARE(outline(branch.model),
+                 (QStringList{"Results [4]", "  a link [4]", "  loop [4]", "  outside [4]", "    far [4]",
+                              "  real [4]", "    inner [4]"}));
+    }
+
+    void anUnreadableFolderGetsNoChildren()
+    {
+        if (::geteuid() == 0)
+            QSKIP("permissions do not bind root");
+        Branch branch;
+        makeFolder(branch.path(QStringLiteral("Results/locked/inner")));
+        QFile::setPermissions(branch.path(QStringLiteral("Results/locked")), QFileDevice::WriteOwner);
+        branch.fill();
+        QFile::setPermissions(branch.path(QStringLiteral("Results/locked")),
+                              QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+        QCOMPARE(outline(branch.model), (QStringList{"Results [4]", "  locked [4]"}));
+    }
+
+    void addingABranchFindsItsParentIgnoringCase()
+    {
+        Branch branch;
+        const QString run7 = branch.path(QStringLiteral("RESULTS/Run 7"));
+        QVERIFY(branch.branches.AddExplorerBranch(run7));
+        const FolderNode node = branch.results.child(0);
+        QCOMPARE(node.text(), QStringLiteral("Run 7"));
+        QCOMPARE(node.folderPath(), run7); // exactly as given
+        QCOMPARE(node.data(), 4);
+        QCOMPARE(node.colour(), Colour);
+        QVERIFY(!branch.branches.AddExplorerBranch(run7));
+        QVERIFY(!branch.branches.AddExplorerBranch(run7.toLower()));
+        QCOMPARE(branch.model.count(), 2);
+    }
+
+    void refusedBranchesChangeNothing_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::newRow("parent not in the tree") << "/elsewhere/New Folder";
+        QTest::newRow("no separator") << "Run 7";
+        QTest::newRow("the root's literal") << "Organiser";
+    }
+
+    void refusedBranchesChangeNothing()
+    {
+        QFETCH(QString, path);
+        Branch branch;
+        QVERIFY(!branch.branches.AddExplorerBranch(path));
+        QVERIFY(!branch.branches.RemoveExplorerBranch(path));
+        QVERIFY(!branch.branches.RenameExplorerBranch(path, branch.path(QStringLiteral("Results/x"))));
+        QCOMPARE(branch.model.count(), 1);
+    }
+
+    void aRenamedBranchComesBackChildlessAtTheEnd()
+    {
+        Branch branch;
+        makeFolder(branch.path(QStringLiteral("Results/A/inner")));
+        makeFolder(branch.path(QStringLiteral("Results/B")));
+        branch.fill();
+        QVERIFY(branch.branches.RenameExplorerBranch(branch.path(QStringLiteral("results/a")),
+                                                     branch.path(QStringLiteral("Results/Z"))));
+        QCOMPARE(outline(branch.model), (QStringList{"Results [4]", "  B [4]", "  Z [4]"}));
+        QVERIFY(branch.branches.RemoveExplorerBranch(branch.path(QStringLiteral("Results/z"))));
+        QCOMPARE(branch.model.count(), 2);
+    }
+};
+
+QTEST_GUILESS_MAIN(FolderBranchesTest)
+#include "FolderBranchesTest.moc"

@@ -1,0 +1,65 @@
+#include "TreeNavigation.h"
+#include "OrganiserTree.h"
+#include "OrganiserWorld.h"
+
+#include <QTest>
+
+using namespace nebra;
+using nebra::test::makeFolder;
+using nebra::test::OrganiserWorld;
+
+class TreeNavigationTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void upIsEnabledWhereItLeadsSomewhere_data()
+    {
+        QTest::addColumn<int>("level");
+        QTest::addColumn<int>("state");
+        QTest::addColumn<bool>("enabled");
+        QTest::newRow("root") << 0 << 0 << false;
+        QTest::newRow("root, navigated") << 0 << 1 << false;
+        QTest::newRow("primary folder") << 1 << 0 << true;
+        QTest::newRow("primary folder, navigated") << 1 << 1 << false;
+        QTest::newRow("sub-folder, navigated") << 2 << 1 << true;
+    }
+
+    void upIsEnabledWhereItLeadsSomewhere()
+    {
+        QFETCH(int, level);
+        QFETCH(int, state);
+        QFETCH(bool, enabled);
+        OrganiserWorld world;
+        makeFolder(world.data(QStringLiteral("Protocols/Sub")));
+        OrganiserTree organiser(*world.tree, *world.list, *world.shortcuts, world.globals);
+        organiser.InitialiseOrganiserTree();
+        TreeNavigation navigation(*world.tree, organiser);
+        const FolderNode nodes[] = {organiser.rootNode(), organiser.protocolsNode(),
+                                    organiser.protocolsNode().child(0)};
+        world.tree->setButtonEnabled(504, !enabled);
+        navigation.OnCurrentNodeChanged(nodes[level], state);
+        QCOMPARE(world.tree->isButtonEnabled(504), enabled);
+    }
+
+    void theTreesUpButtonStopsAtThePrimaryFolder()
+    {
+        OrganiserWorld world;
+        makeFolder(world.data(QStringLiteral("Protocols/Sub")));
+        OrganiserTree organiser(*world.tree, *world.list, *world.shortcuts, world.globals);
+        TreeNavigation navigation(*world.tree, organiser);
+        QObject::connect(
+            world.tree, &FolderTreeControl::currentNodeChanged, world.tree,
+            [&](const FolderNode& node, int state) { navigation.OnCurrentNodeChanged(node, state); });
+        organiser.InitialiseOrganiserTree();
+        QVERIFY(!world.tree->isButtonEnabled(504));
+        world.tree->setCurrentNode(organiser.protocolsNode().child(0));
+        QVERIFY(world.tree->isButtonEnabled(504));
+        world.tree->clickButton(504);
+        QCOMPARE(world.tree->currentNode(), organiser.protocolsNode());
+        QVERIFY(!world.tree->isButtonEnabled(504));
+    }
+};
+
+QTEST_MAIN(TreeNavigationTest)
+#include "TreeNavigationTest.moc"
