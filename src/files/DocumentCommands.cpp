@@ -1,5 +1,6 @@
 #include "DocumentCommands.h"
 
+#include "DocumentLauncher.h"
 #include "DocumentTypes.h"
 #include "FolderTreeControl.h"
 #include "Messages.h"
@@ -16,14 +17,73 @@ void DocumentCommands::PerformDocumentCommand(int command)
     if (m_resetTimeOut)
         m_resetTimeOut();
     const int type = m_tree.currentNode().data();
-    // Read configurations and layouts are made only in their primary
-    // folder; protocols anywhere in their branch. The suite's applications
-    // are started from here once launching exists; Open, Run and Help have
-    // nothing to do before that.
-    if (command == DocumentTypes::NewCommand && (type == 1 || type == 2))
-        EnsurePrimaryFolderSelected();
+    switch (command) {
+    case DocumentTypes::NewCommand:
+        performNew(type);
+        break;
+    case DocumentTypes::OpenCommand:
+        performOpen(type);
+        break;
+    case DocumentTypes::RunCommand:
+        if (type == 3 && m_launcher)
+            m_launcher->RunProtocol();
+        break;
+    case DocumentTypes::HelpCommand:
+        if (const int topic = DocumentTypes::helpContextId(type); topic != 0 && m_help)
+            m_help(topic);
+        break;
+    default:
+        break;
+    }
     if (m_resetTimeOut)
         m_resetTimeOut();
+}
+
+void DocumentCommands::performNew(int type)
+{
+    // Read configurations and layouts are made only in their primary
+    // folder; protocols anywhere in their branch.
+    switch (type) {
+    case 1:
+        if (EnsurePrimaryFolderSelected() && m_launcher)
+            m_launcher->CreateReadConfiguration();
+        break;
+    case 2:
+        if (EnsurePrimaryFolderSelected() && m_launcher)
+            m_launcher->CreateLayout();
+        break;
+    case 3:
+        if (m_launcher)
+            m_launcher->CreateProtocol();
+        break;
+    default:
+        break;
+    }
+}
+
+void DocumentCommands::performOpen(int type)
+{
+    if (!m_launcher)
+        return;
+    switch (type) {
+    case 1:
+        m_launcher->OpenReadConfiguration();
+        break;
+    case 2:
+        m_launcher->EditLayout();
+        break;
+    case 3:
+        m_launcher->OpenProtocol();
+        break;
+    case 4:
+        m_launcher->OpenResults();
+        break;
+    case 5:
+        m_launcher->OpenReport();
+        break;
+    default:
+        break;
+    }
 }
 
 bool DocumentCommands::EnsurePrimaryFolderSelected()

@@ -4,6 +4,7 @@
 
 namespace nebra {
 
+class DocumentLauncher;
 class FolderTreeControl;
 
 // The document commands New (605), Open (606), Run (607) and folder help
@@ -13,6 +14,12 @@ class DocumentCommands
 {
 public:
     DocumentCommands(FolderTreeControl& tree, std::function<void()> resetTimeOut);
+
+    // The launcher that starts the suite's programs; until it is set, New,
+    // Open and Run do nothing beyond the primary-folder rule.
+    void setLauncher(DocumentLauncher* launcher) { m_launcher = launcher; }
+    // Shows a help topic by context id.
+    void setHelp(std::function<void(int contextId)> displayHelpContext) { m_help = std::move(displayHelpContext); }
 
     // Carries out a command; identifiers other than 605 to 608 are ignored.
     // Restarts the log-out time-out before and after.
@@ -24,8 +31,13 @@ public:
     bool EnsurePrimaryFolderSelected();
 
 private:
+    void performNew(int type);
+    void performOpen(int type);
+
     FolderTreeControl& m_tree;
     std::function<void()> m_resetTimeOut;
+    DocumentLauncher* m_launcher = nullptr;
+    std::function<void(int)> m_help;
 };
 
 } // namespace nebra

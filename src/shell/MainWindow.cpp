@@ -125,35 +125,64 @@ void MainWindow::createBrowser()
 
 void MainWindow::createPreviewAndLaunching()
 {
-    m_preview = new PreviewPane(*m_browser, *m_plateViewer, *m_globals.paths, {}, this);
+    PreviewPane::Hooks previewHooks;
+    previewHooks.documentType = [this] { return m_folderTree->currentNode().data(); };
+    previewHooks.setNodePage = [this](const QString& address) { m_folderTree->currentNode().setPage(address); };
+    m_preview = new PreviewPane(*m_browser, *m_plateViewer, *m_globals.paths, std::move(previewHooks), this);
+    m_fileView->setPreviewHandlers(
+        [this](const FileListItem& item) {
+            const PreviewItem preview{item.path(), item.isFolder()};
+            m_preview->ShowPreview(&preview);
+        },
+        [this](bool waitUntilLoaded) { m_preview->ClearPreview(waitUntilLoaded); });
+    // The root's page is the welcome page; it shows whenever the root is selected.
+    connect(m_folderTree, &FolderTreeControl::currentNodeChanged, this, [this](const FolderNode& node, int) {
+        if (node.level() == 0 && !node.page().isEmpty())
+            m_preview->ShowPage(node.page());
+    });
+    createLauncher();
+    createWelcomePage();
+}
+
+void MainWindow::createLauncher()
+{
     LaunchContext launching;
     launching.canPerform = [this](const QString& operation) {
         return m_authorisation->CanPerformGeneralOperation(operation);
     };
     launching.audit = [this](const QString& entry) { m_authorisation->AddAuditTrailEntryOperationGeneral(entry); };
     launching.securityEnabled = [this] { return m_globals.SecurityEnabled; };
+    // Open and Run act on the file list's (first) selected document; the
+    // enabling rules make sure there is exactly one.
+    launching.selectedDocumentPath = [this] {
+        const QList<FileListItem> selected = m_fileList->selectedItems();
+        return selected.isEmpty() ? QString() : selected.first().path();
+    };
     launching.owner = this;
     m_launcher = std::make_unique<DocumentLauncher>(*m_globals.paths, std::move(launching));
+    m_documentCommands->setLauncher(m_launcher.get());
+}
 
+void MainWindow::createWelcomePage()
+{
     WelcomeActions welcome;
-    welcome.resetTimeOut = [this] {
-        if (m_security)
-            m_security->ResetLogOutTimeOutTimer();
-    };
+    welcome.resetTimeOut = [this] { resetLogOutTimeOut(); };
     welcome.readyState = [this] { return m_browser->ReadyState(); };
+    welcome.selectProtocolsNode = [this] { m_folderTree->setCurrentNode(m_organiserTree->nodeForKind(3)); };
+    welcome.selectResultsNode = [this] { m_folderTree->setCurrentNode(m_organiserTree->nodeForKind(4)); };
     welcome.createProtocol = [this] { m_launcher->CreateProtocol(); };
     welcome.createLayoutTemplate = [this] { m_launcher->CreateLayout(); };
     welcome.exit = [this] { close(); };
     welcome.owner = this;
     m_welcome = std::make_unique<WelcomePage>(std::move(welcome));
+    m_organiserTree->setWelcomePageSource(
+        [this] { return WelcomePage::PageFile(*m_globals.settings, *m_globals.paths); });
     connect(
         m_browser, &BrowserControl::BeforeNavigate2, this,
         [this](const QUrl& url, bool& cancel) { m_welcome->WebBrowser1_BeforeNavigate2(url, cancel); },
         Qt::DirectConnection);
     connect(m_browser, &BrowserControl::CommandStateChange, this,
             [this] { m_welcome->WebBrowser1_CommandStateChange(); });
-    // The Organiser root is where the window opens, and its page is the welcome page.
-    m_preview->ShowPage(WelcomePage::PageFile(*m_globals.settings, *m_globals.paths));
 }
 
 void MainWindow::resetLogOutTimeOut()
@@ -164,10 +193,7 @@ void MainWindow::resetLogOutTimeOut()
 
 void MainWindow::connectCommands()
 {
-    m_commands = new CommandDispatcher([this] {
-        if (m_security)
-            m_security->ResetLogOutTimeOutTimer();
-    }, this);
+    m_commands = new CommandDispatcher([this] { resetLogOutTimeOut(); }, this);
     connect(m_toolBars, &ToolBarsControl::toolClick, m_commands, &CommandDispatcher::ToolClick);
     m_commands->setCommand(QStringLiteral("ID_Exit"), [this] { close(); });
     ShellCommands::Register(*m_commands, this, Resources().LoadResString(Resources::ProductTitle));
@@ -199,6 +225,7 @@ void MainWindow::createOrganiser()
     m_treeNavigation = std::make_unique<TreeNavigation>(*m_folderTree, *m_organiserTree);
     m_fileView = std::make_unique<FileView>(*m_folderTree, *m_fileList, *m_toolBars, m_globals, reset);
     m_documentCommands = std::make_unique<DocumentCommands>(*m_folderTree, reset);
+    m_documentCommands->setHelp([this](int topic) { m_help->DisplayHelpContext(topic); });
     connect(m_folderTree, &FolderTreeControl::currentNodeChanged, this,
             [this](const FolderNode& node, int state) { m_treeNavigation->OnCurrentNodeChanged(node, state); });
     m_fileView->connectEvents();

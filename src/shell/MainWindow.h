@@ -126,6 +126,8 @@ private:
     void createDataFolders();
     void createBrowser();
     void createPreviewAndLaunching();
+    void createLauncher();
+    void createWelcomePage();
     void recordDesignGeometry();
     void restoreDesignGeometryAndMaximise();
     void showFromOtherInstance();

@@ -7,6 +7,7 @@
 #include "TestFiles.h"
 #include "ToolBarsControl.h"
 #include "UserFolders.h"
+#include "WebEngineTestMain.h"
 
 #include <QSettings>
 #include <QTest>
@@ -20,9 +21,6 @@ using nebra::test::writeFile;
 class MainWindowOrganiserTest : public QObject
 {
     Q_OBJECT
-
-public:
-    static void initMain() { QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts); }
 
 private Q_SLOTS:
     void theTreeListAndCommandsWorkTogether()
@@ -60,10 +58,14 @@ private Q_SLOTS:
         QCOMPARE(tree.currentNode(), organiser.layoutsNode().child(0));
         messages.answer(MessageButton::Ok);
         tree.clickButton(605);
-        QCOMPARE(messages.count(), 2);
         QCOMPARE(tree.currentNode(), organiser.layoutsNode());
+        // Then the layout editor is started, and its missing program is reported.
+        QCOMPARE(messages.count(), 3);
+        QCOMPARE(messages.requests().at(1).title, QStringLiteral("Creating New Item"));
+        QCOMPARE(messages.last().title, QStringLiteral("Program Not Started"));
+        QVERIFY(messages.last().text.contains(QStringLiteral("LayoutEditorPath")));
     }
 };
 
-QTEST_MAIN(MainWindowOrganiserTest)
+NEBRA_WEBENGINE_TEST_MAIN(MainWindowOrganiserTest)
 #include "MainWindowOrganiserTest.moc"
