@@ -91,10 +91,13 @@ void MainWindow::createControls()
     right->setAccessibleName(QStringLiteral("Documents and preview"));
     m_fileList = new FileListControl(right);
     createPreviewArea(right);
+    // Proportions of the panes as the window first opens: the documents over
+    // a larger preview, the tree wide enough for its button bar.
     right->setStretchFactor(0, 2);
     right->setStretchFactor(1, 3);
+    right->setSizes({240, 360});
     splitter->setStretchFactor(2, 1);
-    splitter->setSizes({180, 280, 760});
+    splitter->setSizes({150, 330, 740});
     setCentralWidget(splitter);
     // The panes stay hidden until the start-up has filled them.
     m_shortcutsBar->hide();
