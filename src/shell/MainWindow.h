@@ -102,6 +102,7 @@ public:
     TreeNavigation& treeNavigation() const { return *m_treeNavigation; }
     FileView& fileView() const { return *m_fileView; }
     DocumentCommands& documentCommands() const { return *m_documentCommands; }
+    HelpSystem& help() const { return *m_help; }
 
     // The document commands 605 to 608 of the tree's buttons and the tool bar.
     void PerformDocumentCommand(int command);

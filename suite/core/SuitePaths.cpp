@@ -44,9 +44,10 @@ void SuitePaths::Initialise()
         m_installedDataFolder = QStringLiteral(NEBRA_SOURCE_DATA_DIR);
 }
 
-QString SuitePaths::path(const char* key, const QString& defaultValue) const
+QString SuitePaths::path(const char* key, const QString& defaultValue, bool fresh) const
 {
-    const QString value = m_store.value(QStringLiteral("Paths/") + QLatin1String(key), QString()).toString();
+    const QString value =
+        m_store.value(QStringLiteral("Paths/") + QLatin1String(key), QString(), fresh).toString();
     return withoutTrailingSeparator(value.trimmed().isEmpty() ? defaultValue : value);
 }
 
@@ -87,9 +88,12 @@ QString SuitePaths::DriverCatalogueFile() const
     return path("DriverCatalogue", SuiteDataFolder() + QStringLiteral("/drivers.json"));
 }
 
-QString SuitePaths::LayoutEditorPath() const { return path("LayoutEditorPath", QString()); }
-QString SuitePaths::AssayApplicationPath() const { return path("AssayApplicationPath", QString()); }
-QString SuitePaths::ReadConfigurationEditorPath() const { return path("ReadConfigurationEditorPath", QString()); }
+QString SuitePaths::LayoutEditorPath() const { return path("LayoutEditorPath", QString(), true); }
+QString SuitePaths::AssayApplicationPath() const { return path("AssayApplicationPath", QString(), true); }
+QString SuitePaths::ReadConfigurationEditorPath() const
+{
+    return path("ReadConfigurationEditorPath", QString(), true);
+}
 
 QString SuitePaths::PreviewFileFor(const QString& documentPath) const
 {

@@ -46,7 +46,8 @@ public:
     QString WizardsParentFolder() const;
     QString DriverCatalogueFile() const;
 
-    // Programs of the suite's other applications; read at each use, never cached.
+    // Programs of the suite's other applications; read from the file at each
+    // use, so that a path another program has changed meanwhile takes effect.
     QString LayoutEditorPath() const;
     QString AssayApplicationPath() const;
     QString ReadConfigurationEditorPath() const;
@@ -61,7 +62,7 @@ public:
     QObject* SecurityManager() const { return m_securityManager; }
 
 private:
-    QString path(const char* key, const QString& defaultValue) const;
+    QString path(const char* key, const QString& defaultValue, bool fresh = false) const;
 
     SettingsStore& m_store;
     QString m_installedDataFolder;
