@@ -6,6 +6,7 @@
 #include "DataFolders.h"
 #include "DocumentLauncher.h"
 #include "DocumentCommands.h"
+#include "DocumentTypes.h"
 #include "FileListControl.h"
 #include "FileView.h"
 #include "FolderTreeControl.h"
@@ -217,6 +218,13 @@ void MainWindow::connectCommands()
     m_commands->setCommand(QStringLiteral("ID_New"), [this] { PerformDocumentCommand(605); });
     m_commands->setCommand(QStringLiteral("ID_Open"), [this] { PerformDocumentCommand(606); });
     m_commands->setCommand(QStringLiteral("ID_Run"), [this] { PerformDocumentCommand(607); });
+    // Context help follows the kind of folder selected; the root's topic is the getting-started one.
+    m_commands->setCommand(QStringLiteral("ID_HelpContext"), [this] {
+        resetLogOutTimeOut();
+        if (const int topic = DocumentTypes::helpContextId(m_folderTree->currentNode().data()); topic != 0)
+            m_help->DisplayHelpContext(topic);
+    });
+    m_commands->setCommand(QStringLiteral("ID_GettingStarted"), [this] { m_help->DisplayHelpContext(9000); });
 }
 
 // The folder tree, the file list's logic and the document commands, and
