@@ -32,8 +32,9 @@ double organiserRun(const nebra::HLDCollection& drivers)
     nebra::SuitePaths paths(store);
     paths.Initialise();
     paths.SetParentDirectory(dir.filePath(QStringLiteral("Parent")));
-    nebra::DataFolders folders(paths, settings, [&drivers]() -> const nebra::HLDCollection& { return drivers; },
-                               nebra::defaultFileSystemObjectFactory(), Examples);
+    nebra::DataFolders folders(
+        paths, settings, [&drivers]() -> const nebra::HLDCollection& { return drivers; },
+        nebra::defaultFileSystemObjectFactory(), Examples);
     QElapsedTimer timer;
     timer.start();
     folders.CreateAnyMissingNebraDirectories();
@@ -55,9 +56,9 @@ double plainRun(const nebra::HLDCollection& drivers)
     QElapsedTimer timer;
     timer.start();
     const fs::path assays = parent / "My Assays";
-    for (const fs::path& p : {parent, assays, assays / "Microplate Layouts", assays / "Read Configurations",
-                              assays / "Results", assays / "Results" / "QC Example", assays / "Protocols",
-                              assays / "Reports"})
+    for (const fs::path& p :
+         {parent, assays, assays / "Microplate Layouts", assays / "Read Configurations", assays / "Results",
+          assays / "Results" / "QC Example", assays / "Protocols", assays / "Reports"})
         fs::create_directory(p);
     copyMatching(examples / "Microplate Layouts", assays / "Microplate Layouts", ".mlo");
     copyMatching(examples / "Results", assays / "Results", ".ars");

@@ -40,7 +40,8 @@ int child(const QString& mode, int argc, char** argv)
 {
     QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
     QApplication app(argc, argv);
-    const QString page = QStringLiteral(NEBRA_SOURCE_DATA_DIR "/Example Assays/Protocols/ELISA IgG Quantitation.mht");
+    const QString page =
+        QStringLiteral(NEBRA_SOURCE_DATA_DIR "/Example Assays/Protocols/ELISA IgG Quantitation.mht");
     if (mode == QLatin1String("organiser")) {
         nebra::MainWindow window;
         if (window.Load() != nebra::MainWindow::LoadOutcome::Loaded)

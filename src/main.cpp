@@ -33,8 +33,9 @@ bool handleInformationOptions(int argc, char** argv, int& exitCode)
         return false;
     }
     if (parser.isSet(help) || parser.isSet(version)) {
-        std::fputs(qPrintable(parser.isSet(help) ? parser.helpText()
-                                                 : QStringLiteral("NMain5 %1\n").arg(QStringLiteral(NEBRA_VERSION))),
+        std::fputs(qPrintable(parser.isSet(help)
+                                  ? parser.helpText()
+                                  : QStringLiteral("NMain5 %1\n").arg(QStringLiteral(NEBRA_VERSION))),
                    stdout);
         exitCode = 0;
         return false;
@@ -75,8 +76,10 @@ int main(int argc, char** argv)
         return QApplication::exec();
     } catch (const std::exception& error) {
         // An error the start-up does not trap ends the load with a report, as a run-time error would.
-        nebra::Messages::show({QStringLiteral("Run-time error: %1").arg(QString::fromLocal8Bit(error.what())), {},
-                               nebra::MessageIcon::Critical, nebra::MessageButton::Ok});
+        nebra::Messages::show({QStringLiteral("Run-time error: %1").arg(QString::fromLocal8Bit(error.what())),
+                               {},
+                               nebra::MessageIcon::Critical,
+                               nebra::MessageButton::Ok});
         return 1;
     }
 }

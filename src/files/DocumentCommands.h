@@ -19,7 +19,10 @@ public:
     // Open and Run do nothing beyond the primary-folder rule.
     void setLauncher(DocumentLauncher* launcher) { m_launcher = launcher; }
     // Shows a help topic by context id.
-    void setHelp(std::function<void(int contextId)> displayHelpContext) { m_help = std::move(displayHelpContext); }
+    void setHelp(std::function<void(int contextId)> displayHelpContext)
+    {
+        m_help = std::move(displayHelpContext);
+    }
 
     // Carries out a command; identifiers other than 605 to 608 are ignored.
     // Restarts the log-out time-out before and after.

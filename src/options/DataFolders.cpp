@@ -12,9 +12,12 @@ namespace {
 
 const QString FolderErrorTitle = QStringLiteral("Folder Specification Error");
 
-const char* const SubfolderNames[] = {"/My Assays",          "/My Assays/Microplate Layouts",
-                                      "/My Assays/Read Configurations", "/My Assays/Results",
-                                      "/My Assays/Reports",  "/My Assays/Protocols"};
+const char* const SubfolderNames[] = {"/My Assays",
+                                      "/My Assays/Microplate Layouts",
+                                      "/My Assays/Read Configurations",
+                                      "/My Assays/Results",
+                                      "/My Assays/Reports",
+                                      "/My Assays/Protocols"};
 
 int askYesNo(const QString& text)
 {
@@ -79,7 +82,8 @@ void DataFolders::createFolderTree()
             if (folder.path == m_paths.ResultsFolder()) {
                 const QString qcExample = folder.path + QStringLiteral("/QC Example");
                 if (!fs.FolderExists(qcExample) && fs.CreateFolder(qcExample))
-                    fs.CopyFile(m_exampleSource + QStringLiteral("/Results/QC Example/*.ars"), qcExample, false);
+                    fs.CopyFile(m_exampleSource + QStringLiteral("/Results/QC Example/*.ars"), qcExample,
+                                false);
             }
         }
         LogTrace();
@@ -113,9 +117,9 @@ bool DataFolders::AreAllSubfoldersPresent(const QString& candidate)
 bool DataFolders::DoAllDataFoldersExist()
 {
     const FileSystemObject fs;
-    const QString folders[] = {m_paths.ParentDirectory(),          m_paths.MyAssaysFolder(),
-                               m_paths.LayoutsFolder(),            m_paths.ReadConfigurationsFolder(),
-                               m_paths.ResultsFolder(),            m_paths.ReportsFolder(),
+    const QString folders[] = {m_paths.ParentDirectory(), m_paths.MyAssaysFolder(),
+                               m_paths.LayoutsFolder(),   m_paths.ReadConfigurationsFolder(),
+                               m_paths.ResultsFolder(),   m_paths.ReportsFolder(),
                                m_paths.ProtocolsFolder()};
     bool allExist = true;
     for (const QString& folder : folders)
@@ -147,7 +151,8 @@ bool DataFolders::applyNewFolder(const QString& text)
         return false;
     }
     if (askYesNo(QStringLiteral("The specified parent directory for data files does not exist.\r\n"
-                                "Would you like it and its subfolders to be created now?")) == MessageButton::No) {
+                                "Would you like it and its subfolders to be created now?")) ==
+        MessageButton::No) {
         // The folder was made only to test the path: a refused path leaves no trace.
         m_fileSystem->DeleteFolder(text, false);
         return false;

@@ -9,10 +9,18 @@ CommandDispatcher::CommandDispatcher(std::function<void()> resetTimeOut, QObject
 
 QStringList CommandDispatcher::commandIds()
 {
-    return {QStringLiteral("ID_New"),         QStringLiteral("ID_Open"),          QStringLiteral("ID_Run"),
-            QStringLiteral("ID_Options"),     QStringLiteral("ID_ChangePassword"), QStringLiteral("ID_LogOut"),
-            QStringLiteral("ID_Exit"),        QStringLiteral("ID_About"),         QStringLiteral("ID_HelpContext"),
-            QStringLiteral("ID_ContentsIndex"), QStringLiteral("ID_GettingStarted"), QStringLiteral("ID_Quorvix")};
+    return {QStringLiteral("ID_New"),
+            QStringLiteral("ID_Open"),
+            QStringLiteral("ID_Run"),
+            QStringLiteral("ID_Options"),
+            QStringLiteral("ID_ChangePassword"),
+            QStringLiteral("ID_LogOut"),
+            QStringLiteral("ID_Exit"),
+            QStringLiteral("ID_About"),
+            QStringLiteral("ID_HelpContext"),
+            QStringLiteral("ID_ContentsIndex"),
+            QStringLiteral("ID_GettingStarted"),
+            QStringLiteral("ID_Quorvix")};
 }
 
 bool CommandDispatcher::setCommand(const QString& id, Command command)

@@ -4,8 +4,8 @@
 #include "BrowserControl.h"
 #include "CommandDispatcher.h"
 #include "DataFolders.h"
-#include "DocumentLauncher.h"
 #include "DocumentCommands.h"
+#include "DocumentLauncher.h"
 #include "DocumentTypes.h"
 #include "FileListControl.h"
 #include "FileView.h"
@@ -29,8 +29,8 @@
 #include "SuiteSettings.h"
 #include "ToolBarsControl.h"
 #include "ToolDefinitions.h"
-#include "WelcomePage.h"
 #include "TreeNavigation.h"
+#include "WelcomePage.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -45,7 +45,8 @@ constexpr int TwipsPerInch = 1440;
 }
 
 MainWindow::MainWindow(Options options)
-    : m_options(std::move(options)), m_singleInstance(std::make_unique<SingleInstance>(m_options.instanceName)),
+    : m_options(std::move(options)),
+      m_singleInstance(std::make_unique<SingleInstance>(m_options.instanceName)),
       m_notifications(std::make_unique<ShellNotifications>()), m_help(std::make_unique<HelpSystem>())
 {
     setObjectName(QStringLiteral("frmNMain"));
@@ -56,7 +57,8 @@ MainWindow::MainWindow(Options options)
     createControls();
     createOrganiser();
     connectCommands();
-    connect(m_singleInstance.get(), &SingleInstance::activationRequested, this, &MainWindow::showFromOtherInstance);
+    connect(m_singleInstance.get(), &SingleInstance::activationRequested, this,
+            &MainWindow::showFromOtherInstance);
 }
 
 MainWindow::~MainWindow()
@@ -131,7 +133,9 @@ void MainWindow::createPreviewAndLaunching()
 {
     PreviewPane::Hooks previewHooks;
     previewHooks.documentType = [this] { return m_folderTree->currentNode().data(); };
-    previewHooks.setNodePage = [this](const QString& address) { m_folderTree->currentNode().setPage(address); };
+    previewHooks.setNodePage = [this](const QString& address) {
+        m_folderTree->currentNode().setPage(address);
+    };
     m_preview = new PreviewPane(*m_browser, *m_plateViewer, *m_globals.paths, std::move(previewHooks), this);
     m_fileView->setPreviewHandlers(
         [this](const FileListItem& item) {
@@ -154,7 +158,9 @@ void MainWindow::createLauncher()
     launching.canPerform = [this](const QString& operation) {
         return m_authorisation->CanPerformGeneralOperation(operation);
     };
-    launching.audit = [this](const QString& entry) { m_authorisation->AddAuditTrailEntryOperationGeneral(entry); };
+    launching.audit = [this](const QString& entry) {
+        m_authorisation->AddAuditTrailEntryOperationGeneral(entry);
+    };
     launching.securityEnabled = [this] { return m_globals.SecurityEnabled; };
     // Open and Run act on the file list's (first) selected document; the
     // enabling rules make sure there is exactly one.
@@ -237,8 +243,9 @@ void MainWindow::createOrganiser()
     m_fileView = std::make_unique<FileView>(*m_folderTree, *m_fileList, *m_toolBars, m_globals, reset);
     m_documentCommands = std::make_unique<DocumentCommands>(*m_folderTree, reset);
     m_documentCommands->setHelp([this](int topic) { m_help->DisplayHelpContext(topic); });
-    connect(m_folderTree, &FolderTreeControl::currentNodeChanged, this,
-            [this](const FolderNode& node, int state) { m_treeNavigation->OnCurrentNodeChanged(node, state); });
+    connect(
+        m_folderTree, &FolderTreeControl::currentNodeChanged, this,
+        [this](const FolderNode& node, int state) { m_treeNavigation->OnCurrentNodeChanged(node, state); });
     m_fileView->connectEvents();
     connect(m_folderTree, &FolderTreeControl::buttonClicked, this, &MainWindow::PerformDocumentCommand);
     connect(m_fileView.get(), &FileView::folderAppeared, this,
@@ -261,15 +268,15 @@ void MainWindow::createSecuritySession()
         return NebraSecurityManager::create(*m_globals.store, m_options.securityManager, error);
     };
     SecuritySessionHooks hooks{[this] { UnloadAllExceptMain(); }, [this] { close(); }, m_options.endProcess};
-    m_security = std::make_unique<SecuritySession>(m_globals, this, *m_toolBars, *m_statusBar, *m_authorisation,
-                                                   factory, std::move(hooks));
+    m_security = std::make_unique<SecuritySession>(m_globals, this, *m_toolBars, *m_statusBar,
+                                                   *m_authorisation, factory, std::move(hooks));
 }
 
 void MainWindow::createDataFolders()
 {
-    m_dataFolders = std::make_unique<DataFolders>(*m_globals.paths, *m_globals.settings,
-                                                  [this]() -> const HLDCollection& { return m_globals.drivers(); },
-                                                  m_options.fileSystemFactory);
+    m_dataFolders = std::make_unique<DataFolders>(
+        *m_globals.paths, *m_globals.settings,
+        [this]() -> const HLDCollection& { return m_globals.drivers(); }, m_options.fileSystemFactory);
 }
 
 MainWindow::LoadOutcome MainWindow::Load()

@@ -57,7 +57,8 @@ class MainWindow : public QMainWindow
 {
     Q_OBJECT
 public:
-    enum class LoadOutcome {
+    enum class LoadOutcome
+    {
         Loaded,            // running, window maximised
         DuplicateInstance, // another instance was asked to show itself; end at once without unloading
         Ended,             // a fatal start-up failure was reported; end at once without unloading

@@ -11,7 +11,8 @@ public:
     explicit PaneSetup(MainWindow& window);
 
     // Tree-pane button keys.
-    enum ButtonKey {
+    enum ButtonKey
+    {
         Forward = 500,
         Back = 501,
         Up = 504,

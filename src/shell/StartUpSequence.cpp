@@ -120,8 +120,12 @@ void StartUpSequence::createSettingsAndPaths()
     m_globals.paths = std::make_unique<SuitePaths>(*m_globals.store);
     m_globals.paths->Initialise();
     if (!m_globals.store->warning().isEmpty())
-        Messages::show({m_globals.store->warning(), {}, MessageIcon::Warning, MessageButton::Ok,
-                        MessageButton::Ok, &m_window});
+        Messages::show({m_globals.store->warning(),
+                        {},
+                        MessageIcon::Warning,
+                        MessageButton::Ok,
+                        MessageButton::Ok,
+                        &m_window});
 }
 
 void StartUpSequence::openDiagnosticLog()
@@ -133,7 +137,11 @@ void StartUpSequence::openDiagnosticLog()
         Messages::show({QStringLiteral("The diagnostic log \"%1\" cannot be written (%2). "
                                        "The Organiser runs without it.")
                             .arg(m_globals.log->filePath(), m_globals.log->errorString()),
-                        {}, MessageIcon::Warning, MessageButton::Ok, MessageButton::Ok, &m_window});
+                        {},
+                        MessageIcon::Warning,
+                        MessageButton::Ok,
+                        MessageButton::Ok,
+                        &m_window});
 }
 
 bool StartUpSequence::startSecurity()

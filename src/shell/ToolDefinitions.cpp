@@ -37,8 +37,9 @@ QList<QPair<ToolDefinition, QStringList>> menus()
           QStringLiteral("ID_Options"), QStringLiteral("ID_ChangePassword"), Sep, QStringLiteral("ID_LogOut"),
           QStringLiteral("ID_Exit")}},
         {{QStringLiteral("ID_Help"), QStringLiteral("&Help"), General, {}},
-         {QStringLiteral("ID_HelpContext"), QStringLiteral("ID_ContentsIndex"), QStringLiteral("ID_GettingStarted"),
-          Sep, QStringLiteral("ID_Quorvix"), Sep, QStringLiteral("ID_About")}},
+         {QStringLiteral("ID_HelpContext"), QStringLiteral("ID_ContentsIndex"),
+          QStringLiteral("ID_GettingStarted"), Sep, QStringLiteral("ID_Quorvix"), Sep,
+          QStringLiteral("ID_About")}},
     };
 }
 

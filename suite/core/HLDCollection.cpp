@@ -15,12 +15,14 @@ HLDCollection::HLDCollection(const QString& catalogueFile)
         return;
     const QString shownName = QDir::toNativeSeparators(catalogueFile);
     if (!file.open(QIODevice::ReadOnly)) {
-        m_error = QStringLiteral("The driver catalogue \"%1\" cannot be read: %2").arg(shownName, file.errorString());
+        m_error = QStringLiteral("The driver catalogue \"%1\" cannot be read: %2")
+                      .arg(shownName, file.errorString());
         return;
     }
     QJsonParseError parseError;
     const QJsonDocument document = QJsonDocument::fromJson(file.readAll(), &parseError);
-    if (parseError.error != QJsonParseError::NoError || !document.object().value(QLatin1String("drivers")).isArray()) {
+    if (parseError.error != QJsonParseError::NoError ||
+        !document.object().value(QLatin1String("drivers")).isArray()) {
         m_error = QStringLiteral("The driver catalogue \"%1\" is not a valid catalogue%2.")
                       .arg(shownName, parseError.error != QJsonParseError::NoError
                                           ? QStringLiteral(": ") + parseError.errorString()

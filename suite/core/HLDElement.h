@@ -7,8 +7,8 @@ namespace nebra {
 // One installed instrument driver.
 struct HLDElement
 {
-    QString FullName;    // shown to the user, and the name of the driver's read-configuration folder
-    QString Instrument;  // the reader family the driver serves
+    QString FullName;   // shown to the user, and the name of the driver's read-configuration folder
+    QString Instrument; // the reader family the driver serves
     QString Version;
 };
 

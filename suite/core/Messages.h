@@ -9,10 +9,24 @@ namespace nebra {
 
 // Icons and buttons of a modal message box. The values equal those of
 // QMessageBox so that the widget layer converts them with a cast.
-enum class MessageIcon { NoIcon = 0, Information = 1, Warning = 2, Critical = 3, Question = 4 };
+enum class MessageIcon
+{
+    NoIcon = 0,
+    Information = 1,
+    Warning = 2,
+    Critical = 3,
+    Question = 4
+};
 
 namespace MessageButton {
-enum : int { NoButton = 0, Ok = 0x00000400, Yes = 0x00004000, No = 0x00010000, Cancel = 0x00400000 };
+enum : int
+{
+    NoButton = 0,
+    Ok = 0x00000400,
+    Yes = 0x00004000,
+    No = 0x00010000,
+    Cancel = 0x00400000
+};
 }
 
 struct MessageRequest

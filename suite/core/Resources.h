@@ -9,7 +9,8 @@ namespace nebra {
 class Resources
 {
 public:
-    enum Id {
+    enum Id
+    {
         ProductTitle = 101,
         TasksGroupCaption = 201,
         FoldersGroupCaption = 202,

@@ -61,15 +61,30 @@ bool SuitePaths::SetParentDirectory(const QString& path)
     return m_store.setValue(QStringLiteral("Paths/ParentDirectory"), path);
 }
 
-QString SuitePaths::MyAssaysFolder() const { return ParentDirectory() + QStringLiteral("/My Assays"); }
-QString SuitePaths::LayoutsFolder() const { return MyAssaysFolder() + QStringLiteral("/Microplate Layouts"); }
+QString SuitePaths::MyAssaysFolder() const
+{
+    return ParentDirectory() + QStringLiteral("/My Assays");
+}
+QString SuitePaths::LayoutsFolder() const
+{
+    return MyAssaysFolder() + QStringLiteral("/Microplate Layouts");
+}
 QString SuitePaths::ReadConfigurationsFolder() const
 {
     return MyAssaysFolder() + QStringLiteral("/Read Configurations");
 }
-QString SuitePaths::ResultsFolder() const { return MyAssaysFolder() + QStringLiteral("/Results"); }
-QString SuitePaths::ProtocolsFolder() const { return MyAssaysFolder() + QStringLiteral("/Protocols"); }
-QString SuitePaths::ReportsFolder() const { return MyAssaysFolder() + QStringLiteral("/Reports"); }
+QString SuitePaths::ResultsFolder() const
+{
+    return MyAssaysFolder() + QStringLiteral("/Results");
+}
+QString SuitePaths::ProtocolsFolder() const
+{
+    return MyAssaysFolder() + QStringLiteral("/Protocols");
+}
+QString SuitePaths::ReportsFolder() const
+{
+    return MyAssaysFolder() + QStringLiteral("/Reports");
+}
 
 QString SuitePaths::LogFolder() const
 {
@@ -78,18 +93,27 @@ QString SuitePaths::LogFolder() const
 
 QString SuitePaths::SuiteDataFolder() const
 {
-    return path("SuiteDataFolder",
-                m_installedDataFolder.isEmpty() ? QStringLiteral(NEBRA_SOURCE_DATA_DIR) : m_installedDataFolder);
+    return path("SuiteDataFolder", m_installedDataFolder.isEmpty() ? QStringLiteral(NEBRA_SOURCE_DATA_DIR)
+                                                                   : m_installedDataFolder);
 }
 
-QString SuitePaths::WizardsParentFolder() const { return path("WizardsParentFolder", SuiteDataFolder()); }
+QString SuitePaths::WizardsParentFolder() const
+{
+    return path("WizardsParentFolder", SuiteDataFolder());
+}
 QString SuitePaths::DriverCatalogueFile() const
 {
     return path("DriverCatalogue", SuiteDataFolder() + QStringLiteral("/drivers.json"));
 }
 
-QString SuitePaths::LayoutEditorPath() const { return path("LayoutEditorPath", QString(), true); }
-QString SuitePaths::AssayApplicationPath() const { return path("AssayApplicationPath", QString(), true); }
+QString SuitePaths::LayoutEditorPath() const
+{
+    return path("LayoutEditorPath", QString(), true);
+}
+QString SuitePaths::AssayApplicationPath() const
+{
+    return path("AssayApplicationPath", QString(), true);
+}
 QString SuitePaths::ReadConfigurationEditorPath() const
 {
     return path("ReadConfigurationEditorPath", QString(), true);

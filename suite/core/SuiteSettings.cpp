@@ -40,26 +40,86 @@ bool SuiteSettings::write(const char* key, const QVariant& value)
     return m_store.setValue(settingsKey(key), value);
 }
 
-int SuiteSettings::DiagnosticLogLevel() const { return intValue("DiagnosticLogLevel", 0, true); }
-bool SuiteSettings::SetDiagnosticLogLevel(int level) { return write("DiagnosticLogLevel", level); }
-bool SuiteSettings::PlusCaption() const { return boolValue("PlusCaption", false); }
-bool SuiteSettings::ExplorerModeFlag() const { return boolValue("ExplorerModeFlag", false); }
-bool SuiteSettings::SetExplorerModeFlag(bool on) { return write("ExplorerModeFlag", on); }
-bool SuiteSettings::ShowShortcutsBar() const { return boolValue("ShowShortcutsBar", true); }
-bool SuiteSettings::SetShowShortcuts(bool on) { return write("ShowShortcutsBar", on); }
-bool SuiteSettings::ShowPreviewPane() const { return boolValue("ShowPreviewPane", true); }
-bool SuiteSettings::SetShowPreviewPane(bool on) { return write("ShowPreviewPane", on); }
-int SuiteSettings::CurrentHLD() const { return intValue("CurrentHLD", 1); }
-bool SuiteSettings::SetCurrentHLD(int index) { return write("CurrentHLD", index); }
-bool SuiteSettings::SecurityConfigured() const { return boolValue("SecurityConfigured", false); }
-QString SuiteSettings::OrganiserFile() const { return stringValue("OrganiserFile"); }
-QString SuiteSettings::PageFolder() const { return stringValue("PageFolder"); }
-bool SuiteSettings::UseAlternativeWelcomePage() const { return boolValue("UseAlternativeWelcomePage", false); }
-bool SuiteSettings::SkipDriverFolders() const { return boolValue("SkipDriverFolders", false); }
-bool SuiteSettings::InstrumentDriversInUse() const { return boolValue("InstrumentDriversInUse", true); }
-int SuiteSettings::ToolbarFlags() const { return intValue("ToolbarFlags", 0); }
-int SuiteSettings::InstrumentFlags() const { return intValue("InstrumentFlags", 0); }
-bool SuiteSettings::SuppressLayoutsBranch() const { return boolValue("SuppressLayoutsBranch", false); }
+int SuiteSettings::DiagnosticLogLevel() const
+{
+    return intValue("DiagnosticLogLevel", 0, true);
+}
+bool SuiteSettings::SetDiagnosticLogLevel(int level)
+{
+    return write("DiagnosticLogLevel", level);
+}
+bool SuiteSettings::PlusCaption() const
+{
+    return boolValue("PlusCaption", false);
+}
+bool SuiteSettings::ExplorerModeFlag() const
+{
+    return boolValue("ExplorerModeFlag", false);
+}
+bool SuiteSettings::SetExplorerModeFlag(bool on)
+{
+    return write("ExplorerModeFlag", on);
+}
+bool SuiteSettings::ShowShortcutsBar() const
+{
+    return boolValue("ShowShortcutsBar", true);
+}
+bool SuiteSettings::SetShowShortcuts(bool on)
+{
+    return write("ShowShortcutsBar", on);
+}
+bool SuiteSettings::ShowPreviewPane() const
+{
+    return boolValue("ShowPreviewPane", true);
+}
+bool SuiteSettings::SetShowPreviewPane(bool on)
+{
+    return write("ShowPreviewPane", on);
+}
+int SuiteSettings::CurrentHLD() const
+{
+    return intValue("CurrentHLD", 1);
+}
+bool SuiteSettings::SetCurrentHLD(int index)
+{
+    return write("CurrentHLD", index);
+}
+bool SuiteSettings::SecurityConfigured() const
+{
+    return boolValue("SecurityConfigured", false);
+}
+QString SuiteSettings::OrganiserFile() const
+{
+    return stringValue("OrganiserFile");
+}
+QString SuiteSettings::PageFolder() const
+{
+    return stringValue("PageFolder");
+}
+bool SuiteSettings::UseAlternativeWelcomePage() const
+{
+    return boolValue("UseAlternativeWelcomePage", false);
+}
+bool SuiteSettings::SkipDriverFolders() const
+{
+    return boolValue("SkipDriverFolders", false);
+}
+bool SuiteSettings::InstrumentDriversInUse() const
+{
+    return boolValue("InstrumentDriversInUse", true);
+}
+int SuiteSettings::ToolbarFlags() const
+{
+    return intValue("ToolbarFlags", 0);
+}
+int SuiteSettings::InstrumentFlags() const
+{
+    return intValue("InstrumentFlags", 0);
+}
+bool SuiteSettings::SuppressLayoutsBranch() const
+{
+    return boolValue("SuppressLayoutsBranch", false);
+}
 
 void SuiteSettings::BeginFolderUpdate()
 {
