@@ -15,14 +15,6 @@ using nebra::test::writeFile;
 
 namespace {
 
-QStringList names(const DirectoryReader::SubfolderListing& listing)
-{
-    QStringList result;
-    for (const DirectoryReader::Subfolder& folder : listing.folders)
-        result.append(folder.name + (folder.isLink ? QStringLiteral(" ->") : QString()));
-    return result;
-}
-
 QByteArray encoded(const QString& path)
 {
     return QFile::encodeName(path);
@@ -35,31 +27,6 @@ class DirectoryReaderTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void subfoldersAreEveryFolderSortedWithoutCase()
-    {
-        QTemporaryDir dir;
-        const QString odd = QString::fromUtf8("Ünïcode two\nlines");
-        for (const QString& name : {QStringLiteral("beta"), QStringLiteral("Alpha"),
-                                    QStringLiteral(".hidden"), QStringLiteral("with blank"), odd})
-            makeFolder(dir.filePath(name));
-        writeFile(dir.filePath(QStringLiteral("file.apr")));
-        QVERIFY(QFile::link(dir.filePath(QStringLiteral("beta")), dir.filePath(QStringLiteral("link"))));
-        QVERIFY(
-            QFile::link(dir.filePath(QStringLiteral("file.apr")), dir.filePath(QStringLiteral("file link"))));
-        QVERIFY(QFile::link(dir.filePath(QStringLiteral("gone")), dir.filePath(QStringLiteral("broken"))));
-        QVERIFY(QFile::link(dir.filePath(QStringLiteral("loop")), dir.filePath(QStringLiteral("loop"))));
-
-        const DirectoryReader::SubfolderListing listing = DirectoryReader::subfolders(encoded(dir.path()));
-        QCOMPARE(listing.error, 0);
-        QCOMPARE(names(listing),
-                 (QStringList{QStringLiteral(".hidden"), QStringLiteral("Alpha"), QStringLiteral("beta"),
-                              QStringLiteral("link ->"), QStringLiteral("with blank"), odd}));
-        // The link leads to the folder beta itself.
-        const DirectoryReader::SubfolderListing beta =
-            DirectoryReader::subfolders(encoded(dir.filePath("beta")));
-        QCOMPARE(listing.folders[3].target, beta.id);
-    }
-
     void aFolderThatCannotBeReadListsNothing_data()
     {
         QTest::addColumn<QString>("relative");

@@ -1,4 +1,5 @@
 #include "FileSystemObject.h"
+#include "TestFiles.h"
 
 #include <QDir>
 #include <QFile>
@@ -7,14 +8,7 @@
 
 using namespace nebra;
 
-namespace {
-void touch(const QString& path, const QByteArray& content = "x")
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(content);
-}
-} // namespace
+using nebra::test::writeFile;
 
 class FileSystemObjectTest : public QObject
 {
@@ -52,8 +46,8 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("copied");
         QTest::addColumn<bool>("ok");
         QTest::newRow("extension") << QStringLiteral("*.ars") << QStringList{"a.ars", "b.ars"} << true;
-        QTest::newRow("star dot star takes every file") << QStringLiteral("*.*")
-                                                        << QStringList{"a.ars", "b.ars", "c.mht", "plain"} << true;
+        QTest::newRow("star dot star takes every file")
+            << QStringLiteral("*.*") << QStringList{"a.ars", "b.ars", "c.mht", "plain"} << true;
         QTest::newRow("no match") << QStringLiteral("*.apr") << QStringList{} << false;
     }
 
@@ -65,7 +59,7 @@ private Q_SLOTS:
         QTemporaryDir source;
         QTemporaryDir target;
         for (const char* name : {"a.ars", "b.ars", "c.mht", "plain"})
-            touch(source.filePath(QLatin1String(name)), name);
+            writeFile(source.filePath(QLatin1String(name)), name);
         QVERIFY(QDir(source.path()).mkdir(QStringLiteral("sub.ars")));
         const FileSystemObject fs;
         QCOMPARE(fs.CopyFile(source.path() + QLatin1Char('/') + pattern, target.path(), false), ok);
@@ -76,9 +70,9 @@ private Q_SLOTS:
     {
         QTemporaryDir source;
         QTemporaryDir target;
-        touch(source.filePath(QStringLiteral("a.mlo")), "new");
-        touch(source.filePath(QStringLiteral("b.mlo")), "new");
-        touch(target.filePath(QStringLiteral("a.mlo")), "mine");
+        writeFile(source.filePath(QStringLiteral("a.mlo")), "new");
+        writeFile(source.filePath(QStringLiteral("b.mlo")), "new");
+        writeFile(target.filePath(QStringLiteral("a.mlo")), "mine");
         const FileSystemObject fs;
         QVERIFY(!fs.CopyFile(source.filePath(QStringLiteral("*.mlo")), target.path(), false));
         QFile mine(target.filePath(QStringLiteral("a.mlo")));
@@ -98,7 +92,7 @@ private Q_SLOTS:
         QTemporaryDir dir;
         const QString folder = dir.filePath(QStringLiteral("Doomed"));
         QVERIFY(QDir().mkpath(folder + QStringLiteral("/inner")));
-        touch(folder + QStringLiteral("/inner/file"));
+        writeFile(folder + QStringLiteral("/inner/file"), "x");
         const FileSystemObject fs;
         QVERIFY(fs.DeleteFolder(folder, false));
         QVERIFY(!fs.FolderExists(folder));

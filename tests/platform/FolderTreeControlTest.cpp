@@ -91,17 +91,6 @@ private Q_SLOTS:
         QCOMPARE(selected.count(), 0);
         QVERIFY(tree.control.view()->isExpanded(tree.control.nodes().indexOf(tree.b)));
     }
-
-    void aFreshTreeSelectsItsFirstNode()
-    {
-        FolderTreeControl control;
-        QSignalSpy selected(&control, &FolderTreeControl::nodeSelected);
-        control.beginUpdate();
-        const FolderNode root = control.addNode(QStringLiteral("root"));
-        control.endUpdate();
-        QCOMPARE(control.currentNode(), root);
-        QCOMPARE(selected.count(), 1);
-    }
 };
 
 QTEST_MAIN(FolderTreeControlTest)

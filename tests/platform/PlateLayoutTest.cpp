@@ -36,14 +36,11 @@ private Q_SLOTS:
         QTest::addColumn<int>("rows");
         QTest::addColumn<int>("columns");
         QTest::addColumn<QString>("lastWell");
-        for (const auto& [rows, columns, last] : {std::tuple{2, 3, "B3"},
-                                                  {3, 4, "C4"},
-                                                  {4, 6, "D6"},
-                                                  {6, 8, "F8"},
-                                                  {8, 12, "H12"},
-                                                  {16, 24, "P24"},
-                                                  {32, 48, "AF48"}})
+        // clang-format off
+        for (const auto& [rows, columns, last] : {std::tuple{2, 3, "B3"}, {3, 4, "C4"}, {4, 6, "D6"}, {6, 8, "F8"},
+                                                  {8, 12, "H12"}, {16, 24, "P24"}, {32, 48, "AF48"}})
             QTest::addRow("%d wells", rows * columns) << rows << columns << QString::fromLatin1(last);
+        // clang-format on
     }
 
     void supportsEveryPlateFrom6To1536Wells()

@@ -8,7 +8,8 @@
 namespace nebra::test {
 
 // Copies of the argument recorder (ArgvRecorder.cpp) standing in for the
-// suite's programs, in a folder whose path holds blanks, plus one named
+// suite's programs, each named after the setting that names the program,
+// in a folder whose path holds blanks, plus one named
 // "xdg-open" in binFolder() for tests that put it on PATH. Each start of a
 // copy leaves one record: the argv it received.
 class RecordingPrograms
@@ -18,7 +19,7 @@ public:
     {
         for (const char* folder : {"Suite Programs", "bin", "records"})
             QDir(m_dir.path()).mkdir(QLatin1String(folder));
-        for (const char* name : {"Assay Application", "Layout Editor", "Read Configuration Editor"})
+        for (const char* name : {"AssayApplicationPath", "LayoutEditorPath", "ReadConfigurationEditorPath"})
             QFile::copy(QStringLiteral(NEBRA_ARGV_RECORDER), program(QLatin1String(name)));
         QFile::copy(QStringLiteral(NEBRA_ARGV_RECORDER), binFolder() + QStringLiteral("/xdg-open"));
         qputenv("NEBRA_RECORDER_DIR", QFile::encodeName(m_dir.filePath(QStringLiteral("records"))));

@@ -41,24 +41,6 @@ private Q_SLOTS:
         navigation.OnCurrentNodeChanged(nodes[level], state);
         QCOMPARE(world.tree->isButtonEnabled(504), enabled);
     }
-
-    void theTreesUpButtonStopsAtThePrimaryFolder()
-    {
-        OrganiserWorld world;
-        makeFolder(world.data(QStringLiteral("Protocols/Sub")));
-        OrganiserTree organiser(*world.tree, *world.list, *world.shortcuts, world.globals);
-        TreeNavigation navigation(*world.tree, organiser);
-        QObject::connect(
-            world.tree, &FolderTreeControl::currentNodeChanged, world.tree,
-            [&](const FolderNode& node, int state) { navigation.OnCurrentNodeChanged(node, state); });
-        organiser.InitialiseOrganiserTree();
-        QVERIFY(!world.tree->isButtonEnabled(504));
-        world.tree->setCurrentNode(organiser.protocolsNode().child(0));
-        QVERIFY(world.tree->isButtonEnabled(504));
-        world.tree->clickButton(504);
-        QCOMPARE(world.tree->currentNode(), organiser.protocolsNode());
-        QVERIFY(!world.tree->isButtonEnabled(504));
-    }
 };
 
 QTEST_MAIN(TreeNavigationTest)
