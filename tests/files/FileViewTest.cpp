@@ -69,7 +69,7 @@ class FileViewTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void aFolderOpensWithItsNewestDocumentSelected()
+    void eachFolderListsItsDocumentsNewestSelected()
     {
         Organiser o;
         writeFile(o.world.data("Protocols/Old.apr"), {}, 1600000000);
@@ -81,45 +81,32 @@ private Q_SLOTS:
         QCOMPARE(o.world.list->filter(), QStringLiteral("*.apr"));
         QCOMPARE(o.world.list->itemCount(), 4);
         QCOMPARE(o.world.list->selectedCount(), 1);
-        QCOMPARE(o.world.list->firstSelectedItem().name(), QStringLiteral("Newest.apr"));
         QCOMPARE(o.world.list->sortColumn(), QStringLiteral("Date Modified"));
         QCOMPARE(o.previews, QStringList{QStringLiteral("show Newest.apr")});
         QCOMPARE(o.view.CurrentDocumentTypeName(), QStringLiteral("Assay Protocol"));
         QCOMPARE(o.commands(), QStringLiteral("111/111"));
+        // Open and Run need exactly one file: not two, not a folder.
+        o.item(QStringLiteral("Old.apr")).setSelected(true);
+        QCOMPARE(o.commands(), QStringLiteral("100/100"));
+        for (const char* name : {"Old.apr", "Newest.apr", "Sub"})
+            o.item(QLatin1String(name)).setSelected(QLatin1String(name) == QLatin1String("Sub"));
+        QCOMPARE(o.commands(), QStringLiteral("100/100"));
         // Size and Type never show, whatever the user tries.
         for (const QString& column : {QStringLiteral("Size"), QStringLiteral("Type")})
             QVERIFY(!o.world.list->setColumnShown(column, true));
         QVERIFY(o.world.list->isColumnShown(QStringLiteral("Comment")));
 
-        o.world.tree->setCurrentNode(o.tree.reportsNode()); // every file, with or without extension
-        QCOMPARE(o.world.list->filter(), QStringLiteral("*.*"));
-        QCOMPARE(o.world.list->itemCount(), 2);
-    }
-
-    void theRootKeepsTheListAndTheTypeName()
-    {
-        Organiser o;
-        o.open({"Protocols/P.apr"}, &OrganiserTree::protocolsNode);
+        // The root keeps the list and the type name, with the commands off.
         o.world.tree->setCurrentNode(o.tree.rootNode());
         QCOMPARE(o.view.CurrentDocumentTypeName(), QStringLiteral("Assay Protocol"));
         QCOMPARE(o.world.list->folder(), o.world.globals.paths->ProtocolsFolder());
         QCOMPARE(o.commands(), QStringLiteral("000/000"));
+        o.world.tree->setCurrentNode(o.tree.reportsNode()); // every file, with or without extension
+        QCOMPARE(o.world.list->filter(), QStringLiteral("*.*"));
+        QCOMPARE(o.world.list->itemCount(), 2);
         o.world.tree->setCurrentNode(o.tree.resultsNode());
         QCOMPARE(o.view.CurrentDocumentTypeName(), QStringLiteral("Assay Results"));
         QCOMPARE(o.previews.last(), QStringLiteral("clear")); // an empty folder clears the preview
-    }
-
-    void openAndRunNeedOneFileSelected()
-    {
-        Organiser o;
-        makeFolder(o.world.data("Protocols/Sub"));
-        o.open({"Protocols/A.apr", "Protocols/B.apr"}, &OrganiserTree::protocolsNode);
-        for (const char* name : {"A.apr", "B.apr"})
-            o.item(QLatin1String(name)).setSelected(true);
-        QCOMPARE(o.commands(), QStringLiteral("100/100"));
-        for (const char* name : {"A.apr", "B.apr", "Sub"})
-            o.item(QLatin1String(name)).setSelected(QLatin1String(name) == QLatin1String("Sub"));
-        QCOMPARE(o.commands(), QStringLiteral("100/100"));
     }
 
     void renamingKeepsTheExtensionShown()

@@ -40,32 +40,6 @@ private Q_SLOTS:
             QVERIFY(fs.FolderExists(dir.path() + QLatin1Char('/') + relative));
     }
 
-    void copyFileByPattern_data()
-    {
-        QTest::addColumn<QString>("pattern");
-        QTest::addColumn<QStringList>("copied");
-        QTest::addColumn<bool>("ok");
-        QTest::newRow("extension") << QStringLiteral("*.ars") << QStringList{"a.ars", "b.ars"} << true;
-        QTest::newRow("star dot star takes every file")
-            << QStringLiteral("*.*") << QStringList{"a.ars", "b.ars", "c.mht", "plain"} << true;
-        QTest::newRow("no match") << QStringLiteral("*.apr") << QStringList{} << false;
-    }
-
-    void copyFileByPattern()
-    {
-        QFETCH(QString, pattern);
-        QFETCH(QStringList, copied);
-        QFETCH(bool, ok);
-        QTemporaryDir source;
-        QTemporaryDir target;
-        for (const char* name : {"a.ars", "b.ars", "c.mht", "plain"})
-            writeFile(source.filePath(QLatin1String(name)), name);
-        QVERIFY(QDir(source.path()).mkdir(QStringLiteral("sub.ars")));
-        const FileSystemObject fs;
-        QCOMPARE(fs.CopyFile(source.path() + QLatin1Char('/') + pattern, target.path(), false), ok);
-        QCOMPARE(QDir(target.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot, QDir::Name), copied);
-    }
-
     void copyWithoutOverwriteKeepsTheExistingFile()
     {
         QTemporaryDir source;
@@ -85,18 +59,6 @@ private Q_SLOTS:
         QCOMPARE(mine.readAll(), QByteArray("new"));
         // No temporary file of the copies is left behind.
         QCOMPARE(QDir(target.path()).entryList(QDir::Files | QDir::Hidden).size(), 2);
-    }
-
-    void deleteFolderRemovesItsContents()
-    {
-        QTemporaryDir dir;
-        const QString folder = dir.filePath(QStringLiteral("Doomed"));
-        QVERIFY(QDir().mkpath(folder + QStringLiteral("/inner")));
-        writeFile(folder + QStringLiteral("/inner/file"), "x");
-        const FileSystemObject fs;
-        QVERIFY(fs.DeleteFolder(folder, false));
-        QVERIFY(!fs.FolderExists(folder));
-        QVERIFY(!fs.DeleteFolder(folder, false));
     }
 };
 

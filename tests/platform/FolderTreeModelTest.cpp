@@ -1,7 +1,6 @@
 #include "FolderTreeModel.h"
 
 #include <QAbstractItemModelTester>
-#include <QSignalSpy>
 #include <QTest>
 
 using namespace nebra;
@@ -70,24 +69,6 @@ private Q_SLOTS:
         model.clear();
         QCOMPARE(model.count(), 0);
         QVERIFY(!root.isValid());
-    }
-
-    void anUpdateTellsTheViewOnce()
-    {
-        FolderTreeModel model;
-        QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
-        QSignalSpy inserted(&model, &QAbstractItemModel::rowsInserted);
-        QSignalSpy reset(&model, &QAbstractItemModel::modelReset);
-        QSignalSpy finished(&model, &FolderTreeModel::updateFinished);
-        model.beginUpdate();
-        const FolderNode root = model.addNode(QStringLiteral("root"));
-        for (int i = 0; i < 100; ++i)
-            model.addNode(root, QString::number(i)).setDisplayFlagA(true);
-        model.endUpdate();
-        QCOMPARE(inserted.count(), 0);
-        QCOMPARE(reset.count(), 1);
-        QCOMPARE(finished.count(), 1);
-        QCOMPARE(model.rowCount(model.indexOf(root)), 100);
     }
 };
 

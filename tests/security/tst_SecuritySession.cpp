@@ -165,7 +165,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("audit");   // the last entry, or empty to skip
         QTest::newRow("time-out") << "time-out"
                                   << "Your session has timed out.  You have been logged out|Time Out"
-                                  << "Session timed out after 15 minutes without activity";
+                                  << "Session timed out after 10 minutes without activity";
         // The unload after the log-out closes no session: it has ended already.
         QTest::newRow("log-out") << "ID_LogOut"
                                  << "The program will now exit.|Logged Out"
@@ -180,19 +180,20 @@ private Q_SLOTS:
         QFETCH(QString, how);
         QFETCH(QString, message);
         QFETCH(QString, audit);
+        SettingsStore().setValue(QStringLiteral("Security/TimeOutMinutes"), 10);
         const std::unique_ptr<MainWindow> window = load(true);
         QVERIFY(window);
         QDialog other; // another window of the program, open when the session ends
         other.show();
         if (how == QLatin1String("time-out")) {
-            m_now += 14 * 60 * 1000;
+            m_now += 9 * 60 * 1000;
             QCoreApplication::processEvents();
-            // A tool without a command still counts as activity.
+            // A tool without a command still counts as activity: another ten minutes from here.
             window->toolBars().action(QStringLiteral("ID_HelpHelp"))->trigger();
-            m_now += 14 * 60 * 1000;
+            m_now += 10 * 60 * 1000 - 1;
             QCoreApplication::processEvents();
             QCOMPARE(m_processEnds, 0);
-            m_now += 60 * 1000;
+            m_now += 1;
         } else if (how == QLatin1String("ID_LogOut")) {
             window->toolBars().action(how)->trigger();
         } else {

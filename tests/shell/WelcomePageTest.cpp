@@ -62,9 +62,6 @@ private Q_SLOTS:
         QTest::newRow("unknown") << "organiser:\\Calibrate" << none << none;
         QTest::newRow("new protocol, at once")
             << "organiser:\\Create a new protocol" << QStringList{"create protocol"} << none;
-        QTest::newRow("new template, waits")
-            << "organiser:\\Create a new template" << none << QStringList{"create layout template"};
-        QTest::newRow("exit, waits") << "organiser:\\Exit" << none << QStringList{"exit"};
     }
 
     void aLinkIsItsLastBackslashSegmentComparedExactly()
