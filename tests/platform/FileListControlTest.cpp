@@ -135,20 +135,6 @@ private Q_SLOTS:
         QCOMPARE(listing.list.itemCount(), 2);
     }
 
-    void anUnhandledFolderActivationOpensTheFolder()
-    {
-        Listing listing;
-        bool handle = true;
-        connect(&listing.list, &FileListControl::itemActivated, &listing.list,
-                [&handle](const FileListItem&, bool& handled) { handled = handle; });
-        listing.list.activateItem(listing.named(QStringLiteral("Sub")));
-        QCOMPARE(listing.list.folder(), listing.dir.path());
-        handle = false;
-        listing.list.activateItem(listing.named(QStringLiteral("Sub")));
-        QCOMPARE(listing.list.folder(), listing.dir.filePath(QStringLiteral("Sub")));
-        QCOMPARE(listing.list.itemCount(), 0);
-    }
-
     void changesOnDiskAreFollowedKeepingTheSelection()
     {
         Listing listing;

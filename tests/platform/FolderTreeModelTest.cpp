@@ -22,27 +22,6 @@ class FolderTreeModelTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void flatOrderIsDisplayOrder()
-    {
-        FolderTreeModel model;
-        QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
-        const FolderNode root = model.addNode(QStringLiteral("root"));
-        const FolderNode a = model.addNode(root, QStringLiteral("a"));
-        const FolderNode b = model.addNode(root, QStringLiteral("b"));
-        model.addNode(a, QStringLiteral("a1"));
-        model.insertNode(root, 1, QStringLiteral("between"));
-        model.insertNode(root, 0, QStringLiteral("first"));
-        model.addNode(QStringLiteral("second top"));
-        QCOMPARE(flatTexts(model), (QStringList{"root", "first", "a", "a1", "between", "b", "second top"}));
-        QCOMPARE(model.count(), 7);
-        QCOMPARE(model.node(3).level(), 2);
-        QCOMPARE(model.node(3).parent(), a);
-        QCOMPARE(root.child(3), b);
-        QCOMPARE(model.indexOf(b).row(), 3);
-        QVERIFY(!model.node(7).isValid());
-        QVERIFY(!model.node(-1).isValid());
-    }
-
     void removingANodeTakesItsSubtreeAndInvalidatesHandles()
     {
         FolderTreeModel model;

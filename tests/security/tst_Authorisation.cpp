@@ -4,7 +4,6 @@
 #include "MessageRecorder.h"
 #include "NebraSecurityManager.h"
 #include "SecurityFixture.h"
-#include "UserFolders.h"
 
 #include <QTest>
 
@@ -17,8 +16,7 @@ class tst_Authorisation : public QObject
 {
     Q_OBJECT
 
-    std::unique_ptr<UserFolders> m_folders;
-    std::unique_ptr<SecurityFixture> m_fixture;
+    std::unique_ptr<SecuritySite> m_site;
     std::unique_ptr<MessageRecorder> m_messages;
     std::unique_ptr<NebraSecurityManager> m_manager;
     std::unique_ptr<Globals> m_globals;
@@ -27,16 +25,10 @@ class tst_Authorisation : public QObject
 private Q_SLOTS:
     void init()
     {
-        m_folders = std::make_unique<UserFolders>();
-        m_fixture = std::make_unique<SecurityFixture>(m_folders->root() + QStringLiteral("/site"));
-        m_fixture->create();
-        m_fixture->addUser(QStringLiteral("jsmith"), QStringLiteral("correct horse"), {},
-                           {QStringLiteral("AuthorisationsGeneral/RunProtocol"),
-                            QStringLiteral("Instrumentation/SelectDriver")});
-        SettingsStore store;
-        m_fixture->writeSettings(store);
+        m_site = std::make_unique<SecuritySite>(
+            QStringList{"AuthorisationsGeneral/RunProtocol", "Instrumentation/SelectDriver"});
         QString error;
-        m_manager = NebraSecurityManager::create(store, {}, &error);
+        m_manager = NebraSecurityManager::create(SettingsStore(), {}, &error);
         QVERIFY2(m_manager, qPrintable(error));
         DialogScript dialogs;
         dialogs.logIn(QStringLiteral("jsmith"), QStringLiteral("correct horse"));
@@ -70,7 +62,7 @@ private Q_SLOTS:
         QFETCH(bool, showMessage);
         QFETCH(bool, allowed);
         m_globals->SecurityEnabled = session;
-        const QStringList before = m_fixture->auditTexts();
+        const QStringList before = m_site->fixture.auditTexts();
         QCOMPARE(m_authorisation->CanPerformSecurityOperation(QStringLiteral("AuthorisationsGeneral"),
                                                               operation, showMessage),
                  allowed);
@@ -78,12 +70,12 @@ private Q_SLOTS:
             m_authorisation->AddAuditTrailEntryOperationGeneral(
                 QStringLiteral("Run protocol: ELISA IgG.apr"));
         QString error;
-        const AuditEntry last = m_fixture->open()->audit().entries(&error).last();
+        const AuditEntry last = m_site->fixture.open()->audit().entries(&error).last();
         if (allowed && session)
             QCOMPARE(last.userName + '|' + last.area + '|' + last.text,
                      QStringLiteral("jsmith|General|Run protocol: ELISA IgG.apr"));
         else
-            QCOMPARE(m_fixture->auditTexts(), before);
+            QCOMPARE(m_site->fixture.auditTexts(), before);
         QCOMPARE(m_messages->count(), int(!allowed && showMessage));
         if (m_messages->count() == 0)
             return;

@@ -9,7 +9,6 @@
 #include "StatusBarControl.h"
 #include "SuitePaths.h"
 #include "ToolBarsControl.h"
-#include "UserFolders.h"
 
 #include <QAction>
 #include <QApplication>
@@ -28,8 +27,7 @@ class tst_SecuritySession : public QObject
 {
     Q_OBJECT
 
-    std::unique_ptr<UserFolders> m_folders;
-    std::unique_ptr<SecurityFixture> m_fixture;
+    std::unique_ptr<SecuritySite> m_site;
     std::unique_ptr<MessageRecorder> m_messages;
     std::unique_ptr<DialogScript> m_dialogs;
     qint64 m_now = 0;
@@ -66,13 +64,7 @@ class tst_SecuritySession : public QObject
 private Q_SLOTS:
     void init()
     {
-        m_folders = std::make_unique<UserFolders>();
-        m_fixture = std::make_unique<SecurityFixture>(m_folders->root() + QStringLiteral("/site"));
-        m_fixture->create();
-        m_fixture->addUser(QStringLiteral("jsmith"), QStringLiteral("correct horse"),
-                           QStringLiteral("Jane Smith"));
-        SettingsStore store;
-        m_fixture->writeSettings(store);
+        m_site = std::make_unique<SecuritySite>();
         m_messages = std::make_unique<MessageRecorder>();
         m_dialogs = std::make_unique<DialogScript>();
         m_processEnds = 0;
@@ -98,7 +90,7 @@ private Q_SLOTS:
         QVERIFY(m_dialogs->shown().isEmpty());
         QCOMPARE(m_messages->count(), 0);
         QCOMPARE(m_processEnds, 0);
-        QCOMPARE(m_fixture->auditTexts().size(), 2); // created, user added: nothing from the Organiser
+        QCOMPARE(m_site->fixture.auditTexts().size(), 2); // created, user added: nothing from the Organiser
     }
 
     void aFailedStartOfTheSessionEndsTheStartUp_data()
@@ -117,7 +109,7 @@ private Q_SLOTS:
         QFETCH(bool, managerMissing);
         QFETCH(QString, message);
         if (managerMissing) {
-            QVERIFY(QFile::remove(m_fixture->settings().databasePath));
+            QVERIFY(QFile::remove(m_site->fixture.settings().databasePath));
             QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral(
                                                    "^The security manager cannot be created: ")));
         }
@@ -142,7 +134,7 @@ private Q_SLOTS:
                  window->securitySession()->NebraSecurityManagerObj());
         QVERIFY(QFileInfo(window->globals().paths->SecuredFolder()).isDir());
         QString error;
-        const AuditEntry last = m_fixture->open()->audit().entries(&error).last();
+        const AuditEntry last = m_site->fixture.open()->audit().entries(&error).last();
         QCOMPARE(last.area + QLatin1Char('|') + last.text, QStringLiteral("General|Launch Welcome screen"));
         QCOMPARE(m_messages->count(), 0);
 
@@ -207,7 +199,7 @@ private Q_SLOTS:
         QVERIFY(!window->isVisible());
         QVERIFY(!window->globals().SecurityEnabled);
         if (!audit.isEmpty())
-            QCOMPARE(m_fixture->auditTexts().last(), audit);
+            QCOMPARE(m_site->fixture.auditTexts().last(), audit);
     }
 };
 

@@ -151,6 +151,8 @@ private Q_SLOTS:
     {
         Organiser o;
         o.build();
+        QAbstractItemModelTester tester(&o.world.tree->nodes(),
+                                        QAbstractItemModelTester::FailureReportingMode::QtTest);
         o.world.tree->setCurrentNode(o.tree.instrumentNode());
         makeFolder(o.world.globals.paths->ReadConfigurationsFolder() + QStringLiteral("/Reader Two/Plates"));
         o.world.globals.settings->SetCurrentHLD(2);

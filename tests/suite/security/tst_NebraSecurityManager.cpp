@@ -2,7 +2,6 @@
 #include "MessageRecorder.h"
 #include "NebraSecurityManager.h"
 #include "SecurityFixture.h"
-#include "UserFolders.h"
 
 #include <QTest>
 
@@ -32,22 +31,14 @@ class tst_NebraSecurityManager : public QObject
             return nullptr;
         return manager;
     }
-    std::unique_ptr<UserFolders> m_folders;
-    std::unique_ptr<SecurityFixture> m_fixture;
+    std::unique_ptr<SecuritySite> m_site;
     std::unique_ptr<MessageRecorder> m_messages;
     std::unique_ptr<DialogScript> m_dialogs;
 
 private Q_SLOTS:
     void init()
     {
-        m_folders = std::make_unique<UserFolders>();
-        m_fixture = std::make_unique<SecurityFixture>(m_folders->root() + QStringLiteral("/site"));
-        m_fixture->create();
-        m_fixture->addUser(QStringLiteral("jsmith"), QStringLiteral("correct horse"),
-                           QStringLiteral("Jane Smith"),
-                           {QStringLiteral("AuthorisationsGeneral/RunProtocol")});
-        SettingsStore store;
-        m_fixture->writeSettings(store);
+        m_site = std::make_unique<SecuritySite>(QStringList{"AuthorisationsGeneral/RunProtocol"});
         m_messages = std::make_unique<MessageRecorder>();
         m_dialogs = std::make_unique<DialogScript>();
     }
@@ -104,7 +95,7 @@ private Q_SLOTS:
     void rightsComeDirectlyOrThroughRoles()
     {
         {
-            const std::unique_ptr<SecurityStore> store = m_fixture->open();
+            const std::unique_ptr<SecurityStore> store = m_site->fixture.open();
             SecurityAdministration admin(*store, QStringLiteral("admin"));
             QString error;
             QVERIFY(admin.addRole(QStringLiteral("Editors"), &error));
@@ -118,7 +109,7 @@ private Q_SLOTS:
         QVERIFY(manager->IsOperationAllowed(general, QStringLiteral("RunProtocol")));
         QVERIFY(!manager->IsOperationAllowed(general, QStringLiteral("EditLayout")));
 
-        const std::unique_ptr<SecurityStore> store = m_fixture->open();
+        const std::unique_ptr<SecurityStore> store = m_site->fixture.open();
         SecurityAdministration admin(*store, QStringLiteral("admin"));
         QString error;
         QVERIFY(admin.assignRole(QStringLiteral("jsmith"), QStringLiteral("Editors"), &error));
@@ -176,7 +167,7 @@ private Q_SLOTS:
     void resetPasswordMustBeChangedAtLogIn()
     {
         {
-            const std::unique_ptr<SecurityStore> store = m_fixture->open();
+            const std::unique_ptr<SecurityStore> store = m_site->fixture.open();
             QString error;
             QVERIFY(SecurityAdministration(*store, QStringLiteral("admin"))
                         .setPassword(QStringLiteral("jsmith"), SecretBytes("temporary1"), true, &error));
@@ -185,7 +176,7 @@ private Q_SLOTS:
         m_dialogs->logIn(QStringLiteral("jsmith"), QStringLiteral("temporary1"));
         m_dialogs->cancel(); // the forced change
         QVERIFY(!manager->LogIn(nullptr));
-        QCOMPARE(m_fixture->auditTexts().last(),
+        QCOMPARE(m_site->fixture.auditTexts().last(),
                  QStringLiteral("Log in abandoned: the password had to be changed first"));
 
         m_dialogs->logIn(QStringLiteral("jsmith"), QStringLiteral("temporary1"));
