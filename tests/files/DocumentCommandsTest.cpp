@@ -21,8 +21,8 @@ struct Commands
 
     Commands()
     {
-        makeFolder(world.data(QStringLiteral("Microplate Layouts/96 well/Deep")));
-        makeFolder(world.data(QStringLiteral("Protocols/Elisa")));
+        makeFolder(world.data("Microplate Layouts/96 well/Deep"));
+        makeFolder(world.data("Protocols/Elisa"));
         tree.InitialiseOrganiserTree();
     }
 };

@@ -3,7 +3,6 @@
 #include "OrganiserTree.h"
 #include "OrganiserWorld.h"
 
-#include <QSignalSpy>
 #include <QTreeView>
 
 using namespace nebra;

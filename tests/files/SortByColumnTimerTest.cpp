@@ -1,6 +1,5 @@
 #include "SortByColumnTimer.h"
 
-#include <QSignalSpy>
 #include <QTest>
 
 using namespace nebra;

@@ -24,16 +24,16 @@ const QStringList Kinds = {"Microplate Layouts", "Read Configurations", "Results
 struct Fixture
 {
     QTemporaryDir dir;
-    SettingsStore store{dir.filePath(QStringLiteral("Suite.ini"))};
+    SettingsStore store{dir.filePath("Suite.ini")};
     SuiteSettings settings{store};
     SuitePaths paths{store};
     HLDCollection drivers;
-    QString examples = dir.filePath(QStringLiteral("Example Assays"));
+    QString examples = dir.filePath("Example Assays");
 
     Fixture()
     {
         paths.Initialise();
-        paths.SetParentDirectory(dir.filePath(QStringLiteral("Parent")));
+        paths.SetParentDirectory(dir.filePath("Parent"));
     }
 
     DataFolders folders()
@@ -53,7 +53,7 @@ struct Fixture
 
     void setDrivers(const QStringList& names)
     {
-        const QString file = dir.filePath(QStringLiteral("drivers.json"));
+        const QString file = dir.filePath("drivers.json");
         writeFile(file,
                   "{\"drivers\":[{\"FullName\":\"" + names.join("\"},{\"FullName\":\"").toUtf8() + "\"}]}");
         drivers = HLDCollection(file);
@@ -120,7 +120,7 @@ private Q_SLOTS:
     void everySubfolderIsChecked()
     {
         Fixture f;
-        const QString candidate = f.dir.filePath(QStringLiteral("Candidate"));
+        const QString candidate = f.dir.filePath("Candidate");
         for (const QString& kind : Kinds) {
             QVERIFY(!f.folders().AreAllSubfoldersPresent(candidate));
             QVERIFY(QDir().mkpath(candidate + "/My Assays/" + kind));

@@ -44,9 +44,9 @@ private Q_SLOTS:
         if (error == EACCES && ::geteuid() == 0)
             QSKIP("permissions do not bind root");
         QTemporaryDir dir;
-        writeFile(dir.filePath(QStringLiteral("file.apr")));
-        makeFolder(dir.filePath(QStringLiteral("locked/inside")));
-        QFile::setPermissions(dir.filePath(QStringLiteral("locked")), QFileDevice::WriteOwner);
+        writeFile(dir.filePath("file.apr"));
+        makeFolder(dir.filePath("locked/inside"));
+        QFile::setPermissions(dir.filePath("locked"), QFileDevice::WriteOwner);
         const QByteArray path = relative.isEmpty() ? QByteArray() : encoded(dir.filePath(relative));
         const DirectoryReader::SubfolderListing folders = DirectoryReader::subfolders(path);
         QCOMPARE(folders.error, error);
@@ -54,20 +54,19 @@ private Q_SLOTS:
         const DirectoryReader::FileListing files = DirectoryReader::files(path, WildcardFilter());
         QCOMPARE(files.error, error);
         QVERIFY(files.records.empty());
-        QFile::setPermissions(dir.filePath(QStringLiteral("locked")),
+        QFile::setPermissions(dir.filePath("locked"),
                               QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
     }
 
     void filesAreFoldersAndMatchingFilesWithRawTimes()
     {
         QTemporaryDir dir;
-        writeFile(dir.filePath(QStringLiteral("a.apr")), "12345", 1700000000, 123456789);
-        writeFile(dir.filePath(QStringLiteral("b.mht")));
-        writeFile(dir.filePath(QStringLiteral("no extension")));
-        makeFolder(dir.filePath(QStringLiteral("sub.folder")));
-        QVERIFY(QFile::link(dir.filePath(QStringLiteral("a.apr")), dir.filePath(QStringLiteral("link.apr"))));
-        QVERIFY(QFile::link(dir.filePath(QStringLiteral("gone.apr")),
-                            dir.filePath(QStringLiteral("broken.apr"))));
+        writeFile(dir.filePath("a.apr"), "12345", 1700000000, 123456789);
+        writeFile(dir.filePath("b.mht"));
+        writeFile(dir.filePath("no extension"));
+        makeFolder(dir.filePath("sub.folder"));
+        QVERIFY(QFile::link(dir.filePath("a.apr"), dir.filePath("link.apr")));
+        QVERIFY(QFile::link(dir.filePath("gone.apr"), dir.filePath("broken.apr")));
 
         QMap<QString, DirectoryReader::FileRecord> byName;
         for (const DirectoryReader::FileRecord& record :

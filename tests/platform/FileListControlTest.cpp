@@ -3,7 +3,6 @@
 #include "TestFiles.h"
 #include "UserFolders.h"
 
-#include <QAbstractItemModel>
 #include <QLabel>
 #include <QLineEdit>
 #include <QSignalSpy>
@@ -26,10 +25,10 @@ struct Listing
 
     Listing()
     {
-        writeFile(dir.filePath(QStringLiteral("old.apr")), {}, 1600000000);
-        writeFile(dir.filePath(QStringLiteral("new.apr")), {}, 1700000000);
-        writeFile(dir.filePath(QStringLiteral("new.mht")));
-        makeFolder(dir.filePath(QStringLiteral("Sub")));
+        writeFile(dir.filePath("old.apr"), {}, 1600000000);
+        writeFile(dir.filePath("new.apr"), {}, 1700000000);
+        writeFile(dir.filePath("new.mht"));
+        makeFolder(dir.filePath("Sub"));
         list.resize(600, 300);
         list.setFilter(QStringLiteral("*.apr"));
         list.setFolder(dir.path());
@@ -94,7 +93,7 @@ private Q_SLOTS:
         QVERIFY(!listing.list.renameItem(item, newName));
         QCOMPARE(messages.count(), 1);
         QVERIFY2(messages.last().text.contains(message), qPrintable(messages.last().text));
-        QCOMPARE(QFile::exists(listing.dir.filePath(QStringLiteral("old.apr"))), !gone);
+        QCOMPARE(QFile::exists(listing.dir.filePath("old.apr")), !gone);
         QCOMPARE(QDir(listing.dir.path()).entryList(QDir::Files).size(), gone ? 2 : 3);
     }
 
@@ -109,10 +108,10 @@ private Q_SLOTS:
         QSignalSpy renamed(&listing.list, &FileListControl::itemRenamed);
         editor->setText(QStringLiteral("Älter two.apr"));
         QTest::keyClick(editor, Qt::Key_Return);
-        QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(listing.dir.filePath(QStringLiteral("Älter two.apr"))), 5000);
-        QVERIFY(!QFile::exists(listing.dir.filePath(QStringLiteral("old.apr"))));
+        QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(listing.dir.filePath("Älter two.apr")), 5000);
+        QVERIFY(!QFile::exists(listing.dir.filePath("old.apr")));
         QCOMPARE(renamed.count(), 1);
-        QCOMPARE(renamed.first().at(1).toString(), listing.dir.filePath(QStringLiteral("old.apr")));
+        QCOMPARE(renamed.first().at(1).toString(), listing.dir.filePath("old.apr"));
     }
 
     void deleteAsksThenMovesToTheTrash()
@@ -122,14 +121,14 @@ private Q_SLOTS:
         listing.named(QStringLiteral("old.apr")).setSelected(true);
         messages.answer(MessageButton::No);
         listing.list.deleteSelectedItems();
-        QVERIFY(QFile::exists(listing.dir.filePath(QStringLiteral("old.apr"))));
+        QVERIFY(QFile::exists(listing.dir.filePath("old.apr")));
         QCOMPARE(messages.last().buttons, int(MessageButton::Yes | MessageButton::No));
         QVERIFY(messages.last().text.contains(QStringLiteral("\"old.apr\"")));
 
         QSignalSpy removed(&listing.list, &FileListControl::itemRemoved);
         messages.answer(MessageButton::Yes);
         listing.list.deleteSelectedItems();
-        QVERIFY(!QFile::exists(listing.dir.filePath(QStringLiteral("old.apr"))));
+        QVERIFY(!QFile::exists(listing.dir.filePath("old.apr")));
         QVERIFY(QFile::exists(listing.user.root() + QStringLiteral("/data/Trash/files/old.apr")));
         QCOMPARE(removed.count(), 1);
         QCOMPARE(listing.list.itemCount(), 2);
@@ -141,8 +140,8 @@ private Q_SLOTS:
         listing.named(QStringLiteral("new.apr")).setSelected(true);
         QSignalSpy added(&listing.list, &FileListControl::itemAdded);
         QSignalSpy removed(&listing.list, &FileListControl::itemRemoved);
-        writeFile(listing.dir.filePath(QStringLiteral("third.apr")));
-        QVERIFY(QDir(listing.dir.filePath(QStringLiteral("Sub"))).removeRecursively());
+        writeFile(listing.dir.filePath("third.apr"));
+        QVERIFY(QDir(listing.dir.filePath("Sub")).removeRecursively());
         QTRY_VERIFY_WITH_TIMEOUT(added.count() == 1 && removed.count() == 1, 5000);
         QCOMPARE(added.first().at(0).value<FileListItem>().name(), QStringLiteral("third.apr"));
         QVERIFY(removed.first().at(0).value<FileListItem>().isFolder());
@@ -154,7 +153,7 @@ private Q_SLOTS:
     {
         Listing listing;
         QVERIFY(listing.list.itemCount() > 0);
-        listing.list.setFolder(listing.dir.filePath(QStringLiteral("gone")));
+        listing.list.setFolder(listing.dir.filePath("gone"));
         QCOMPARE(listing.list.itemCount(), 0);
         QVERIFY(listing.list.listingError() != 0);
         auto* state = listing.list.findChild<QLabel*>();

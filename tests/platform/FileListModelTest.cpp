@@ -18,7 +18,7 @@ private Q_SLOTS:
     void columnsShowNameCommentAndHiddenExtensions()
     {
         QTemporaryDir dir;
-        const QString path = dir.filePath(QStringLiteral("Run 7.ars"));
+        const QString path = dir.filePath("Run 7.ars");
         writeFile(path);
         FileListModel model;
         QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);

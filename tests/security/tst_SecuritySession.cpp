@@ -3,7 +3,6 @@
 #include "MainWindow.h"
 #include "MessageRecorder.h"
 #include "NebraSecurityManager.h"
-#include "Resources.h"
 #include "SecurityFixture.h"
 #include "SecuritySession.h"
 #include "StatusBarControl.h"

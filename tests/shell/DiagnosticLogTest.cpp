@@ -27,7 +27,7 @@ private Q_SLOTS:
     void aRunReplacesTheLogWithDateTimeAndNumberedMilestones()
     {
         QTemporaryDir dir;
-        const QString path = dir.filePath(QStringLiteral("NebraLog.txt"));
+        const QString path = dir.filePath("NebraLog.txt");
         nebra::test::writeFile(path, QByteArray(5000, 'x')); // the log of an earlier run
         DiagnosticLog log([] { return 1; });
         for (int run = 0; run < 2; ++run) { // opening again truncates and counts from 1 again
@@ -96,7 +96,7 @@ private Q_SLOTS:
     void unwritableFolderFailsOpenAndStaysSilent()
     {
         QTemporaryDir dir;
-        QFile blocker(dir.filePath(QStringLiteral("not-a-folder")));
+        QFile blocker(dir.filePath("not-a-folder"));
         QVERIFY(blocker.open(QIODevice::WriteOnly));
         blocker.close();
         DiagnosticLog log([] { return 1; });

@@ -3,7 +3,6 @@
 #include "MainWindow.h"
 #include "MessageRecorder.h"
 #include "ShortcutsBar.h"
-#include "StartUpSequence.h"
 #include "TestFiles.h"
 #include "ToolBarsControl.h"
 #include "UserFolders.h"

@@ -26,7 +26,7 @@ private Q_SLOTS:
     void aMissingFileMeansDefaultsUntilAValueIsWritten()
     {
         QTemporaryDir dir;
-        const QString path = dir.filePath(QStringLiteral("Nebra/Suite.ini"));
+        const QString path = dir.filePath("Nebra/Suite.ini");
         SettingsStore store(path);
         SuiteSettings settings(store);
         QVERIFY(store.warning().isEmpty());
@@ -56,7 +56,7 @@ private Q_SLOTS:
     {
         QFETCH(QByteArray, content);
         QTemporaryDir dir;
-        const QString path = dir.filePath(QStringLiteral("Suite.ini"));
+        const QString path = dir.filePath("Suite.ini");
         nebra::test::writeFile(path, content);
         SettingsStore store(path);
         SuiteSettings settings(store);
@@ -77,7 +77,7 @@ private Q_SLOTS:
         if (geteuid() == 0)
             QSKIP("root reads every file");
         QTemporaryDir dir;
-        const QString path = dir.filePath(QStringLiteral("Suite.ini"));
+        const QString path = dir.filePath("Suite.ini");
         nebra::test::writeFile(path, "[Settings]\nDiagnosticLogLevel=2\n");
         QFile::setPermissions(path, QFileDevice::WriteOwner);
         SettingsStore store(path);
@@ -101,7 +101,7 @@ private Q_SLOTS:
         QFETCH(bool, showShortcuts);
         QFETCH(int, level);
         QTemporaryDir dir;
-        const QString path = dir.filePath(QStringLiteral("Suite.ini"));
+        const QString path = dir.filePath("Suite.ini");
         nebra::test::writeFile(path, "[Settings]\n" + line + "\n");
         SettingsStore store(path);
         SuiteSettings settings(store);
@@ -113,7 +113,7 @@ private Q_SLOTS:
     void logLevelSeesChangesMadeByAnotherProgram()
     {
         QTemporaryDir dir;
-        const QString path = dir.filePath(QStringLiteral("Suite.ini"));
+        const QString path = dir.filePath("Suite.ini");
         nebra::test::writeFile(path, "[Settings]\nDiagnosticLogLevel=0\n");
         SettingsStore store(path);
         SuiteSettings settings(store);
@@ -126,7 +126,7 @@ private Q_SLOTS:
     void writeIntoAnUnwritableFolderFailsCleanly()
     {
         QTemporaryDir dir;
-        const QString blocker = dir.filePath(QStringLiteral("file"));
+        const QString blocker = dir.filePath("file");
         nebra::test::writeFile(blocker, "x");
         SettingsStore store(blocker + QStringLiteral("/Suite.ini"));
         QVERIFY(!store.setValue(QStringLiteral("Settings/PlusCaption"), true));

@@ -3,7 +3,6 @@
 #include "SettingsStore.h"
 #include "TestFiles.h"
 
-#include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -17,7 +16,7 @@ private Q_SLOTS:
     void dataFoldersFollowTheParentDirectory()
     {
         QTemporaryDir dir;
-        SettingsStore store(dir.filePath(QStringLiteral("Suite.ini")));
+        SettingsStore store(dir.filePath("Suite.ini"));
         SuitePaths paths(store);
         paths.Initialise();
         QVERIFY(paths.SetParentDirectory(QStringLiteral("/srv/lab data/")));
@@ -47,7 +46,7 @@ private Q_SLOTS:
         QFETCH(QString, document);
         QFETCH(QString, preview);
         QTemporaryDir dir;
-        SettingsStore store(dir.filePath(QStringLiteral("Suite.ini")));
+        SettingsStore store(dir.filePath("Suite.ini"));
         QCOMPARE(SuitePaths(store).PreviewFileFor(document), preview);
     }
 
@@ -70,20 +69,20 @@ private Q_SLOTS:
         QFETCH(QStringList, names);
         QFETCH(bool, error);
         QTemporaryDir dir;
-        nebra::test::writeFile(dir.filePath(QStringLiteral("drivers.json")), json);
-        const HLDCollection drivers(dir.filePath(QStringLiteral("drivers.json")));
+        nebra::test::writeFile(dir.filePath("drivers.json"), json);
+        const HLDCollection drivers(dir.filePath("drivers.json"));
         QStringList read;
         for (const HLDElement& driver : drivers.Items())
             read << driver.FullName;
         QCOMPARE(read, names);
         QCOMPARE(!drivers.errorString().isEmpty(), error);
-        QCOMPARE(HLDCollection(dir.filePath(QStringLiteral("missing.json"))).Count(), 0);
+        QCOMPARE(HLDCollection(dir.filePath("missing.json")).Count(), 0);
     }
 
     void shippedCatalogueListsTheExampleDrivers()
     {
         QTemporaryDir dir;
-        SettingsStore store(dir.filePath(QStringLiteral("Suite.ini")));
+        SettingsStore store(dir.filePath("Suite.ini"));
         SuitePaths paths(store);
         paths.Initialise();
         const HLDCollection drivers(paths.DriverCatalogueFile());

@@ -35,12 +35,12 @@ struct OrganiserWorld
     OrganiserWorld()
     {
         globals.resources = std::make_unique<Resources>();
-        globals.store = std::make_unique<SettingsStore>(dir.filePath(QStringLiteral("Suite.ini")));
+        globals.store = std::make_unique<SettingsStore>(dir.filePath("Suite.ini"));
         globals.settings = std::make_unique<SuiteSettings>(*globals.store);
         globals.paths = std::make_unique<SuitePaths>(*globals.store);
         globals.paths->Initialise();
-        globals.paths->SetParentDirectory(dir.filePath(QStringLiteral("Data")));
-        const QString catalogue = dir.filePath(QStringLiteral("drivers.json"));
+        globals.paths->SetParentDirectory(dir.filePath("Data"));
+        const QString catalogue = dir.filePath("drivers.json");
         writeFile(catalogue, R"({"drivers":[{"FullName":"Reader One"},{"FullName":"Reader Two"}]})");
         globals.store->setValue(QStringLiteral("Paths/DriverCatalogue"), catalogue);
         globals.InstrumentDriversInUse = true;

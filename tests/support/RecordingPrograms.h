@@ -22,20 +22,17 @@ public:
         for (const char* name : {"AssayApplicationPath", "LayoutEditorPath", "ReadConfigurationEditorPath"})
             QFile::copy(QStringLiteral(NEBRA_ARGV_RECORDER), program(QLatin1String(name)));
         QFile::copy(QStringLiteral(NEBRA_ARGV_RECORDER), binFolder() + QStringLiteral("/xdg-open"));
-        qputenv("NEBRA_RECORDER_DIR", QFile::encodeName(m_dir.filePath(QStringLiteral("records"))));
+        qputenv("NEBRA_RECORDER_DIR", QFile::encodeName(m_dir.filePath("records")));
     }
 
-    QString program(const QString& name) const
-    {
-        return m_dir.filePath(QStringLiteral("Suite Programs/") + name);
-    }
-    QString binFolder() const { return m_dir.filePath(QStringLiteral("bin")); }
+    QString program(const QString& name) const { return m_dir.filePath("Suite Programs/" + name); }
+    QString binFolder() const { return m_dir.filePath("bin"); }
 
     // The argv of every finished start so far, in no particular order.
     QList<QByteArrayList> records() const
     {
         QList<QByteArrayList> result;
-        QDir folder(m_dir.filePath(QStringLiteral("records")));
+        QDir folder(m_dir.filePath("records"));
         for (const QString& name : folder.entryList({QStringLiteral("*.argv")}, QDir::Files)) {
             QFile file(folder.filePath(name));
             if (file.open(QIODevice::ReadOnly))
@@ -51,7 +48,7 @@ public:
 
     void clear() const
     {
-        QDir folder(m_dir.filePath(QStringLiteral("records")));
+        QDir folder(m_dir.filePath("records"));
         for (const QString& name : folder.entryList(QDir::Files))
             folder.remove(name);
     }

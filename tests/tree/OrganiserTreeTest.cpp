@@ -110,8 +110,8 @@ private Q_SLOTS:
     {
         Organiser o;
         o.build();
-        makeFolder(o.world.data(QStringLiteral("Results/Run 0")));
-        makeFolder(o.world.data(QStringLiteral("Results/Run 1/raw")));
+        makeFolder(o.world.data("Results/Run 0"));
+        makeFolder(o.world.data("Results/Run 1/raw"));
         o.tree.RecreateResultsNode(); // no children yet: only fills
         QCOMPARE(o.tree.resultsNode().childCount(), 2);
 
@@ -119,10 +119,9 @@ private Q_SLOTS:
         QSignalSpy selected(o.world.tree, &FolderTreeControl::nodeSelected);
         for (const char* run : {"Results/Run 0", "Results/Run 1"})
             QVERIFY(QDir(o.world.data(QLatin1String(run))).removeRecursively());
-        makeFolder(o.world.data(QStringLiteral("Results/Run 2")));
+        makeFolder(o.world.data("Results/Run 2"));
         o.tree.RecreateResultsNode();
-        QCOMPARE(childRows(o.tree.resultsNode()),
-                 QStringList{"Run 2 [4] " + o.world.data(QStringLiteral("Results/Run 2"))});
+        QCOMPARE(childRows(o.tree.resultsNode()), QStringList{"Run 2 [4] " + o.world.data("Results/Run 2")});
         QCOMPARE(o.world.tree->currentNode(), o.tree.protocolsNode());
         QCOMPARE(selected.count(), 0);
     }
@@ -131,7 +130,7 @@ private Q_SLOTS:
     {
         Organiser o;
         o.build();
-        const QString pretend = o.world.dir.filePath(QStringLiteral("Organiser"));
+        const QString pretend = o.world.dir.filePath("Organiser");
         QVERIFY(!o.tree.RemoveExplorerBranch(pretend));
         QVERIFY(!o.tree.RenameExplorerBranch(pretend, pretend + QStringLiteral("2")));
         QVERIFY(o.tree.rootNode().isValid());
@@ -140,7 +139,7 @@ private Q_SLOTS:
     void aFileIsInTheListOnlyByItsExactName()
     {
         Organiser o;
-        writeFile(o.world.data(QStringLiteral("Protocols/Elisa.apr")));
+        writeFile(o.world.data("Protocols/Elisa.apr"));
         o.world.list->setFolder(o.world.globals.paths->ProtocolsFolder());
         QVERIFY(o.tree.IsFileInFileView(QStringLiteral("Elisa.apr")));
         QVERIFY(!o.tree.IsFileInFileView(QStringLiteral("elisa.apr")));

@@ -31,7 +31,7 @@ private Q_SLOTS:
         QFETCH(int, state);
         QFETCH(bool, enabled);
         OrganiserWorld world;
-        makeFolder(world.data(QStringLiteral("Protocols/Sub")));
+        makeFolder(world.data("Protocols/Sub"));
         OrganiserTree organiser(*world.tree, *world.list, *world.shortcuts, world.globals);
         organiser.InitialiseOrganiserTree();
         TreeNavigation navigation(*world.tree, organiser);

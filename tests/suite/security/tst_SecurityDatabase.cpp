@@ -2,7 +2,6 @@
 #include "TestFiles.h"
 
 #include <QFile>
-#include <QSqlQuery>
 #include <QTemporaryDir>
 #include <QTest>
 

@@ -15,7 +15,7 @@ private Q_SLOTS:
     void companionFilesFollowTheDatabase()
     {
         QTemporaryDir dir;
-        SettingsStore store(dir.filePath(QStringLiteral("Suite.ini")));
+        SettingsStore store(dir.filePath("Suite.ini"));
         QVERIFY(
             SecuritySettings::fromStore(store).databasePath.endsWith(QLatin1String("/Nebra/Security.db")));
         QVERIFY(store.setValue(QStringLiteral("Security/DatabasePath"), QStringLiteral("/srv/lab/Site.db")));
@@ -47,7 +47,7 @@ private Q_SLOTS:
         QFETCH(QString, value);
         QFETCH(int, expected);
         QTemporaryDir dir;
-        SettingsStore store(dir.filePath(QStringLiteral("Suite.ini")));
+        SettingsStore store(dir.filePath("Suite.ini"));
         QVERIFY(store.setValue(QStringLiteral("Security/") + key, value));
         const SecuritySettings s = SecuritySettings::fromStore(SettingsStore(store.filePath()));
         const QHash<QString, int> fields = {{"TimeOutMinutes", s.timeOutMinutes},
