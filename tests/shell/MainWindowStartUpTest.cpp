@@ -85,10 +85,12 @@ private Q_SLOTS:
         QCOMPARE(blocks, 7);
     }
 
-    void aPlainStartIsFirstShownMaximisedAndWritesNoLog()
+    // With an unusable settings file every setting has its default: logging off.
+    void aPlainStartWarnsOfUnusableSettingsAndIsFirstShownMaximised()
     {
         UserFolders folders;
-        writeSettings(folders, {});
+        writeFile(folders.settingsFile(), QByteArray("\177ELF\002\0\0binary", 13));
+        MessageRecorder messages;
         MainWindow window;
         ShowWatcher watcher;
         window.installEventFilter(&watcher);
@@ -97,6 +99,9 @@ private Q_SLOTS:
         QVERIFY(watcher.states.first() & Qt::WindowMaximized);
         QCOMPARE(window.windowTitle(), QStringLiteral("Tallyo Organiser"));
         QVERIFY(!QFile::exists(folders.stateFolder() + QStringLiteral("/Nebra/NebraLog.txt")));
+        QCOMPARE(messages.count(), 1);
+        QCOMPARE(messages.last().icon, MessageIcon::Warning);
+        QVERIFY(messages.last().text.contains(QStringLiteral("Default settings are in effect")));
     }
 
     void missingFileSystemComponentEndsWithItsBox()
@@ -186,18 +191,6 @@ private Q_SLOTS:
         QCOMPARE(bar.itemCaptions(1), secondGroup);
         for (int item = 0; item < secondGroup.size(); ++item)
             QVERIFY(bar.itemHasIcon(1, item));
-    }
-
-    void anUnusableSettingsFileWarnsAtStartUp()
-    {
-        UserFolders folders;
-        writeFile(folders.settingsFile(), QByteArray("\177ELF\002\0\0binary", 13));
-        MessageRecorder messages;
-        MainWindow window;
-        QCOMPARE(window.Load(), MainWindow::LoadOutcome::Loaded);
-        QCOMPARE(messages.count(), 1);
-        QCOMPARE(messages.last().icon, MessageIcon::Warning);
-        QVERIFY(messages.last().text.contains(QStringLiteral("Default settings are in effect")));
     }
 };
 

@@ -123,20 +123,15 @@ private Q_SLOTS:
         QCOMPARE(branch.model.count(), 2);
     }
 
-    void refusedBranchesChangeNothing_data()
-    {
-        QTest::addColumn<QString>("path");
-        QTest::newRow("parent not in the tree") << "/elsewhere/New Folder";
-        QTest::newRow("no separator") << "Run 7";
-    }
-
     void refusedBranchesChangeNothing()
     {
-        QFETCH(QString, path);
         Branch branch;
-        QVERIFY(!branch.branches.AddExplorerBranch(path));
-        QVERIFY(!branch.branches.RemoveExplorerBranch(path));
-        QVERIFY(!branch.branches.RenameExplorerBranch(path, branch.path("Results/x")));
+        // A parent that is not in the tree, and a path without a separator.
+        for (const QString& path : {QStringLiteral("/elsewhere/New Folder"), QStringLiteral("Run 7")}) {
+            QVERIFY(!branch.branches.AddExplorerBranch(path));
+            QVERIFY(!branch.branches.RemoveExplorerBranch(path));
+            QVERIFY(!branch.branches.RenameExplorerBranch(path, branch.path("Results/x")));
+        }
         QCOMPARE(branch.model.count(), 1);
     }
 

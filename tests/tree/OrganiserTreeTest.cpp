@@ -126,19 +126,16 @@ private Q_SLOTS:
         QCOMPARE(selected.count(), 0);
     }
 
-    void theRootCannotBeRemovedOrRenamedByPath()
+    void lookupsByPathAndName()
     {
         Organiser o;
         o.build();
+        // The root's "Organiser" never matches a real folder.
         const QString pretend = o.world.dir.filePath("Organiser");
         QVERIFY(!o.tree.RemoveExplorerBranch(pretend));
         QVERIFY(!o.tree.RenameExplorerBranch(pretend, pretend + QStringLiteral("2")));
         QVERIFY(o.tree.rootNode().isValid());
-    }
-
-    void aFileIsInTheListOnlyByItsExactName()
-    {
-        Organiser o;
+        // A file is in the list only by its exact name.
         writeFile(o.world.data("Protocols/Elisa.apr"));
         o.world.list->setFolder(o.world.globals.paths->ProtocolsFolder());
         QVERIFY(o.tree.IsFileInFileView(QStringLiteral("Elisa.apr")));

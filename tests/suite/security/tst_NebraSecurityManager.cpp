@@ -94,31 +94,25 @@ private Q_SLOTS:
 
     void rightsComeDirectlyOrThroughRoles()
     {
-        {
-            const std::unique_ptr<SecurityStore> store = m_site->fixture.open();
-            SecurityAdministration admin(*store, QStringLiteral("admin"));
-            QString error;
-            QVERIFY(admin.addRole(QStringLiteral("Editors"), &error));
-            QVERIFY(admin.grantToRole(QStringLiteral("Editors"),
-                                      {QStringLiteral("AuthorisationsGeneral"), QStringLiteral("*")},
-                                      &error));
-        }
         const std::unique_ptr<NebraSecurityManager> manager = loggedIn();
         QVERIFY(manager);
-        const QString general = QStringLiteral("AuthorisationsGeneral");
-        QVERIFY(manager->IsOperationAllowed(general, QStringLiteral("RunProtocol")));
-        QVERIFY(!manager->IsOperationAllowed(general, QStringLiteral("EditLayout")));
-
+        const auto allowed = [&manager](const char* operation, const char* area = "AuthorisationsGeneral") {
+            return manager->IsOperationAllowed(QLatin1String(area), QLatin1String(operation));
+        };
+        QVERIFY(allowed("RunProtocol"));
+        QVERIFY(!allowed("EditLayout"));
+        // Changes by the administrator take effect within the running session.
         const std::unique_ptr<SecurityStore> store = m_site->fixture.open();
         SecurityAdministration admin(*store, QStringLiteral("admin"));
         QString error;
+        QVERIFY(admin.addRole(QStringLiteral("Editors"), &error));
+        QVERIFY(admin.grantToRole(QStringLiteral("Editors"), {QStringLiteral("AuthorisationsGeneral"), "*"},
+                                  &error));
         QVERIFY(admin.assignRole(QStringLiteral("jsmith"), QStringLiteral("Editors"), &error));
-        QVERIFY(manager->IsOperationAllowed(general, QStringLiteral("EditLayout")));
-        QVERIFY(
-            !manager->IsOperationAllowed(QStringLiteral("Instrumentation"), QStringLiteral("SelectDriver")));
-        // Disabling takes effect within the running session.
+        QVERIFY(allowed("EditLayout"));
+        QVERIFY(!allowed("SelectDriver", "Instrumentation"));
         QVERIFY(admin.setDisabled(QStringLiteral("jsmith"), true, &error));
-        QVERIFY(!manager->IsOperationAllowed(general, QStringLiteral("RunProtocol")));
+        QVERIFY(!allowed("RunProtocol"));
         QCOMPARE(m_messages->count(), 0);
     }
 

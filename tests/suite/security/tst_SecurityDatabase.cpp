@@ -26,15 +26,7 @@ private Q_SLOTS:
         m_fixture = std::make_unique<SecurityFixture>(m_dir->path());
     }
 
-    void theSiteKeyIsPrivateToItsOwner()
-    {
-        m_fixture->create();
-        QCOMPARE(QFile::permissions(m_fixture->settings().siteKeyFile),
-                 QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ReadUser |
-                     QFileDevice::WriteUser);
-    }
-
-    void createRefusesAnExistingFile()
+    void aCreatedDatabaseIsNeverCreatedAgain()
     {
         m_fixture->create();
         const QString path = m_fixture->settings().databasePath;
@@ -49,6 +41,10 @@ private Q_SLOTS:
                  QStringLiteral("The security database \"%1\" already exists; it has not been changed.")
                      .arg(path));
         QCOMPARE(bytes(), before);
+        // The site key that seals the audit chain is for its owner only.
+        QCOMPARE(QFile::permissions(m_fixture->settings().siteKeyFile),
+                 QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ReadUser |
+                     QFileDevice::WriteUser);
     }
 
     void openFails_data()
