@@ -26,6 +26,15 @@ private:
     bool m_secured = false;
     QString m_document = QStringLiteral("/data/My Assays/Protocols/ELISA IgG Quantitation.apr");
 
+    // The recording copy that stands in for the program a setting names.
+    QString programFor(const QString& setting) const
+    {
+        static const QHash<QString, QString> names{
+            {"LayoutEditorPath", "Layout Editor"},
+            {"AssayApplicationPath", "Assay Application"},
+            {"ReadConfigurationEditorPath", "Read Configuration Editor"}};
+        return m_programs->program(names.value(setting));
+    }
     void setProgram(const QString& setting, const QString& path)
     {
         QVERIFY(m_store->setValue(QStringLiteral("Paths/") + setting, path));
@@ -44,7 +53,7 @@ private Q_SLOTS:
         m_paths = std::make_unique<SuitePaths>(*m_store);
         for (const char* setting :
              {"LayoutEditorPath", "AssayApplicationPath", "ReadConfigurationEditorPath"})
-            setProgram(QLatin1String(setting), m_programs->program(QLatin1String(setting)));
+            setProgram(QLatin1String(setting), programFor(QLatin1String(setting)));
         m_events.clear();
         m_allow = true;
         m_secured = false;
@@ -100,7 +109,7 @@ private Q_SLOTS:
         QFETCH(bool, secured);
         QFETCH(QString, arguments);
         QFETCH(QString, audit);
-        const QString program = m_programs->program(setting);
+        const QString program = programFor(setting);
         setProgram(setting, stored.arg(program));
         arguments.replace(QLatin1String("LAYOUTS"), m_paths->LayoutsFolder());
         m_document = document;
@@ -125,13 +134,11 @@ private Q_SLOTS:
     {
         m_launcher->RunProtocol();
         QCOMPARE(startedArgv().value(0),
-                 QFile::encodeName(m_programs->program(QStringLiteral("AssayApplicationPath"))));
+                 QFile::encodeName(programFor(QStringLiteral("AssayApplicationPath"))));
         m_programs->clear();
-        setProgram(QStringLiteral("AssayApplicationPath"),
-                   m_programs->program(QStringLiteral("LayoutEditorPath")));
+        setProgram(QStringLiteral("AssayApplicationPath"), programFor(QStringLiteral("LayoutEditorPath")));
         m_launcher->RunProtocol();
-        QCOMPARE(startedArgv().value(0),
-                 QFile::encodeName(m_programs->program(QStringLiteral("LayoutEditorPath"))));
+        QCOMPARE(startedArgv().value(0), QFile::encodeName(programFor(QStringLiteral("LayoutEditorPath"))));
     }
 
     void aDeniedOperationIsNeitherAuditedNorStarted()
@@ -194,7 +201,7 @@ private Q_SLOTS:
     void aNewlyMadeProtocolOpensUnquotedUnchecked()
     {
         const QString made = QStringLiteral("/data/Protocols/New Assay 1.apr");
-        const QString program = m_programs->program(QStringLiteral("AssayApplicationPath"));
+        const QString program = programFor(QStringLiteral("AssayApplicationPath"));
         m_launcher->OpenNewProtocol(made);
         QCOMPARE(m_launcher->lastCommandLine().text, program + ' ' + made);
         QCOMPARE(startedArgv(), QByteArrayList({QFile::encodeName(program), made.toUtf8()}));

@@ -8,8 +8,7 @@
 namespace nebra::test {
 
 // Copies of the argument recorder (ArgvRecorder.cpp) standing in for the
-// suite's programs, each named after the setting that names the program,
-// in a folder whose path holds blanks, plus one named
+// suite's programs, in a folder whose path holds blanks, plus one named
 // "xdg-open" in binFolder() for tests that put it on PATH. Each start of a
 // copy leaves one record: the argv it received.
 class RecordingPrograms
@@ -19,20 +18,23 @@ public:
     {
         for (const char* folder : {"Suite Programs", "bin", "records"})
             QDir(m_dir.path()).mkdir(QLatin1String(folder));
-        for (const char* name : {"AssayApplicationPath", "LayoutEditorPath", "ReadConfigurationEditorPath"})
+        for (const char* name : {"Assay Application", "Layout Editor", "Read Configuration Editor"})
             QFile::copy(QStringLiteral(NEBRA_ARGV_RECORDER), program(QLatin1String(name)));
         QFile::copy(QStringLiteral(NEBRA_ARGV_RECORDER), binFolder() + QStringLiteral("/xdg-open"));
-        qputenv("NEBRA_RECORDER_DIR", QFile::encodeName(m_dir.filePath("records")));
+        qputenv("NEBRA_RECORDER_DIR", QFile::encodeName(m_dir.filePath(QStringLiteral("records"))));
     }
 
-    QString program(const QString& name) const { return m_dir.filePath("Suite Programs/" + name); }
-    QString binFolder() const { return m_dir.filePath("bin"); }
+    QString program(const QString& name) const
+    {
+        return m_dir.filePath(QStringLiteral("Suite Programs/") + name);
+    }
+    QString binFolder() const { return m_dir.filePath(QStringLiteral("bin")); }
 
     // The argv of every finished start so far, in no particular order.
     QList<QByteArrayList> records() const
     {
         QList<QByteArrayList> result;
-        QDir folder(m_dir.filePath("records"));
+        QDir folder(m_dir.filePath(QStringLiteral("records")));
         for (const QString& name : folder.entryList({QStringLiteral("*.argv")}, QDir::Files)) {
             QFile file(folder.filePath(name));
             if (file.open(QIODevice::ReadOnly))
@@ -48,7 +50,7 @@ public:
 
     void clear() const
     {
-        QDir folder(m_dir.filePath("records"));
+        QDir folder(m_dir.filePath(QStringLiteral("records")));
         for (const QString& name : folder.entryList(QDir::Files))
             folder.remove(name);
     }
