@@ -26,6 +26,7 @@ private:
     bool m_secured = false;
     QString m_document = QStringLiteral("/data/My Assays/Protocols/ELISA IgG Quantitation.apr");
 
+    // The recording copy that stands in for the program a setting names.
     QString programFor(const QString& setting) const
     {
         static const QHash<QString, QString> names{
@@ -84,32 +85,18 @@ private Q_SLOTS:
         const QString daq = QStringLiteral("/data/Read Configurations/Abs 450.daq");
         const QString assay = QStringLiteral("AssayApplicationPath");
         const QString layouts = QStringLiteral("LayoutEditorPath");
-        const QString reader = QStringLiteral("ReadConfigurationEditorPath");
-        QTest::newRow("run, blanks unquoted") << "RunProtocol" << assay << "%1"
-                                              << "\"%1\"" << apr << false << apr << "Run protocol: " + apr;
-        QTest::newRow("run, path already quoted")
-            << "RunProtocol" << assay << "\"%1\""
-            << "\"%1\"" << apr << false << apr << "Run protocol: " + apr;
-        QTest::newRow("run, quote at the start only")
-            << "RunProtocol" << assay << "\"%1"
-            << "\"%1" << apr << false << apr << "Run protocol: " + apr;
-        QTest::newRow("open for edit")
-            << "OpenProtocol" << assay << "%1"
-            << "\"%1\"" << apr << false << "/edit " + apr << "Open protocol for edit: " + apr;
-        QTest::newRow("results, quotes in the path")
-            << "OpenResults" << assay << "%1"
-            << "\"%1\"" << ars << false << ars << "Open results: " + ars;
-        QTest::newRow("layout, non-ASCII") << "EditLayout" << layouts << "%1"
-                                           << "\"%1\"" << mlo << false << mlo << "Edit layout: " + mlo;
-        QTest::newRow("new read configuration") << "CreateReadConfiguration" << reader << "%1"
-                                                << "\"%1\"" << daq << false << ""
-                                                << "Create new read configuration";
-        QTest::newRow("new layout, no session") << "CreateLayout" << layouts << "%1"
-                                                << "\"%1\"" << mlo << false << ""
-                                                << "Create new layout template";
-        QTest::newRow("new layout, in a session") << "CreateLayout" << layouts << "%1"
-                                                  << "\"%1\"" << mlo << true << "\"layoutsfolder:LAYOUTS\""
-                                                  << "Create new layout template";
+        const QString q = QStringLiteral("\"%1\"");
+        // clang-format off
+        QTest::newRow("run, blanks unquoted") << "RunProtocol" << assay << "%1" << q << apr << false << apr << "Run protocol: " + apr;
+        QTest::newRow("run, path already quoted") << "RunProtocol" << assay << q << q << apr << false << apr << "Run protocol: " + apr;
+        QTest::newRow("run, quote at the start only") << "RunProtocol" << assay << "\"%1" << "\"%1" << apr << false << apr << "Run protocol: " + apr;
+        QTest::newRow("open for edit") << "OpenProtocol" << assay << "%1" << q << apr << false << "/edit " + apr << "Open protocol for edit: " + apr;
+        QTest::newRow("results, quotes in the path") << "OpenResults" << assay << "%1" << q << ars << false << ars << "Open results: " + ars;
+        QTest::newRow("layout, non-ASCII") << "EditLayout" << layouts << "%1" << q << mlo << false << mlo << "Edit layout: " + mlo;
+        QTest::newRow("new read configuration") << "CreateReadConfiguration" << "ReadConfigurationEditorPath" << "%1" << q << daq << false << "" << "Create new read configuration";
+        QTest::newRow("new layout, no session") << "CreateLayout" << layouts << "%1" << q << mlo << false << "" << "Create new layout template";
+        QTest::newRow("new layout, in a session") << "CreateLayout" << layouts << "%1" << q << mlo << true << "\"layoutsfolder:LAYOUTS\"" << "Create new layout template";
+        // clang-format on
     }
 
     void startsTheProgramWithTheExpectedCommandLine()
@@ -132,9 +119,8 @@ private Q_SLOTS:
             {"OpenProtocol", &DocumentLauncher::OpenProtocol},
             {"OpenResults", &DocumentLauncher::OpenResults},
             {"EditLayout", &DocumentLauncher::EditLayout},
-            {"OpenReadConfiguration", &DocumentLauncher::OpenReadConfiguration},
-            {"CreateReadConfiguration", &DocumentLauncher::CreateReadConfiguration},
-            {"CreateLayout", &DocumentLauncher::CreateLayout}};
+            {"CreateLayout", &DocumentLauncher::CreateLayout},
+            {"CreateReadConfiguration", &DocumentLauncher::CreateReadConfiguration}};
         (m_launcher.get()->*procedures.value(procedure))();
         QCOMPARE(m_launcher->lastCommandLine().text, inText.arg(program) + ' ' + arguments);
         QCOMPARE(m_events, QStringList({"check " + procedure, "audit " + audit}));
@@ -175,14 +161,12 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("program");
         QTest::addColumn<QString>("reason");
-        QTest::newRow("empty") << ""
-                               << "No program is set.";
-        QTest::newRow("missing") << "/nonexistent/Assay Application"
-                                 << "The file does not exist.";
-        QTest::newRow("folder") << "/tmp"
-                                << "The path names a folder, not a program.";
-        QTest::newRow("not executable") << "HOME/Assay.txt"
-                                        << "The file is not executable.";
+        // clang-format off
+        QTest::newRow("empty") << "" << "No program is set.";
+        QTest::newRow("missing") << "/nonexistent/Assay Application" << "The file does not exist.";
+        QTest::newRow("folder") << "/tmp" << "The path names a folder, not a program.";
+        QTest::newRow("not executable") << "HOME/Assay.txt" << "The file is not executable.";
+        // clang-format on
     }
 
     void aFailedStartIsReportedAndTheAuditEntryStays()

@@ -20,12 +20,10 @@ private Q_SLOTS:
         QTest::addColumn<States>("expected");
         using S = DocumentTypes::CommandStates;
         QTest::newRow("root") << 0 << true << States(S{false, false, false});
-        QTest::newRow("read configurations, one file") << 1 << true << States(S{true, true, false});
         QTest::newRow("layouts, no single file") << 2 << false << States(S{true, false, false});
         QTest::newRow("protocols, one file") << 3 << true << States(S{true, true, true});
         QTest::newRow("protocols, no single file") << 3 << false << States(S{true, false, false});
         QTest::newRow("results, one file") << 4 << true << States(S{false, true, false});
-        QTest::newRow("reports, one file") << 5 << true << States(S{false, true, false});
         QTest::newRow("negative counts as type 1") << -3 << true << States(S{true, true, false});
         QTest::newRow("unknown leaves them") << 6 << true << States();
     }
@@ -45,7 +43,6 @@ private Q_SLOTS:
         QTest::addColumn<QString>("displayed");
         QTest::addColumn<bool>("refused");
         // clang-format off
-        QTest::newRow("same extension") << "*.apr" << "New name.apr" << "Old.apr" << false;
         QTest::newRow("same extension in capitals") << "*.apr" << "New name.APR" << "Old.apr" << false;
         QTest::newRow("other extension") << "*.apr" << "New name.txt" << "Old.apr" << true;
         QTest::newRow("no extension") << "*.apr" << "New name" << "Old.apr" << true;

@@ -3,7 +3,6 @@
 #include "OrganiserTree.h"
 #include "OrganiserWorld.h"
 
-#include <QSignalSpy>
 #include <QTreeView>
 
 using namespace nebra;
@@ -24,8 +23,11 @@ struct Organiser
     FileView view{*world.tree, *world.list, *world.tools, world.globals, {}, [this] { return clock; }};
     QStringList previews; // "show <name>" or "clear"
 
-    void build()
+    // Writes the files (relative to My Assays), builds the tree and selects the node.
+    void open(const QStringList& files, FolderNode (OrganiserTree::*node)() const)
     {
+        for (const QString& file : files)
+            writeFile(world.data(file), file.toUtf8());
         view.connectEvents();
         view.setPreviewHandlers([this](const FileListItem& item) { previews << "show " + item.name(); },
                                 [this](bool) { previews << QStringLiteral("clear"); });
@@ -34,6 +36,7 @@ struct Organiser
         QObject::connect(&view, &FileView::folderVanished, world.tree,
                          [this](const QString& path) { tree.RemoveExplorerBranch(path); });
         tree.InitialiseOrganiserTree();
+        world.tree->setCurrentNode((tree.*node)());
     }
 
     FileListItem item(const QString& name) const
@@ -54,6 +57,8 @@ struct Organiser
             text += world.tools->isToolEnabled(QLatin1String(id)) ? '1' : '0';
         return text;
     }
+
+    QStringList files(const QString& folder) const { return QDir(world.data(folder)).entryList(QDir::Files); }
 };
 
 } // namespace
@@ -63,7 +68,7 @@ class FileViewTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void aFolderOpensWithItsNewestDocumentSelected()
+    void eachFolderListsItsDocumentsNewestSelected()
     {
         Organiser o;
         writeFile(o.world.data("Protocols/Old.apr"), {}, 1600000000);
@@ -71,120 +76,55 @@ private Q_SLOTS:
         writeFile(o.world.data("Protocols/Same second.apr"), {}, 1700000000, 100);
         writeFile(o.world.data("Protocols/Newest.mht"), {}, 1800000000);
         makeFolder(o.world.data("Protocols/Sub"));
-        o.build();
-        o.world.tree->setCurrentNode(o.tree.protocolsNode());
+        o.open({"Reports/no extension", "Reports/data.csv"}, &OrganiserTree::protocolsNode);
         QCOMPARE(o.world.list->filter(), QStringLiteral("*.apr"));
         QCOMPARE(o.world.list->itemCount(), 4);
         QCOMPARE(o.world.list->selectedCount(), 1);
-        QCOMPARE(o.world.list->firstSelectedItem().name(), QStringLiteral("Newest.apr"));
         QCOMPARE(o.world.list->sortColumn(), QStringLiteral("Date Modified"));
         QCOMPARE(o.previews, QStringList{QStringLiteral("show Newest.apr")});
         QCOMPARE(o.view.CurrentDocumentTypeName(), QStringLiteral("Assay Protocol"));
         QCOMPARE(o.commands(), QStringLiteral("111/111"));
-    }
+        // Open and Run need exactly one file: not two, not a folder.
+        o.item(QStringLiteral("Old.apr")).setSelected(true);
+        QCOMPARE(o.commands(), QStringLiteral("100/100"));
+        for (const char* name : {"Old.apr", "Newest.apr", "Sub"})
+            o.item(QLatin1String(name)).setSelected(QLatin1String(name) == QLatin1String("Sub"));
+        QCOMPARE(o.commands(), QStringLiteral("100/100"));
+        // Size and Type never show, whatever the user tries.
+        for (const QString& column : {QStringLiteral("Size"), QStringLiteral("Type")})
+            QVERIFY(!o.world.list->setColumnShown(column, true));
+        QVERIFY(o.world.list->isColumnShown(QStringLiteral("Comment")));
 
-    void theRootKeepsTheListAndTheTypeName()
-    {
-        Organiser o;
-        writeFile(o.world.data("Protocols/P.apr"));
-        o.build();
-        o.world.tree->setCurrentNode(o.tree.protocolsNode());
+        // The root keeps the list and the type name, with the commands off.
         o.world.tree->setCurrentNode(o.tree.rootNode());
         QCOMPARE(o.view.CurrentDocumentTypeName(), QStringLiteral("Assay Protocol"));
         QCOMPARE(o.world.list->folder(), o.world.globals.paths->ProtocolsFolder());
         QCOMPARE(o.commands(), QStringLiteral("000/000"));
+        o.world.tree->setCurrentNode(o.tree.reportsNode()); // every file, with or without extension
+        QCOMPARE(o.world.list->filter(), QStringLiteral("*.*"));
+        QCOMPARE(o.world.list->itemCount(), 2);
         o.world.tree->setCurrentNode(o.tree.resultsNode());
         QCOMPARE(o.view.CurrentDocumentTypeName(), QStringLiteral("Assay Results"));
         QCOMPARE(o.previews.last(), QStringLiteral("clear")); // an empty folder clears the preview
     }
 
-    void commandsFollowTypeAndSelection_data()
+    void renamingKeepsTheExtensionShown()
     {
-        QTest::addColumn<QString>("branch");
-        QTest::addColumn<QStringList>("selected");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("protocols, one file") << "Protocols" << QStringList{"A.apr"} << "111/111";
-        QTest::newRow("protocols, two files") << "Protocols" << QStringList{"A.apr", "B.apr"} << "100/100";
-        QTest::newRow("protocols, one folder") << "Protocols" << QStringList{"Sub"} << "100/100";
-        QTest::newRow("layouts, one file") << "Microplate Layouts" << QStringList{"A.mlo"} << "110/110";
-        QTest::newRow("results, one file") << "Results" << QStringList{"A.ars"} << "010/010";
-        QTest::newRow("reports, none") << "Reports" << QStringList{} << "000/000";
-    }
-
-    void commandsFollowTypeAndSelection()
-    {
-        QFETCH(QString, branch);
-        QFETCH(QStringList, selected);
-        QFETCH(QString, expected);
-        Organiser o;
-        for (const char* name : {"Protocols/A.apr", "Protocols/B.apr", "Microplate Layouts/A.mlo",
-                                 "Results/A.ars", "Reports/A.mht"})
-            writeFile(o.world.data(QLatin1String(name)));
-        makeFolder(o.world.data("Protocols/Sub"));
-        o.build();
-        const QMap<QString, FolderNode> nodes{{"Protocols", o.tree.protocolsNode()},
-                                              {"Microplate Layouts", o.tree.layoutsNode()},
-                                              {"Results", o.tree.resultsNode()},
-                                              {"Reports", o.tree.reportsNode()}};
-        o.world.tree->setCurrentNode(nodes[branch]);
-        o.world.list->firstSelectedItem().setSelected(false);
-        for (const QString& name : selected)
-            o.item(name).setSelected(true);
-        QCOMPARE(o.commands(), expected);
-    }
-
-    void reportsListEveryFile()
-    {
-        Organiser o;
-        for (const char* name : {"Reports/Summary.mht", "Reports/no extension", "Reports/data.csv"})
-            writeFile(o.world.data(QLatin1String(name)));
-        o.build();
-        o.world.tree->setCurrentNode(o.tree.reportsNode());
-        QCOMPARE(o.world.list->filter(), QStringLiteral("*.*"));
-        QCOMPARE(o.world.list->itemCount(), 3);
-        QVERIFY(o.item(QStringLiteral("no extension")).isValid());
-    }
-
-    void renamingKeepsTheExtension_data()
-    {
-        QTest::addColumn<QString>("file");
-        QTest::addColumn<QString>("newName");
-        QTest::addColumn<bool>("showExtensions");
-        QTest::addColumn<QString>("result"); // the file's name afterwards
-        // clang-format off
-        QTest::newRow("same extension in capitals") << "Protocols/P.apr" << "Q.APR" << true << "Q.APR";
-        QTest::newRow("to .txt") << "Protocols/P.apr" << "Q.txt" << true << "P.apr";
-        QTest::newRow("without extension") << "Protocols/P.apr" << "Q" << true << "P.apr";
-        QTest::newRow("extensions hidden") << "Protocols/P.apr" << "Q" << false << "Q.apr";
-        QTest::newRow("a report") << "Reports/R.mht" << "S.mht" << true << "R.mht";
-        // clang-format on
-    }
-
-    void renamingKeepsTheExtension()
-    {
-        QFETCH(QString, file);
-        QFETCH(QString, newName);
-        QFETCH(bool, showExtensions);
-        QFETCH(QString, result);
         Organiser o;
         MessageRecorder messages;
-        writeFile(o.world.data(file));
-        o.build();
-        o.world.list->setShowExtensions(showExtensions);
-        o.world.tree->setCurrentNode(file.startsWith("Reports") ? o.tree.reportsNode()
-                                                                : o.tree.protocolsNode());
-        o.world.list->renameItem(o.world.list->item(1), newName);
-        const QString folder = QFileInfo(o.world.data(file)).path();
-        QCOMPARE(QDir(folder).entryList(QDir::Files), QStringList{result});
-        if (result == QFileInfo(file).fileName()) {
-            QCOMPARE(messages.count(), 1);
-            QCOMPARE(messages.last().text, QStringLiteral("Changing a  file extension is not allowed."));
-            QCOMPARE(messages.last().title, QStringLiteral("File Rename Error"));
-            QCOMPARE(messages.last().icon, MessageIcon::Warning);
-            QCOMPARE(messages.last().buttons, int(MessageButton::Ok));
-        } else {
-            QCOMPARE(messages.count(), 0);
-        }
+        o.open({"Protocols/P.apr"}, &OrganiserTree::protocolsNode);
+        QVERIFY(!o.world.list->renameItem(o.item(QStringLiteral("P.apr")), QStringLiteral("Q.txt")));
+        QCOMPARE(o.files("Protocols"), QStringList{"P.apr"});
+        QCOMPARE(messages.count(), 1);
+        QCOMPARE(messages.last().text, QStringLiteral("Changing a  file extension is not allowed."));
+        QCOMPARE(messages.last().title, QStringLiteral("File Rename Error"));
+        QCOMPARE(messages.last().icon, MessageIcon::Warning);
+        QCOMPARE(messages.last().buttons, int(MessageButton::Ok));
+        // With extensions hidden the rule does not apply, and the file keeps its extension.
+        o.world.list->setShowExtensions(false);
+        QVERIFY(o.world.list->renameItem(o.world.list->item(1), QStringLiteral("Q")));
+        QCOMPARE(o.files("Protocols"), QStringList{"Q.apr"});
+        QCOMPARE(messages.count(), 1);
     }
 
     void thePreviewFileFollowsARenamedDocument_data()
@@ -208,39 +148,25 @@ private Q_SLOTS:
         QFETCH(QString, newName);
         QFETCH(QStringList, after);
         Organiser o;
-        const QString folder = files.first().endsWith(".apr") ? "Protocols/" : "Results/";
-        for (const QString& name : files)
-            writeFile(o.world.data(folder + name), name.toUtf8());
-        o.build();
-        o.world.tree->setCurrentNode(files.first().endsWith(".apr") ? o.tree.protocolsNode()
-                                                                    : o.tree.resultsNode());
-        QVERIFY(o.world.list->renameItem(o.item(files.first()), newName));
-        QCOMPARE(QDir(o.world.data(folder)).entryList(QDir::Files), after);
+        const bool protocol = files.first().endsWith(".apr");
+        const QString folder = protocol ? "Protocols/" : "Results/";
+        for (QString& name : files)
+            name.prepend(folder);
+        o.open(files, protocol ? &OrganiserTree::protocolsNode : &OrganiserTree::resultsNode);
+        QVERIFY(o.world.list->renameItem(o.item(QFileInfo(files.first()).fileName()), newName));
+        QCOMPARE(o.files(folder), after);
         if (after.contains("B.mht")) { // the other document's preview is left alone
             QFile kept(o.world.data(folder + "B.mht"));
             QVERIFY(kept.open(QIODevice::ReadOnly));
-            QCOMPARE(kept.readAll(), QByteArray("B.mht"));
+            QCOMPARE(kept.readAll(), QByteArray("Results/B.mht"));
         }
-    }
-
-    void sizeAndTypeNeverShow()
-    {
-        Organiser o;
-        o.build();
-        o.world.list->addColumn(QStringLiteral("Extra"));
-        for (const QString& column : {QStringLiteral("Size"), QStringLiteral("Type")}) {
-            QVERIFY(!o.world.list->isColumnShown(column));
-            QVERIFY(!o.world.list->setColumnShown(column, true));
-        }
-        QVERIFY(o.world.list->isColumnShown(QStringLiteral("Comment")));
-        QVERIFY(o.world.list->isColumnShown(QStringLiteral("Date Modified")));
     }
 
     void doubleClickingASubFolderMovesTheTree()
     {
         Organiser o;
         makeFolder(o.world.data("Results/2026"));
-        o.build();
+        o.open({}, &OrganiserTree::rootNode);
         makeFolder(o.world.data("Results/Later")); // no node for it
         o.world.tree->setCurrentNode(o.tree.resultsNode());
         for (const QString& name : {QStringLiteral("Later"), QStringLiteral("2026")}) {
@@ -262,10 +188,9 @@ private Q_SLOTS:
         Organiser o;
         for (int i = 0; i < 300; ++i)
             writeFile(o.world.data(QStringLiteral("Protocols/%1.apr").arg(i)), {}, 1600000000 + i);
-        o.build();
         o.world.window.show();
         QVERIFY(QTest::qWaitForWindowExposed(&o.world.window));
-        o.world.tree->setCurrentNode(o.tree.protocolsNode());
+        o.open({}, &OrganiserTree::protocolsNode);
         QTreeView* view = o.world.list->view();
         auto selectedInView = [&] {
             const QModelIndex index = view->selectionModel()->selectedRows().value(0);
@@ -283,8 +208,7 @@ private Q_SLOTS:
     void subFoldersAppearingInTheListReachTheTree()
     {
         Organiser o;
-        o.build();
-        o.world.tree->setCurrentNode(o.tree.resultsNode());
+        o.open({}, &OrganiserTree::resultsNode);
         makeFolder(o.world.data("Results/New Run"));
         QTRY_COMPARE_WITH_TIMEOUT(o.tree.resultsNode().childCount(), 1, 5000);
         QCOMPARE(o.tree.resultsNode().child(0).folderPath(), o.world.data("Results/New Run"));

@@ -3,6 +3,7 @@
 #include "PlateLayoutViewer.h"
 #include "SettingsStore.h"
 #include "SuitePaths.h"
+#include "TestFiles.h"
 #include "UserFolders.h"
 #include "WebEngineTestMain.h"
 
@@ -34,24 +35,15 @@ private:
         return qEnvironmentVariable("NEBRA_TEST_DATA_DIR") + QStringLiteral("/Example Assays/") + relative;
     }
 
-    // A protocol in a fresh folder and, unless the offset is null, its preview that many seconds newer.
-    QString protocol(std::optional<int> previewOffset, const QByteArray& previewText = {})
+    // A protocol, an hour old, and, unless the offset is null, its preview that many seconds newer.
+    QString protocol(std::optional<int> previewOffset, const QByteArray& previewText = "<p>preview</p>")
     {
         const QString document = m_folders.root() + QStringLiteral("/Assay.apr");
-        const QString preview = m_paths->PreviewFileFor(document);
-        QFile::remove(preview);
-        const QDateTime time = QDateTime::currentDateTimeUtc().addSecs(-3600);
-        for (const QString& path : {document, preview}) {
-            if (path == preview && !previewOffset)
-                break;
-            QFile file(path);
-            file.open(QIODevice::WriteOnly);
-            file.write(path == preview && !previewText.isEmpty() ? previewText
-                                                                 : QByteArray("<p>preview</p>"));
-            file.flush();
-            file.setFileTime(path == preview ? time.addSecs(*previewOffset) : time,
-                             QFileDevice::FileModificationTime);
-        }
+        const qint64 time = QDateTime::currentSecsSinceEpoch() - 3600;
+        test::writeFile(document, "<p>protocol</p>", time);
+        QFile::remove(m_paths->PreviewFileFor(document));
+        if (previewOffset)
+            test::writeFile(m_paths->PreviewFileFor(document), previewText, time + *previewOffset);
         return document;
     }
 

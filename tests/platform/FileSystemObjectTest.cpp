@@ -1,4 +1,5 @@
 #include "FileSystemObject.h"
+#include "TestFiles.h"
 
 #include <QDir>
 #include <QFile>
@@ -7,102 +8,32 @@
 
 using namespace nebra;
 
-namespace {
-void touch(const QString& path, const QByteArray& content = "x")
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(content);
-}
-} // namespace
+using nebra::test::writeFile;
 
 class FileSystemObjectTest : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void createFolderMakesOneLevelOnly_data()
-    {
-        QTest::addColumn<QString>("relative");
-        QTest::addColumn<bool>("created");
-        QTest::newRow("one level") << QStringLiteral("New") << true;
-        QTest::newRow("blanks and accents") << QStringLiteral("Données de test") << true;
-        QTest::newRow("leading dot") << QStringLiteral(".hidden") << true;
-        QTest::newRow("two levels") << QStringLiteral("Missing/Deeper") << false;
-        QTest::newRow("dot dot") << QStringLiteral("..") << false;
-        QTest::newRow("existing") << QStringLiteral("Existing") << false;
-        QTest::newRow("empty leaf") << QString() << false;
-    }
-
-    void createFolderMakesOneLevelOnly()
-    {
-        QFETCH(QString, relative);
-        QFETCH(bool, created);
-        QTemporaryDir dir;
-        QVERIFY(QDir(dir.path()).mkdir(QStringLiteral("Existing")));
-        const FileSystemObject fs;
-        QCOMPARE(fs.CreateFolder(dir.path() + QLatin1Char('/') + relative), created);
-        if (created)
-            QVERIFY(fs.FolderExists(dir.path() + QLatin1Char('/') + relative));
-    }
-
-    void copyFileByPattern_data()
-    {
-        QTest::addColumn<QString>("pattern");
-        QTest::addColumn<QStringList>("copied");
-        QTest::addColumn<bool>("ok");
-        QTest::newRow("extension") << QStringLiteral("*.ars") << QStringList{"a.ars", "b.ars"} << true;
-        QTest::newRow("star dot star takes every file") << QStringLiteral("*.*")
-                                                        << QStringList{"a.ars", "b.ars", "c.mht", "plain"} << true;
-        QTest::newRow("no match") << QStringLiteral("*.apr") << QStringList{} << false;
-    }
-
-    void copyFileByPattern()
-    {
-        QFETCH(QString, pattern);
-        QFETCH(QStringList, copied);
-        QFETCH(bool, ok);
-        QTemporaryDir source;
-        QTemporaryDir target;
-        for (const char* name : {"a.ars", "b.ars", "c.mht", "plain"})
-            touch(source.filePath(QLatin1String(name)), name);
-        QVERIFY(QDir(source.path()).mkdir(QStringLiteral("sub.ars")));
-        const FileSystemObject fs;
-        QCOMPARE(fs.CopyFile(source.path() + QLatin1Char('/') + pattern, target.path(), false), ok);
-        QCOMPARE(QDir(target.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot, QDir::Name), copied);
-    }
-
     void copyWithoutOverwriteKeepsTheExistingFile()
     {
         QTemporaryDir source;
         QTemporaryDir target;
-        touch(source.filePath(QStringLiteral("a.mlo")), "new");
-        touch(source.filePath(QStringLiteral("b.mlo")), "new");
-        touch(target.filePath(QStringLiteral("a.mlo")), "mine");
+        writeFile(source.filePath("a.mlo"), "new");
+        writeFile(source.filePath("b.mlo"), "new");
+        writeFile(target.filePath("a.mlo"), "mine");
         const FileSystemObject fs;
-        QVERIFY(!fs.CopyFile(source.filePath(QStringLiteral("*.mlo")), target.path(), false));
-        QFile mine(target.filePath(QStringLiteral("a.mlo")));
+        QVERIFY(!fs.CopyFile(source.filePath("*.mlo"), target.path(), false));
+        QFile mine(target.filePath("a.mlo"));
         QVERIFY(mine.open(QIODevice::ReadOnly));
         QCOMPARE(mine.readAll(), QByteArray("mine"));
-        QVERIFY(QFile::exists(target.filePath(QStringLiteral("b.mlo")))); // the others still arrive
-        QVERIFY(fs.CopyFile(source.filePath(QStringLiteral("*.mlo")), target.path(), true));
+        QVERIFY(QFile::exists(target.filePath("b.mlo"))); // the others still arrive
+        QVERIFY(fs.CopyFile(source.filePath("*.mlo"), target.path(), true));
         mine.close();
         QVERIFY(mine.open(QIODevice::ReadOnly));
         QCOMPARE(mine.readAll(), QByteArray("new"));
         // No temporary file of the copies is left behind.
         QCOMPARE(QDir(target.path()).entryList(QDir::Files | QDir::Hidden).size(), 2);
-    }
-
-    void deleteFolderRemovesItsContents()
-    {
-        QTemporaryDir dir;
-        const QString folder = dir.filePath(QStringLiteral("Doomed"));
-        QVERIFY(QDir().mkpath(folder + QStringLiteral("/inner")));
-        touch(folder + QStringLiteral("/inner/file"));
-        const FileSystemObject fs;
-        QVERIFY(fs.DeleteFolder(folder, false));
-        QVERIFY(!fs.FolderExists(folder));
-        QVERIFY(!fs.DeleteFolder(folder, false));
     }
 };
 

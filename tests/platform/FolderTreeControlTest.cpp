@@ -76,32 +76,6 @@ private Q_SLOTS:
         QCOMPARE(tree.control.currentNode(), tree.b); // a1 went with a
         QVERIFY(!tree.control.isButtonEnabled(FolderTreeControl::BackButton));
     }
-
-    void anUpdateKeepsTheCurrentNodeQuietly()
-    {
-        Tree tree;
-        tree.control.setCurrentNode(tree.a1);
-        QSignalSpy selected(&tree.control, &FolderTreeControl::nodeSelected);
-        tree.control.beginUpdate();
-        tree.control.nodes().removeChildren(tree.b);
-        tree.control.addNode(tree.b, QStringLiteral("b1")).setDisplayFlagA(true);
-        tree.b.setDisplayFlagA(true);
-        tree.control.endUpdate();
-        QCOMPARE(tree.control.currentNode(), tree.a1);
-        QCOMPARE(selected.count(), 0);
-        QVERIFY(tree.control.view()->isExpanded(tree.control.nodes().indexOf(tree.b)));
-    }
-
-    void aFreshTreeSelectsItsFirstNode()
-    {
-        FolderTreeControl control;
-        QSignalSpy selected(&control, &FolderTreeControl::nodeSelected);
-        control.beginUpdate();
-        const FolderNode root = control.addNode(QStringLiteral("root"));
-        control.endUpdate();
-        QCOMPARE(control.currentNode(), root);
-        QCOMPARE(selected.count(), 1);
-    }
 };
 
 QTEST_MAIN(FolderTreeControlTest)

@@ -1,7 +1,6 @@
 #include "FolderTreeModel.h"
 
 #include <QAbstractItemModelTester>
-#include <QSignalSpy>
 #include <QTest>
 
 using namespace nebra;
@@ -23,27 +22,6 @@ class FolderTreeModelTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void flatOrderIsDisplayOrder()
-    {
-        FolderTreeModel model;
-        QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
-        const FolderNode root = model.addNode(QStringLiteral("root"));
-        const FolderNode a = model.addNode(root, QStringLiteral("a"));
-        const FolderNode b = model.addNode(root, QStringLiteral("b"));
-        model.addNode(a, QStringLiteral("a1"));
-        model.insertNode(root, 1, QStringLiteral("between"));
-        model.insertNode(root, 0, QStringLiteral("first"));
-        model.addNode(QStringLiteral("second top"));
-        QCOMPARE(flatTexts(model), (QStringList{"root", "first", "a", "a1", "between", "b", "second top"}));
-        QCOMPARE(model.count(), 7);
-        QCOMPARE(model.node(3).level(), 2);
-        QCOMPARE(model.node(3).parent(), a);
-        QCOMPARE(root.child(3), b);
-        QCOMPARE(model.indexOf(b).row(), 3);
-        QVERIFY(!model.node(7).isValid());
-        QVERIFY(!model.node(-1).isValid());
-    }
-
     void removingANodeTakesItsSubtreeAndInvalidatesHandles()
     {
         FolderTreeModel model;
@@ -70,24 +48,6 @@ private Q_SLOTS:
         model.clear();
         QCOMPARE(model.count(), 0);
         QVERIFY(!root.isValid());
-    }
-
-    void anUpdateTellsTheViewOnce()
-    {
-        FolderTreeModel model;
-        QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
-        QSignalSpy inserted(&model, &QAbstractItemModel::rowsInserted);
-        QSignalSpy reset(&model, &QAbstractItemModel::modelReset);
-        QSignalSpy finished(&model, &FolderTreeModel::updateFinished);
-        model.beginUpdate();
-        const FolderNode root = model.addNode(QStringLiteral("root"));
-        for (int i = 0; i < 100; ++i)
-            model.addNode(root, QString::number(i)).setDisplayFlagA(true);
-        model.endUpdate();
-        QCOMPARE(inserted.count(), 0);
-        QCOMPARE(reset.count(), 1);
-        QCOMPARE(finished.count(), 1);
-        QCOMPARE(model.rowCount(model.indexOf(root)), 100);
     }
 };
 

@@ -39,19 +39,6 @@ private Q_SLOTS:
         QCOMPARE(viewer.wellAt(QPoint(1199, 799)), QString());
         QVERIFY(!viewer.wellAt(QPoint(600, 400)).isEmpty());
     }
-
-    void anUnreadableLayoutShowsTheNotice()
-    {
-        PlateLayoutViewer viewer;
-        viewer.resize(400, 300);
-        QVERIFY(!viewer.LoadFile(QStringLiteral("/nonexistent/plate.mlo")));
-        QVERIFY(!viewer.hasPlateLayout());
-        QVERIFY(viewer.errorText().startsWith(QLatin1String("The file cannot be read")));
-        QVERIFY(viewer.accessibleDescription().startsWith(PlateLayoutViewer::unreadableTitle()));
-        const QImage image = viewer.grab().toImage();
-        QCOMPARE(pixelsOf(image, PlateLayoutViewer::roleColour(WellRole::Sample)), 0);
-        QVERIFY(pixelsOf(image, viewer.bkColour()) < image.width() * image.height()); // the notice is drawn
-    }
 };
 
 QTEST_MAIN(PlateLayoutViewerTest)

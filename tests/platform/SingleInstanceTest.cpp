@@ -1,7 +1,6 @@
 #include "UserFolders.h"
 
 #include <QProcess>
-#include <QSignalSpy>
 #include <QTest>
 
 using nebra::test::UserFolders;

@@ -13,10 +13,11 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("id");
         QTest::addColumn<QStringList>("expected");
-        QTest::newRow("command") << QStringLiteral("ID_Exit")
-                                 << QStringList{"reset", "ID_Exit", "reset"};
-        QTest::newRow("drop-down without command") << QStringLiteral("ID_File") << QStringList{"reset", "reset"};
-        QTest::newRow("help drop-down tool") << QStringLiteral("ID_HelpHelp") << QStringList{"reset", "reset"};
+        QTest::newRow("command") << QStringLiteral("ID_Exit") << QStringList{"reset", "ID_Exit", "reset"};
+        QTest::newRow("drop-down without command")
+            << QStringLiteral("ID_File") << QStringList{"reset", "reset"};
+        QTest::newRow("help drop-down tool")
+            << QStringLiteral("ID_HelpHelp") << QStringList{"reset", "reset"};
         QTest::newRow("case matters") << QStringLiteral("id_exit") << QStringList{"reset", "reset"};
     }
 
@@ -37,7 +38,6 @@ private Q_SLOTS:
         CommandDispatcher dispatcher([] {});
         QVERIFY(!dispatcher.setCommand(QStringLiteral("ID_HelpHelp"), [] {}));
         QVERIFY(!dispatcher.setCommand(QStringLiteral("ID_File"), [] {}));
-        QCOMPARE(CommandDispatcher::commandIds().size(), 12);
     }
 };
 

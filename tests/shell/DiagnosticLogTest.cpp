@@ -1,4 +1,5 @@
 #include "DiagnosticLog.h"
+#include "TestFiles.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -23,18 +24,21 @@ private:
     }
 
 private Q_SLOTS:
-    void writesDateTimeThenNumberedMilestonesWithCrLf()
+    void aRunReplacesTheLogWithDateTimeAndNumberedMilestones()
     {
         QTemporaryDir dir;
+        const QString path = dir.filePath("NebraLog.txt");
+        nebra::test::writeFile(path, QByteArray(5000, 'x')); // the log of an earlier run
         DiagnosticLog log([] { return 1; });
-        QVERIFY(log.Open(dir.path()));
-        log.LogTraceBlock();
-        log.LogTrace();
-        log.LogTrace();
-        log.LogTraceBlock();
-        log.LogTrace();
-
-        const QList<QByteArray> written = lines(dir.filePath(QStringLiteral("NebraLog.txt")));
+        for (int run = 0; run < 2; ++run) { // opening again truncates and counts from 1 again
+            QVERIFY(log.Open(dir.path()));
+            log.LogTraceBlock();
+            log.LogTrace();
+            log.LogTrace();
+            log.LogTraceBlock();
+            log.LogTrace();
+        }
+        const QList<QByteArray> written = lines(path);
         QCOMPARE(written.size(), 7);
         for (const QByteArray& line : written)
             QVERIFY2(line.endsWith('\r'), line.constData());
@@ -45,55 +49,23 @@ private Q_SLOTS:
         QCOMPARE(written.mid(2), expected);
     }
 
-    void levelZeroWritesNothingAndCountsNothing_data()
-    {
-        QTest::addColumn<int>("level");
-        QTest::newRow("zero") << 0;
-        QTest::newRow("negative") << -3;
-    }
-
-    void levelZeroWritesNothingAndCountsNothing()
-    {
-        QFETCH(int, level);
-        DiagnosticLog log([level] { return level; });
-        log.LogTraceBlock();
-        log.LogTrace();
-        QCOMPARE(log.blockCounter(), qint16(0));
-        QCOMPARE(log.traceCounter(), qint16(0));
-    }
-
-    void levelIsReadAfreshOnEveryCall()
+    void theLevelIsReadAfreshAndZeroOrLessWritesNothing()
     {
         QTemporaryDir dir;
         int level = 1;
         DiagnosticLog log([&level] { return level; });
         QVERIFY(log.Open(dir.path()));
         log.LogTrace();
-        level = 0;
-        log.LogTrace();
+        for (int off : {0, -3}) {
+            level = off;
+            log.LogTrace();
+            log.LogTraceBlock();
+        }
         level = 2;
         log.LogTrace();
         QCOMPARE(log.traceCounter(), qint16(2));
-        QCOMPARE(lines(log.filePath()).last(), QByteArray("Log trace: 2\r"));
-    }
-
-    void reopeningTruncatesAndResetsCounters()
-    {
-        QTemporaryDir dir;
-        const QString path = dir.filePath(QStringLiteral("NebraLog.txt"));
-        {
-            QFile old(path);
-            QVERIFY(old.open(QIODevice::WriteOnly));
-            old.write(QByteArray(5000, 'x'));
-        }
-        DiagnosticLog log([] { return 1; });
-        QVERIFY(log.Open(dir.path()));
-        log.LogTrace();
-        QVERIFY(log.Open(dir.path()));
-        log.LogTrace();
-        const QList<QByteArray> written = lines(path);
-        QCOMPARE(written.size(), 3);
-        QCOMPARE(written[2], QByteArray("Log trace: 1\r"));
+        QCOMPARE(log.blockCounter(), qint16(0));
+        QCOMPARE(lines(log.filePath()).mid(2), (QList<QByteArray>{"Log trace: 1\r", "Log trace: 2\r"}));
     }
 
     void overflowPast32767RaisesAndWritesNothing()
@@ -124,7 +96,7 @@ private Q_SLOTS:
     void unwritableFolderFailsOpenAndStaysSilent()
     {
         QTemporaryDir dir;
-        QFile blocker(dir.filePath(QStringLiteral("not-a-folder")));
+        QFile blocker(dir.filePath("not-a-folder"));
         QVERIFY(blocker.open(QIODevice::WriteOnly));
         blocker.close();
         DiagnosticLog log([] { return 1; });

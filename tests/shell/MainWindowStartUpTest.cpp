@@ -3,7 +3,7 @@
 #include "MainWindow.h"
 #include "MessageRecorder.h"
 #include "ShortcutsBar.h"
-#include "StartUpSequence.h"
+#include "TestFiles.h"
 #include "ToolBarsControl.h"
 #include "UserFolders.h"
 #include "WebEngineTestMain.h"
@@ -16,6 +16,7 @@
 using namespace nebra;
 using nebra::test::MessageRecorder;
 using nebra::test::UserFolders;
+using nebra::test::writeFile;
 
 namespace {
 
@@ -57,10 +58,12 @@ private Q_SLOTS:
     void loadWritesTheDesignedMilestones()
     {
         UserFolders folders;
-        writeSettings(folders, {{QStringLiteral("Settings/DiagnosticLogLevel"), 1}});
+        writeSettings(folders, {{QStringLiteral("Settings/DiagnosticLogLevel"), 1},
+                                {QStringLiteral("Settings/PlusCaption"), QStringLiteral("true")}});
         MainWindow window;
         QCOMPARE(window.Load(), MainWindow::LoadOutcome::Loaded);
         QVERIFY(window.MainWindowLoaded());
+        QCOMPARE(window.windowTitle(), QStringLiteral("Tallyo Plus"));
 
         QFile log(folders.stateFolder() + QStringLiteral("/Nebra/NebraLog.txt"));
         QVERIFY(log.open(QIODevice::ReadOnly));
@@ -80,49 +83,25 @@ private Q_SLOTS:
         // shortcuts bar setting, the tree and the shortcut icons, and two for the data folders.
         QCOMPARE(traces, 46);
         QCOMPARE(blocks, 7);
-        QCOMPARE(lines.last(), QByteArray("Log trace: 46\r"));
     }
 
-    void withoutLoggingNoLogFileAppears()
+    // With an unusable settings file every setting has its default: logging off.
+    void aPlainStartWarnsOfUnusableSettingsAndIsFirstShownMaximised()
     {
         UserFolders folders;
-        writeSettings(folders, {});
-        MainWindow window;
-        QCOMPARE(window.Load(), MainWindow::LoadOutcome::Loaded);
-        QVERIFY(!QFile::exists(folders.stateFolder() + QStringLiteral("/Nebra/NebraLog.txt")));
-    }
-
-    void windowIsFirstShownMaximised()
-    {
-        UserFolders folders;
-        writeSettings(folders, {});
+        writeFile(folders.settingsFile(), QByteArray("\177ELF\002\0\0binary", 13));
+        MessageRecorder messages;
         MainWindow window;
         ShowWatcher watcher;
         window.installEventFilter(&watcher);
         QCOMPARE(window.Load(), MainWindow::LoadOutcome::Loaded);
         QVERIFY(!watcher.states.isEmpty());
         QVERIFY(watcher.states.first() & Qt::WindowMaximized);
-        const std::array<short, 4> design = window.recordedDesignGeometry();
-        QCOMPARE(design[2], short(MainWindow::DesignGeometry.width() * 1440 / window.logicalDpiX()));
-    }
-
-    void captionFollowsPlusCaption_data()
-    {
-        QTest::addColumn<QString>("plus");
-        QTest::addColumn<QString>("caption");
-        QTest::newRow("product") << QStringLiteral("false") << QStringLiteral("Tallyo Organiser");
-        QTest::newRow("plus") << QStringLiteral("true") << QStringLiteral("Tallyo Plus");
-    }
-
-    void captionFollowsPlusCaption()
-    {
-        QFETCH(QString, plus);
-        QFETCH(QString, caption);
-        UserFolders folders;
-        writeSettings(folders, {{QStringLiteral("Settings/PlusCaption"), plus}});
-        MainWindow window;
-        QCOMPARE(window.Load(), MainWindow::LoadOutcome::Loaded);
-        QCOMPARE(window.windowTitle(), caption);
+        QCOMPARE(window.windowTitle(), QStringLiteral("Tallyo Organiser"));
+        QVERIFY(!QFile::exists(folders.stateFolder() + QStringLiteral("/Nebra/NebraLog.txt")));
+        QCOMPARE(messages.count(), 1);
+        QCOMPARE(messages.last().icon, MessageIcon::Warning);
+        QVERIFY(messages.last().text.contains(QStringLiteral("Default settings are in effect")));
     }
 
     void missingFileSystemComponentEndsWithItsBox()
@@ -137,10 +116,11 @@ private Q_SLOTS:
         QVERIFY(!window.MainWindowLoaded());
         QCOMPARE(messages.count(), 1);
         QCOMPARE(messages.last().title, QStringLiteral("File Not Found"));
-        QCOMPARE(messages.last().text, QStringLiteral("SCRRUN.DLL cannot be found on this system.\r\n\r\n"
-                                                      "Please install the Microsoft Scripting Runtime module.\r\n\r\n"
-                                                      "Contact your system administrator or refer to the\r\n"
-                                                      "software installation guide for more information."));
+        QCOMPARE(messages.last().text,
+                 QStringLiteral("SCRRUN.DLL cannot be found on this system.\r\n\r\n"
+                                "Please install the Microsoft Scripting Runtime module.\r\n\r\n"
+                                "Contact your system administrator or refer to the\r\n"
+                                "software installation guide for more information."));
         QCOMPARE(messages.last().icon, MessageIcon::Critical);
         QCOMPARE(messages.last().buttons, int(MessageButton::Ok));
         // The unfinished window never stores its tree mode.
@@ -166,100 +146,51 @@ private Q_SLOTS:
             MainWindow window;
             QCOMPARE(window.Load(), MainWindow::LoadOutcome::Loaded);
             window.folderTree().setDisplayMode(mode);
-            // While it runs, a second start in the same session is a duplicate.
-            MainWindow duplicate;
-            QCOMPARE(duplicate.Load(), MainWindow::LoadOutcome::DuplicateInstance);
-            QCOMPARE(duplicate.windowTitle(), QStringLiteral("... duplicate instance."));
             window.toolBars().action(QStringLiteral("ID_Exit"))->trigger();
             QVERIFY(!window.isVisible());
             QCOMPARE(storedValue(folders, QStringLiteral("Settings/ExplorerModeFlag")).toString(), stored);
         }
-
         // The next start shows the stored mode.
         MainWindow next;
         QCOMPARE(next.Load(), MainWindow::LoadOutcome::Loaded);
         QCOMPARE(next.folderTree().displayMode(), mode);
     }
 
-    void treeButtonSetFollowsTheSpacedFlag_data()
+    void panesFollowTheirSettings_data()
     {
         QTest::addColumn<int>("flags");
-        QTest::addColumn<QList<int>>("keys");
-        QTest::newRow("normal") << 0 << QList<int>{501, 500, 504, 609, 605, 606, 607, 609, 608, 609};
-        QTest::newRow("spaced") << 32 << QList<int>{501, 500, 504, 600, 601, 602, 603, 604, 605, 606, 607};
+        QTest::addColumn<bool>("drivers");
+        QTest::addColumn<QList<int>>("buttons");
+        QTest::addColumn<QStringList>("secondGroup");
+        QTest::newRow("normal, with drivers")
+            << 0 << true << QList<int>{501, 500, 504, 609, 605, 606, 607, 609, 608, 609}
+            << QStringList{"Organiser", "Instrument Data", "Microplate Layouts",
+                           "Protocols", "Results",         "Reports"};
+        QTest::newRow("spaced, without drivers")
+            << 32 << false << QList<int>{501, 500, 504, 600, 601, 602, 603, 604, 605, 606, 607}
+            << QStringList{"Organiser", "Microplate Layouts", "Protocols", "Results", "Reports"};
     }
 
-    void treeButtonSetFollowsTheSpacedFlag()
+    void panesFollowTheirSettings()
     {
         QFETCH(int, flags);
-        QFETCH(QList<int>, keys);
-        UserFolders folders;
-        writeSettings(folders, {{QStringLiteral("Settings/ToolbarFlags"), flags}});
-        MainWindow window;
-        QCOMPARE(window.Load(), MainWindow::LoadOutcome::Loaded);
-        QCOMPARE(window.folderTree().buttonKeys(), keys);
-        for (int key : {501, 500, 504})
-            QVERIFY(!window.folderTree().isButtonEnabled(key));
-        QVERIFY(window.fileList().columns().contains(QStringLiteral("Comment")));
-    }
-
-    void shortcutsBarGroupsAndItems_data()
-    {
-        QTest::addColumn<QString>("drivers");
-        QTest::addColumn<QStringList>("secondGroup");
-        QTest::newRow("with drivers") << QStringLiteral("true")
-                                      << QStringList{"Organiser", "Instrument Data", "Microplate Layouts",
-                                                     "Protocols", "Results", "Reports"};
-        QTest::newRow("without drivers") << QStringLiteral("false")
-                                         << QStringList{"Organiser", "Microplate Layouts", "Protocols",
-                                                        "Results", "Reports"};
-    }
-
-    void shortcutsBarGroupsAndItems()
-    {
-        QFETCH(QString, drivers);
+        QFETCH(bool, drivers);
+        QFETCH(QList<int>, buttons);
         QFETCH(QStringList, secondGroup);
         UserFolders folders;
-        writeSettings(folders, {{QStringLiteral("Settings/InstrumentDriversInUse"), drivers},
-                                {QStringLiteral("Settings/ShowShortcutsBar"), QStringLiteral("false")}});
+        writeSettings(folders, {{QStringLiteral("Settings/ToolbarFlags"), flags},
+                                {QStringLiteral("Settings/InstrumentDriversInUse"), drivers},
+                                {QStringLiteral("Settings/ShowShortcutsBar"), !drivers}});
         MainWindow window;
         QCOMPARE(window.Load(), MainWindow::LoadOutcome::Loaded);
+        QCOMPARE(window.folderTree().buttonKeys(), buttons);
+        QVERIFY(window.fileList().columns().contains(QStringLiteral("Comment")));
         ShortcutsBar& bar = window.shortcutsBar();
-        QCOMPARE(bar.mode(), 2);
-        QCOMPARE(bar.groupCount(), 2);
+        QCOMPARE(bar.mode(), drivers ? 2 : 0);
         QCOMPARE(bar.itemCaptions(0), (QStringList{"Organiser", "Protocols", "Results", "Reports"}));
         QCOMPARE(bar.itemCaptions(1), secondGroup);
         for (int item = 0; item < secondGroup.size(); ++item)
             QVERIFY(bar.itemHasIcon(1, item));
-    }
-
-    void unusableSettingsFileWarnsAndIsKeptUntilAValueIsWritten()
-    {
-        UserFolders folders;
-        QDir().mkpath(QFileInfo(folders.settingsFile()).absolutePath());
-        const QByteArray garbage("\x7f" "ELF\x02\x01\x01\0\0\0binary", 16);
-        {
-            QFile file(folders.settingsFile());
-            QVERIFY(file.open(QIODevice::WriteOnly));
-            file.write(garbage);
-        }
-        MessageRecorder messages;
-        MainWindow window;
-        QCOMPARE(window.Load(), MainWindow::LoadOutcome::Loaded);
-        QCOMPARE(messages.count(), 1);
-        QCOMPARE(messages.last().icon, MessageIcon::Warning);
-        QVERIFY(messages.last().text.contains(QStringLiteral("Default settings are in effect")));
-        QFile file(folders.settingsFile());
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        QCOMPARE(file.readAll(), garbage);
-        file.close();
-
-        window.close(); // writes ExplorerModeFlag: the unusable file is kept aside first
-        const QStringList aside = QDir(QFileInfo(folders.settingsFile()).absolutePath())
-                                      .entryList({QStringLiteral("Suite.ini.corrupt-*")});
-        QCOMPARE(aside.size(), 1);
-        QCOMPARE(storedValue(folders, QStringLiteral("Settings/ExplorerModeFlag")).toString(),
-                 QStringLiteral("false"));
     }
 };
 

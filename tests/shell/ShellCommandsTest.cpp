@@ -2,12 +2,9 @@
 #include "CommandDispatcher.h"
 #include "MainWindow.h"
 #include "MessageRecorder.h"
-#include "ToolBarsControl.h"
 #include "UserFolders.h"
 
 #include <QDesktopServices>
-#include <QMenu>
-#include <QSignalSpy>
 #include <QtTest>
 
 using namespace nebra;
@@ -46,37 +43,6 @@ private Q_SLOTS:
         window.commands().ToolClick(QStringLiteral("ID_Quorvix"));
         QDesktopServices::unsetUrlHandler(QStringLiteral("https"));
         QCOMPARE(receiver.urls, QList<QUrl>{QUrl(QLatin1String(ShellCommands::MakerPageAddress))});
-    }
-
-    void theMenusAnswerTheirAccessKeys_data()
-    {
-        QTest::addColumn<int>("menuKey");
-        QTest::addColumn<QString>("menu");
-        QTest::addColumn<int>("itemKey");
-        QTest::addColumn<QString>("tool");
-        QTest::newRow("Alt+F, R") << int(Qt::Key_F) << "ID_File" << int(Qt::Key_R) << "ID_Run";
-        QTest::newRow("Alt+F, X") << int(Qt::Key_F) << "ID_File" << int(Qt::Key_X) << "ID_Exit";
-        QTest::newRow("Alt+H, A") << int(Qt::Key_H) << "ID_Help" << int(Qt::Key_A) << "ID_About";
-    }
-
-    void theMenusAnswerTheirAccessKeys()
-    {
-        QFETCH(int, menuKey);
-        QFETCH(QString, menu);
-        QFETCH(int, itemKey);
-        QFETCH(QString, tool);
-        test::UserFolders folders;
-        test::MessageRecorder messages;
-        MainWindow window;
-        window.show();
-        QVERIFY(QTest::qWaitForWindowActive(&window));
-        QSignalSpy clicks(&window.toolBars(), &ToolBarsControl::toolClick);
-        QTest::keyClick(&window, Qt::Key(menuKey), Qt::AltModifier);
-        QTRY_VERIFY_WITH_TIMEOUT(window.toolBars().menu(menu)->isVisible(), 5000);
-        QTest::keyClick(window.toolBars().menu(menu), Qt::Key(itemKey));
-        QTRY_COMPARE_WITH_TIMEOUT(clicks.count(), 2, 5000);
-        QCOMPARE(clicks.at(0).first().toString(), menu);
-        QCOMPARE(clicks.at(1).first().toString(), tool);
     }
 };
 

@@ -1,5 +1,6 @@
 #include "SettingsStore.h"
 #include "SuiteSettings.h"
+#include "TestFiles.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -15,13 +16,6 @@ QByteArray readAll(const QString& path)
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
-
-void writeAll(const QString& path, const QByteArray& bytes)
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(bytes);
-}
 } // namespace
 
 class SettingsStoreTest : public QObject
@@ -29,20 +23,24 @@ class SettingsStoreTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void missingFileMeansDefaultsAndCreatesNothing()
+    void aMissingFileMeansDefaultsUntilAValueIsWritten()
     {
         QTemporaryDir dir;
-        const QString path = dir.filePath(QStringLiteral("Nebra/Suite.ini"));
+        const QString path = dir.filePath("Nebra/Suite.ini");
         SettingsStore store(path);
         SuiteSettings settings(store);
         QVERIFY(store.warning().isEmpty());
-        QCOMPARE(settings.DiagnosticLogLevel(), 0);
         QCOMPARE(settings.ShowShortcutsBar(), true);
-        QCOMPARE(settings.CurrentHLD(), 1);
         QVERIFY(!QFile::exists(path));
+        // Writes between BeginFolderUpdate and EndFolderUpdate reach the disk together.
+        settings.BeginFolderUpdate();
         QVERIFY(settings.SetExplorerModeFlag(true));
-        QVERIFY(QFile::exists(path));
-        QCOMPARE(SuiteSettings(*std::make_unique<SettingsStore>(path)).ExplorerModeFlag(), true);
+        QVERIFY(settings.SetCurrentHLD(3));
+        QVERIFY(!QFile::exists(path));
+        settings.EndFolderUpdate();
+        SettingsStore again(path);
+        QCOMPARE(SuiteSettings(again).ExplorerModeFlag(), true);
+        QCOMPARE(SuiteSettings(again).CurrentHLD(), 3);
     }
 
     void unusableFilesMeanDefaultsAndAreLeftAlone_data()
@@ -58,8 +56,8 @@ private Q_SLOTS:
     {
         QFETCH(QByteArray, content);
         QTemporaryDir dir;
-        const QString path = dir.filePath(QStringLiteral("Suite.ini"));
-        writeAll(path, content);
+        const QString path = dir.filePath("Suite.ini");
+        nebra::test::writeFile(path, content);
         SettingsStore store(path);
         SuiteSettings settings(store);
         QVERIFY(store.warning().contains(QStringLiteral("Default settings are in effect")));
@@ -79,8 +77,8 @@ private Q_SLOTS:
         if (geteuid() == 0)
             QSKIP("root reads every file");
         QTemporaryDir dir;
-        const QString path = dir.filePath(QStringLiteral("Suite.ini"));
-        writeAll(path, "[Settings]\nDiagnosticLogLevel=2\n");
+        const QString path = dir.filePath("Suite.ini");
+        nebra::test::writeFile(path, "[Settings]\nDiagnosticLogLevel=2\n");
         QFile::setPermissions(path, QFileDevice::WriteOwner);
         SettingsStore store(path);
         QVERIFY(!store.warning().isEmpty());
@@ -103,8 +101,8 @@ private Q_SLOTS:
         QFETCH(bool, showShortcuts);
         QFETCH(int, level);
         QTemporaryDir dir;
-        const QString path = dir.filePath(QStringLiteral("Suite.ini"));
-        writeAll(path, "[Settings]\n" + line + "\n");
+        const QString path = dir.filePath("Suite.ini");
+        nebra::test::writeFile(path, "[Settings]\n" + line + "\n");
         SettingsStore store(path);
         SuiteSettings settings(store);
         QVERIFY(store.warning().isEmpty());
@@ -115,8 +113,8 @@ private Q_SLOTS:
     void logLevelSeesChangesMadeByAnotherProgram()
     {
         QTemporaryDir dir;
-        const QString path = dir.filePath(QStringLiteral("Suite.ini"));
-        writeAll(path, "[Settings]\nDiagnosticLogLevel=0\n");
+        const QString path = dir.filePath("Suite.ini");
+        nebra::test::writeFile(path, "[Settings]\nDiagnosticLogLevel=0\n");
         SettingsStore store(path);
         SuiteSettings settings(store);
         QCOMPARE(settings.DiagnosticLogLevel(), 0);
@@ -125,24 +123,11 @@ private Q_SLOTS:
         QCOMPARE(settings.DiagnosticLogLevel(), 4);
     }
 
-    void batchedWritesReachTheDiskTogether()
-    {
-        QTemporaryDir dir;
-        const QString path = dir.filePath(QStringLiteral("Suite.ini"));
-        SettingsStore store(path);
-        SuiteSettings settings(store);
-        settings.BeginFolderUpdate();
-        QVERIFY(settings.SetCurrentHLD(3));
-        QVERIFY(!QFile::exists(path));
-        settings.EndFolderUpdate();
-        QVERIFY(readAll(path).contains("CurrentHLD=3"));
-    }
-
     void writeIntoAnUnwritableFolderFailsCleanly()
     {
         QTemporaryDir dir;
-        const QString blocker = dir.filePath(QStringLiteral("file"));
-        writeAll(blocker, "x");
+        const QString blocker = dir.filePath("file");
+        nebra::test::writeFile(blocker, "x");
         SettingsStore store(blocker + QStringLiteral("/Suite.ini"));
         QVERIFY(!store.setValue(QStringLiteral("Settings/PlusCaption"), true));
         QVERIFY(!store.lastError().isEmpty());

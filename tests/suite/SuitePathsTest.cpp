@@ -1,8 +1,8 @@
+#include "SuitePaths.h"
 #include "HLDCollection.h"
 #include "SettingsStore.h"
-#include "SuitePaths.h"
+#include "TestFiles.h"
 
-#include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -13,39 +13,32 @@ class SuitePathsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void dataFoldersFollowTheParentDirectory_data()
-    {
-        QTest::addColumn<QString>("stored");
-        QTest::addColumn<QString>("parent");
-        QTest::newRow("plain") << QStringLiteral("/srv/lab data") << QStringLiteral("/srv/lab data");
-        QTest::newRow("trailing separator") << QStringLiteral("/srv/lab/") << QStringLiteral("/srv/lab");
-    }
-
     void dataFoldersFollowTheParentDirectory()
     {
-        QFETCH(QString, stored);
-        QFETCH(QString, parent);
         QTemporaryDir dir;
-        SettingsStore store(dir.filePath(QStringLiteral("Suite.ini")));
+        SettingsStore store(dir.filePath("Suite.ini"));
         SuitePaths paths(store);
         paths.Initialise();
-        QVERIFY(paths.SetParentDirectory(stored));
-        QCOMPARE(paths.ParentDirectory(), parent);
-        QCOMPARE(paths.MyAssaysFolder(), parent + "/My Assays");
-        QCOMPARE(paths.LayoutsFolder(), parent + "/My Assays/Microplate Layouts");
-        QCOMPARE(paths.ReadConfigurationsFolder(), parent + "/My Assays/Read Configurations");
-        QCOMPARE(paths.ResultsFolder(), parent + "/My Assays/Results");
-        QCOMPARE(paths.ProtocolsFolder(), parent + "/My Assays/Protocols");
-        QCOMPARE(paths.ReportsFolder(), parent + "/My Assays/Reports");
+        QVERIFY(paths.SetParentDirectory(QStringLiteral("/srv/lab data/")));
+        const QString assays = QStringLiteral("/srv/lab data/My Assays");
+        QCOMPARE(paths.ParentDirectory(), QStringLiteral("/srv/lab data"));
+        QCOMPARE(paths.MyAssaysFolder(), assays);
+        QCOMPARE(paths.LayoutsFolder(), assays + "/Microplate Layouts");
+        QCOMPARE(paths.ReadConfigurationsFolder(), assays + "/Read Configurations");
+        QCOMPARE(paths.ResultsFolder(), assays + "/Results");
+        QCOMPARE(paths.ProtocolsFolder(), assays + "/Protocols");
+        QCOMPARE(paths.ReportsFolder(), assays + "/Reports");
     }
 
     void previewFileSitsBesideTheDocument_data()
     {
         QTest::addColumn<QString>("document");
         QTest::addColumn<QString>("preview");
+        // clang-format off
         QTest::newRow("protocol") << "/d/My Assays/Protocols/ELISA.apr" << "/d/My Assays/Protocols/ELISA.mht";
         QTest::newRow("dots in name") << "/d/Run 1.2.ars" << "/d/Run 1.2.mht";
         QTest::newRow("no extension") << "/d/plain" << "/d/plain.mht";
+        // clang-format on
     }
 
     void previewFileSitsBesideTheDocument()
@@ -53,7 +46,7 @@ private Q_SLOTS:
         QFETCH(QString, document);
         QFETCH(QString, preview);
         QTemporaryDir dir;
-        SettingsStore store(dir.filePath(QStringLiteral("Suite.ini")));
+        SettingsStore store(dir.filePath("Suite.ini"));
         QCOMPARE(SuitePaths(store).PreviewFileFor(document), preview);
     }
 
@@ -64,8 +57,8 @@ private Q_SLOTS:
         QTest::addColumn<bool>("error");
         QTest::newRow("two drivers") << QByteArray(R"({"drivers":[{"FullName":"A"},{"FullName":"B C"}]})")
                                      << QStringList{"A", "B C"} << false;
-        QTest::newRow("nameless entry skipped") << QByteArray(R"({"drivers":[{"Version":"1"},{"FullName":"A"}]})")
-                                                << QStringList{"A"} << false;
+        QTest::newRow("nameless entry skipped")
+            << QByteArray(R"({"drivers":[{"Version":"1"},{"FullName":"A"}]})") << QStringList{"A"} << false;
         QTest::newRow("not json") << QByteArray("drivers: A") << QStringList{} << true;
         QTest::newRow("wrong shape") << QByteArray(R"({"drivers":"A"})") << QStringList{} << true;
     }
@@ -76,23 +69,20 @@ private Q_SLOTS:
         QFETCH(QStringList, names);
         QFETCH(bool, error);
         QTemporaryDir dir;
-        QFile file(dir.filePath(QStringLiteral("drivers.json")));
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(json);
-        file.close();
-        const HLDCollection drivers(file.fileName());
+        nebra::test::writeFile(dir.filePath("drivers.json"), json);
+        const HLDCollection drivers(dir.filePath("drivers.json"));
         QStringList read;
         for (const HLDElement& driver : drivers.Items())
             read << driver.FullName;
         QCOMPARE(read, names);
         QCOMPARE(!drivers.errorString().isEmpty(), error);
-        QCOMPARE(HLDCollection(dir.filePath(QStringLiteral("missing.json"))).Count(), 0);
+        QCOMPARE(HLDCollection(dir.filePath("missing.json")).Count(), 0);
     }
 
     void shippedCatalogueListsTheExampleDrivers()
     {
         QTemporaryDir dir;
-        SettingsStore store(dir.filePath(QStringLiteral("Suite.ini")));
+        SettingsStore store(dir.filePath("Suite.ini"));
         SuitePaths paths(store);
         paths.Initialise();
         const HLDCollection drivers(paths.DriverCatalogueFile());

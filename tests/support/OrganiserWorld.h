@@ -35,12 +35,12 @@ struct OrganiserWorld
     OrganiserWorld()
     {
         globals.resources = std::make_unique<Resources>();
-        globals.store = std::make_unique<SettingsStore>(dir.filePath(QStringLiteral("Suite.ini")));
+        globals.store = std::make_unique<SettingsStore>(dir.filePath("Suite.ini"));
         globals.settings = std::make_unique<SuiteSettings>(*globals.store);
         globals.paths = std::make_unique<SuitePaths>(*globals.store);
         globals.paths->Initialise();
-        globals.paths->SetParentDirectory(dir.filePath(QStringLiteral("Data")));
-        const QString catalogue = dir.filePath(QStringLiteral("drivers.json"));
+        globals.paths->SetParentDirectory(dir.filePath("Data"));
+        const QString catalogue = dir.filePath("drivers.json");
         writeFile(catalogue, R"({"drivers":[{"FullName":"Reader One"},{"FullName":"Reader Two"}]})");
         globals.store->setValue(QStringLiteral("Paths/DriverCatalogue"), catalogue);
         globals.InstrumentDriversInUse = true;
@@ -74,15 +74,11 @@ private:
         layout->addWidget(tree);
         layout->addWidget(list);
         window.setCentralWidget(central);
-        tree->addButton(501, QStringLiteral("Back"));
-        tree->addButton(500, QStringLiteral("Forward"));
-        tree->addButton(504, QStringLiteral("Up"));
-        tree->addSeparator(609);
-        tree->addButton(605, QStringLiteral("New"));
-        tree->addButton(606, QStringLiteral("Open"));
-        tree->addButton(607, QStringLiteral("Run"));
-        tree->addSeparator(609);
-        tree->addButton(608, QStringLiteral("Help"));
+        // clang-format off
+        for (const auto& [key, caption] : {std::pair{501, "Back"}, {500, "Forward"}, {504, "Up"}, {609, ""},
+                                           {605, "New"}, {606, "Open"}, {607, "Run"}, {609, ""}, {608, "Help"}})
+            key == 609 ? tree->addSeparator(key) : tree->addButton(key, QLatin1String(caption));
+        // clang-format on
         list->addColumn(QStringLiteral("Comment"));
         const int tasks = shortcuts->addGroup(QStringLiteral("Tasks"));
         shortcuts->addItem(tasks, QStringLiteral("Organiser"), QStringLiteral("0"));

@@ -4,6 +4,7 @@
 #include "SecurityAdministration.h"
 #include "SecurityStore.h"
 #include "SettingsStore.h"
+#include "UserFolders.h"
 
 #include <QDir>
 #include <QSqlDatabase>
@@ -106,6 +107,24 @@ public:
 
 private:
     SecuritySettings m_settings;
+};
+
+// Redirected user folders with a site database that holds jsmith
+// ("correct horse", "Jane Smith", the rights given), and the "[Security]"
+// settings that name it, where the manager and the Organiser look for them.
+struct SecuritySite
+{
+    UserFolders folders;
+    SecurityFixture fixture{folders.root() + QStringLiteral("/site")};
+
+    explicit SecuritySite(const QStringList& rights = {})
+    {
+        fixture.create();
+        fixture.addUser(QStringLiteral("jsmith"), QStringLiteral("correct horse"),
+                        QStringLiteral("Jane Smith"), rights);
+        SettingsStore store;
+        fixture.writeSettings(store);
+    }
 };
 
 } // namespace nebra::test

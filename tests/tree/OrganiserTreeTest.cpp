@@ -1,5 +1,4 @@
 #include "OrganiserTree.h"
-#include "DiagnosticLog.h"
 #include "FolderTreeModel.h"
 #include "OrganiserWorld.h"
 
@@ -14,18 +13,24 @@ using nebra::test::writeFile;
 
 namespace {
 
-struct Row
+// The world and the tree logic on its controls; build() fills the tree.
+struct Organiser
 {
-    QString text;
-    QString path;
-    int data;
+    OrganiserWorld world;
+    OrganiserTree tree{*world.tree, *world.list, *world.shortcuts, world.globals};
+
+    void build() { tree.InitialiseOrganiserTree(); }
 };
 
-QList<Row> childRows(const FolderNode& node)
+// Each child as "text [kind] path".
+QStringList childRows(const FolderNode& node)
 {
-    QList<Row> rows;
+    QStringList rows;
     for (int i = 0; i < node.childCount(); ++i)
-        rows.append({node.child(i).text(), node.child(i).folderPath(), node.child(i).data()});
+        rows.append(QStringLiteral("%1 [%2] %3")
+                        .arg(node.child(i).text())
+                        .arg(node.child(i).data())
+                        .arg(node.child(i).folderPath()));
     return rows;
 }
 
@@ -38,52 +43,33 @@ class OrganiserTreeTest : public QObject
 private Q_SLOTS:
     void theTreeIsBuiltFromTheDataFolders()
     {
-        OrganiserWorld world;
-        makeFolder(world.data(QStringLiteral("Results/2026/Run 1")));
-        makeFolder(world.data(QStringLiteral("Protocols/Elisa")));
-        makeFolder(world.data(QStringLiteral("Microplate Layouts/96")));
-        makeFolder(world.data(QStringLiteral("Reports/March")));
-        makeFolder(world.data(QStringLiteral("Read Configurations/Reader One/Kinetic")));
-        QAbstractItemModelTester tester(&world.tree->nodes(),
+        Organiser o;
+        for (const char* folder : {"Results/2026/Run 1", "Protocols/Elisa", "Microplate Layouts/96",
+                                   "Reports/March", "Read Configurations/Reader One/Kinetic"})
+            makeFolder(o.world.data(QLatin1String(folder)));
+        QAbstractItemModelTester tester(&o.world.tree->nodes(),
                                         QAbstractItemModelTester::FailureReportingMode::QtTest);
-        OrganiserTree organiser(*world.tree, *world.list, *world.shortcuts, world.globals);
-        organiser.InitialiseOrganiserTree();
+        o.build();
 
-        QCOMPARE(world.tree->caption(), QStringLiteral("Assay Folders"));
-        const FolderNode root = world.tree->node(0);
-        QCOMPARE(root, organiser.rootNode());
-        QCOMPARE(root.text(), QStringLiteral("Organiser"));
-        QCOMPARE(root.folderPath(), QStringLiteral("Organiser"));
-        QCOMPARE(root.level(), 0);
-        QCOMPARE(root.displayStyle(), 7);
-        QVERIFY(root.displayFlagA() && root.displayFlagB());
+        QCOMPARE(o.world.tree->caption(), QStringLiteral("Assay Folders"));
+        const FolderNode root = o.world.tree->node(0);
+        QCOMPARE(root, o.tree.rootNode());
+        QCOMPARE(root.text() + QLatin1Char(' ') + root.folderPath(), QStringLiteral("Organiser Organiser"));
         QVERIFY(root.page().endsWith(QStringLiteral("/Organiser.mht")));
-
-        const SuitePaths& paths = *world.globals.paths;
-        const QString instrument = paths.ReadConfigurationsFolder() + QStringLiteral("/Reader One");
-        const QList<Row> top = childRows(root);
-        QCOMPARE(top.size(), 5);
-        const QList<Row> expected{{"Reader One", instrument, 1},
-                                  {"Microplate Layouts", paths.LayoutsFolder(), 2},
-                                  {"Protocols", paths.ProtocolsFolder(), 3},
-                                  {"Results", paths.ResultsFolder(), 4},
-                                  {"Reports", paths.ReportsFolder(), 5}};
-        for (int i = 0; i < 5; ++i) {
-            QCOMPARE(top[i].text, expected[i].text);
-            QCOMPARE(top[i].path, expected[i].path);
-            QCOMPARE(top[i].data, expected[i].data);
-            const FolderNode node = root.child(i);
-            QVERIFY(node.displayFlagA() && node.displayFlagB());
-            QCOMPARE(node.displayStyle(), 6);
-            QCOMPARE(node.colour(), world.list->colour());
-            QCOMPARE(node.childCount(), 1);
-            QCOMPARE(node.child(0).data(), expected[i].data); // children take their branch's kind
-        }
-        QCOMPARE(organiser.resultsNode().child(0).child(0).folderPath(),
-                 paths.ResultsFolder() + QStringLiteral("/2026/Run 1"));
+        const QString folders = o.world.globals.paths->MyAssaysFolder();
+        QCOMPARE(childRows(root).join(QLatin1Char('\n')).replace(folders, QStringLiteral("~")),
+                 QStringLiteral("Reader One [1] ~/Read Configurations/Reader One\n"
+                                "Microplate Layouts [2] ~/Microplate Layouts\n"
+                                "Protocols [3] ~/Protocols\n"
+                                "Results [4] ~/Results\n"
+                                "Reports [5] ~/Reports"));
+        for (int i = 0; i < 5; ++i) // every branch is filled, its folders of its kind
+            QCOMPARE(root.child(i).child(0).data(), i + 1);
+        QCOMPARE(o.tree.resultsNode().child(0).child(0).folderPath(),
+                 folders + QStringLiteral("/Results/2026/Run 1"));
         for (int key : {500, 501, 504})
-            QVERIFY(!world.tree->isButtonEnabled(key));
-        QCOMPARE(world.tree->currentNode(), root);
+            QVERIFY(!o.world.tree->isButtonEnabled(key));
+        QCOMPARE(o.world.tree->currentNode(), root);
     }
 
     void theInstrumentNodeFollowsTheSettings_data()
@@ -107,99 +93,74 @@ private Q_SLOTS:
         QFETCH(int, flags);
         QFETCH(QString, caption);
         QFETCH(int, indexAfter);
-        OrganiserWorld world;
-        world.globals.InstrumentDriversInUse = driversInUse;
-        world.globals.settings->SetCurrentHLD(storedIndex);
-        world.globals.store->setValue(QStringLiteral("Settings/InstrumentFlags"), flags);
-        OrganiserTree organiser(*world.tree, *world.list, *world.shortcuts, world.globals);
-        organiser.InitialiseOrganiserTree();
-        QCOMPARE(organiser.instrumentNode().text(), caption);
-        QCOMPARE(organiser.rootNode().childCount(), driversInUse ? 5 : 4);
-        QCOMPARE(world.globals.settings->CurrentHLD(), indexAfter);
+        Organiser o;
+        o.world.globals.InstrumentDriversInUse = driversInUse;
+        o.world.globals.settings->SetCurrentHLD(storedIndex);
+        o.world.globals.store->setValue(QStringLiteral("Settings/InstrumentFlags"), flags);
+        o.build();
+        QCOMPARE(o.tree.instrumentNode().text(), caption);
+        QCOMPARE(o.tree.rootNode().childCount(), driversInUse ? 5 : 4);
+        QCOMPARE(o.world.globals.settings->CurrentHLD(), indexAfter);
         if (driversInUse)
-            QVERIFY(organiser.instrumentNode().folderPath().endsWith(QStringLiteral("/Reader ") +
-                                                                     (indexAfter == 2 ? "Two" : "One")));
-    }
-
-    void theBuildWritesItsMilestones()
-    {
-        OrganiserWorld world;
-        world.globals.settings->SetDiagnosticLogLevel(1);
-        DiagnosticLog log([&world] { return world.globals.settings->DiagnosticLogLevel(); });
-        QVERIFY(log.Open(world.dir.filePath(QStringLiteral("log"))));
-        DiagnosticLog::setProcessWide(&log);
-        OrganiserTree organiser(*world.tree, *world.list, *world.shortcuts, world.globals);
-        organiser.InitialiseOrganiserTree();
-        DiagnosticLog::setProcessWide(nullptr);
-        QCOMPARE(log.blockCounter(), qint16(1));
-        QCOMPARE(log.traceCounter(), qint16(10));
+            QVERIFY(o.tree.instrumentNode().folderPath().endsWith(indexAfter == 2 ? "/Reader Two"
+                                                                                  : "/Reader One"));
     }
 
     void recreatingResultsFollowsTheDiskAndKeepsTheSelection()
     {
-        OrganiserWorld world;
-        OrganiserTree organiser(*world.tree, *world.list, *world.shortcuts, world.globals);
-        organiser.InitialiseOrganiserTree();
-        QCOMPARE(organiser.resultsNode().childCount(), 0);
-        makeFolder(world.data(QStringLiteral("Results/Run 1/raw")));
-        organiser.RecreateResultsNode(); // no children yet: only fills
-        QCOMPARE(childRows(organiser.resultsNode()).size(), 1);
+        Organiser o;
+        o.build();
+        makeFolder(o.world.data("Results/Run 0"));
+        makeFolder(o.world.data("Results/Run 1/raw"));
+        o.tree.RecreateResultsNode(); // no children yet: only fills
+        QCOMPARE(o.tree.resultsNode().childCount(), 2);
 
-        world.tree->setCurrentNode(organiser.protocolsNode());
-        QSignalSpy selected(world.tree, &FolderTreeControl::nodeSelected);
-        QVERIFY(QDir(world.data(QStringLiteral("Results/Run 1"))).removeRecursively());
-        makeFolder(world.data(QStringLiteral("Results/Run 2")));
-        makeFolder(world.data(QStringLiteral("Results/Run 3")));
-        organiser.RecreateResultsNode();
-        const QList<Row> rows = childRows(organiser.resultsNode());
-        QCOMPARE(rows.size(), 2);
-        QCOMPARE(rows[0].text, QStringLiteral("Run 2"));
-        QCOMPARE(rows[1].data, 4);
-        QCOMPARE(world.tree->currentNode(), organiser.protocolsNode());
+        o.world.tree->setCurrentNode(o.tree.protocolsNode());
+        QSignalSpy selected(o.world.tree, &FolderTreeControl::nodeSelected);
+        for (const char* run : {"Results/Run 0", "Results/Run 1"})
+            QVERIFY(QDir(o.world.data(QLatin1String(run))).removeRecursively());
+        makeFolder(o.world.data("Results/Run 2"));
+        o.tree.RecreateResultsNode();
+        QCOMPARE(childRows(o.tree.resultsNode()), QStringList{"Run 2 [4] " + o.world.data("Results/Run 2")});
+        QCOMPARE(o.world.tree->currentNode(), o.tree.protocolsNode());
         QCOMPARE(selected.count(), 0);
     }
 
-    void theRootCannotBeRemovedOrRenamedByPath()
+    void lookupsByPathAndName()
     {
-        OrganiserWorld world;
-        OrganiserTree organiser(*world.tree, *world.list, *world.shortcuts, world.globals);
-        organiser.InitialiseOrganiserTree();
-        const QString pretend = world.dir.filePath(QStringLiteral("Organiser"));
-        QVERIFY(!organiser.RemoveExplorerBranch(pretend));
-        QVERIFY(!organiser.RenameExplorerBranch(pretend, pretend + QStringLiteral("2")));
-        QVERIFY(organiser.rootNode().isValid());
-        QVERIFY(organiser.DoesPathAlreadyExistInTree(world.globals.paths->ResultsFolder().toUpper()));
-    }
-
-    void theListTestsRespectLetterCase()
-    {
-        OrganiserWorld world;
-        writeFile(world.data(QStringLiteral("Protocols/Elisa.apr")));
-        OrganiserTree organiser(*world.tree, *world.list, *world.shortcuts, world.globals);
-        world.list->setFolder(world.globals.paths->ProtocolsFolder());
-        QVERIFY(organiser.IsFileInFileView(QStringLiteral("Elisa.apr")));
-        QVERIFY(!organiser.IsFileInFileView(QStringLiteral("elisa.apr")));
-        QVERIFY(organiser.IsThisCurrentFolder(world.globals.paths->ProtocolsFolder()));
-        QVERIFY(!organiser.IsThisCurrentFolder(world.globals.paths->ProtocolsFolder().toUpper()));
+        Organiser o;
+        o.build();
+        // The root's "Organiser" never matches a real folder.
+        const QString pretend = o.world.dir.filePath("Organiser");
+        QVERIFY(!o.tree.RemoveExplorerBranch(pretend));
+        QVERIFY(!o.tree.RenameExplorerBranch(pretend, pretend + QStringLiteral("2")));
+        QVERIFY(o.tree.rootNode().isValid());
+        // A file is in the list only by its exact name.
+        writeFile(o.world.data("Protocols/Elisa.apr"));
+        o.world.list->setFolder(o.world.globals.paths->ProtocolsFolder());
+        QVERIFY(o.tree.IsFileInFileView(QStringLiteral("Elisa.apr")));
+        QVERIFY(!o.tree.IsFileInFileView(QStringLiteral("elisa.apr")));
+        QVERIFY(o.tree.IsThisCurrentFolder(o.world.globals.paths->ProtocolsFolder()));
     }
 
     void anotherDriverReplacesTheInstrumentNodeInPlace()
     {
-        OrganiserWorld world;
-        OrganiserTree organiser(*world.tree, *world.list, *world.shortcuts, world.globals);
-        organiser.InitialiseOrganiserTree();
-        world.tree->setCurrentNode(organiser.instrumentNode());
-        makeFolder(world.globals.paths->ReadConfigurationsFolder() + QStringLiteral("/Reader Two/Plates"));
-        world.globals.settings->SetCurrentHLD(2);
-        organiser.SetupHLDNode(QStringLiteral("Reader Two"));
-        const FolderNode node = organiser.instrumentNode();
-        QCOMPARE(organiser.rootNode().child(0), node);
-        QCOMPARE(organiser.rootNode().childCount(), 5);
+        Organiser o;
+        o.build();
+        QAbstractItemModelTester tester(&o.world.tree->nodes(),
+                                        QAbstractItemModelTester::FailureReportingMode::QtTest);
+        o.world.tree->setCurrentNode(o.tree.instrumentNode());
+        makeFolder(o.world.globals.paths->ReadConfigurationsFolder() + QStringLiteral("/Reader Two/Plates"));
+        o.world.globals.settings->SetCurrentHLD(2);
+        o.tree.SetupHLDNode(QStringLiteral("Reader Two"));
+        const FolderNode node = o.tree.instrumentNode();
+        QCOMPARE(o.tree.rootNode().child(0), node);
+        QCOMPARE(o.tree.rootNode().childCount(), 5);
         QCOMPARE(node.text(), QStringLiteral("Reader Two"));
         QCOMPARE(node.child(0).text(), QStringLiteral("Plates"));
-        QCOMPARE(world.tree->currentNode(), node);
-        QCOMPARE(world.shortcuts->itemCaptions(1).at(1), QStringLiteral("Reader Two"));
-        QCOMPARE(organiser.nodeForKind(1), node);
+        QCOMPARE(o.world.tree->currentNode(), node);
+        QCOMPARE(o.world.shortcuts->itemCaptions(1).at(1), QStringLiteral("Reader Two"));
+        QCOMPARE(o.tree.nodeForKind(1), node);
     }
 };
 

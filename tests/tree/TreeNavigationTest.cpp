@@ -31,7 +31,7 @@ private Q_SLOTS:
         QFETCH(int, state);
         QFETCH(bool, enabled);
         OrganiserWorld world;
-        makeFolder(world.data(QStringLiteral("Protocols/Sub")));
+        makeFolder(world.data("Protocols/Sub"));
         OrganiserTree organiser(*world.tree, *world.list, *world.shortcuts, world.globals);
         organiser.InitialiseOrganiserTree();
         TreeNavigation navigation(*world.tree, organiser);
@@ -40,24 +40,6 @@ private Q_SLOTS:
         world.tree->setButtonEnabled(504, !enabled);
         navigation.OnCurrentNodeChanged(nodes[level], state);
         QCOMPARE(world.tree->isButtonEnabled(504), enabled);
-    }
-
-    void theTreesUpButtonStopsAtThePrimaryFolder()
-    {
-        OrganiserWorld world;
-        makeFolder(world.data(QStringLiteral("Protocols/Sub")));
-        OrganiserTree organiser(*world.tree, *world.list, *world.shortcuts, world.globals);
-        TreeNavigation navigation(*world.tree, organiser);
-        QObject::connect(
-            world.tree, &FolderTreeControl::currentNodeChanged, world.tree,
-            [&](const FolderNode& node, int state) { navigation.OnCurrentNodeChanged(node, state); });
-        organiser.InitialiseOrganiserTree();
-        QVERIFY(!world.tree->isButtonEnabled(504));
-        world.tree->setCurrentNode(organiser.protocolsNode().child(0));
-        QVERIFY(world.tree->isButtonEnabled(504));
-        world.tree->clickButton(504);
-        QCOMPARE(world.tree->currentNode(), organiser.protocolsNode());
-        QVERIFY(!world.tree->isButtonEnabled(504));
     }
 };
 

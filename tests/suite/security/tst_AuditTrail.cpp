@@ -1,8 +1,8 @@
 #include "SecurityFixture.h"
+#include "TestFiles.h"
 
 #include <QDateTime>
 #include <QFile>
-#include <QSqlError>
 #include <QSqlQuery>
 #include <QTemporaryDir>
 #include <QTest>
@@ -15,158 +15,131 @@ using nebra::test::SecurityFixture;
 class tst_AuditTrail : public QObject
 {
     Q_OBJECT
-private Q_SLOTS:
-    void init();
-    void entriesAreRecordedInOrderAndSurviveReopening();
-    void updateAndDeleteAreRefused();
-    void verifyFindsTheFirstBadEntry_data();
-    void verifyFindsTheFirstBadEntry();
-    void brokenHeadStopsAppending();
 
-private:
     std::unique_ptr<QTemporaryDir> m_dir;
     std::unique_ptr<SecurityFixture> m_fixture;
-};
 
-void tst_AuditTrail::init()
-{
-    m_dir = std::make_unique<QTemporaryDir>();
-    m_fixture = std::make_unique<SecurityFixture>(m_dir->path());
-    m_fixture->create(); // entry 1: "Security database created"
-    const std::unique_ptr<SecurityStore> store = m_fixture->open();
-    for (int i = 2; i <= 6; ++i)
-        QCOMPARE(store->audit()
-                     .append(QStringLiteral("jsmith"), QStringLiteral("General"),
-                             QStringLiteral("Run protocol: plate %1.apr").arg(i))
-                     .sequence,
-                 i);
-}
+private Q_SLOTS:
+    void init()
+    {
+        m_dir = std::make_unique<QTemporaryDir>();
+        m_fixture = std::make_unique<SecurityFixture>(m_dir->path());
+        m_fixture->create(); // entry 1: "Security database created"
+        const std::unique_ptr<SecurityStore> store = m_fixture->open();
+        for (int i = 2; i <= 6; ++i)
+            QCOMPARE(store->audit()
+                         .append("jsmith", "General", QStringLiteral("Run protocol: %1.apr").arg(i))
+                         .sequence,
+                     i);
+    }
 
-void tst_AuditTrail::entriesAreRecordedInOrderAndSurviveReopening()
-{
-    const QDateTime before = QDateTime::currentDateTimeUtc();
+    void entriesAreRecordedInOrderAndSurviveReopening()
+    {
+        const QDateTime before = QDateTime::currentDateTimeUtc();
+        {
+            const std::unique_ptr<SecurityStore> store = m_fixture->open();
+            const AuditAppendResult result = store->audit().append(
+                QStringLiteral("Jörg"), QStringLiteral("General"), QStringLiteral("a, \"b\"\nc"));
+            QCOMPARE(result.sequence, 7);
+            QVERIFY(result.error.isEmpty());
+        }
+        const std::unique_ptr<SecurityStore> store = m_fixture->open();
+        QString error;
+        const QList<AuditEntry> entries = store->audit().entries(&error);
+        QCOMPARE(entries.size(), 7);
+        for (int i = 0; i < entries.size(); ++i)
+            QCOMPARE(entries[i].sequence, i + 1);
+        const AuditEntry& last = entries.last();
+        QCOMPARE(last.userName + '|' + last.area + '|' + last.text,
+                 QStringLiteral("Jörg|General|a, \"b\"\nc"));
+        QCOMPARE(last.workstation, AuditTrail::workstationName());
+        const QDateTime stamp = QDateTime::fromString(last.utc, Qt::ISODateWithMs);
+        QCOMPARE(stamp.timeSpec(), Qt::UTC);
+        QVERIFY(stamp >= before.addMSecs(-1) && stamp <= QDateTime::currentDateTimeUtc());
+        QVERIFY(store->audit().verify().ok);
+    }
+
+    void updateAndDeleteAreRefused()
     {
         const std::unique_ptr<SecurityStore> store = m_fixture->open();
-        const AuditAppendResult result = store->audit().append(
-            QStringLiteral("Jörg"), QStringLiteral("General"), QStringLiteral("a, \"b\"\nc"));
-        QCOMPARE(result.sequence, 7);
-        QVERIFY(result.error.isEmpty());
+        QSqlQuery q = store->database().newQuery();
+        QString error;
+        QVERIFY(!store->database().exec(q, QStringLiteral("UPDATE audit_trail SET text = 'x' WHERE seq = 2"),
+                                        {}, &error));
+        QVERIFY2(error.contains(QLatin1String("cannot be changed")), qPrintable(error));
+        QVERIFY(
+            !store->database().exec(q, QStringLiteral("DELETE FROM audit_trail WHERE seq = 6"), {}, &error));
+        QVERIFY2(error.contains(QLatin1String("cannot be deleted")), qPrintable(error));
+        QCOMPARE(store->audit().entries(&error).size(), 6);
     }
-    const std::unique_ptr<SecurityStore> store = m_fixture->open();
-    QString error;
-    const QList<AuditEntry> entries = store->audit().entries(&error);
-    QCOMPARE(entries.size(), 7);
-    for (int i = 0; i < entries.size(); ++i)
-        QCOMPARE(entries[i].sequence, i + 1);
-    const AuditEntry& last = entries.last();
-    QCOMPARE(last.userName, QStringLiteral("Jörg"));
-    QCOMPARE(last.area, QStringLiteral("General"));
-    QCOMPARE(last.text, QStringLiteral("a, \"b\"\nc"));
-    QCOMPARE(last.workstation, AuditTrail::workstationName());
-    const QDateTime stamp = QDateTime::fromString(last.utc, Qt::ISODateWithMs);
-    QCOMPARE(stamp.timeSpec(), Qt::UTC);
-    QVERIFY(stamp >= before.addMSecs(-1) && stamp <= QDateTime::currentDateTimeUtc());
-    QVERIFY(store->audit().verify().ok);
-}
 
-void tst_AuditTrail::updateAndDeleteAreRefused()
-{
-    const std::unique_ptr<SecurityStore> store = m_fixture->open();
-    QSqlQuery q = store->database().newQuery();
-    QString error;
-    QVERIFY(!store->database().exec(q, QStringLiteral("UPDATE audit_trail SET text = 'x' WHERE seq = 2"), {},
-                                    &error));
-    QVERIFY2(error.contains(QLatin1String("cannot be changed")), qPrintable(error));
-    QVERIFY(!store->database().exec(q, QStringLiteral("DELETE FROM audit_trail WHERE seq = 6"), {}, &error));
-    QVERIFY2(error.contains(QLatin1String("cannot be deleted")), qPrintable(error));
-    QCOMPARE(store->audit().entries(&error).size(), 6);
-}
+    void verifyFindsTheFirstBadEntry_data()
+    {
+        QTest::addColumn<QStringList>("statements");
+        QTest::addColumn<qint64>("firstBad");
+        QTest::addColumn<QString>("message");
+        // Whoever edits the file directly can drop the triggers first.
+        auto row = [](const char* tag, const QStringList& more, qint64 firstBad, const QString& message) {
+            QTest::newRow(tag) << QStringList{"DROP TRIGGER audit_trail_no_update",
+                                              "DROP TRIGGER audit_trail_no_delete"} +
+                                      more
+                               << firstBad << message;
+        };
+        const QString altered =
+            QStringLiteral("Entry %1 has been altered, or entries have been moved or inserted before it.");
+        const QString cutOff =
+            QStringLiteral("Entries %1 to 6 are missing: the newest entries have been cut off.");
+        // clang-format off
+        row("text edited", {"UPDATE audit_trail SET text = 'Run protocol: other.apr' WHERE seq = 3"}, 3, altered.arg(3));
+        row("user edited", {"UPDATE audit_trail SET user_name = 'admin' WHERE seq = 4"}, 4, altered.arg(4));
+        row("time edited", {"UPDATE audit_trail SET utc = '2020-01-01T00:00:00.000Z' WHERE seq = 2"}, 2, altered.arg(2));
+        row("row deleted", {"DELETE FROM audit_trail WHERE seq = 3"}, 3, "Entry 3 is missing.");
+        row("row deleted and the rest renumbered", {"DELETE FROM audit_trail WHERE seq = 3",
+            "UPDATE audit_trail SET seq = seq - 1 WHERE seq > 3"}, 3, altered.arg(3));
+        row("rows swapped", {"UPDATE audit_trail SET seq = 100 WHERE seq = 2", "UPDATE audit_trail SET seq = 2 WHERE seq = 4",
+            "UPDATE audit_trail SET seq = 4 WHERE seq = 100"}, 2, altered.arg(2));
+        row("row inserted at the end", {"INSERT INTO audit_trail SELECT 7, utc, user_name, workstation, area, 'Forged', mac "
+            "FROM audit_trail WHERE seq = 6"}, 7, altered.arg(7));
+        row("newest rows cut off", {"DELETE FROM audit_trail WHERE seq >= 5"}, 5, cutOff.arg(5));
+        row("newest row cut off", {"DELETE FROM audit_trail WHERE seq = 6"}, 6,
+            "Entry 6 is missing: the newest entry has been cut off.");
+        row("everything cut off", {"DELETE FROM audit_trail"}, 1, cutOff.arg(1));
+        // clang-format on
+    }
 
-void tst_AuditTrail::verifyFindsTheFirstBadEntry_data()
-{
-    QTest::addColumn<QStringList>("statements");
-    QTest::addColumn<qint64>("firstBad");
-    QTest::addColumn<QString>("message");
+    void verifyFindsTheFirstBadEntry()
+    {
+        QFETCH(QStringList, statements);
+        QFETCH(qint64, firstBad);
+        QFETCH(QString, message);
+        QVERIFY(m_fixture->open()->audit().verify().ok);
+        m_fixture->tamper(statements);
+        const AuditVerification result = m_fixture->open()->audit().verify();
+        QVERIFY(!result.ok);
+        QCOMPARE(result.firstBadSequence, firstBad);
+        QCOMPARE(result.message, message);
+    }
 
-    // Whoever edits the file directly can drop the triggers first.
-    const QString dropTriggers =
-        QStringLiteral("DROP TRIGGER audit_trail_no_update; DROP TRIGGER audit_trail_no_delete");
-    auto tamper = [&](const QStringList& more) { return dropTriggers.split(QStringLiteral("; ")) + more; };
-    const QString altered =
-        QStringLiteral("Entry %1 has been altered, or entries have been moved or inserted before it.");
+    void brokenHeadStopsAppending()
+    {
+        const QString head = m_fixture->settings().chainHeadFile;
+        QFile file(head);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        // Winding the head back to hide cut-off entries needs the site key to seal it.
+        nebra::test::writeFile(head, file.readAll().replace("count=6", "count=4"));
+        const QString altered =
+            QStringLiteral(
+                "The audit chain head file \"%1\" has been altered or does not belong to this database.")
+                .arg(head);
 
-    QTest::newRow("text edited")
-        << tamper({"UPDATE audit_trail SET text = 'Run protocol: other.apr' WHERE seq = 3"}) << qint64(3)
-        << altered.arg(3);
-    QTest::newRow("user edited") << tamper({"UPDATE audit_trail SET user_name = 'admin' WHERE seq = 4"})
-                                 << qint64(4) << altered.arg(4);
-    QTest::newRow("time edited")
-        << tamper({"UPDATE audit_trail SET utc = '2020-01-01T00:00:00.000Z' WHERE seq = 2"}) << qint64(2)
-        << altered.arg(2);
-    QTest::newRow("row deleted") << tamper({"DELETE FROM audit_trail WHERE seq = 3"}) << qint64(3)
-                                 << QStringLiteral("Entry 3 is missing.");
-    QTest::newRow("row deleted and the rest renumbered")
-        << tamper({"DELETE FROM audit_trail WHERE seq = 3",
-                   "UPDATE audit_trail SET seq = seq - 1 WHERE seq > 3"})
-        << qint64(3) << altered.arg(3);
-    QTest::newRow("rows swapped") << tamper({"UPDATE audit_trail SET seq = 100 WHERE seq = 2",
-                                             "UPDATE audit_trail SET seq = 2 WHERE seq = 4",
-                                             "UPDATE audit_trail SET seq = 4 WHERE seq = 100"})
-                                  << qint64(2) << altered.arg(2);
-    QTest::newRow("row inserted at the end")
-        << tamper({"INSERT INTO audit_trail SELECT 7, utc, user_name, workstation, area, 'Forged', mac "
-                   "FROM audit_trail WHERE seq = 6"})
-        << qint64(7) << altered.arg(7);
-    QTest::newRow("newest rows cut off")
-        << tamper({"DELETE FROM audit_trail WHERE seq >= 5"}) << qint64(5)
-        << QStringLiteral("Entries 5 to 6 are missing: the newest entries have been cut off.");
-    QTest::newRow("newest row cut off")
-        << tamper({"DELETE FROM audit_trail WHERE seq = 6"}) << qint64(6)
-        << QStringLiteral("Entry 6 is missing: the newest entry has been cut off.");
-    QTest::newRow("everything cut off")
-        << tamper({"DELETE FROM audit_trail"}) << qint64(1)
-        << QStringLiteral("Entries 1 to 6 are missing: the newest entries have been cut off.");
-}
-
-void tst_AuditTrail::verifyFindsTheFirstBadEntry()
-{
-    QFETCH(QStringList, statements);
-    QFETCH(qint64, firstBad);
-    QFETCH(QString, message);
-    QVERIFY(m_fixture->open()->audit().verify().ok);
-    m_fixture->tamper(statements);
-    const AuditVerification result = m_fixture->open()->audit().verify();
-    QVERIFY(!result.ok);
-    QCOMPARE(result.firstBadSequence, firstBad);
-    QCOMPARE(result.message, message);
-}
-
-void tst_AuditTrail::brokenHeadStopsAppending()
-{
-    const QString head = m_fixture->settings().chainHeadFile;
-    QFile file(head);
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    QByteArray text = file.readAll();
-    file.close();
-    // Winding the head back to hide cut-off entries needs the site key to seal it.
-    text.replace("count=6", "count=4");
-    QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    file.write(text);
-    file.close();
-    const QString altered =
-        QStringLiteral(
-            "The audit chain head file \"%1\" has been altered or does not belong to this database.")
-            .arg(head);
-
-    const std::unique_ptr<SecurityStore> store = m_fixture->open(SecurityStore::HeadCheck::Skipped);
-    const AuditVerification result = store->audit().verify();
-    QVERIFY(!result.ok);
-    QCOMPARE(result.message, altered);
-    const AuditAppendResult appended = store->audit().append(
-        QStringLiteral("jsmith"), QStringLiteral("General"), QStringLiteral("After the damage"));
-    QCOMPARE(appended.error, altered);
-    QVERIFY(!store->audit().verify().ok); // the append did not replace the damaged head
-}
+        const std::unique_ptr<SecurityStore> store = m_fixture->open(SecurityStore::HeadCheck::Skipped);
+        const AuditVerification result = store->audit().verify();
+        QVERIFY(!result.ok);
+        QCOMPARE(result.message, altered);
+        QCOMPARE(store->audit().append("jsmith", "General", "After the damage").error, altered);
+        QVERIFY(!store->audit().verify().ok); // the append did not replace the damaged head
+    }
+};
 
 QTEST_GUILESS_MAIN(tst_AuditTrail)
 #include "tst_AuditTrail.moc"

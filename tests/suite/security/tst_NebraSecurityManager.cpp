@@ -2,284 +2,189 @@
 #include "MessageRecorder.h"
 #include "NebraSecurityManager.h"
 #include "SecurityFixture.h"
-#include "UserFolders.h"
 
-#include <QSignalSpy>
 #include <QTest>
 
 using namespace nebra;
 using namespace nebra::test;
 
 // The manager through its own operations, with its dialogs answered through
-// the dialog seam and its clock moved by hand.
+// the dialog seam. The time-out is tested through the running Organiser.
 class tst_NebraSecurityManager : public QObject
 {
     Q_OBJECT
-private Q_SLOTS:
-    void init();
-    void cleanup();
-    void logInSucceeds();
-    void logInRefusals_data();
-    void logInRefusals();
-    void timeOutEndsTheSessionWithReasonZero();
-    void logOutEndsTheSessionWithReasonOne();
-    void rightsComeDirectlyOrThroughRoles();
-    void changePassword_data();
-    void changePassword();
-    void resetPasswordMustBeChangedAtLogIn();
 
-private:
-    std::unique_ptr<NebraSecurityManager> create(int pollIntervalMs = 5);
-    std::unique_ptr<NebraSecurityManager> loggedIn(int pollIntervalMs = 5);
-    void setValue(const QString& key, const QVariant& value);
-
-    std::unique_ptr<UserFolders> m_folders;
-    std::unique_ptr<SecurityFixture> m_fixture;
+    std::unique_ptr<NebraSecurityManager> create()
+    {
+        QString error;
+        std::unique_ptr<NebraSecurityManager> manager =
+            NebraSecurityManager::create(SettingsStore(), {}, &error);
+        if (!manager)
+            qWarning("%s", qPrintable(error));
+        return manager;
+    }
+    std::unique_ptr<NebraSecurityManager> loggedIn()
+    {
+        std::unique_ptr<NebraSecurityManager> manager = create();
+        m_dialogs->logIn(QStringLiteral("jsmith"), QStringLiteral("correct horse"));
+        if (!manager || !manager->LogIn(nullptr))
+            return nullptr;
+        return manager;
+    }
+    std::unique_ptr<SecuritySite> m_site;
     std::unique_ptr<MessageRecorder> m_messages;
     std::unique_ptr<DialogScript> m_dialogs;
-    qint64 m_now = 0;
-};
 
-void tst_NebraSecurityManager::init()
-{
-    m_folders = std::make_unique<UserFolders>();
-    m_fixture = std::make_unique<SecurityFixture>(m_folders->root() + QStringLiteral("/site"));
-    m_fixture->create();
-    m_fixture->addUser(QStringLiteral("jsmith"), QStringLiteral("correct horse"),
-                       QStringLiteral("Jane Smith"), {QStringLiteral("AuthorisationsGeneral/RunProtocol")});
-    SettingsStore store;
-    m_fixture->writeSettings(store);
-    m_messages = std::make_unique<MessageRecorder>();
-    m_dialogs = std::make_unique<DialogScript>();
-}
-
-void tst_NebraSecurityManager::cleanup()
-{
-    m_dialogs.reset();
-    m_messages.reset();
-}
-
-void tst_NebraSecurityManager::setValue(const QString& key, const QVariant& value)
-{
-    SettingsStore store;
-    QVERIFY(store.setValue(QStringLiteral("Security/") + key, value));
-}
-
-std::unique_ptr<NebraSecurityManager> tst_NebraSecurityManager::create(int pollIntervalMs)
-{
-    SecurityManagerOptions options;
-    options.clock = [this] { return m_now; };
-    options.pollIntervalMs = pollIntervalMs;
-    QString error;
-    std::unique_ptr<NebraSecurityManager> manager =
-        NebraSecurityManager::create(SettingsStore(), options, &error);
-    if (!manager)
-        qWarning("%s", qPrintable(error));
-    return manager;
-}
-
-std::unique_ptr<NebraSecurityManager> tst_NebraSecurityManager::loggedIn(int pollIntervalMs)
-{
-    std::unique_ptr<NebraSecurityManager> manager = create(pollIntervalMs);
-    m_dialogs->logIn(QStringLiteral("jsmith"), QStringLiteral("correct horse"));
-    if (!manager || !manager->LogIn(nullptr))
-        return nullptr;
-    return manager;
-}
-
-void tst_NebraSecurityManager::logInSucceeds()
-{
-    const std::unique_ptr<NebraSecurityManager> manager = loggedIn();
-    QVERIFY(manager);
-    QCOMPARE(m_dialogs->shown(), QStringList{QStringLiteral("frmLogIn")});
-    QCOMPARE(manager->UserName(), QStringLiteral("jsmith"));
-    QCOMPARE(manager->UserDetail(), QStringLiteral("Jane Smith"));
-    QCOMPARE(manager->AuthenticationLibrary(),
-             QStringLiteral("WindowsServiceAuthenticationLibrary.WindowsServiceXmlAuthentication"));
-    QVERIFY(manager->PasswordChangeAllowed());
-    QCOMPARE(m_messages->count(), 0);
-    QCOMPARE(m_fixture->auditTexts().last(), QStringLiteral("Log in"));
-}
-
-void tst_NebraSecurityManager::logInRefusals_data()
-{
-    QTest::addColumn<QStringList>("attempts"); // user, password pairs; "cancel" cancels
-    QTest::addColumn<QStringList>("messages");
-    QTest::addColumn<int>("dialogs");
-
-    const QString wrong = QStringLiteral("The user name or password is incorrect.");
-    QTest::newRow("cancelled") << QStringList{"cancel"} << QStringList() << 1;
-    QTest::newRow("wrong, then cancelled")
-        << QStringList{"jsmith", "guess", "cancel"} << QStringList{wrong} << 2;
-    QTest::newRow("three wrong attempts end it")
-        << QStringList{"jsmith", "a", "nobody", "b", "jsmith", "c"} << QStringList{wrong, wrong, wrong} << 3;
-    QTest::newRow("empty password") << QStringList{"jsmith", "", "cancel"}
-                                    << QStringList{"Enter your user name and your password."} << 2;
-}
-
-void tst_NebraSecurityManager::logInRefusals()
-{
-    QFETCH(QStringList, attempts);
-    QFETCH(QStringList, messages);
-    QFETCH(int, dialogs);
-    const std::unique_ptr<NebraSecurityManager> manager = create();
-    for (int i = 0; i < attempts.size(); i += 2) {
-        if (attempts[i] == QLatin1String("cancel")) {
-            m_dialogs->cancel();
-            break;
-        }
-        m_dialogs->logIn(attempts[i], attempts[i + 1]);
-    }
-    QVERIFY(!manager->LogIn(nullptr));
-    QCOMPARE(m_dialogs->shown().size(), dialogs);
-    QStringList shown;
-    for (const MessageRequest& request : m_messages->requests()) {
-        shown.append(request.text);
-        QCOMPARE(request.title, QStringLiteral("Security Manager"));
-    }
-    QCOMPARE(shown, messages);
-    QVERIFY(manager->UserName().isEmpty());
-    QVERIFY(
-        !manager->IsOperationAllowed(QStringLiteral("AuthorisationsGeneral"), QStringLiteral("RunProtocol")));
-}
-
-void tst_NebraSecurityManager::timeOutEndsTheSessionWithReasonZero()
-{
-    setValue(QStringLiteral("TimeOutMinutes"), 10);
-    // Poll interval 0: the manager reads the clock at every turn of the event
-    // loop, so one turn shows whether the time-out has passed.
-    const std::unique_ptr<NebraSecurityManager> manager = loggedIn(0);
-    QVERIFY(manager);
-    QSignalSpy loggedOut(manager.get(), &NebraSecurityManager::UserLoggedOut);
-    m_now += 9 * 60 * 1000;
-    QCoreApplication::processEvents();
-    manager->ResetTimeOut(); // activity: another ten minutes from here
-    m_now += 10 * 60 * 1000 - 1;
-    QCoreApplication::processEvents();
-    QCOMPARE(loggedOut.count(), 0); // 19 minutes after the log-in, but not 10 after the activity
-    m_now += 1;
-    QTRY_COMPARE_WITH_TIMEOUT(loggedOut.count(), 1, 5000);
-    QCOMPARE(loggedOut.first(), QVariantList({QStringLiteral("jsmith"), 0}));
-    QVERIFY(manager->UserName().isEmpty());
-    QCOMPARE(m_fixture->auditTexts().last(),
-             QStringLiteral("Session timed out after 10 minutes without activity"));
-}
-
-void tst_NebraSecurityManager::logOutEndsTheSessionWithReasonOne()
-{
-    const std::unique_ptr<NebraSecurityManager> manager = loggedIn();
-    QVERIFY(manager);
-    QSignalSpy loggedOut(manager.get(), &NebraSecurityManager::UserLoggedOut);
-    manager->SessionLogOut();
-    QCOMPARE(loggedOut.count(), 1);
-    QCOMPARE(loggedOut.first(), QVariantList({QStringLiteral("jsmith"), 1}));
-    QCOMPARE(m_fixture->auditTexts().last(), QStringLiteral("Log out"));
-    // The time-out of the ended session can no longer fire.
-    m_now += 60 * 60 * 1000;
-    manager->SessionLogOut();
-    QCOMPARE(loggedOut.count(), 1);
-}
-
-void tst_NebraSecurityManager::rightsComeDirectlyOrThroughRoles()
-{
+private Q_SLOTS:
+    void init()
     {
-        const std::unique_ptr<SecurityStore> store = m_fixture->open();
+        m_site = std::make_unique<SecuritySite>(QStringList{"AuthorisationsGeneral/RunProtocol"});
+        m_messages = std::make_unique<MessageRecorder>();
+        m_dialogs = std::make_unique<DialogScript>();
+    }
+
+    void cleanup()
+    {
+        m_dialogs.reset();
+        m_messages.reset();
+    }
+
+    void logInRefusals_data()
+    {
+        QTest::addColumn<QStringList>("attempts"); // user, password pairs; "cancel" cancels
+        QTest::addColumn<QStringList>("messages");
+        QTest::addColumn<int>("dialogs");
+
+        const QString wrong = QStringLiteral("The user name or password is incorrect.");
+        QTest::newRow("cancelled") << QStringList{"cancel"} << QStringList() << 1;
+        QTest::newRow("wrong, then cancelled")
+            << QStringList{"jsmith", "guess", "cancel"} << QStringList{wrong} << 2;
+        QTest::newRow("three wrong attempts end it")
+            << QStringList{"jsmith", "a", "nobody", "b", "jsmith", "c"} << QStringList{wrong, wrong, wrong}
+            << 3;
+        QTest::newRow("empty password") << QStringList{"jsmith", "", "cancel"}
+                                        << QStringList{"Enter your user name and your password."} << 2;
+    }
+
+    void logInRefusals()
+    {
+        QFETCH(QStringList, attempts);
+        QFETCH(QStringList, messages);
+        QFETCH(int, dialogs);
+        const std::unique_ptr<NebraSecurityManager> manager = create();
+        for (int i = 0; i < attempts.size(); i += 2) {
+            if (attempts[i] == QLatin1String("cancel")) {
+                m_dialogs->cancel();
+                break;
+            }
+            m_dialogs->logIn(attempts[i], attempts[i + 1]);
+        }
+        QVERIFY(!manager->LogIn(nullptr));
+        QCOMPARE(m_dialogs->shown().size(), dialogs);
+        QStringList shown;
+        for (const MessageRequest& request : m_messages->requests()) {
+            shown.append(request.text);
+            QCOMPARE(request.title, QStringLiteral("Security Manager"));
+        }
+        QCOMPARE(shown, messages);
+        QVERIFY(manager->UserName().isEmpty());
+        QVERIFY(!manager->IsOperationAllowed(QStringLiteral("AuthorisationsGeneral"),
+                                             QStringLiteral("RunProtocol")));
+    }
+
+    void rightsComeDirectlyOrThroughRoles()
+    {
+        const std::unique_ptr<NebraSecurityManager> manager = loggedIn();
+        QVERIFY(manager);
+        const auto allowed = [&manager](const char* operation, const char* area = "AuthorisationsGeneral") {
+            return manager->IsOperationAllowed(QLatin1String(area), QLatin1String(operation));
+        };
+        QVERIFY(allowed("RunProtocol"));
+        QVERIFY(!allowed("EditLayout"));
+        // Changes by the administrator take effect within the running session.
+        const std::unique_ptr<SecurityStore> store = m_site->fixture.open();
         SecurityAdministration admin(*store, QStringLiteral("admin"));
         QString error;
         QVERIFY(admin.addRole(QStringLiteral("Editors"), &error));
-        QVERIFY(admin.grantToRole(QStringLiteral("Editors"),
-                                  {QStringLiteral("AuthorisationsGeneral"), QStringLiteral("*")}, &error));
+        QVERIFY(admin.grantToRole(QStringLiteral("Editors"), {QStringLiteral("AuthorisationsGeneral"), "*"},
+                                  &error));
+        QVERIFY(admin.assignRole(QStringLiteral("jsmith"), QStringLiteral("Editors"), &error));
+        QVERIFY(allowed("EditLayout"));
+        QVERIFY(!allowed("SelectDriver", "Instrumentation"));
+        QVERIFY(admin.setDisabled(QStringLiteral("jsmith"), true, &error));
+        QVERIFY(!allowed("RunProtocol"));
+        QCOMPARE(m_messages->count(), 0);
     }
-    const std::unique_ptr<NebraSecurityManager> manager = loggedIn();
-    QVERIFY(manager);
-    const QString general = QStringLiteral("AuthorisationsGeneral");
-    QVERIFY(manager->IsOperationAllowed(general, QStringLiteral("RunProtocol")));
-    QVERIFY(!manager->IsOperationAllowed(general, QStringLiteral("EditLayout")));
 
-    const std::unique_ptr<SecurityStore> store = m_fixture->open();
-    SecurityAdministration admin(*store, QStringLiteral("admin"));
-    QString error;
-    QVERIFY(admin.assignRole(QStringLiteral("jsmith"), QStringLiteral("Editors"), &error));
-    QVERIFY(manager->IsOperationAllowed(general, QStringLiteral("EditLayout")));
-    QVERIFY(!manager->IsOperationAllowed(QStringLiteral("Instrumentation"), QStringLiteral("SelectDriver")));
-    // Disabling takes effect within the running session.
-    QVERIFY(admin.setDisabled(QStringLiteral("jsmith"), true, &error));
-    QVERIFY(!manager->IsOperationAllowed(general, QStringLiteral("RunProtocol")));
-    QCOMPARE(m_messages->count(), 0);
-}
-
-void tst_NebraSecurityManager::changePassword_data()
-{
-    QTest::addColumn<QStringList>("fields"); // current, new, confirmation
-    QTest::addColumn<QString>("message");
-    QTest::addColumn<QString>("passwordAfter");
-
-    QTest::newRow("changed") << QStringList{"correct horse", "battery staple", "battery staple"}
-                             << "Your password has been changed."
-                             << "battery staple";
-    QTest::newRow("wrong current password")
-        << QStringList{"guess", "battery staple", "battery staple"} << "The current password is incorrect."
-        << "correct horse";
-    QTest::newRow("confirmation differs") << QStringList{"correct horse", "battery staple", "battery stable"}
-                                          << "The new password and its confirmation do not match."
-                                          << "correct horse";
-    QTest::newRow("shorter than the site minimum of 10")
-        << QStringList{"correct horse", "short one", "short one"}
-        << "The password must be at least 10 characters long."
-        << "correct horse";
-    QTest::newRow("unchanged") << QStringList{"correct horse", "correct horse", "correct horse"}
-                               << "The new password must differ from the current one."
-                               << "correct horse";
-}
-
-void tst_NebraSecurityManager::changePassword()
-{
-    QFETCH(QStringList, fields);
-    QFETCH(QString, message);
-    QFETCH(QString, passwordAfter);
-    setValue(QStringLiteral("PasswordMinimumLength"), 10);
-    const std::unique_ptr<NebraSecurityManager> manager = loggedIn();
-    QVERIFY(manager);
-    m_dialogs->changePassword(fields[0], fields[1], fields[2]);
-    const bool refused = passwordAfter == QLatin1String("correct horse");
-    if (refused)
-        m_dialogs->cancel(); // the dialog comes back after a refusal
-    manager->SessionChangePassword(nullptr);
-    QCOMPARE(m_messages->count(), 1);
-    QCOMPARE(m_messages->last().text, message);
-    QCOMPARE(m_dialogs->remaining(), 0);
-    manager->SessionLogOut();
-
-    m_dialogs->logIn(QStringLiteral("jsmith"), passwordAfter);
-    QVERIFY(manager->LogIn(nullptr));
-}
-
-void tst_NebraSecurityManager::resetPasswordMustBeChangedAtLogIn()
-{
+    void changePassword_data()
     {
-        const std::unique_ptr<SecurityStore> store = m_fixture->open();
-        QString error;
-        QVERIFY(SecurityAdministration(*store, QStringLiteral("admin"))
-                    .setPassword(QStringLiteral("jsmith"), SecretBytes("temporary1"), true, &error));
+        QTest::addColumn<QStringList>("fields"); // current, new, confirmation
+        QTest::addColumn<QString>("message");
+        QTest::addColumn<QString>("passwordAfter");
+        const QString kept = QStringLiteral("correct horse");
+        // clang-format off
+        QTest::newRow("changed") << QStringList{kept, "battery staple", "battery staple"}
+                                 << "Your password has been changed." << "battery staple";
+        QTest::newRow("wrong current password") << QStringList{"guess", "battery staple", "battery staple"}
+                                                << "The current password is incorrect." << kept;
+        QTest::newRow("confirmation differs") << QStringList{kept, "battery staple", "battery stable"}
+                                              << "The new password and its confirmation do not match." << kept;
+        QTest::newRow("shorter than the site minimum of 10") << QStringList{kept, "short one", "short one"}
+                                              << "The password must be at least 10 characters long." << kept;
+        QTest::newRow("unchanged") << QStringList{kept, kept, kept}
+                                   << "The new password must differ from the current one." << kept;
+        // clang-format on
     }
-    const std::unique_ptr<NebraSecurityManager> manager = create();
-    m_dialogs->logIn(QStringLiteral("jsmith"), QStringLiteral("temporary1"));
-    m_dialogs->cancel(); // the forced change
-    QVERIFY(!manager->LogIn(nullptr));
-    QCOMPARE(m_fixture->auditTexts().last(),
-             QStringLiteral("Log in abandoned: the password had to be changed first"));
 
-    m_dialogs->logIn(QStringLiteral("jsmith"), QStringLiteral("temporary1"));
-    m_dialogs->accept({{QStringLiteral("txtNewPassword"), QStringLiteral("my own secret")},
-                       {QStringLiteral("txtConfirmPassword"), QStringLiteral("my own secret")}});
-    QVERIFY(manager->LogIn(nullptr));
-    QCOMPARE(m_dialogs->shown(),
-             QStringList({"frmLogIn", "frmChangePassword", "frmLogIn", "frmChangePassword"}));
-    manager->SessionLogOut();
-    m_dialogs->logIn(QStringLiteral("jsmith"), QStringLiteral("my own secret"));
-    QVERIFY(manager->LogIn(nullptr));
-    QCOMPARE(m_dialogs->remaining(), 0); // no further change asked for
-}
+    void changePassword()
+    {
+        QFETCH(QStringList, fields);
+        QFETCH(QString, message);
+        QFETCH(QString, passwordAfter);
+        QVERIFY(SettingsStore().setValue(QStringLiteral("Security/PasswordMinimumLength"), 10));
+        const std::unique_ptr<NebraSecurityManager> manager = loggedIn();
+        QVERIFY(manager);
+        m_dialogs->changePassword(fields[0], fields[1], fields[2]);
+        const bool refused = passwordAfter == QLatin1String("correct horse");
+        if (refused)
+            m_dialogs->cancel(); // the dialog comes back after a refusal
+        manager->SessionChangePassword(nullptr);
+        QCOMPARE(m_messages->count(), 1);
+        QCOMPARE(m_messages->last().text, message);
+        QCOMPARE(m_dialogs->remaining(), 0);
+        manager->SessionLogOut();
+
+        m_dialogs->logIn(QStringLiteral("jsmith"), passwordAfter);
+        QVERIFY(manager->LogIn(nullptr));
+    }
+
+    void resetPasswordMustBeChangedAtLogIn()
+    {
+        {
+            const std::unique_ptr<SecurityStore> store = m_site->fixture.open();
+            QString error;
+            QVERIFY(SecurityAdministration(*store, QStringLiteral("admin"))
+                        .setPassword(QStringLiteral("jsmith"), SecretBytes("temporary1"), true, &error));
+        }
+        const std::unique_ptr<NebraSecurityManager> manager = create();
+        m_dialogs->logIn(QStringLiteral("jsmith"), QStringLiteral("temporary1"));
+        m_dialogs->cancel(); // the forced change
+        QVERIFY(!manager->LogIn(nullptr));
+        QCOMPARE(m_site->fixture.auditTexts().last(),
+                 QStringLiteral("Log in abandoned: the password had to be changed first"));
+
+        m_dialogs->logIn(QStringLiteral("jsmith"), QStringLiteral("temporary1"));
+        m_dialogs->accept({{QStringLiteral("txtNewPassword"), QStringLiteral("my own secret")},
+                           {QStringLiteral("txtConfirmPassword"), QStringLiteral("my own secret")}});
+        QVERIFY(manager->LogIn(nullptr));
+        QCOMPARE(m_dialogs->shown(),
+                 QStringList({"frmLogIn", "frmChangePassword", "frmLogIn", "frmChangePassword"}));
+        manager->SessionLogOut();
+        m_dialogs->logIn(QStringLiteral("jsmith"), QStringLiteral("my own secret"));
+        QVERIFY(manager->LogIn(nullptr));
+        QCOMPARE(m_dialogs->remaining(), 0); // no further change asked for
+    }
+};
 
 QTEST_MAIN(tst_NebraSecurityManager)
 #include "tst_NebraSecurityManager.moc"
