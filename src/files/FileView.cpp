@@ -199,36 +199,33 @@ void FileView::renamePreviewFile(const QString& oldPath, const QString& newPath)
 }
 
 // Subfolders that appear in or vanish from the list keep the tree in step,
-// but not while the list is being pointed at another folder.
-void FileView::OnItemAdded(const FileListItem& item)
+// but not while the list is being pointed at another folder, and only while
+// it shows the selected node's own folder.
+FolderNode FileView::trackedChild(const FileListItem& item, bool& tracked) const
 {
-    if (!m_listingComplete || !item.isFolder())
-        return;
     const FolderNode selected = m_tree.currentNode();
-    if (selected.folderPath() != m_list.folder())
-        return; // the list still shows another node's folder
+    tracked = m_listingComplete && item.isFolder() && selected.folderPath() == m_list.folder();
+    if (!tracked)
+        return {};
     const QString name = QFileInfo(item.path()).fileName();
     for (int i = 0; i < selected.childCount(); ++i)
         if (selected.child(i).text().compare(name, Qt::CaseInsensitive) == 0)
-            return;
-    Q_EMIT folderAppeared(item.path());
+            return selected.child(i);
+    return {};
+}
+
+void FileView::OnItemAdded(const FileListItem& item)
+{
+    bool tracked = false;
+    if (!trackedChild(item, tracked).isValid() && tracked)
+        Q_EMIT folderAppeared(item.path());
 }
 
 void FileView::OnItemRemoved(const FileListItem& item)
 {
-    if (!m_listingComplete || !item.isFolder())
-        return;
-    const FolderNode selected = m_tree.currentNode();
-    if (selected.folderPath() != m_list.folder())
-        return; // the list still shows another node's folder
-    const QString name = QFileInfo(item.path()).fileName();
-    for (int i = 0; i < selected.childCount(); ++i) {
-        const FolderNode child = selected.child(i);
-        if (child.text().compare(name, Qt::CaseInsensitive) == 0) {
-            Q_EMIT folderVanished(child.folderPath());
-            return;
-        }
-    }
+    bool tracked = false;
+    if (const FolderNode child = trackedChild(item, tracked); child.isValid())
+        Q_EMIT folderVanished(child.folderPath());
 }
 
 } // namespace nebra

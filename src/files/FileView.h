@@ -67,6 +67,7 @@ Q_SIGNALS:
 private:
     int selectedType() const;
     void showSelectionAfterSort();
+    FolderNode trackedChild(const FileListItem& item, bool& tracked) const;
     void renamePreviewFile(const QString& oldPath, const QString& newPath);
 
     FolderTreeControl& m_tree;
