@@ -134,8 +134,10 @@ void FileListControl::setUpView()
     header->setSortIndicator(0, Qt::AscendingOrder);
     header->setContextMenuPolicy(Qt::CustomContextMenu);
     header->setAccessibleName(QStringLiteral("File list columns"));
-    header->setDefaultSectionSize(150);
-    header->resizeSection(0, 260); // names are the longest
+    // Names are the longest; dates need room for the date and the time.
+    header->resizeSection(0, 300);
+    header->resizeSection(m_model->columnOf(FileListModel::DateModifiedColumn),
+                          m_view->fontMetrics().horizontalAdvance(QStringLiteral("00 MMM 0000 00:00")) + 32);
 }
 
 FileListControl::~FileListControl() = default;

@@ -100,7 +100,7 @@ void MainWindow::createControls()
     right->setStretchFactor(1, 3);
     right->setSizes({240, 360});
     splitter->setStretchFactor(2, 1);
-    splitter->setSizes({150, 330, 740});
+    splitter->setSizes({140, 400, 700});
     setCentralWidget(splitter);
     // The panes stay hidden until the start-up has filled them.
     m_shortcutsBar->hide();
