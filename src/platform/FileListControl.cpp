@@ -1,5 +1,8 @@
 #include "FileListControl.h"
 
+#include "FileItemDelegate.h"
+#include "FileListView.h"
+
 #include "FileListModel.h"
 #include "FileOperations.h"
 #include "Messages.h"
@@ -15,7 +18,6 @@
 #include <QLabel>
 #include <QMenu>
 #include <QStyle>
-#include <QStyledItemDelegate>
 #include <QTimer>
 #include <QTreeView>
 #include <QUrl>
@@ -28,42 +30,6 @@ namespace nebra {
 namespace {
 
 constexpr int RefreshDelayMs = 250;
-
-// Tells its owner about a selection change the user is about to make.
-class FileListView : public QTreeView
-{
-public:
-    using QTreeView::QTreeView;
-    std::function<void(const QModelIndex&)> beforeUserSelection;
-    bool isEditing() const { return state() == EditingState; }
-
-protected:
-    QItemSelectionModel::SelectionFlags selectionCommand(const QModelIndex& index,
-                                                         const QEvent* event) const override
-    {
-        if (event && beforeUserSelection)
-            beforeUserSelection(index);
-        return QTreeView::selectionCommand(index, event);
-    }
-};
-
-// Folder and file pictures in the name column.
-class FileItemDelegate : public QStyledItemDelegate
-{
-public:
-    using QStyledItemDelegate::QStyledItemDelegate;
-
-protected:
-    void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override
-    {
-        QStyledItemDelegate::initStyleOption(option, index);
-        if (index.column() != 0)
-            return;
-        option->icon = QApplication::style()->standardIcon(
-            index.data(FileListModel::IsFolderRole).toBool() ? QStyle::SP_DirIcon : QStyle::SP_FileIcon);
-        option->features |= QStyleOptionViewItem::HasDecoration;
-    }
-};
 
 } // namespace
 
@@ -124,7 +90,7 @@ void FileListControl::setUpView()
     m_view->setAllColumnsShowFocus(true);
     m_view->setItemDelegate(new FileItemDelegate(m_view));
     m_view->setAccessibleName(QStringLiteral("File list"));
-    static_cast<FileListView*>(m_view)->beforeUserSelection = [this](const QModelIndex& index) {
+    m_view->beforeUserSelection = [this](const QModelIndex& index) {
         if (!m_quiet)
             Q_EMIT beforeSelectionChange(index.isValid() ? itemAtRow(index.row()) : FileListItem());
     };
@@ -141,6 +107,11 @@ void FileListControl::setUpView()
 }
 
 FileListControl::~FileListControl() = default;
+
+QTreeView* FileListControl::view() const
+{
+    return m_view;
+}
 
 void FileListControl::setFolder(const QString& path)
 {
@@ -190,7 +161,7 @@ void FileListControl::list()
 
 void FileListControl::refresh()
 {
-    if (static_cast<FileListView*>(m_view)->isEditing()) {
+    if (m_view->isEditing()) {
         m_refreshTimer->start(); // a new listing would take the name being typed away
         return;
     }

@@ -14,6 +14,8 @@ class QTreeView;
 
 namespace nebra {
 
+class FileListView;
+
 class FileListModel;
 
 // The file list pane: the subfolders and documents of one folder, filtered
@@ -85,7 +87,7 @@ public:
     void deleteSelectedItems();
     void activateItem(const FileListItem& item);
 
-    QTreeView* view() const { return m_view; }
+    QTreeView* view() const;
 
     // Used by FileListItem.
     bool isItemListed(const FileListItem& item) const;
@@ -122,7 +124,7 @@ private:
     void showListingState();
     bool checkNewName(const QString& name) const;
 
-    QTreeView* m_view;
+    FileListView* m_view;
     QLabel* m_state;
     FileListModel* m_model;
     QFileSystemWatcher* m_watcher;
