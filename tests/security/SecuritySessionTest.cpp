@@ -22,7 +22,7 @@ using namespace nebra::test;
 // The security session in the running Organiser: start-up with and without
 // a session, the session's controls, and the end of the program when the
 // manager ends the session.
-class tst_SecuritySession : public QObject
+class SecuritySessionTest : public QObject
 {
     Q_OBJECT
 
@@ -41,7 +41,7 @@ class tst_SecuritySession : public QObject
         SettingsStore().setValue(QStringLiteral("Settings/SecurityConfigured"), security);
         MainWindowOptions options;
         options.instanceName =
-            QStringLiteral("tst_SecuritySession-%1").arg(QCoreApplication::applicationPid());
+            QStringLiteral("SecuritySessionTest-%1").arg(QCoreApplication::applicationPid());
         options.endProcess = [this] { ++m_processEnds; };
         options.securityManager.clock = [this] { return m_now; };
         options.securityManager.pollIntervalMs = 0;
@@ -206,8 +206,8 @@ int main(int argc, char** argv)
 {
     QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
     QApplication app(argc, argv);
-    tst_SecuritySession test;
+    SecuritySessionTest test;
     return QTest::qExec(&test, argc, argv);
 }
 
-#include "tst_SecuritySession.moc"
+#include "SecuritySessionTest.moc"

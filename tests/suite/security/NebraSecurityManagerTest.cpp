@@ -10,7 +10,7 @@ using namespace nebra::test;
 
 // The manager through its own operations, with its dialogs answered through
 // the dialog seam. The time-out is tested through the running Organiser.
-class tst_NebraSecurityManager : public QObject
+class NebraSecurityManagerTest : public QObject
 {
     Q_OBJECT
 
@@ -186,5 +186,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_NebraSecurityManager)
-#include "tst_NebraSecurityManager.moc"
+QTEST_MAIN(NebraSecurityManagerTest)
+#include "NebraSecurityManagerTest.moc"

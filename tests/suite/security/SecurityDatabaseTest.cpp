@@ -12,7 +12,7 @@ using nebra::test::SecurityFixture;
 using nebra::test::writeFile;
 
 // Opening and creating the security database and its companion files.
-class tst_SecurityDatabase : public QObject
+class SecurityDatabaseTest : public QObject
 {
     Q_OBJECT
 
@@ -106,5 +106,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_SecurityDatabase)
-#include "tst_SecurityDatabase.moc"
+QTEST_GUILESS_MAIN(SecurityDatabaseTest)
+#include "SecurityDatabaseTest.moc"

@@ -17,7 +17,7 @@ LogInStatus logIn(Authenticator& authenticator, const char* password)
 
 // Log-in decisions, lockout and hash upgrades, on a real database with the
 // production hash cost.
-class tst_Authenticator : public QObject
+class AuthenticatorTest : public QObject
 {
     Q_OBJECT
 
@@ -133,5 +133,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_Authenticator)
-#include "tst_Authenticator.moc"
+QTEST_GUILESS_MAIN(AuthenticatorTest)
+#include "AuthenticatorTest.moc"

@@ -12,7 +12,7 @@ using nebra::test::SecurityFixture;
 
 // The audit trail's entries, its refusal of changes, and verification of
 // the MAC chain against every kind of tampering with the file.
-class tst_AuditTrail : public QObject
+class AuditTrailTest : public QObject
 {
     Q_OBJECT
 
@@ -141,5 +141,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_AuditTrail)
-#include "tst_AuditTrail.moc"
+QTEST_GUILESS_MAIN(AuditTrailTest)
+#include "AuditTrailTest.moc"

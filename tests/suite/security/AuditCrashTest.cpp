@@ -10,7 +10,7 @@ using nebra::test::SecurityFixture;
 // A process that appends audit entries is killed without warning (SIGKILL)
 // in the middle of its work: every entry it had reported committed must be
 // in the database, and the chain must still verify.
-class tst_AuditCrash : public QObject
+class AuditCrashTest : public QObject
 {
     Q_OBJECT
 
@@ -71,5 +71,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_AuditCrash)
-#include "tst_AuditCrash.moc"
+QTEST_GUILESS_MAIN(AuditCrashTest)
+#include "AuditCrashTest.moc"

@@ -7,7 +7,7 @@
 using namespace nebra;
 
 // The "[Security]" group as written in the settings file.
-class tst_SecuritySettings : public QObject
+class SecuritySettingsTest : public QObject
 {
     Q_OBJECT
 
@@ -58,5 +58,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_SecuritySettings)
-#include "tst_SecuritySettings.moc"
+QTEST_GUILESS_MAIN(SecuritySettingsTest)
+#include "SecuritySettingsTest.moc"

@@ -5,7 +5,7 @@
 
 using namespace nebra;
 
-class tst_PasswordPolicy : public QObject
+class PasswordPolicyTest : public QObject
 {
     Q_OBJECT
 
@@ -39,5 +39,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_PasswordPolicy)
-#include "tst_PasswordPolicy.moc"
+QTEST_GUILESS_MAIN(PasswordPolicyTest)
+#include "PasswordPolicyTest.moc"

@@ -9,7 +9,7 @@ using namespace nebra::test;
 
 // nebra-secadmin as an administrator runs it: a real process on a real
 // database, passwords on standard input.
-class tst_AdminTool : public QObject
+class AdminToolTest : public QObject
 {
     Q_OBJECT
 
@@ -164,5 +164,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(tst_AdminTool)
-#include "tst_AdminTool.moc"
+QTEST_GUILESS_MAIN(AdminToolTest)
+#include "AdminToolTest.moc"

@@ -12,7 +12,7 @@ using namespace nebra::test;
 
 // The permission checks and audit entries of document operations, inside a
 // real session and without one.
-class tst_Authorisation : public QObject
+class AuthorisationTest : public QObject
 {
     Q_OBJECT
 
@@ -100,5 +100,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(tst_Authorisation)
-#include "tst_Authorisation.moc"
+QTEST_MAIN(AuthorisationTest)
+#include "AuthorisationTest.moc"
