@@ -8,17 +8,19 @@
 
 namespace nebra::bench {
 
+// The middle value of a run of timings (the upper middle for an even count); 0 for none.
+template <typename Container> double median(Container values)
+{
+    std::sort(values.begin(), values.end());
+    return values.empty() ? 0 : values[values.size() / 2];
+}
+
 // Times in milliseconds of repeated runs of one operation.
 struct Samples
 {
     QList<double> ms;
 
-    double median() const
-    {
-        QList<double> sorted = ms;
-        std::sort(sorted.begin(), sorted.end());
-        return sorted.isEmpty() ? 0 : sorted[sorted.size() / 2];
-    }
+    double median() const { return bench::median(ms); }
     double mean() const { return ms.isEmpty() ? 0 : std::accumulate(ms.begin(), ms.end(), 0.0) / ms.size(); }
     double max() const { return ms.isEmpty() ? 0 : *std::max_element(ms.begin(), ms.end()); }
 };

@@ -3,6 +3,7 @@
 //
 //   bench_data_folders [rounds]
 
+#include "BenchStats.h"
 #include "DataFolders.h"
 #include "HLDCollection.h"
 #include "SettingsStore.h"
@@ -19,6 +20,8 @@
 #include <filesystem>
 
 namespace fs = std::filesystem;
+
+using nebra::bench::median;
 
 namespace {
 
@@ -68,12 +71,6 @@ double plainRun(const nebra::HLDCollection& drivers)
     for (const nebra::HLDElement& driver : drivers.Items())
         fs::create_directory(assays / "Read Configurations" / driver.FullName.toStdString());
     return timer.nsecsElapsed() / 1e6;
-}
-
-double median(QList<double> values)
-{
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
 }
 
 } // namespace

@@ -7,6 +7,7 @@
 //
 //   bench_file_list [rounds] [work folder]
 
+#include "BenchStats.h"
 #include "FileListControl.h"
 
 #include <QApplication>
@@ -28,6 +29,8 @@
 #include <unistd.h>
 
 using namespace nebra;
+
+using nebra::bench::median;
 
 namespace {
 
@@ -79,12 +82,6 @@ size_t rawListing(const std::string& folder)
 double elapsedMs(const QElapsedTimer& timer)
 {
     return timer.nsecsElapsed() / 1e6;
-}
-
-double median(std::vector<double> values)
-{
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
 }
 
 // What showing a protocols folder asks of the list.

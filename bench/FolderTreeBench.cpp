@@ -6,6 +6,7 @@
 //
 //   bench_folder_tree [rounds] [work folder]
 
+#include "BenchStats.h"
 #include "FolderBranches.h"
 #include "FolderTreeControl.h"
 #include "FolderTreeModel.h"
@@ -27,6 +28,8 @@
 #include <sys/stat.h>
 
 using namespace nebra;
+
+using nebra::bench::median;
 
 namespace {
 
@@ -73,12 +76,6 @@ int rawScan(const std::string& path)
     for (const std::string& child : children)
         count += rawScan(child);
     return count;
-}
-
-double median(std::vector<double> values)
-{
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
 }
 
 double elapsedMs(const QElapsedTimer& timer)

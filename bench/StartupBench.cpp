@@ -5,6 +5,7 @@
 //   bench_startup [runs]           drives both and prints medians and the ratio
 //   bench_startup organiser|bare|bare-loaded   one child run (prints its ready time)
 
+#include "BenchStats.h"
 #include "MainWindow.h"
 
 #include <QApplication>
@@ -18,6 +19,8 @@
 #include <algorithm>
 #include <cstdio>
 #include <ctime>
+
+using nebra::bench::median;
 
 namespace {
 
@@ -74,12 +77,6 @@ double runOnce(const QString& self, const QString& mode, const QProcessEnvironme
     process.waitForFinished(60000);
     const long long ready = process.readAllStandardOutput().trimmed().toLongLong();
     return ready > start ? (ready - start) / 1e6 : -1;
-}
-
-double median(QList<double> values)
-{
-    std::sort(values.begin(), values.end());
-    return values.isEmpty() ? 0 : values[values.size() / 2];
 }
 
 } // namespace
