@@ -358,8 +358,10 @@ void MainWindow::UnloadAllExceptMain()
     QWidget* active = QApplication::activeWindow();
     if (active && active != this)
         active->close();
+    // Hidden windows too: a dialog kept between showings must not survive the session.
+    // Menus and pop-ups are parts of other windows, not windows of their own.
     for (QWidget* window : QApplication::topLevelWidgets())
-        if (window != this && window->isVisible())
+        if (window != this && !(window->windowType() == Qt::Popup || window->windowType() == Qt::ToolTip))
             window->close();
 }
 

@@ -2,6 +2,7 @@
 
 #include "DataFolders.h"
 #include "DiagnosticLog.h"
+#include "FileSystemObject.h"
 #include "FolderTreeControl.h"
 #include "InstalledDrivers.h"
 #include "Messages.h"
@@ -19,7 +20,6 @@
 
 #include <QApplication>
 #include <QCoreApplication>
-#include <QFileInfo>
 
 namespace nebra {
 
@@ -119,6 +119,11 @@ void StartUpSequence::createSettingsAndPaths()
     m_suite.paths = std::make_unique<SuitePaths>(*m_suite.store);
     m_suite.paths->Initialise();
     m_suite.drivers = std::make_unique<InstalledDrivers>(*m_suite.paths);
+    // The Organiser goes on without drivers, but the user and the administrator learn why.
+    m_suite.drivers->setErrorReport([this](const QString& reason) {
+        qWarning("%s", qUtf8Printable(reason));
+        Messages::show({reason, {}, MessageIcon::Warning, MessageButton::Ok, MessageButton::Ok, &m_window});
+    });
     m_suite.instrumentDriversInUse = m_suite.settings->InstrumentDriversInUse();
     if (!m_suite.store->warning().isEmpty())
         Messages::show({m_suite.store->warning(),
@@ -153,7 +158,8 @@ bool StartUpSequence::startSecurity()
     if (!session.SecurityEnabled())
         return true;
     m_suite.paths->SetSecurityManager(session.NebraSecurityManagerObj());
-    if (!QFileInfo::exists(m_suite.paths->SecuredFolder())) {
+    // A plain file of that name is no folder: the folder is still to be made.
+    if (!FileSystemObject().FolderExists(m_suite.paths->SecuredFolder())) {
         m_suite.settings->BeginFolderUpdate();
         m_suite.paths->CreateSecuredFolder();
         m_suite.settings->EndFolderUpdate();

@@ -13,6 +13,7 @@
 #include <QApplication>
 #include <QDialog>
 #include <QLabel>
+#include <QPointer>
 #include <QStatusBar>
 #include <QTest>
 
@@ -176,6 +177,11 @@ private Q_SLOTS:
         QVERIFY(window);
         QDialog other; // another window of the program, open when the session ends
         other.show();
+        // A window hidden between showings (as the Options dialog is) must not outlive the session.
+        QPointer<QDialog> hidden = new QDialog;
+        hidden->setAttribute(Qt::WA_DeleteOnClose);
+        hidden->show();
+        hidden->hide();
         if (how == QLatin1String("time-out")) {
             m_now += 9 * 60 * 1000;
             QCoreApplication::processEvents();
@@ -195,6 +201,7 @@ private Q_SLOTS:
         if (m_messages->count() == 1)
             QCOMPARE(m_messages->last().icon, MessageIcon::Information);
         QVERIFY(!other.isVisible());
+        QTRY_VERIFY_WITH_TIMEOUT(hidden.isNull(), 5000);
         QVERIFY(!window->isVisible());
         QVERIFY(!window->securitySession().SecurityEnabled());
         if (!audit.isEmpty())
