@@ -4,6 +4,7 @@
 #include "Dialogs.h"
 #include "MainWindow.h"
 #include "Messages.h"
+#include "OrganiserApplication.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -57,7 +58,7 @@ int main(int argc, char** argv)
     QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
     // The welcome page's links use the program's own scheme, which the web engine must know before it starts.
     nebra::BrowserControl::RegisterOrganiserScheme();
-    QApplication app(argc, argv);
+    nebra::OrganiserApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("NMain5"));
     QCoreApplication::setApplicationVersion(QStringLiteral(NEBRA_VERSION));
     QCoreApplication::setOrganizationName(QStringLiteral("Nebra"));
