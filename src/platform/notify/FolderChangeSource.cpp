@@ -1,0 +1,608 @@
+#include "FolderChangeSource.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QSocketNotifier>
+#include <QTimer>
+
+#include <cerrno>
+#include <climits>
+#include <dirent.h>
+#include <fcntl.h>
+#include <map>
+#include <sys/inotify.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace nebra {
+
+namespace {
+
+constexpr quint32 WatchMask = IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_CLOSE_WRITE |
+                              IN_ATTRIB | IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR | IN_DONT_FOLLOW |
+                              IN_EXCL_UNLINK;
+constexpr int DefaultRescanInterval = 30000;
+// The second half of a move is queued right after the first; a reader can
+// still slip in between, so an unmatched first half waits this long.
+constexpr int MoveGrace = 2;
+
+struct Entry
+{
+    QByteArray name;
+    bool link = false; // a symbolic link that leads to a folder
+};
+
+// The subfolders of a folder (links to folders included), or nothing when it
+// cannot be read: vanished, replaced by a file or unreadable.
+std::vector<Entry> subfolders(const QByteArray& path)
+{
+    std::vector<Entry> entries;
+    DIR* dir = ::opendir(path.constData());
+    if (!dir)
+        return entries;
+    const int fd = ::dirfd(dir);
+    while (const dirent* entry = ::readdir(dir)) {
+        const char* name = entry->d_name;
+        if (name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0')))
+            continue;
+        unsigned char type = entry->d_type;
+        struct stat st = {};
+        if (type == DT_UNKNOWN && ::fstatat(fd, name, &st, AT_SYMLINK_NOFOLLOW) == 0)
+            type = S_ISDIR(st.st_mode) ? DT_DIR : S_ISLNK(st.st_mode) ? DT_LNK : DT_REG;
+        if (type == DT_DIR)
+            entries.push_back({QByteArray(name), false});
+        else if (type == DT_LNK && ::fstatat(fd, name, &st, 0) == 0 && S_ISDIR(st.st_mode))
+            entries.push_back({QByteArray(name), true});
+    }
+    ::closedir(dir);
+    return entries;
+}
+
+bool isLinkToFolder(const QByteArray& path)
+{
+    struct stat st = {};
+    if (::lstat(path.constData(), &st) != 0 || !S_ISLNK(st.st_mode))
+        return false;
+    return ::stat(path.constData(), &st) == 0 && S_ISDIR(st.st_mode);
+}
+
+} // namespace
+
+// A folder the source has reported (or was given as a root). A folder's
+// watch follows its inode, so a folder moved within the roots keeps its
+// watch and only its place here changes.
+struct FolderChangeSource::Folder
+{
+    QByteArray name; // the full path for a root
+    QString rootText;
+    Folder* parent = nullptr;
+    std::map<QByteArray, std::unique_ptr<Folder>> children;
+    int wd = -1;
+    bool link = false;
+};
+
+struct FolderChangeSource::PendingMove
+{
+    quint32 cookie = 0;
+    Folder* dir = nullptr;
+    QByteArray name;
+    bool isDir = false;
+};
+
+// The changes of one pass over the kernel's queue, before they are delivered.
+struct FolderChangeSource::Pass
+{
+    std::vector<FolderChange> changes;
+    bool overflowed = false;
+
+    void add(quint32 event, const QString& path1, const QString& path2 = {})
+    {
+        changes.push_back({event, path1, path2});
+    }
+};
+
+FolderChangeSource::FolderChangeSource(QObject* parent)
+    : QObject(parent), m_moveTimer(new QTimer(this)), m_rescanTimer(new QTimer(this)),
+      m_addWatch([](int fd, const char* path, quint32 mask) { return ::inotify_add_watch(fd, path, mask); })
+{
+    m_moveTimer->setSingleShot(true);
+    m_moveTimer->setInterval(MoveGrace);
+    m_rescanTimer->setInterval(DefaultRescanInterval);
+    connect(m_moveTimer, &QTimer::timeout, this, [this] {
+        Pass pass;
+        drain(pass);
+        flushPendingMoves(pass);
+        deliver(pass);
+    });
+    connect(m_rescanTimer, &QTimer::timeout, this, &FolderChangeSource::rescanUnwatched);
+}
+
+FolderChangeSource::~FolderChangeSource()
+{
+    close();
+}
+
+bool FolderChangeSource::open()
+{
+    if (m_fd >= 0)
+        return false;
+    m_fd = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+    if (m_fd < 0) {
+        m_lastError = errno;
+        return false;
+    }
+    m_notifier = new QSocketNotifier(m_fd, QSocketNotifier::Read, this);
+    connect(m_notifier, &QSocketNotifier::activated, this, &FolderChangeSource::readEvents);
+    return true;
+}
+
+void FolderChangeSource::close()
+{
+    unwatchAll();
+    delete m_notifier;
+    m_notifier = nullptr;
+    if (m_fd >= 0)
+        ::close(m_fd);
+    m_fd = -1;
+}
+
+bool FolderChangeSource::watch(const QStringList& roots)
+{
+    if (m_fd < 0)
+        return false;
+    bool all = true;
+    for (const QString& root : roots) {
+        Folder* folder = addRoot(root);
+        if (!folder) {
+            all = false;
+            continue;
+        }
+        scanChildren(*folder, nullptr);
+    }
+    updateRescanTimer();
+    return all;
+}
+
+FolderChangeSource::Folder* FolderChangeSource::addRoot(const QString& root)
+{
+    auto folder = std::make_unique<Folder>();
+    folder->rootText = QDir::cleanPath(root);
+    folder->name = QFile::encodeName(folder->rootText);
+    folder->wd = m_addWatch(m_fd, folder->name.constData(), WatchMask);
+    if (folder->wd < 0) {
+        m_lastError = errno;
+        return nullptr;
+    }
+    m_byWatch.insert(folder->wd, folder.get());
+    m_roots.push_back(std::move(folder));
+    return m_roots.back().get();
+}
+
+void FolderChangeSource::unwatchAll()
+{
+    for (auto& root : m_roots)
+        forgetWatches(*root);
+    m_roots.clear();
+    m_byWatch.clear();
+    m_unwatched.clear();
+    m_pendingMoves.clear();
+    m_moveTimer->stop();
+    m_rescanTimer->stop();
+}
+
+FolderChangeSource::Statistics FolderChangeSource::statistics() const
+{
+    Statistics stats = m_stats;
+    stats.unwatchedFolders = int(m_unwatched.size());
+    return stats;
+}
+
+void FolderChangeSource::setRescanInterval(int milliseconds)
+{
+    m_rescanTimer->setInterval(milliseconds);
+}
+
+void FolderChangeSource::setAddWatch(AddWatch addWatch)
+{
+    m_addWatch = std::move(addWatch);
+}
+
+int FolderChangeSource::systemWatchLimit()
+{
+    QFile file(QStringLiteral("/proc/sys/fs/inotify/max_user_watches"));
+    if (!file.open(QIODevice::ReadOnly))
+        return 0;
+    return file.readAll().trimmed().toInt();
+}
+
+// ---- reading the kernel's queue
+
+void FolderChangeSource::readEvents()
+{
+    Pass pass;
+    drain(pass);
+    if (m_pendingMoves.empty())
+        m_moveTimer->stop();
+    else
+        m_moveTimer->start();
+    deliver(pass);
+}
+
+void FolderChangeSource::drain(Pass& pass)
+{
+    if (m_fd < 0)
+        return;
+    alignas(inotify_event) char buffer[64 * 1024];
+    for (;;) {
+        const ssize_t length = ::read(m_fd, buffer, sizeof buffer);
+        if (length <= 0)
+            break; // EAGAIN: the queue is empty
+        for (ssize_t at = 0; at < length;) {
+            const auto* event = reinterpret_cast<const inotify_event*>(buffer + at);
+            ++m_stats.kernelEvents;
+            handleEvent(*event, pass);
+            at += ssize_t(sizeof(inotify_event) + event->len);
+        }
+    }
+    if (pass.overflowed)
+        rescanAfterOverflow(pass);
+}
+
+void FolderChangeSource::handleEvent(const ::inotify_event& event, Pass& pass)
+{
+    if (event.mask & IN_Q_OVERFLOW) {
+        ++m_stats.overflows;
+        pass.overflowed = true;
+        return;
+    }
+    Folder* dir = m_byWatch.value(event.wd);
+    if (!dir)
+        return; // a watch removed already
+    if (event.mask & IN_IGNORED) {
+        m_byWatch.remove(event.wd);
+        dir->wd = -1;
+        return;
+    }
+    if (event.mask & (IN_DELETE_SELF | IN_MOVE_SELF)) {
+        // A subfolder's end is reported by its parent; only a root's is ours to report.
+        if (!dir->parent) {
+            pass.add(ShellEvent::SHCNE_RMDIR, dir->rootText);
+            forgetWatches(*dir);
+            std::erase_if(m_roots, [dir](const auto& root) { return root.get() == dir; });
+        }
+        return;
+    }
+    const QByteArray name(event.len ? event.name : "");
+    const auto child = dir->children.find(name);
+    const bool knownFolder = child != dir->children.end();
+    if (event.mask & IN_MOVED_FROM) {
+        flushPendingMoves(pass); // moves come in pairs, one at a time
+        m_pendingMoves.push_back({event.cookie, dir, name, knownFolder || (event.mask & IN_ISDIR)});
+    } else if (event.mask & IN_MOVED_TO) {
+        handleMovedTo(*dir, name, event.mask, event.cookie, pass);
+    } else if (event.mask & IN_CREATE) {
+        if (event.mask & IN_ISDIR)
+            folderAppeared(*dir, name, &pass);
+        else
+            fileAppeared(*dir, name, pass);
+    } else if (event.mask & IN_DELETE) {
+        if (knownFolder) {
+            pass.add(ShellEvent::SHCNE_RMDIR, textPath(*child->second));
+            forget(*child->second);
+        } else if (!(event.mask & IN_ISDIR)) {
+            pass.add(ShellEvent::SHCNE_DELETE, textPath(*dir, name));
+        }
+    } else if (event.mask & (IN_CLOSE_WRITE | IN_ATTRIB)) {
+        if (!(event.mask & IN_ISDIR))
+            pass.add(ShellEvent::SHCNE_UPDATEITEM, textPath(*dir, name));
+        else if (knownFolder && child->second->wd < 0 && !child->second->link && tryWatch(*child->second))
+            syncChildren(*child->second, true, pass); // readable again
+    }
+}
+
+void FolderChangeSource::handleMovedTo(Folder& dir, const QByteArray& name, quint32 mask, quint32 cookie,
+                                       Pass& pass)
+{
+    const auto from = std::find_if(m_pendingMoves.begin(), m_pendingMoves.end(),
+                                   [cookie](const PendingMove& move) { return move.cookie == cookie; });
+    if (from == m_pendingMoves.end()) { // moved in from outside the roots
+        if (mask & IN_ISDIR)
+            folderAppeared(dir, name, &pass);
+        else
+            fileAppeared(dir, name, pass);
+        return;
+    }
+    const PendingMove move = *from;
+    m_pendingMoves.erase(from);
+    const auto source = move.dir->children.find(move.name);
+    if (source == move.dir->children.end()) {
+        if (!move.isDir)
+            pass.add(ShellEvent::SHCNE_DELETE, textPath(*move.dir, move.name));
+        if (mask & IN_ISDIR)
+            folderAppeared(dir, name, &pass);
+        else
+            fileAppeared(dir, name, pass);
+        return;
+    }
+    const QString oldPath = textPath(*source->second);
+    std::unique_ptr<Folder> folder = std::move(source->second);
+    move.dir->children.erase(source);
+    if (const auto replaced = dir.children.find(name); replaced != dir.children.end())
+        forget(*replaced->second); // a rename over an empty folder replaces it
+    folder->name = name;
+    folder->parent = &dir;
+    Folder& moved = *dir.children.emplace(name, std::move(folder)).first->second;
+    pass.add(ShellEvent::SHCNE_RENAMEFOLDER, oldPath, textPath(moved));
+}
+
+void FolderChangeSource::handleMovedFrom(const PendingMove& move, Pass& pass)
+{
+    const auto child = move.dir->children.find(move.name);
+    if (child != move.dir->children.end()) {
+        pass.add(ShellEvent::SHCNE_RMDIR, textPath(*child->second));
+        forget(*child->second);
+    } else if (!move.isDir) {
+        pass.add(ShellEvent::SHCNE_DELETE, textPath(*move.dir, move.name));
+    }
+}
+
+void FolderChangeSource::flushPendingMoves(Pass& pass)
+{
+    std::vector<PendingMove> moves;
+    moves.swap(m_pendingMoves);
+    for (const PendingMove& move : moves)
+        handleMovedFrom(move, pass);
+}
+
+// Coalesces the pass and hands its changes out, in order.
+void FolderChangeSource::deliver(Pass& pass)
+{
+    std::vector<bool> dropped(pass.changes.size(), false);
+    QHash<QString, size_t> made; // folders made in this pass, not yet removed or moved
+    QSet<QString> updated;       // files already reported changed in this pass
+    for (size_t i = 0; i < pass.changes.size(); ++i) {
+        const FolderChange& change = pass.changes[i];
+        switch (change.event) {
+        case ShellEvent::SHCNE_MKDIR:
+            made.insert(change.path1, i);
+            break;
+        case ShellEvent::SHCNE_RMDIR:
+            if (const auto it = made.constFind(change.path1); it != made.cend()) {
+                dropped[*it] = dropped[i] = true; // made and gone again: nothing to show
+                made.erase(it);
+            }
+            break;
+        case ShellEvent::SHCNE_RENAMEFOLDER:
+            made.remove(change.path1);
+            made.remove(change.path2);
+            break;
+        case ShellEvent::SHCNE_UPDATEITEM:
+            if (updated.contains(change.path1))
+                dropped[i] = true;
+            updated.insert(change.path1);
+            break;
+        default:
+            break;
+        }
+    }
+    for (size_t i = 0; i < pass.changes.size(); ++i) {
+        if (!dropped[i])
+            Q_EMIT changed(pass.changes[i]);
+    }
+    pass.changes.clear();
+}
+
+// ---- the folders reported
+
+void FolderChangeSource::folderAppeared(Folder& parent, const QByteArray& name, Pass* pass)
+{
+    if (parent.children.count(name))
+        return; // reported already (found by a read of its parent)
+    auto created = std::make_unique<Folder>();
+    created->name = name;
+    created->parent = &parent;
+    Folder& folder = *parent.children.emplace(name, std::move(created)).first->second;
+    const bool watched = tryWatch(folder);
+    if (!watched && (m_lastError == ENOENT || m_lastError == ENOTDIR || m_lastError == ELOOP)) {
+        // Gone again, or not a folder after all: perhaps a link to one.
+        if (!isLinkToFolder(rawPath(folder))) {
+            parent.children.erase(name);
+            return;
+        }
+        folder.link = true;
+    }
+    if (pass)
+        pass->add(ShellEvent::SHCNE_MKDIR, textPath(folder));
+    if (!folder.link)
+        scanChildren(folder, pass);
+}
+
+void FolderChangeSource::fileAppeared(Folder& parent, const QByteArray& name, Pass& pass)
+{
+    // A link to a folder shows as a folder; it is never followed.
+    if (!parent.children.count(name) && isLinkToFolder(rawPath(parent) + '/' + name)) {
+        auto link = std::make_unique<Folder>();
+        link->name = name;
+        link->parent = &parent;
+        link->link = true;
+        Folder& folder = *parent.children.emplace(name, std::move(link)).first->second;
+        pass.add(ShellEvent::SHCNE_MKDIR, textPath(folder));
+        return;
+    }
+    pass.add(ShellEvent::SHCNE_UPDATEITEM, textPath(parent, name));
+}
+
+bool FolderChangeSource::tryWatch(Folder& folder)
+{
+    const int wd = m_addWatch(m_fd, rawPath(folder).constData(), WatchMask);
+    if (wd < 0) {
+        m_lastError = errno;
+        if (m_lastError == ENOSPC && !m_limitWarned) {
+            m_limitWarned = true;
+            Q_EMIT watchLimitReached(systemWatchLimit());
+        }
+        if (m_lastError == ENOSPC || m_lastError == EACCES)
+            m_unwatched.insert(&folder);
+        return false;
+    }
+    if (Folder* other = m_byWatch.value(wd); other && other != &folder) {
+        folder.link = true; // the same folder reached a second time: not descended again
+        return false;
+    }
+    m_unwatched.remove(&folder);
+    folder.wd = wd;
+    m_byWatch.insert(wd, &folder);
+    return true;
+}
+
+// Adds the folder's subfolders, watched, with theirs; reports each when a pass is given.
+void FolderChangeSource::scanChildren(Folder& folder, Pass* pass)
+{
+    for (const Entry& entry : subfolders(rawPath(folder))) {
+        if (!entry.link) {
+            folderAppeared(folder, entry.name, pass);
+        } else if (!folder.children.count(entry.name)) {
+            auto link = std::make_unique<Folder>();
+            link->name = entry.name;
+            link->parent = &folder;
+            link->link = true;
+            Folder& added = *folder.children.emplace(entry.name, std::move(link)).first->second;
+            if (pass)
+                pass->add(ShellEvent::SHCNE_MKDIR, textPath(added));
+        }
+    }
+    updateRescanTimer();
+}
+
+// Compares the folder's subfolders on disk with those reported and reports the differences.
+void FolderChangeSource::syncChildren(Folder& folder, bool recursive, Pass& pass)
+{
+    const std::vector<Entry> entries = subfolders(rawPath(folder));
+    QHash<QByteArray, bool> onDisk;
+    for (const Entry& entry : entries)
+        onDisk.insert(entry.name, entry.link);
+    std::vector<Folder*> gone;
+    for (auto& [name, child] : folder.children) {
+        const auto it = onDisk.constFind(name);
+        if (it == onDisk.cend() || *it != child->link)
+            gone.push_back(child.get());
+    }
+    for (Folder* child : gone) {
+        pass.add(ShellEvent::SHCNE_RMDIR, textPath(*child));
+        forget(*child);
+    }
+    scanChildren(folder, &pass); // reports the folders not known yet
+    if (!recursive)
+        return;
+    for (auto& [name, child] : folder.children) {
+        if (child->link)
+            continue;
+        if (child->wd < 0)
+            tryWatch(*child);
+        syncChildren(*child, true, pass);
+    }
+}
+
+void FolderChangeSource::forget(Folder& folder)
+{
+    forgetWatches(folder);
+    if (folder.parent)
+        folder.parent->children.erase(folder.name);
+}
+
+void FolderChangeSource::forgetWatches(Folder& folder)
+{
+    for (auto& [name, child] : folder.children)
+        forgetWatches(*child);
+    if (folder.wd >= 0) {
+        ::inotify_rm_watch(m_fd, folder.wd); // fails harmlessly when the folder is gone
+        m_byWatch.remove(folder.wd);
+    }
+    m_unwatched.remove(&folder);
+    std::erase_if(m_pendingMoves, [&folder](const PendingMove& move) { return move.dir == &folder; });
+}
+
+void FolderChangeSource::rescanAfterOverflow(Pass& pass)
+{
+    QElapsedTimer timer;
+    timer.start();
+    flushPendingMoves(pass); // their halves may be among the lost events
+    for (auto& root : m_roots)
+        syncChildren(*root, true, pass);
+    ++m_stats.rescans;
+    m_stats.lastRescanMs = double(timer.nsecsElapsed()) / 1e6;
+    pass.overflowed = false;
+}
+
+void FolderChangeSource::rescanUnwatched()
+{
+    // Parents first; a folder may vanish with its parent during the round.
+    QList<QByteArray> paths;
+    for (const Folder* folder : std::as_const(m_unwatched))
+        paths.append(rawPath(*folder));
+    std::sort(paths.begin(), paths.end());
+    Pass pass;
+    for (const QByteArray& path : std::as_const(paths)) {
+        if (Folder* folder = findFolder(path)) {
+            tryWatch(*folder);
+            syncChildren(*folder, false, pass);
+        }
+    }
+    updateRescanTimer();
+    deliver(pass);
+}
+
+void FolderChangeSource::updateRescanTimer()
+{
+    if (m_unwatched.isEmpty())
+        m_rescanTimer->stop();
+    else if (!m_rescanTimer->isActive())
+        m_rescanTimer->start();
+}
+
+// ---- paths
+
+QByteArray FolderChangeSource::rawPath(const Folder& folder) const
+{
+    if (!folder.parent)
+        return folder.name;
+    return rawPath(*folder.parent) + '/' + folder.name;
+}
+
+QString FolderChangeSource::textPath(const Folder& folder) const
+{
+    if (!folder.parent)
+        return folder.rootText;
+    return textPath(*folder.parent, folder.name);
+}
+
+QString FolderChangeSource::textPath(const Folder& parent, const QByteArray& name) const
+{
+    return textPath(parent) + QLatin1Char('/') + QString::fromUtf8(name);
+}
+
+FolderChangeSource::Folder* FolderChangeSource::findFolder(const QByteArray& path) const
+{
+    for (const auto& root : m_roots) {
+        if (!path.startsWith(root->name))
+            continue;
+        Folder* folder = root.get();
+        const QByteArray rest = path.mid(root->name.size());
+        for (const QByteArray& name : rest.split('/')) {
+            if (name.isEmpty())
+                continue;
+            const auto child = folder->children.find(name);
+            if (child == folder->children.end()) {
+                folder = nullptr;
+                break;
+            }
+            folder = child->second.get();
+        }
+        if (folder)
+            return folder;
+    }
+    return nullptr;
+}
+
+} // namespace nebra
