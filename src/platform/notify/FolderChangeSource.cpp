@@ -256,6 +256,11 @@ void FolderChangeSource::handleEvent(const ::inotify_event& event, Pass& pass)
         pass.overflowed = true;
         return;
     }
+    // The kernel queues a move's two halves one right after the other: a first
+    // half followed by anything else has no second. Settled before anything is
+    // looked up, since it may forget folders.
+    if (!(event.mask & IN_MOVED_TO))
+        flushPendingMoves(pass);
     Folder* dir = m_byWatch.value(event.wd);
     if (!dir)
         return; // a watch removed already
@@ -277,7 +282,6 @@ void FolderChangeSource::handleEvent(const ::inotify_event& event, Pass& pass)
     const auto child = dir->children.find(name);
     const bool knownFolder = child != dir->children.end();
     if (event.mask & IN_MOVED_FROM) {
-        flushPendingMoves(pass); // moves come in pairs, one at a time
         m_pendingMoves.push_back({event.cookie, dir, name, knownFolder || (event.mask & IN_ISDIR)});
     } else if (event.mask & IN_MOVED_TO) {
         handleMovedTo(*dir, name, event.mask, event.cookie, pass);
