@@ -511,8 +511,10 @@ void FolderChangeSource::syncChildren(Folder& folder, bool recursive, Pass& pass
 void FolderChangeSource::forget(Folder& folder)
 {
     forgetWatches(folder);
-    if (folder.parent)
-        folder.parent->children.erase(folder.name);
+    if (folder.parent) {
+        const QByteArray name = folder.name; // the folder goes with the erase
+        folder.parent->children.erase(name);
+    }
 }
 
 void FolderChangeSource::forgetWatches(Folder& folder)
@@ -589,7 +591,8 @@ QString FolderChangeSource::textPath(const Folder& parent, const QByteArray& nam
 FolderChangeSource::Folder* FolderChangeSource::findFolder(const QByteArray& path) const
 {
     for (const auto& root : m_roots) {
-        if (!path.startsWith(root->name))
+        if (!path.startsWith(root->name) ||
+            (path.size() > root->name.size() && path[root->name.size()] != '/'))
             continue;
         Folder* folder = root.get();
         const QByteArray rest = path.mid(root->name.size());
