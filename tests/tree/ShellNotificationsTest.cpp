@@ -291,23 +291,6 @@ private Q_SLOTS:
         QCOMPARE(m_notifications->item1Path(), QString());
         QCOMPARE(m_notifications->lastEventText(), QStringLiteral("\r\n"));
     }
-
-    void eventNames_data()
-    {
-        QTest::addColumn<quint32>("code");
-        QTest::addColumn<QString>("name");
-        QTest::newRow("single") << quint32(0x20000) << "SHCNE_RENAMEFOLDER";
-        QTest::newRow("disk mask") << quint32(0x2381F) << "SHCNE_DISKEVENTS";
-        QTest::newRow("global mask") << quint32(0xC0581E0) << "SHCNE_GLOBALEVENTS";
-        QTest::newRow("top bit") << quint32(0x80000000) << "SHCNE_INTERRUPT";
-        QTest::newRow("two flags") << quint32(0x18) << "";
-    }
-    void eventNames()
-    {
-        QFETCH(quint32, code);
-        QFETCH(QString, name);
-        QCOMPARE(ShellNotifications::GetShellEventName(code), name);
-    }
 };
 
 QTEST_GUILESS_MAIN(ShellNotificationsTest)

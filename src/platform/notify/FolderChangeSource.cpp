@@ -6,13 +6,9 @@
 #include <QSocketNotifier>
 #include <QTimer>
 
+#include <algorithm>
 #include <cerrno>
-#include <climits>
-#include <dirent.h>
-#include <fcntl.h>
-#include <map>
 #include <sys/inotify.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace nebra {
@@ -27,60 +23,7 @@ constexpr int DefaultRescanInterval = 30000;
 // still slip in between, so an unmatched first half waits this long.
 constexpr int MoveGrace = 2;
 
-struct Entry
-{
-    QByteArray name;
-    bool link = false; // a symbolic link that leads to a folder
-};
-
-// The subfolders of a folder (links to folders included), or nothing when it
-// cannot be read: vanished, replaced by a file or unreadable.
-std::vector<Entry> subfolders(const QByteArray& path)
-{
-    std::vector<Entry> entries;
-    DIR* dir = ::opendir(path.constData());
-    if (!dir)
-        return entries;
-    const int fd = ::dirfd(dir);
-    while (const dirent* entry = ::readdir(dir)) {
-        const char* name = entry->d_name;
-        if (name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0')))
-            continue;
-        unsigned char type = entry->d_type;
-        struct stat st = {};
-        if (type == DT_UNKNOWN && ::fstatat(fd, name, &st, AT_SYMLINK_NOFOLLOW) == 0)
-            type = S_ISDIR(st.st_mode) ? DT_DIR : S_ISLNK(st.st_mode) ? DT_LNK : DT_REG;
-        if (type == DT_DIR)
-            entries.push_back({QByteArray(name), false});
-        else if (type == DT_LNK && ::fstatat(fd, name, &st, 0) == 0 && S_ISDIR(st.st_mode))
-            entries.push_back({QByteArray(name), true});
-    }
-    ::closedir(dir);
-    return entries;
-}
-
-bool isLinkToFolder(const QByteArray& path)
-{
-    struct stat st = {};
-    if (::lstat(path.constData(), &st) != 0 || !S_ISLNK(st.st_mode))
-        return false;
-    return ::stat(path.constData(), &st) == 0 && S_ISDIR(st.st_mode);
-}
-
 } // namespace
-
-// A folder the source has reported (or was given as a root). A folder's
-// watch follows its inode, so a folder moved within the roots keeps its
-// watch and only its place here changes.
-struct FolderChangeSource::Folder
-{
-    QByteArray name; // the full path for a root
-    QString rootText;
-    Folder* parent = nullptr;
-    std::map<QByteArray, std::unique_ptr<Folder>> children;
-    int wd = -1;
-    bool link = false;
-};
 
 struct FolderChangeSource::PendingMove
 {
@@ -88,18 +31,6 @@ struct FolderChangeSource::PendingMove
     Folder* dir = nullptr;
     QByteArray name;
     bool isDir = false;
-};
-
-// The changes of one pass over the kernel's queue, before they are delivered.
-struct FolderChangeSource::Pass
-{
-    std::vector<FolderChange> changes;
-    bool overflowed = false;
-
-    void add(quint32 event, const QString& path1, const QString& path2 = {})
-    {
-        changes.push_back({event, path1, path2});
-    }
 };
 
 FolderChangeSource::FolderChangeSource(QObject* parent)
@@ -292,14 +223,14 @@ void FolderChangeSource::handleEvent(const ::inotify_event& event, Pass& pass)
             fileAppeared(*dir, name, pass);
     } else if (event.mask & IN_DELETE) {
         if (knownFolder) {
-            pass.add(ShellEvent::SHCNE_RMDIR, textPath(*child->second));
+            pass.add(ShellEvent::SHCNE_RMDIR, child->second->textPath());
             forget(*child->second);
         } else if (!(event.mask & IN_ISDIR)) {
-            pass.add(ShellEvent::SHCNE_DELETE, textPath(*dir, name));
+            pass.add(ShellEvent::SHCNE_DELETE, dir->childText(name));
         }
     } else if (event.mask & (IN_CLOSE_WRITE | IN_ATTRIB)) {
         if (!(event.mask & IN_ISDIR))
-            pass.add(ShellEvent::SHCNE_UPDATEITEM, textPath(*dir, name));
+            pass.add(ShellEvent::SHCNE_UPDATEITEM, dir->childText(name));
         else if (knownFolder && child->second->wd < 0 && !child->second->link && tryWatch(*child->second))
             syncChildren(*child->second, true, pass); // readable again
     }
@@ -322,14 +253,14 @@ void FolderChangeSource::handleMovedTo(Folder& dir, const QByteArray& name, quin
     const auto source = move.dir->children.find(move.name);
     if (source == move.dir->children.end()) {
         if (!move.isDir)
-            pass.add(ShellEvent::SHCNE_DELETE, textPath(*move.dir, move.name));
+            pass.add(ShellEvent::SHCNE_DELETE, move.dir->childText(move.name));
         if (mask & IN_ISDIR)
             folderAppeared(dir, name, &pass);
         else
             fileAppeared(dir, name, pass);
         return;
     }
-    const QString oldPath = textPath(*source->second);
+    const QString oldPath = source->second->textPath();
     std::unique_ptr<Folder> folder = std::move(source->second);
     move.dir->children.erase(source);
     if (const auto replaced = dir.children.find(name); replaced != dir.children.end())
@@ -337,17 +268,17 @@ void FolderChangeSource::handleMovedTo(Folder& dir, const QByteArray& name, quin
     folder->name = name;
     folder->parent = &dir;
     Folder& moved = *dir.children.emplace(name, std::move(folder)).first->second;
-    pass.add(ShellEvent::SHCNE_RENAMEFOLDER, oldPath, textPath(moved));
+    pass.add(ShellEvent::SHCNE_RENAMEFOLDER, oldPath, moved.textPath());
 }
 
 void FolderChangeSource::handleMovedFrom(const PendingMove& move, Pass& pass)
 {
     const auto child = move.dir->children.find(move.name);
     if (child != move.dir->children.end()) {
-        pass.add(ShellEvent::SHCNE_RMDIR, textPath(*child->second));
+        pass.add(ShellEvent::SHCNE_RMDIR, child->second->textPath());
         forget(*child->second);
     } else if (!move.isDir) {
-        pass.add(ShellEvent::SHCNE_DELETE, textPath(*move.dir, move.name));
+        pass.add(ShellEvent::SHCNE_DELETE, move.dir->childText(move.name));
     }
 }
 
@@ -359,41 +290,11 @@ void FolderChangeSource::flushPendingMoves(Pass& pass)
         handleMovedFrom(move, pass);
 }
 
-// Coalesces the pass and hands its changes out, in order.
+// Hands the pass's changes out, coalesced, in order.
 void FolderChangeSource::deliver(Pass& pass)
 {
-    std::vector<bool> dropped(pass.changes.size(), false);
-    QHash<QString, size_t> made; // folders made in this pass, not yet removed or moved
-    QSet<QString> updated;       // files already reported changed in this pass
-    for (size_t i = 0; i < pass.changes.size(); ++i) {
-        const FolderChange& change = pass.changes[i];
-        switch (change.event) {
-        case ShellEvent::SHCNE_MKDIR:
-            made.insert(change.path1, i);
-            break;
-        case ShellEvent::SHCNE_RMDIR:
-            if (const auto it = made.constFind(change.path1); it != made.cend()) {
-                dropped[*it] = dropped[i] = true; // made and gone again: nothing to show
-                made.erase(it);
-            }
-            break;
-        case ShellEvent::SHCNE_RENAMEFOLDER:
-            made.remove(change.path1);
-            made.remove(change.path2);
-            break;
-        case ShellEvent::SHCNE_UPDATEITEM:
-            if (updated.contains(change.path1))
-                dropped[i] = true;
-            updated.insert(change.path1);
-            break;
-        default:
-            break;
-        }
-    }
-    for (size_t i = 0; i < pass.changes.size(); ++i) {
-        if (!dropped[i])
-            Q_EMIT changed(pass.changes[i]);
-    }
+    for (const FolderChange& change : pass.coalesced())
+        Q_EMIT changed(change);
     pass.changes.clear();
 }
 
@@ -403,21 +304,18 @@ void FolderChangeSource::folderAppeared(Folder& parent, const QByteArray& name, 
 {
     if (parent.children.count(name))
         return; // reported already (found by a read of its parent)
-    auto created = std::make_unique<Folder>();
-    created->name = name;
-    created->parent = &parent;
-    Folder& folder = *parent.children.emplace(name, std::move(created)).first->second;
+    Folder& folder = parent.addChild(name, false);
     const bool watched = tryWatch(folder);
     if (!watched && (m_lastError == ENOENT || m_lastError == ENOTDIR || m_lastError == ELOOP)) {
         // Gone again, or not a folder after all: perhaps a link to one.
-        if (!isLinkToFolder(rawPath(folder))) {
+        if (!WatchedFolder::isLinkToFolder(folder.rawPath())) {
             parent.children.erase(name);
             return;
         }
         folder.link = true;
     }
     if (pass)
-        pass->add(ShellEvent::SHCNE_MKDIR, textPath(folder));
+        pass->add(ShellEvent::SHCNE_MKDIR, folder.textPath());
     if (!folder.link)
         scanChildren(folder, pass);
 }
@@ -425,21 +323,16 @@ void FolderChangeSource::folderAppeared(Folder& parent, const QByteArray& name, 
 void FolderChangeSource::fileAppeared(Folder& parent, const QByteArray& name, Pass& pass)
 {
     // A link to a folder shows as a folder; it is never followed.
-    if (!parent.children.count(name) && isLinkToFolder(rawPath(parent) + '/' + name)) {
-        auto link = std::make_unique<Folder>();
-        link->name = name;
-        link->parent = &parent;
-        link->link = true;
-        Folder& folder = *parent.children.emplace(name, std::move(link)).first->second;
-        pass.add(ShellEvent::SHCNE_MKDIR, textPath(folder));
+    if (!parent.children.count(name) && WatchedFolder::isLinkToFolder(parent.rawPath() + '/' + name)) {
+        pass.add(ShellEvent::SHCNE_MKDIR, parent.addChild(name, true).textPath());
         return;
     }
-    pass.add(ShellEvent::SHCNE_UPDATEITEM, textPath(parent, name));
+    pass.add(ShellEvent::SHCNE_UPDATEITEM, parent.childText(name));
 }
 
 bool FolderChangeSource::tryWatch(Folder& folder)
 {
-    const int wd = m_addWatch(m_fd, rawPath(folder).constData(), WatchMask);
+    const int wd = m_addWatch(m_fd, folder.rawPath().constData(), WatchMask);
     if (wd < 0) {
         m_lastError = errno;
         if (m_lastError == ENOSPC && !m_limitWarned) {
@@ -463,17 +356,13 @@ bool FolderChangeSource::tryWatch(Folder& folder)
 // Adds the folder's subfolders, watched, with theirs; reports each when a pass is given.
 void FolderChangeSource::scanChildren(Folder& folder, Pass* pass)
 {
-    for (const Entry& entry : subfolders(rawPath(folder))) {
+    for (const WatchedFolder::Entry& entry : WatchedFolder::subfolders(folder.rawPath())) {
         if (!entry.link) {
             folderAppeared(folder, entry.name, pass);
         } else if (!folder.children.count(entry.name)) {
-            auto link = std::make_unique<Folder>();
-            link->name = entry.name;
-            link->parent = &folder;
-            link->link = true;
-            Folder& added = *folder.children.emplace(entry.name, std::move(link)).first->second;
+            Folder& added = folder.addChild(entry.name, true);
             if (pass)
-                pass->add(ShellEvent::SHCNE_MKDIR, textPath(added));
+                pass->add(ShellEvent::SHCNE_MKDIR, added.textPath());
         }
     }
     updateRescanTimer();
@@ -482,9 +371,9 @@ void FolderChangeSource::scanChildren(Folder& folder, Pass* pass)
 // Compares the folder's subfolders on disk with those reported and reports the differences.
 void FolderChangeSource::syncChildren(Folder& folder, bool recursive, Pass& pass)
 {
-    const std::vector<Entry> entries = subfolders(rawPath(folder));
+    const std::vector<WatchedFolder::Entry> entries = WatchedFolder::subfolders(folder.rawPath());
     QHash<QByteArray, bool> onDisk;
-    for (const Entry& entry : entries)
+    for (const WatchedFolder::Entry& entry : entries)
         onDisk.insert(entry.name, entry.link);
     std::vector<Folder*> gone;
     for (auto& [name, child] : folder.children) {
@@ -493,7 +382,7 @@ void FolderChangeSource::syncChildren(Folder& folder, bool recursive, Pass& pass
             gone.push_back(child.get());
     }
     for (Folder* child : gone) {
-        pass.add(ShellEvent::SHCNE_RMDIR, textPath(*child));
+        pass.add(ShellEvent::SHCNE_RMDIR, child->textPath());
         forget(*child);
     }
     scanChildren(folder, &pass); // reports the folders not known yet
@@ -546,7 +435,7 @@ void FolderChangeSource::rescanUnwatched()
     // Parents first; a folder may vanish with its parent during the round.
     QList<QByteArray> paths;
     for (const Folder* folder : std::as_const(m_unwatched))
-        paths.append(rawPath(*folder));
+        paths.append(folder->rawPath());
     std::sort(paths.begin(), paths.end());
     Pass pass;
     for (const QByteArray& path : std::as_const(paths)) {
@@ -565,27 +454,6 @@ void FolderChangeSource::updateRescanTimer()
         m_rescanTimer->stop();
     else if (!m_rescanTimer->isActive())
         m_rescanTimer->start();
-}
-
-// ---- paths
-
-QByteArray FolderChangeSource::rawPath(const Folder& folder) const
-{
-    if (!folder.parent)
-        return folder.name;
-    return rawPath(*folder.parent) + '/' + folder.name;
-}
-
-QString FolderChangeSource::textPath(const Folder& folder) const
-{
-    if (!folder.parent)
-        return folder.rootText;
-    return textPath(*folder.parent, folder.name);
-}
-
-QString FolderChangeSource::textPath(const Folder& parent, const QByteArray& name) const
-{
-    return textPath(parent) + QLatin1Char('/') + QString::fromUtf8(name);
 }
 
 FolderChangeSource::Folder* FolderChangeSource::findFolder(const QByteArray& path) const

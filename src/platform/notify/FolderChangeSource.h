@@ -1,6 +1,8 @@
 #pragma once
 
+#include "ChangeBatch.h"
 #include "FolderChange.h"
+#include "WatchedFolder.h"
 
 #include <QByteArray>
 #include <QHash>
@@ -91,9 +93,9 @@ Q_SIGNALS:
     void watchLimitReached(int limit);
 
 private:
-    struct Folder;
+    using Folder = WatchedFolder;
+    using Pass = ChangeBatch;
     struct PendingMove;
-    struct Pass;
 
     void readEvents();
     void drain(Pass& pass);
@@ -115,9 +117,6 @@ private:
     void rescanUnwatched();
     void updateRescanTimer();
 
-    QByteArray rawPath(const Folder& folder) const;
-    QString textPath(const Folder& folder) const;
-    QString textPath(const Folder& parent, const QByteArray& name) const;
     Folder* findFolder(const QByteArray& rawPath) const;
 
     int m_fd = -1;
