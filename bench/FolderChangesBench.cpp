@@ -116,7 +116,7 @@ struct World
         const FolderNode data = model.addNode(top, QStringLiteral("data"));
         data.setFolderPath(root);
         model.beginUpdate();
-        branches.AddSubFolderNodes(root, data, 4);
+        branches.AddSubFolderNodes(root, data, FolderKind::Results);
         model.endUpdate();
         NotificationTargets targets;
         targets.IsThisFolderANebraFolder = [this](const QString& p) {

@@ -128,8 +128,11 @@ void ShellNotifications::NotificationReceipt2(quint32 event)
         break;
     case ShellEvent::SHCNE_RMDIR:
         if (ask(m_targets.IsThisFolderANebraFolder, path1)) {
+            // Asked before the removal: the tree moves its selection off a
+            // removed node, which points the file list elsewhere at once.
+            const bool shown = ask(m_targets.IsThisCurrentFolder, path1);
             ask(m_targets.RemoveExplorerBranch, path1);
-            if (ask(m_targets.IsThisCurrentFolder, path1))
+            if (shown)
                 call(m_targets.GoToOrganiserNode);
         }
         break;
