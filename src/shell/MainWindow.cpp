@@ -35,6 +35,7 @@
 
 #include <QApplication>
 #include <QCloseEvent>
+#include <QDir>
 #include <QGridLayout>
 #include <QSplitter>
 #include <QStatusBar>
@@ -255,6 +256,45 @@ void MainWindow::createOrganiser()
                                             *m_suite.paths, m_suite.instrumentDriversInUse, reset);
     m_documentCommands = std::make_unique<DocumentCommands>(*m_folderTree, reset);
     m_documentCommands->setHelp([this](int topic) { m_help->DisplayHelpContext(topic); });
+    connectShellNotifications();
+}
+
+// The change notifications act on the tree's branch operations, the file
+// list and the preview; they watch the parent folder of the data folders.
+void MainWindow::connectShellNotifications()
+{
+    NotificationTargets targets;
+    OrganiserTree& tree = *m_organiserTree;
+    targets.IsThisFolderANebraFolder = [&tree](const QString& p) { return tree.IsThisFolderANebraFolder(p); };
+    targets.IsThisCurrentFolder = [&tree](const QString& p) { return tree.IsThisCurrentFolder(p); };
+    targets.IsThisFileInCurrentFolder = [&tree](const QString& p) {
+        return tree.IsThisFileInCurrentFolder(p);
+    };
+    targets.AddExplorerBranch = [&tree](const QString& p) { return tree.AddExplorerBranch(p); };
+    targets.RemoveExplorerBranch = [&tree](const QString& p) { return tree.RemoveExplorerBranch(p); };
+    targets.RenameExplorerBranch = [&tree](const QString& from, const QString& to) {
+        return tree.RenameExplorerBranch(from, to);
+    };
+    targets.GoToOrganiserNode = [this] { m_treeNavigation->GoToOrganiserNode(); };
+    targets.refreshFileList = [this] { m_fileList->refresh(); };
+    targets.fileListItemCount = [this] { return m_fileList->itemCount(); };
+    targets.previewCurrentItem = [this] {
+        const FileListItem item = m_fileList->currentItem();
+        if (!item.isValid() || !m_preview)
+            return;
+        const PreviewItem preview{item.path(), item.isFolder()};
+        m_preview->ShowPreview(&preview);
+    };
+    m_notifications->setTargets(std::move(targets));
+    // Watching starts before the data folders are made on a first start, so
+    // their parent is made here if need be (making the data folders would
+    // make it a moment later anyway).
+    m_notifications->setWatchedRoots([this] {
+        const QString parent = m_suite.paths->ParentDirectory();
+        QDir().mkpath(parent);
+        return QStringList{parent};
+    });
+    m_notifications->setWindowId([this] { return quintptr(winId()); });
 }
 
 // The events that tie the organiser's objects to the controls.

@@ -91,6 +91,7 @@ public:
     CommandDispatcher& commands() const { return *m_commands; }
     // Made by the start-up once the suite components exist.
     OrganiserTree& organiserTree() const { return *m_organiserTree; }
+    ShellNotifications& shellNotifications() const { return *m_notifications; }
     SecuritySession& securitySession() const { return *m_security; }
     // The browser, the preview pane and the launcher of the suite's programs
     // exist once the start-up has created the browser.
@@ -114,6 +115,7 @@ private:
     void connectCommands();
     void createSubsystems();
     void createOrganiser();
+    void connectShellNotifications();
     void connectOrganiser();
     void resetLogOutTimeOut();
     void createSecuritySession();
