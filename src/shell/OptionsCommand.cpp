@@ -69,6 +69,14 @@ void OptionsCommand::followParentDirectory(const QString& oldParent, int kind, c
 
 void OptionsCommand::Unload()
 {
+    if (!m_dialog)
+        return;
+    if (m_dialog->isVisible()) {
+        // Still shown modally (a forced log-out): closed now, deleted once its loop has ended.
+        m_dialog->reject();
+        m_dialog.release()->deleteLater();
+        return;
+    }
     m_dialog.reset();
 }
 

@@ -19,6 +19,7 @@
 #include <QElapsedTimer>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QPointer>
 #include <QPushButton>
 #include <QSettings>
 #include <QStatusBar>
@@ -148,9 +149,16 @@ private Q_SLOTS:
             QVERIFY(!dialog->OKPressed());
             QCOMPARE(script.shown().size(), 3);
 
-            // A forced log-out unloads the dialog; the next command makes a new one.
-            window.UnloadAllExceptMain();
+            // A forced log-out while the dialog is open closes and unloads it.
+            const QPointer<OptionsDialog> open = dialog;
+            script.then([&](QDialog& shown) {
+                shown.show();
+                window.UnloadAllExceptMain();
+                return shown.result();
+            });
+            window.toolBars().action(QStringLiteral("ID_Options"))->trigger();
             QVERIFY(!window.optionsCommand()->dialog());
+            QTRY_VERIFY_WITH_TIMEOUT(!open, 2000);
             window.close();
         }
         QSettings settings(site.folders.settingsFile(), QSettings::IniFormat);
