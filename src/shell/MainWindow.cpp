@@ -13,6 +13,7 @@
 #include "HelpSystem.h"
 #include "InstalledDrivers.h"
 #include "NebraSecurityManager.h"
+#include "OptionsCommand.h"
 #include "OrganiserTree.h"
 #include "PlateLayoutViewer.h"
 #include "PreviewPane.h"
@@ -85,8 +86,14 @@ void MainWindow::createControls()
     m_toolBars->addToolBarItems(ToolDefinitions::toolBarItems());
     m_statusBar = new StatusBarControl(statusBar(), 2);
 
-    auto* splitter = new QSplitter(Qt::Horizontal, this);
+    // The panes lie in the client area where the resize rule puts them.
+    auto* client = new QWidget(this);
+    client->setObjectName(QStringLiteral("clientArea"));
+    client->setAccessibleName(QStringLiteral("Client area"));
+    auto* splitter = new QSplitter(Qt::Horizontal, client);
+    splitter->setObjectName(QStringLiteral("panes"));
     splitter->setAccessibleName(QStringLiteral("Panes"));
+    m_panes = splitter;
     m_shortcutsBar = new ShortcutsBar(splitter);
     m_folderTree = new FolderTreeControl(splitter);
     auto* right = new QSplitter(Qt::Vertical, splitter);
@@ -100,7 +107,7 @@ void MainWindow::createControls()
     right->setSizes({240, 360});
     splitter->setStretchFactor(2, 1);
     splitter->setSizes({140, 400, 700});
-    setCentralWidget(splitter);
+    setCentralWidget(client);
     // The panes stay hidden until the start-up has filled them.
     m_shortcutsBar->hide();
     m_folderTree->hide();
@@ -112,6 +119,7 @@ void MainWindow::createPreviewArea(QSplitter* splitter)
     // The browser and the plate layout viewer share one place; the viewer,
     // when shown, lies over the browser.
     m_previewArea = new QWidget(splitter);
+    m_previewArea->setObjectName(QStringLiteral("previewArea"));
     m_previewArea->setAccessibleName(QStringLiteral("Preview area"));
     auto* grid = new QGridLayout(m_previewArea);
     grid->setContentsMargins(0, 0, 0, 0);
@@ -216,6 +224,7 @@ void MainWindow::connectCommands()
             m_help->DisplayHelpContext(topic);
     });
     m_commands->setCommand(QStringLiteral("ID_GettingStarted"), [this] { m_help->DisplayHelpContext(9000); });
+    m_commands->setCommand(QStringLiteral("ID_Options"), [this] { ShowOptions(); });
 }
 
 // The subsystems' objects, made once the suite components exist, each with
@@ -395,6 +404,8 @@ void MainWindow::showFromOtherInstance()
 
 void MainWindow::UnloadAllExceptMain()
 {
+    if (m_optionsCommand)
+        m_optionsCommand->Unload();
     QWidget* active = QApplication::activeWindow();
     if (active && active != this)
         active->close();
@@ -421,6 +432,8 @@ void MainWindow::Unload()
         m_suite.settings->SetExplorerModeFlag(m_folderTree->displayMode() == 2);
     m_help->CloseHelpIfOpen();
     m_notifications->TerminateSHCNENotification();
+    if (m_optionsCommand)
+        m_optionsCommand->Unload();
     // A window whose start-up ended early may have no session.
     if (m_security)
         m_security->CloseSession();

@@ -36,6 +36,7 @@ class SplashScreen;
 class StatusBarControl;
 class ToolBarsControl;
 class WelcomePage;
+class OptionsCommand;
 class OrganiserTree;
 class TreeNavigation;
 
@@ -99,6 +100,18 @@ public:
     PreviewPane* previewPane() const { return m_preview; }
     DocumentLauncher* launcher() const { return m_launcher.get(); }
     HelpSystem& help() const { return *m_help; }
+    // Made by the first Options command.
+    OptionsCommand* optionsCommand() const { return m_optionsCommand.get(); }
+    // The container of the panes, placed by the resize rule in the client area.
+    QWidget& panes() const { return *m_panes; }
+
+    // The Options command.
+    void ShowOptions();
+    // Re-points the instrument node at the driver CurrentHLD selects now.
+    void HandleChangedHLD();
+    // The shortcuts bar and the preview pane shown or hidden; the other panes take the room.
+    void setShortcutsBarShown(bool shown);
+    void setPreviewPaneShown(bool shown);
 
     // The document commands of the tree's buttons and the tool bar.
     void PerformDocumentCommand(DocumentCommand command);
@@ -106,6 +119,7 @@ public:
 protected:
     void closeEvent(QCloseEvent* event) override;
     void changeEvent(QEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
     friend class StartUpSequence;
@@ -124,6 +138,10 @@ private:
     void createPreviewAndLaunching();
     void createLauncher();
     void createWelcomePage();
+    void createOptionsCommand();
+    void refreshPreview();
+    void selectFolder(const QString& folder);
+    void applyResizeRule();
     void recordDesignGeometry();
     void restoreDesignGeometryAndMaximise();
     void showFromOtherInstance();
@@ -139,6 +157,7 @@ private:
     FolderTreeControl* m_folderTree = nullptr;
     FileListControl* m_fileList = nullptr;
     QWidget* m_previewArea = nullptr;
+    QWidget* m_panes = nullptr;
     PlateLayoutViewer* m_plateViewer = nullptr;
     BrowserControl* m_browser = nullptr;
     PreviewPane* m_preview = nullptr;
@@ -154,6 +173,7 @@ private:
     std::unique_ptr<TreeNavigation> m_treeNavigation;
     std::unique_ptr<FileView> m_fileView;
     std::unique_ptr<DocumentCommands> m_documentCommands;
+    std::unique_ptr<OptionsCommand> m_optionsCommand;
     QPointer<SplashScreen> m_splash;
     std::array<short, 4> m_designTwips{};
     bool m_mainWindowLoaded = false;

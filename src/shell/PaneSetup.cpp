@@ -126,7 +126,9 @@ void PaneSetup::SetShortcutBarIcons() const
 void PaneSetup::showPanes() const
 {
     m_window.plateLayoutViewer().setBkColour(QColor(0xf4, 0xf6, 0xf8));
-    m_window.shortcutsBar().show();
+    const SuiteSettings& settings = *m_window.suite().settings;
+    m_window.setShortcutsBarShown(settings.ShowShortcutsBar());
+    m_window.setPreviewPaneShown(settings.ShowPreviewPane());
     m_window.folderTree().show();
     m_window.fileList().show();
 }

@@ -69,6 +69,9 @@ public:
     // driver) under the root, in place of the one there, with its item in
     // the shortcuts bar's second group.
     void SetupHLDNode(const QString& caption);
+    // The instrument node's caption for a driver: its name, or the generic
+    // caption when the instrument settings ask for it.
+    QString instrumentCaption(const QString& driverName) const;
 
     FolderNode rootNode() const { return m_root; }
     FolderNode instrumentNode() const { return m_instrument; }
@@ -85,7 +88,6 @@ private:
     void fillBranches();
     FolderNode addBranchNode(const QString& caption, const QString& path, FolderKind kind, int position = -1);
     QString selectedDriverName() const;
-    QString instrumentCaption(const QString& driverName) const;
     void addInstrumentShortcut(const QString& caption);
 
     FolderTreeControl& m_tree;
