@@ -10,6 +10,7 @@
 #include <QEvent>
 #include <QHBoxLayout>
 #include <QListWidget>
+#include <QMouseEvent>
 #include <QPushButton>
 #include <QSplitter>
 #include <QStyle>
@@ -148,7 +149,10 @@ void NewAssayProtocolDialog::ListView1_ItemClick(QListWidgetItem* item)
 bool NewAssayProtocolDialog::eventFilter(QObject* watched, QEvent* event)
 {
     if (watched == m_list->viewport()) {
-        if (event->type() == QEvent::MouseButtonPress) {
+        // The second press of a double click comes with the double click
+        // itself and must not undo the click before it.
+        if (event->type() == QEvent::MouseButtonPress &&
+            !static_cast<QMouseEvent*>(event)->flags().testFlag(Qt::MouseEventCreatedDoubleClick)) {
             m_clickedItem = nullptr;
             m_itemClicked = false;
         } else if (event->type() == QEvent::MouseButtonDblClick) {
