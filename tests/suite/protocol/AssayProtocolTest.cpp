@@ -86,16 +86,6 @@ private Q_SLOTS:
         QVERIFY(protocol.PreviewPage().contains("<h1>Ünïcode &lt;&amp;&gt; assay</h1>"));
     }
 
-    void summaries()
-    {
-        QCOMPARE(kineticFluorescence().Summary(),
-                 QStringLiteral("Fluorescence Ex 485 nm / Em 528 nm, 30 reads every 45 s"));
-        ReadSettings s;
-        s.wavelength = 450;
-        s.referenceWavelength = 620;
-        QCOMPARE(s.Summary(), QStringLiteral("Absorbance 450 nm, reference 620 nm"));
-    }
-
     void faultsAreNamed_data()
     {
         QTest::addColumn<QByteArray>("content");

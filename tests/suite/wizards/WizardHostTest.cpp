@@ -118,17 +118,6 @@ private Q_SLOTS:
         QVERIFY(m_host->SendRequest(SharedWizardState::EndOfRun));
         QCOMPARE(state->property("RunCount").toInt(), 2);
     }
-
-    void companionChangesTheDriver()
-    {
-        AssayProtocolWizard* wizard = scripted();
-        QVERIFY(wizard);
-        QVERIFY(m_settings->SetCurrentHLD(1));
-        qputenv("NEBRA_TEST_WIZARD_SCRIPT", R"({"result":0,"hld":3})");
-        auto context = m_host->CreateContext(QStringLiteral("Generic"), nullptr);
-        m_host->Run(*wizard, nullptr, context);
-        QCOMPARE(m_settings->CurrentHLD(), 3);
-    }
 };
 
 QTEST_MAIN(WizardHostTest)
