@@ -26,6 +26,7 @@ class FileListControl;
 class FileView;
 class FolderTreeControl;
 class HelpSystem;
+class NewProtocolWizards;
 class PlateLayoutViewer;
 class PreviewPane;
 class SecuritySession;
@@ -98,6 +99,8 @@ public:
     PreviewPane* previewPane() const { return m_preview; }
     DocumentLauncher* launcher() const { return m_launcher.get(); }
     HelpSystem& help() const { return *m_help; }
+    // The new-protocol wizards, once the launcher exists.
+    NewProtocolWizards* wizards() const { return m_wizards.get(); }
 
     // The document commands of the tree's buttons and the tool bar.
     void PerformDocumentCommand(DocumentCommand command);
@@ -121,6 +124,7 @@ private:
     void createBrowser();
     void createPreviewAndLaunching();
     void createLauncher();
+    void createWizards();
     void createWelcomePage();
     void recordDesignGeometry();
     void restoreDesignGeometryAndMaximise();
@@ -141,6 +145,7 @@ private:
     BrowserControl* m_browser = nullptr;
     PreviewPane* m_preview = nullptr;
     std::unique_ptr<DocumentLauncher> m_launcher;
+    std::unique_ptr<NewProtocolWizards> m_wizards;
     std::unique_ptr<WelcomePage> m_welcome;
     CommandDispatcher* m_commands = nullptr;
     std::unique_ptr<SecuritySession> m_security;
