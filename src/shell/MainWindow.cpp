@@ -4,6 +4,7 @@
 #include "BrowserControl.h"
 #include "CommandDispatcher.h"
 #include "DataFolders.h"
+#include "DiagnosticLog.h"
 #include "DocumentCommands.h"
 #include "DocumentLauncher.h"
 #include "DocumentTypes.h"
@@ -14,6 +15,7 @@
 #include "InstalledDrivers.h"
 #include "NebraSecurityManager.h"
 #include "OptionsCommand.h"
+#include "NewProtocolWizards.h"
 #include "OrganiserTree.h"
 #include "PlateLayoutViewer.h"
 #include "PreviewPane.h"
@@ -175,10 +177,28 @@ void MainWindow::createLauncher()
         const QList<FileListItem> selected = m_fileList->selectedItems();
         return selected.isEmpty() ? QString() : selected.first().path();
     };
+    launching.startNewProtocolWizard = [this] { m_wizards->ShowPicker(this); };
     launching.owner = this;
     m_launcher = std::make_unique<DocumentLauncher>(*m_suite.paths, std::move(launching));
+    createWizards();
     m_documentCommands->setLauncher(m_launcher.get());
     m_fileView->setCanCreateProtocol(m_launcher->CanCreateProtocol());
+}
+
+void MainWindow::createWizards()
+{
+    WizardHooks hooks;
+    hooks.closeHelpIfOpen = [this] { return m_help->CloseHelpIfOpen(); };
+    hooks.displayHelp = [this](int topic) { m_help->DisplayHelpContext(topic); };
+    hooks.securityEnabled = [this] { return m_security->SecurityEnabled(); };
+    hooks.securityManager = [this] { return m_suite.paths->SecurityManager(); };
+    hooks.recreateResultsNode = [this] { m_organiserTree->RecreateResultsNode(); };
+    hooks.openNewProtocol = [this](const QString& path) { m_launcher->OpenNewProtocol(path); };
+    hooks.logTrace = [this](const QString& line) {
+        if (m_suite.log)
+            m_suite.log->LogNote(line);
+    };
+    m_wizards = std::make_unique<NewProtocolWizards>(*m_suite.paths, *m_suite.settings, std::move(hooks));
 }
 
 void MainWindow::createWelcomePage()

@@ -26,6 +26,7 @@ class FileListControl;
 class FileView;
 class FolderTreeControl;
 class HelpSystem;
+class NewProtocolWizards;
 class PlateLayoutViewer;
 class PreviewPane;
 class SecuritySession;
@@ -112,6 +113,8 @@ public:
     // The shortcuts bar and the preview pane shown or hidden; the other panes take the room.
     void setShortcutsBarShown(bool shown);
     void setPreviewPaneShown(bool shown);
+    // The new-protocol wizards, once the launcher exists.
+    NewProtocolWizards* wizards() const { return m_wizards.get(); }
 
     // The document commands of the tree's buttons and the tool bar.
     void PerformDocumentCommand(DocumentCommand command);
@@ -137,6 +140,7 @@ private:
     void createBrowser();
     void createPreviewAndLaunching();
     void createLauncher();
+    void createWizards();
     void createWelcomePage();
     void createOptionsCommand();
     void refreshPreview();
@@ -162,6 +166,7 @@ private:
     BrowserControl* m_browser = nullptr;
     PreviewPane* m_preview = nullptr;
     std::unique_ptr<DocumentLauncher> m_launcher;
+    std::unique_ptr<NewProtocolWizards> m_wizards;
     std::unique_ptr<WelcomePage> m_welcome;
     CommandDispatcher* m_commands = nullptr;
     std::unique_ptr<SecuritySession> m_security;

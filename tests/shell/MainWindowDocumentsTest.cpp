@@ -18,6 +18,7 @@
 
 #include <QAction>
 #include <QDateTime>
+#include <QListWidget>
 #include <QTreeView>
 #include <QWebEnginePage>
 #include <QWebEngineView>
@@ -256,6 +257,25 @@ private Q_SLOTS:
         tree.clickButton(buttonKey(DocumentCommand::New));
         QCOMPARE(window.launcher()->lastCommandLine().text, '"' + program("Layout Editor") + "\" ");
         QCOMPARE(started(), argv({program("Layout Editor")}));
+        QCOMPARE(m_messages->count(), 0);
+    }
+
+    // New on Protocols opens a fresh wizard picker each time, listing the installed wizards.
+    void newOnProtocolsOpensTheWizardPicker()
+    {
+        MainWindow& window = load();
+        window.folderTree().setCurrentNode(window.organiserTree().protocolsNode());
+        QStringList listed;
+        m_dialogs->then([&](QDialog& picker) {
+            const auto* list = picker.findChild<QListWidget*>(QStringLiteral("ListView1"));
+            for (int row = 0; row < list->count(); ++row)
+                listed << list->item(row)->text();
+            return int(QDialog::Rejected);
+        });
+        QVERIFY(window.toolBars().action(QStringLiteral("ID_New"))->isEnabled());
+        window.toolBars().action(QStringLiteral("ID_New"))->trigger();
+        QCOMPARE(m_dialogs->shown(), QStringList{QStringLiteral("frmNewAssayProtocol")});
+        QCOMPARE(listed.value(0), QStringLiteral("Generic"));
         QCOMPARE(m_messages->count(), 0);
     }
 

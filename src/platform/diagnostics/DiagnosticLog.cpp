@@ -50,6 +50,13 @@ void DiagnosticLog::LogTrace()
     write(m_traceCounter, "Log trace: ");
 }
 
+void DiagnosticLog::LogNote(const QString& text)
+{
+    if (m_level() <= 0 || m_openFailed || !m_file.isOpen())
+        return;
+    writeLine(QStringLiteral("Log note: ") + text);
+}
+
 void DiagnosticLog::write(qint16& counter, const char* prefix)
 {
     if (m_level() <= 0 || m_openFailed)

@@ -36,6 +36,10 @@ public:
 
     void LogTraceBlock();
     void LogTrace();
+    // A line "Log note: " + text, for a failure whose reason support needs
+    // (a wizard plug-in that cannot be loaded, say). Counts nothing; silent
+    // at level 0 or less and when no file is open.
+    void LogNote(const QString& text);
 
     qint16 blockCounter() const { return m_blockCounter; }
     qint16 traceCounter() const { return m_traceCounter; }

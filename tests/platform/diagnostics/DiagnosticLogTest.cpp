@@ -35,16 +35,18 @@ private Q_SLOTS:
             log.LogTraceBlock();
             log.LogTrace();
             log.LogTrace();
+            log.LogNote(QStringLiteral("a note counts nothing"));
             log.LogTraceBlock();
             log.LogTrace();
         }
         const QList<QByteArray> written = lines(path);
-        QCOMPARE(written.size(), 7);
+        QCOMPARE(written.size(), 8);
         for (const QByteArray& line : written)
             QVERIFY2(line.endsWith('\r'), line.constData());
         QVERIFY(!written[0].trimmed().isEmpty()); // the date
         QVERIFY(!written[1].trimmed().isEmpty()); // the time
-        const QList<QByteArray> expected = {"Log trace: Block 1\r", "Log trace: 1\r", "Log trace: 2\r",
+        const QList<QByteArray> expected = {"Log trace: Block 1\r", "Log trace: 1\r",
+                                            "Log trace: 2\r",       "Log note: a note counts nothing\r",
                                             "Log trace: Block 2\r", "Log trace: 3\r"};
         QCOMPARE(written.mid(2), expected);
     }
