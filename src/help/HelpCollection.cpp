@@ -54,7 +54,8 @@ std::unique_ptr<QHelpEngine> HelpCollection::open(const QString& collectionFile,
 }
 
 // Copies the collection and every compressed help file beside it; empty when
-// the copy cannot be made.
+// the copy cannot be made. A changed documentation file also drops the search
+// index made from the old one.
 QString HelpCollection::workingCopy(const QString& collectionFile)
 {
     const QFileInfo source(collectionFile);
@@ -63,26 +64,40 @@ QString HelpCollection::workingCopy(const QString& collectionFile)
         return {};
     const QStringList docs = source.dir().entryList({QStringLiteral("*.qch")}, QDir::Files);
     for (const QString& name : docs) {
-        if (!copyIfChanged(source.dir().filePath(name), folder + u'/' + name))
+        const Copy copied = copyIfChanged(source.dir().filePath(name), folder + u'/' + name);
+        if (copied == Copy::Failed)
             return {};
+        if (copied == Copy::Made)
+            QDir(folder + QStringLiteral("/.") + source.completeBaseName()).removeRecursively();
     }
     const QString target = folder + u'/' + source.fileName();
-    return copyIfChanged(collectionFile, target) ? target : QString();
+    return copyIfChanged(collectionFile, target) == Copy::Failed ? QString() : target;
 }
 
-// A copy is current when it is not older than its source: the engine writes
-// into its copy of the collection, so sizes may differ while times tell.
-bool HelpCollection::copyIfChanged(const QString& source, const QString& target)
+// The copy is current when the source has not changed since it was made: its
+// size and time are kept in a note beside the copy. (The copy's own time says
+// nothing: the engine writes to its collection, and installed files keep the
+// time they were built.)
+HelpCollection::Copy HelpCollection::copyIfChanged(const QString& source, const QString& target)
 {
-    const QFileInfo to(target);
-    if (to.exists() && to.lastModified() >= QFileInfo(source).lastModified())
-        return true;
+    const QFileInfo from(source);
+    const QByteArray stamp = QByteArray::number(from.size()) + ' ' +
+                             QByteArray::number(from.lastModified().toMSecsSinceEpoch()) + ' ' +
+                             from.absoluteFilePath().toUtf8();
+    QFile note(target + QStringLiteral(".source"));
+    if (QFileInfo::exists(target) && note.open(QIODevice::ReadOnly) && note.readAll() == stamp)
+        return Copy::Current;
+    note.close();
     QFile in(source);
-    QSaveFile out(target);
-    if (!in.open(QIODevice::ReadOnly) || !out.open(QIODevice::WriteOnly))
-        return false;
-    out.write(in.readAll());
-    return out.commit();
+    if (!in.open(QIODevice::ReadOnly) || !writeFile(target, in.readAll()))
+        return Copy::Failed;
+    return writeFile(note.fileName(), stamp) ? Copy::Made : Copy::Failed;
+}
+
+bool HelpCollection::writeFile(const QString& path, const QByteArray& content)
+{
+    QSaveFile out(path);
+    return out.open(QIODevice::WriteOnly) && out.write(content) == content.size() && out.commit();
 }
 
 } // namespace nebra

@@ -27,8 +27,15 @@ public:
     static QString cacheFolder();
 
 private:
+    enum class Copy
+    {
+        Current,
+        Made,
+        Failed
+    };
     static QString workingCopy(const QString& collectionFile);
-    static bool copyIfChanged(const QString& source, const QString& target);
+    static Copy copyIfChanged(const QString& source, const QString& target);
+    static bool writeFile(const QString& path, const QByteArray& content);
 };
 
 } // namespace nebra
