@@ -16,6 +16,7 @@ bool HelpBrowser::hasPage(const QUrl& page) const
            !m_engine.fileData(page.adjusted(QUrl::RemoveFragment)).isEmpty();
 }
 
+// The text browser hands over addresses already resolved against the page.
 QVariant HelpBrowser::loadResource(int type, const QUrl& name)
 {
     if (name.scheme() == QLatin1String("qthelp"))

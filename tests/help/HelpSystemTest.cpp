@@ -9,6 +9,8 @@
 #include <QHelpEngine>
 #include <QTabWidget>
 #include <QTest>
+#include <QTextBlock>
+#include <QTextDocument>
 
 using namespace nebra;
 using nebra::test::MessageRecorder;
@@ -107,6 +109,10 @@ private slots:
             QVERIFY2(!title.isEmpty() && !titles.contains(title), entry.page);
             titles.insert(title);
             QVERIFY2(f.window->browser().toPlainText().size() > 600, entry.page);
+            // The guide's style sheet reached the page: its heading has the guide's colour.
+            const QTextCharFormat heading =
+                f.window->browser().document()->begin().begin().fragment().charFormat();
+            QVERIFY2(heading.foreground().color() == QColor(0x1f, 0x4e, 0x79), entry.page);
         }
     }
 
