@@ -6,11 +6,12 @@
 #include "DataFolders.h"
 #include "DocumentCommands.h"
 #include "DocumentLauncher.h"
-#include "DocumentTypes.h"
 #include "FileListControl.h"
 #include "FileView.h"
 #include "FolderTreeControl.h"
 #include "HelpSystem.h"
+#include "HelpTopics.h"
+#include "HelpWindow.h"
 #include "NebraSecurityManager.h"
 #include "OrganiserTree.h"
 #include "PlateLayoutViewer.h"
@@ -224,13 +225,23 @@ void MainWindow::connectCommands()
     m_commands->setCommand(QStringLiteral("ID_New"), [this] { PerformDocumentCommand(605); });
     m_commands->setCommand(QStringLiteral("ID_Open"), [this] { PerformDocumentCommand(606); });
     m_commands->setCommand(QStringLiteral("ID_Run"), [this] { PerformDocumentCommand(607); });
-    // Context help follows the kind of folder selected; the root's topic is the getting-started one.
-    m_commands->setCommand(QStringLiteral("ID_HelpContext"), [this] {
-        resetLogOutTimeOut();
-        if (const int topic = DocumentTypes::helpContextId(m_folderTree->currentNode().data()); topic != 0)
-            m_help->DisplayHelpContext(topic);
+    connectHelp();
+}
+
+// The help window is made on first use, with the settings of the start-up;
+// context help follows the kind of folder selected (the root's topic is the
+// getting-started one).
+void MainWindow::connectHelp()
+{
+    m_help->setViewerFactory([this](const QString& file, QString& error) {
+        return HelpWindow::factory(m_globals.store.get())(file, error);
     });
-    m_commands->setCommand(QStringLiteral("ID_GettingStarted"), [this] { m_help->DisplayHelpContext(9000); });
+    m_help->setContextHooks([this] { resetLogOutTimeOut(); },
+                            [this] { return m_folderTree->currentNode().data(); });
+    m_commands->setCommand(QStringLiteral("ID_HelpContext"), [this] { m_help->ShowContextHelp(); });
+    m_commands->setCommand(QStringLiteral("ID_ContentsIndex"), [this] { m_help->DisplayeHelpTOC(); });
+    m_commands->setCommand(QStringLiteral("ID_GettingStarted"),
+                           [this] { m_help->DisplayHelpContext(HelpTopics::GettingStarted); });
 }
 
 // The folder tree, the file list's logic and the document commands, and
@@ -333,6 +344,7 @@ void MainWindow::showFromOtherInstance()
 
 void MainWindow::UnloadAllExceptMain()
 {
+    m_help->CloseHelpIfOpen();
     QWidget* active = QApplication::activeWindow();
     if (active && active != this)
         active->close();

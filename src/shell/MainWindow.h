@@ -122,6 +122,7 @@ private:
     void createControls();
     void createPreviewArea(QSplitter* splitter);
     void connectCommands();
+    void connectHelp();
     void createOrganiser();
     void resetLogOutTimeOut();
     void createSecuritySession();

@@ -3,6 +3,7 @@
 #include "DataFolders.h"
 #include "DiagnosticLog.h"
 #include "FolderTreeControl.h"
+#include "HelpSystem.h"
 #include "Messages.h"
 #include "NebraSecurityManager.h"
 #include "OrganiserTree.h"
@@ -119,6 +120,7 @@ void StartUpSequence::createSettingsAndPaths()
                                 : m_globals.resources->LoadResString(Resources::ProductTitle));
     m_globals.paths = std::make_unique<SuitePaths>(*m_globals.store);
     m_globals.paths->Initialise();
+    m_window.help().setHelpFilePath(HelpSystem::defaultHelpFile());
     if (!m_globals.store->warning().isEmpty())
         Messages::show({m_globals.store->warning(),
                         {},
