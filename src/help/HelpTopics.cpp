@@ -1,5 +1,7 @@
 #include "HelpTopics.h"
 
+#include "FolderKind.h"
+
 namespace nebra {
 
 namespace {
@@ -46,24 +48,21 @@ QUrl HelpTopics::contentsUrl()
 
 int HelpTopics::forFolderKind(int kind)
 {
-    // Folder kinds: 0 the root, 1 instrument data, 2 layouts, 3 protocols,
-    // 4 results, 5 reports; any other kind has no topic.
-    switch (kind) {
-    case 0:
+    switch (folderKindFromData(kind)) {
+    case FolderKind::None:
         return GettingStarted;
-    case 1:
+    case FolderKind::ReadConfigurations:
         return InstrumentData;
-    case 2:
+    case FolderKind::Layouts:
         return Layouts;
-    case 3:
+    case FolderKind::Protocols:
         return Protocols;
-    case 4:
+    case FolderKind::Results:
         return Results;
-    case 5:
+    case FolderKind::Reports:
         return Reports;
-    default:
-        return 0;
     }
+    return 0; // a kind made by another program: no topic
 }
 
 } // namespace nebra

@@ -42,8 +42,8 @@ public:
     // The address of a page of the guide by file name.
     static QUrl guideUrl(const QString& page);
 
-    // The context topic of a folder kind (the tree node's data); 0 when the
-    // kind has none, and then nothing is shown.
+    // The context topic of a folder kind (a tree node's data, see FolderKind);
+    // 0 when the kind has none, and then nothing is shown.
     static int forFolderKind(int kind);
 };
 
