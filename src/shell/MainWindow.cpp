@@ -6,7 +6,6 @@
 #include "DataFolders.h"
 #include "DocumentCommands.h"
 #include "DocumentLauncher.h"
-#include "DocumentTypes.h"
 #include "FileListControl.h"
 #include "FileView.h"
 #include "FolderTreeControl.h"

@@ -1,3 +1,4 @@
+#include "FolderKind.h"
 #include "FolderTreeControl.h"
 #include "HelpBrowser.h"
 #include "HelpSystem.h"
@@ -40,21 +41,22 @@ class MainWindowHelpTest : public QObject
 private Q_SLOTS:
     void helpCommandsOpenTheirPages_data()
     {
-        QTest::addColumn<QString>("command"); // a tool, or "608" for the tree's Help button
-        QTest::addColumn<int>("folder");      // the folder kind selected first
+        QTest::addColumn<QString>("command");   // a tool, or "608" for the tree's Help button
+        QTest::addColumn<FolderKind>("folder"); // the kind of folder selected first
         QTest::addColumn<QString>("page");
-        QTest::newRow("F1 on Reports") << "ID_HelpContext" << 5 << "reports.html";
-        QTest::newRow("F1 on the root") << "ID_HelpContext" << 0 << "getting-started.html";
-        QTest::newRow("Getting Started") << "ID_GettingStarted" << 3 << "getting-started.html";
-        QTest::newRow("Contents and Index") << "ID_ContentsIndex" << 4 << "index.html";
-        QTest::newRow("the tree's Help on Protocols") << "608" << 3 << "protocols.html";
-        QTest::newRow("the tree's Help on Layouts") << "608" << 2 << "layouts.html";
+        QTest::newRow("F1 on Reports") << "ID_HelpContext" << FolderKind::Reports << "reports.html";
+        QTest::newRow("F1 on the root") << "ID_HelpContext" << FolderKind::None << "getting-started.html";
+        QTest::newRow("Getting Started")
+            << "ID_GettingStarted" << FolderKind::Protocols << "getting-started.html";
+        QTest::newRow("Contents and Index") << "ID_ContentsIndex" << FolderKind::Results << "index.html";
+        QTest::newRow("the tree's Help on Protocols") << "608" << FolderKind::Protocols << "protocols.html";
+        QTest::newRow("the tree's Help on Layouts") << "608" << FolderKind::Layouts << "layouts.html";
     }
 
     void helpCommandsOpenTheirPages()
     {
         QFETCH(QString, command);
-        QFETCH(int, folder);
+        QFETCH(FolderKind, folder);
         QFETCH(QString, page);
         UserFolders folders;
         MessageRecorder messages;
