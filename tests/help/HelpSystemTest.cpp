@@ -86,16 +86,6 @@ private slots:
         QCOMPARE(f.window->navigation().currentIndex(), int(HelpWindow::ContentsPane));
     }
 
-    void theRootsTopicIsGettingStarted()
-    {
-        Fixture f;
-        f.help.ShowContextHelp();
-        const QUrl root = f.shownPage();
-        f.help.DisplayeHelpTOC();
-        f.help.DisplayHelpContext(HelpTopics::GettingStarted);
-        QCOMPARE(f.shownPage(), root);
-    }
-
     // Each topic's page is a written page of the guide with its own title.
     void everyTopicShowsItsOwnPage()
     {
