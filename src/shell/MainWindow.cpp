@@ -7,11 +7,12 @@
 #include "DiagnosticLog.h"
 #include "DocumentCommands.h"
 #include "DocumentLauncher.h"
-#include "DocumentTypes.h"
 #include "FileListControl.h"
 #include "FileView.h"
 #include "FolderTreeControl.h"
 #include "HelpSystem.h"
+#include "HelpTopics.h"
+#include "HelpWindow.h"
 #include "InstalledDrivers.h"
 #include "NebraSecurityManager.h"
 #include "OptionsCommand.h"
@@ -236,15 +237,24 @@ void MainWindow::connectCommands()
     ShellCommands::Register(*m_commands, this, Resources().LoadResString(Resources::ProductTitle));
     ShellCommands::ApplyMenuFont(*m_toolBars);
     ShellCommands::AddShortcutKeys(*m_toolBars);
-    // Context help follows the kind of folder selected; the root's topic is the getting-started one.
-    m_commands->setCommand(QStringLiteral("ID_HelpContext"), [this] {
-        resetLogOutTimeOut();
-        const FolderKind kind = folderKindFromData(m_folderTree->currentNode().data());
-        if (const int topic = DocumentTypes::helpContextId(kind); topic != 0)
-            m_help->DisplayHelpContext(topic);
+    connectHelp();
+}
+
+// The help window is made on first use, with the settings of the start-up;
+// context help follows the kind of folder selected (the root's topic is the
+// getting-started one).
+void MainWindow::connectHelp()
+{
+    m_help->setViewerFactory([this](const QString& file, QString& error) {
+        return HelpWindow::factory(m_suite.store.get())(file, error);
     });
-    m_commands->setCommand(QStringLiteral("ID_GettingStarted"), [this] { m_help->DisplayHelpContext(9000); });
     m_commands->setCommand(QStringLiteral("ID_Options"), [this] { ShowOptions(); });
+    m_help->setContextHooks([this] { resetLogOutTimeOut(); },
+                            [this] { return m_folderTree->currentNode().data(); });
+    m_commands->setCommand(QStringLiteral("ID_HelpContext"), [this] { m_help->ShowContextHelp(); });
+    m_commands->setCommand(QStringLiteral("ID_ContentsIndex"), [this] { m_help->DisplayeHelpTOC(); });
+    m_commands->setCommand(QStringLiteral("ID_GettingStarted"),
+                           [this] { m_help->DisplayHelpContext(HelpTopics::GettingStarted); });
 }
 
 // The subsystems' objects, made once the suite components exist, each with
@@ -426,6 +436,7 @@ void MainWindow::UnloadAllExceptMain()
 {
     if (m_optionsCommand)
         m_optionsCommand->Unload();
+    m_help->CloseHelpIfOpen();
     QWidget* active = QApplication::activeWindow();
     if (active && active != this)
         active->close();

@@ -131,6 +131,7 @@ private:
     void createPreviewArea(QSplitter* splitter);
     void connectCommands();
     void createSubsystems();
+    void connectHelp();
     void createOrganiser();
     void connectShellNotifications();
     void connectOrganiser();

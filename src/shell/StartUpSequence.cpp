@@ -4,6 +4,7 @@
 #include "DiagnosticLog.h"
 #include "FileSystemObject.h"
 #include "FolderTreeControl.h"
+#include "HelpSystem.h"
 #include "InstalledDrivers.h"
 #include "Messages.h"
 #include "NebraSecurityManager.h"
@@ -125,6 +126,7 @@ void StartUpSequence::createSettingsAndPaths()
         Messages::show({reason, {}, MessageIcon::Warning, MessageButton::Ok, MessageButton::Ok, &m_window});
     });
     m_suite.instrumentDriversInUse = m_suite.settings->InstrumentDriversInUse();
+    m_window.help().setHelpFilePath(HelpSystem::defaultHelpFile());
     if (!m_suite.store->warning().isEmpty())
         Messages::show({m_suite.store->warning(),
                         {},
