@@ -7,13 +7,16 @@ set(CPACK_PACKAGE_VENDOR "Quorvix")
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 set(CPACK_PACKAGE_CONTACT ${NEBRA_PACKAGE_MAINTAINER})
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "organiser for microplate-reader assays")
-set(CPACK_PACKAGE_DESCRIPTION
-    "The Organiser (NMain5) is the hub window of the Nebra suite for microplate-reader assays. "
-    "It shows a tree of the suite's data folders, lists each folder's read configurations, plate layouts, "
-    "assay protocols, results and reports, previews them and starts the suite's other programs on them.\n"
-    "\n"
-    "The package also holds nebra-secadmin, which administers the users, rights and tamper-evident "
-    "audit trail of the suite's optional security sessions, and example assays to start from.")
+# Lines kept under 80 characters: Debian shows the description as written.
+string(JOIN "\n" CPACK_PACKAGE_DESCRIPTION
+    "The Organiser (NMain5) is the hub window of the Nebra suite for"
+    "microplate-reader assays. It shows a tree of the suite's data folders, lists"
+    "each folder's read configurations, plate layouts, assay protocols, results"
+    "and reports, previews them and starts the suite's other programs on them."
+    ""
+    "The package also holds nebra-secadmin, which administers the users, rights"
+    "and tamper-evident audit trail of the suite's optional security sessions,"
+    "and example assays to start from.")
 set(CPACK_PACKAGING_INSTALL_PREFIX "/usr")
 set(CPACK_STRIP_FILES ON)
 

@@ -7,6 +7,7 @@
 
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QIcon>
 
 #include <exception>
 
@@ -61,6 +62,9 @@ int main(int argc, char** argv)
     QCoreApplication::setApplicationName(QStringLiteral("NMain5"));
     QCoreApplication::setApplicationVersion(QStringLiteral(NEBRA_VERSION));
     QCoreApplication::setOrganizationName(QStringLiteral("Nebra"));
+    // The installed menu entry and icon carry this name; desktops match the window to them by it.
+    QGuiApplication::setDesktopFileName(QStringLiteral("example.quorvix.Organiser"));
+    QApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("example.quorvix.Organiser")));
     nebra::Dialogs::installMessageBoxes();
 
     nebra::MainWindow window;
