@@ -33,15 +33,17 @@ while IFS= read -r file; do
 done < <(cd "$source/data" && find . -type f | sed 's|^\./||')
 
 # The programs, run from the staged tree while the trees they were built from
-# cannot be seen: a private mount namespace lays empty folders over them.
+# cannot be seen: a private mount namespace lays empty folders over them, and
+# the staged /opt over the machine's.
+namespaces=false
+if [ "$(id -u)" -eq 0 ] && unshare -m true 2>/dev/null; then namespaces=true; fi
 run_out_of_reach() {
   local hide=("$source")
   [[ $build == "$source"/* ]] || hide+=("$build")
-  if [ "$(id -u)" -eq 0 ] && unshare -m true 2>/dev/null; then
-    unshare -m bash -c 'for d in "${@:2}"; do mount -t tmpfs none "$d" || exit 97; done; eval "$1"' \
-      run "$1" "${hide[@]}"
+  if $namespaces; then
+    unshare -m bash -c 'mount --bind "$STAGE/opt" /opt || exit 97
+      for d in "${@:2}"; do mount -t tmpfs none "$d" || exit 97; done; eval "$1"' run "$1" "${hide[@]}"
   else
-    echo "note: not root or no mount namespaces; the trees stay visible" >&2
     bash -c "$1"
   fi
 }
@@ -51,6 +53,30 @@ out=$(QT_QPA_PLATFORM=offscreen run_out_of_reach '"$STAGE/usr/bin/NMain5" --vers
 [ "$out" = "NMain5 $version" ] || fail "NMain5 --version printed \"$out\""
 out=$(run_out_of_reach '"$STAGE/usr/bin/nebra-secadmin" --help') || fail "nebra-secadmin --help exited with $?"
 grep -q '^Commands:' <<<"$out" || fail "nebra-secadmin --help printed no commands"
+
+# A first start of the staged Organiser makes the data folders from the
+# installed data alone: a folder for the catalogue's driver (share/nebra) and
+# the example protocols (/opt/Example Assays).
+if $namespaces; then
+  export DRIVER=$(sed -n 's/.*"FullName" *: *"\([^"]*\)".*/\1/p' "$source/data/drivers.json" | head -n 1)
+  export HOME=$stage/home XDG_CONFIG_HOME=$stage/home/.config XDG_DATA_HOME=$stage/home/.local/share
+  export XDG_STATE_HOME=$stage/home/.local/state XDG_RUNTIME_DIR=$stage/runtime QT_QPA_PLATFORM=offscreen
+  mkdir -p "$HOME" "$XDG_RUNTIME_DIR" && chmod 700 "$XDG_RUNTIME_DIR"
+  run_out_of_reach '"$STAGE/usr/bin/NMain5" >"$STAGE/organiser.log" 2>&1 & pid=$!
+    assays="$HOME/Nebra Data/My Assays"
+    for _ in $(seq 600); do
+      [ -d "$assays/Read Configurations/$DRIVER" ] && [ -f "$assays/Protocols/ELISA IgG Quantitation.apr" ] && break
+      kill -0 $pid 2>/dev/null || break
+      sleep 0.1
+    done
+    kill $pid 2>/dev/null; wait $pid 2>/dev/null; true'
+  [ -d "$HOME/Nebra Data/My Assays/Read Configurations/$DRIVER" ] ||
+    fail "the staged Organiser made no folder for the driver \"$DRIVER\" of share/nebra: $(cat "$stage/organiser.log")"
+  [ -f "$HOME/Nebra Data/My Assays/Protocols/ELISA IgG Quantitation.apr" ] ||
+    fail "the staged Organiser did not copy the example assays from /opt/Example Assays"
+else
+  echo "note: not root or no mount namespaces: the trees stay visible and the Organiser is not started"
+fi
 
 # Desktop entry, metadata, MIME types and manual pages, as their own tools see them.
 share=$stage/usr/share
