@@ -65,15 +65,19 @@ echo "Starting \"$exec_line\" from $entry on display $DISPLAY"
 bash -c "exec $exec_line" >"$work/organiser.log" 2>&1 &
 organiser=$!
 pids+=("$organiser")
-seeded="$HOME/Nebra Data/My Assays/Protocols/ELISA IgG Quantitation.apr"
+assays="$HOME/Nebra Data/My Assays"
+seeded="$assays/Protocols/ELISA IgG Quantitation.apr"
+driver=$(sed -n 's/.*"FullName" *: *"\([^"]*\)".*/\1/p' /usr/share/nebra/drivers.json | head -n 1)
 for _ in $(seq 120); do
-  [ -f "$seeded" ] && break
+  [ -f "$seeded" ] && [ -d "$assays/Read Configurations/$driver" ] && break
   kill -0 "$organiser" 2>/dev/null || fail "the Organiser ended at start-up: $(cat "$work/organiser.log")"
   sleep 0.5
 done
 [ -f "$seeded" ] || fail "the Organiser did not fill the data folders from /opt/Example Assays within 60 s"
+[ -d "$assays/Read Configurations/$driver" ] ||
+  fail "the Organiser made no folder for the driver \"$driver\" of /usr/share/nebra/drivers.json"
 kill -0 "$organiser" 2>/dev/null || fail "the Organiser ended after start-up: $(cat "$work/organiser.log")"
-echo "The installed Organiser is running and has copied the example assays."
+echo "The installed Organiser is running, has copied the example assays and read the driver catalogue."
 
 nebra-secadmin --database "$work/Security.db" create || fail "nebra-secadmin create"
 nebra-secadmin --database "$work/Security.db" verify || fail "nebra-secadmin verify"
