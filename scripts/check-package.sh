@@ -18,12 +18,19 @@ fi
 
 work=$(mktemp -d /tmp/nebra-check-package.XXXXXX)
 pids=()
+# Removing the package removes /opt/Example Assays; scripts/run.sh may have put
+# them there before, so they are put back afterwards.
+had_examples=false
+[ -d "/opt/Example Assays" ] && had_examples=true
 cleanup() {
   for pid in "${pids[@]}"; do kill "$pid" 2>/dev/null || true; done
   wait 2>/dev/null || true
   if dpkg-query -W -f='${Status}' nebra-organiser 2>/dev/null | grep -q "install ok installed"; then
     DEBIAN_FRONTEND=noninteractive apt-get remove -y nebra-organiser >/dev/null
     echo "Removed the package again."
+  fi
+  if $had_examples && [ ! -d "/opt/Example Assays" ]; then
+    "$root/scripts/install-examples.sh"
   fi
   rm -rf "$work"
 }
