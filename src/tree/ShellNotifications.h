@@ -2,8 +2,10 @@
 
 namespace nebra {
 
-// Keeps the folder tree in step with folders made, removed and renamed on
-// disk by other programs.
+// The switch for change notifications of the data folders: it records
+// whether they are on and writes the start-up's block line when switched
+// on. It does not watch anything yet; today the file list's own watcher
+// brings changes of the folder shown into the tree.
 class ShellNotifications
 {
 public:

@@ -229,7 +229,7 @@ private Q_SLOTS:
 
         window.toolBars().action(QStringLiteral("ID_Run"))->trigger();
         QCOMPARE(started(), argv({program("Assay Application"), protocol}));
-        tree.clickButton(607);
+        tree.clickButton(buttonKey(DocumentCommand::Run));
         QCOMPARE(started(), argv({program("Assay Application"), protocol}));
         window.toolBars().action(QStringLiteral("ID_Open"))->trigger();
         QCOMPARE(window.launcher()->lastCommandLine().text,
@@ -247,13 +247,13 @@ private Q_SLOTS:
         QCOMPARE(started(), argv({program("Read Configuration Editor"), protocol}));
 
         tree.setCurrentNode(window.organiserTree().protocolsNode().child(0));
-        tree.clickButton(607);
+        tree.clickButton(buttonKey(DocumentCommand::Run));
         QCOMPARE(started(), argv({program("Read Configuration Editor"),
                                   doc("Protocols/Ünï Lab/Assay \"Gold\" #1.apr")}));
 
         // Without a session the layout editor is told nothing: the command line ends in its blank.
         tree.setCurrentNode(window.organiserTree().layoutsNode());
-        tree.clickButton(605);
+        tree.clickButton(buttonKey(DocumentCommand::New));
         QCOMPARE(window.launcher()->lastCommandLine().text, '"' + program("Layout Editor") + "\" ");
         QCOMPARE(started(), argv({program("Layout Editor")}));
         QCOMPARE(m_messages->count(), 0);
@@ -269,7 +269,7 @@ private Q_SLOTS:
             {organiser.layoutsNode(), 9006},   {organiser.rootNode(), 9000}};
         for (const auto& [node, topic] : topics) {
             window.folderTree().setCurrentNode(node);
-            window.folderTree().clickButton(608);
+            window.folderTree().clickButton(buttonKey(DocumentCommand::Help));
             QCOMPARE(window.help().lastContext(), topic);
         }
     }

@@ -122,11 +122,10 @@ private:
     void onHeaderClicked(int section);
     void showHeaderMenu(const QPoint& position);
     void showListingState();
-    bool checkNewName(const QString& name) const;
 
+    FileListModel* m_model;
     FileListView* m_view;
     QLabel* m_state;
-    FileListModel* m_model;
     QFileSystemWatcher* m_watcher;
     QTimer* m_refreshTimer;
     QString m_folder;

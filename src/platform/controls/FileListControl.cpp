@@ -1,11 +1,10 @@
 #include "FileListControl.h"
 
-#include "FileItemDelegate.h"
 #include "FileListView.h"
 
 #include "FileListModel.h"
+#include "FileListPrompts.h"
 #include "FileOperations.h"
-#include "Messages.h"
 
 #include <QAction>
 #include <QApplication>
@@ -34,9 +33,8 @@ constexpr int RefreshDelayMs = 250;
 } // namespace
 
 FileListControl::FileListControl(QWidget* parent)
-    : QWidget(parent), m_view(new FileListView(this)), m_state(new QLabel(this)),
-      m_model(new FileListModel(this)), m_watcher(new QFileSystemWatcher(this)),
-      m_refreshTimer(new QTimer(this))
+    : QWidget(parent), m_model(new FileListModel(this)), m_view(new FileListView(m_model, this)),
+      m_state(new QLabel(this)), m_watcher(new QFileSystemWatcher(this)), m_refreshTimer(new QTimer(this))
 {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -81,29 +79,10 @@ void FileListControl::connectEvents()
 
 void FileListControl::setUpView()
 {
-    m_view->setModel(m_model);
-    m_view->setRootIsDecorated(false);
-    m_view->setUniformRowHeights(true);
-    m_view->setSelectionMode(QAbstractItemView::ExtendedSelection);
-    m_view->setSelectionBehavior(QAbstractItemView::SelectRows);
-    m_view->setEditTriggers(QAbstractItemView::EditKeyPressed | QAbstractItemView::SelectedClicked);
-    m_view->setAllColumnsShowFocus(true);
-    m_view->setItemDelegate(new FileItemDelegate(m_view));
-    m_view->setAccessibleName(QStringLiteral("File list"));
     m_view->beforeUserSelection = [this](const QModelIndex& index) {
         if (!m_quiet)
             Q_EMIT beforeSelectionChange(index.isValid() ? itemAtRow(index.row()) : FileListItem());
     };
-    QHeaderView* header = m_view->header();
-    header->setSectionsClickable(true);
-    header->setSortIndicatorShown(true);
-    header->setSortIndicator(0, Qt::AscendingOrder);
-    header->setContextMenuPolicy(Qt::CustomContextMenu);
-    header->setAccessibleName(QStringLiteral("File list columns"));
-    // Names are the longest; dates need room for the date and the time.
-    header->resizeSection(0, 300);
-    header->resizeSection(m_model->columnOf(FileListModel::DateModifiedColumn),
-                          m_view->fontMetrics().horizontalAdvance(QStringLiteral("00 MMM 0000 00:00")) + 32);
 }
 
 FileListControl::~FileListControl() = default;
@@ -443,16 +422,6 @@ void FileListControl::editItem(const FileListItem& item)
         m_view->edit(m_model->index(row, 0));
 }
 
-bool FileListControl::checkNewName(const QString& name) const
-{
-    const QString problem = FileOperations::NameProblem(name);
-    if (problem.isEmpty())
-        return true;
-    Messages::show({problem, tr("Rename"), MessageIcon::Warning, MessageButton::Ok, MessageButton::Ok,
-                    const_cast<FileListControl*>(this)});
-    return false;
-}
-
 bool FileListControl::renameItem(const FileListItem& item, const QString& newName)
 {
     const int row = rowOf(item);
@@ -460,7 +429,7 @@ bool FileListControl::renameItem(const FileListItem& item, const QString& newNam
         return false;
     bool cancel = false;
     Q_EMIT beforeItemRenamed(item, newName, cancel);
-    if (cancel || !checkNewName(newName))
+    if (cancel || !FileListPrompts::acceptNewName(this, newName))
         return false;
     const int rowNow = rowOf(item); // a handler may have changed the list
     if (rowNow < 0)
@@ -472,8 +441,7 @@ bool FileListControl::renameItem(const FileListItem& item, const QString& newNam
     const QString oldPath = m_model->fullPath(rowNow);
     const QString newPath = QFileInfo(oldPath).path() + QLatin1Char('/') + name;
     if (const int error = FileOperations::RenameNoReplace(oldPath, newPath)) {
-        Messages::show({FileOperations::RenameFailureText(oldName, name, error), tr("Error Renaming File"),
-                        MessageIcon::Critical, MessageButton::Ok, MessageButton::Ok, this});
+        FileListPrompts::renameFailed(this, oldName, name, error);
         return false;
     }
     m_model->renameEntry(rowNow, name);
@@ -486,14 +454,8 @@ void FileListControl::deleteSelectedItems()
     const QList<FileListItem> items = selectedItems();
     if (items.isEmpty())
         return;
-    const bool one = items.size() == 1;
-    const QString text =
-        one ? tr("Are you sure you want to move \"%1\" to the Trash?").arg(items.first().name())
-            : tr("Are you sure you want to move these %1 items to the Trash?").arg(items.size());
-    const QString title = !one ? tr("Delete Multiple Items")
-                               : (items.first().isFolder() ? tr("Delete Folder") : tr("Delete File"));
-    if (Messages::show({text, title, MessageIcon::Question, MessageButton::Yes | MessageButton::No,
-                        MessageButton::Yes, this}) != MessageButton::Yes)
+    if (!FileListPrompts::confirmMoveToTrash(this, items.first().name(), items.first().isFolder(),
+                                             int(items.size())))
         return;
     QStringList failed;
     for (const FileListItem& item : items) {
@@ -505,9 +467,7 @@ void FileListControl::deleteSelectedItems()
         Q_EMIT itemRemoved(item);
     }
     if (!failed.isEmpty())
-        Messages::show(
-            {tr("These items could not be moved to the Trash:\n%1").arg(failed.join(QLatin1Char('\n'))),
-             tr("Error Deleting File"), MessageIcon::Critical, MessageButton::Ok, MessageButton::Ok, this});
+        FileListPrompts::moveToTrashFailed(this, failed);
 }
 
 void FileListControl::activateItem(const FileListItem& item)

@@ -6,13 +6,17 @@
 
 namespace nebra {
 
-// The file list's view: tells its owner about a selection change the user is
-// about to make, before the selection moves.
+class FileListModel;
+
+// The file list's view: rows of a FileListModel, several selectable, names
+// edited in place, a clickable header with a sort indicator and a context
+// menu. It tells its owner about a selection change the user is about to
+// make, before the selection moves.
 class FileListView : public QTreeView
 {
     Q_OBJECT
 public:
-    using QTreeView::QTreeView;
+    explicit FileListView(FileListModel* model, QWidget* parent = nullptr);
 
     std::function<void(const QModelIndex&)> beforeUserSelection;
     bool isEditing() const { return state() == EditingState; }
