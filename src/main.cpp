@@ -8,6 +8,7 @@
 
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QIcon>
 
 #include <exception>
 
@@ -62,6 +63,9 @@ int main(int argc, char** argv)
     QCoreApplication::setApplicationName(QStringLiteral("NMain5"));
     QCoreApplication::setApplicationVersion(QStringLiteral(NEBRA_VERSION));
     QCoreApplication::setOrganizationName(QStringLiteral("Nebra"));
+    // The installed menu entry and icon carry this name; desktops match the window to them by it.
+    QGuiApplication::setDesktopFileName(QStringLiteral("example.quorvix.Organiser"));
+    QApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("example.quorvix.Organiser")));
     nebra::Dialogs::installMessageBoxes();
 
     nebra::MainWindow window;
