@@ -194,6 +194,7 @@ void MainWindow::createWizards()
     hooks.securityEnabled = [this] { return m_security->SecurityEnabled(); };
     hooks.securityManager = [this] { return m_suite.paths->SecurityManager(); };
     hooks.recreateResultsNode = [this] { m_organiserTree->RecreateResultsNode(); };
+    hooks.handleChangedHLD = [this] { HandleChangedHLD(); };
     hooks.openNewProtocol = [this](const QString& path) { m_launcher->OpenNewProtocol(path); };
     hooks.logTrace = [this](const QString& line) {
         if (m_suite.log)
