@@ -3,6 +3,7 @@
 #include "MainWindow.h"
 #include "MessageRecorder.h"
 #include "OrganiserTree.h"
+#include "SecondProcess.h"
 #include "ShellNotifications.h"
 #include "TestFiles.h"
 #include "UserFolders.h"
@@ -17,18 +18,11 @@ using nebra::test::makeFolder;
 using nebra::test::MessageRecorder;
 using nebra::test::UserFolders;
 
+using nebra::test::runScript;
+
 namespace {
 
 constexpr int Bound = 10000;
-
-void runScript(const QString& folder, const QString& script)
-{
-    QProcess process;
-    process.setWorkingDirectory(folder);
-    process.start(QStringLiteral("/bin/bash"), {QStringLiteral("-c"), script});
-    QVERIFY(process.waitForFinished(60000));
-    QCOMPARE(process.exitCode(), 0);
-}
 
 } // namespace
 

@@ -1,4 +1,5 @@
 #include "ShellNotifications.h"
+#include "SecondProcess.h"
 
 #include "FolderBranches.h"
 #include "FolderTreeModel.h"
@@ -18,18 +19,11 @@
 
 using namespace nebra;
 
+using nebra::test::runScript;
+
 namespace {
 
 constexpr int Bound = 10000;
-
-void runScript(const QString& folder, const QString& script)
-{
-    QProcess process;
-    process.setWorkingDirectory(folder);
-    process.start(QStringLiteral("/bin/bash"), {QStringLiteral("-c"), script});
-    QVERIFY(process.waitForFinished(60000));
-    QCOMPARE(process.exitCode(), 0);
-}
 
 } // namespace
 

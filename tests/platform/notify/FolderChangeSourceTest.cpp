@@ -1,4 +1,5 @@
 #include "FolderChangeSource.h"
+#include "SecondProcess.h"
 
 #include "TestFiles.h"
 
@@ -14,6 +15,8 @@
 #include <sys/stat.h>
 
 using namespace nebra;
+
+using nebra::test::runScript;
 
 namespace {
 
@@ -78,16 +81,6 @@ std::set<QString> foldersOnDisk(const QString& root)
     std::set<QString> folders;
     addFoldersOnDisk(QFile::encodeName(root), root, folders);
     return folders;
-}
-
-// Runs a shell script in folder as a separate process, to its end.
-void runScript(const QString& folder, const QString& script)
-{
-    QProcess process;
-    process.setWorkingDirectory(folder);
-    process.start(QStringLiteral("/bin/bash"), {QStringLiteral("-c"), script});
-    QVERIFY(process.waitForFinished(60000));
-    QCOMPARE(process.exitCode(), 0);
 }
 
 } // namespace
