@@ -143,11 +143,12 @@ void NebraSecurityManager::timeOut()
     Q_EMIT UserLoggedOut(name, TimedOut);
 }
 
-void NebraSecurityManager::AddAuditTrailEntry(const QString& area, const QString& text)
+bool NebraSecurityManager::AddAuditTrailEntry(const QString& area, const QString& text)
 {
     const AuditAppendResult result = m_store->audit().append(m_user ? m_user->name : QString(), area, text);
     if (!result.error.isEmpty())
         tell(nullptr, result.error, MessageIcon::Critical);
+    return result.sequence > 0;
 }
 
 QString NebraSecurityManager::UserName() const
@@ -196,28 +197,36 @@ bool NebraSecurityManager::changePassword(QWidget* owner, const QString& userNam
         const SecretBytes& current = provenCurrent ? *provenCurrent : typedCurrent;
         const SecretBytes fresh = dialog.takeNewPassword();
         const SecretBytes confirmation = dialog.takeConfirmation();
-        QString problem = problemWithChange(userName, current, fresh, confirmation);
+        bool locked = false;
+        QString problem =
+            problemWithChange(userName, current, provenCurrent != nullptr, fresh, confirmation, &locked);
         if (problem.isEmpty() && storeNewPassword(userName, fresh, &problem)) {
             tell(owner, QStringLiteral("Your password has been changed."), MessageIcon::Information);
             return true;
         }
         tell(owner, problem, MessageIcon::Warning);
+        if (locked) {
+            // Guessing the current password in an unattended session locks the
+            // account like guessing at the log-in does, and ends the session.
+            if (m_user && provenCurrent == nullptr) {
+                endSession(QStringLiteral("Session ended: the account was locked"));
+                Q_EMIT UserLoggedOut(userName, LoggedOut);
+            }
+            return false;
+        }
     }
     return false;
 }
 
 QString NebraSecurityManager::problemWithChange(const QString& userName, const SecretBytes& current,
-                                                const SecretBytes& fresh,
-                                                const SecretBytes& confirmation) const
+                                                bool currentProven, const SecretBytes& fresh,
+                                                const SecretBytes& confirmation, bool* locked)
 {
     if (!(fresh == confirmation))
         return QStringLiteral("The new password and its confirmation do not match.");
     QString error;
-    if (!m_authenticator.checkPassword(userName, current, &error)) {
-        m_store->audit().append(userName, Authenticator::Area,
-                                QStringLiteral("Password change refused: current password incorrect"));
+    if (!currentProven && !m_authenticator.checkCurrentPassword(userName, current, locked, &error))
         return error.isEmpty() ? QStringLiteral("The current password is incorrect.") : error;
-    }
     const QString policy = m_store->policy().check(userName, fresh);
     if (!policy.isEmpty())
         return policy;
