@@ -64,13 +64,18 @@ void SettingsStore::openSystem()
     // test or a curious user points XDG_CONFIG_DIRS at it.
     if (QFileInfo(path).absoluteFilePath() == QFileInfo(m_filePath).absoluteFilePath())
         return;
-    if (QFileInfo::exists(path) || QFileInfo(path).isSymLink())
+    if (QFileInfo::exists(path))
         m_system.reset(new SettingsStore(path, SystemScope{}));
 }
 
 QString SettingsStore::systemFilePath()
 {
     const QString name = QStringLiteral("/Nebra/Suite.ini");
+    // A user can change their own environment but not /etc: a file there is
+    // the site's, whatever XDG_CONFIG_DIRS says.
+    const QString administrators = QStringLiteral("/etc/xdg") + name;
+    if (QFileInfo::exists(administrators))
+        return administrators;
     QStringList folders;
     for (const QString& folder : qEnvironmentVariable("XDG_CONFIG_DIRS").split(QLatin1Char(':')))
         if (QDir::isAbsolutePath(folder))

@@ -34,8 +34,9 @@ public:
     SettingsStore& operator=(const SettingsStore&) = delete;
 
     static QString defaultFilePath();
-    // Where the system-wide file is looked for: the first folder of
-    // XDG_CONFIG_DIRS that holds one, else the first folder listed.
+    // Where the system-wide file is looked for: "/etc/xdg/Nebra/Suite.ini"
+    // when it exists (whatever the environment says), else the first folder
+    // of XDG_CONFIG_DIRS that holds one, else the first folder listed.
     static QString systemFilePath();
 
     // The system-wide file as read at construction; null when there is none.

@@ -3,6 +3,7 @@
 #include "NebraSecurityManager.h"
 #include "SecurityFixture.h"
 
+#include <QSignalSpy>
 #include <QTest>
 
 using namespace nebra;
@@ -156,6 +157,40 @@ private Q_SLOTS:
 
         m_dialogs->logIn(QStringLiteral("jsmith"), passwordAfter);
         QVERIFY(manager->LogIn(nullptr));
+    }
+
+    void auditEntryThatCannotBeCommittedIsReported()
+    {
+        const std::unique_ptr<NebraSecurityManager> manager = loggedIn();
+        QVERIFY(manager);
+        QVERIFY(manager->AddAuditTrailEntry(QStringLiteral("General"), QStringLiteral("Run protocol: a.apr")));
+        // The store fills up: every insert now fails as SQLite reports a full disk.
+        m_site->fixture.tamper({QStringLiteral("CREATE TRIGGER full BEFORE INSERT ON audit_trail "
+                                               "BEGIN SELECT RAISE(ABORT, 'database or disk is full'); END")});
+        QVERIFY(!manager->AddAuditTrailEntry(QStringLiteral("General"), QStringLiteral("Run protocol: b.apr")));
+        QCOMPARE(m_messages->count(), 1);
+        QCOMPARE(m_messages->last().text,
+                 QStringLiteral("The audit trail entry could not be recorded (database or disk is full)."));
+        QCOMPARE(m_messages->last().icon, MessageIcon::Critical);
+    }
+
+    void guessingTheCurrentPasswordEndsTheSession()
+    {
+        QVERIFY(SettingsStore().setValue(QStringLiteral("Security/LockoutThreshold"), 2));
+        const std::unique_ptr<NebraSecurityManager> manager = loggedIn();
+        QVERIFY(manager);
+        QSignalSpy loggedOut(manager.get(), &NebraSecurityManager::UserLoggedOut);
+        m_dialogs->changePassword(QStringLiteral("guess 1"), QStringLiteral("battery staple"),
+                                  QStringLiteral("battery staple"));
+        m_dialogs->changePassword(QStringLiteral("guess 2"), QStringLiteral("battery staple"),
+                                  QStringLiteral("battery staple"));
+        manager->SessionChangePassword(nullptr);
+        QCOMPARE(m_messages->count(), 2);
+        QCOMPARE(loggedOut.count(), 1);
+        QCOMPARE(manager->UserName(), QString());
+        QVERIFY(!manager->IsOperationAllowed(QStringLiteral("AuthorisationsGeneral"), QStringLiteral("RunProtocol")));
+        QCOMPARE(m_site->fixture.auditTexts().mid(m_site->fixture.auditTexts().size() - 2),
+                 QStringList({"Account locked after 2 failed log ins", "Session ended: the account was locked"}));
     }
 
     void resetPasswordMustBeChangedAtLogIn()
