@@ -46,6 +46,11 @@ void NebraSecurityManager::record(const QString& userName, const QString& text)
         tell(nullptr, result.error, MessageIcon::Critical);
 }
 
+QString NebraSecurityManager::auditWriteFailureText()
+{
+    return QStringLiteral("The audit trail could not be written, so the operation has not been carried out.");
+}
+
 QString NebraSecurityManager::AuthenticationLibrary() const
 {
     return m_store->settings().authenticationLibrary;
@@ -146,9 +151,14 @@ void NebraSecurityManager::timeOut()
 bool NebraSecurityManager::AddAuditTrailEntry(const QString& area, const QString& text)
 {
     const AuditAppendResult result = m_store->audit().append(m_user ? m_user->name : QString(), area, text);
-    if (!result.error.isEmpty())
-        tell(nullptr, result.error, MessageIcon::Critical);
-    return result.sequence > 0;
+    if (result.sequence > 0) {
+        // Committed; only the chain head lags, which the next entry or verify repairs.
+        if (!result.error.isEmpty())
+            tell(nullptr, result.error, MessageIcon::Critical);
+        return true;
+    }
+    tell(nullptr, auditWriteFailureText() + QStringLiteral("\n\n") + result.error, MessageIcon::Critical);
+    return false;
 }
 
 QString NebraSecurityManager::UserName() const
@@ -245,11 +255,15 @@ bool NebraSecurityManager::storeNewPassword(const QString& userName, const Secre
         *error = QStringLiteral("The password could not be hashed (not enough memory).");
         return false;
     }
-    if (!m_store->users().setPasswordHash(userName, hash, false, error))
-        return false;
-    const AuditAppendResult result =
-        m_store->audit().append(userName, Authenticator::Area, QStringLiteral("Password changed"));
-    *error = result.error;
+    // The new hash and its entry share one transaction: neither lands without the other.
+    QString why;
+    const AuditAppendResult result = m_store->audit().append(
+        userName, Authenticator::Area, QStringLiteral("Password changed"), [&](QString* e) {
+            const bool stored = m_store->users().setPasswordHash(userName, hash, false, e);
+            why = *e;
+            return stored;
+        });
+    *error = result.sequence == 0 && !why.isEmpty() ? why : result.error;
     return result.sequence > 0;
 }
 
