@@ -69,13 +69,16 @@ void runUntil(const std::function<bool()>& done)
 
 int organiser()
 {
+    const long long made = monotonicNs();
     nebra::MainWindow window;
     FirstPaint paint(window);
     if (window.Load() != nebra::MainWindow::LoadOutcome::Loaded)
         return 1;
+    const long long loaded = monotonicNs();
     nebra::BrowserControl& browser = *window.browser();
     runUntil([&] { return paint.at != 0 && browser.ReadyState() == nebra::BrowserControl::Complete; });
-    std::printf("%lld %lld %s\n", paint.at, monotonicNs(), browser.LocationURL().toEncoded().constData());
+    std::printf("%lld %lld %s %lld %lld\n", paint.at, monotonicNs(),
+                browser.LocationURL().toEncoded().constData(), made, loaded);
     return 0;
 }
 
@@ -155,12 +158,14 @@ int main(int argc, char** argv)
     // The first start creates the data folders; not counted. It names the welcome page.
     const QList<QByteArray> first = runOnce(self, {QStringLiteral("organiser")}, env, start);
     const QString page = first.size() > 2 ? QString::fromLatin1(first[2]) : QString();
-    QList<double> paint, welcome, emptyPaint, viewLoaded;
+    QList<double> paint, welcome, emptyPaint, viewLoaded, application, load;
     const auto sample = [&](int which) {
         if (which == 0) {
             const QList<QByteArray> out = runOnce(self, {QStringLiteral("organiser")}, env, start);
             paint << since(start, out.value(0));
             welcome << since(start, out.value(1));
+            application << since(start, out.value(3));
+            load << since(start, out.value(4)) - since(start, out.value(3));
         } else if (which == 1) {
             emptyPaint << since(start, runOnce(self, {QStringLiteral("empty")}, env, start).value(0));
         } else {
@@ -173,6 +178,8 @@ int main(int argc, char** argv)
             sample((i + k) % 3);
     std::printf("start-up, median of %d runs each, alternating (platform %s)\n", runs,
                 qgetenv("QT_QPA_PLATFORM").isEmpty() ? "default" : qgetenv("QT_QPA_PLATFORM").constData());
+    std::printf("  Organiser, QApplication made                %8.1f ms\n", median(application));
+    std::printf("  Organiser, MainWindow::Load                 %8.1f ms\n", median(load));
     std::printf("  Organiser, loaded window first painted      %8.1f ms\n", median(paint));
     std::printf("  empty QMainWindow, first painted            %8.1f ms\n", median(emptyPaint));
     std::printf("  ratio                                       %8.2f  (target 1.5)\n",
