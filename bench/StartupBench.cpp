@@ -148,11 +148,14 @@ int main(int argc, char** argv)
     const int runs = mode.toInt() > 0 ? mode.toInt() : 9;
     QTemporaryDir home;
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    for (const char* name :
-         {"HOME", "XDG_CONFIG_HOME", "XDG_STATE_HOME", "XDG_DATA_HOME", "XDG_RUNTIME_DIR"}) {
+    for (const char* name : {"HOME", "XDG_CONFIG_HOME", "XDG_STATE_HOME", "XDG_DATA_HOME"}) {
         env.insert(QLatin1String(name), home.path() + QLatin1Char('/') + QLatin1String(name));
         QDir().mkpath(home.path() + QLatin1Char('/') + QLatin1String(name));
     }
+    // The runtime folder is a memory file system on a desktop (/run/user/<uid>), where the
+    // single-instance lock's sync costs nothing; on the disk it would cost a disk sync.
+    QTemporaryDir runtime(QStringLiteral("/dev/shm/organiser-XXXXXX"));
+    env.insert(QStringLiteral("XDG_RUNTIME_DIR"), runtime.path());
     const QString self = QCoreApplication::applicationFilePath();
     long long start = 0;
     // The first start creates the data folders; not counted. It names the welcome page.
@@ -179,7 +182,7 @@ int main(int argc, char** argv)
     std::printf("start-up, median of %d runs each, alternating (platform %s)\n", runs,
                 qgetenv("QT_QPA_PLATFORM").isEmpty() ? "default" : qgetenv("QT_QPA_PLATFORM").constData());
     std::printf("  Organiser, QApplication made                %8.1f ms\n", median(application));
-    std::printf("  Organiser, MainWindow::Load                 %8.1f ms\n", median(load));
+    std::printf("  Organiser, MainWindow made and loaded      %8.1f ms\n", median(load));
     std::printf("  Organiser, loaded window first painted      %8.1f ms\n", median(paint));
     std::printf("  empty QMainWindow, first painted            %8.1f ms\n", median(emptyPaint));
     std::printf("  ratio                                       %8.2f  (target 1.5)\n",
