@@ -1,5 +1,9 @@
-// Drawing a 1,536-well layout, beside a bare QPainter drawing 1,536 circles.
+// Drawing a 1,536-well layout, beside the least such a drawing needs (the
+// same wells and labels, nothing kept between drawings). The size changes
+// by a few pixels from one drawing to the next, so every drawing is a first
+// drawing at its size for both.
 
+#include "BareLayoutDrawing.h"
 #include "BenchStats.h"
 #include "PlateLayoutViewer.h"
 
@@ -22,17 +26,6 @@ PlateLayout fullPlate()
     return layout;
 }
 
-void bareCircles(QImage& image)
-{
-    QPainter painter(&image);
-    painter.fillRect(image.rect(), Qt::white);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setBrush(QColor(0x7c, 0xc4, 0x6a));
-    const double cell = std::min(image.width() / 49.0, image.height() / 35.0);
-    for (int r = 0; r < 32; ++r)
-        for (int c = 0; c < 48; ++c)
-            painter.drawEllipse(QRectF(cell * (c + 1), cell * (r + 2), cell * 0.84, cell * 0.84));
-}
 } // namespace
 
 int main(int argc, char** argv)
@@ -42,29 +35,47 @@ int main(int argc, char** argv)
     constexpr int Runs = 60;
     PlateLayoutViewer viewer;
     viewer.setPlateLayout(fullPlate());
-    std::printf("1,536-well layout drawn into a raster image, %d warm runs, then %d measured\n", Warm, Runs);
-    for (const QSize size : {QSize(900, 640), QSize(1700, 1200)}) {
-        viewer.resize(size);
-        QImage image(size, QImage::Format_ARGB32_Premultiplied);
+    std::printf(
+        "1,536-well layout drawn into a raster image, each at a new size, %d warm runs, then %d measured\n",
+        Warm, Runs);
+    const PlateLayout plate = fullPlate();
+    for (const QSize base : {QSize(900, 640), QSize(1700, 1200)}) {
         bench::Samples ours;
         bench::Samples bare;
         QElapsedTimer clock;
         for (int i = 0; i < Warm + Runs; ++i) {
-            clock.start();
-            viewer.render(&image);
-            const double oursMs = clock.nsecsElapsed() / 1e6;
-            clock.start();
-            bareCircles(image);
-            const double bareMs = clock.nsecsElapsed() / 1e6;
+            const QSize size = base + QSize((i % 2) * 50, (i % 2) * 35);
+            QImage image(size, QImage::Format_ARGB32_Premultiplied);
+            const auto timeOurs = [&] {
+                clock.start();
+                viewer.resize(size);
+                viewer.render(&image);
+                return clock.nsecsElapsed() / 1e6;
+            };
+            const auto timeBare = [&] {
+                clock.start();
+                bench::bareLayoutDraw(plate, image, viewer.font());
+                return clock.nsecsElapsed() / 1e6;
+            };
+            // Alternate which goes first.
+            double oursMs = 0;
+            double bareMs = 0;
+            if (i % 2) {
+                oursMs = timeOurs();
+                bareMs = timeBare();
+            } else {
+                bareMs = timeBare();
+                oursMs = timeOurs();
+            }
             if (i >= Warm) {
                 ours.ms << oursMs;
                 bare.ms << bareMs;
             }
         }
-        const QByteArray what = QStringLiteral("%1 x %2 px%3")
-                                    .arg(size.width())
-                                    .arg(size.height())
-                                    .arg(size.width() > 1600 ? QStringLiteral(", with labels") : QString())
+        const QByteArray what = QStringLiteral("%1 x %2 px and +50 x +35%3")
+                                    .arg(base.width())
+                                    .arg(base.height())
+                                    .arg(base.width() > 1600 ? QStringLiteral(", with labels") : QString())
                                     .toUtf8();
         bench::report(what.constData(), ours, bare);
     }

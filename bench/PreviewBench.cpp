@@ -1,6 +1,10 @@
-// Selection to preview loaded, beside a bare QWebEngineView load of the same file:
-// a protocol's preview page and a 384-well layout.
+// Selection to preview loaded: a protocol's preview page beside a bare
+// QWebEngineView load of the same page, and a 384-well layout beside reading,
+// parsing and drawing the same wells and labels into an image of the
+// viewer's size (the viewer's size changes a little each time, so each
+// drawing is a first drawing at its size for both).
 
+#include "BareLayoutDrawing.h"
 #include "BenchStats.h"
 #include "BrowserControl.h"
 #include "PlateLayoutViewer.h"
@@ -113,12 +117,33 @@ int main(int argc, char** argv)
     const bench::Samples barePage =
         time([&](int i) { bareLoad(bare, QUrl::fromLocalFile(paths.PreviewFileFor(protocols[i % 2]))); });
     type = 2;
-    const bench::Samples oursLayout = time([&](int) {
-        const PreviewItem item{layout, false};
-        pane.ShowPreview(&item);
-        viewer->repaint();
-    });
-    const bench::Samples bareLayout = time([&](int) { bareLoad(bare, QUrl::fromLocalFile(layout)); });
+    // Alternating, a new size each round.
+    bench::Samples oursLayout;
+    bench::Samples bareLayout;
+    QElapsedTimer clock;
+    for (int i = 0; i < Warm + Runs; ++i) {
+        host.resize(900 + (i % 2) * 40, 600 + (i % 2) * 30);
+        QCoreApplication::processEvents(); // the new size laid out, outside the timing
+        const auto timeOurs = [&] {
+            clock.start();
+            const PreviewItem item{layout, false};
+            pane.ShowPreview(&item);
+            viewer->repaint();
+            return clock.nsecsElapsed() / 1e6;
+        };
+        const auto timeBare = [&] {
+            QImage image(viewer->size(), QImage::Format_ARGB32_Premultiplied);
+            clock.start();
+            bench::bareLayoutPreview(layout, image, viewer->font());
+            return clock.nsecsElapsed() / 1e6;
+        };
+        const double first = i % 2 ? timeOurs() : timeBare();
+        const double second = i % 2 ? timeBare() : timeOurs();
+        if (i >= Warm) {
+            oursLayout.ms << (i % 2 ? first : second);
+            bareLayout.ms << (i % 2 ? second : first);
+        }
+    }
 
     std::printf("Selection to preview loaded, %d warm runs, then %d measured\n", Warm, Runs);
     bench::report("protocol preview page (.mht)", oursPage, barePage);

@@ -43,6 +43,7 @@
 #include <QGridLayout>
 #include <QSplitter>
 #include <QStatusBar>
+#include <QTimer>
 
 namespace nebra {
 
@@ -133,10 +134,29 @@ void MainWindow::createPreviewArea(QSplitter* splitter)
 
 void MainWindow::createBrowser()
 {
-    m_browser = new BrowserControl(m_previewArea);
+    m_browser = new BrowserControl(m_previewArea, BrowserControl::EngineStart::Deferred);
     static_cast<QGridLayout*>(m_previewArea->layout())->addWidget(m_browser, 0, 0);
     m_plateViewer->raise();
     createPreviewAndLaunching();
+}
+
+// Starting the web engine takes most of a start-up; it waits for the
+// window's first paint so that the user sees the Organiser at once. A window
+// that is never painted (minimised at start) gets its engine a little later.
+void MainWindow::startBrowserEngineSoon()
+{
+    if (m_engineStartQueued || !m_browser || m_browser->engineStarted())
+        return;
+    m_engineStartQueued = true;
+    QTimer::singleShot(0, this, [this] { m_browser->StartEngine(); });
+}
+
+bool MainWindow::event(QEvent* event)
+{
+    const bool handled = QMainWindow::event(event);
+    if (event->type() == QEvent::Paint && m_mainWindowLoaded)
+        startBrowserEngineSoon();
+    return handled;
 }
 
 void MainWindow::createPreviewAndLaunching()
@@ -385,8 +405,11 @@ MainWindow::LoadOutcome MainWindow::Load()
 {
     StartUpSequence sequence(*this);
     const LoadOutcome outcome = sequence.run();
-    if (outcome == LoadOutcome::Loaded)
+    if (outcome == LoadOutcome::Loaded) {
         m_mainWindowLoaded = true;
+        constexpr int UnpaintedWindowMs = 500;
+        QTimer::singleShot(UnpaintedWindowMs, this, [this] { startBrowserEngineSoon(); });
+    }
     return outcome;
 }
 

@@ -96,7 +96,10 @@ public:
     ShellNotifications& shellNotifications() const { return *m_notifications; }
     SecuritySession& securitySession() const { return *m_security; }
     // The browser, the preview pane and the launcher of the suite's programs
-    // exist once the start-up has created the browser.
+    // exist once the start-up has created the browser. The browser's web
+    // engine starts right after the window's first paint once loaded (or when
+    // a page is first waited for), so the window shows before the engine's
+    // processes start.
     BrowserControl* browser() const { return m_browser; }
     PreviewPane* previewPane() const { return m_preview; }
     DocumentLauncher* launcher() const { return m_launcher.get(); }
@@ -123,6 +126,7 @@ protected:
     void closeEvent(QCloseEvent* event) override;
     void changeEvent(QEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    bool event(QEvent* event) override;
 
 private:
     friend class StartUpSequence;
@@ -139,6 +143,7 @@ private:
     void createSecuritySession();
     void createDataFolders();
     void createBrowser();
+    void startBrowserEngineSoon();
     void createPreviewAndLaunching();
     void createLauncher();
     void createWizards();
@@ -165,6 +170,7 @@ private:
     QWidget* m_panes = nullptr;
     PlateLayoutViewer* m_plateViewer = nullptr;
     BrowserControl* m_browser = nullptr;
+    bool m_engineStartQueued = false;
     PreviewPane* m_preview = nullptr;
     std::unique_ptr<DocumentLauncher> m_launcher;
     std::unique_ptr<NewProtocolWizards> m_wizards;

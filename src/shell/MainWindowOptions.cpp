@@ -103,12 +103,9 @@ void MainWindow::refreshPreview()
 
 void MainWindow::selectFolder(const QString& folder)
 {
-    const FolderTreeModel& nodes = m_folderTree->nodes();
-    for (int i = 0; i < nodes.count(); ++i)
-        if (nodes.node(i).folderPath().compare(folder, Qt::CaseInsensitive) == 0) {
-            m_folderTree->setCurrentNode(nodes.node(i));
-            return;
-        }
+    const FolderNode node = m_folderTree->nodes().findFolderPath(folder);
+    if (node.isValid())
+        m_folderTree->setCurrentNode(node);
 }
 
 void MainWindow::resizeEvent(QResizeEvent* event)

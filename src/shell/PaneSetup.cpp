@@ -12,6 +12,7 @@
 #include "SuiteSettings.h"
 
 #include <QApplication>
+#include <QHash>
 #include <QStyle>
 
 namespace nebra {
@@ -38,16 +39,15 @@ void addDocumentButtons(FolderTreeControl& tree)
     tree.addButton(buttonKey(DocumentCommand::Run), QStringLiteral("Run"));
 }
 
-QIcon iconForKey(const QString& key)
+QStyle::StandardPixmap pictureForKey(const QString& key)
 {
-    QStyle* style = QApplication::style();
     if (key == OrganiserKey)
-        return style->standardIcon(QStyle::SP_DirHomeIcon);
+        return QStyle::SP_DirHomeIcon;
     if (key == InstrumentKey)
-        return style->standardIcon(QStyle::SP_DriveHDIcon);
+        return QStyle::SP_DriveHDIcon;
     if (key == ReportsKey)
-        return style->standardIcon(QStyle::SP_FileDialogDetailedView);
-    return style->standardIcon(QStyle::SP_DirIcon);
+        return QStyle::SP_FileDialogDetailedView;
+    return QStyle::SP_DirIcon;
 }
 } // namespace
 
@@ -118,9 +118,16 @@ void PaneSetup::SetShortcutBarIcons() const
 {
     LogTraceBlock();
     ShortcutsBar& bar = m_window.shortcutsBar();
+    // Each picture made once: the style reads its files for every icon it makes.
+    QHash<int, QIcon> icons;
     for (int group = 0; group < bar.groupCount(); ++group)
-        for (int item = 0; item < bar.itemCaptions(group).size(); ++item)
-            bar.setItemIcon(group, item, iconForKey(bar.itemKey(group, item)));
+        for (int item = 0; item < bar.itemCaptions(group).size(); ++item) {
+            const QStyle::StandardPixmap picture = pictureForKey(bar.itemKey(group, item));
+            auto known = icons.find(picture);
+            if (known == icons.end())
+                known = icons.insert(picture, QApplication::style()->standardIcon(picture));
+            bar.setItemIcon(group, item, *known);
+        }
 }
 
 void PaneSetup::showPanes() const

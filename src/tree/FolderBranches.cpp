@@ -2,7 +2,6 @@
 
 #include "DirectoryReader.h"
 #include "FolderTreeModel.h"
-#include "TreePathRules.h"
 
 #include <QFile>
 #include <QSet>
@@ -14,16 +13,11 @@ namespace nebra {
 namespace {
 
 constexpr int FolderStyle = 6;
-
-QString childPath(const QString& folder, const QString& name)
-{
-    return folder.endsWith(QLatin1Char('/')) ? folder + name : folder + QLatin1Char('/') + name;
-}
-
-QByteArray childPath(const QByteArray& folder, const QByteArray& name)
-{
-    return folder.endsWith('/') ? folder + name : folder + '/' + name;
-}
+// Below this depth a walk keeps each level's folder open and opens the next
+// relative to it; deeper (pathological trees, or a bind mount that loops)
+// it opens folders by path and holds no descriptors, so the process's limit
+// of open files is never reached and a loop ends at the longest path.
+constexpr int HeldLevels = 128;
 
 } // namespace
 
@@ -35,13 +29,27 @@ struct FolderBranches::Scan
     struct Link
     {
         QByteArray rawPath;
-        QString path;
         FolderNode node;
         DirectoryReader::FolderId target;
     };
+    // Until the links are followed the folders are only collected; a set is
+    // made of them only when there are links to compare with.
+    std::vector<DirectoryReader::FolderId> walked;
     QSet<DirectoryReader::FolderId> listed;
+    bool following = false; // the walk is done; the links are being followed
     std::deque<Link> links;
+    std::vector<QByteArray> rawNames; // the names from the walk's start down to the folder being listed
+    QByteArray rawStart;
     quint32 colour = 0;
+    FolderKind kind = FolderKind::None;
+
+    QByteArray rawPathOf(const QByteArray& name) const
+    {
+        QByteArray path = rawStart;
+        for (const QByteArray& level : rawNames)
+            path += (path.endsWith('/') ? QByteArray() : QByteArrayLiteral("/")) + level;
+        return path + (path.endsWith('/') ? QByteArray() : QByteArrayLiteral("/")) + name;
+    }
 };
 
 FolderBranches::FolderBranches(FolderTreeModel& nodes, ColourSource colour)
@@ -52,13 +60,12 @@ FolderBranches::FolderBranches(FolderTreeModel& nodes, ColourSource colour)
 void FolderBranches::SetFolderNodeAttributes(const FolderNode& node, const QString& path,
                                              FolderKind kind) const
 {
-    setAttributes(node, path, kind, m_colour ? m_colour() : 0);
+    node.setFolderPath(path);
+    setAttributes(node, kind, m_colour ? m_colour() : 0);
 }
 
-void FolderBranches::setAttributes(const FolderNode& node, const QString& path, FolderKind kind,
-                                   quint32 colour)
+void FolderBranches::setAttributes(const FolderNode& node, FolderKind kind, quint32 colour)
 {
-    node.setFolderPath(path);
     node.setData(toData(kind));
     node.setDisplayFlagA(false);
     node.setDisplayStyle(FolderStyle);
@@ -71,44 +78,81 @@ void FolderBranches::AddSubFolderNodes(const QString& folderPath, const FolderNo
 {
     Scan scan;
     scan.colour = m_colour ? m_colour() : 0;
-    scanFolder(QFile::encodeName(folderPath), folderPath, parentNode, kind, scan);
+    scan.kind = kind;
+    startScan(QFile::encodeName(folderPath), parentNode, scan, nullptr);
+    if (scan.links.empty())
+        return;
+    scan.listed = QSet<DirectoryReader::FolderId>(scan.walked.begin(), scan.walked.end());
+    scan.following = true;
     while (!scan.links.empty()) {
         const Scan::Link link = std::move(scan.links.front());
         scan.links.pop_front();
         if (!scan.listed.contains(link.target))
-            scanFolder(link.rawPath, link.path, link.node, kind, scan);
+            startScan(link.rawPath, link.node, scan, &link.target);
     }
 }
 
-void FolderBranches::scanFolder(const QByteArray& rawPath, const QString& path, const FolderNode& parent,
-                                FolderKind kind, Scan& scan) const
+// Lists a folder reached by path: the start of a fill, or the folder a link leads to.
+void FolderBranches::startScan(const QByteArray& rawPath, const FolderNode& parent, Scan& scan,
+                               const DirectoryReader::FolderId* known) const
 {
-    const DirectoryReader::SubfolderListing listing = DirectoryReader::subfolders(rawPath);
-    // A folder reached a second time (through a link or a bind mount) is not listed again.
-    if (listing.error != 0 || scan.listed.contains(listing.id))
+    int error = 0;
+    DirectoryReader::OpenFolder folder = DirectoryReader::open(rawPath, error);
+    if (!folder.isOpen())
         return;
-    scan.listed.insert(listing.id);
-    for (const DirectoryReader::Subfolder& folder : listing.folders) {
-        const FolderNode node = m_nodes.addNode(parent, folder.name);
-        const QString nodePath = childPath(path, folder.name);
-        setAttributes(node, nodePath, kind, scan.colour);
-        const QByteArray rawChild = childPath(rawPath, folder.rawName);
-        if (folder.isLink)
-            scan.links.push_back({rawChild, nodePath, node, folder.target});
-        else
-            scanFolder(rawChild, nodePath, node, kind, scan);
+    const DirectoryReader::FolderId id = known ? *known : DirectoryReader::idOf(folder);
+    // A folder reached a second time (through a link) is not listed again.
+    if (scan.following && scan.listed.contains(id))
+        return;
+    markListed(scan, id);
+    scan.rawStart = rawPath;
+    scan.rawNames.clear();
+    scanFolder(std::move(folder), id.device, parent, scan);
+}
+
+void FolderBranches::markListed(Scan& scan, const DirectoryReader::FolderId& id)
+{
+    if (scan.following)
+        scan.listed.insert(id);
+    else
+        scan.walked.push_back(id);
+}
+
+void FolderBranches::scanFolder(DirectoryReader::OpenFolder folder, quint64 device, const FolderNode& parent,
+                                Scan& scan) const
+{
+    const DirectoryReader::SubfolderListing listing = DirectoryReader::subfolders(folder, device);
+    if (listing.error != 0)
+        return;
+    const bool held = scan.rawNames.size() < size_t(HeldLevels);
+    if (!held)
+        folder = {};
+    for (const DirectoryReader::Subfolder& entry : listing.folders) {
+        const FolderNode node = m_nodes.addNode(parent, entry.name);
+        m_nodes.setDerivedFolderPath(node);
+        setAttributes(node, scan.kind, scan.colour);
+        if (entry.isLink) {
+            scan.links.push_back({scan.rawPathOf(entry.rawName), node, entry.target});
+            continue;
+        }
+        if (scan.following && scan.listed.contains(entry.target))
+            continue;
+        int error = 0;
+        DirectoryReader::OpenFolder child = held
+                                                ? DirectoryReader::openSubfolder(folder, entry.rawName, error)
+                                                : DirectoryReader::open(scan.rawPathOf(entry.rawName), error);
+        if (!child.isOpen())
+            continue; // unreadable or vanished: no children
+        markListed(scan, entry.target);
+        scan.rawNames.push_back(entry.rawName);
+        scanFolder(std::move(child), entry.target.device, node, scan);
+        scan.rawNames.pop_back();
     }
 }
 
 FolderNode FolderBranches::FindNode(const QString& path) const
 {
-    const int count = m_nodes.count();
-    for (int i = 0; i < count; ++i) {
-        const FolderNode node = m_nodes.node(i);
-        if (TreePathRules::SamePath(path, node.folderPath()))
-            return node;
-    }
-    return {};
+    return m_nodes.findFolderPath(path); // the same rule as TreePathRules::SamePath, through an index
 }
 
 bool FolderBranches::DoesPathAlreadyExistInTree(const QString& path) const

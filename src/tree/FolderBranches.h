@@ -1,5 +1,6 @@
 #pragma once
 
+#include "DirectoryReader.h"
 #include "FolderKind.h"
 #include "FolderNode.h"
 
@@ -14,7 +15,7 @@ class FolderTreeModel;
 // The folder branches of the tree: filling a node from the disk and the
 // three branch operations by path that keep the tree in step with folders
 // made, removed and renamed on disk. Paths are compared without regard to
-// case, in the tree's flat order; the first match wins.
+// case; of several matches the first in the tree's flat order wins.
 class FolderBranches
 {
 public:
@@ -48,8 +49,11 @@ public:
 
 private:
     struct Scan;
-    static void setAttributes(const FolderNode& node, const QString& path, FolderKind kind, quint32 colour);
-    void scanFolder(const QByteArray& rawPath, const QString& path, const FolderNode& parent, FolderKind kind,
+    static void setAttributes(const FolderNode& node, FolderKind kind, quint32 colour);
+    static void markListed(Scan& scan, const DirectoryReader::FolderId& id);
+    void startScan(const QByteArray& rawPath, const FolderNode& parent, Scan& scan,
+                   const DirectoryReader::FolderId* known) const;
+    void scanFolder(DirectoryReader::OpenFolder folder, quint64 device, const FolderNode& parent,
                     Scan& scan) const;
 
     FolderTreeModel& m_nodes;

@@ -1,3 +1,4 @@
+#include "BrowserControl.h"
 #include "FileListControl.h"
 #include "FolderTreeControl.h"
 #include "MainWindow.h"
@@ -50,6 +51,32 @@ QVariant storedValue(const UserFolders& folders, const QString& key)
     return QSettings(folders.settingsFile(), QSettings::IniFormat).value(key);
 }
 
+// Notes, at the watched window's first paint, whether its browser's engine
+// had started and which panes were visible.
+class FirstPaintWatcher : public QObject
+{
+public:
+    explicit FirstPaintWatcher(MainWindow& window) : m_window(window) {}
+    bool painted = false;
+    bool engineStartedBefore = false;
+    bool panesVisible = false;
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (event->type() == QEvent::Paint && !painted && m_window.MainWindowLoaded()) {
+            painted = true;
+            engineStartedBefore = m_window.browser()->engineStarted();
+            panesVisible = m_window.folderTree().isVisible() && m_window.fileList().isVisible() &&
+                           m_window.shortcutsBar().isVisible();
+        }
+        return QObject::eventFilter(watched, event);
+    }
+
+private:
+    MainWindow& m_window;
+};
+
 } // namespace
 
 class MainWindowStartUpTest : public QObject
@@ -85,6 +112,25 @@ private Q_SLOTS:
         // shortcuts bar setting, the tree and the shortcut icons, and two for the data folders.
         QCOMPARE(traces, 46);
         QCOMPARE(blocks, 7);
+    }
+
+    // The window with its tree, list and shortcuts bar is painted before the
+    // web engine starts; the engine follows and loads the welcome page.
+    void theWindowIsPaintedBeforeTheWebEngineStarts()
+    {
+        UserFolders folders;
+        writeSettings(folders, {}); // the shortcuts bar shown, as by default
+        MainWindow window;
+        FirstPaintWatcher watcher(window);
+        window.installEventFilter(&watcher);
+        QCOMPARE(window.Load(), MainWindow::LoadOutcome::Loaded);
+        QVERIFY(!window.browser()->engineStarted());
+        QTRY_VERIFY_WITH_TIMEOUT(window.browser()->engineStarted(), 10000);
+        QVERIFY(watcher.painted);
+        QVERIFY(!watcher.engineStartedBefore);
+        QVERIFY(watcher.panesVisible);
+        QTRY_COMPARE_WITH_TIMEOUT(window.browser()->ReadyState(), int(BrowserControl::Complete), 10000);
+        QVERIFY(window.browser()->LocationURL().fileName().endsWith(QLatin1String(".mht")));
     }
 
     // With an unusable settings file every setting has its default: logging off.

@@ -95,6 +95,31 @@ private Q_SLOTS:
                               "  real [4]", "    inner [4]"}));
     }
 
+    // Far down a walk opens folders by path instead of relative to an open
+    // parent; the tree must not change where it does.
+    void aDeepBranchIsFilledToItsEnd()
+    {
+        Branch branch;
+        QTemporaryDir outside;
+        makeFolder(outside.filePath("far"));
+        QString relative = QStringLiteral("Results");
+        for (int level = 0; level < 140; ++level)
+            relative += QStringLiteral("/d%1").arg(level % 10);
+        makeFolder(branch.path(relative + QStringLiteral("/B")));
+        QVERIFY(QFile::link(outside.path(), branch.path(relative + QStringLiteral("/a link"))));
+        branch.fill();
+        QCOMPARE(branch.model.count(), 1 + 140 + 3);
+        FolderNode node = branch.results;
+        while (node.childCount() == 1)
+            node = node.child(0);
+        QCOMPARE(node.level(), 140);
+        QCOMPARE(node.folderPath(), branch.path(relative));
+        QCOMPARE(node.child(0).text(), QStringLiteral("a link"));
+        QCOMPARE(node.child(0).child(0).text(), QStringLiteral("far"));
+        QCOMPARE(node.child(1).folderPath(), branch.path(relative + QStringLiteral("/B")));
+        QCOMPARE(branch.branches.FindNode(branch.path(relative + QStringLiteral("/b"))), node.child(1));
+    }
+
     void anUnreadableFolderGetsNoChildren()
     {
         if (::geteuid() == 0)

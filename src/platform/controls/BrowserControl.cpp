@@ -26,18 +26,27 @@ void BrowserControl::RegisterOrganiserScheme()
     QWebEngineUrlScheme::registerScheme(scheme);
 }
 
-BrowserControl::BrowserControl(QWidget* parent) : QWidget(parent), m_view(new QWebEngineView(this))
+BrowserControl::BrowserControl(QWidget* parent, EngineStart start) : QWidget(parent)
 {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(m_view);
+    setAcceptDrops(false);
+    setAccessibleName(QStringLiteral("Preview pane"));
+    if (start == EngineStart::Immediately)
+        StartEngine();
+}
+
+void BrowserControl::StartEngine()
+{
+    if (m_view)
+        return;
+    m_view = new QWebEngineView(this);
+    layout()->addWidget(m_view);
     m_view->setPage(new BrowserPage(
         [this](const QUrl& url, QWebEnginePage::NavigationType type) { return acceptNavigation(url, type); },
         m_view));
-    setAcceptDrops(false);
     m_view->setAcceptDrops(false);
     m_view->setAccessibleName(QStringLiteral("Preview"));
-    setAccessibleName(QStringLiteral("Preview pane"));
     installSchemeHandler();
     connect(m_view->page(), &QWebEnginePage::loadingChanged, this, &BrowserControl::onLoadingChanged);
     connect(m_view, &QWebEngineView::loadProgress, this, [this](int progress) {
@@ -48,6 +57,14 @@ BrowserControl::BrowserControl(QWidget* parent) : QWidget(parent), m_view(new QW
         if (m_readyState == Loading)
             advanceReadyState(Loaded);
     });
+    if (!m_pending.isEmpty())
+        m_view->load(std::exchange(m_pending, QUrl()));
+}
+
+QWebEngineView* BrowserControl::view()
+{
+    StartEngine();
+    return m_view;
 }
 
 void BrowserControl::installSchemeHandler()
@@ -71,13 +88,17 @@ void BrowserControl::Navigate(const QUrl& url)
     m_expected = url;
     m_refreshing = false;
     setReadyState(Loading);
-    m_view->load(url);
+    if (m_view)
+        m_view->load(url);
+    else
+        m_pending = url;
 }
 
 void BrowserControl::Refresh()
 {
-    // Nothing loaded yet: nothing to refresh, and no load to wait for.
-    if (m_view->url().isEmpty())
+    // Nothing loaded yet: nothing to refresh, and no load to wait for (a
+    // navigation waiting for the engine loads the newest page anyway).
+    if (!m_view || m_view->url().isEmpty())
         return;
     m_expected = m_view->url();
     m_refreshing = true;
@@ -87,7 +108,7 @@ void BrowserControl::Refresh()
 
 QUrl BrowserControl::LocationURL() const
 {
-    return m_view->url();
+    return m_view ? m_view->url() : QUrl();
 }
 
 bool BrowserControl::acceptNavigation(const QUrl& url, int type)
@@ -151,6 +172,7 @@ bool BrowserControl::WaitUntilComplete(int limitMs)
 {
     if (m_readyState == Complete)
         return true;
+    StartEngine();
     QPointer<BrowserControl> self(this);
     QEventLoop loop;
     QTimer limit;

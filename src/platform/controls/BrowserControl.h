@@ -39,8 +39,24 @@ public:
     // Upper bound of WaitUntilComplete, so that no wait can hang the program.
     static constexpr int DefaultWaitLimitMs = 10000;
 
-    explicit BrowserControl(QWidget* parent = nullptr);
+    // When the web engine starts: at once, or at StartEngine() (or the first
+    // call that needs a page), so that a window can be painted before the
+    // engine's processes are started.
+    enum class EngineStart
+    {
+        Immediately,
+        Deferred
+    };
 
+    explicit BrowserControl(QWidget* parent = nullptr, EngineStart start = EngineStart::Immediately);
+
+    // Creates the web view; a navigation asked for before then is loaded now.
+    // Does nothing once the engine has started.
+    void StartEngine();
+    bool engineStarted() const { return m_view != nullptr; }
+
+    // Before the engine has started, the address is kept and loaded when it
+    // starts; the ready state is Loading meanwhile.
     void Navigate(const QUrl& url);
     // Reloads the page shown; does nothing before the first navigation.
     void Refresh();
@@ -48,10 +64,12 @@ public:
     QUrl LocationURL() const;
 
     // Lets the event loop run until the ready state is Complete or the limit
-    // has passed; true when the page is complete. Returns at once when it already is.
+    // has passed; true when the page is complete. Returns at once when it
+    // already is. Starts the engine if it has not started yet.
     bool WaitUntilComplete(int limitMs = DefaultWaitLimitMs);
 
-    QWebEngineView* view() const { return m_view; }
+    // The web view (the engine is started for it if it has not been).
+    QWebEngineView* view();
 
 Q_SIGNALS:
     // A navigation started by the page; set cancel to stop it. Connect directly.
@@ -70,7 +88,8 @@ private:
     void setReadyState(int state);
     void installSchemeHandler();
 
-    QWebEngineView* m_view;
+    QWebEngineView* m_view = nullptr;
+    QUrl m_pending; // navigated to before the engine started
     int m_readyState = Uninitialised;
     QUrl m_expected;           // the address of the load the control is waiting for
     bool m_refreshing = false; // the load in progress is a refresh

@@ -12,8 +12,12 @@ void FileItemDelegate::initStyleOption(QStyleOptionViewItem* option, const QMode
     QStyledItemDelegate::initStyleOption(option, index);
     if (index.column() != 0)
         return;
-    option->icon = QApplication::style()->standardIcon(
-        index.data(FileListModel::IsFolderRole).toBool() ? QStyle::SP_DirIcon : QStyle::SP_FileIcon);
+    const bool folder = index.data(FileListModel::IsFolderRole).toBool();
+    QIcon& icon = folder ? m_folder : m_file;
+    // Made once: the style reads each picture's files for every icon it makes.
+    if (icon.isNull())
+        icon = QApplication::style()->standardIcon(folder ? QStyle::SP_DirIcon : QStyle::SP_FileIcon);
+    option->icon = icon;
     option->features |= QStyleOptionViewItem::HasDecoration;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QIcon>
 #include <QStyledItemDelegate>
 
 namespace nebra {
@@ -13,6 +14,10 @@ public:
 
 protected:
     void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override;
+
+private:
+    mutable QIcon m_folder;
+    mutable QIcon m_file;
 };
 
 } // namespace nebra

@@ -17,22 +17,21 @@ QString FolderNode::text() const
 
 void FolderNode::setText(const QString& text) const
 {
-    if (auto* s = m_model ? m_model->slotOf(*this) : nullptr) {
-        s->text = text;
+    if (m_model && m_model->slotOf(*this)) {
+        m_model->setText(m_slot, text);
         m_model->changed(*this, Qt::DisplayRole);
     }
 }
 
 QString FolderNode::folderPath() const
 {
-    const auto* s = m_model ? m_model->slotOf(*this) : nullptr;
-    return s ? s->path : QString();
+    return m_model && m_model->slotOf(*this) ? m_model->pathOf(m_slot) : QString();
 }
 
 void FolderNode::setFolderPath(const QString& path) const
 {
-    if (auto* s = m_model ? m_model->slotOf(*this) : nullptr) {
-        s->path = path;
+    if (m_model && m_model->slotOf(*this)) {
+        m_model->setPath(m_slot, path);
         m_model->changed(*this, FolderTreeModel::FolderPathRole);
     }
 }
@@ -57,14 +56,13 @@ int FolderNode::level() const
 
 QString FolderNode::page() const
 {
-    const auto* s = m_model ? m_model->slotOf(*this) : nullptr;
-    return s ? s->page : QString();
+    return m_model && m_model->slotOf(*this) ? m_model->pageOf(m_slot) : QString();
 }
 
 void FolderNode::setPage(const QString& page) const
 {
-    if (auto* s = m_model ? m_model->slotOf(*this) : nullptr)
-        s->page = page;
+    if (m_model && m_model->slotOf(*this))
+        m_model->setPage(m_slot, page);
 }
 
 bool FolderNode::displayFlagA() const

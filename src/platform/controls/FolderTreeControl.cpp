@@ -38,12 +38,18 @@ protected:
         const quint32 colour = index.data(FolderTreeModel::ColourRole).toUInt();
         if (colour != 0)
             option->palette.setColor(QPalette::Text, QColor::fromRgba(colour));
-        QStyle* style = QApplication::style();
-        option->icon = style->standardIcon(index.data(FolderTreeModel::StyleRole).toInt() == HomeStyle
-                                               ? QStyle::SP_DirHomeIcon
-                                               : QStyle::SP_DirIcon);
+        const bool home = index.data(FolderTreeModel::StyleRole).toInt() == HomeStyle;
+        QIcon& icon = home ? m_home : m_folder;
+        // Made once: the style reads each picture's files for every icon it makes.
+        if (icon.isNull())
+            icon = QApplication::style()->standardIcon(home ? QStyle::SP_DirHomeIcon : QStyle::SP_DirIcon);
+        option->icon = icon;
         option->features |= QStyleOptionViewItem::HasDecoration;
     }
+
+private:
+    mutable QIcon m_folder;
+    mutable QIcon m_home;
 };
 
 bool isBlank(const QString& caption)

@@ -1,8 +1,35 @@
 #include "FolderTreeModel.h"
 
+#include <QVarLengthArray>
+
 #include <algorithm>
 
 namespace nebra {
+
+namespace {
+
+constexpr quint32 HashBasis = 2166136261u;
+
+// FNV-1a over the case-folded characters, so paths that differ only in case
+// hash alike. Characters outside the basic plane are left out of the hash
+// (their case pairs fold across surrogates); the comparison still sees them.
+quint32 foldedHash(QStringView text, quint32 hash = HashBasis)
+{
+    for (const QChar c : text) {
+        if (c.isSurrogate())
+            continue;
+        hash ^= QChar::toCaseFolded(c.unicode());
+        hash *= 16777619u;
+    }
+    return hash;
+}
+
+bool samePath(const QString& a, const QString& b)
+{
+    return a.size() == b.size() && a.compare(b, Qt::CaseInsensitive) == 0;
+}
+
+} // namespace
 
 FolderTreeModel::FolderTreeModel(QObject* parent) : QAbstractItemModel(parent) {}
 
@@ -64,6 +91,9 @@ void FolderTreeModel::freeSubtree(qint32 top)
     QList<qint32> pending{top};
     while (!pending.isEmpty()) {
         const qint32 slot = pending.takeLast();
+        unindex(slot);
+        if (!m_pages.isEmpty())
+            m_pages.remove(slot);
         Slot& s = m_slots[size_t(slot)];
         pending.append(s.children);
         const quint32 generation = s.generation + 1;
@@ -135,7 +165,7 @@ FolderNode FolderTreeModel::insertNode(const FolderNode& parent, int position, c
     s.text = text;
     s.parent = parentSlot;
     s.row = position;
-    s.level = parentSlot < 0 ? 0 : m_slots[size_t(parentSlot)].level + 1;
+    s.level = parentSlot < 0 ? 0 : qint16(m_slots[size_t(parentSlot)].level + 1);
     s.flags = Live;
     QList<qint32>& siblings = siblingsOf(parentSlot);
     siblings.insert(position, slot);
@@ -189,6 +219,164 @@ void FolderTreeModel::clear()
         freeSubtree(top);
     m_flatDirty = true;
     endUpdate();
+}
+
+QString FolderTreeModel::pathOf(qint32 slot) const
+{
+    const Slot& s = m_slots[size_t(slot)];
+    if (!(s.flags & DerivedPath))
+        return s.path;
+    QVarLengthArray<qint32, 16> chain;
+    qint32 at = slot;
+    for (; at >= 0 && (m_slots[size_t(at)].flags & DerivedPath); at = m_slots[size_t(at)].parent)
+        chain.append(at);
+    QString path = at >= 0 ? m_slots[size_t(at)].path : QString();
+    qsizetype length = path.size();
+    for (qint32 link : chain)
+        length += m_slots[size_t(link)].text.size() + 1;
+    path.reserve(length);
+    for (qsizetype i = chain.size() - 1; i >= 0; --i) {
+        if (!path.endsWith(QLatin1Char('/')))
+            path += QLatin1Char('/');
+        path += m_slots[size_t(chain[i])].text;
+    }
+    return path;
+}
+
+void FolderTreeModel::setPath(qint32 slot, const QString& path)
+{
+    if (pathOf(slot) == path)
+        return;
+    // The children that follow this node's path keep the paths they have.
+    for (qint32 child : m_slots[size_t(slot)].children)
+        materialisePath(child);
+    unindex(slot);
+    Slot& s = m_slots[size_t(slot)];
+    s.path = path;
+    s.flags &= ~DerivedPath;
+    if (!path.isEmpty())
+        index(slot, foldedHash(path));
+}
+
+void FolderTreeModel::setDerivedFolderPath(const FolderNode& node)
+{
+    const Slot* s = slotOf(node);
+    if (!s || (s->flags & DerivedPath))
+        return;
+    const qint32 slot = node.m_slot;
+    if (s->parent < 0) {
+        setPath(slot, s->text);
+        return;
+    }
+    for (qint32 child : s->children)
+        materialisePath(child);
+    unindex(slot);
+    // The hash continues the parent's: the path is the parent's with more characters.
+    const Slot& parent = m_slots[size_t(s->parent)];
+    const bool parentIndexed = parent.flags & Indexed;
+    const QChar last = !parentIndexed ? QChar()
+                       : (parent.flags & DerivedPath)
+                           ? (parent.text.isEmpty() ? QLatin1Char('/') : parent.text.back())
+                           : parent.path.back();
+    quint32 hash = parentIndexed ? parent.pathHash : HashBasis;
+    if (last != QLatin1Char('/'))
+        hash = foldedHash(u"/", hash);
+    Slot& self = m_slots[size_t(slot)];
+    self.path = QString();
+    self.flags |= DerivedPath;
+    index(slot, foldedHash(self.text, hash));
+}
+
+void FolderTreeModel::materialisePath(qint32 slot)
+{
+    Slot& s = m_slots[size_t(slot)];
+    if (!(s.flags & DerivedPath))
+        return;
+    QString path = pathOf(slot);
+    s.path = std::move(path);
+    s.flags &= ~DerivedPath;
+}
+
+void FolderTreeModel::index(qint32 slot, quint32 hash)
+{
+    Slot& s = m_slots[size_t(slot)];
+    s.pathHash = hash;
+    s.nextSamePathHash = m_byPath.value(hash, -1);
+    s.flags |= Indexed;
+    m_byPath.insert(hash, slot);
+}
+
+void FolderTreeModel::unindex(qint32 slot)
+{
+    Slot& s = m_slots[size_t(slot)];
+    if (!(s.flags & Indexed))
+        return;
+    const auto head = m_byPath.find(s.pathHash);
+    if (head.value() == slot) {
+        if (s.nextSamePathHash < 0)
+            m_byPath.erase(head);
+        else
+            head.value() = s.nextSamePathHash;
+    } else {
+        qint32 at = head.value();
+        while (m_slots[size_t(at)].nextSamePathHash != slot)
+            at = m_slots[size_t(at)].nextSamePathHash;
+        m_slots[size_t(at)].nextSamePathHash = s.nextSamePathHash;
+    }
+    s.nextSamePathHash = -1;
+    s.flags &= ~Indexed;
+}
+
+// True when a comes before b in the display order.
+bool FolderTreeModel::precedes(qint32 a, qint32 b) const
+{
+    const auto ancestry = [this](qint32 slot) {
+        QVarLengthArray<qint32, 16> chain;
+        for (; slot >= 0; slot = m_slots[size_t(slot)].parent)
+            chain.append(slot);
+        std::reverse(chain.begin(), chain.end());
+        return chain;
+    };
+    const auto left = ancestry(a);
+    const auto right = ancestry(b);
+    qsizetype i = 0;
+    while (i < left.size() && i < right.size() && left[i] == right[i])
+        ++i;
+    if (i == left.size() || i == right.size())
+        return i == left.size(); // an ancestor comes before its descendants
+    return m_slots[size_t(left[i])].row < m_slots[size_t(right[i])].row;
+}
+
+FolderNode FolderTreeModel::findFolderPath(const QString& path) const
+{
+    if (path.isEmpty()) { // empty paths are not indexed: they are only the nodes not yet given one
+        for (qint32 slot : flat())
+            if (pathOf(slot).isEmpty())
+                return handle(slot);
+        return {};
+    }
+    qint32 best = -1;
+    for (qint32 at = m_byPath.value(foldedHash(path), -1); at >= 0; at = m_slots[size_t(at)].nextSamePathHash)
+        if (samePath(pathOf(at), path) && (best < 0 || precedes(at, best)))
+            best = at;
+    return handle(best);
+}
+
+void FolderTreeModel::setText(qint32 slot, const QString& text)
+{
+    Slot& s = m_slots[size_t(slot)];
+    if (s.text == text)
+        return;
+    materialisePath(slot); // the folder path stays what it was
+    m_slots[size_t(slot)].text = text;
+}
+
+void FolderTreeModel::setPage(qint32 slot, const QString& page)
+{
+    if (page.isEmpty())
+        m_pages.remove(slot);
+    else
+        m_pages.insert(slot, page);
 }
 
 void FolderTreeModel::beginUpdate()
@@ -293,7 +481,7 @@ QVariant FolderTreeModel::data(const QModelIndex& index, int role) const
         return s.text;
     case Qt::ToolTipRole:
     case FolderPathRole:
-        return s.path;
+        return pathOf(qint32(index.internalId()));
     case BoldRole:
         return bool(s.flags & FlagB);
     case ColourRole:

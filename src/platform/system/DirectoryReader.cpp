@@ -9,6 +9,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 namespace nebra {
@@ -21,7 +22,7 @@ inline bool isDotOrDotDot(const char* name)
 }
 
 // Opens a folder for listing; the DIR owns the descriptor afterwards.
-DIR* openFolder(const QByteArray& path, int& error, struct stat* self)
+DIR* openFolder(const QByteArray& path, int& error)
 {
     if (path.isEmpty()) {
         error = ENOENT; // an empty path names no folder (and never the working folder)
@@ -32,11 +33,6 @@ DIR* openFolder(const QByteArray& path, int& error, struct stat* self)
         error = errno;
         return nullptr;
     }
-    if (self && ::fstat(fd, self) != 0) {
-        error = errno;
-        ::close(fd);
-        return nullptr;
-    }
     DIR* dir = ::fdopendir(fd);
     if (!dir) {
         error = errno;
@@ -45,62 +41,147 @@ DIR* openFolder(const QByteArray& path, int& error, struct stat* self)
     return dir;
 }
 
-DirectoryReader::FolderId idOf(const struct stat& st)
+DirectoryReader::FolderId idOfStat(const struct stat& st)
 {
     return {quint64(st.st_dev), quint64(st.st_ino)};
 }
 
 // Keeps the entry when it is a folder or a link that leads to one (a broken
-// or looping link does not).
-void addIfFolder(int fd, const dirent* entry, std::vector<DirectoryReader::Subfolder>& folders)
+// or looping link does not). A folder's identity comes from the entry itself.
+void addIfFolder(int fd, const char* name, unsigned char type, quint64 inode, quint64 device,
+                 std::vector<DirectoryReader::Subfolder>& folders)
 {
-    unsigned char type = entry->d_type;
     struct stat st = {};
+    DirectoryReader::FolderId target{device, inode};
     if (type == DT_UNKNOWN) {
-        if (::fstatat(fd, entry->d_name, &st, AT_SYMLINK_NOFOLLOW) != 0)
+        if (::fstatat(fd, name, &st, AT_SYMLINK_NOFOLLOW) != 0)
             return; // vanished while we looked
         type = S_ISDIR(st.st_mode) ? DT_DIR : S_ISLNK(st.st_mode) ? DT_LNK : DT_REG;
+        target = idOfStat(st);
     }
     if (type == DT_DIR) {
-        const QByteArray raw(entry->d_name);
-        folders.push_back({raw, QString::fromUtf8(raw), false, {}});
-    } else if (type == DT_LNK && ::fstatat(fd, entry->d_name, &st, 0) == 0 && S_ISDIR(st.st_mode)) {
-        const QByteArray raw(entry->d_name);
-        folders.push_back({raw, QString::fromUtf8(raw), true, idOf(st)});
+        const QByteArray raw(name);
+        folders.push_back({raw, QString::fromUtf8(raw), false, target});
+    } else if (type == DT_LNK && ::fstatat(fd, name, &st, 0) == 0 && S_ISDIR(st.st_mode)) {
+        const QByteArray raw(name);
+        folders.push_back({raw, QString::fromUtf8(raw), true, idOfStat(st)});
     }
+}
+
+// The kernel's directory record, as getdents64(2) fills the buffer.
+struct LinuxDirent64
+{
+    quint64 d_ino;
+    qint64 d_off;
+    unsigned short d_reclen;
+    unsigned char d_type;
+    char d_name[1];
+};
+
+// Reads the entries in large blocks straight from the kernel: readdir(3)
+// would need the folder opened through fdopendir, which costs an fstat and
+// an fcntl per folder.
+int readSubfolders(int fd, quint64 device, std::vector<DirectoryReader::Subfolder>& folders)
+{
+    alignas(8) char buffer[32768];
+    for (;;) {
+        const long read = ::syscall(SYS_getdents64, fd, buffer, sizeof buffer);
+        if (read < 0)
+            return errno;
+        if (read == 0)
+            return 0;
+        for (long offset = 0; offset < read;) {
+            const auto* entry = reinterpret_cast<const LinuxDirent64*>(buffer + offset);
+            offset += entry->d_reclen;
+            if (!isDotOrDotDot(entry->d_name))
+                addIfFolder(fd, entry->d_name, entry->d_type, entry->d_ino, device, folders);
+        }
+    }
+}
+
+void sortByName(std::vector<DirectoryReader::Subfolder>& folders)
+{
+    std::sort(folders.begin(), folders.end(),
+              [](const DirectoryReader::Subfolder& a, const DirectoryReader::Subfolder& b) {
+                  const int c = a.name.compare(b.name, Qt::CaseInsensitive);
+                  return c != 0 ? c < 0 : a.rawName < b.rawName;
+              });
 }
 
 } // namespace
 
-DirectoryReader::SubfolderListing DirectoryReader::subfolders(const QByteArray& path)
+DirectoryReader::OpenFolder& DirectoryReader::OpenFolder::operator=(OpenFolder&& other) noexcept
+{
+    if (this != &other) {
+        if (m_fd >= 0)
+            ::close(m_fd);
+        m_fd = std::exchange(other.m_fd, -1);
+    }
+    return *this;
+}
+
+DirectoryReader::OpenFolder::~OpenFolder()
+{
+    if (m_fd >= 0)
+        ::close(m_fd);
+}
+
+DirectoryReader::OpenFolder DirectoryReader::open(const QByteArray& path, int& error)
+{
+    if (path.isEmpty()) {
+        error = ENOENT; // an empty path names no folder (and never the working folder)
+        return {};
+    }
+    const int fd = ::open(path.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    error = fd < 0 ? errno : 0;
+    return OpenFolder(fd);
+}
+
+DirectoryReader::OpenFolder DirectoryReader::openSubfolder(const OpenFolder& parent, const QByteArray& name,
+                                                           int& error)
+{
+    const int fd = ::openat(parent.fd(), name.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    error = fd < 0 ? errno : 0;
+    return OpenFolder(fd);
+}
+
+DirectoryReader::FolderId DirectoryReader::idOf(const OpenFolder& folder)
+{
+    struct stat st = {};
+    return folder.isOpen() && ::fstat(folder.fd(), &st) == 0 ? idOfStat(st) : FolderId();
+}
+
+DirectoryReader::SubfolderListing DirectoryReader::subfolders(const OpenFolder& folder, quint64 device)
 {
     SubfolderListing listing;
-    struct stat self = {};
-    DIR* dir = openFolder(path, listing.error, &self);
-    if (!dir)
+    if (!folder.isOpen()) {
+        listing.error = EBADF;
         return listing;
-    listing.id = idOf(self);
-    const int fd = ::dirfd(dir);
-    errno = 0;
-    while (const dirent* entry = ::readdir(dir)) {
-        if (!isDotOrDotDot(entry->d_name))
-            addIfFolder(fd, entry, listing.folders);
-        errno = 0;
     }
-    if (errno != 0)
-        listing.error = errno;
-    ::closedir(dir);
-    std::sort(listing.folders.begin(), listing.folders.end(), [](const Subfolder& a, const Subfolder& b) {
-        const int c = a.name.compare(b.name, Qt::CaseInsensitive);
-        return c != 0 ? c < 0 : a.rawName < b.rawName;
-    });
+    listing.error = readSubfolders(folder.fd(), device, listing.folders);
+    sortByName(listing.folders);
+    return listing;
+}
+
+DirectoryReader::SubfolderListing DirectoryReader::subfolders(const QByteArray& path)
+{
+    int error = 0;
+    const OpenFolder folder = open(path, error);
+    if (!folder.isOpen()) {
+        SubfolderListing listing;
+        listing.error = error;
+        return listing;
+    }
+    const FolderId id = idOf(folder);
+    SubfolderListing listing = subfolders(folder, id.device);
+    listing.id = id;
     return listing;
 }
 
 DirectoryReader::FileListing DirectoryReader::files(const QByteArray& folder, const WildcardFilter& filter)
 {
     FileListing listing;
-    DIR* dir = openFolder(folder, listing.error, nullptr);
+    DIR* dir = openFolder(folder, listing.error);
     if (!dir)
         return listing;
     const int fd = ::dirfd(dir);

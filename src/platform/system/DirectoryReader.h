@@ -4,6 +4,7 @@
 #include <QHashFunctions>
 #include <QString>
 
+#include <utility>
 #include <vector>
 
 namespace nebra {
@@ -38,7 +39,10 @@ public:
         QByteArray rawName; // as on disk, to build paths that open again
         QString name;       // for display (UTF-8, invalid bytes replaced)
         bool isLink = false;
-        FolderId target; // the folder the entry leads to, for links only
+        // The folder the entry leads to. For a plain folder it is the entry's
+        // inode on the listed folder's device (a mount point's own root is
+        // not looked up: that would cost a stat per folder).
+        FolderId target;
     };
 
     struct SubfolderListing
@@ -52,6 +56,37 @@ public:
     // included. A symbolic link counts when it leads to a folder. The names
     // are sorted without regard to case, the order file managers show.
     static SubfolderListing subfolders(const QByteArray& path);
+
+    // An open folder, for listing it and opening its subfolders relative to
+    // it (no path lookup from the root for each folder). Closed on destruction.
+    class OpenFolder
+    {
+    public:
+        OpenFolder() = default;
+        explicit OpenFolder(int fd) : m_fd(fd) {}
+        OpenFolder(OpenFolder&& other) noexcept : m_fd(std::exchange(other.m_fd, -1)) {}
+        OpenFolder& operator=(OpenFolder&& other) noexcept;
+        OpenFolder(const OpenFolder&) = delete;
+        OpenFolder& operator=(const OpenFolder&) = delete;
+        ~OpenFolder();
+
+        bool isOpen() const { return m_fd >= 0; }
+        int fd() const { return m_fd; }
+
+    private:
+        int m_fd = -1;
+    };
+
+    // Opens a folder by path, following links; error holds errno on failure.
+    static OpenFolder open(const QByteArray& path, int& error);
+    // Opens the subfolder name of an open folder (a link is followed).
+    static OpenFolder openSubfolder(const OpenFolder& parent, const QByteArray& name, int& error);
+    // The identity of an open folder (one fstat).
+    static FolderId idOf(const OpenFolder& folder);
+    // Every subfolder of an open folder, as subfolders(path) lists them,
+    // read with getdents64 and no stat of the folder itself; device is the
+    // folder's device, for the plain folders' targets. listing.id is left empty.
+    static SubfolderListing subfolders(const OpenFolder& folder, quint64 device);
 
     struct FileRecord
     {

@@ -15,6 +15,31 @@ QStringList flatTexts(const FolderTreeModel& model)
     return texts;
 }
 
+// Organiser / Results (a, raw below it, paths following their parents), Protocols,
+// and a later node whose path is the Results path in other letter case.
+struct PathTree
+{
+    FolderTreeModel model;
+    FolderNode root, results, runA, raw, protocols, again;
+
+    PathTree()
+    {
+        root = model.addNode(QStringLiteral("Organiser"));
+        root.setFolderPath(QStringLiteral("Organiser"));
+        results = model.addNode(root, QStringLiteral("Results"));
+        results.setFolderPath(QStringLiteral("/data/Results"));
+        runA = model.addNode(results, QStringLiteral("Run A"));
+        model.setDerivedFolderPath(runA);
+        raw = model.addNode(runA, QString::fromUtf8("Ärger"));
+        model.setDerivedFolderPath(raw);
+        protocols = model.addNode(root, QStringLiteral("Protocols"));
+        protocols.setFolderPath(QStringLiteral("/data/Protocols"));
+        again = model.addNode(root, QStringLiteral("Again"));
+        again.setFolderPath(QStringLiteral("/DATA/results"));
+    }
+    QString found(const QString& path) const { return model.findFolderPath(path).text(); }
+};
+
 } // namespace
 
 class FolderTreeModelTest : public QObject
@@ -48,6 +73,63 @@ private Q_SLOTS:
         model.clear();
         QCOMPARE(model.count(), 0);
         QVERIFY(!root.isValid());
+    }
+
+    void nodesAreFoundByPathIgnoringCase_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<QString>("caption");
+        QTest::newRow("as set") << "/data/Protocols"
+                                << "Protocols";
+        QTest::newRow("two matches: the first shown") << "/Data/RESULTS"
+                                                      << "Results";
+        QTest::newRow("following the parent") << "/data/Results/Run A"
+                                              << "Run A";
+        QTest::newRow("two levels, accented")
+            << QString::fromUtf8("/DATA/results/run a/äRGER") << QString::fromUtf8("Ärger");
+        QTest::newRow("a prefix only") << "/data"
+                                       << "";
+        QTest::newRow("longer") << "/data/Protocols/x"
+                                << "";
+        QTest::newRow("root") << "organiser"
+                              << "Organiser";
+    }
+
+    void nodesAreFoundByPathIgnoringCase()
+    {
+        QFETCH(QString, path);
+        QFETCH(QString, caption);
+        PathTree tree;
+        QCOMPARE(tree.found(path), caption);
+        QCOMPARE(tree.raw.folderPath(), QString::fromUtf8("/data/Results/Run A/Ärger"));
+    }
+
+    void pathsStayPutWhenCaptionsAndParentsChange()
+    {
+        PathTree tree;
+        QAbstractItemModelTester tester(&tree.model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+        // A new caption is no new folder.
+        tree.runA.setText(QStringLiteral("Run B"));
+        QCOMPARE(tree.runA.folderPath(), QStringLiteral("/data/Results/Run A"));
+        QCOMPARE(tree.found(QStringLiteral("/data/results/run a")), QStringLiteral("Run B"));
+        QCOMPARE(tree.found(QStringLiteral("/data/Results/Run B")), QString());
+        // A parent's new path leaves its children's as they were.
+        tree.results.setFolderPath(QStringLiteral("/moved"));
+        QCOMPARE(tree.found(QStringLiteral("/MOVED")), QStringLiteral("Results"));
+        QCOMPARE(tree.found(QStringLiteral("/data/results")), QStringLiteral("Again"));
+        QCOMPARE(tree.raw.folderPath(), QString::fromUtf8("/data/Results/Run A/Ärger"));
+        // Removed nodes are no longer found; a node inserted before another comes first.
+        QVERIFY(tree.model.removeNode(tree.results));
+        QCOMPARE(tree.found(QStringLiteral("/data/Results/Run A")), QString());
+        const FolderNode first = tree.model.insertNode(tree.root, 0, QStringLiteral("First"));
+        first.setFolderPath(QStringLiteral("/data/Results"));
+        QCOMPARE(tree.found(QStringLiteral("/data/results")), QStringLiteral("First"));
+        // Below a parent whose path ends with a separator no second one is added.
+        first.setFolderPath(QStringLiteral("/"));
+        const FolderNode child = tree.model.addNode(first, QStringLiteral("etc"));
+        tree.model.setDerivedFolderPath(child);
+        QCOMPARE(child.folderPath(), QStringLiteral("/etc"));
+        QCOMPARE(tree.found(QStringLiteral("/ETC")), QStringLiteral("etc"));
     }
 };
 
