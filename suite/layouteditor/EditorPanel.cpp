@@ -124,7 +124,7 @@ QWidget* EditorPanel::makeSeriesGroup()
     form->addRow(QStringLiteral("First &concentration:"), m_first);
     form->addRow(QStringLiteral("&Dilution factor:"), m_factor);
     form->addRow(QStringLiteral("Poin&ts:"), m_points);
-    form->addRow(QStringLiteral("Re&plicates:"), m_replicates);
+    form->addRow(QStringLiteral("Replicate&s:"), m_replicates);
     form->addRow(QStringLiteral("Dir&ection:"), m_direction);
     form->addRow(QStringLiteral("Label pr&efix:"), m_seriesPrefix);
     form->addRow(QString(), fill);

@@ -68,35 +68,51 @@ void LayoutDocument::apply(const PlateLayout& layout)
 
 void LayoutDocument::push(const QString& text, PlateLayout after)
 {
-    if (after == m_layout)
-        return;
     m_undo.push(new LayoutEditCommand(text, m_layout, std::move(after),
                                       [this](const PlateLayout& layout) { apply(layout); }));
 }
 
+bool LayoutDocument::editWells(const QList<std::pair<int, Well>>& wells, const QString& text)
+{
+    // Only the wells named are compared, so a large plate costs no full comparison per edit.
+    PlateLayout after = m_layout;
+    bool changed = false;
+    for (const auto& [index, well] : wells) {
+        if (m_layout.wells()[index] == well)
+            continue;
+        after.setWell(index, well);
+        changed = true;
+    }
+    if (changed)
+        push(text, std::move(after));
+    return changed;
+}
+
 void LayoutDocument::assignRole(const QList<int>& wells, WellRole role)
 {
-    PlateLayout after = m_layout;
+    QList<std::pair<int, Well>> changes;
+    changes.reserve(wells.size());
     for (int index : wells) {
-        Well well = after.wells()[index];
+        Well well = m_layout.wells()[index];
         well.role = role;
         // A concentration belongs to a standard: the role's change takes it away.
         if (role != WellRole::Standard)
             well.concentration.reset();
-        after.setWell(index, std::move(well));
+        changes.append({index, std::move(well)});
     }
-    push(QStringLiteral("Set role %1").arg(PlateLayout::roleName(role)), std::move(after));
+    editWells(changes, QStringLiteral("Set role %1").arg(PlateLayout::roleName(role)));
 }
 
 void LayoutDocument::assignLabel(const QList<int>& wells, const QString& label)
 {
-    PlateLayout after = m_layout;
+    QList<std::pair<int, Well>> changes;
+    changes.reserve(wells.size());
     for (int index : wells) {
-        Well well = after.wells()[index];
+        Well well = m_layout.wells()[index];
         well.label = label.trimmed();
-        after.setWell(index, std::move(well));
+        changes.append({index, std::move(well)});
     }
-    push(QStringLiteral("Set label"), std::move(after));
+    editWells(changes, QStringLiteral("Set label"));
 }
 
 void LayoutDocument::numberSamples(const QList<int>& wells, bool byColumns, const QString& prefix)
@@ -110,16 +126,16 @@ void LayoutDocument::numberSamples(const QList<int>& wells, bool byColumns, cons
         });
     else
         std::sort(order.begin(), order.end());
-    PlateLayout after = m_layout;
+    QList<std::pair<int, Well>> changes;
     int number = 0;
     for (int index : std::as_const(order)) {
-        Well well = after.wells()[index];
+        Well well = m_layout.wells()[index];
         if (well.role != WellRole::Sample)
             continue;
         well.label = prefix + QString::number(++number);
-        after.setWell(index, std::move(well));
+        changes.append({index, std::move(well)});
     }
-    push(QStringLiteral("Number samples"), std::move(after));
+    editWells(changes, QStringLiteral("Number samples"));
 }
 
 bool LayoutDocument::fillSeries(const StandardSeries& series, int startRow, int startColumn, QString& error)
@@ -128,10 +144,7 @@ bool LayoutDocument::fillSeries(const StandardSeries& series, int startRow, int 
         series.plan(m_layout.rows(), m_layout.columns(), startRow, startColumn, error);
     if (wells.isEmpty())
         return false;
-    PlateLayout after = m_layout;
-    for (const auto& [index, well] : wells)
-        after.setWell(index, well);
-    push(QStringLiteral("Standards series"), std::move(after));
+    editWells(wells, QStringLiteral("Standards series"));
     return true;
 }
 
@@ -144,16 +157,18 @@ bool LayoutDocument::paste(const WellBlock& block, int row, int column, QString&
                     .arg(PlateLayout::wellName(row, column));
         return false;
     }
-    PlateLayout after = m_layout;
+    QList<std::pair<int, Well>> changes;
     for (int r = 0; r < block.rows; ++r)
         for (int c = 0; c < block.columns; ++c)
-            after.setWell(row + r, column + c, block.wells[r * block.columns + c]);
-    push(QStringLiteral("Paste"), std::move(after));
+            changes.append({(row + r) * m_layout.columns() + column + c, block.wells[r * block.columns + c]});
+    editWells(changes, QStringLiteral("Paste"));
     return true;
 }
 
 void LayoutDocument::rename(const QString& name)
 {
+    if (name == m_layout.name())
+        return;
     PlateLayout after = m_layout;
     after.setName(name);
     push(QStringLiteral("Rename"), std::move(after));
@@ -161,6 +176,8 @@ void LayoutDocument::rename(const QString& name)
 
 void LayoutDocument::changeFormat(int rows, int columns)
 {
+    if (rows == m_layout.rows() && columns == m_layout.columns())
+        return;
     PlateLayout after(m_layout.name(), rows, columns);
     for (int r = 0; r < std::min(rows, m_layout.rows()); ++r)
         for (int c = 0; c < std::min(columns, m_layout.columns()); ++c)

@@ -86,6 +86,8 @@ private:
     static FileStamp stampOf(const QString& path);
 
     void push(const QString& text, PlateLayout after);
+    // One undo step setting the wells given; none when they are as they were.
+    bool editWells(const QList<std::pair<int, Well>>& wells, const QString& text);
     void apply(const PlateLayout& layout);
     bool write(const QString& path, QString& error);
     SaveResult keepBothVersions(QString& error);

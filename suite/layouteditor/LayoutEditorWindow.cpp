@@ -19,6 +19,7 @@
 #include <QScrollArea>
 #include <QStatusBar>
 #include <QToolBar>
+#include <QUndoStack>
 
 namespace nebra {
 
@@ -98,14 +99,20 @@ void LayoutEditorWindow::createFileActions(QMenu* menu)
 
 void LayoutEditorWindow::createEditActions(QMenu* menu)
 {
-    QAction* undo = m_document.undoStack().createUndoAction(this, QStringLiteral("&Undo"));
-    undo->setObjectName(QStringLiteral("Undo"));
-    undo->setShortcut(QKeySequence::Undo);
-    QAction* redo = m_document.undoStack().createRedoAction(this, QStringLiteral("&Redo"));
-    redo->setObjectName(QStringLiteral("Redo"));
-    redo->setShortcut(QKeySequence::Redo);
-    menu->addAction(undo);
-    menu->addAction(redo);
+    // Fixed texts, with the step named in the tool tip: a text that changed
+    // with every edit would lay out the menu and tool bar again each time.
+    QUndoStack& stack = m_document.undoStack();
+    QAction* undo = makeAction(menu, QStringLiteral("&Undo"), QKeySequence::Undo, [&stack] { stack.undo(); });
+    QAction* redo = makeAction(menu, QStringLiteral("&Redo"), QKeySequence::Redo, [&stack] { stack.redo(); });
+    const auto follow = [undo, redo, &stack] {
+        undo->setEnabled(stack.canUndo());
+        undo->setToolTip(QStringLiteral("Undo %1").arg(stack.undoText()));
+        redo->setEnabled(stack.canRedo());
+        redo->setToolTip(QStringLiteral("Redo %1").arg(stack.redoText()));
+    };
+    connect(&stack, &QUndoStack::indexChanged, this, follow);
+    connect(&stack, &QUndoStack::cleanChanged, this, follow);
+    follow();
     menu->addSeparator();
     makeAction(menu, QStringLiteral("&Copy"), QKeySequence::Copy, [this] { copyWells(); });
     makeAction(menu, QStringLiteral("&Paste"), QKeySequence::Paste, [this] { pasteWells(); });
