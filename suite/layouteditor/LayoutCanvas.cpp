@@ -1,11 +1,14 @@
 #include "LayoutCanvas.h"
 
 #include "LayoutDocument.h"
+#include "PlateLayoutWriter.h"
 #include "WellSelection.h"
 
+#include <QHelpEvent>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QToolTip>
 
 #include <cmath>
 
@@ -17,7 +20,10 @@ LayoutCanvas::LayoutCanvas(LayoutDocument& document, WellSelection& selection, Q
     setAccessibleName(QStringLiteral("Plate wells"));
     setFocusPolicy(Qt::StrongFocus);
     setPlateLayout(document.layout());
-    connect(&document, &LayoutDocument::layoutChanged, this, [this] { setPlateLayout(m_document.layout()); });
+    connect(&document, &LayoutDocument::layoutChanged, this, [this] {
+        setPlateLayout(m_document.layout());
+        describeSelection();
+    });
     connect(&selection, &WellSelection::changed, this, [this] {
         describeSelection();
         update();
@@ -32,6 +38,32 @@ void LayoutCanvas::setZoom(double zoom)
     updateGeometry();
 }
 
+QString LayoutCanvas::wellText(int row, int column) const
+{
+    const Well& well = m_document.layout().well(row, column);
+    QString text = QStringLiteral("%1: %2 %3")
+                       .arg(PlateLayout::wellName(row, column), PlateLayout::roleName(well.role), well.label);
+    if (well.concentration)
+        text = text.trimmed() + QStringLiteral(", concentration %1")
+                                    .arg(PlateLayoutWriter::formatConcentration(*well.concentration));
+    return text.trimmed();
+}
+
+bool LayoutCanvas::event(QEvent* event)
+{
+    // The viewer's tool tip, with the concentration that only the editor shows.
+    if (event->type() != QEvent::ToolTip)
+        return PlateLayoutViewer::event(event);
+    const auto* help = static_cast<QHelpEvent*>(event);
+    int row = 0;
+    int column = 0;
+    if (hitTest(help->pos(), row, column) && row >= 0 && column >= 0)
+        QToolTip::showText(help->globalPos(), wellText(row, column), this);
+    else
+        QToolTip::hideText();
+    return true;
+}
+
 void LayoutCanvas::describeSelection()
 {
     // Screen readers hear where the cursor is and how much is selected.
@@ -39,11 +71,8 @@ void LayoutCanvas::describeSelection()
     const int column = m_selection.cursorColumn();
     if (row >= m_document.layout().rows() || column >= m_document.layout().columns())
         return;
-    const Well& well = m_document.layout().well(row, column);
     setAccessibleDescription(
-        QStringLiteral("Well %1, %2 %3; %4 wells selected")
-            .arg(PlateLayout::wellName(row, column), PlateLayout::roleName(well.role), well.label)
-            .arg(m_selection.count()));
+        QStringLiteral("Well %1; %2 wells selected").arg(wellText(row, column)).arg(m_selection.count()));
 }
 
 bool LayoutCanvas::hitTest(const QPoint& point, int& row, int& column) const

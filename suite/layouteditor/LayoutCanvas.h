@@ -28,8 +28,11 @@ public:
     QPoint wellCentre(int row, int column) const;
     QPoint rowHeaderCentre(int row) const;
     QPoint columnHeaderCentre(int column) const;
+    // "B3: standard S2, concentration 50", as the tool tip and screen readers give it.
+    QString wellText(int row, int column) const;
 
 protected:
+    bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
