@@ -5,7 +5,6 @@
 //   QT_QPA_PLATFORM=offscreen build/bench/layout_editor_bench
 
 #include "BenchStats.h"
-#include "EditorPanel.h"
 #include "LayoutCanvas.h"
 #include "LayoutDocument.h"
 #include "LayoutEditorWindow.h"
@@ -14,9 +13,7 @@
 #include "WellSelection.h"
 
 #include <QApplication>
-#include <QComboBox>
 #include <QElapsedTimer>
-#include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -42,14 +39,6 @@ PlateLayout labelledPlate()
     return layout;
 }
 
-QPushButton* buttonNamed(QWidget& window, const QString& name)
-{
-    for (QPushButton* button : window.findChildren<QPushButton*>())
-        if (button->accessibleName() == name)
-            return button;
-    return nullptr;
-}
-
 void selectAndAssign(const QString& path)
 {
     LayoutDocument document;
@@ -65,18 +54,18 @@ void selectAndAssign(const QString& path)
     if (!QTest::qWaitForWindowExposed(&viewer) || !QTest::qWaitForWindowActive(&window))
         return;
     viewer.resize(window.canvas()->size());
-    QPushButton* assign = buttonNamed(window, QStringLiteral("Assign role"));
-    QComboBox* roles = window.panel()->roleBox();
     bench::Samples ours;
     bench::Samples bare;
     QElapsedTimer clock;
     for (int i = 0; i < Warm + Runs; ++i) {
         window.selection().press(0, 0, WellSelection::Extend::Replace);
-        roles->setCurrentIndex(i % roles->count());
         window.canvas()->setFocus();
+        window.canvas()->repaint();
+        // Ctrl+A, then Ctrl+1 ... Ctrl+5: sample, standard, control, blank, empty in turn.
+        const auto roleKey = Qt::Key(Qt::Key_1 + i % PlateLayout::RoleCount);
         clock.start();
         QTest::keyClick(&window, Qt::Key_A, Qt::ControlModifier);
-        QTest::mouseClick(assign, Qt::LeftButton);
+        QTest::keyClick(&window, roleKey, Qt::ControlModifier);
         window.canvas()->repaint();
         const double oursMs = clock.nsecsElapsed() / 1e6;
         clock.start();
@@ -87,7 +76,7 @@ void selectAndAssign(const QString& path)
             bare.ms << bareMs;
         }
     }
-    bench::report("select all + assign role, to repaint", ours, bare);
+    bench::report("Ctrl+A, Ctrl+<role>, to the repaint", ours, bare);
     std::printf("%-44s ours p99 %8.3f ms | viewer paint p99 %8.3f ms | %d selected, canvas %dx%d px\n", "",
                 p99(ours.ms), p99(bare.ms), window.selection().count(), window.canvas()->width(),
                 window.canvas()->height());
@@ -103,6 +92,7 @@ void openAndSave(const QString& path, const QString& folder)
     QString error;
     for (int i = 0; i < Warm + Runs; ++i) {
         QFile::remove(mine);
+        QFile::remove(plain);
         clock.start();
         LayoutDocument document;
         document.open(path, error);

@@ -2,6 +2,9 @@
 
 #include <QSaveFile>
 
+#include <array>
+#include <charconv>
+
 namespace nebra {
 
 namespace {
@@ -31,14 +34,11 @@ bool hasConcentrations(const PlateLayout& layout)
 
 QString PlateLayoutWriter::formatConcentration(double value)
 {
-    // 'g' with the full precision of a double, trimmed to the shortest form
-    // that still reads back exactly.
-    for (int precision = 6; precision < 17; ++precision) {
-        const QString text = QString::number(value, 'g', precision);
-        if (text.toDouble() == value)
-            return text;
-    }
-    return QString::number(value, 'g', 17);
+    // The shortest text that reads back as the same double, without the
+    // locale: "100", "12.5", "0.001", "1e-07".
+    std::array<char, 32> text{};
+    const std::to_chars_result result = std::to_chars(text.data(), text.data() + text.size(), value);
+    return QString::fromLatin1(text.data(), result.ptr - text.data());
 }
 
 QByteArray PlateLayoutWriter::Serialise(const PlateLayout& layout)

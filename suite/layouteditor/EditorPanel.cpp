@@ -136,7 +136,7 @@ void EditorPanel::showLayout(const PlateLayout& layout)
 {
     const QSignalBlocker nameBlocker(m_name);
     const QSignalBlocker formatBlocker(m_format);
-    if (!m_name->hasFocus())
+    if (!m_name->hasFocus() && m_name->text() != layout.name())
         m_name->setText(layout.name());
     m_format->setCurrentIndex(m_format->findData(QSize(layout.columns(), layout.rows())));
 }

@@ -21,6 +21,8 @@
 #include <QToolBar>
 #include <QUndoStack>
 
+#include <array>
+
 namespace nebra {
 
 LayoutEditorWindow::LayoutEditorWindow(LayoutDocument& document, QWidget* parent)
@@ -62,6 +64,7 @@ void LayoutEditorWindow::createMenus()
 {
     createFileActions(menuBar()->addMenu(QStringLiteral("&File")));
     createEditActions(menuBar()->addMenu(QStringLiteral("&Edit")));
+    createWellActions(menuBar()->addMenu(QStringLiteral("&Wells")));
     createViewActions(menuBar()->addMenu(QStringLiteral("&View")));
     QMenu* help = menuBar()->addMenu(QStringLiteral("&Help"));
     makeAction(help, QStringLiteral("&About the Layout Editor"), QKeySequence(), [this] { showAbout(); });
@@ -118,6 +121,25 @@ void LayoutEditorWindow::createEditActions(QMenu* menu)
     makeAction(menu, QStringLiteral("&Paste"), QKeySequence::Paste, [this] { pasteWells(); });
     makeAction(menu, QStringLiteral("Select &All"), QKeySequence::SelectAll,
                [this] { m_selection->selectAll(); });
+}
+
+void LayoutEditorWindow::createWellActions(QMenu* menu)
+{
+    // One key per role, so that the plate can be filled without leaving it.
+    const std::array<std::pair<WellRole, const char*>, 5> roles{{{WellRole::Sample, "&Sample"},
+                                                                 {WellRole::Standard, "S&tandard"},
+                                                                 {WellRole::Control, "&Control"},
+                                                                 {WellRole::Blank, "&Blank"},
+                                                                 {WellRole::Empty, "&Empty"}}};
+    int key = Qt::Key_1;
+    for (const auto& [role, text] : roles) {
+        QAction* action =
+            makeAction(menu, QLatin1String(text), QKeySequence(Qt::CTRL | Qt::Key(key++)),
+                       [this, role = role] { m_document.assignRole(m_selection->indices(), role); });
+        action->setObjectName(QStringLiteral("Role ") + PlateLayout::roleName(role));
+    }
+    action(QStringLiteral("Role empty"))
+        ->setShortcuts({QKeySequence(Qt::CTRL | Qt::Key_5), QKeySequence::Delete});
 }
 
 void LayoutEditorWindow::createViewActions(QMenu* menu)

@@ -47,6 +47,7 @@ private:
     void createMenus();
     void createFileActions(QMenu* menu);
     void createEditActions(QMenu* menu);
+    void createWellActions(QMenu* menu);
     void createViewActions(QMenu* menu);
     QAction* makeAction(QMenu* menu, const QString& text, const QKeySequence& keys,
                         std::function<void()> slot);

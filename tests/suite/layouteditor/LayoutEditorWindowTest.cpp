@@ -101,7 +101,11 @@ private Q_SLOTS:
         canvas()->setFocus();
         QTest::keyClick(m_window.get(), Qt::Key_A, Qt::ControlModifier);
         QCOMPARE(selection().count(), 96);
-        for (int step = 0; step < 3; ++step)
+        QTest::keyClick(m_window.get(), Qt::Key_4, Qt::ControlModifier);
+        QCOMPARE(m_document->layout().roleCounts()[int(WellRole::Blank)], 96);
+        QTest::keyClick(m_window.get(), Qt::Key_Delete);
+        QCOMPARE(m_document->layout().roleCounts()[int(WellRole::Empty)], 96);
+        for (int step = 0; step < 5; ++step)
             QTest::keyClick(m_window.get(), Qt::Key_Z, Qt::ControlModifier);
         QCOMPARE(m_document->layout().well(1, 1).role, WellRole::Empty);
         QVERIFY(!m_window->isWindowModified());
