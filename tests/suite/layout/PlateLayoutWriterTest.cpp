@@ -1,9 +1,7 @@
 #include "PlateLayoutWriter.h"
 #include "PlateLayout.h"
 
-#include <QDir>
 #include <QRandomGenerator>
-#include <QTemporaryDir>
 #include <QtTest>
 
 using namespace nebra;
@@ -30,22 +28,6 @@ class PlateLayoutWriterTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void exampleLayoutsComeBackByteForByte()
-    {
-        const QDir folder(qEnvironmentVariable("NEBRA_TEST_DATA_DIR") + "/Example Assays/Microplate Layouts");
-        const QStringList names = folder.entryList({QStringLiteral("*.mlo")});
-        QVERIFY(names.size() >= 3);
-        for (const QString& name : names) {
-            QFile file(folder.filePath(name));
-            QVERIFY(file.open(QIODevice::ReadOnly));
-            const QByteArray bytes = file.readAll();
-            QString error;
-            const auto layout = PlateLayout::Parse(bytes, error);
-            QVERIFY2(layout, qPrintable(error));
-            QCOMPARE(PlateLayoutWriter::Serialise(*layout), bytes);
-        }
-    }
-
     void generatedLayoutsSurviveARoundTrip_data()
     {
         QTest::addColumn<int>("rows");
@@ -114,19 +96,6 @@ private Q_SLOTS:
         QString error;
         QVERIFY(!PlateLayout::Parse(text, error));
         QVERIFY2(error.contains(reason), qPrintable(error));
-    }
-
-    void saveReplacesTheFileWhole()
-    {
-        QTemporaryDir dir;
-        const QString path = dir.filePath(QStringLiteral("Plate.mlo"));
-        QString error;
-        QVERIFY2(PlateLayoutWriter::Save(generated(2, 3, false), path, error), qPrintable(error));
-        QVERIFY2(PlateLayoutWriter::Save(generated(32, 48, true), path, error), qPrintable(error));
-        QVERIFY(PlateLayout::Load(path, error) == generated(32, 48, true));
-        QCOMPARE(QDir(dir.path()).entryList(QDir::Files), QStringList{QStringLiteral("Plate.mlo")});
-        QVERIFY(!PlateLayoutWriter::Save(generated(2, 3, false), dir.filePath("missing/Plate.mlo"), error));
-        QVERIFY(!error.isEmpty());
     }
 };
 
