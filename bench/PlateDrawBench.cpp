@@ -22,7 +22,8 @@ PlateLayout fullPlate()
         for (int c = 0; c < 48; ++c)
             layout.setWell(r, c,
                            {static_cast<WellRole>((r + c) % PlateLayout::RoleCount),
-                            QStringLiteral("U%1").arg(r * 48 + c + 1)});
+                            QStringLiteral("U%1").arg(r * 48 + c + 1),
+                            {}});
     return layout;
 }
 

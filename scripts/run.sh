@@ -1,6 +1,8 @@
 #!/usr/bin/env bash
-# Builds the Organiser, installs the example assays where the program looks for
-# them, and starts it. Without a display it runs under Xvfb and says so.
+# Builds the Organiser and the suite's layout editor (built beside NMain5, where
+# the Organiser looks for it when no LayoutEditorPath is set), installs the
+# example assays where the program looks for them, and starts it. Without a
+# display it runs under Xvfb and says so.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 build=${BUILD_DIR:-$root/build}

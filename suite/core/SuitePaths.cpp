@@ -108,7 +108,19 @@ QString SuitePaths::DriverCatalogueFile() const
 
 QString SuitePaths::LayoutEditorPath() const
 {
-    return path("LayoutEditorPath", QString(), true);
+    // An empty value written on purpose means "no layout editor"; only a
+    // missing one falls back to the suite's own editor.
+    const QVariant value = m_store.value(QStringLiteral("Paths/LayoutEditorPath"), QVariant(), true);
+    if (value.isValid())
+        return value.toString().trimmed().isEmpty() ? QString() : withoutTrailingSeparator(value.toString());
+    return InstalledLayoutEditor();
+}
+
+QString SuitePaths::InstalledLayoutEditor()
+{
+    // Installed beside the Organiser, and built beside it in a build tree.
+    const QString beside = QCoreApplication::applicationDirPath() + QStringLiteral("/nebra-layout-editor");
+    return QFileInfo(beside).isExecutable() ? beside : QString();
 }
 QString SuitePaths::AssayApplicationPath() const
 {

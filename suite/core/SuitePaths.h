@@ -48,7 +48,11 @@ public:
 
     // Programs of the suite's other applications; read from the file at each
     // use, so that a path another program has changed meanwhile takes effect.
+    // Without a LayoutEditorPath setting the suite's own editor is used
+    // (InstalledLayoutEditor); a setting that is present but empty means none.
     QString LayoutEditorPath() const;
+    // "nebra-layout-editor" beside the running program, or "" when it is not there.
+    static QString InstalledLayoutEditor();
     QString AssayApplicationPath() const;
     QString ReadConfigurationEditorPath() const;
 

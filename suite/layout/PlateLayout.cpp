@@ -4,6 +4,8 @@
 #include <QFileInfo>
 #include <QStringDecoder>
 
+#include <cmath>
+
 namespace nebra {
 
 namespace {
@@ -25,7 +27,9 @@ struct RawLayout
     QString name;
     Entry rows;
     Entry columns;
+    Entry version;
     QList<Entry> wells;
+    QList<Entry> concentrations;
 };
 
 QString atLine(int line, const QString& what)
@@ -42,6 +46,8 @@ void keepLayoutValue(RawLayout& raw, const Entry& entry)
         raw.rows = entry;
     else if (key == QLatin1String("columns"))
         raw.columns = entry;
+    else if (key == QLatin1String("version"))
+        raw.version = entry;
     // Other keys belong to later versions of the format and are passed over.
 }
 
@@ -53,6 +59,7 @@ bool readSections(const QString& text, RawLayout& raw, QString& error)
         None,
         Layout,
         Wells,
+        Concentrations,
         Other
     } section = Section::None;
     const QStringList lines = text.split(QLatin1Char('\n'));
@@ -62,9 +69,10 @@ bool readSections(const QString& text, RawLayout& raw, QString& error)
             continue;
         if (line.startsWith(QLatin1Char('[')) && line.endsWith(QLatin1Char(']'))) {
             const QString name = line.mid(1, line.size() - 2).trimmed().toLower();
-            section = name == QLatin1String("layout")  ? Section::Layout
-                      : name == QLatin1String("wells") ? Section::Wells
-                                                       : Section::Other;
+            section = name == QLatin1String("layout")           ? Section::Layout
+                      : name == QLatin1String("wells")          ? Section::Wells
+                      : name == QLatin1String("concentrations") ? Section::Concentrations
+                                                                : Section::Other;
             raw.hasLayoutSection = raw.hasLayoutSection || section == Section::Layout;
             continue;
         }
@@ -80,8 +88,10 @@ bool readSections(const QString& text, RawLayout& raw, QString& error)
         const Entry entry{i + 1, line.left(equals).trimmed(), line.mid(equals + 1).trimmed()};
         if (section == Section::Layout)
             keepLayoutValue(raw, entry);
-        else
+        else if (section == Section::Wells)
             raw.wells.append(entry);
+        else
+            raw.concentrations.append(entry);
     }
     return true;
 }
@@ -102,7 +112,7 @@ bool readDimension(const Entry& entry, const char* what, int& value, QString& er
     return true;
 }
 
-bool placeWell(PlateLayout& layout, const Entry& entry, QList<bool>& listed, QString& error)
+bool wellOfPlate(const PlateLayout& layout, const Entry& entry, int& index, QString& error)
 {
     int row = 0;
     int column = 0;
@@ -114,6 +124,15 @@ bool placeWell(PlateLayout& layout, const Entry& entry, QList<bool>& listed, QSt
                                        .arg(layout.columns()));
         return false;
     }
+    index = row * layout.columns() + column;
+    return true;
+}
+
+bool placeWell(PlateLayout& layout, const Entry& entry, QList<bool>& listed, QString& error)
+{
+    int index = 0;
+    if (!wellOfPlate(layout, entry, index, error))
+        return false;
     const qsizetype comma = entry.value.indexOf(QLatin1Char(','));
     const QString roleText = (comma < 0 ? entry.value : entry.value.left(comma)).trimmed();
     const std::optional<WellRole> role = PlateLayout::roleFromName(roleText);
@@ -123,13 +142,47 @@ bool placeWell(PlateLayout& layout, const Entry& entry, QList<bool>& listed, QSt
                                        .arg(roleText));
         return false;
     }
-    const int index = row * layout.columns() + column;
     if (listed[index]) {
         error = atLine(entry.line, QStringLiteral("well %1 is listed twice.").arg(entry.key));
         return false;
     }
     listed[index] = true;
-    layout.setWell(row, column, {*role, comma < 0 ? QString() : entry.value.mid(comma + 1).trimmed()});
+    layout.setWell(index, {*role, comma < 0 ? QString() : entry.value.mid(comma + 1).trimmed(), {}});
+    return true;
+}
+
+bool placeConcentration(PlateLayout& layout, const Entry& entry, QList<bool>& listed, QString& error)
+{
+    int index = 0;
+    if (!wellOfPlate(layout, entry, index, error))
+        return false;
+    bool ok = false;
+    const double value = entry.value.toDouble(&ok);
+    if (!ok || !std::isfinite(value) || value < 0) {
+        error =
+            atLine(entry.line,
+                   QStringLiteral("\"%1\" is not a concentration (a number, 0 or more).").arg(entry.value));
+        return false;
+    }
+    if (listed[index]) {
+        error = atLine(entry.line, QStringLiteral("the concentration of %1 is given twice.").arg(entry.key));
+        return false;
+    }
+    listed[index] = true;
+    Well well = layout.wells()[index];
+    well.concentration = value;
+    layout.setWell(index, std::move(well));
+    return true;
+}
+
+bool readVersion(const Entry& entry, QString& error)
+{
+    // Any later version is read as far as this reader understands it.
+    bool ok = false;
+    if (entry.line != 0 && (entry.value.toInt(&ok) < 1 || !ok)) {
+        error = atLine(entry.line, QStringLiteral("\"%1\" is not a format version.").arg(entry.value));
+        return false;
+    }
     return true;
 }
 
@@ -203,7 +256,7 @@ std::optional<PlateLayout> PlateLayout::Parse(const QByteArray& bytes, QString& 
     }
     int rows = 0;
     int columns = 0;
-    if (!readDimension(raw.rows, "rows", rows, error) ||
+    if (!readVersion(raw.version, error) || !readDimension(raw.rows, "rows", rows, error) ||
         !readDimension(raw.columns, "columns", columns, error))
         return std::nullopt;
     if (!isSupported(rows, columns)) {
@@ -217,6 +270,10 @@ std::optional<PlateLayout> PlateLayout::Parse(const QByteArray& bytes, QString& 
     QList<bool> listed(layout.wellCount(), false);
     for (const Entry& entry : std::as_const(raw.wells))
         if (!placeWell(layout, entry, listed, error))
+            return std::nullopt;
+    listed.fill(false);
+    for (const Entry& entry : std::as_const(raw.concentrations))
+        if (!placeConcentration(layout, entry, listed, error))
             return std::nullopt;
     return layout;
 }

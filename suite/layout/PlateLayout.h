@@ -24,6 +24,10 @@ struct Well
 {
     WellRole role = WellRole::Empty;
     QString label;
+    // A standard's concentration, in the assay's units; none when not known.
+    std::optional<double> concentration;
+
+    friend bool operator==(const Well&, const Well&) = default;
 };
 
 struct PlateFormat
@@ -40,6 +44,8 @@ class PlateLayout
 {
 public:
     static constexpr qint64 MaximumFileSize = 1024 * 1024;
+    // Version 2 added the [Concentrations] section; files of version 1 carry no Version key.
+    static constexpr int CurrentVersion = 2;
     static constexpr int RoleCount = 5;
 
     // The plates a layout may describe: 6, 12, 24, 48, 96, 384 and 1536 wells.
@@ -55,12 +61,16 @@ public:
     PlateLayout(const QString& name, int rows, int columns);
 
     QString name() const { return m_name; }
+    void setName(const QString& name) { m_name = name; }
     int rows() const { return m_rows; }
     int columns() const { return m_columns; }
     int wellCount() const { return m_rows * m_columns; }
 
     // Row and column are 0-based.
     const Well& well(int row, int column) const { return m_wells[row * m_columns + column]; }
+    // The wells in row order (A1, A2, ... B1, ...).
+    const QList<Well>& wells() const { return m_wells; }
+    void setWell(int index, Well well) { m_wells[index] = std::move(well); }
     void setWell(int row, int column, Well well) { m_wells[row * m_columns + column] = std::move(well); }
     // How many wells carry each role, indexed by the role's value.
     std::array<int, RoleCount> roleCounts() const;
@@ -74,6 +84,8 @@ public:
     static QString roleName(WellRole role);
     // Case is ignored; nothing for an unknown name.
     static std::optional<WellRole> roleFromName(const QString& name);
+
+    friend bool operator==(const PlateLayout&, const PlateLayout&) = default;
 
 private:
     QString m_name;

@@ -50,7 +50,8 @@ protected:
     void paintEvent(QPaintEvent* event) override;
     bool event(QEvent* event) override;
 
-private:
+    // Where the parts of the drawing lie for the widget's current size; an
+    // editor built on the viewer draws its selection over the same cells.
     struct Geometry
     {
         QRectF title;
@@ -59,6 +60,8 @@ private:
         double cell = 0;
     };
     Geometry geometry() const;
+
+private:
     void drawPlate(QPainter& painter, const Geometry& g) const;
     void drawHeaders(QPainter& painter, const Geometry& g) const;
     void drawLabels(QPainter& painter, const Geometry& g) const;

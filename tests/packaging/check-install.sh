@@ -54,6 +54,9 @@ out=$(QT_QPA_PLATFORM=offscreen run_out_of_reach '"$STAGE/usr/bin/NMain5" --vers
 [ "$out" = "NMain5 $version" ] || fail "NMain5 --version printed \"$out\""
 out=$(run_out_of_reach '"$STAGE/usr/bin/nebra-secadmin" --help') || fail "nebra-secadmin --help exited with $?"
 grep -q '^Commands:' <<<"$out" || fail "nebra-secadmin --help printed no commands"
+out=$(run_out_of_reach '"$STAGE/usr/bin/nebra-layout-editor" --version') ||
+  fail "nebra-layout-editor --version exited with $?"
+[ "$out" = "nebra-layout-editor $version" ] || fail "nebra-layout-editor --version printed \"$out\""
 
 # A first start of the staged Organiser makes the data folders from the
 # installed data alone: a folder for the catalogue's driver (share/nebra) and
@@ -106,7 +109,7 @@ for pair in protocol:apr layout:mlo results:ars read-configuration:daq; do
   [ -e "$share/icons/hicolor/scalable/mimetypes/${type/\//-}.svg" ] || fail "no icon for $type"
 done
 
-for page in man1/NMain5.1.gz man8/nebra-secadmin.8.gz; do
+for page in man1/NMain5.1.gz man1/nebra-layout-editor.1.gz man8/nebra-secadmin.8.gz; do
   warnings=$(LC_ALL=C.UTF-8 man --warnings -E UTF-8 -l "$share/man/$page" 2>&1 >/dev/null)
   [ -z "$warnings" ] || fail "man --warnings $page: $warnings"
 done

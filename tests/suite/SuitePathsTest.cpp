@@ -3,6 +3,8 @@
 #include "SettingsStore.h"
 #include "TestFiles.h"
 
+#include <QCoreApplication>
+#include <QScopeGuard>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -27,6 +29,42 @@ private Q_SLOTS:
         for (const QString& folder : {paths.LayoutsFolder(), paths.ReadConfigurationsFolder(),
                                       paths.ResultsFolder(), paths.ProtocolsFolder(), paths.ReportsFolder()})
             QVERIFY2(folder.startsWith(assays + QLatin1Char('/')), qPrintable(folder));
+    }
+
+    void layoutEditorDefaultsToTheSuitesOwn_data()
+    {
+        QTest::addColumn<bool>("written");
+        QTest::addColumn<QString>("setting");
+        QTest::addColumn<bool>("installed");
+        QTest::addColumn<QString>("expected"); // "EDITOR": the one beside the program
+        QTest::newRow("no setting, editor installed") << false << "" << true << "EDITOR";
+        QTest::newRow("no setting, no editor") << false << "" << false << "";
+        QTest::newRow("empty on purpose") << true << "" << true << "";
+        QTest::newRow("blanks on purpose") << true << "  " << true << "";
+        QTest::newRow("explicit wins") << true << "/opt/other/editor" << true << "/opt/other/editor";
+    }
+
+    void layoutEditorDefaultsToTheSuitesOwn()
+    {
+        QFETCH(bool, written);
+        QFETCH(QString, setting);
+        QFETCH(bool, installed);
+        QFETCH(QString, expected);
+        // The program's folder is the test's own: an editor is put there for the rows that need one.
+        QFile editor(QCoreApplication::applicationDirPath() + QStringLiteral("/nebra-layout-editor"));
+        if (installed) {
+            QVERIFY(editor.open(QIODevice::WriteOnly));
+            editor.close();
+            QVERIFY(editor.setPermissions(editor.permissions() | QFileDevice::ExeOwner));
+        }
+        const auto cleanUp = qScopeGuard([&] { editor.remove(); });
+        QTemporaryDir dir;
+        SettingsStore store(dir.filePath("Suite.ini"));
+        if (written)
+            QVERIFY(store.setValue(QStringLiteral("Paths/LayoutEditorPath"), setting));
+        SuitePaths paths(store);
+        paths.Initialise();
+        QCOMPARE(paths.LayoutEditorPath(), expected == "EDITOR" ? editor.fileName() : expected);
     }
 
     void previewFileSitsBesideTheDocument_data()

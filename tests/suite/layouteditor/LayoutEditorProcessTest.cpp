@@ -1,0 +1,183 @@
+#include "DocumentLauncher.h"
+#include "SettingsStore.h"
+#include "SuitePaths.h"
+#include "UserFolders.h"
+
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QtTest>
+
+using namespace nebra;
+
+namespace {
+const QString Editor = QStringLiteral(NEBRA_LAYOUT_EDITOR);
+
+// The start-up report the editor writes instead of waiting for a user, as key=value pairs.
+QMultiHash<QString, QString> readReport(const QString& path)
+{
+    QMultiHash<QString, QString> report;
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return report;
+    for (const QString& line : QString::fromUtf8(file.readAll()).split('\n', Qt::SkipEmptyParts))
+        report.insert(line.section('=', 0, 0), line.section('=', 1));
+    return report;
+}
+} // namespace
+
+// The editor's command line, as a user types it and as the Organiser sends it, on the real program.
+class LayoutEditorProcessTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    QTemporaryDir m_dir;
+    QString m_report;
+    QString m_layout; // a layout whose path holds blanks
+
+    QMultiHash<QString, QString> waitForReport()
+    {
+        QMultiHash<QString, QString> report;
+        [&] { QTRY_VERIFY_WITH_TIMEOUT(!(report = readReport(m_report)).isEmpty(), 20000); }();
+        return report;
+    }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        m_report = m_dir.filePath("report.txt");
+        qputenv("NEBRA_LAYOUT_EDITOR_REPORT", QFile::encodeName(m_report));
+        QVERIFY(QDir(m_dir.path()).mkpath("My Layouts"));
+        m_layout = m_dir.filePath("My Layouts/Two words.mlo");
+        QFile file(m_layout);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("[Layout]\nName=Two words\nRows=4\nColumns=6\n[Wells]\nA1=blank\n");
+    }
+
+    void init() { QFile::remove(m_report); }
+
+    void startedByHand_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QString>("title");
+        QTest::addColumn<QString>("wells");
+        QTest::addColumn<QString>("folder");
+        QTest::addColumn<QString>("message");
+        const QString folder = m_dir.filePath("My Layouts");
+        QTest::newRow("nothing: untitled") << QStringList() << "Untitled[*] - Layout Editor"
+                                           << "96"
+                                           << ""
+                                           << "";
+        QTest::newRow("a path") << QStringList{m_layout} << "Two words.mlo[*] - Layout Editor"
+                                << "24"
+                                << ""
+                                << "";
+        QTest::newRow("a path in pieces") << m_layout.split(' ') << "Two words.mlo[*] - Layout Editor"
+                                          << "24"
+                                          << ""
+                                          << "";
+        QTest::newRow("the layouts folder, quoted")
+            << QStringList{"\"layoutsfolder:" + folder + '"'} << "Untitled[*] - Layout Editor"
+            << "96" << folder << "";
+        QTest::newRow("a missing layouts folder")
+            << QStringList{"\"layoutsfolder:" + folder + "/gone\""} << "Untitled[*] - Layout Editor"
+            << "96" << folder + "/gone"
+            << "The layouts folder \"" + folder + "/gone\" does not exist.";
+        QTest::newRow("a missing file")
+            << QStringList{m_dir.filePath("none.mlo")} << "Untitled[*] - Layout Editor"
+            << "96"
+            << ""
+            << "does not exist or is not a file";
+        QTest::newRow("an unknown option") << QStringList{"--frobnicate"} << "Untitled[*] - Layout Editor"
+                                           << "96"
+                                           << ""
+                                           << "\"--frobnicate\" is not an option";
+        QTest::newRow("not a layout")
+            << QStringList{m_report.chopped(4) + ".mlo"} << "Untitled[*] - Layout Editor"
+            << "96"
+            << ""
+            << "could not be opened";
+    }
+
+    void startedByHand()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(QString, title);
+        QFETCH(QString, wells);
+        QFETCH(QString, folder);
+        QFETCH(QString, message);
+        if (QTest::currentDataTag() == QLatin1String("not a layout")) {
+            QFile bad(arguments.constFirst());
+            QVERIFY(bad.open(QIODevice::WriteOnly) && bad.write("not a layout\n") > 0);
+        }
+        QProcess editor;
+        editor.start(Editor, arguments);
+        QVERIFY(editor.waitForFinished(20000));
+        QCOMPARE(editor.exitCode(), 0);
+        const auto report = readReport(m_report);
+        QCOMPARE(report.value("title"), title);
+        QCOMPARE(report.value("wells"), wells);
+        QCOMPARE(report.value("folder"), folder);
+        QCOMPARE(report.values("message").size(), message.isEmpty() ? 0 : 1);
+        QVERIFY2(report.value("message").contains(message), qPrintable(report.value("message")));
+    }
+
+    void answersHelpAndVersionWithoutAWindow_data()
+    {
+        QTest::addColumn<QString>("option");
+        QTest::addColumn<QString>("output");
+        QTest::newRow("help") << "--help"
+                              << "Usage: nebra-layout-editor [LAYOUT | \"layoutsfolder:FOLDER\"";
+        QTest::newRow("version") << "--version"
+                                 << "nebra-layout-editor " NEBRA_VERSION "\n";
+    }
+
+    void answersHelpAndVersionWithoutAWindow()
+    {
+        QFETCH(QString, option);
+        QFETCH(QString, output);
+        QProcess editor;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert("QT_QPA_PLATFORM", "none-at-all"); // a window would fail to start
+        editor.setProcessEnvironment(environment);
+        editor.start(Editor, {option});
+        QVERIFY(editor.waitForFinished(20000));
+        QCOMPARE(editor.exitCode(), 0);
+        QVERIFY(QString::fromUtf8(editor.readAllStandardOutput()).startsWith(output));
+        QVERIFY(!QFileInfo::exists(m_report));
+    }
+
+    void startedByTheOrganisersLauncher_data()
+    {
+        QTest::addColumn<bool>("edit");
+        QTest::addColumn<bool>("secured");
+        QTest::newRow("new layout") << false << false;
+        QTest::newRow("new layout in a security session") << false << true;
+        QTest::newRow("edit a layout") << true << false;
+    }
+
+    void startedByTheOrganisersLauncher()
+    {
+        QFETCH(bool, edit);
+        QFETCH(bool, secured);
+        test::UserFolders folders;
+        SettingsStore store(folders.settingsFile());
+        SuitePaths paths(store);
+        QVERIFY(paths.SetParentDirectory(m_dir.filePath("Data")));
+        QVERIFY(QDir().mkpath(paths.LayoutsFolder()));
+        QVERIFY(store.setValue("Paths/LayoutEditorPath", Editor));
+        LaunchContext context;
+        context.canPerform = [](const QString&) { return true; };
+        context.selectedDocumentPath = [this] { return m_layout; };
+        context.securityEnabled = [secured] { return secured; };
+        DocumentLauncher launcher(paths, std::move(context));
+        edit ? launcher.EditLayout() : launcher.CreateLayout();
+        const auto report = waitForReport();
+        QCOMPARE(report.value("path"), edit ? m_layout : QString());
+        QCOMPARE(report.value("folder"), secured ? paths.LayoutsFolder() : QString());
+        QCOMPARE(report.values("message"), QStringList());
+    }
+};
+
+QTEST_GUILESS_MAIN(LayoutEditorProcessTest)
+#include "LayoutEditorProcessTest.moc"
