@@ -1,5 +1,6 @@
 #include "FileListControl.h"
 
+#include "FileListFilterBox.h"
 #include "FileListView.h"
 
 #include "FileListModel.h"
@@ -34,16 +35,18 @@ constexpr int RefreshDelayMs = 250;
 
 FileListControl::FileListControl(QWidget* parent)
     : QWidget(parent), m_model(new FileListModel(this)), m_view(new FileListView(m_model, this)),
-      m_state(new QLabel(this)), m_watcher(new QFileSystemWatcher(this)), m_refreshTimer(new QTimer(this))
+      m_filterBox(new FileListFilterBox(this)), m_state(new QLabel(this)), m_watcher(new QFileSystemWatcher(this)), m_refreshTimer(new QTimer(this))
 {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
+    layout->addWidget(m_filterBox);
     layout->addWidget(m_state);
     layout->addWidget(m_view, 1);
     m_state->setWordWrap(true);
     m_state->setAccessibleName(QStringLiteral("File list state"));
     m_state->hide();
+    m_filterBox->hide();
 
     setUpView();
     connectEvents();
@@ -71,6 +74,10 @@ void FileListControl::connectEvents()
     connect(deleteAction, &QAction::triggered, this, &FileListControl::deleteSelectedItems);
     m_view->addAction(deleteAction);
 
+    connect(m_filterBox, &QLineEdit::textChanged, this, &FileListControl::applyNameFilter);
+    m_view->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(m_view, &QWidget::customContextMenuRequested, this, &FileListControl::showContextMenu);
+
     m_refreshTimer->setSingleShot(true);
     m_refreshTimer->setInterval(RefreshDelayMs);
     connect(m_watcher, &QFileSystemWatcher::directoryChanged, m_refreshTimer, qOverload<>(&QTimer::start));
@@ -95,6 +102,7 @@ QTreeView* FileListControl::view() const
 void FileListControl::setFolder(const QString& path)
 {
     m_folder = path;
+    setNameFilter(QString()); // a filter typed for one folder would hide another's documents
     if (!m_watcher->directories().isEmpty())
         m_watcher->removePaths(m_watcher->directories());
     if (!path.isEmpty() && QFileInfo(path).isDir())
@@ -148,26 +156,84 @@ void FileListControl::refresh()
         ensureListed();
         return;
     }
-    QHash<QString, bool> before; // name -> folder
-    for (int row = 0; row < m_model->rowCount(); ++row)
-        before.insert(m_model->fileName(row), m_model->isFolder(row));
+    const QHash<QString, bool> before = m_model->allEntries(); // name -> folder
     const QSet<QString> selected = selectedNames();
     const FileListItem current = currentItem();
     const QString oldFolder = m_folder;
     list();
     reselect(selected, current.isValid() ? QFileInfo(current.path()).fileName() : QString());
-    QSet<QString> after;
-    for (int row = 0; row < m_model->rowCount(); ++row)
-        after.insert(m_model->fileName(row));
-    for (auto it = before.cbegin(); it != before.cend(); ++it)
-        if (!after.contains(it.key()))
-            Q_EMIT itemRemoved(
-                FileListItem(this, 0, -1, it.key(), oldFolder + QLatin1Char('/') + it.key(), it.value()));
-    for (int row = 0; row < m_model->rowCount(); ++row)
-        if (!before.contains(m_model->fileName(row)))
-            Q_EMIT itemAdded(itemAtRow(row));
+    reportChanges(before, oldFolder);
     if (selectedNames() != selected)
         onSelectionChanged();
+}
+
+// Entries the name filter hides still count: the folder tree follows them too.
+void FileListControl::reportChanges(const QHash<QString, bool>& before, const QString& oldFolder)
+{
+    const QHash<QString, bool> after = m_model->allEntries();
+    const auto unlisted = [this](const QString& folder, const QString& name, bool isFolder) {
+        return FileListItem(this, 0, -1, name, folder + QLatin1Char('/') + name, isFolder);
+    };
+    for (auto it = before.cbegin(); it != before.cend(); ++it)
+        if (!after.contains(it.key()))
+            Q_EMIT itemRemoved(unlisted(oldFolder, it.key(), it.value()));
+    QSet<QString> shown;
+    for (int row = 0; row < m_model->rowCount(); ++row) {
+        shown.insert(m_model->fileName(row));
+        if (!before.contains(m_model->fileName(row)))
+            Q_EMIT itemAdded(itemAtRow(row));
+    }
+    for (auto it = after.cbegin(); it != after.cend(); ++it)
+        if (!before.contains(it.key()) && !shown.contains(it.key()))
+            Q_EMIT itemAdded(unlisted(m_folder, it.key(), it.value()));
+}
+
+void FileListControl::setNameFilter(const QString& text)
+{
+    if (m_filterBox->text() != text)
+        m_filterBox->setText(text); // the box passes it on
+    else
+        applyNameFilter(text);
+}
+
+// A selected item the filter hides is no longer selected, and the handlers
+// hear of it as of any other selection change.
+void FileListControl::applyNameFilter(const QString& text)
+{
+    ensureListed();
+    const QSet<QString> selected = selectedNames();
+    m_quiet = true;
+    m_model->setNameFilter(text);
+    m_quiet = false;
+    if (selectedNames() != selected)
+        onSelectionChanged();
+}
+
+QString FileListControl::nameFilter() const
+{
+    return m_model->nameFilter();
+}
+
+void FileListControl::setFilterBoxShown(bool shown)
+{
+    m_filterBox->setVisible(shown);
+    if (!shown)
+        setNameFilter(QString());
+}
+
+void FileListControl::addContextAction(QAction* action)
+{
+    m_contextActions.append(action);
+}
+
+void FileListControl::showContextMenu(const QPoint& position)
+{
+    if (m_contextActions.isEmpty())
+        return;
+    QMenu menu(this);
+    menu.setAccessibleName(QStringLiteral("File list actions"));
+    menu.addActions(m_contextActions);
+    menu.exec(m_view->viewport()->mapToGlobal(position));
 }
 
 QSet<QString> FileListControl::selectedNames() const

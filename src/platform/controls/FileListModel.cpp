@@ -83,6 +83,7 @@ bool FileListModel::load(const QString& folder, const QString& filter)
     m_error = listing.error;
     ++m_generation;
     m_entries.clear();
+    m_hidden.clear();
     m_entries.reserve(listing.records.size());
     qint32 id = 0;
     for (DirectoryReader::FileRecord& record : listing.records) {
@@ -96,6 +97,8 @@ bool FileListModel::load(const QString& folder, const QString& filter)
         m_entries.push_back(std::move(entry));
     }
     sortEntries();
+    if (!m_nameFilter.isEmpty())
+        applyNameFilter(true);
     endResetModel();
     return m_error == 0;
 }
@@ -104,18 +107,31 @@ void FileListModel::setShowExtensions(bool show)
 {
     if (m_showExtensions == show)
         return;
+    if (!m_nameFilter.isEmpty()) { // the filter matches the names as shown
+        relayout([this, show] {
+            m_showExtensions = show;
+            applyNameFilter(false);
+        });
+        return;
+    }
     m_showExtensions = show;
     if (!m_entries.empty())
         Q_EMIT dataChanged(index(0, 0), index(rowCount() - 1, 0));
 }
 
-QString FileListModel::displayedName(int row) const
+QStringView FileListModel::shownName(const Entry& entry) const
 {
-    const Entry& entry = m_entries[size_t(row)];
     if (m_showExtensions || entry.isFolder)
         return entry.name;
     const qsizetype dot = entry.name.lastIndexOf(QLatin1Char('.'));
-    return dot > 0 ? entry.name.left(dot) : entry.name;
+    return dot > 0 ? QStringView(entry.name).left(dot) : QStringView(entry.name);
+}
+
+QString FileListModel::displayedName(int row) const
+{
+    const Entry& entry = m_entries[size_t(row)];
+    const QStringView name = shownName(entry);
+    return name.size() == entry.name.size() ? entry.name : name.toString();
 }
 
 QString FileListModel::fullPath(int row) const
@@ -247,43 +263,50 @@ bool FileListModel::setData(const QModelIndex& index, const QVariant& value, int
     return false;
 }
 
+bool FileListModel::lessThan(const Entry& a, const Entry& b) const
+{
+    if (a.isFolder != b.isFolder)
+        return a.isFolder; // folders first, in either order
+    const Kind kind =
+        m_sortColumn >= 0 && m_sortColumn < m_columns.size() ? kindOf(m_sortColumn) : Kind::Name;
+    int c = 0;
+    switch (kind) {
+    case Kind::DateModified:
+        c = threeWay(a.mtimeSeconds, b.mtimeSeconds);
+        if (c == 0)
+            c = threeWay(a.mtimeNanoseconds, b.mtimeNanoseconds);
+        break;
+    case Kind::Size:
+        c = threeWay(a.size, b.size);
+        break;
+    case Kind::Type:
+        c = typeText(a).compare(typeText(b), Qt::CaseInsensitive);
+        break;
+    case Kind::Comment:
+        c = a.comment.compare(b.comment, Qt::CaseInsensitive);
+        break;
+    case Kind::Name:
+    case Kind::Other:
+        break;
+    }
+    if (c == 0)
+        c = compareNames(a.name, b.name);
+    if (c == 0)
+        c = threeWay(a.id, b.id);
+    return m_sortOrder == Qt::DescendingOrder ? c > 0 : c < 0;
+}
+
 void FileListModel::sortEntries()
 {
     const Kind kind =
         m_sortColumn >= 0 && m_sortColumn < m_columns.size() ? kindOf(m_sortColumn) : Kind::Name;
-    if (kind == Kind::Comment)
-        for (const Entry& entry : m_entries)
-            commentOf(entry);
-    const bool descending = m_sortOrder == Qt::DescendingOrder;
-    std::sort(m_entries.begin(), m_entries.end(), [this, kind, descending](const Entry& a, const Entry& b) {
-        if (a.isFolder != b.isFolder)
-            return a.isFolder; // folders first, in either order
-        int c = 0;
-        switch (kind) {
-        case Kind::DateModified:
-            c = threeWay(a.mtimeSeconds, b.mtimeSeconds);
-            if (c == 0)
-                c = threeWay(a.mtimeNanoseconds, b.mtimeNanoseconds);
-            break;
-        case Kind::Size:
-            c = threeWay(a.size, b.size);
-            break;
-        case Kind::Type:
-            c = typeText(a).compare(typeText(b), Qt::CaseInsensitive);
-            break;
-        case Kind::Comment:
-            c = a.comment.compare(b.comment, Qt::CaseInsensitive);
-            break;
-        case Kind::Name:
-        case Kind::Other:
-            break;
-        }
-        if (c == 0)
-            c = compareNames(a.name, b.name);
-        if (c == 0)
-            c = threeWay(a.id, b.id);
-        return descending ? c > 0 : c < 0;
-    });
+    const auto less = [this](const Entry& a, const Entry& b) { return lessThan(a, b); };
+    for (std::vector<Entry>* entries : {&m_entries, &m_hidden}) {
+        if (kind == Kind::Comment)
+            for (const Entry& entry : *entries)
+                commentOf(entry);
+        std::sort(entries->begin(), entries->end(), less);
+    }
     rebuildRowIndex();
 }
 
@@ -291,6 +314,8 @@ void FileListModel::rebuildRowIndex()
 {
     qint32 maxId = -1;
     for (const Entry& entry : m_entries)
+        maxId = std::max(maxId, entry.id);
+    for (const Entry& entry : m_hidden)
         maxId = std::max(maxId, entry.id);
     m_rowOfId.assign(size_t(maxId + 1), -1);
     for (size_t row = 0; row < m_entries.size(); ++row)
@@ -301,21 +326,83 @@ void FileListModel::sort(int column, Qt::SortOrder order)
 {
     if (column < 0 || column >= m_columns.size())
         return;
-    m_sortColumn = column;
-    m_sortOrder = order;
+    relayout([this, column, order] {
+        m_sortColumn = column;
+        m_sortOrder = order;
+        sortEntries();
+    });
+}
+
+void FileListModel::relayout(const std::function<void()>& change)
+{
     Q_EMIT layoutAboutToBeChanged({}, QAbstractItemModel::VerticalSortHint);
     const QModelIndexList before = persistentIndexList();
     std::vector<std::pair<qint32, int>> kept; // entry id and column of each persistent index
     kept.reserve(size_t(before.size()));
     for (const QModelIndex& index : before)
         kept.emplace_back(m_entries[size_t(index.row())].id, index.column());
-    sortEntries();
+    change();
     QModelIndexList after;
     after.reserve(before.size());
-    for (const auto& [id, column] : kept)
-        after.append(index(rowOfId(id), column));
+    for (const auto& [id, column] : kept) {
+        const int row = rowOfId(id);
+        after.append(row >= 0 ? index(row, column) : QModelIndex()); // filtered out: gone
+    }
     changePersistentIndexList(before, after);
     Q_EMIT layoutChanged({}, QAbstractItemModel::VerticalSortHint);
+}
+
+void FileListModel::setNameFilter(const QString& text)
+{
+    NameFilter filter(text);
+    if (filter.text() == m_nameFilter.text())
+        return;
+    const bool narrowing = filter.narrows(m_nameFilter);
+    m_nameFilter = std::move(filter);
+    relayout([this, narrowing] { applyNameFilter(narrowing); });
+}
+
+// Narrowing only looks at the rows: what the old filter kept aside the new
+// one would too. Otherwise the kept-aside entries come back first. Both runs
+// stay in sort order, so merging them is linear.
+void FileListModel::applyNameFilter(bool narrowing)
+{
+    const auto less = [this](const Entry& a, const Entry& b) { return lessThan(a, b); };
+    std::vector<Entry> all;
+    if (narrowing || m_hidden.empty()) {
+        all.swap(m_entries);
+    } else {
+        all.reserve(m_entries.size() + m_hidden.size());
+        std::merge(std::make_move_iterator(m_entries.begin()), std::make_move_iterator(m_entries.end()),
+                   std::make_move_iterator(m_hidden.begin()), std::make_move_iterator(m_hidden.end()),
+                   std::back_inserter(all), less);
+        m_hidden.clear();
+    }
+    m_entries.clear();
+    std::vector<Entry> dropped;
+    for (Entry& entry : all)
+        (m_nameFilter.matches(shownName(entry)) ? m_entries : dropped).push_back(std::move(entry));
+    if (m_hidden.empty()) {
+        m_hidden.swap(dropped);
+    } else if (!dropped.empty()) {
+        std::vector<Entry> hidden;
+        hidden.reserve(m_hidden.size() + dropped.size());
+        std::merge(std::make_move_iterator(m_hidden.begin()), std::make_move_iterator(m_hidden.end()),
+                   std::make_move_iterator(dropped.begin()), std::make_move_iterator(dropped.end()),
+                   std::back_inserter(hidden), less);
+        m_hidden.swap(hidden);
+    }
+    rebuildRowIndex();
+}
+
+QHash<QString, bool> FileListModel::allEntries() const
+{
+    QHash<QString, bool> entries;
+    entries.reserve(qsizetype(m_entries.size() + m_hidden.size()));
+    for (const std::vector<Entry>* list : {&m_entries, &m_hidden})
+        for (const Entry& entry : *list)
+            entries.insert(entry.name, entry.isFolder);
+    return entries;
 }
 
 } // namespace nebra

@@ -1,7 +1,12 @@
 #pragma once
 
+#include "NameFilter.h"
+
 #include <QAbstractTableModel>
+#include <QHash>
 #include <QStringList>
+
+#include <functional>
 
 #include <vector>
 
@@ -15,6 +20,11 @@ namespace nebra {
 // column is empty. Sorting keeps folders before files and compares the raw
 // modification times (seconds and nanoseconds), never converted dates; the
 // date text and the comment are made only for the rows a view asks for.
+//
+// A name filter (the user's filter box) narrows the rows to the entries
+// whose displayed names it matches; the others are kept aside, in the same
+// order, and come back when the filter widens. It never changes what was
+// listed nor the sort, and it lasts until changed, also across loads.
 class FileListModel : public QAbstractTableModel
 {
     Q_OBJECT
@@ -49,6 +59,11 @@ public:
     // With extensions hidden a file's displayed name leaves out its last extension.
     void setShowExtensions(bool show);
     bool showExtensions() const { return m_showExtensions; }
+
+    void setNameFilter(const QString& text);
+    QString nameFilter() const { return m_nameFilter.text(); }
+    // Every entry of the last load, shown or not: name -> is a folder.
+    QHash<QString, bool> allEntries() const;
 
     int sortColumn() const { return m_sortColumn; }
     Qt::SortOrder sortOrder() const { return m_sortOrder; }
@@ -103,14 +118,21 @@ private:
     };
     Kind kindOf(int column) const;
     const QString& commentOf(const Entry& entry) const;
+    QStringView shownName(const Entry& entry) const;
     QString typeText(const Entry& entry) const;
     QString cell(const Entry& entry, Kind kind) const;
+    bool lessThan(const Entry& a, const Entry& b) const;
     void sortEntries();
     void rebuildRowIndex();
+    void applyNameFilter(bool narrowing);
+    // Rearranges the rows through change, keeping persistent indexes on their entries.
+    void relayout(const std::function<void()>& change);
 
     QStringList m_columns;
     QString m_folder;
-    std::vector<Entry> m_entries;
+    std::vector<Entry> m_entries; // the rows
+    std::vector<Entry> m_hidden;  // listed, but not let through by the name filter; sorted as the rows
+    NameFilter m_nameFilter;
     std::vector<qint32> m_rowOfId;
     int m_sortColumn = 0;
     Qt::SortOrder m_sortOrder = Qt::AscendingOrder;
