@@ -102,7 +102,13 @@ QTreeView* FileListControl::view() const
 void FileListControl::setFolder(const QString& path)
 {
     m_folder = path;
-    setNameFilter(QString()); // a filter typed for one folder would hide another's documents
+    if (!m_filterBox->text().isEmpty()) {
+        // A filter typed for one folder would hide another's documents. The
+        // listing follows anyway, so the model need not filter now.
+        const QSignalBlocker quiet(m_filterBox);
+        m_filterBox->clear();
+        m_model->setNameFilter(QString());
+    }
     if (!m_watcher->directories().isEmpty())
         m_watcher->removePaths(m_watcher->directories());
     if (!path.isEmpty() && QFileInfo(path).isDir())

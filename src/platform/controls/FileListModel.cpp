@@ -83,7 +83,6 @@ bool FileListModel::load(const QString& folder, const QString& filter)
     m_error = listing.error;
     ++m_generation;
     m_entries.clear();
-    m_hidden.clear();
     m_entries.reserve(listing.records.size());
     qint32 id = 0;
     for (DirectoryReader::FileRecord& record : listing.records) {
@@ -97,8 +96,6 @@ bool FileListModel::load(const QString& folder, const QString& filter)
         m_entries.push_back(std::move(entry));
     }
     sortEntries();
-    if (!m_nameFilter.isEmpty())
-        applyNameFilter(true);
     endResetModel();
     return m_error == 0;
 }
@@ -110,12 +107,12 @@ void FileListModel::setShowExtensions(bool show)
     if (!m_nameFilter.isEmpty()) { // the filter matches the names as shown
         relayout([this, show] {
             m_showExtensions = show;
-            applyNameFilter(false);
+            applyNameFilter();
         });
         return;
     }
     m_showExtensions = show;
-    if (!m_entries.empty())
+    if (!m_rows.empty())
         Q_EMIT dataChanged(index(0, 0), index(rowCount() - 1, 0));
 }
 
@@ -129,7 +126,7 @@ QStringView FileListModel::shownName(const Entry& entry) const
 
 QString FileListModel::displayedName(int row) const
 {
-    const Entry& entry = m_entries[size_t(row)];
+    const Entry& entry = at(row);
     const QStringView name = shownName(entry);
     return name.size() == entry.name.size() ? entry.name : name.toString();
 }
@@ -137,8 +134,8 @@ QString FileListModel::displayedName(int row) const
 QString FileListModel::fullPath(int row) const
 {
     if (m_folder.endsWith(QLatin1Char('/')))
-        return m_folder + m_entries[size_t(row)].name;
-    return m_folder + QLatin1Char('/') + m_entries[size_t(row)].name;
+        return m_folder + at(row).name;
+    return m_folder + QLatin1Char('/') + at(row).name;
 }
 
 int FileListModel::rowOfId(qint32 id) const
@@ -148,18 +145,23 @@ int FileListModel::rowOfId(qint32 id) const
 
 void FileListModel::renameEntry(int row, const QString& newName)
 {
-    if (row < 0 || size_t(row) >= m_entries.size())
+    if (row < 0 || size_t(row) >= m_rows.size())
         return;
-    m_entries[size_t(row)].name = newName;
+    at(row).name = newName; // kept in the rows even when the filter would not let it through now
     Q_EMIT dataChanged(index(row, 0), index(row, columnCount() - 1));
 }
 
 void FileListModel::removeEntry(int row)
 {
-    if (row < 0 || size_t(row) >= m_entries.size())
+    if (row < 0 || size_t(row) >= m_rows.size())
         return;
     beginRemoveRows({}, row, row);
-    m_entries.erase(m_entries.begin() + row);
+    const qint32 position = m_rows[size_t(row)];
+    m_entries.erase(m_entries.begin() + position);
+    m_rows.erase(m_rows.begin() + row);
+    for (qint32& later : m_rows)
+        if (later > position)
+            --later;
     rebuildRowIndex();
     endRemoveRows();
 }
@@ -205,7 +207,7 @@ QString FileListModel::cell(const Entry& entry, Kind kind) const
 
 int FileListModel::rowCount(const QModelIndex& parent) const
 {
-    return parent.isValid() ? 0 : int(m_entries.size());
+    return parent.isValid() ? 0 : int(m_rows.size());
 }
 
 int FileListModel::columnCount(const QModelIndex& parent) const
@@ -215,9 +217,9 @@ int FileListModel::columnCount(const QModelIndex& parent) const
 
 QVariant FileListModel::data(const QModelIndex& index, int role) const
 {
-    if (!index.isValid() || size_t(index.row()) >= m_entries.size())
+    if (!index.isValid() || size_t(index.row()) >= m_rows.size())
         return {};
-    const Entry& entry = m_entries[size_t(index.row())];
+    const Entry& entry = at(index.row());
     const Kind kind = kindOf(index.column());
     switch (role) {
     case Qt::DisplayRole:
@@ -263,51 +265,44 @@ bool FileListModel::setData(const QModelIndex& index, const QVariant& value, int
     return false;
 }
 
-bool FileListModel::lessThan(const Entry& a, const Entry& b) const
-{
-    if (a.isFolder != b.isFolder)
-        return a.isFolder; // folders first, in either order
-    const Kind kind =
-        m_sortColumn >= 0 && m_sortColumn < m_columns.size() ? kindOf(m_sortColumn) : Kind::Name;
-    int c = 0;
-    switch (kind) {
-    case Kind::DateModified:
-        c = threeWay(a.mtimeSeconds, b.mtimeSeconds);
-        if (c == 0)
-            c = threeWay(a.mtimeNanoseconds, b.mtimeNanoseconds);
-        break;
-    case Kind::Size:
-        c = threeWay(a.size, b.size);
-        break;
-    case Kind::Type:
-        c = typeText(a).compare(typeText(b), Qt::CaseInsensitive);
-        break;
-    case Kind::Comment:
-        c = a.comment.compare(b.comment, Qt::CaseInsensitive);
-        break;
-    case Kind::Name:
-    case Kind::Other:
-        break;
-    }
-    if (c == 0)
-        c = compareNames(a.name, b.name);
-    if (c == 0)
-        c = threeWay(a.id, b.id);
-    return m_sortOrder == Qt::DescendingOrder ? c > 0 : c < 0;
-}
-
 void FileListModel::sortEntries()
 {
     const Kind kind =
         m_sortColumn >= 0 && m_sortColumn < m_columns.size() ? kindOf(m_sortColumn) : Kind::Name;
-    const auto less = [this](const Entry& a, const Entry& b) { return lessThan(a, b); };
-    for (std::vector<Entry>* entries : {&m_entries, &m_hidden}) {
-        if (kind == Kind::Comment)
-            for (const Entry& entry : *entries)
-                commentOf(entry);
-        std::sort(entries->begin(), entries->end(), less);
-    }
-    rebuildRowIndex();
+    if (kind == Kind::Comment)
+        for (const Entry& entry : m_entries)
+            commentOf(entry);
+    const bool descending = m_sortOrder == Qt::DescendingOrder;
+    std::sort(m_entries.begin(), m_entries.end(), [this, kind, descending](const Entry& a, const Entry& b) {
+        if (a.isFolder != b.isFolder)
+            return a.isFolder; // folders first, in either order
+        int c = 0;
+        switch (kind) {
+        case Kind::DateModified:
+            c = threeWay(a.mtimeSeconds, b.mtimeSeconds);
+            if (c == 0)
+                c = threeWay(a.mtimeNanoseconds, b.mtimeNanoseconds);
+            break;
+        case Kind::Size:
+            c = threeWay(a.size, b.size);
+            break;
+        case Kind::Type:
+            c = typeText(a).compare(typeText(b), Qt::CaseInsensitive);
+            break;
+        case Kind::Comment:
+            c = a.comment.compare(b.comment, Qt::CaseInsensitive);
+            break;
+        case Kind::Name:
+        case Kind::Other:
+            break;
+        }
+        if (c == 0)
+            c = compareNames(a.name, b.name);
+        if (c == 0)
+            c = threeWay(a.id, b.id);
+        return descending ? c > 0 : c < 0;
+    });
+    applyNameFilter();
 }
 
 void FileListModel::rebuildRowIndex()
@@ -315,11 +310,9 @@ void FileListModel::rebuildRowIndex()
     qint32 maxId = -1;
     for (const Entry& entry : m_entries)
         maxId = std::max(maxId, entry.id);
-    for (const Entry& entry : m_hidden)
-        maxId = std::max(maxId, entry.id);
     m_rowOfId.assign(size_t(maxId + 1), -1);
-    for (size_t row = 0; row < m_entries.size(); ++row)
-        m_rowOfId[size_t(m_entries[row].id)] = qint32(row);
+    for (size_t row = 0; row < m_rows.size(); ++row)
+        m_rowOfId[size_t(m_entries[size_t(m_rows[row])].id)] = qint32(row);
 }
 
 void FileListModel::sort(int column, Qt::SortOrder order)
@@ -340,7 +333,7 @@ void FileListModel::relayout(const std::function<void()>& change)
     std::vector<std::pair<qint32, int>> kept; // entry id and column of each persistent index
     kept.reserve(size_t(before.size()));
     for (const QModelIndex& index : before)
-        kept.emplace_back(m_entries[size_t(index.row())].id, index.column());
+        kept.emplace_back(at(index.row()).id, index.column());
     change();
     QModelIndexList after;
     after.reserve(before.size());
@@ -362,46 +355,33 @@ void FileListModel::setNameFilter(const QString& text)
     relayout([this, narrowing] { applyNameFilter(narrowing); });
 }
 
-// Narrowing only looks at the rows: what the old filter kept aside the new
-// one would too. Otherwise the kept-aside entries come back first. Both runs
-// stay in sort order, so merging them is linear.
+// Narrowing only looks at the rows: what the old filter left out the new
+// one would too.
 void FileListModel::applyNameFilter(bool narrowing)
 {
-    const auto less = [this](const Entry& a, const Entry& b) { return lessThan(a, b); };
-    std::vector<Entry> all;
-    if (narrowing || m_hidden.empty()) {
-        all.swap(m_entries);
+    std::vector<qint32> rows;
+    if (narrowing) {
+        rows.reserve(m_rows.size());
+        for (const qint32 position : m_rows)
+            if (m_nameFilter.matches(shownName(m_entries[size_t(position)])))
+                rows.push_back(position);
     } else {
-        all.reserve(m_entries.size() + m_hidden.size());
-        std::merge(std::make_move_iterator(m_entries.begin()), std::make_move_iterator(m_entries.end()),
-                   std::make_move_iterator(m_hidden.begin()), std::make_move_iterator(m_hidden.end()),
-                   std::back_inserter(all), less);
-        m_hidden.clear();
+        rows.reserve(m_entries.size());
+        const bool all = m_nameFilter.isEmpty();
+        for (size_t position = 0; position < m_entries.size(); ++position)
+            if (all || m_nameFilter.matches(shownName(m_entries[position])))
+                rows.push_back(qint32(position));
     }
-    m_entries.clear();
-    std::vector<Entry> dropped;
-    for (Entry& entry : all)
-        (m_nameFilter.matches(shownName(entry)) ? m_entries : dropped).push_back(std::move(entry));
-    if (m_hidden.empty()) {
-        m_hidden.swap(dropped);
-    } else if (!dropped.empty()) {
-        std::vector<Entry> hidden;
-        hidden.reserve(m_hidden.size() + dropped.size());
-        std::merge(std::make_move_iterator(m_hidden.begin()), std::make_move_iterator(m_hidden.end()),
-                   std::make_move_iterator(dropped.begin()), std::make_move_iterator(dropped.end()),
-                   std::back_inserter(hidden), less);
-        m_hidden.swap(hidden);
-    }
+    m_rows.swap(rows);
     rebuildRowIndex();
 }
 
 QHash<QString, bool> FileListModel::allEntries() const
 {
     QHash<QString, bool> entries;
-    entries.reserve(qsizetype(m_entries.size() + m_hidden.size()));
-    for (const std::vector<Entry>* list : {&m_entries, &m_hidden})
-        for (const Entry& entry : *list)
-            entries.insert(entry.name, entry.isFolder);
+    entries.reserve(qsizetype(m_entries.size()));
+    for (const Entry& entry : m_entries)
+        entries.insert(entry.name, entry.isFolder);
     return entries;
 }
 

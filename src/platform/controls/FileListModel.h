@@ -22,8 +22,8 @@ namespace nebra {
 // date text and the comment are made only for the rows a view asks for.
 //
 // A name filter (the user's filter box) narrows the rows to the entries
-// whose displayed names it matches; the others are kept aside, in the same
-// order, and come back when the filter widens. It never changes what was
+// whose displayed names it matches; the rows are then positions in the
+// sorted entries, so filtering neither moves nor compares entries. It never changes what was
 // listed nor the sort, and it lasts until changed, also across loads.
 class FileListModel : public QAbstractTableModel
 {
@@ -69,12 +69,12 @@ public:
     Qt::SortOrder sortOrder() const { return m_sortOrder; }
 
     // Per row: the entry's name on disk, displayed name, full path and folder flag.
-    QString fileName(int row) const { return m_entries[size_t(row)].name; }
+    QString fileName(int row) const { return at(row).name; }
     QString displayedName(int row) const;
     QString fullPath(int row) const;
-    bool isFolder(int row) const { return m_entries[size_t(row)].isFolder; }
+    bool isFolder(int row) const { return at(row).isFolder; }
     // Stable identity of an entry within one load, whatever the sorting.
-    qint32 idAt(int row) const { return m_entries[size_t(row)].id; }
+    qint32 idAt(int row) const { return at(row).id; }
     int rowOfId(qint32 id) const;
 
     // After the entry was renamed on disk.
@@ -121,17 +121,19 @@ private:
     QStringView shownName(const Entry& entry) const;
     QString typeText(const Entry& entry) const;
     QString cell(const Entry& entry, Kind kind) const;
-    bool lessThan(const Entry& a, const Entry& b) const;
     void sortEntries();
     void rebuildRowIndex();
-    void applyNameFilter(bool narrowing);
+    void applyNameFilter(bool narrowing = false);
     // Rearranges the rows through change, keeping persistent indexes on their entries.
     void relayout(const std::function<void()>& change);
 
     QStringList m_columns;
     QString m_folder;
-    std::vector<Entry> m_entries; // the rows
-    std::vector<Entry> m_hidden;  // listed, but not let through by the name filter; sorted as the rows
+    const Entry& at(int row) const { return m_entries[size_t(m_rows[size_t(row)])]; }
+    Entry& at(int row) { return m_entries[size_t(m_rows[size_t(row)])]; }
+
+    std::vector<Entry> m_entries; // everything listed, sorted
+    std::vector<qint32> m_rows;   // the positions in m_entries the name filter lets through
     NameFilter m_nameFilter;
     std::vector<qint32> m_rowOfId;
     int m_sortColumn = 0;
