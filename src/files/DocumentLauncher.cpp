@@ -34,7 +34,14 @@ void DocumentLauncher::launch(const Launch& launch)
         return;
     QString program = (m_paths.*launch.program)();
     QString arguments = withDocument ? QLatin1String(launch.argumentPrefix) + document : QString();
-    LaunchApplication(program, arguments, QLatin1String(launch.setting));
+    if (LaunchApplication(program, arguments, QLatin1String(launch.setting)) && withDocument)
+        noteUsed(document);
+}
+
+void DocumentLauncher::noteUsed(const QString& document)
+{
+    if (m_context.documentUsed && !document.isEmpty())
+        m_context.documentUsed(document);
 }
 
 void DocumentLauncher::CreateProtocol()
@@ -98,7 +105,8 @@ void DocumentLauncher::OpenReport()
     // Reports are recorded but never checked.
     if (m_context.audit)
         m_context.audit(QStringLiteral("Open report: ") + document);
-    start(CommandLine::Opener(QLatin1String(ReportOpener), document), QString());
+    if (start(CommandLine::Opener(QLatin1String(ReportOpener), document), QString()))
+        noteUsed(document);
 }
 
 void DocumentLauncher::OpenNewProtocol(const QString& path)
@@ -106,8 +114,8 @@ void DocumentLauncher::OpenNewProtocol(const QString& path)
     // The window state and activation of the original start have no
     // counterpart for a detached process on Linux; the desktop brings a newly
     // started program's window to the front itself.
-    start(CommandLine::Unquoted(m_paths.AssayApplicationPath(), path),
-          QStringLiteral("AssayApplicationPath"));
+    if (start(CommandLine::Unquoted(m_paths.AssayApplicationPath(), path), QStringLiteral("AssayApplicationPath")))
+        noteUsed(path);
 }
 
 bool DocumentLauncher::LaunchApplication(QString& programPath, QString& arguments, const QString& settingName)
