@@ -19,9 +19,9 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QKeyEvent>
-#include <QTreeView>
 #include <QRandomGenerator>
 #include <QTemporaryDir>
+#include <QTreeView>
 
 #include <algorithm>
 #include <cstdio>
@@ -29,8 +29,8 @@
 #include <string>
 #include <vector>
 
-#include <dirent.h>
 #include <ctime>
+#include <dirent.h>
 #include <fcntl.h>
 #include <strings.h>
 #include <sys/stat.h>
@@ -213,10 +213,12 @@ void runFilter(const QString& work, int files, int rounds)
                 keys.size());
     std::printf("  listing the folder (sorted, painted):        %8.1f ms\n", median(listing));
     std::printf("  keystroke to repaint, median:                %8.2f ms\n", median(keys));
-    std::printf("  keystroke to repaint, p99:                   %8.2f ms  (target 16)\n", percentile(keys, 0.99));
+    std::printf("  keystroke to repaint, p99:                   %8.2f ms  (target 16)\n",
+                percentile(keys, 0.99));
     std::printf("  processor time per keystroke, median, p99:  %8.2f ms, %.2f ms\n", median(cpu),
                 percentile(cpu, 0.99));
-    std::printf("  ratio p99 keystroke / listing:               %8.3f\n", percentile(keys, 0.99) / median(listing));
+    std::printf("  ratio p99 keystroke / listing:               %8.3f\n",
+                percentile(keys, 0.99) / median(listing));
 }
 
 } // namespace

@@ -114,7 +114,8 @@ void DocumentLauncher::OpenNewProtocol(const QString& path)
     // The window state and activation of the original start have no
     // counterpart for a detached process on Linux; the desktop brings a newly
     // started program's window to the front itself.
-    if (start(CommandLine::Unquoted(m_paths.AssayApplicationPath(), path), QStringLiteral("AssayApplicationPath")))
+    if (start(CommandLine::Unquoted(m_paths.AssayApplicationPath(), path),
+              QStringLiteral("AssayApplicationPath")))
         noteUsed(path);
 }
 

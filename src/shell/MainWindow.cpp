@@ -20,6 +20,7 @@
 #include "OrganiserTree.h"
 #include "PlateLayoutViewer.h"
 #include "PreviewPane.h"
+#include "RecentDocuments.h"
 #include "Resources.h"
 #include "RuntimeErrors.h"
 #include "SecuritySession.h"
@@ -160,6 +161,7 @@ void MainWindow::createPreviewAndLaunching()
     });
     createLauncher();
     createWelcomePage();
+    createFindingAids();
 }
 
 void MainWindow::createLauncher()
@@ -179,6 +181,10 @@ void MainWindow::createLauncher()
         return selected.isEmpty() ? QString() : selected.first().path();
     };
     launching.startNewProtocolWizard = [this] { m_wizards->ShowPicker(this); };
+    launching.documentUsed = [this](const QString& path) {
+        if (m_recent)
+            m_recent->add(path);
+    };
     launching.owner = this;
     m_launcher = std::make_unique<DocumentLauncher>(*m_suite.paths, std::move(launching));
     createWizards();
@@ -213,6 +219,11 @@ void MainWindow::createWelcomePage()
     welcome.createProtocol = [this] { m_launcher->CreateProtocol(); };
     welcome.createLayoutTemplate = [this] { m_launcher->CreateLayout(); };
     welcome.exit = [this] { close(); };
+    if (m_suite.settings->ShowRecentDocuments())
+        welcome.openRecent = [this](int index) {
+            if (index < m_welcomeRecent.size())
+                ShowDocument(m_welcomeRecent[index]);
+        };
     welcome.owner = this;
     m_welcome = std::make_unique<WelcomePage>(std::move(welcome));
     connect(

@@ -23,8 +23,8 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("used");
         QTest::addColumn<QStringList>("deleted");
         QTest::addColumn<QStringList>("shown");
-        QTest::newRow("newest first") << QStringList{"a.apr", "b.ars"} << QStringList{}
-                                      << QStringList{"b.ars", "a.apr"};
+        QTest::newRow("newest first")
+            << QStringList{"a.apr", "b.ars"} << QStringList{} << QStringList{"b.ars", "a.apr"};
         QTest::newRow("used again moves to the front")
             << QStringList{"a.apr", "b.ars", "c.mlo", "a.apr"} << QStringList{}
             << QStringList{"a.apr", "c.mlo", "b.ars"};

@@ -35,7 +35,8 @@ constexpr int RefreshDelayMs = 250;
 
 FileListControl::FileListControl(QWidget* parent)
     : QWidget(parent), m_model(new FileListModel(this)), m_view(new FileListView(m_model, this)),
-      m_filterBox(new FileListFilterBox(this)), m_state(new QLabel(this)), m_watcher(new QFileSystemWatcher(this)), m_refreshTimer(new QTimer(this))
+      m_filterBox(new FileListFilterBox(this)), m_state(new QLabel(this)),
+      m_watcher(new QFileSystemWatcher(this)), m_refreshTimer(new QTimer(this))
 {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);

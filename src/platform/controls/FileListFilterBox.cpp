@@ -9,7 +9,8 @@ FileListFilterBox::FileListFilterBox(QWidget* parent) : QLineEdit(parent)
     setPlaceholderText(tr("Filter by name (* and ? as wildcards)"));
     setClearButtonEnabled(true);
     setAccessibleName(QStringLiteral("File list filter"));
-    setAccessibleDescription(tr("Shows only the documents whose names contain the text or match the pattern"));
+    setAccessibleDescription(
+        tr("Shows only the documents whose names contain the text or match the pattern"));
 }
 
 void FileListFilterBox::keyPressEvent(QKeyEvent* event)

@@ -57,19 +57,19 @@ private Q_SLOTS:
         const QStringList all{"Plates", "Plate 1.apr", "plate 10.apr", "Run [a].apr", "Run_b.apr"};
         QTest::newRow("empty") << QStringList{""} << all;
         QTest::newRow("blanks only") << QStringList{"  "} << all;
-        QTest::newRow("substring, any case") << QStringList{"PLATE"}
-                                             << QStringList{"Plates", "Plate 1.apr", "plate 10.apr"};
-        QTest::newRow("typed letter by letter") << QStringList{"p", "pl", "pla", "plate 1"}
-                                                << QStringList{"Plate 1.apr", "plate 10.apr"};
-        QTest::newRow("widened by backspace") << QStringList{"plate 10", "plate 1"}
-                                              << QStringList{"Plate 1.apr", "plate 10.apr"};
-        QTest::newRow("blanks at the ends ignored") << QStringList{"plate 1", "plate "}
-                                                    << QStringList{"Plates", "Plate 1.apr", "plate 10.apr"};
+        QTest::newRow("substring, any case")
+            << QStringList{"PLATE"} << QStringList{"Plates", "Plate 1.apr", "plate 10.apr"};
+        QTest::newRow("typed letter by letter")
+            << QStringList{"p", "pl", "pla", "plate 1"} << QStringList{"Plate 1.apr", "plate 10.apr"};
+        QTest::newRow("widened by backspace")
+            << QStringList{"plate 10", "plate 1"} << QStringList{"Plate 1.apr", "plate 10.apr"};
+        QTest::newRow("blanks at the ends ignored")
+            << QStringList{"plate 1", "plate "} << QStringList{"Plates", "Plate 1.apr", "plate 10.apr"};
         QTest::newRow("brackets are plain text") << QStringList{"[a]"} << QStringList{"Run [a].apr"};
-        QTest::newRow("wildcard matches whole names") << QStringList{"run*"}
-                                                      << QStringList{"Run [a].apr", "Run_b.apr"};
-        QTest::newRow("question mark is one character") << QStringList{"plate ?.apr"}
-                                                        << QStringList{"Plate 1.apr"};
+        QTest::newRow("wildcard matches whole names")
+            << QStringList{"run*"} << QStringList{"Run [a].apr", "Run_b.apr"};
+        QTest::newRow("question mark is one character")
+            << QStringList{"plate ?.apr"} << QStringList{"Plate 1.apr"};
         QTest::newRow("substring then wildcard") << QStringList{"run", "*_b*"} << QStringList{"Run_b.apr"};
         QTest::newRow("nothing matches, then cleared") << QStringList{"xyz", ""} << all;
     }

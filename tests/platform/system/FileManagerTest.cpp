@@ -69,9 +69,8 @@ private Q_SLOTS:
 
     void aFileManagerOnTheBusIsAskedToSelectTheDocuments()
     {
-        QDBusConnection other =
-            QDBusConnection::connectToBus(QString::fromLocal8Bit(qgetenv("DBUS_SESSION_BUS_ADDRESS")),
-                                          QStringLiteral("file manager"));
+        QDBusConnection other = QDBusConnection::connectToBus(
+            QString::fromLocal8Bit(qgetenv("DBUS_SESSION_BUS_ADDRESS")), QStringLiteral("file manager"));
         // The call blocks this thread, so the fake answers from a thread of its own.
         QThread thread;
         thread.start();
