@@ -10,7 +10,8 @@ namespace nebra {
 // The inactivity time-out of a session, measured on a monotonic clock (one
 // that the user's or a network's change of the wall-clock time cannot move).
 // expired() is raised once when the period passes without reset(); the
-// timer then stops until start() is called again.
+// timer then stops until start() is called again. With a warning time set,
+// warning() is raised once per idle stretch when no more than that is left.
 //
 // The timer wakes at least every poll interval to read the clock, so a clock
 // supplied for testing that jumps ahead is noticed within one interval. An
@@ -31,6 +32,8 @@ public:
     // Starts the period again from now; does nothing while stopped.
     void reset();
     void stop();
+    // 0: no warning. A warning time as long as the period warns at once.
+    void setWarningMs(qint64 warningMs);
 
     bool isActive() const { return m_active; }
     qint64 periodMs() const { return m_periodMs; }
@@ -38,6 +41,7 @@ public:
 
 Q_SIGNALS:
     void expired();
+    void warning();
 
 private:
     void check();
@@ -48,6 +52,8 @@ private:
     QTimer m_timer;
     qint64 m_periodMs = 0;
     qint64 m_startedAt = 0;
+    qint64 m_warningMs = 0;
+    bool m_warned = false;
     bool m_active = false;
 };
 

@@ -49,6 +49,8 @@ SecuritySettings SecuritySettings::fromStore(const SettingsStore& store, const Q
     s.chainHeadFile =
         !besideOverride && !headFile.isEmpty() ? headFile : s.databasePath + QStringLiteral(".head");
     s.timeOutMinutes = number(store, "TimeOutMinutes", DefaultTimeOutMinutes, 1, 24 * 60);
+    s.timeOutWarningSeconds =
+        number(store, "TimeOutWarningSeconds", DefaultTimeOutWarningSeconds, 0, 60 * 60);
     s.lockoutThreshold = number(store, "LockoutThreshold", DefaultLockoutThreshold, 1, 1000);
     s.passwordMinimumLength = number(store, "PasswordMinimumLength", DefaultPasswordMinimumLength, 1, 128);
     const QString library = text(store, "AuthenticationLibrary");
