@@ -49,6 +49,75 @@ SettingsStore::SettingsStore() : SettingsStore(defaultFilePath()) {}
 SettingsStore::SettingsStore(const QString& filePath) : m_filePath(filePath)
 {
     open();
+    openSystem();
+}
+
+SettingsStore::SettingsStore(const QString& filePath, SystemScope) : m_filePath(filePath)
+{
+    open();
+}
+
+void SettingsStore::openSystem()
+{
+    const QString path = systemFilePath();
+    // The user's own file never doubles as the system file, even when a
+    // test or a curious user points XDG_CONFIG_DIRS at it.
+    if (QFileInfo(path).absoluteFilePath() == QFileInfo(m_filePath).absoluteFilePath())
+        return;
+    if (QFileInfo::exists(path))
+        m_system.reset(new SettingsStore(path, SystemScope{}));
+}
+
+QString SettingsStore::systemFilePath()
+{
+    const QString name = QStringLiteral("/Nebra/Suite.ini");
+    // A user can change their own environment but not /etc: a file there is
+    // the site's, whatever XDG_CONFIG_DIRS says.
+    const QString administrators = QStringLiteral("/etc/xdg") + name;
+    if (QFileInfo::exists(administrators))
+        return administrators;
+    QStringList folders;
+    for (const QString& folder : qEnvironmentVariable("XDG_CONFIG_DIRS").split(QLatin1Char(':')))
+        if (QDir::isAbsolutePath(folder))
+            folders.append(QDir::cleanPath(folder));
+    if (folders.isEmpty())
+        folders.append(QStringLiteral("/etc/xdg"));
+    for (const QString& folder : folders)
+        if (QFileInfo::exists(folder + name))
+            return folder + name;
+    return folders.first() + name;
+}
+
+bool SettingsStore::systemSetsSecurityPolicy() const
+{
+    if (!m_system)
+        return false;
+    const QString on = m_system->value(QStringLiteral("Settings/SecurityConfigured"), QString())
+                           .toString()
+                           .trimmed()
+                           .toLower();
+    return on == QLatin1String("true") || on == QLatin1String("1") || on == QLatin1String("yes") ||
+           !m_system->value(QStringLiteral("Security/DatabasePath"), QString())
+                .toString()
+                .trimmed()
+                .isEmpty();
+}
+
+QString SettingsStore::systemProblem() const
+{
+    if (!m_system)
+        return {};
+    const QFileInfo info(m_system->m_filePath);
+    if (m_system->m_settings && info.permissions().testFlag(QFileDevice::WriteOther))
+        return QStringLiteral("The system-wide settings file \"%1\" can be changed by every user, so the "
+                              "security policy it sets cannot be trusted. Ask your administrator to run "
+                              "\"chmod 0644\" on it.")
+            .arg(QDir::toNativeSeparators(m_system->m_filePath));
+    if (m_system->m_settings)
+        return {};
+    return QStringLiteral("The system-wide settings file \"%1\" cannot be read, so the security policy it "
+                          "may set is unknown. Ask your administrator to make it readable (mode 0644).")
+        .arg(QDir::toNativeSeparators(m_system->m_filePath));
 }
 
 SettingsStore::~SettingsStore() = default;

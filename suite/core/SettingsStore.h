@@ -17,6 +17,13 @@ namespace nebra {
 // left exactly as it is until a value is written, and then it is first kept
 // aside under a ".corrupt-<time>" name. Every write replaces the file
 // atomically.
+//
+// Beside the user's file, the store reads the administrator's system-wide
+// file (the same name under the first folder of XDG_CONFIG_DIRS, normally
+// "/etc/xdg/Nebra/Suite.ini") and keeps it apart: values that decide the
+// site's security policy are taken from there (see SecuritySettings), so a
+// user cannot weaken them by editing the file of their own. The store never
+// writes the system file.
 class SettingsStore
 {
 public:
@@ -27,6 +34,20 @@ public:
     SettingsStore& operator=(const SettingsStore&) = delete;
 
     static QString defaultFilePath();
+    // Where the system-wide file is looked for: "/etc/xdg/Nebra/Suite.ini"
+    // when it exists (whatever the environment says), else the first folder
+    // of XDG_CONFIG_DIRS that holds one, else the first folder listed.
+    static QString systemFilePath();
+
+    // The system-wide file as read at construction; null when there is none.
+    const SettingsStore* system() const { return m_system.get(); }
+    // Empty when the system-wide file is absent or healthy; otherwise why it
+    // cannot be used. Security must then refuse to start, never run unsecured.
+    QString systemProblem() const;
+    // True when the system-wide file turns security on ("[Settings]
+    // SecurityConfigured=true") or names a security database: every
+    // "[Security]" value then comes from it alone.
+    bool systemSetsSecurityPolicy() const;
 
     QString filePath() const { return m_filePath; }
 
@@ -49,6 +70,11 @@ public:
     QString lastError() const { return m_lastError; }
 
 private:
+    struct SystemScope
+    {
+    };
+    SettingsStore(const QString& filePath, SystemScope);
+    void openSystem();
     void open();
     bool setAside();
     bool flush();
@@ -58,6 +84,7 @@ private:
     QString m_lastError;
     std::unique_ptr<QSettings> m_settings; // null while the file is unusable
     int m_batchDepth = 0;
+    std::unique_ptr<SettingsStore> m_system; // only in a user's store
 };
 
 } // namespace nebra

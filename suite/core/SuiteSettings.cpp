@@ -86,6 +86,11 @@ bool SuiteSettings::SetCurrentHLD(int index)
 }
 bool SuiteSettings::SecurityConfigured() const
 {
+    // Only the administrator's system-wide file can switch security off for a
+    // site that it protects; one that cannot be read keeps security on, so
+    // that the session refuses to start instead of running unsecured.
+    if (!m_store.systemProblem().isEmpty() || m_store.systemSetsSecurityPolicy())
+        return true;
     return boolValue("SecurityConfigured", false);
 }
 QString SuiteSettings::OrganiserFile() const

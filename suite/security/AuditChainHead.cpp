@@ -1,5 +1,6 @@
 #include "AuditChainHead.h"
 
+#include "SecureFiles.h"
 #include "SiteKey.h"
 
 #include <QDeadlineTimer>
@@ -9,7 +10,10 @@
 #include <QThread>
 #include <QtEndian>
 
+#include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace nebra {
 
@@ -23,25 +27,37 @@ QString shown(const QString& path)
 
 // An exclusive lock on "<head>.lock", shared by every process that writes
 // the head. The kernel drops it when its holder ends, however it ends, so a
-// killed writer never leaves it stale. The file itself stays in place.
+// killed writer never leaves it stale. The file itself stays in place. It
+// is opened for reading only: flock() needs no more, so any member of the
+// site group can take the lock, whoever made the file and whatever the
+// umask was then.
 class HeadLock
 {
 public:
-    explicit HeadLock(const QString& headPath) : m_file(headPath + QStringLiteral(".lock"))
+    explicit HeadLock(const QString& headPath)
     {
-        if (!m_file.open(QIODevice::ReadWrite))
+        const QString path = headPath + QStringLiteral(".lock");
+        const QByteArray name = QFile::encodeName(path);
+        m_fd = ::open(name.constData(), O_RDONLY | O_CLOEXEC);
+        if (m_fd < 0) {
+            const mode_t mode = SecureFiles::dataMode(path);
+            m_fd = ::open(name.constData(), O_RDONLY | O_CREAT | O_CLOEXEC, mode);
+            if (m_fd >= 0)
+                ::fchmod(m_fd, mode); // the umask must not keep the site group out
+        }
+        if (m_fd < 0)
             return;
         const QDeadlineTimer deadline(10000);
         while (!m_locked && !deadline.hasExpired()) {
-            m_locked = ::flock(m_file.handle(), LOCK_EX | LOCK_NB) == 0;
+            m_locked = ::flock(m_fd, LOCK_EX | LOCK_NB) == 0;
             if (!m_locked)
                 QThread::msleep(2);
         }
     }
     ~HeadLock()
     {
-        if (m_locked)
-            ::flock(m_file.handle(), LOCK_UN);
+        if (m_fd >= 0)
+            ::close(m_fd); // releases the lock
     }
     HeadLock(const HeadLock&) = delete;
     HeadLock& operator=(const HeadLock&) = delete;
@@ -49,7 +65,7 @@ public:
     bool isLocked() const { return m_locked; }
 
 private:
-    QFile m_file;
+    int m_fd = -1;
     bool m_locked = false;
 };
 } // namespace
@@ -114,7 +130,12 @@ bool AuditChainHead::write(const Record& record, QString* error)
     text += "mac=" + record.mac.toHex() + '\n';
     text += "seal=" + m_key.mac(sealedMessage(record)).toHex() + '\n';
     QSaveFile file(m_path);
-    if (file.open(QIODevice::WriteOnly) && file.write(text) == text.size() && file.commit())
+    const QFileDevice::Permissions mode = SecureFiles::dataMode(m_path) == 0660
+                                              ? QFileDevice::ReadOwner | QFileDevice::WriteOwner |
+                                                    QFileDevice::ReadGroup | QFileDevice::WriteGroup
+                                              : QFileDevice::ReadOwner | QFileDevice::WriteOwner;
+    if (file.open(QIODevice::WriteOnly) && file.setPermissions(mode) && file.write(text) == text.size() &&
+        file.commit())
         return true;
     *error = QStringLiteral("The audit chain head file \"%1\" cannot be written (%2).")
                  .arg(shown(m_path), file.errorString());

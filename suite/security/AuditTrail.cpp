@@ -74,38 +74,117 @@ bool AuditTrail::newest(qint64* sequence, QByteArray* mac, QString* error) const
     return true;
 }
 
-AuditAppendResult AuditTrail::append(const QString& userName, const QString& area, const QString& text)
+QString AuditAnchor::toString() const
 {
-    AuditEntry entry;
-    entry.userName = userName;
-    entry.workstation = workstationName();
-    entry.area = area;
-    entry.text = text;
+    return QString::number(count) + QLatin1Char(':') + QString::fromLatin1(mac.toHex());
+}
+
+std::optional<AuditAnchor> AuditAnchor::parse(const QString& text)
+{
+    const QStringList parts = text.trimmed().split(QLatin1Char(':'));
+    bool ok = false;
+    AuditAnchor anchor;
+    if (parts.size() == 2)
+        anchor.count = parts[0].toLongLong(&ok);
+    anchor.mac = QByteArray::fromHex(parts.value(1).toLatin1());
+    if (!ok || anchor.count < 1 || anchor.mac.size() != SiteKey::MacSize)
+        return std::nullopt;
+    return anchor;
+}
+
+bool AuditTrail::extendsHead(qint64 newestSequence, const QByteArray& newestMac, QString* error) const
+{
+    AuditChainHead::Record head;
+    if (m_head.read(&head, error) != AuditChainHead::ReadStatus::Ok)
+        return false;
+    if (newestSequence < head.count) {
+        *error =
+            QStringLiteral("The audit trail ends at entry %1, but its chain head knows of %2 entries: the "
+                           "newest entries have been cut off. Ask your security administrator to run "
+                           "\"nebra-secadmin verify\".")
+                .arg(newestSequence)
+                .arg(head.count);
+        return false;
+    }
+    if (head.count == 0)
+        return true;
+    QByteArray mac = newestMac;
+    if (newestSequence > head.count) {
+        QSqlQuery q = m_database.newQuery();
+        if (!m_database.exec(q, QStringLiteral("SELECT mac FROM audit_trail WHERE seq = ?"), {head.count},
+                             error))
+            return false;
+        mac = q.next() ? q.value(0).toByteArray() : QByteArray();
+    }
+    if (SiteKey::sameMac(mac, head.mac))
+        return true;
+    *error = QStringLiteral("Audit trail entry %1 is not the one its chain head seals: the trail has been "
+                            "replaced or rolled back. Ask your security administrator to run "
+                            "\"nebra-secadmin verify\".")
+                 .arg(head.count);
+    return false;
+}
+
+bool AuditTrail::insert(const QList<AuditRecord>& records, AuditEntry* last, QString* error)
+{
+    for (const AuditRecord& record : records) {
+        AuditEntry entry{0,
+                         QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs),
+                         record.userName,
+                         workstationName(),
+                         record.area,
+                         record.text,
+                         {}};
+        entry.sequence = last->sequence + 1;
+        entry.mac = m_key.mac(entryMessage(entry, last->mac));
+        QSqlQuery q = m_database.newQuery();
+        if (!m_database.exec(q,
+                             QStringLiteral("INSERT INTO audit_trail(seq, utc, user_name, workstation, area, "
+                                            "text, mac) VALUES(?, ?, ?, ?, ?, ?, ?)"),
+                             {entry.sequence, entry.utc, entry.userName, entry.workstation, entry.area,
+                              entry.text, entry.mac},
+                             error))
+            return false;
+        *last = entry;
+    }
+    return true;
+}
+
+AuditAppendResult AuditTrail::commit(const std::function<bool(QList<AuditRecord>*, QString*)>& work,
+                                     bool overHead)
+{
+    AuditEntry last;
     QString error;
     const bool committed = m_database.writeTransaction(
         [&](QString* why) {
-            qint64 previous = 0;
-            QByteArray previousMac;
-            if (!newest(&previous, &previousMac, why))
+            if (!newest(&last.sequence, &last.mac, why) ||
+                (!overHead && !extendsHead(last.sequence, last.mac, why)))
                 return false;
-            entry.sequence = previous + 1;
-            entry.utc = QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs);
-            entry.mac = m_key.mac(entryMessage(entry, previousMac));
-            QSqlQuery q = m_database.newQuery();
-            return m_database.exec(
-                q,
-                QStringLiteral("INSERT INTO audit_trail(seq, utc, user_name, workstation, area, "
-                               "text, mac) VALUES(?, ?, ?, ?, ?, ?, ?)"),
-                {entry.sequence, entry.utc, entry.userName, entry.workstation, entry.area, entry.text,
-                 entry.mac},
-                why);
+            QList<AuditRecord> records;
+            return work(&records, why) && insert(records, &last, why);
         },
         &error);
     if (!committed)
         return {0, QStringLiteral("The audit trail entry could not be recorded (%1).").arg(error)};
-    if (!m_head.advance({entry.sequence, entry.mac}, &error))
-        return {entry.sequence, error};
-    return {entry.sequence, {}};
+    if (!overHead && !m_head.advance({last.sequence, last.mac}, &error))
+        return {last.sequence, error};
+    return {last.sequence, {}};
+}
+
+AuditAppendResult AuditTrail::record(const std::function<bool(QList<AuditRecord>*, QString*)>& work)
+{
+    return commit(work, false);
+}
+
+AuditAppendResult AuditTrail::append(const QString& userName, const QString& area, const QString& text,
+                                     const std::function<bool(QString*)>& change)
+{
+    return commit(
+        [&](QList<AuditRecord>* records, QString* why) {
+            records->append({userName, area, text});
+            return !change || change(why);
+        },
+        false);
 }
 
 bool AuditTrail::forEachEntry(const std::function<bool(const AuditEntry&)>& visit, QString* error) const
@@ -141,13 +220,14 @@ QList<AuditEntry> AuditTrail::entries(QString* error) const
 
 // Walks the chain from the first entry. Sets *count to the number of
 // entries found intact in order; the result is ok while nothing is wrong.
-AuditVerification AuditTrail::verifyChain(const AuditChainHead::Record& head, qint64* count) const
+AuditVerification AuditTrail::verifyChain(const AuditChainHead::Record& head,
+                                          const std::optional<AuditAnchor>& anchor, qint64* count) const
 {
     AuditVerification result;
     qint64 expected = 1;
     QByteArray previousMac = genesisMac();
     auto fail = [&](qint64 sequence, const QString& message) {
-        result = {false, expected - 1, sequence, message};
+        result = {false, expected - 1, sequence, message, {}};
         return false;
     };
     QString error;
@@ -167,52 +247,91 @@ AuditVerification AuditTrail::verifyChain(const AuditChainHead::Record& head, qi
                 return fail(
                     entry.sequence,
                     QStringLiteral("Entry %1 does not match the audit chain head.").arg(entry.sequence));
+            if (anchor && entry.sequence == anchor->count && !SiteKey::sameMac(entry.mac, anchor->mac))
+                return fail(
+                    entry.sequence,
+                    QStringLiteral("Entry %1 is not the entry of the anchor: the audit trail has been "
+                                   "replaced or rolled back.")
+                        .arg(entry.sequence));
             previousMac = entry.mac;
             ++expected;
             return true;
         },
         &error);
     *count = expected - 1;
+    if (result.ok)
+        result.newestMac = previousMac;
     if (!read)
-        return {false, *count, 0, QStringLiteral("The audit trail cannot be read (%1).").arg(error)};
+        return {false, *count, 0, QStringLiteral("The audit trail cannot be read (%1).").arg(error), {}};
     return result;
 }
 
-AuditVerification AuditTrail::verify() const
+AuditVerification AuditTrail::verify(const std::optional<AuditAnchor>& anchor) const
 {
     // The head is read before the entries: writers only ever add entries, so
     // a head read first can never be ahead of the snapshot read after it.
     AuditChainHead::Record head;
     QString error;
     if (m_head.read(&head, &error) != AuditChainHead::ReadStatus::Ok)
-        return {false, 0, 0, error};
+        return {false, 0, 0, error, {}};
     qint64 count = 0;
-    const AuditVerification chain = verifyChain(head, &count);
+    const AuditVerification chain = verifyChain(head, anchor, &count);
     if (!chain.ok)
         return chain;
+    if (anchor && count < anchor->count)
+        return {
+            false,
+            count,
+            count + 1,
+            QStringLiteral("The audit trail ends at entry %1 and no longer reaches the anchor's entry %2: "
+                           "it has been cut off or rolled back.")
+                .arg(count)
+                .arg(anchor->count),
+            {}};
     if (count + 1 == head.count)
-        return {false, count, count + 1,
-                QStringLiteral("Entry %1 is missing: the newest entry has been cut off.").arg(head.count)};
+        return {false,
+                count,
+                count + 1,
+                QStringLiteral("Entry %1 is missing: the newest entry has been cut off.").arg(head.count),
+                {}};
     if (count < head.count)
-        return {false, count, count + 1,
+        return {false,
+                count,
+                count + 1,
                 QStringLiteral("Entries %1 to %2 are missing: the newest entries have been cut off.")
                     .arg(count + 1)
-                    .arg(head.count)};
-    return {true, count, 0, QStringLiteral("The audit trail holds %1 entries; all are intact.").arg(count)};
+                    .arg(head.count),
+                {}};
+    return {true, count, 0, QStringLiteral("The audit trail holds %1 entries; all are intact.").arg(count),
+            chain.newestMac};
 }
 
 bool AuditTrail::checkHead(QString* error) const
 {
-    AuditChainHead::Record head;
-    return m_head.read(&head, error) == AuditChainHead::ReadStatus::Ok;
+    return m_database.readTransaction(
+        [&](QString* why) {
+            qint64 sequence = 0;
+            QByteArray mac;
+            return newest(&sequence, &mac, why) && extendsHead(sequence, mac, why);
+        },
+        error);
 }
 
-bool AuditTrail::resealHead(QString* error)
+bool AuditTrail::resealHead(const QString& actor, const QString& area, const QString& text, QString* error)
 {
+    const AuditAppendResult result = commit(
+        [&](QList<AuditRecord>* records, QString*) {
+            records->append({actor, area, text});
+            return true;
+        },
+        true);
+    if (result.sequence == 0) {
+        *error = result.error;
+        return false;
+    }
     qint64 sequence = 0;
     QByteArray mac;
-    return newest(&sequence, &mac, error) &&
-           m_head.reset({sequence, sequence > 0 ? mac : QByteArray()}, error);
+    return newest(&sequence, &mac, error) && m_head.reset({sequence, mac}, error);
 }
 
 bool AuditTrail::initialiseHead(QString* error)

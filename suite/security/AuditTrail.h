@@ -7,6 +7,7 @@
 #include <QString>
 
 #include <functional>
+#include <optional>
 
 namespace nebra {
 
@@ -36,12 +37,34 @@ struct AuditVerification
     qint64 entryCount = 0;
     qint64 firstBadSequence = 0; // 0 when no single entry is to blame
     QString message;
+    QByteArray newestMac; // of entry entryCount, when ok
+};
+
+// What one audit entry says; the trail adds the sequence, time, workstation and MAC.
+struct AuditRecord
+{
+    QString userName;
+    QString area;
+    QString text;
+};
+
+// A point of the chain (entry count and that entry's MAC) that the
+// administrator keeps outside this computer: "COUNT:MAC" in hexadecimal.
+struct AuditAnchor
+{
+    qint64 count = 0;
+    QByteArray mac;
+
+    QString toString() const;
+    static std::optional<AuditAnchor> parse(const QString& text);
 };
 
 // The tamper-evident audit trail. Each entry carries a keyed MAC (site key)
 // over its own fields and the MAC of the entry before it, so an entry that
 // is edited, deleted, moved or slipped in breaks the chain at that point;
-// the chain head outside the database catches newest entries cut off.
+// the chain head outside the database catches newest entries cut off. No
+// entry is added to a trail that has lost entries the head knows of: the
+// loss stays visible instead of being chained over.
 class AuditTrail
 {
 public:
@@ -49,7 +72,14 @@ public:
 
     // Records an entry. When this returns with a sequence number the entry is
     // committed to the disk; the chain head is advanced just after.
-    AuditAppendResult append(const QString& userName, const QString& area, const QString& text);
+    // With change, the change runs in the entry's own transaction: both are
+    // committed, or neither.
+    AuditAppendResult append(const QString& userName, const QString& area, const QString& text,
+                             const std::function<bool(QString*)>& change = {});
+    // Runs work in one write transaction: it makes its changes and lists the
+    // entries that record them (in order); all are committed together or
+    // nothing is. Refused while the trail does not extend its chain head.
+    AuditAppendResult record(const std::function<bool(QList<AuditRecord>*, QString*)>& work);
 
     // Visits the entries in order, from one read snapshot; stops when visit returns false.
     bool forEachEntry(const std::function<bool(const AuditEntry&)>& visit, QString* error) const;
@@ -57,12 +87,15 @@ public:
 
     // Checks every entry's MAC, the order and gaplessness of the sequence,
     // and that no entry the chain head knows of is gone.
-    AuditVerification verify() const;
+    // With an anchor, also that the trail still holds the anchored entry.
+    AuditVerification verify(const std::optional<AuditAnchor>& anchor = {}) const;
 
-    // False, with *error set, when the chain head file is missing or altered.
+    // False, with *error set, when the chain head file is missing or altered,
+    // or the database no longer holds the entry it seals.
     bool checkHead(QString* error) const;
-    // Seals the chain head afresh at the newest entry (see AuditChainHead::reset).
-    bool resealHead(QString* error);
+    // Records the administrator's entry and seals the chain head afresh at it
+    // (see AuditChainHead::reset), even after entries were cut off.
+    bool resealHead(const QString& actor, const QString& area, const QString& text, QString* error);
     // The head of an empty trail; written when the database is created.
     bool initialiseHead(QString* error);
 
@@ -72,7 +105,12 @@ private:
     QByteArray entryMessage(const AuditEntry& entry, const QByteArray& previousMac) const;
     QByteArray genesisMac() const;
     bool newest(qint64* sequence, QByteArray* mac, QString* error) const;
-    AuditVerification verifyChain(const AuditChainHead::Record& head, qint64* count) const;
+    AuditVerification verifyChain(const AuditChainHead::Record& head,
+                                  const std::optional<AuditAnchor>& anchor, qint64* count) const;
+    bool extendsHead(qint64 newestSequence, const QByteArray& newestMac, QString* error) const;
+    // Inserts the entries after the newest one; sets *last to the newest inserted.
+    bool insert(const QList<AuditRecord>& records, AuditEntry* last, QString* error);
+    AuditAppendResult commit(const std::function<bool(QList<AuditRecord>*, QString*)>& work, bool overHead);
 
     SecurityDatabase& m_database;
     const SiteKey& m_key;

@@ -5,39 +5,74 @@
 
 namespace nebra {
 
-namespace {
-// Keeps what is recorded for a mistyped name short; it may hold a password typed into the wrong field.
-QString shortened(const QString& name)
+// One log-in attempt as it is decided inside the transaction.
+struct Authenticator::Attempt
 {
-    return name.size() > 64 ? name.left(64) + QStringLiteral("...") : name;
-}
-} // namespace
+    QString typedName;
+    bool passwordRight = false;
+    QByteArray checkedHash; // the hash the password was checked against
+    LogInResult result;
+};
 
 Authenticator::Authenticator(SecurityStore& store) : m_store(store) {}
 
-QString Authenticator::record(const QString& userName, const QString& text)
+QString Authenticator::unknownUserLabel(const QString& typedName) const
 {
-    return m_store.audit().append(userName, Area, text).error;
+    const QByteArray mac = m_store.key().mac(QByteArrayLiteral("nebra-unknown-user-v1") +
+                                             UserStore::nameKey(typedName).toUtf8());
+    return QStringLiteral("unknown user #") + QString::fromLatin1(mac.left(6).toHex());
 }
 
-LogInResult Authenticator::refuse(const QString& userName, const QString& auditText)
+bool Authenticator::countFailure(const UserRecord& user, QList<AuditRecord>* records, bool* lockedNow,
+                                 QString* error)
 {
-    record(userName, auditText);
-    return {LogInStatus::Refused, {}, {}};
+    const int threshold = m_store.settings().lockoutThreshold;
+    if (!m_store.users().recordFailedLogIn(user.name, threshold, lockedNow, error))
+        return false;
+    records->append({user.name, Area, QStringLiteral("Failed log in: wrong password")});
+    if (*lockedNow)
+        records->append(
+            {user.name, Area, QStringLiteral("Account locked after %1 failed log ins").arg(threshold)});
+    return true;
 }
 
-LogInResult Authenticator::countFailure(const UserRecord& user)
+// Runs inside the write transaction: the account is read afresh, so a lock
+// set by a parallel attempt since the password was hashed is seen here.
+bool Authenticator::decide(Attempt& attempt, QList<AuditRecord>* records, QString* error)
 {
-    bool lockedNow = false;
-    QString error;
-    if (!m_store.users().recordFailedLogIn(user.name, m_store.settings().lockoutThreshold, &lockedNow,
-                                           &error))
-        return {LogInStatus::Error, {}, error};
-    record(user.name, QStringLiteral("Failed log in: wrong password"));
-    if (lockedNow)
-        record(user.name, QStringLiteral("Account locked after %1 failed log ins")
-                              .arg(m_store.settings().lockoutThreshold));
-    return {LogInStatus::Refused, {}, {}};
+    const std::optional<UserRecord> user = m_store.users().find(attempt.typedName, error);
+    if (!error->isEmpty())
+        return false;
+    auto refuse = [&](const QString& name, const QString& text, LogInStatus status) {
+        records->append({name, Area, text});
+        attempt.result = {status, {}, {}};
+        return true;
+    };
+    if (!user)
+        return refuse(unknownUserLabel(attempt.typedName), QStringLiteral("Failed log in: unknown user"),
+                      LogInStatus::Refused);
+    if (user->passwordHash.isEmpty())
+        return refuse(user->name, QStringLiteral("Failed log in: no password set"), LogInStatus::Refused);
+    if (!user->intact)
+        return refuse(user->name, QStringLiteral("Log in refused: the account's record has been altered"),
+                      LogInStatus::Refused);
+    if (user->locked)
+        return refuse(user->name, QStringLiteral("Log in refused: account locked"), LogInStatus::Locked);
+    if (user->disabled)
+        return refuse(user->name, QStringLiteral("Log in refused: account disabled"), LogInStatus::Disabled);
+    if (!attempt.passwordRight || user->passwordHash != attempt.checkedHash) {
+        bool lockedNow = false;
+        attempt.result = {LogInStatus::Refused, {}, {}};
+        return countFailure(*user, records, &lockedNow, error);
+    }
+    if (user->failedLogIns > 0 && !m_store.users().resetFailedLogIns(user->name, error))
+        return false;
+    // A session that the audit trail does not know of must not begin: the
+    // entry commits with the decision or the log-in fails.
+    records->append({user->name, Area, QStringLiteral("Log in")});
+    attempt.result = {LogInStatus::Success, *user, {}};
+    attempt.result.user.failedLogIns = 0;
+    return true;
 }
 
 LogInResult Authenticator::authenticate(const QString& userName, const SecretBytes& password)
@@ -48,44 +83,53 @@ LogInResult Authenticator::authenticate(const QString& userName, const SecretByt
     const std::optional<UserRecord> user = m_store.users().find(userName, &error);
     if (!error.isEmpty())
         return {LogInStatus::Error, {}, error};
-    if (!user || user->passwordHash.isEmpty()) {
+    Attempt attempt{userName, false, {}, {}};
+    // The hash is checked outside the transaction (it takes a while); every
+    // account that will be refused anyway costs the same dummy work instead.
+    if (user && !user->passwordHash.isEmpty() && user->intact && !user->locked && !user->disabled) {
+        attempt.checkedHash = user->passwordHash;
+        attempt.passwordRight = hasher.verify(user->passwordHash, password);
+    } else {
         hasher.verifyDummy(password);
-        return refuse(shortened(userName), user ? QStringLiteral("Failed log in: no password set")
-                                                : QStringLiteral("Failed log in: unknown user"));
     }
-    const bool passwordRight = hasher.verify(user->passwordHash, password);
-    if (user->locked) {
-        record(user->name, QStringLiteral("Log in refused: account locked"));
-        return {passwordRight ? LogInStatus::Locked : LogInStatus::Refused, {}, {}};
-    }
-    if (user->disabled) {
-        record(user->name, QStringLiteral("Log in refused: account disabled"));
-        return {passwordRight ? LogInStatus::Disabled : LogInStatus::Refused, {}, {}};
-    }
-    if (!passwordRight)
-        return countFailure(*user);
-    if (user->failedLogIns > 0 && !m_store.users().resetFailedLogIns(user->name, &error))
-        return {LogInStatus::Error, {}, error};
-    UserRecord result = *user;
-    if (hasher.needsRehash(user->passwordHash)) {
+    const AuditAppendResult recorded = m_store.audit().record(
+        [&](QList<AuditRecord>* records, QString* why) { return decide(attempt, records, why); });
+    if (recorded.sequence == 0)
+        return {LogInStatus::Error, {}, recorded.error};
+    if (attempt.result.status == LogInStatus::Success && hasher.needsRehash(attempt.checkedHash)) {
         const QByteArray upgraded = hasher.hash(password);
         if (!upgraded.isEmpty() &&
-            m_store.users().setPasswordHash(user->name, upgraded, user->mustChangePassword, &error))
-            result.passwordHash = upgraded;
+            m_store.users().setPasswordHash(attempt.result.user.name, upgraded,
+                                            attempt.result.user.mustChangePassword, &error))
+            attempt.result.user.passwordHash = upgraded;
     }
-    // A session that the audit trail does not know of must not begin. (A
-    // refusal that cannot be recorded is still a refusal.)
-    error = record(user->name, QStringLiteral("Log in"));
-    if (!error.isEmpty())
-        return {LogInStatus::Error, {}, error};
-    result.failedLogIns = 0;
-    return {LogInStatus::Success, result, {}};
+    return attempt.result;
 }
 
-bool Authenticator::checkPassword(const QString& userName, const SecretBytes& password, QString* error) const
+bool Authenticator::checkCurrentPassword(const QString& userName, const SecretBytes& password, bool* locked,
+                                         QString* error)
 {
+    *locked = false;
     const std::optional<UserRecord> user = m_store.users().find(userName, error);
-    return user && !user->passwordHash.isEmpty() && m_store.hasher().verify(user->passwordHash, password);
+    if (!user)
+        return false;
+    if (user->intact && !user->passwordHash.isEmpty() &&
+        m_store.hasher().verify(user->passwordHash, password))
+        return true;
+    bool lockedNow = false;
+    const AuditAppendResult recorded = m_store.audit().record([&](QList<AuditRecord>* records, QString* why) {
+        records->append(
+            {user->name, Area, QStringLiteral("Password change refused: current password incorrect")});
+        QList<AuditRecord> counted;
+        if (!countFailure(*user, &counted, &lockedNow, why))
+            return false;
+        records->append(counted.mid(1)); // the lock, when this failure set it
+        return true;
+    });
+    if (recorded.sequence == 0 && error->isEmpty())
+        *error = recorded.error;
+    *locked = lockedNow;
+    return false;
 }
 
 } // namespace nebra

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "AuditTrail.h"
 #include "UserStore.h"
 
 #include <QString>
@@ -12,9 +13,9 @@ class SecurityStore;
 enum class LogInStatus
 {
     Success,  // password right, account usable
-    Refused,  // unknown user or wrong password: the two are not told apart
-    Locked,   // password right, but the account is locked after failed log-ins
-    Disabled, // password right, but the account is disabled
+    Refused,  // unknown user, wrong password or altered record: not told apart
+    Locked,   // the account is locked after failed log-ins (whatever password was typed)
+    Disabled, // the account is disabled (whatever password was typed)
     Error,    // the database could not be used; see LogInResult::error
 };
 
@@ -27,12 +28,16 @@ struct LogInResult
 
 // Checks a user name and password against the user store and records the
 // outcome in the audit trail (area "Security"). An unknown user name is
-// refused exactly like a wrong password, after the same hashing work.
-// Wrong passwords count against the account; at the lockout threshold the
-// account locks, and stays locked, across restarts, until an administrator
-// unlocks it. A locked or disabled account is named as such only to
-// someone who knows its password. A successful log-in upgrades a hash made
-// at a lower cost than the current one.
+// refused exactly like a wrong password, after the same hashing work, and
+// recorded as a keyed hash of what was typed (it may be a password typed
+// into the wrong field). Wrong passwords count against the account; at the
+// lockout threshold the account locks, and stays locked, across restarts,
+// until an administrator unlocks it. A locked or disabled account is refused
+// without its password being checked, so the answer tells nothing about the
+// password. The account's state is read, the failure counted and the entry
+// recorded in one write transaction, so parallel attempts cannot slip past
+// the lock. A successful log-in upgrades a hash made at a lower cost than
+// the current one.
 class Authenticator
 {
 public:
@@ -42,13 +47,20 @@ public:
 
     LogInResult authenticate(const QString& userName, const SecretBytes& password);
 
-    // Checks the password of a known user without counting or recording anything.
-    bool checkPassword(const QString& userName, const SecretBytes& password, QString* error) const;
+    // Checks the current password of a logged-in user (to change it). A
+    // wrong one counts like a failed log-in and may lock the account: then
+    // *locked is set.
+    bool checkCurrentPassword(const QString& userName, const SecretBytes& password, bool* locked,
+                              QString* error);
+
+    // How an unknown user name is recorded: "unknown user #" and a short
+    // keyed hash, the same for the same name.
+    QString unknownUserLabel(const QString& typedName) const;
 
 private:
-    LogInResult refuse(const QString& userName, const QString& auditText);
-    LogInResult countFailure(const UserRecord& user);
-    QString record(const QString& userName, const QString& text); // the error, if any
+    struct Attempt;
+    bool decide(Attempt& attempt, QList<AuditRecord>* records, QString* error);
+    bool countFailure(const UserRecord& user, QList<AuditRecord>* records, bool* lockedNow, QString* error);
 
     SecurityStore& m_store;
 };

@@ -1,23 +1,22 @@
 #include "IdleTimer.h"
 
-#include <QElapsedTimer>
+#include <time.h>
 
 namespace nebra {
 
-IdleTimer::Clock IdleTimer::monotonicClock()
+IdleTimer::Clock IdleTimer::bootClock()
 {
+    // The monotonic clock that Qt's timers use stops while the computer is
+    // suspended; this one does not.
     return [] {
-        static QElapsedTimer origin = [] {
-            QElapsedTimer t;
-            t.start();
-            return t;
-        }();
-        return origin.elapsed();
+        timespec now = {};
+        clock_gettime(CLOCK_BOOTTIME, &now);
+        return qint64(now.tv_sec) * 1000 + now.tv_nsec / 1000000;
     };
 }
 
 IdleTimer::IdleTimer(Clock clock, int pollIntervalMs, QObject* parent)
-    : QObject(parent), m_clock(clock ? std::move(clock) : monotonicClock()),
+    : QObject(parent), m_clock(clock ? std::move(clock) : bootClock()),
       m_pollIntervalMs(qMax(0, pollIntervalMs))
 {
     m_timer.setSingleShot(true);

@@ -7,8 +7,10 @@
 
 namespace nebra {
 
-// The inactivity time-out of a session, measured on a monotonic clock (one
-// that the user's or a network's change of the wall-clock time cannot move).
+// The inactivity time-out of a session, measured on the boot-time clock: one
+// that the user's or a network's change of the wall-clock time cannot move,
+// and that keeps counting while the computer is suspended (a session left
+// over a suspend times out when the computer wakes if the period has passed).
 // expired() is raised once when the period passes without reset(); the
 // timer then stops until start() is called again. With a warning time set,
 // warning() is raised once per idle stretch when no more than that is left.
@@ -24,7 +26,8 @@ public:
     // Milliseconds since some fixed point; must never go backwards.
     using Clock = std::function<qint64()>;
 
-    static Clock monotonicClock();
+    // Milliseconds of CLOCK_BOOTTIME.
+    static Clock bootClock();
 
     explicit IdleTimer(Clock clock = {}, int pollIntervalMs = 1000, QObject* parent = nullptr);
 

@@ -47,6 +47,11 @@ void NebraSecurityManager::record(const QString& userName, const QString& text)
         tell(nullptr, result.error, MessageIcon::Critical);
 }
 
+QString NebraSecurityManager::auditWriteFailureText()
+{
+    return QStringLiteral("The audit trail could not be written, so the operation has not been carried out.");
+}
+
 QString NebraSecurityManager::AuthenticationLibrary() const
 {
     return m_store->settings().authenticationLibrary;
@@ -145,11 +150,17 @@ void NebraSecurityManager::timeOut()
     Q_EMIT UserLoggedOut(name, TimedOut);
 }
 
-void NebraSecurityManager::AddAuditTrailEntry(const QString& area, const QString& text)
+bool NebraSecurityManager::AddAuditTrailEntry(const QString& area, const QString& text)
 {
     const AuditAppendResult result = m_store->audit().append(m_user ? m_user->name : QString(), area, text);
-    if (!result.error.isEmpty())
-        tell(nullptr, result.error, MessageIcon::Critical);
+    if (result.sequence > 0) {
+        // Committed; only the chain head lags, which the next entry or verify repairs.
+        if (!result.error.isEmpty())
+            tell(nullptr, result.error, MessageIcon::Critical);
+        return true;
+    }
+    tell(nullptr, auditWriteFailureText() + QStringLiteral("\n\n") + result.error, MessageIcon::Critical);
+    return false;
 }
 
 QString NebraSecurityManager::UserName() const
@@ -188,8 +199,11 @@ int NebraSecurityManager::TimeOutWarningSeconds() const
 
 void NebraSecurityManager::SessionChangePassword(QWidget* owner)
 {
-    if (m_user)
-        changePassword(owner, m_user->name, nullptr);
+    if (!m_user)
+        return;
+    // A copy: a change that locks the account ends the session, which frees m_user.
+    const QString userName = m_user->name;
+    changePassword(owner, userName, nullptr);
 }
 
 bool NebraSecurityManager::changePassword(QWidget* owner, const QString& userName,
@@ -203,28 +217,36 @@ bool NebraSecurityManager::changePassword(QWidget* owner, const QString& userNam
         const SecretBytes& current = provenCurrent ? *provenCurrent : typedCurrent;
         const SecretBytes fresh = dialog.takeNewPassword();
         const SecretBytes confirmation = dialog.takeConfirmation();
-        QString problem = problemWithChange(userName, current, fresh, confirmation);
+        bool locked = false;
+        QString problem =
+            problemWithChange(userName, current, provenCurrent != nullptr, fresh, confirmation, &locked);
         if (problem.isEmpty() && storeNewPassword(userName, fresh, &problem)) {
             tell(owner, QStringLiteral("Your password has been changed."), MessageIcon::Information);
             return true;
         }
         tell(owner, problem, MessageIcon::Warning);
+        if (locked) {
+            // Guessing the current password in an unattended session locks the
+            // account like guessing at the log-in does, and ends the session.
+            if (m_user && provenCurrent == nullptr) {
+                endSession(QStringLiteral("Session ended: the account was locked"));
+                Q_EMIT UserLoggedOut(userName, LoggedOut);
+            }
+            return false;
+        }
     }
     return false;
 }
 
 QString NebraSecurityManager::problemWithChange(const QString& userName, const SecretBytes& current,
-                                                const SecretBytes& fresh,
-                                                const SecretBytes& confirmation) const
+                                                bool currentProven, const SecretBytes& fresh,
+                                                const SecretBytes& confirmation, bool* locked)
 {
     if (!(fresh == confirmation))
         return QStringLiteral("The new password and its confirmation do not match.");
     QString error;
-    if (!m_authenticator.checkPassword(userName, current, &error)) {
-        m_store->audit().append(userName, Authenticator::Area,
-                                QStringLiteral("Password change refused: current password incorrect"));
+    if (!currentProven && !m_authenticator.checkCurrentPassword(userName, current, locked, &error))
         return error.isEmpty() ? QStringLiteral("The current password is incorrect.") : error;
-    }
     const QString policy = m_store->policy().check(userName, fresh);
     if (!policy.isEmpty())
         return policy;
@@ -240,11 +262,15 @@ bool NebraSecurityManager::storeNewPassword(const QString& userName, const Secre
         *error = QStringLiteral("The password could not be hashed (not enough memory).");
         return false;
     }
-    if (!m_store->users().setPasswordHash(userName, hash, false, error))
-        return false;
-    const AuditAppendResult result =
-        m_store->audit().append(userName, Authenticator::Area, QStringLiteral("Password changed"));
-    *error = result.error;
+    // The new hash and its entry share one transaction: neither lands without the other.
+    QString why;
+    const AuditAppendResult result = m_store->audit().append(
+        userName, Authenticator::Area, QStringLiteral("Password changed"), [&](QString* e) {
+            const bool stored = m_store->users().setPasswordHash(userName, hash, false, e);
+            why = *e;
+            return stored;
+        });
+    *error = result.sequence == 0 && !why.isEmpty() ? why : result.error;
     return result.sequence > 0;
 }
 

@@ -58,8 +58,12 @@ public:
     // times); true once a user is logged in. Cancel answers false.
     bool LogIn(QWidget* owner);
     bool PasswordChangeAllowed() const;
-    // Committed to the disk before it returns; a failure is reported in a message box.
-    void AddAuditTrailEntry(const QString& area, const QString& text);
+    // Committed to the disk before it returns true; false, with the failure
+    // reported in a message box that starts with auditWriteFailureText(),
+    // when it could not be committed (the caller must then not carry the
+    // operation out).
+    bool AddAuditTrailEntry(const QString& area, const QString& text);
+    static QString auditWriteFailureText();
     // Ends the session and raises UserLoggedOut with reason 1.
     void SessionLogOut();
     QString UserName() const;
@@ -86,8 +90,8 @@ private:
     void endSession(const QString& auditText);
     void timeOut();
     bool changePassword(QWidget* owner, const QString& userName, const SecretBytes* provenCurrent);
-    QString problemWithChange(const QString& userName, const SecretBytes& current, const SecretBytes& fresh,
-                              const SecretBytes& confirmation) const;
+    QString problemWithChange(const QString& userName, const SecretBytes& current, bool currentProven,
+                              const SecretBytes& fresh, const SecretBytes& confirmation, bool* locked);
     bool storeNewPassword(const QString& userName, const SecretBytes& fresh, QString* error);
     void record(const QString& userName, const QString& text);
     void tell(QWidget* owner, const QString& text, MessageIcon icon) const;

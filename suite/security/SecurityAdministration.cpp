@@ -17,14 +17,19 @@ SecurityAdministration::SecurityAdministration(SecurityStore& store, QString act
 {
 }
 
-bool SecurityAdministration::recorded(bool changed, const QString& text, QString* error)
+bool SecurityAdministration::recorded(const std::function<bool(QString*)>& change, const QString& text,
+                                      QString* error)
 {
-    if (!changed)
-        return false;
-    const AuditAppendResult result = m_store.audit().append(m_actor, Area, text);
+    // The change and its entry share one transaction: neither lands without the other.
+    QString why;
+    const AuditAppendResult result = m_store.audit().append(m_actor, Area, text, [&](QString* e) {
+        const bool done = change(e);
+        why = *e;
+        return done;
+    });
     if (result.error.isEmpty())
         return true;
-    *error = result.error;
+    *error = result.sequence == 0 && !why.isEmpty() ? why : result.error;
     return false;
 }
 
@@ -60,14 +65,14 @@ bool SecurityAdministration::addUser(const QString& name, const QString& fullNam
         *error = QStringLiteral("The password could not be hashed (not enough memory).");
         return false;
     }
-    return recorded(m_store.users().addUser(name, fullName, hash, error),
+    return recorded([&](QString* e) { return m_store.users().addUser(name, fullName, hash, e); },
                     QStringLiteral("User added: %1 (%2)").arg(name, fullName), error);
 }
 
 bool SecurityAdministration::setDisabled(const QString& name, bool disabled, QString* error)
 {
     return recorded(
-        m_store.users().setDisabled(name, disabled, error),
+        [&](QString* e) { return m_store.users().setDisabled(name, disabled, e); },
         (disabled ? QStringLiteral("User disabled: %1") : QStringLiteral("User enabled: %1")).arg(name),
         error);
 }
@@ -83,7 +88,7 @@ bool SecurityAdministration::setPassword(const QString& name, const SecretBytes&
         *error = QStringLiteral("The password could not be hashed (not enough memory).");
         return false;
     }
-    return recorded(m_store.users().setPasswordHash(name, hash, mustChange, error),
+    return recorded([&](QString* e) { return m_store.users().setPasswordHash(name, hash, mustChange, e); },
                     (mustChange ? QStringLiteral("Password reset for %1; to be changed at the next log in")
                                 : QStringLiteral("Password set for %1"))
                         .arg(name),
@@ -92,66 +97,60 @@ bool SecurityAdministration::setPassword(const QString& name, const SecretBytes&
 
 bool SecurityAdministration::unlock(const QString& name, QString* error)
 {
-    return recorded(m_store.users().unlock(name, error), QStringLiteral("Account unlocked: %1").arg(name),
-                    error);
+    return recorded([&](QString* e) { return m_store.users().unlock(name, e); },
+                    QStringLiteral("Account unlocked: %1").arg(name), error);
 }
 
 bool SecurityAdministration::grant(const QString& user, const Right& right, QString* error)
 {
     return validRight(right, error) &&
-           recorded(m_store.users().grant(user, right, error),
+           recorded([&](QString* e) { return m_store.users().grant(user, right, e); },
                     QStringLiteral("Right granted to %1: %2").arg(user, describe(right)), error);
 }
 
 bool SecurityAdministration::revoke(const QString& user, const Right& right, QString* error)
 {
     return validRight(right, error) &&
-           recorded(m_store.users().revoke(user, right, error),
+           recorded([&](QString* e) { return m_store.users().revoke(user, right, e); },
                     QStringLiteral("Right revoked from %1: %2").arg(user, describe(right)), error);
 }
 
 bool SecurityAdministration::addRole(const QString& role, QString* error)
 {
-    return validName(role, error) &&
-           recorded(m_store.users().addRole(role, error), QStringLiteral("Role added: %1").arg(role), error);
+    return validName(role, error) && recorded([&](QString* e) { return m_store.users().addRole(role, e); },
+                                              QStringLiteral("Role added: %1").arg(role), error);
 }
 
 bool SecurityAdministration::grantToRole(const QString& role, const Right& right, QString* error)
 {
     return validRight(right, error) &&
-           recorded(m_store.users().grantToRole(role, right, error),
+           recorded([&](QString* e) { return m_store.users().grantToRole(role, right, e); },
                     QStringLiteral("Right granted to role %1: %2").arg(role, describe(right)), error);
 }
 
 bool SecurityAdministration::revokeFromRole(const QString& role, const Right& right, QString* error)
 {
     return validRight(right, error) &&
-           recorded(m_store.users().revokeFromRole(role, right, error),
+           recorded([&](QString* e) { return m_store.users().revokeFromRole(role, right, e); },
                     QStringLiteral("Right revoked from role %1: %2").arg(role, describe(right)), error);
 }
 
 bool SecurityAdministration::assignRole(const QString& user, const QString& role, QString* error)
 {
-    return recorded(m_store.users().assignRole(user, role, error),
+    return recorded([&](QString* e) { return m_store.users().assignRole(user, role, e); },
                     QStringLiteral("Role %1 given to %2").arg(role, user), error);
 }
 
 bool SecurityAdministration::unassignRole(const QString& user, const QString& role, QString* error)
 {
-    return recorded(m_store.users().unassignRole(user, role, error),
+    return recorded([&](QString* e) { return m_store.users().unassignRole(user, role, e); },
                     QStringLiteral("Role %1 taken from %2").arg(role, user), error);
 }
 
 bool SecurityAdministration::resealChainHead(QString* error)
 {
-    // The entry is recorded first, so that the new head covers it.
-    const AuditAppendResult result = m_store.audit().append(
-        m_actor, Area, QStringLiteral("Audit chain head sealed afresh by the administrator"));
-    if (result.sequence == 0) {
-        *error = result.error;
-        return false;
-    }
-    return m_store.audit().resealHead(error);
+    return m_store.audit().resealHead(
+        m_actor, Area, QStringLiteral("Audit chain head sealed afresh by the administrator"), error);
 }
 
 } // namespace nebra

@@ -4,14 +4,17 @@
 
 #include <QString>
 
+#include <functional>
+
 namespace nebra {
 
 class SecretBytes;
 class SecurityStore;
 
 // The administrator's changes to users, roles and rights. Each change is
-// checked (passwords against the policy), made, and then recorded in the
-// audit trail (area "Administration") under the administrator's name.
+// checked (passwords against the policy), then made and recorded in the
+// audit trail (area "Administration") under the administrator's name, in
+// one transaction.
 // Every operation returns false with *error set to a sentence when it is
 // refused or fails; nothing is then changed or recorded.
 class SecurityAdministration
@@ -40,7 +43,7 @@ public:
     bool resealChainHead(QString* error);
 
 private:
-    bool recorded(bool changed, const QString& text, QString* error);
+    bool recorded(const std::function<bool(QString*)>& change, const QString& text, QString* error);
     static bool validName(const QString& name, QString* error);
     static bool validRight(const Right& right, QString* error);
 

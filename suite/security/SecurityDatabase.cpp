@@ -1,5 +1,7 @@
 #include "SecurityDatabase.h"
 
+#include "SecureFiles.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -18,25 +20,29 @@ const QStringList& schema()
         QStringLiteral("CREATE TABLE meta(key TEXT PRIMARY KEY, value TEXT NOT NULL)"),
         QStringLiteral("CREATE TABLE users("
                        "id INTEGER PRIMARY KEY, "
-                       "name TEXT NOT NULL UNIQUE COLLATE NOCASE, "
+                       "name TEXT NOT NULL, "
+                       "name_key TEXT NOT NULL UNIQUE, "
                        "full_name TEXT NOT NULL DEFAULT '', "
                        "password_hash TEXT NOT NULL DEFAULT '', "
                        "disabled INTEGER NOT NULL DEFAULT 0, "
                        "failed_logins INTEGER NOT NULL DEFAULT 0, "
                        "locked INTEGER NOT NULL DEFAULT 0, "
-                       "must_change_password INTEGER NOT NULL DEFAULT 0)"),
+                       "must_change_password INTEGER NOT NULL DEFAULT 0, "
+                       "mac BLOB NOT NULL DEFAULT x'')"),
         QStringLiteral(
             "CREATE TABLE roles(id INTEGER PRIMARY KEY, name TEXT NOT NULL UNIQUE COLLATE NOCASE)"),
         QStringLiteral("CREATE TABLE user_rights("
                        "user_id INTEGER NOT NULL REFERENCES users(id) ON DELETE CASCADE, "
-                       "area TEXT NOT NULL, operation TEXT NOT NULL, PRIMARY KEY(user_id, area, operation))"),
+                       "area TEXT NOT NULL, operation TEXT NOT NULL, mac BLOB NOT NULL DEFAULT x'', "
+                       "PRIMARY KEY(user_id, area, operation))"),
         QStringLiteral("CREATE TABLE role_rights("
                        "role_id INTEGER NOT NULL REFERENCES roles(id) ON DELETE CASCADE, "
-                       "area TEXT NOT NULL, operation TEXT NOT NULL, PRIMARY KEY(role_id, area, operation))"),
+                       "area TEXT NOT NULL, operation TEXT NOT NULL, mac BLOB NOT NULL DEFAULT x'', "
+                       "PRIMARY KEY(role_id, area, operation))"),
         QStringLiteral("CREATE TABLE user_roles("
                        "user_id INTEGER NOT NULL REFERENCES users(id) ON DELETE CASCADE, "
                        "role_id INTEGER NOT NULL REFERENCES roles(id) ON DELETE CASCADE, "
-                       "PRIMARY KEY(user_id, role_id))"),
+                       "mac BLOB NOT NULL DEFAULT x'', PRIMARY KEY(user_id, role_id))"),
         QStringLiteral(
             "CREATE TABLE audit_trail("
             "seq INTEGER PRIMARY KEY, utc TEXT NOT NULL, user_name TEXT NOT NULL, "
@@ -171,6 +177,9 @@ std::unique_ptr<SecurityDatabase> SecurityDatabase::open(const QString& path, QS
         *error = db->describe(QStringLiteral("cannot be read."));
     else if (!info.isWritable())
         *error = db->describe(QStringLiteral("is read-only, so the audit trail cannot be written."));
+    else if (const QString exposed = SecureFiles::exposure(path, QStringLiteral("security database"));
+             !exposed.isEmpty())
+        *error = exposed;
     else if (const FileKind kind = inspect(path); kind == FileKind::NotSqlite)
         *error = db->describe(QStringLiteral("is not a security database (it is not an SQLite file)."));
     else if (kind == FileKind::Truncated)
@@ -198,9 +207,12 @@ bool SecurityDatabase::checkIdentity(QString* error)
     const int version = metaValue(QStringLiteral("schema_version")).toInt(&versionOk);
     m_databaseId = QByteArray::fromHex(metaValue(QStringLiteral("database_id")).toLatin1());
     if (!versionOk || version != SchemaVersion || m_databaseId.size() != 16) {
-        *error = describe(versionOk && version > SchemaVersion
-                              ? QStringLiteral("was made by a newer version of the suite.")
-                              : QStringLiteral("is damaged (its version record is missing)."));
+        *error = describe(
+            versionOk && version > SchemaVersion ? QStringLiteral("was made by a newer version of the suite.")
+            : versionOk && version > 0
+                ? QStringLiteral("was made by an older version of the suite, which did not protect "
+                                 "users and rights; create it anew with nebra-secadmin.")
+                : QStringLiteral("is damaged (its version record is missing)."));
         return false;
     }
     return true;
@@ -235,6 +247,10 @@ std::unique_ptr<SecurityDatabase> SecurityDatabase::create(const QString& path, 
         return nullptr;
     }
     QDir().mkpath(QFileInfo(path).absolutePath());
+    // SQLite takes an empty file as a new database, and gives its -wal and
+    // -shm files the mode of the database file.
+    if (!SecureFiles::createEmpty(path, SecureFiles::dataMode(path), error))
+        return nullptr;
     if (db->connect(error) && db->createSchema(error) && db->applyPragmas(error) && db->checkIdentity(error))
         return db;
     db.reset();
@@ -280,11 +296,17 @@ bool SecurityDatabase::setMetaValue(const QString& key, const QString& value, QS
 
 bool SecurityDatabase::writeTransaction(const std::function<bool(QString*)>& work, QString* error)
 {
+    if (m_transactionDepth > 0)
+        return work(error);
     QSqlQuery q = newQuery();
     if (!exec(q, QStringLiteral("BEGIN IMMEDIATE"), {}, error))
         return false;
+    ++m_transactionDepth;
     QString why;
-    if (work(&why) && exec(q, QStringLiteral("COMMIT"), {}, &why))
+    const bool done = work(&why);
+    q.finish();
+    --m_transactionDepth;
+    if (done && exec(q, QStringLiteral("COMMIT"), {}, &why))
         return true;
     QString ignored;
     exec(q, QStringLiteral("ROLLBACK"), {}, &ignored);
@@ -294,10 +316,14 @@ bool SecurityDatabase::writeTransaction(const std::function<bool(QString*)>& wor
 
 bool SecurityDatabase::readTransaction(const std::function<bool(QString*)>& work, QString* error) const
 {
+    if (m_transactionDepth > 0)
+        return work(error);
     QSqlQuery q = newQuery();
     if (!exec(q, QStringLiteral("BEGIN"), {}, error))
         return false;
+    ++m_transactionDepth;
     const bool ok = work(error);
+    --m_transactionDepth;
     QString ignored;
     exec(q, QStringLiteral("COMMIT"), {}, &ignored);
     return ok;

@@ -20,6 +20,12 @@ namespace nebra {
 //   roles(id, name)                     named sets of rights
 //   user_rights / role_rights           rights (area, operation), "*" matching any
 //   user_roles(user_id, role_id)
+//
+// Users, rights and role memberships carry a MAC made with the site key (see
+// UserStore), so that a row edited or slipped in behind the suite's back is
+// noticed. The file and its companions are created 0600, or 0660 in a
+// folder shared by the site group (SecureFiles); a database that every user
+// could read or write is refused.
 //   audit_trail(seq, utc, user_name, workstation, area, text, mac)
 //
 // The audit table refuses UPDATE and DELETE through triggers.
@@ -30,7 +36,7 @@ class SecurityDatabase
 {
 public:
     static constexpr int ApplicationId = 0x4E425345; // "NBSE"
-    static constexpr int SchemaVersion = 1;
+    static constexpr int SchemaVersion = 2;
 
     ~SecurityDatabase();
     SecurityDatabase(const SecurityDatabase&) = delete;
@@ -59,7 +65,8 @@ public:
     // Runs work between BEGIN IMMEDIATE and COMMIT. The write lock is taken
     // first, so writers on the same file wait for each other (up to the busy
     // time-out) instead of failing half-way. Rolls back when work returns
-    // false or the commit fails.
+    // false or the commit fails. Called inside another transaction, work
+    // simply becomes part of it (and a failure fails the outer one).
     bool writeTransaction(const std::function<bool(QString*)>& work, QString* error);
     // Runs work inside one read transaction: everything it reads is one snapshot.
     bool readTransaction(const std::function<bool(QString*)>& work, QString* error) const;
@@ -77,6 +84,7 @@ private:
     QString m_path;
     QString m_connectionName;
     QByteArray m_databaseId;
+    mutable int m_transactionDepth = 0;
 };
 
 } // namespace nebra

@@ -2,30 +2,67 @@
 
 #include "SettingsStore.h"
 
+#include <QDir>
 #include <QStandardPaths>
 
 namespace nebra {
 
 namespace {
 
-QString text(const SettingsStore& store, const char* name)
+// Reads one file's "[Security]" group and notes where every value came from.
+class GroupReader
 {
-    return store.value(QStringLiteral("Security/") + QLatin1String(name), QString()).toString().trimmed();
-}
+public:
+    GroupReader(const SettingsStore& store, QString source, QList<SecuritySettings::Origin>* origins)
+        : m_store(store), m_source(std::move(source)), m_origins(origins)
+    {
+    }
 
-int number(const SettingsStore& store, const char* name, int defaultValue, int minimum, int maximum)
-{
-    bool ok = false;
-    const int value = text(store, name).toInt(&ok);
-    return ok && value >= minimum && value <= maximum ? value : defaultValue;
-}
+    QString text(const char* name) const
+    {
+        return m_store.value(QStringLiteral("Security/") + QLatin1String(name), QString())
+            .toString()
+            .trimmed();
+    }
 
-int atLeast(const SettingsStore& store, const char* name, int minimum, int maximum)
-{
-    bool ok = false;
-    const int value = text(store, name).toInt(&ok);
-    return ok ? qBound(minimum, value, maximum) : minimum;
-}
+    // The value as read, or fallback; either way noted with its origin.
+    QString effective(const char* name, const QString& fallback) const
+    {
+        const QString value = text(name);
+        note(name, value.isEmpty() ? fallback : value,
+             value.isEmpty() ? QStringLiteral("default") : m_source);
+        return value.isEmpty() ? fallback : value;
+    }
+
+    int number(const char* name, int defaultValue, int minimum, int maximum) const
+    {
+        bool ok = false;
+        const int value = text(name).toInt(&ok);
+        const bool taken = ok && value >= minimum && value <= maximum;
+        note(name, QString::number(taken ? value : defaultValue),
+             taken ? m_source : QStringLiteral("default"));
+        return taken ? value : defaultValue;
+    }
+
+    int atLeast(const char* name, int minimum, int maximum) const
+    {
+        bool ok = false;
+        const int value = text(name).toInt(&ok);
+        const int taken = ok ? qBound(minimum, value, maximum) : minimum;
+        note(name, QString::number(taken), ok ? m_source : QStringLiteral("default"));
+        return taken;
+    }
+
+    void note(const char* name, const QString& value, const QString& source) const
+    {
+        m_origins->append({QLatin1String(name), value, source});
+    }
+
+private:
+    const SettingsStore& m_store;
+    QString m_source;
+    QList<SecuritySettings::Origin>* m_origins;
+};
 
 } // namespace
 
@@ -38,26 +75,34 @@ QString SecuritySettings::defaultDatabasePath()
 SecuritySettings SecuritySettings::fromStore(const SettingsStore& store, const QString& databaseOverride)
 {
     SecuritySettings s;
-    const QString configured = text(store, "DatabasePath");
-    s.databasePath = !databaseOverride.isEmpty() ? databaseOverride
-                     : !configured.isEmpty()     ? configured
-                                                 : defaultDatabasePath();
+    s.policyError = store.systemProblem();
+    s.systemWide = store.system() && store.systemSetsSecurityPolicy();
+    const SettingsStore& source = s.systemWide ? *store.system() : store;
+    const GroupReader r(source,
+                        QStringLiteral("%1 file \"%2\"")
+                            .arg(s.systemWide ? QStringLiteral("system") : QStringLiteral("user"),
+                                 QDir::toNativeSeparators(source.filePath())),
+                        &s.origins);
     const bool besideOverride = !databaseOverride.isEmpty();
-    const QString keyFile = text(store, "SiteKeyFile");
-    s.siteKeyFile = !besideOverride && !keyFile.isEmpty() ? keyFile : s.databasePath + QStringLiteral(".key");
-    const QString headFile = text(store, "ChainHeadFile");
-    s.chainHeadFile =
-        !besideOverride && !headFile.isEmpty() ? headFile : s.databasePath + QStringLiteral(".head");
-    s.timeOutMinutes = number(store, "TimeOutMinutes", DefaultTimeOutMinutes, 1, 24 * 60);
-    s.timeOutWarningSeconds =
-        number(store, "TimeOutWarningSeconds", DefaultTimeOutWarningSeconds, 0, 60 * 60);
-    s.lockoutThreshold = number(store, "LockoutThreshold", DefaultLockoutThreshold, 1, 1000);
-    s.passwordMinimumLength = number(store, "PasswordMinimumLength", DefaultPasswordMinimumLength, 1, 128);
-    const QString library = text(store, "AuthenticationLibrary");
-    if (!library.isEmpty())
-        s.authenticationLibrary = library;
-    s.hashCost.memoryMiB = atLeast(store, "PasswordHashMemoryMiB", PasswordHashCost::MinimumMemoryMiB, 4096);
-    s.hashCost.passes = atLeast(store, "PasswordHashPasses", PasswordHashCost::MinimumPasses, 100);
+    if (besideOverride) {
+        s.databasePath = databaseOverride;
+        r.note("DatabasePath", databaseOverride, QStringLiteral("command line"));
+    } else {
+        s.databasePath = r.effective("DatabasePath", defaultDatabasePath());
+    }
+    // With a database named on the command line, its key and head lie beside it.
+    s.siteKeyFile = besideOverride ? s.databasePath + QStringLiteral(".key")
+                                   : r.effective("SiteKeyFile", s.databasePath + QStringLiteral(".key"));
+    s.chainHeadFile = besideOverride ? s.databasePath + QStringLiteral(".head")
+                                     : r.effective("ChainHeadFile", s.databasePath + QStringLiteral(".head"));
+    s.timeOutMinutes = r.number("TimeOutMinutes", DefaultTimeOutMinutes, 1, 24 * 60);
+    s.timeOutWarningSeconds = r.number("TimeOutWarningSeconds", DefaultTimeOutWarningSeconds, 0, 60 * 60);
+    s.lockoutThreshold = r.number("LockoutThreshold", DefaultLockoutThreshold, 1, 1000);
+    s.passwordMinimumLength = r.number("PasswordMinimumLength", DefaultPasswordMinimumLength, 1, 128);
+    s.authenticationLibrary = r.effective("AuthenticationLibrary", QLatin1String(ServiceLibrary));
+    s.hashCost.memoryMiB = r.atLeast("PasswordHashMemoryMiB", PasswordHashCost::MinimumMemoryMiB, 4096);
+    s.hashCost.passes = r.atLeast("PasswordHashPasses", PasswordHashCost::MinimumPasses, 100);
+    s.adminGroup = r.effective("AdminGroup", QString());
     return s;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QList>
 #include <QString>
 
 namespace nebra {
@@ -17,12 +18,24 @@ struct PasswordHashCost
     int passes = MinimumPasses;
 };
 
-// The "[Security]" group of the suite's settings file: where the security
-// database and its companion files are, and the site's policy. Values that
-// cannot be parsed, or that lie outside their range, read as the default
-// (the hash cost is raised to its minimum instead).
+// The "[Security]" group: where the security database and its companion
+// files are, and the site's policy. When the administrator's system-wide
+// settings file sets a security policy, every value comes from that file
+// (or its default) and the user's own "[Security]" group is ignored, so
+// nothing a user writes can weaken the policy; otherwise the user's file is
+// read (a personal installation). Values that cannot be parsed, or that lie
+// outside their range, read as the default (the hash cost is raised to its
+// minimum instead).
 struct SecuritySettings
 {
+    // Where one effective value came from, for "nebra-secadmin status".
+    struct Origin
+    {
+        QString key;
+        QString value;
+        QString source; // "system file", "user file", "default" or "command line"
+    };
+
     static constexpr const char* ServiceLibrary =
         "WindowsServiceAuthenticationLibrary.WindowsServiceXmlAuthentication";
     static constexpr const char* GroupLibrary =
@@ -43,6 +56,12 @@ struct SecuritySettings
     int passwordMinimumLength = DefaultPasswordMinimumLength;
     QString authenticationLibrary = QLatin1String(ServiceLibrary);
     PasswordHashCost hashCost;
+    // AdminGroup: members may run the administration commands (root always may).
+    QString adminGroup;
+
+    bool systemWide = false; // the system-wide file sets the policy
+    QString policyError;     // set when the system-wide file exists but cannot be used
+    QList<Origin> origins;
 
     // Reads the group. A non-empty databaseOverride replaces DatabasePath, and
     // the key and head files then default to lie beside it.

@@ -14,8 +14,8 @@ const QByteArray KeyCheckMessage = QByteArrayLiteral("nebra-site-key-check-v1");
 SecurityStore::SecurityStore(const SecuritySettings& settings, std::unique_ptr<SecurityDatabase> database,
                              SiteKey key)
     : m_settings(settings), m_database(std::move(database)), m_key(std::move(key)),
-      m_audit(*m_database, m_key, settings.chainHeadFile), m_users(*m_database), m_hasher(settings.hashCost),
-      m_policy(settings.passwordMinimumLength)
+      m_audit(*m_database, m_key, settings.chainHeadFile), m_users(*m_database, m_key),
+      m_hasher(settings.hashCost), m_policy(settings.passwordMinimumLength)
 {
 }
 
@@ -35,6 +35,10 @@ bool SecurityStore::checkKey(SecurityDatabase& database, const SiteKey& key, con
 std::unique_ptr<SecurityStore> SecurityStore::open(const SecuritySettings& settings, QString* error,
                                                    HeadCheck headCheck)
 {
+    if (!settings.policyError.isEmpty()) {
+        *error = settings.policyError;
+        return nullptr;
+    }
     std::unique_ptr<SecurityDatabase> database = SecurityDatabase::open(settings.databasePath, error);
     if (!database)
         return nullptr;
@@ -48,15 +52,22 @@ std::unique_ptr<SecurityStore> SecurityStore::open(const SecuritySettings& setti
 }
 
 std::unique_ptr<SecurityStore> SecurityStore::create(const SecuritySettings& settings, const QString& actor,
-                                                     QString* error)
+                                                     QString* error, KeyUse keyUse)
 {
     if (QFileInfo::exists(settings.databasePath)) {
         *error = QStringLiteral("The security database \"%1\" already exists; it has not been changed.")
                      .arg(QDir::toNativeSeparators(settings.databasePath));
         return nullptr;
     }
-    if (!QFileInfo::exists(settings.siteKeyFile) && !SiteKey::create(settings.siteKeyFile, error))
+    // A key file left from an earlier database may be known to people who
+    // should not hold the new one's key: it is used only when asked for.
+    if (keyUse == KeyUse::New && !SiteKey::create(settings.siteKeyFile, error)) {
+        if (QFileInfo::exists(settings.siteKeyFile))
+            *error = QStringLiteral("The site key file \"%1\" already exists; it has not been replaced. Use "
+                                    "--reuse-key to make the new database with it, or remove it first.")
+                         .arg(QDir::toNativeSeparators(settings.siteKeyFile));
         return nullptr;
+    }
     std::optional<SiteKey> key = SiteKey::load(settings.siteKeyFile, error);
     if (!key)
         return nullptr;

@@ -27,17 +27,24 @@ public:
         Skipped
     };
 
-    // Null, with *error set to a sentence for the user, when any part is
-    // missing or unusable, or (unless skipped, for the administrator's
-    // inquiries) the chain head is missing or altered.
+    // Null, with *error set to a sentence for the user, when the system-wide
+    // policy cannot be read, any part is missing, unusable or open to every
+    // user, or (unless skipped, for the administrator's inquiries) the chain
+    // head is missing or altered or the database no longer holds the entry
+    // it seals.
     static std::unique_ptr<SecurityStore> open(const SecuritySettings& settings, QString* error,
                                                HeadCheck headCheck = HeadCheck::Required);
 
-    // Makes a new database and its chain head; makes the site key file too
-    // unless the site already has one (which is then used). Records the
-    // creation as the first audit entry, by actor.
+    enum class KeyUse
+    {
+        New,   // make the site key; refuse when its file exists
+        Reuse, // use the site key file that is there
+    };
+
+    // Makes a new database and its chain head, and the site key file as keyUse
+    // says. Records the creation as the first audit entry, by actor.
     static std::unique_ptr<SecurityStore> create(const SecuritySettings& settings, const QString& actor,
-                                                 QString* error);
+                                                 QString* error, KeyUse keyUse = KeyUse::New);
 
     const SecuritySettings& settings() const { return m_settings; }
     SecurityDatabase& database() { return *m_database; }

@@ -1,5 +1,7 @@
 #include "SiteKey.h"
 
+#include "SecureFiles.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -33,6 +35,11 @@ std::optional<SiteKey> SiteKey::load(const QString& path, QString* error)
     QFile file(path);
     if (!file.exists()) {
         *error = QStringLiteral("The site key file \"%1\" does not exist.").arg(shown);
+        return std::nullopt;
+    }
+    if (const QString exposed = SecureFiles::exposure(path, QStringLiteral("site key file"));
+        !exposed.isEmpty()) {
+        *error = exposed;
         return std::nullopt;
     }
     if (!file.open(QIODevice::ReadOnly)) {
@@ -75,9 +82,12 @@ bool SiteKey::create(const QString& path, QString* error)
     sodium_memzero(key.data(), key.size());
     hex[2 * Size] = '\n';
     QSaveFile file(path);
-    const bool ok = file.open(QIODevice::WriteOnly) &&
-                    file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner) &&
-                    file.write(hex) == hex.size() && file.commit();
+    const bool ok =
+        file.open(QIODevice::WriteOnly) &&
+        file.setPermissions(SecureFiles::keyMode(path) == 0640
+                                ? QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ReadGroup
+                                : QFileDevice::ReadOwner | QFileDevice::WriteOwner) &&
+        file.write(hex) == hex.size() && file.commit();
     sodium_memzero(hex.data(), size_t(hex.size()));
     if (!ok)
         *error =
@@ -100,6 +110,16 @@ bool SiteKey::verify(const QByteArray& mac, const QByteArray& message) const
            crypto_auth_verify(reinterpret_cast<const unsigned char*>(mac.constData()),
                               reinterpret_cast<const unsigned char*>(message.constData()),
                               static_cast<unsigned long long>(message.size()), m_key.data()) == 0;
+}
+
+} // namespace nebra
+
+namespace nebra {
+
+bool SiteKey::sameMac(const QByteArray& a, const QByteArray& b)
+{
+    return a.size() == MacSize && b.size() == MacSize &&
+           sodium_memcmp(a.constData(), b.constData(), MacSize) == 0;
 }
 
 } // namespace nebra

@@ -23,17 +23,20 @@ public:
     SiteKey& operator=(const SiteKey& other) = default;
 
     // Reads the key file; nothing and *error set when it is missing,
-    // unreadable or not a key file.
+    // unreadable, readable by every user, or not a key file.
     static std::optional<SiteKey> load(const QString& path, QString* error);
 
-    // Writes a new random key file readable by its owner only. Refuses to
-    // replace an existing file.
+    // Writes a new random key file readable by its owner only (and by the
+    // site group in a shared folder, see SecureFiles). Refuses to replace an
+    // existing file.
     static bool create(const QString& path, QString* error);
 
     // Keyed MAC (HMAC-SHA-512-256) of a message, MacSize bytes.
     QByteArray mac(const QByteArray& message) const;
     // Compares in constant time.
     bool verify(const QByteArray& mac, const QByteArray& message) const;
+    // Compares two MACs in constant time.
+    static bool sameMac(const QByteArray& a, const QByteArray& b);
 
 private:
     SiteKey() = default;

@@ -1,6 +1,8 @@
 #include "UserStore.h"
 
+#include "MacMessage.h"
 #include "SecurityDatabase.h"
+#include "SiteKey.h"
 
 #include <QSqlQuery>
 #include <QVariant>
@@ -10,13 +12,7 @@ namespace nebra {
 namespace {
 
 const QString UserColumns = QStringLiteral(
-    "id, name, full_name, password_hash, disabled, failed_logins, locked, must_change_password");
-
-UserRecord userFrom(const QSqlQuery& q)
-{
-    return {q.value(0).toLongLong(), q.value(1).toString(), q.value(2).toString(), q.value(3).toByteArray(),
-            q.value(4).toBool(),     q.value(5).toInt(),    q.value(6).toBool(),   q.value(7).toBool()};
-}
+    "id, name, full_name, password_hash, disabled, failed_logins, locked, must_change_password, mac");
 
 QString noUser(const QString& name)
 {
@@ -28,15 +24,73 @@ QString noRole(const QString& name)
     return QStringLiteral("There is no role \"%1\".").arg(name);
 }
 
+QString altered(const QString& name)
+{
+    return QStringLiteral("The record of user \"%1\" has been changed outside the suite; an administrator "
+                          "must set the user's password anew.")
+        .arg(name);
+}
+
 } // namespace
 
-UserStore::UserStore(SecurityDatabase& database) : m_database(database) {}
+UserStore::UserStore(SecurityDatabase& database, const SiteKey& key) : m_database(database), m_key(key) {}
+
+QString UserStore::nameKey(const QString& name)
+{
+    return name.normalized(QString::NormalizationForm_C).toCaseFolded();
+}
+
+QByteArray UserStore::userMac(const UserRecord& user) const
+{
+    return m_key.mac(MacMessage("nebra-user-v2")
+                         .add(m_database.databaseId())
+                         .add(user.id)
+                         .add(nameKey(user.name))
+                         .add(user.passwordHash)
+                         .add(qint64(user.disabled))
+                         .add(qint64(user.locked))
+                         .add(qint64(user.failedLogIns))
+                         .add(qint64(user.mustChangePassword))
+                         .bytes());
+}
+
+QByteArray UserStore::rightMac(const char* table, qint64 ownerId, const QString& area,
+                               const QString& operation) const
+{
+    return m_key.mac(MacMessage("nebra-right-v2")
+                         .add(QString::fromLatin1(table))
+                         .add(m_database.databaseId())
+                         .add(ownerId)
+                         .add(area)
+                         .add(operation)
+                         .bytes());
+}
+
+QByteArray UserStore::membershipMac(qint64 userId, qint64 roleId) const
+{
+    return m_key.mac(
+        MacMessage("nebra-membership-v2").add(m_database.databaseId()).add(userId).add(roleId).bytes());
+}
+
+bool UserStore::macMatches(const QByteArray& mac, const QByteArray& expected) const
+{
+    return SiteKey::sameMac(mac, expected);
+}
+
+UserRecord UserStore::userFrom(const QSqlQuery& q) const
+{
+    UserRecord user{q.value(0).toLongLong(),  q.value(1).toString(), q.value(2).toString(),
+                    q.value(3).toByteArray(), q.value(4).toBool(),   q.value(5).toInt(),
+                    q.value(6).toBool(),      q.value(7).toBool(),   true};
+    user.intact = macMatches(q.value(8).toByteArray(), userMac(user));
+    return user;
+}
 
 std::optional<UserRecord> UserStore::find(const QString& name, QString* error) const
 {
     QSqlQuery q = m_database.newQuery();
-    if (!m_database.exec(q, QStringLiteral("SELECT %1 FROM users WHERE name = ?").arg(UserColumns), {name},
-                         error) ||
+    if (!m_database.exec(q, QStringLiteral("SELECT %1 FROM users WHERE name_key = ?").arg(UserColumns),
+                         {nameKey(name)}, error) ||
         !q.next())
         return std::nullopt;
     return userFrom(q);
@@ -46,24 +100,47 @@ QList<UserRecord> UserStore::users(QString* error) const
 {
     QList<UserRecord> all;
     QSqlQuery q = m_database.newQuery();
-    if (m_database.exec(q, QStringLiteral("SELECT %1 FROM users ORDER BY name").arg(UserColumns), {}, error))
+    if (m_database.exec(q, QStringLiteral("SELECT %1 FROM users ORDER BY name_key").arg(UserColumns), {},
+                        error))
         while (q.next())
             all.append(userFrom(q));
     return all;
 }
 
-bool UserStore::change(const QString& sql, const QVariantList& values, const QString& notFound,
-                       QString* error)
+bool UserStore::sealUser(qint64 id, QString* error)
+{
+    QSqlQuery q = m_database.newQuery();
+    if (!m_database.exec(q, QStringLiteral("SELECT %1 FROM users WHERE id = ?").arg(UserColumns), {id},
+                         error))
+        return false;
+    if (!q.next()) {
+        *error = QStringLiteral("The user record vanished while it was being changed.");
+        return false;
+    }
+    const QByteArray mac = userMac(userFrom(q));
+    q.finish();
+    return m_database.exec(q, QStringLiteral("UPDATE users SET mac = ? WHERE id = ?"), {mac, id}, error);
+}
+
+bool UserStore::updateUser(const QString& name, const QString& assignments, const QVariantList& values,
+                           bool requireIntact, QString* error)
 {
     return m_database.writeTransaction(
         [&](QString* why) {
-            QSqlQuery q = m_database.newQuery();
-            if (!m_database.exec(q, sql, values, why))
+            const std::optional<UserRecord> user = find(name, why);
+            if (!user) {
+                if (why->isEmpty())
+                    *why = noUser(name);
                 return false;
-            if (q.numRowsAffected() > 0)
-                return true;
-            *why = notFound;
-            return false;
+            }
+            if (requireIntact && !user->intact) {
+                *why = altered(user->name);
+                return false;
+            }
+            QSqlQuery q = m_database.newQuery();
+            return m_database.exec(q, QStringLiteral("UPDATE users SET %1 WHERE id = ?").arg(assignments),
+                                   QVariantList(values) << user->id, why) &&
+                   sealUser(user->id, why);
         },
         error);
 }
@@ -71,9 +148,12 @@ bool UserStore::change(const QString& sql, const QVariantList& values, const QSt
 std::optional<qint64> UserStore::idOf(const char* table, const QString& name, const QString& what,
                                       QString* error) const
 {
+    const bool users = qstrcmp(table, "users") == 0;
     QSqlQuery q = m_database.newQuery();
-    if (!m_database.exec(q, QStringLiteral("SELECT id FROM %1 WHERE name = ?").arg(QLatin1String(table)),
-                         {name}, error))
+    if (!m_database.exec(q,
+                         users ? QStringLiteral("SELECT id FROM users WHERE name_key = ?")
+                               : QStringLiteral("SELECT id FROM %1 WHERE name = ?").arg(QLatin1String(table)),
+                         {users ? nameKey(name) : name}, error))
         return std::nullopt;
     if (!q.next()) {
         *error = what;
@@ -88,31 +168,35 @@ bool UserStore::addUser(const QString& name, const QString& fullName, const QByt
     return m_database.writeTransaction(
         [&](QString* why) {
             QSqlQuery q = m_database.newQuery();
-            if (!m_database.exec(q, QStringLiteral("SELECT 1 FROM users WHERE name = ?"), {name}, why))
+            if (!m_database.exec(q, QStringLiteral("SELECT 1 FROM users WHERE name_key = ?"), {nameKey(name)},
+                                 why))
                 return false;
             if (q.next()) {
                 *why = QStringLiteral("There is already a user \"%1\".").arg(name);
                 return false;
             }
+            q.finish();
             return m_database.exec(
-                q, QStringLiteral("INSERT INTO users(name, full_name, password_hash) VALUES(?, ?, ?)"),
-                {name, fullName.isNull() ? QStringLiteral("") : fullName, QString::fromLatin1(passwordHash)},
-                why);
+                       q,
+                       QStringLiteral("INSERT INTO users(name, name_key, full_name, password_hash) "
+                                      "VALUES(?, ?, ?, ?)"),
+                       {name, nameKey(name), fullName.isNull() ? QStringLiteral("") : fullName,
+                        QString::fromLatin1(passwordHash)},
+                       why) &&
+                   sealUser(q.lastInsertId().toLongLong(), why);
         },
         error);
 }
 
 bool UserStore::setDisabled(const QString& name, bool disabled, QString* error)
 {
-    return change(QStringLiteral("UPDATE users SET disabled = ? WHERE name = ?"), {disabled ? 1 : 0, name},
-                  noUser(name), error);
+    return updateUser(name, QStringLiteral("disabled = ?"), {disabled ? 1 : 0}, false, error);
 }
 
 bool UserStore::setPasswordHash(const QString& name, const QByteArray& hash, bool mustChange, QString* error)
 {
-    return change(
-        QStringLiteral("UPDATE users SET password_hash = ?, must_change_password = ? WHERE name = ?"),
-        {QString::fromLatin1(hash), mustChange ? 1 : 0, name}, noUser(name), error);
+    return updateUser(name, QStringLiteral("password_hash = ?, must_change_password = ?"),
+                      {QString::fromLatin1(hash), mustChange ? 1 : 0}, false, error);
 }
 
 bool UserStore::recordFailedLogIn(const QString& name, int threshold, bool* lockedNow, QString* error)
@@ -120,51 +204,43 @@ bool UserStore::recordFailedLogIn(const QString& name, int threshold, bool* lock
     *lockedNow = false;
     return m_database.writeTransaction(
         [&](QString* why) {
-            QSqlQuery q = m_database.newQuery();
-            if (!m_database.exec(q, QStringLiteral("SELECT locked FROM users WHERE name = ?"), {name}, why))
+            const std::optional<UserRecord> before = find(name, why);
+            if (!updateUser(
+                    name,
+                    QStringLiteral("failed_logins = failed_logins + 1, "
+                                   "locked = CASE WHEN failed_logins + 1 >= ? THEN 1 ELSE locked END"),
+                    {threshold}, true, why))
                 return false;
-            const bool wasLocked = q.next() && q.value(0).toBool();
-            q.finish();
-            if (!m_database.exec(
-                    q,
-                    QStringLiteral("UPDATE users SET failed_logins = failed_logins + 1, "
-                                   "locked = CASE WHEN failed_logins + 1 >= ? THEN 1 ELSE locked END "
-                                   "WHERE name = ? RETURNING locked"),
-                    {threshold, name}, why))
-                return false;
-            *lockedNow = q.next() && q.value(0).toBool() && !wasLocked;
-            return true;
+            const std::optional<UserRecord> after = find(name, why);
+            *lockedNow = before && after && after->locked && !before->locked;
+            return after.has_value();
         },
         error);
 }
 
 bool UserStore::resetFailedLogIns(const QString& name, QString* error)
 {
-    return change(QStringLiteral("UPDATE users SET failed_logins = 0 WHERE name = ?"), {name}, noUser(name),
-                  error);
+    return updateUser(name, QStringLiteral("failed_logins = 0"), {}, true, error);
 }
 
 bool UserStore::unlock(const QString& name, QString* error)
 {
-    return change(QStringLiteral("UPDATE users SET failed_logins = 0, locked = 0 WHERE name = ?"), {name},
-                  noUser(name), error);
+    return updateUser(name, QStringLiteral("failed_logins = 0, locked = 0"), {}, false, error);
 }
 
-bool UserStore::linkChange(const QString& sql, const QList<Link>& links, const QVariantList& values,
-                           QString* error)
+bool UserStore::linkChange(const QString& sql, const QList<Link>& links, const Binder& bind, QString* error)
 {
     return m_database.writeTransaction(
         [&](QString* why) {
-            QVariantList bound;
+            QList<qint64> ids;
             for (const Link& link : links) {
                 const std::optional<qint64> id = idOf(link.table, link.name, link.notFound, why);
                 if (!id)
                     return false;
-                bound.append(*id);
+                ids.append(*id);
             }
-            bound.append(values);
             QSqlQuery q = m_database.newQuery();
-            return m_database.exec(q, sql, bound, why);
+            return m_database.exec(q, sql, bind(ids), why);
         },
         error);
 }
@@ -172,15 +248,25 @@ bool UserStore::linkChange(const QString& sql, const QList<Link>& links, const Q
 bool UserStore::grant(const QString& user, const Right& right, QString* error)
 {
     return linkChange(
-        QStringLiteral("INSERT OR IGNORE INTO user_rights(user_id, area, operation) VALUES(?, ?, ?)"),
-        {{"users", user, noUser(user)}}, {right.area, right.operation}, error);
+        QStringLiteral(
+            "INSERT OR REPLACE INTO user_rights(user_id, area, operation, mac) VALUES(?, ?, ?, ?)"),
+        {{"users", user, noUser(user)}},
+        [&](const QList<qint64>& ids) {
+            return QVariantList{ids[0], right.area, right.operation,
+                                rightMac("user_rights", ids[0], right.area, right.operation)};
+        },
+        error);
 }
 
 bool UserStore::revoke(const QString& user, const Right& right, QString* error)
 {
     return linkChange(
         QStringLiteral("DELETE FROM user_rights WHERE user_id = ? AND area = ? AND operation = ?"),
-        {{"users", user, noUser(user)}}, {right.area, right.operation}, error);
+        {{"users", user, noUser(user)}},
+        [&](const QList<qint64>& ids) {
+            return QVariantList{ids[0], right.area, right.operation};
+        },
+        error);
 }
 
 bool UserStore::addRole(const QString& role, QString* error)
@@ -202,54 +288,118 @@ bool UserStore::addRole(const QString& role, QString* error)
 bool UserStore::grantToRole(const QString& role, const Right& right, QString* error)
 {
     return linkChange(
-        QStringLiteral("INSERT OR IGNORE INTO role_rights(role_id, area, operation) VALUES(?, ?, ?)"),
-        {{"roles", role, noRole(role)}}, {right.area, right.operation}, error);
+        QStringLiteral(
+            "INSERT OR REPLACE INTO role_rights(role_id, area, operation, mac) VALUES(?, ?, ?, ?)"),
+        {{"roles", role, noRole(role)}},
+        [&](const QList<qint64>& ids) {
+            return QVariantList{ids[0], right.area, right.operation,
+                                rightMac("role_rights", ids[0], right.area, right.operation)};
+        },
+        error);
 }
 
 bool UserStore::revokeFromRole(const QString& role, const Right& right, QString* error)
 {
     return linkChange(
         QStringLiteral("DELETE FROM role_rights WHERE role_id = ? AND area = ? AND operation = ?"),
-        {{"roles", role, noRole(role)}}, {right.area, right.operation}, error);
+        {{"roles", role, noRole(role)}},
+        [&](const QList<qint64>& ids) {
+            return QVariantList{ids[0], right.area, right.operation};
+        },
+        error);
 }
 
 bool UserStore::assignRole(const QString& user, const QString& role, QString* error)
 {
-    return linkChange(QStringLiteral("INSERT OR IGNORE INTO user_roles(user_id, role_id) VALUES(?, ?)"),
-                      {{"users", user, noUser(user)}, {"roles", role, noRole(role)}}, {}, error);
+    return linkChange(
+        QStringLiteral("INSERT OR REPLACE INTO user_roles(user_id, role_id, mac) VALUES(?, ?, ?)"),
+        {{"users", user, noUser(user)}, {"roles", role, noRole(role)}},
+        [&](const QList<qint64>& ids) {
+            return QVariantList{ids[0], ids[1], membershipMac(ids[0], ids[1])};
+        },
+        error);
 }
 
 bool UserStore::unassignRole(const QString& user, const QString& role, QString* error)
 {
-    return linkChange(QStringLiteral("DELETE FROM user_roles WHERE user_id = ? AND role_id = ?"),
-                      {{"users", user, noUser(user)}, {"roles", role, noRole(role)}}, {}, error);
+    return linkChange(
+        QStringLiteral("DELETE FROM user_roles WHERE user_id = ? AND role_id = ?"),
+        {{"users", user, noUser(user)}, {"roles", role, noRole(role)}},
+        [](const QList<qint64>& ids) {
+            return QVariantList{ids[0], ids[1]};
+        },
+        error);
+}
+
+bool UserStore::allowedByOwnRights(qint64 userId, const QString& area, const QString& operation,
+                                   QString* error) const
+{
+    QSqlQuery q = m_database.newQuery();
+    if (!m_database.exec(
+            q,
+            QStringLiteral("SELECT area, operation, mac FROM user_rights WHERE user_id = ? "
+                           "AND (area = ? OR area = '*') AND (operation = ? OR operation = '*')"),
+            {userId, area, operation}, error))
+        return false;
+    while (q.next())
+        if (macMatches(q.value(2).toByteArray(),
+                       rightMac("user_rights", userId, q.value(0).toString(), q.value(1).toString())))
+            return true;
+    return false;
+}
+
+bool UserStore::allowedByRoles(qint64 userId, const QString& area, const QString& operation,
+                               QString* error) const
+{
+    QSqlQuery q = m_database.newQuery();
+    if (!m_database.exec(q,
+                         QStringLiteral("SELECT ur.role_id, ur.mac, rr.area, rr.operation, rr.mac "
+                                        "FROM user_roles ur JOIN role_rights rr ON rr.role_id = ur.role_id "
+                                        "WHERE ur.user_id = ? AND (rr.area = ? OR rr.area = '*') "
+                                        "AND (rr.operation = ? OR rr.operation = '*')"),
+                         {userId, area, operation}, error))
+        return false;
+    while (q.next()) {
+        const qint64 roleId = q.value(0).toLongLong();
+        if (macMatches(q.value(1).toByteArray(), membershipMac(userId, roleId)) &&
+            macMatches(q.value(4).toByteArray(),
+                       rightMac("role_rights", roleId, q.value(2).toString(), q.value(3).toString())))
+            return true;
+    }
+    return false;
 }
 
 bool UserStore::isOperationAllowed(const QString& user, const QString& area, const QString& operation,
                                    QString* error) const
 {
-    static const QString sql = QStringLiteral(
-        "SELECT 1 FROM users u WHERE u.name = ? AND u.disabled = 0 AND u.locked = 0 AND ("
-        " EXISTS (SELECT 1 FROM user_rights r WHERE r.user_id = u.id"
-        "  AND (r.area = ? OR r.area = '*') AND (r.operation = ? OR r.operation = '*'))"
-        " OR EXISTS (SELECT 1 FROM user_roles ur JOIN role_rights rr ON rr.role_id = ur.role_id"
-        "  WHERE ur.user_id = u.id AND (rr.area = ? OR rr.area = '*') AND (rr.operation = ? OR rr.operation "
-        "= '*')))");
-    QSqlQuery q = m_database.newQuery();
-    return m_database.exec(q, sql, {user, area, operation, area, operation}, error) && q.next();
+    bool allowed = false;
+    m_database.readTransaction(
+        [&](QString* why) {
+            const std::optional<UserRecord> record = find(user, why);
+            if (!record || !record->intact || record->disabled || record->locked)
+                return why->isEmpty();
+            allowed = allowedByOwnRights(record->id, area, operation, why) ||
+                      (why->isEmpty() && allowedByRoles(record->id, area, operation, why));
+            return why->isEmpty();
+        },
+        error);
+    return allowed && error->isEmpty();
 }
 
 QList<Right> UserStore::rightsOf(const QString& user, QString* error) const
 {
     QList<Right> rights;
     QSqlQuery q = m_database.newQuery();
-    if (m_database.exec(
-            q,
-            QStringLiteral("SELECT r.area, r.operation FROM user_rights r JOIN users u ON u.id = r.user_id "
-                           "WHERE u.name = ? ORDER BY r.area, r.operation"),
-            {user}, error))
+    if (m_database.exec(q,
+                        QStringLiteral("SELECT r.area, r.operation, r.mac, r.user_id FROM user_rights r "
+                                       "JOIN users u ON u.id = r.user_id WHERE u.name_key = ? "
+                                       "ORDER BY r.area, r.operation"),
+                        {nameKey(user)}, error))
         while (q.next())
-            rights.append({q.value(0).toString(), q.value(1).toString()});
+            rights.append({q.value(0).toString(), q.value(1).toString(),
+                           macMatches(q.value(2).toByteArray(),
+                                      rightMac("user_rights", q.value(3).toLongLong(), q.value(0).toString(),
+                                               q.value(1).toString()))});
     return rights;
 }
 
@@ -257,13 +407,54 @@ QStringList UserStore::rolesOf(const QString& user, QString* error) const
 {
     QStringList roles;
     QSqlQuery q = m_database.newQuery();
-    if (m_database.exec(q,
-                        QStringLiteral("SELECT r.name FROM roles r JOIN user_roles ur ON ur.role_id = r.id "
-                                       "JOIN users u ON u.id = ur.user_id WHERE u.name = ? ORDER BY r.name"),
-                        {user}, error))
+    if (m_database.exec(
+            q,
+            QStringLiteral("SELECT r.name FROM roles r JOIN user_roles ur ON ur.role_id = r.id "
+                           "JOIN users u ON u.id = ur.user_id WHERE u.name_key = ? ORDER BY r.name"),
+            {nameKey(user)}, error))
         while (q.next())
             roles.append(q.value(0).toString());
     return roles;
+}
+
+QStringList UserStore::alteredRows(QString* error) const
+{
+    QStringList found;
+    m_database.readTransaction(
+        [&](QString* why) {
+            for (const UserRecord& user : users(why))
+                if (!user.intact)
+                    found << QStringLiteral("The record of user \"%1\" has been altered.").arg(user.name);
+            QSqlQuery q = m_database.newQuery();
+            if (!m_database.exec(q, QStringLiteral("SELECT user_id, area, operation, mac FROM user_rights"),
+                                 {}, why))
+                return false;
+            while (q.next())
+                if (!macMatches(q.value(3).toByteArray(),
+                                rightMac("user_rights", q.value(0).toLongLong(), q.value(1).toString(),
+                                         q.value(2).toString())))
+                    found << QStringLiteral("The right %1/%2 of user id %3 has been altered or slipped in.")
+                                 .arg(q.value(1).toString(), q.value(2).toString(), q.value(0).toString());
+            if (!m_database.exec(q, QStringLiteral("SELECT role_id, area, operation, mac FROM role_rights"),
+                                 {}, why))
+                return false;
+            while (q.next())
+                if (!macMatches(q.value(3).toByteArray(),
+                                rightMac("role_rights", q.value(0).toLongLong(), q.value(1).toString(),
+                                         q.value(2).toString())))
+                    found << QStringLiteral("The right %1/%2 of role id %3 has been altered or slipped in.")
+                                 .arg(q.value(1).toString(), q.value(2).toString(), q.value(0).toString());
+            if (!m_database.exec(q, QStringLiteral("SELECT user_id, role_id, mac FROM user_roles"), {}, why))
+                return false;
+            while (q.next())
+                if (!macMatches(q.value(2).toByteArray(),
+                                membershipMac(q.value(0).toLongLong(), q.value(1).toLongLong())))
+                    found << QStringLiteral("The role id %1 of user id %2 has been altered or slipped in.")
+                                 .arg(q.value(1).toString(), q.value(0).toString());
+            return true;
+        },
+        error);
+    return found;
 }
 
 } // namespace nebra

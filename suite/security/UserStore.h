@@ -4,12 +4,17 @@
 #include <QList>
 #include <QString>
 #include <QStringList>
+#include <QVariantList>
 
+#include <functional>
 #include <optional>
+
+class QSqlQuery;
 
 namespace nebra {
 
 class SecurityDatabase;
+class SiteKey;
 
 struct UserRecord
 {
@@ -21,6 +26,7 @@ struct UserRecord
     int failedLogIns = 0;
     bool locked = false;
     bool mustChangePassword = false;
+    bool intact = true; // false: the row was changed behind the suite's back
 };
 
 // A right: an operation in an area. "*" as the operation grants every
@@ -29,15 +35,28 @@ struct Right
 {
     QString area;
     QString operation;
+    bool intact = true; // as read: false when the row was changed behind the suite's back
 };
 
 // Users, roles and rights in the security database. User and role names
-// compare without regard to case. Every change is one transaction; none is
-// audited here (the callers record what they changed and who changed it).
+// compare without regard to case (user names in every script, through
+// Unicode case folding). Every change is one transaction, or part of the
+// caller's; none is audited here (the callers record what they changed and
+// who changed it, in the same transaction).
+//
+// Each user row, right and role membership carries a MAC made with the site
+// key over its security-relevant fields. A row whose MAC does not match was
+// changed behind the suite's back: such a user is marked not intact (and is
+// refused at log-in), such a right or membership grants nothing, and
+// alteredRows() names them all. Only administrative changes seal a user row
+// afresh; the bookkeeping of log-ins refuses to touch an altered one.
 class UserStore
 {
 public:
-    explicit UserStore(SecurityDatabase& database);
+    UserStore(SecurityDatabase& database, const SiteKey& key);
+
+    // The form in which user names are compared: NFC, case folded.
+    static QString nameKey(const QString& name);
 
     std::optional<UserRecord> find(const QString& name, QString* error) const;
     QList<UserRecord> users(QString* error) const;
@@ -49,6 +68,7 @@ public:
 
     // Counts one failed log-in and locks the account when the count reaches
     // the threshold. *lockedNow is set when this failure locked it.
+    // Refuses an altered row.
     bool recordFailedLogIn(const QString& name, int threshold, bool* lockedNow, QString* error);
     bool resetFailedLogIns(const QString& name, QString* error);
     bool unlock(const QString& name, QString* error);
@@ -67,20 +87,38 @@ public:
     QList<Right> rightsOf(const QString& user, QString* error) const;
     QStringList rolesOf(const QString& user, QString* error) const;
 
+    // One sentence per user, right or membership whose MAC does not match.
+    QStringList alteredRows(QString* error) const;
+
 private:
+    QByteArray userMac(const UserRecord& user) const;
+    QByteArray rightMac(const char* table, qint64 ownerId, const QString& area,
+                        const QString& operation) const;
+    QByteArray membershipMac(qint64 userId, qint64 roleId) const;
+    bool macMatches(const QByteArray& mac, const QByteArray& expected) const;
+    UserRecord userFrom(const QSqlQuery& q) const;
+    // Runs "UPDATE users SET <assignments>" on the named user and seals the row afresh.
+    bool updateUser(const QString& name, const QString& assignments, const QVariantList& values,
+                    bool requireIntact, QString* error);
+    bool sealUser(qint64 id, QString* error);
+    bool allowedByOwnRights(qint64 userId, const QString& area, const QString& operation,
+                            QString* error) const;
+    bool allowedByRoles(qint64 userId, const QString& area, const QString& operation, QString* error) const;
     struct Link
     {
         const char* table; // "users" or "roles"
         QString name;
         QString notFound;
     };
-    // Runs sql with the ids of the named rows first, then values; fails when a name is unknown.
-    bool linkChange(const QString& sql, const QList<Link>& links, const QVariantList& values, QString* error);
-    bool change(const QString& sql, const QVariantList& values, const QString& notFound, QString* error);
+    using Binder = std::function<QVariantList(const QList<qint64>& ids)>;
+    // Runs sql with the values that bind gives for the ids of the named rows;
+    // fails when a name is unknown.
+    bool linkChange(const QString& sql, const QList<Link>& links, const Binder& bind, QString* error);
     std::optional<qint64> idOf(const char* table, const QString& name, const QString& what,
                                QString* error) const;
 
     SecurityDatabase& m_database;
+    const SiteKey& m_key;
 };
 
 } // namespace nebra

@@ -17,12 +17,14 @@ public:
     UserFolders()
     {
         const QString root = m_dir.path();
-        for (const char* name : {"home", "config", "state", "data", "runtime"})
+        for (const char* name : {"home", "config", "state", "data", "runtime", "sysconfig"})
             QDir(root).mkdir(QLatin1String(name));
         QFile::setPermissions(root + QStringLiteral("/runtime"),
                               QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
         qputenv("HOME", (root + QStringLiteral("/home")).toUtf8());
         qputenv("XDG_CONFIG_HOME", (root + QStringLiteral("/config")).toUtf8());
+        // The administrator's system-wide settings too: a test never reads or writes /etc/xdg.
+        qputenv("XDG_CONFIG_DIRS", (root + QStringLiteral("/sysconfig")).toUtf8());
         qputenv("XDG_STATE_HOME", (root + QStringLiteral("/state")).toUtf8());
         qputenv("XDG_DATA_HOME", (root + QStringLiteral("/data")).toUtf8());
         qputenv("XDG_RUNTIME_DIR", (root + QStringLiteral("/runtime")).toUtf8());
@@ -32,6 +34,7 @@ public:
     QString root() const { return m_dir.path(); }
     QString home() const { return m_dir.path() + QStringLiteral("/home"); }
     QString settingsFile() const { return m_dir.path() + QStringLiteral("/config/Nebra/Suite.ini"); }
+    QString systemSettingsFile() const { return m_dir.path() + QStringLiteral("/sysconfig/Nebra/Suite.ini"); }
     QString stateFolder() const { return m_dir.path() + QStringLiteral("/state"); }
 
 private:

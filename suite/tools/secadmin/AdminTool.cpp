@@ -1,13 +1,16 @@
 #include "AdminTool.h"
 
+#include "AdminRights.h"
 #include "AuditReport.h"
 #include "PasswordPrompt.h"
 #include "SecurityAdministration.h"
 #include "SecurityStore.h"
 #include "SettingsStore.h"
+#include "SitePolicyFile.h"
 
 #include <QCommandLineParser>
 #include <QDir>
+#include <QFileInfo>
 #include <QIODevice>
 
 #include <pwd.h>
@@ -49,7 +52,9 @@ QList<AdminTool::Command> AdminTool::userCommands()
     return {
         {"create",
          "",
-         "Create a new security database, its site key (unless the site has one) and chain head",
+         "Create a new security database, its site key and chain head, and set the system-wide policy "
+         "that names them (--per-user: a personal database only; --group NAME: shared by the site group; "
+         "--admin-group NAME; --reuse-key: use the key file that is there)",
          A::Create,
          0,
          {}},
@@ -126,8 +131,18 @@ QList<AdminTool::Command> AdminTool::inquiryCommands()
          [this](const QStringList&) { return listUsers(); }},
         {"audit", "", "Print the audit trail, or export it as CSV with --csv FILE (\"-\": standard output)",
          A::AnyHead, 0, [this](const QStringList&) { return printAudit(); }},
-        {"verify", "", "Check the audit trail's chain; exits with 1 naming the first bad entry", A::AnyHead,
-         0, [this](const QStringList&) { return verify(); }},
+        {"verify", "",
+         "Check the audit trail's chain (and with --anchor COUNT:MAC that it still holds that entry) and the "
+         "users' and rights' records; exits with 1 naming the first bad entry",
+         A::AnyHead, 0, [this](const QStringList&) { return verify(); }},
+        {"anchor", "", "Print the verified newest entry as COUNT:MAC, to be kept away from this computer",
+         A::AnyHead, 0, [this](const QStringList&) { return anchor(); }},
+        {"status",
+         "",
+         "Print the effective security policy and where each value comes from",
+         A::Status,
+         0,
+         {}},
         {"reseal-head", "",
          "Seal the audit chain head afresh at the newest entry (after looking into a problem)", A::AnyHead, 0,
          [this](const QStringList&) { return reseal(); }},
@@ -165,7 +180,20 @@ bool AdminTool::parse(const QStringList& arguments, QStringList* positional, int
                                       QStringLiteral("text"));
     const QCommandLineOption csv(QStringLiteral("csv"), QStringLiteral("Export the audit trail as CSV."),
                                  QStringLiteral("file"));
-    parser.addOptions({database, keyFile, fullName, csv});
+    const QCommandLineOption group(QStringLiteral("group"),
+                                   QStringLiteral("create: the site group that shares the database."),
+                                   QStringLiteral("name"));
+    const QCommandLineOption adminGroup(QStringLiteral("admin-group"),
+                                        QStringLiteral("create: the group whose members may administer it."),
+                                        QStringLiteral("name"));
+    const QCommandLineOption anchor(QStringLiteral("anchor"),
+                                    QStringLiteral("verify: an entry printed earlier by anchor."),
+                                    QStringLiteral("count:mac"));
+    const QCommandLineOption reuseKey(QStringLiteral("reuse-key"),
+                                      QStringLiteral("create: use the site key file that exists."));
+    const QCommandLineOption perUser(QStringLiteral("per-user"),
+                                     QStringLiteral("create: a personal database; no system-wide policy."));
+    parser.addOptions({database, keyFile, fullName, csv, group, adminGroup, anchor, reuseKey, perUser});
     parser.addPositionalArgument(QStringLiteral("command"), QStringLiteral("What to do (see below)."),
                                  QStringLiteral("<command> [arguments]"));
     *exitCode = Usage;
@@ -182,6 +210,11 @@ bool AdminTool::parse(const QStringList& arguments, QStringList* positional, int
     m_keyFile = parser.value(keyFile);
     m_fullName = parser.value(fullName);
     m_csvPath = parser.value(csv);
+    m_group = parser.value(group);
+    m_adminGroup = parser.value(adminGroup);
+    m_anchor = parser.value(anchor);
+    m_reuseKey = parser.isSet(reuseKey);
+    m_perUser = parser.isSet(perUser);
     *positional = parser.positionalArguments();
     return true;
 }
@@ -218,22 +251,51 @@ int AdminTool::execute(const Command& command, const QStringList& arguments)
     SecuritySettings settings = SecuritySettings::fromStore(settingsFile, m_database);
     if (!m_keyFile.isEmpty())
         settings.siteKeyFile = m_keyFile;
+    if (command.access == Access::Status)
+        return status(settingsFile, settings);
     QString error;
-    if (command.access == Access::Create) {
-        m_store = SecurityStore::create(settings, actor(), &error);
-        if (!m_store)
-            return fail(error);
-        say(QStringLiteral("Created the security database \"%1\" with the site key \"%2\".")
-                .arg(QDir::toNativeSeparators(settings.databasePath),
-                     QDir::toNativeSeparators(settings.siteKeyFile)));
-        return Done;
-    }
+    if (!settings.policyError.isEmpty())
+        return fail(settings.policyError);
+    if (command.access == Access::Create && !m_perUser)
+        settings.systemWide = true; // this database is to be the site's
+    if (!AdminRights::mayAdminister(settings, &error))
+        return fail(error);
+    if (command.access == Access::Create)
+        return create(settings);
     m_store = SecurityStore::open(settings, &error,
                                   command.access == Access::IntactHead ? SecurityStore::HeadCheck::Required
                                                                        : SecurityStore::HeadCheck::Skipped);
     if (!m_store)
         return fail(error);
     return command.action(arguments);
+}
+
+int AdminTool::create(const SecuritySettings& settings)
+{
+    QString error;
+    if (!m_group.isEmpty() &&
+        !AdminRights::prepareSharedFolder(QFileInfo(settings.databasePath).absolutePath(), m_group, &error))
+        return fail(error);
+    m_store = SecurityStore::create(settings, actor(), &error,
+                                    m_reuseKey ? SecurityStore::KeyUse::Reuse : SecurityStore::KeyUse::New);
+    if (!m_store)
+        return fail(error);
+    say(QStringLiteral("Created the security database \"%1\" with the site key \"%2\".")
+            .arg(QDir::toNativeSeparators(settings.databasePath),
+                 QDir::toNativeSeparators(settings.siteKeyFile)));
+    if (m_perUser)
+        return Done;
+    if (!SitePolicyFile::write(settings, m_adminGroup, &error))
+        return fail(error);
+    say(QStringLiteral("The system-wide settings file \"%1\" now turns security on for every user.")
+            .arg(QDir::toNativeSeparators(SettingsStore::systemFilePath())));
+    return Done;
+}
+
+int AdminTool::status(const SettingsStore& store, const SecuritySettings& settings)
+{
+    say(SitePolicyFile::describe(store, settings));
+    return settings.policyError.isEmpty() ? Done : Failed;
 }
 
 int AdminTool::change(const std::function<bool(QString*)>& action, const QString& done)
@@ -291,6 +353,8 @@ int AdminTool::listUsers()
             state << QStringLiteral("must change password");
         if (user.passwordHash.isEmpty())
             state << QStringLiteral("no password");
+        if (!user.intact)
+            state << QStringLiteral("RECORD ALTERED");
         QStringList rights;
         for (const Right& r : m_store->users().rightsOf(user.name, &error))
             rights << r.area + QLatin1Char('/') + r.operation;
@@ -316,16 +380,48 @@ int AdminTool::printAudit()
 
 int AdminTool::verify()
 {
-    const AuditVerification result = m_store->audit().verify();
+    std::optional<AuditAnchor> anchor;
+    if (!m_anchor.isEmpty() && !(anchor = AuditAnchor::parse(m_anchor))) {
+        fail(QStringLiteral("\"%1\" is not an anchor; give COUNT:MAC as printed by nebra-secadmin anchor.")
+                 .arg(m_anchor));
+        return Usage;
+    }
+    const AuditVerification result = m_store->audit().verify(anchor);
+    QString error;
+    const QStringList altered = m_store->users().alteredRows(&error);
+    for (const QString& row : altered)
+        say(row);
+    if (!error.isEmpty())
+        return fail(error);
+    if (result.ok && altered.isEmpty()) {
+        say(result.message);
+        if (anchor)
+            say(QStringLiteral("The audit trail still holds the anchor's entry %1.").arg(anchor->count));
+        return Done;
+    }
     if (result.ok) {
         say(result.message);
-        return Done;
+        say(QStringLiteral("Users or rights have been altered outside the suite."));
+        return Failed;
     }
     if (result.firstBadSequence > 0)
         say(QStringLiteral("First bad entry: %1").arg(result.firstBadSequence));
     say(result.message);
     say(QStringLiteral("The audit trail is NOT intact."));
     return Failed;
+}
+
+int AdminTool::anchor()
+{
+    const AuditVerification result = m_store->audit().verify();
+    if (!result.ok) {
+        say(result.message);
+        return fail(QStringLiteral("the audit trail is not intact, so it gives no anchor."));
+    }
+    if (result.entryCount == 0)
+        return fail(QStringLiteral("the audit trail is empty."));
+    say(AuditAnchor{result.entryCount, result.newestMac}.toString());
+    return Done;
 }
 
 int AdminTool::reseal()

@@ -12,6 +12,8 @@ class QIODevice;
 namespace nebra {
 
 class SecurityStore;
+class SettingsStore;
+struct SecuritySettings;
 
 // nebra-secadmin: the security database's administration from the command
 // line. "nebra-secadmin --help" lists the commands. Exit status: 0 done,
@@ -37,6 +39,7 @@ private:
     // head is missing or altered. IntactHead: changes nothing then.
     enum class Access
     {
+        Status, // reads the settings only; anyone may
         Create,
         AnyHead,
         IntactHead
@@ -66,6 +69,9 @@ private:
     int listUsers();
     int printAudit();
     int verify();
+    int anchor();
+    int status(const SettingsStore& store, const SecuritySettings& settings);
+    int create(const SecuritySettings& settings);
     int reseal();
     int setPassword(const QString& name, bool mustChange);
     int addUser(const QString& name);
@@ -77,6 +83,11 @@ private:
     QString m_keyFile;
     QString m_fullName;
     QString m_csvPath;
+    QString m_group;
+    QString m_adminGroup;
+    QString m_anchor;
+    bool m_reuseKey = false;
+    bool m_perUser = false;
     std::unique_ptr<SecurityStore> m_store;
 };
 

@@ -39,9 +39,12 @@ bool writeCsv(const AuditTrail& trail, QIODevice& device, QString* error)
 
 } // namespace
 
-QString AuditReport::csvField(const QString& value)
+QString AuditReport::csvField(const QString& raw)
 {
     static const QString special = QStringLiteral(",\"\r\n");
+    static const QString formulaStarts = QStringLiteral("=+-@\t\r");
+    const QString value =
+        !raw.isEmpty() && formulaStarts.contains(raw.front()) ? QLatin1Char('\'') + raw : raw;
     bool needsQuotes = false;
     for (const QChar c : value)
         needsQuotes = needsQuotes || special.contains(c);

@@ -20,6 +20,9 @@ public:
     // atomically, so a failed export leaves no half-written file.
     static bool exportCsv(const AuditTrail& trail, const QString& path, QIODevice& out, QString* error);
 
+    // A cell that a spreadsheet would take for a formula (starting with "=",
+    // "+", "-", "@", a tab or a carriage return) gets a leading "'", so that
+    // an entry's text can never run as a formula on the reviewer's computer.
     static QString csvField(const QString& value);
 };
 

@@ -1,5 +1,6 @@
 #include "PasswordPrompt.h"
 
+#include <csignal>
 #include <sodium.h>
 #include <termios.h>
 #include <unistd.h>
@@ -10,7 +11,22 @@ namespace nebra {
 
 namespace {
 
-// Restores the terminal's echo however the reading ends.
+// The terminal settings to put back when a signal ends the program while
+// echo is off; written before the handlers are installed.
+termios savedTerminal{};
+volatile sig_atomic_t terminalSaved = 0;
+
+extern "C" void restoreEchoAndDie(int signal)
+{
+    if (terminalSaved)
+        tcsetattr(STDIN_FILENO, TCSAFLUSH, &savedTerminal);
+    // Die of the same signal, with its default action, so the caller sees why.
+    std::signal(signal, SIG_DFL);
+    std::raise(signal);
+}
+
+// Restores the terminal's echo however the reading ends: returning, or
+// Ctrl-C, Ctrl-\, a hang-up or a kill.
 class EchoOff
 {
 public:
@@ -19,6 +35,13 @@ public:
         m_active = tcgetattr(STDIN_FILENO, &m_saved) == 0;
         if (!m_active)
             return;
+        savedTerminal = m_saved;
+        terminalSaved = 1;
+        struct sigaction action = {};
+        action.sa_handler = restoreEchoAndDie;
+        sigemptyset(&action.sa_mask);
+        for (int i = 0; i < SignalCount; ++i)
+            sigaction(Signals[i], &action, &m_previous[i]);
         termios quiet = m_saved;
         quiet.c_lflag &= ~tcflag_t(ECHO);
         quiet.c_lflag |= ECHONL;
@@ -26,14 +49,21 @@ public:
     }
     ~EchoOff()
     {
-        if (m_active)
-            tcsetattr(STDIN_FILENO, TCSAFLUSH, &m_saved);
+        if (!m_active)
+            return;
+        tcsetattr(STDIN_FILENO, TCSAFLUSH, &m_saved);
+        for (int i = 0; i < SignalCount; ++i)
+            sigaction(Signals[i], &m_previous[i], nullptr);
+        terminalSaved = 0;
     }
     EchoOff(const EchoOff&) = delete;
     EchoOff& operator=(const EchoOff&) = delete;
 
 private:
+    static constexpr int SignalCount = 4;
+    static constexpr int Signals[SignalCount] = {SIGINT, SIGQUIT, SIGTERM, SIGHUP};
     termios m_saved{};
+    struct sigaction m_previous[SignalCount] = {};
     bool m_active = false;
 };
 

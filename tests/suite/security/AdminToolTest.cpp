@@ -47,7 +47,7 @@ private Q_SLOTS:
         // The tool's own defaults put the key and head beside the database.
         m_fixture->settings().siteKeyFile = m_fixture->settings().databasePath + QStringLiteral(".key");
         m_fixture->settings().chainHeadFile = m_fixture->settings().databasePath + QStringLiteral(".head");
-        QCOMPARE(run({QStringLiteral("create")}).exitCode, 0);
+        QCOMPARE(run({QStringLiteral("create"), QStringLiteral("--per-user")}).exitCode, 0);
     }
 
     void administersUsersAndRights()

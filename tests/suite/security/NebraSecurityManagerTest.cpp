@@ -3,6 +3,7 @@
 #include "MessageRecorder.h"
 #include "SecurityFixture.h"
 
+#include <QSignalSpy>
 #include <QTest>
 
 using namespace nebra;
@@ -133,6 +134,9 @@ private Q_SLOTS:
                                               << "The password must be at least 10 characters long." << kept;
         QTest::newRow("unchanged") << QStringList{kept, kept, kept}
                                    << "The new password must differ from the current one." << kept;
+        // The new hash is not stored without its entry ("full" fills the store up first).
+        QTest::newRow("change not recorded") << QStringList{kept, "battery staple", "battery staple", "full"}
+                                             << "The audit trail entry could not be recorded (database or disk is full)." << kept;
         // clang-format on
     }
 
@@ -144,6 +148,8 @@ private Q_SLOTS:
         QVERIFY(SettingsStore().setValue(QStringLiteral("Security/PasswordMinimumLength"), 10));
         const std::unique_ptr<NebraSecurityManager> manager = loggedIn();
         QVERIFY(manager);
+        if (fields.size() > 3)
+            m_site->fixture.fillUp();
         m_dialogs->changePassword(fields[0], fields[1], fields[2]);
         const bool refused = passwordAfter == QLatin1String("correct horse");
         if (refused)
@@ -152,10 +158,51 @@ private Q_SLOTS:
         QCOMPARE(m_messages->count(), 1);
         QCOMPARE(m_messages->last().text, message);
         QCOMPARE(m_dialogs->remaining(), 0);
+        if (fields.size() > 3)
+            m_site->fixture.tamper({QStringLiteral("DROP TRIGGER full")});
         manager->SessionLogOut();
 
         m_dialogs->logIn(QStringLiteral("jsmith"), passwordAfter);
         QVERIFY(manager->LogIn(nullptr));
+    }
+
+    void auditEntryThatCannotBeCommittedIsReported()
+    {
+        const std::unique_ptr<NebraSecurityManager> manager = loggedIn();
+        QVERIFY(manager);
+        QVERIFY(
+            manager->AddAuditTrailEntry(QStringLiteral("General"), QStringLiteral("Run protocol: a.apr")));
+        // The store fills up: every insert now fails as SQLite reports a full disk.
+        m_site->fixture.fillUp();
+        QVERIFY(
+            !manager->AddAuditTrailEntry(QStringLiteral("General"), QStringLiteral("Run protocol: b.apr")));
+        QCOMPARE(m_messages->count(), 1);
+        QCOMPARE(m_messages->last().text,
+                 QStringLiteral("The audit trail could not be written, so the operation has not been carried "
+                                "out.\n\nThe audit trail entry could not be recorded (database or disk is "
+                                "full)."));
+        QCOMPARE(m_messages->last().icon, MessageIcon::Critical);
+    }
+
+    void guessingTheCurrentPasswordEndsTheSession()
+    {
+        QVERIFY(SettingsStore().setValue(QStringLiteral("Security/LockoutThreshold"), 2));
+        const std::unique_ptr<NebraSecurityManager> manager = loggedIn();
+        QVERIFY(manager);
+        QSignalSpy loggedOut(manager.get(), &NebraSecurityManager::UserLoggedOut);
+        m_dialogs->changePassword(QStringLiteral("guess 1"), QStringLiteral("battery staple"),
+                                  QStringLiteral("battery staple"));
+        m_dialogs->changePassword(QStringLiteral("guess 2"), QStringLiteral("battery staple"),
+                                  QStringLiteral("battery staple"));
+        manager->SessionChangePassword(nullptr);
+        QCOMPARE(m_messages->count(), 2);
+        QCOMPARE(loggedOut.count(), 1);
+        QCOMPARE(manager->UserName(), QString());
+        QVERIFY(!manager->IsOperationAllowed(QStringLiteral("AuthorisationsGeneral"),
+                                             QStringLiteral("RunProtocol")));
+        QCOMPARE(
+            m_site->fixture.auditTexts().mid(m_site->fixture.auditTexts().size() - 2),
+            QStringList({"Account locked after 2 failed log ins", "Session ended: the account was locked"}));
     }
 
     void resetPasswordMustBeChangedAtLogIn()

@@ -97,6 +97,9 @@ private Q_SLOTS:
             else if (damage == QLatin1String("garbled key"))
                 writeFile(s.siteKeyFile, "not hexadecimal\n");
         }
+        // Files written here get the umask's mode; only what the row damages is to be refused.
+        for (const QString& path : {s.databasePath, s.siteKeyFile})
+            QFile::setPermissions(path, QFileDevice::ReadOwner | QFileDevice::WriteOwner);
         QString error;
         QVERIFY(!SecurityStore::open(s, &error));
         message.replace(QLatin1String("%1"), s.databasePath)

@@ -1,0 +1,66 @@
+#include "SitePolicyFile.h"
+
+#include "SecuritySettings.h"
+#include "SettingsStore.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+namespace nebra {
+
+bool SitePolicyFile::write(const SecuritySettings& settings, const QString& adminGroup, QString* error)
+{
+    const QString path = SettingsStore::systemFilePath();
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    SettingsStore file(path);
+    if (!file.warning().isEmpty()) {
+        *error = file.warning();
+        return false;
+    }
+    file.beginBatch();
+    file.setValue(QStringLiteral("Settings/SecurityConfigured"), QStringLiteral("true"));
+    file.setValue(QStringLiteral("Security/DatabasePath"), settings.databasePath);
+    file.setValue(QStringLiteral("Security/SiteKeyFile"), settings.siteKeyFile);
+    file.setValue(QStringLiteral("Security/ChainHeadFile"), settings.chainHeadFile);
+    if (!adminGroup.isEmpty())
+        file.setValue(QStringLiteral("Security/AdminGroup"), adminGroup);
+    if (!file.endBatch()) {
+        *error = file.lastError();
+        return false;
+    }
+    const bool readable = QFile::setPermissions(path, QFileDevice::ReadOwner | QFileDevice::WriteOwner |
+                                                          QFileDevice::ReadGroup | QFileDevice::ReadOther);
+    if (!readable)
+        *error =
+            QStringLiteral("The mode of \"%1\" cannot be set to 0644.").arg(QDir::toNativeSeparators(path));
+    return readable;
+}
+
+QString SitePolicyFile::describe(const SettingsStore& store, const SecuritySettings& settings)
+{
+    QString text;
+    if (!settings.policyError.isEmpty())
+        text += QStringLiteral("PROBLEM: %1\n").arg(settings.policyError);
+    const QString systemPath = QDir::toNativeSeparators(SettingsStore::systemFilePath());
+    text += settings.systemWide
+                ? QStringLiteral("Policy: set by the system-wide file \"%1\"; the user's [Security] group is "
+                                 "ignored.\n")
+                      .arg(systemPath)
+                : QStringLiteral("Policy: personal (the system-wide file \"%1\" sets none); read from the "
+                                 "user's file \"%2\".\n")
+                      .arg(systemPath, QDir::toNativeSeparators(store.filePath()));
+    const bool on = settings.systemWide || !settings.policyError.isEmpty() ||
+                    store.value(QStringLiteral("Settings/SecurityConfigured"), false).toBool();
+    text +=
+        QStringLiteral("SecurityConfigured = %1 (%2)\n")
+            .arg(on ? QStringLiteral("true") : QStringLiteral("false"),
+                 settings.systemWide               ? QStringLiteral("system file")
+                 : !settings.policyError.isEmpty() ? QStringLiteral("forced on: the system file is unusable")
+                                                   : QStringLiteral("user file or default"));
+    for (const SecuritySettings::Origin& origin : settings.origins)
+        text += QStringLiteral("%1 = %2 (%3)\n").arg(origin.key, origin.value, origin.source);
+    return text;
+}
+
+} // namespace nebra
