@@ -151,6 +151,8 @@ void FileListControl::list()
     m_view->header()->setSortIndicator(m_model->sortColumn(), m_model->sortOrder());
     applyColumnVisibility();
     showListingState();
+    if (m_filterBox->isVisibleTo(this)) // ready before the user can type
+        QTimer::singleShot(0, m_model, &FileListModel::prepareNameFilter);
 }
 
 void FileListControl::refresh()
@@ -193,54 +195,6 @@ void FileListControl::reportChanges(const QHash<QString, bool>& before, const QS
     for (auto it = after.cbegin(); it != after.cend(); ++it)
         if (!before.contains(it.key()) && !shown.contains(it.key()))
             Q_EMIT itemAdded(unlisted(m_folder, it.key(), it.value()));
-}
-
-void FileListControl::setNameFilter(const QString& text)
-{
-    if (m_filterBox->text() != text)
-        m_filterBox->setText(text); // the box passes it on
-    else
-        applyNameFilter(text);
-}
-
-// A selected item the filter hides is no longer selected, and the handlers
-// hear of it as of any other selection change.
-void FileListControl::applyNameFilter(const QString& text)
-{
-    ensureListed();
-    const QSet<QString> selected = selectedNames();
-    m_quiet = true;
-    m_model->setNameFilter(text);
-    m_quiet = false;
-    if (selectedNames() != selected)
-        onSelectionChanged();
-}
-
-QString FileListControl::nameFilter() const
-{
-    return m_model->nameFilter();
-}
-
-void FileListControl::setFilterBoxShown(bool shown)
-{
-    m_filterBox->setVisible(shown);
-    if (!shown)
-        setNameFilter(QString());
-}
-
-void FileListControl::addContextAction(QAction* action)
-{
-    m_contextActions.append(action);
-}
-
-void FileListControl::showContextMenu(const QPoint& position)
-{
-    if (m_contextActions.isEmpty())
-        return;
-    QMenu menu(this);
-    menu.setAccessibleName(QStringLiteral("File list actions"));
-    menu.addActions(m_contextActions);
-    menu.exec(m_view->viewport()->mapToGlobal(position));
 }
 
 QSet<QString> FileListControl::selectedNames() const

@@ -104,7 +104,9 @@ void FileListModel::setShowExtensions(bool show)
 {
     if (m_showExtensions == show)
         return;
-    if (!m_nameFilter.isEmpty()) { // the filter matches the names as shown
+    for (const Entry& entry : m_entries)
+        entry.folded.clear(); // made from the names as shown
+    if (!m_nameFilter.isEmpty()) {
         relayout([this, show] {
             m_showExtensions = show;
             applyNameFilter();
@@ -122,6 +124,26 @@ QStringView FileListModel::shownName(const Entry& entry) const
         return entry.name;
     const qsizetype dot = entry.name.lastIndexOf(QLatin1Char('.'));
     return dot > 0 ? QStringView(entry.name).left(dot) : QStringView(entry.name);
+}
+
+QStringView FileListModel::foldedName(const Entry& entry) const
+{
+    if (entry.folded.isNull()) {
+        const QStringView shown = shownName(entry);
+        const bool plain =
+            shown.size() == entry.name.size() && std::none_of(shown.begin(), shown.end(), [](QChar c) {
+                return c.unicode() >= 0x80 || (c >= QLatin1Char('A') && c <= QLatin1Char('Z'));
+            });
+        // A name that folding would not change shares the name's characters.
+        entry.folded = plain ? entry.name : shown.toString().toCaseFolded();
+    }
+    return entry.folded;
+}
+
+void FileListModel::prepareNameFilter() const
+{
+    for (const Entry& entry : m_entries)
+        foldedName(entry);
 }
 
 QString FileListModel::displayedName(int row) const
@@ -148,6 +170,7 @@ void FileListModel::renameEntry(int row, const QString& newName)
     if (row < 0 || size_t(row) >= m_rows.size())
         return;
     at(row).name = newName; // kept in the rows even when the filter would not let it through now
+    at(row).folded.clear();
     Q_EMIT dataChanged(index(row, 0), index(row, columnCount() - 1));
 }
 
@@ -363,13 +386,13 @@ void FileListModel::applyNameFilter(bool narrowing)
     if (narrowing) {
         rows.reserve(m_rows.size());
         for (const qint32 position : m_rows)
-            if (m_nameFilter.matches(shownName(m_entries[size_t(position)])))
+            if (m_nameFilter.matchesFolded(foldedName(m_entries[size_t(position)])))
                 rows.push_back(position);
     } else {
         rows.reserve(m_entries.size());
         const bool all = m_nameFilter.isEmpty();
         for (size_t position = 0; position < m_entries.size(); ++position)
-            if (all || m_nameFilter.matches(shownName(m_entries[position])))
+            if (all || m_nameFilter.matchesFolded(foldedName(m_entries[position])))
                 rows.push_back(qint32(position));
     }
     m_rows.swap(rows);

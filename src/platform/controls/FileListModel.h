@@ -61,6 +61,9 @@ public:
     bool showExtensions() const { return m_showExtensions; }
 
     void setNameFilter(const QString& text);
+    // Makes now what the name filter needs of every entry, so that the
+    // first keystroke after a listing costs no more than the others.
+    void prepareNameFilter() const;
     QString nameFilter() const { return m_nameFilter.text(); }
     // Every entry of the last load, shown or not: name -> is a folder.
     QHash<QString, bool> allEntries() const;
@@ -99,6 +102,7 @@ private:
     {
         QString name;
         mutable QString comment;
+        mutable QString folded; // the displayed name case-folded, made when a name filter first needs it
         qint64 mtimeSeconds = 0;
         qint64 size = 0;
         qint32 mtimeNanoseconds = 0;
@@ -119,6 +123,7 @@ private:
     Kind kindOf(int column) const;
     const QString& commentOf(const Entry& entry) const;
     QStringView shownName(const Entry& entry) const;
+    QStringView foldedName(const Entry& entry) const;
     QString typeText(const Entry& entry) const;
     QString cell(const Entry& entry, Kind kind) const;
     void sortEntries();

@@ -13,7 +13,7 @@ char16_t folded(char16_t c)
 
 // Iterative matching with one back-tracking point: the last "*" seen. The
 // pattern is folded already; raw pointers keep the loop cheap in any build.
-bool matchesPattern(const QString& foldedPattern, QStringView name)
+template <bool FoldName> bool matchesPattern(const QString& foldedPattern, QStringView name)
 {
     const char16_t* pattern = reinterpret_cast<const char16_t*>(foldedPattern.constData());
     const char16_t* const patternEnd = pattern + foldedPattern.size();
@@ -25,7 +25,8 @@ bool matchesPattern(const QString& foldedPattern, QStringView name)
         if (pattern < patternEnd && *pattern == u'*') {
             star = pattern++;
             resume = text;
-        } else if (pattern < patternEnd && (*pattern == u'?' || *pattern == folded(*text))) {
+        } else if (pattern < patternEnd &&
+                   (*pattern == u'?' || *pattern == (FoldName ? folded(*text) : *text))) {
             ++pattern;
             ++text;
         } else if (star) {
@@ -42,7 +43,7 @@ bool matchesPattern(const QString& foldedPattern, QStringView name)
 
 } // namespace
 
-NameFilter::NameFilter(const QString& text) : m_text(text.trimmed())
+NameFilter::NameFilter(const QString& text) : m_text(text.trimmed()), m_foldedText(m_text.toCaseFolded())
 {
     if (!m_text.contains(QLatin1Char('*')) && !m_text.contains(QLatin1Char('?')))
         return;
@@ -58,7 +59,19 @@ bool NameFilter::matches(QStringView name) const
     if (m_patterns.isEmpty())
         return name.contains(m_text, Qt::CaseInsensitive);
     for (const QString& pattern : m_patterns)
-        if (matchesPattern(pattern, name))
+        if (matchesPattern<true>(pattern, name))
+            return true;
+    return false;
+}
+
+bool NameFilter::matchesFolded(QStringView foldedName) const
+{
+    if (m_text.isEmpty())
+        return true;
+    if (m_patterns.isEmpty())
+        return foldedName.contains(m_foldedText, Qt::CaseSensitive);
+    for (const QString& pattern : m_patterns)
+        if (matchesPattern<false>(pattern, foldedName))
             return true;
     return false;
 }

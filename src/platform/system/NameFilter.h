@@ -21,6 +21,10 @@ public:
     QString text() const { return m_text; }
     bool isEmpty() const { return m_text.isEmpty(); }
     bool matches(QStringView name) const;
+    // The same for a name already case-folded (QString::toCaseFolded()):
+    // what a long list keeps beside its names, so that matching is a plain
+    // comparison of characters.
+    bool matchesFolded(QStringView foldedName) const;
 
     // True when every name this filter lets through is also let through by
     // wider, so that only the names wider let through need checking again.
@@ -28,7 +32,8 @@ public:
 
 private:
     QString m_text;
-    QStringList m_patterns; // empty for plain text
+    QString m_foldedText;
+    QStringList m_patterns; // folded; empty for plain text
 };
 
 } // namespace nebra

@@ -70,6 +70,8 @@ private Q_SLOTS:
             << QStringList{"run*"} << QStringList{"Run [a].apr", "Run_b.apr"};
         QTest::newRow("question mark is one character")
             << QStringList{"plate ?.apr"} << QStringList{"Plate 1.apr"};
+        QTest::newRow("two patterns")
+            << QStringList{"*10*; run_*"} << QStringList{"plate 10.apr", "Run_b.apr"};
         QTest::newRow("substring then wildcard") << QStringList{"run", "*_b*"} << QStringList{"Run_b.apr"};
         QTest::newRow("nothing matches, then cleared") << QStringList{"xyz", ""} << all;
     }
