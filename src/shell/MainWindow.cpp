@@ -44,6 +44,7 @@
 #include <QGridLayout>
 #include <QSplitter>
 #include <QStatusBar>
+#include <QTimer>
 
 namespace nebra {
 
@@ -221,8 +222,10 @@ void MainWindow::createWelcomePage()
     welcome.exit = [this] { close(); };
     if (m_suite.settings->ShowRecentDocuments())
         welcome.openRecent = [this](int index) {
+            // Not from inside the browser's navigation callback: showing the
+            // document navigates the same browser to its preview.
             if (index < m_welcomeRecent.size())
-                ShowDocument(m_welcomeRecent[index]);
+                QTimer::singleShot(0, this, [this, path = m_welcomeRecent[index]] { ShowDocument(path); });
         };
     welcome.owner = this;
     m_welcome = std::make_unique<WelcomePage>(std::move(welcome));

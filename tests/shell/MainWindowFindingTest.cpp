@@ -155,7 +155,7 @@ private Q_SLOTS:
         bool cancel = false;
         Q_EMIT window.browser()->BeforeNavigate2(QUrl(QStringLiteral("organiser:%5CRecent%201")), cancel);
         QVERIFY(cancel);
-        QCOMPARE(window.fileList().firstSelectedItem().path(), elisa);
+        QTRY_COMPARE_WITH_TIMEOUT(window.fileList().firstSelectedItem().path(), elisa, 5000);
 
         // A vanished document leaves the lists; one outside the tree is reported.
         QVERIFY(QFile::remove(elisa));
