@@ -5,16 +5,23 @@
 // its own data: flat folders of 10,000 and 100,000 files, 20% of them
 // "*.apr", with varied modification times.
 //
-//   bench_file_list [rounds] [work folder]
+// Then the filter box on the whole 100,000-file folder ("*.*"): each
+// keystroke (typing, Backspace, Escape) timed from the key event to the
+// list repainted, beside the listing of that folder in the same run.
+//
+//   bench_file_list [rounds] [work folder] [filter]   ("filter": only the filter box)
 
 #include "BenchStats.h"
 #include "FileListControl.h"
+#include "FileListFilterBox.h"
 
 #include <QApplication>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QKeyEvent>
 #include <QRandomGenerator>
 #include <QTemporaryDir>
+#include <QTreeView>
 
 #include <algorithm>
 #include <cstdio>
@@ -22,6 +29,7 @@
 #include <string>
 #include <vector>
 
+#include <ctime>
 #include <dirent.h>
 #include <fcntl.h>
 #include <strings.h>
@@ -139,6 +147,84 @@ void run(const QString& work, int files, int rounds)
                 qEnvironmentVariableIsSet("TZ") ? "set" : "unset");
 }
 
+double threadCpuMs()
+{
+    struct timespec now = {};
+    ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+    return double(now.tv_sec) * 1e3 + double(now.tv_nsec) / 1e6;
+}
+
+// Wall time of one keystroke; its processor time is added to cpu, which on a
+// busy machine tells what the keystroke itself costs.
+double keystroke(FileListControl& list, std::vector<double>& cpu, int key, const QString& text = {})
+{
+    const double cpuStart = threadCpuMs();
+    QElapsedTimer timer;
+    timer.start();
+    QKeyEvent press(QEvent::KeyPress, key, Qt::NoModifier, text);
+    QApplication::sendEvent(list.filterBox(), &press);
+    QKeyEvent release(QEvent::KeyRelease, key, Qt::NoModifier, text);
+    QApplication::sendEvent(list.filterBox(), &release);
+    list.filterBox()->repaint();
+    list.view()->viewport()->repaint();
+    const double wall = elapsedMs(timer);
+    cpu.push_back(threadCpuMs() - cpuStart);
+    return wall;
+}
+
+double percentile(std::vector<double> values, double fraction)
+{
+    std::sort(values.begin(), values.end());
+    return values.empty() ? 0 : values[std::min(values.size() - 1, size_t(fraction * double(values.size())))];
+}
+
+// Typing "plate 12" letter by letter, Backspace back to "plate", a wildcard
+// typed, and Escape: narrowing, widening and clearing.
+void runFilter(const QString& work, int files, int rounds)
+{
+    const QString folder = work + QStringLiteral("/Flat %1").arg(files);
+    FileListControl list;
+    list.resize(600, 400);
+    list.setFilterBoxShown(true);
+    list.show();
+    std::vector<double> listing, preparing, keys, cpu;
+    for (int i = 0; i < rounds; ++i) {
+        list.setFolder(QString());
+        list.itemCount();
+        QElapsedTimer timer;
+        timer.start();
+        list.setFilter(QStringLiteral("*.*"));
+        list.setFolder(folder);
+        list.sortByColumn(QStringLiteral("Date Modified"));
+        list.itemCount();
+        list.view()->viewport()->repaint();
+        listing.push_back(elapsedMs(timer));
+        timer.start();
+        QCoreApplication::processEvents(); // the idle work after a listing, before the user types
+        preparing.push_back(elapsedMs(timer));
+        for (const QString& typed : {QStringLiteral("plate 12"), QStringLiteral("")}) {
+            for (QChar c : typed)
+                keys.push_back(keystroke(list, cpu, 0, QString(c)));
+        }
+        for (int back = 0; back < 3; ++back)
+            keys.push_back(keystroke(list, cpu, Qt::Key_Backspace));
+        for (QChar c : QStringLiteral("*7.apr"))
+            keys.push_back(keystroke(list, cpu, 0, QString(c)));
+        keys.push_back(keystroke(list, cpu, Qt::Key_Escape));
+    }
+    std::printf("\nFilter box on %d files (\"*.*\", all listed), %zu keystrokes\n", list.itemCount(),
+                keys.size());
+    std::printf("  listing the folder (sorted, painted):        %8.1f ms\n", median(listing));
+    std::printf("  names prepared for the filter after it:      %8.1f ms\n", median(preparing));
+    std::printf("  keystroke to repaint, median:                %8.2f ms\n", median(keys));
+    std::printf("  keystroke to repaint, p99:                   %8.2f ms  (target 16)\n",
+                percentile(keys, 0.99));
+    std::printf("  processor time per keystroke, median, p99:  %8.2f ms, %.2f ms\n", median(cpu),
+                percentile(cpu, 0.99));
+    std::printf("  ratio p99 keystroke / listing:               %8.3f\n",
+                percentile(keys, 0.99) / median(listing));
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -150,7 +236,12 @@ int main(int argc, char** argv)
     QTemporaryDir temporary;
     const QString work = argc > 2 ? QString::fromLocal8Bit(argv[2]) : temporary.path();
     std::printf("File list, medians of %d rounds, warm caches\n", rounds);
-    for (int files : {10000, 100000})
-        run(work, files, rounds);
+    const bool filterOnly = argc > 3 && qstrcmp(argv[3], "filter") == 0;
+    if (!filterOnly)
+        for (int files : {10000, 100000})
+            run(work, files, rounds);
+    else if (!QFileInfo::exists(work + QStringLiteral("/Flat 100000")))
+        makeFolder(work + QStringLiteral("/Flat 100000"), 100000);
+    runFilter(work, 100000, rounds * 4);
     return 0;
 }

@@ -37,7 +37,14 @@ void DocumentLauncher::launch(const Launch& launch)
         return;
     QString program = (m_paths.*launch.program)();
     QString arguments = withDocument ? QLatin1String(launch.argumentPrefix) + document : QString();
-    LaunchApplication(program, arguments, QLatin1String(launch.setting));
+    if (LaunchApplication(program, arguments, QLatin1String(launch.setting)) && withDocument)
+        noteUsed(document);
+}
+
+void DocumentLauncher::noteUsed(const QString& document)
+{
+    if (m_context.documentUsed && !document.isEmpty())
+        m_context.documentUsed(document);
 }
 
 void DocumentLauncher::CreateProtocol()
@@ -101,7 +108,8 @@ void DocumentLauncher::OpenReport()
     // Reports are recorded but never checked.
     if (!audited(QStringLiteral("Open report: ") + document))
         return;
-    start(CommandLine::Opener(QLatin1String(ReportOpener), document), QString());
+    if (start(CommandLine::Opener(QLatin1String(ReportOpener), document), QString()))
+        noteUsed(document);
 }
 
 void DocumentLauncher::OpenNewProtocol(const QString& path)
@@ -109,8 +117,9 @@ void DocumentLauncher::OpenNewProtocol(const QString& path)
     // The window state and activation of the original start have no
     // counterpart for a detached process on Linux; the desktop brings a newly
     // started program's window to the front itself.
-    start(CommandLine::Unquoted(m_paths.AssayApplicationPath(), path),
-          QStringLiteral("AssayApplicationPath"));
+    if (start(CommandLine::Unquoted(m_paths.AssayApplicationPath(), path),
+              QStringLiteral("AssayApplicationPath")))
+        noteUsed(path);
 }
 
 bool DocumentLauncher::LaunchApplication(QString& programPath, QString& arguments, const QString& settingName)

@@ -34,6 +34,7 @@ class SuitePaths;
 // The document path is never quoted, even with blanks in it. A program that
 // cannot be started is reported in a message box naming its setting and
 // path; the audit entry written before stays, and the Organiser goes on.
+// A document whose program was started is passed to the documentUsed hook.
 class DocumentLauncher
 {
 public:
@@ -86,6 +87,7 @@ private:
     bool audited(const QString& entry);
     QString selectedPath() const;
     bool start(const CommandLine& line, const QString& settingName);
+    void noteUsed(const QString& document);
 
     const SuitePaths& m_paths;
     LaunchContext m_context;

@@ -29,6 +29,9 @@ struct LaunchContext
     // start, so CreateProtocol neither asks nor records anything, and New on
     // the protocols folder is disabled.
     std::function<void()> startNewProtocolWizard;
+    // A document was opened or run (its program started), or a new protocol
+    // was opened after the wizard made it. Empty: nothing is noted.
+    std::function<void(const QString& path)> documentUsed;
     // The window that owns the message boxes of a failed start.
     QObject* owner = nullptr;
 };

@@ -71,7 +71,23 @@ SecuritySession::StartOutcome SecuritySession::StartSecuritySession()
         CloseSession();
         return StartOutcome::EndProcess;
     }
+    createTimeOutWarning();
     return StartOutcome::Continue;
+}
+
+// Only a warning: the time-out itself stays the manager's, so a session
+// that is not rescued ends exactly as it would without the warning.
+void SecuritySession::createTimeOutWarning()
+{
+    const int seconds = m_manager->TimeOutWarningSeconds();
+    if (seconds <= 0)
+        return;
+    TimeOutWarning::Hooks hooks;
+    hooks.remainingMs = [this] { return m_manager ? m_manager->TimeOutRemainingMs() : 0; };
+    hooks.stay = [this] { ResetLogOutTimeOutTimer(); };
+    hooks.logOut = [this] { LogOut(); };
+    m_timeOutWarning = new TimeOutWarning(std::move(hooks), qint64(seconds) * 1000, m_owner);
+    connect(m_manager.get(), &NebraSecurityManager::TimeOutWarning, m_timeOutWarning, &TimeOutWarning::warn);
 }
 
 void SecuritySession::showSecurityControls()

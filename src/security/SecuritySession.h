@@ -1,6 +1,9 @@
 #pragma once
 
+#include "TimeOutWarning.h"
+
 #include <QObject>
+#include <QPointer>
 
 #include <functional>
 #include <memory>
@@ -75,11 +78,15 @@ public:
     void CloseSession();
 
     NebraSecurityManager* NebraSecurityManagerObj() const { return m_manager.get(); }
+    // The warning before the time-out; null without a session or with
+    // [Security] TimeOutWarningSeconds 0.
+    TimeOutWarning* timeOutWarning() const { return m_timeOutWarning; }
 
     static QString creationFailureText();
 
 private:
     void showSecurityControls();
+    void createTimeOutWarning();
 
     const SuiteSettings& m_settings;
     QWidget* m_owner;
@@ -89,6 +96,7 @@ private:
     SecuritySessionHooks m_hooks;
     std::unique_ptr<NebraSecurityManager> m_manager;
     State m_state = State::NotConfigured;
+    QPointer<TimeOutWarning> m_timeOutWarning;
 };
 
 } // namespace nebra

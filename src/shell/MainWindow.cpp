@@ -20,6 +20,7 @@
 #include "OrganiserTree.h"
 #include "PlateLayoutViewer.h"
 #include "PreviewPane.h"
+#include "RecentDocuments.h"
 #include "Resources.h"
 #include "RuntimeErrors.h"
 #include "SecuritySession.h"
@@ -180,6 +181,7 @@ void MainWindow::createPreviewAndLaunching()
     });
     createLauncher();
     createWelcomePage();
+    createFindingAids();
 }
 
 void MainWindow::createLauncher()
@@ -199,6 +201,10 @@ void MainWindow::createLauncher()
         return selected.isEmpty() ? QString() : selected.first().path();
     };
     launching.startNewProtocolWizard = [this] { m_wizards->ShowPicker(this); };
+    launching.documentUsed = [this](const QString& path) {
+        if (m_recent)
+            m_recent->add(path);
+    };
     launching.owner = this;
     m_launcher = std::make_unique<DocumentLauncher>(*m_suite.paths, std::move(launching));
     createWizards();
@@ -233,6 +239,13 @@ void MainWindow::createWelcomePage()
     welcome.createProtocol = [this] { m_launcher->CreateProtocol(); };
     welcome.createLayoutTemplate = [this] { m_launcher->CreateLayout(); };
     welcome.exit = [this] { close(); };
+    if (m_suite.settings->ShowRecentDocuments())
+        welcome.openRecent = [this](int index) {
+            // Not from inside the browser's navigation callback: showing the
+            // document navigates the same browser to its preview.
+            if (index < m_welcomeRecent.size())
+                QTimer::singleShot(0, this, [this, path = m_welcomeRecent[index]] { ShowDocument(path); });
+        };
     welcome.owner = this;
     m_welcome = std::make_unique<WelcomePage>(std::move(welcome));
     connect(

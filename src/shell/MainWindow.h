@@ -38,6 +38,7 @@ class StatusBarControl;
 class ToolBarsControl;
 class WelcomePage;
 class OptionsCommand;
+class RecentDocuments;
 class OrganiserTree;
 class TreeNavigation;
 
@@ -119,6 +120,12 @@ public:
     // The new-protocol wizards, once the launcher exists.
     NewProtocolWizards* wizards() const { return m_wizards.get(); }
 
+    // Selects the document's folder in the tree and the document in the list
+    // (File > Recent, the welcome page's recent links).
+    void ShowDocument(const QString& path);
+    // Made at start-up unless the recent documents are switched off.
+    RecentDocuments* recentDocuments() const { return m_recent.get(); }
+
     // The document commands of the tree's buttons and the tool bar.
     void PerformDocumentCommand(DocumentCommand command);
 
@@ -149,6 +156,10 @@ private:
     void createWizards();
     void createWelcomePage();
     void createOptionsCommand();
+    void createFindingAids();
+    void createRecentDocuments();
+    void showRecentOnWelcomePage();
+    void showSelectionInFileManager();
     void refreshPreview();
     void selectFolder(const QString& folder);
     void applyResizeRule();
@@ -186,6 +197,8 @@ private:
     std::unique_ptr<FileView> m_fileView;
     std::unique_ptr<DocumentCommands> m_documentCommands;
     std::unique_ptr<OptionsCommand> m_optionsCommand;
+    std::unique_ptr<RecentDocuments> m_recent;
+    QStringList m_welcomeRecent; // the recent documents the welcome page lists, in its order
     QPointer<SplashScreen> m_splash;
     std::array<short, 4> m_designTwips{};
     bool m_mainWindowLoaded = false;

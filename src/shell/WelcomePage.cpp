@@ -63,6 +63,16 @@ void WelcomePage::WebBrowser1_BeforeNavigate2(const QUrl& target, bool& cancel)
         ShowOrganiserSelectionError();
     else if (name == QLatin1String("Exit"))
         m_exit = true;
+    else if (name.startsWith(QLatin1String("Recent ")) && m_actions.openRecent)
+        openRecent(name.mid(7));
+}
+
+void WelcomePage::openRecent(const QString& number)
+{
+    bool ok = false;
+    const int n = number.toInt(&ok);
+    if (ok && n >= 1)
+        m_actions.openRecent(n - 1);
 }
 
 void WelcomePage::WebBrowser1_CommandStateChange()

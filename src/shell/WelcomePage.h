@@ -23,6 +23,7 @@ struct WelcomeActions
     std::function<void()> createProtocol;       // the create-new-protocol operation
     std::function<void()> createLayoutTemplate; // the create-new-layout-template operation
     std::function<void()> exit;                 // unloads the main window
+    std::function<void(int)> openRecent;        // shows the recent document of that 0-based index
     QObject* owner = nullptr;                   // owner of the message box
 };
 
@@ -38,6 +39,9 @@ struct WelcomeActions
 //   "Analyse data"           pending: select the Results node
 //   "Instrument setup"       at once: ShowOrganiserSelectionError
 //   "Exit"                   pending: unload the main window
+//   "Recent <n>"             at once: show the n-th recent document (only
+//                            with the openRecent hook; the Organiser adds
+//                            these links to the page itself)
 //
 // Pending commands are performed once the page is complete, in the order
 // run-protocol, analyse-data, create-template, exit.
@@ -69,6 +73,7 @@ public:
 
 private:
     static void call(const std::function<void()>& action);
+    void openRecent(const QString& number);
 
     WelcomeActions m_actions;
     bool m_runProtocol = false;

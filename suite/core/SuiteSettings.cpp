@@ -126,6 +126,27 @@ bool SuiteSettings::SuppressLayoutsBranch() const
     return boolValue("SuppressLayoutsBranch", false);
 }
 
+bool SuiteSettings::ShowFileListFilter() const
+{
+    return boolValue("ShowFileListFilter", true);
+}
+bool SuiteSettings::ShowRecentDocuments() const
+{
+    return boolValue("ShowRecentDocuments", true);
+}
+bool SuiteSettings::ShowInFileManager() const
+{
+    return boolValue("ShowInFileManager", true);
+}
+QStringList SuiteSettings::RecentDocuments() const
+{
+    return m_store.value(settingsKey("RecentDocuments"), QStringList()).toStringList();
+}
+bool SuiteSettings::SetRecentDocuments(const QStringList& paths)
+{
+    return write("RecentDocuments", paths);
+}
+
 void SuiteSettings::BeginFolderUpdate()
 {
     m_store.beginBatch();

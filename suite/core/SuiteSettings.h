@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 namespace nebra {
 
@@ -58,6 +59,17 @@ public:
     int InstrumentFlags() const;
 
     bool SuppressLayoutsBranch() const;
+
+    // Additions a site may switch off, each on by default: the filter box
+    // above the file list, the recent documents (File > Recent and the
+    // welcome page's list) and "Show in file manager" on the file list.
+    bool ShowFileListFilter() const;
+    bool ShowRecentDocuments() const;
+    bool ShowInFileManager() const;
+
+    // The documents last opened, run or created through the Organiser, newest first.
+    QStringList RecentDocuments() const;
+    bool SetRecentDocuments(const QStringList& paths);
 
     // Bracket a run of folder creation; writes made in between reach the disk together.
     void BeginFolderUpdate();

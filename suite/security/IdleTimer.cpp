@@ -29,6 +29,7 @@ void IdleTimer::start(qint64 periodMs)
     m_periodMs = qMax<qint64>(1, periodMs);
     m_active = true;
     m_startedAt = m_clock();
+    m_warned = false;
     arm();
 }
 
@@ -37,7 +38,15 @@ void IdleTimer::reset()
     if (!m_active)
         return;
     m_startedAt = m_clock();
+    m_warned = false;
     arm();
+}
+
+void IdleTimer::setWarningMs(qint64 warningMs)
+{
+    m_warningMs = qMax<qint64>(0, warningMs);
+    if (m_active)
+        arm();
 }
 
 void IdleTimer::stop()
@@ -53,15 +62,24 @@ qint64 IdleTimer::remainingMs() const
 
 void IdleTimer::arm()
 {
-    m_timer.start(int(qMin<qint64>(remainingMs(), m_pollIntervalMs)));
+    qint64 wait = qMin<qint64>(remainingMs(), m_pollIntervalMs);
+    if (m_warningMs > 0 && !m_warned)
+        wait = qMin(wait, qMax<qint64>(0, remainingMs() - m_warningMs));
+    m_timer.start(int(wait));
 }
 
 void IdleTimer::check()
 {
     if (!m_active)
         return;
-    if (remainingMs() > 0) {
-        arm();
+    const qint64 remaining = remainingMs();
+    if (remaining > 0) {
+        if (m_warningMs > 0 && !m_warned && remaining <= m_warningMs) {
+            m_warned = true;
+            Q_EMIT warning();
+        }
+        if (m_active) // a handler of warning() may have stopped the timer
+            arm();
         return;
     }
     stop();

@@ -12,7 +12,8 @@ namespace nebra {
 // and that keeps counting while the computer is suspended (a session left
 // over a suspend times out when the computer wakes if the period has passed).
 // expired() is raised once when the period passes without reset(); the
-// timer then stops until start() is called again.
+// timer then stops until start() is called again. With a warning time set,
+// warning() is raised once per idle stretch when no more than that is left.
 //
 // The timer wakes at least every poll interval to read the clock, so a clock
 // supplied for testing that jumps ahead is noticed within one interval. An
@@ -34,6 +35,8 @@ public:
     // Starts the period again from now; does nothing while stopped.
     void reset();
     void stop();
+    // 0: no warning. A warning time as long as the period warns at once.
+    void setWarningMs(qint64 warningMs);
 
     bool isActive() const { return m_active; }
     qint64 periodMs() const { return m_periodMs; }
@@ -41,6 +44,7 @@ public:
 
 Q_SIGNALS:
     void expired();
+    void warning();
 
 private:
     void check();
@@ -51,6 +55,8 @@ private:
     QTimer m_timer;
     qint64 m_periodMs = 0;
     qint64 m_startedAt = 0;
+    qint64 m_warningMs = 0;
+    bool m_warned = false;
     bool m_active = false;
 };
 

@@ -20,6 +20,7 @@ NebraSecurityManager::NebraSecurityManager(std::unique_ptr<SecurityStore> store,
     : m_store(std::move(store)), m_authenticator(*m_store), m_idle(options.clock, options.pollIntervalMs)
 {
     connect(&m_idle, &IdleTimer::expired, this, &NebraSecurityManager::timeOut);
+    connect(&m_idle, &IdleTimer::warning, this, &NebraSecurityManager::TimeOutWarning);
 }
 
 NebraSecurityManager::~NebraSecurityManager() = default;
@@ -111,6 +112,7 @@ bool NebraSecurityManager::beginSession(QWidget* owner, const UserRecord& user, 
         return false;
     }
     m_user = user;
+    m_idle.setWarningMs(qint64(TimeOutWarningSeconds()) * 1000);
     m_idle.start(qint64(m_store->settings().timeOutMinutes) * 60 * 1000);
     return true;
 }
@@ -188,6 +190,11 @@ bool NebraSecurityManager::IsOperationAllowed(const QString& area, const QString
 void NebraSecurityManager::ResetTimeOut()
 {
     m_idle.reset();
+}
+
+int NebraSecurityManager::TimeOutWarningSeconds() const
+{
+    return m_store->settings().timeOutWarningSeconds;
 }
 
 void NebraSecurityManager::SessionChangePassword(QWidget* owner)

@@ -73,9 +73,15 @@ public:
     // False without a session and for a disabled or locked account.
     bool IsOperationAllowed(const QString& area, const QString& operation) const;
     void ResetTimeOut();
+    // Time left before the session times out; 0 without a session.
+    qint64 TimeOutRemainingMs() const { return m_idle.remainingMs(); }
+    // [Security] TimeOutWarningSeconds: 0 when the user is not warned.
+    int TimeOutWarningSeconds() const;
 
 Q_SIGNALS:
     void UserLoggedOut(const QString& userName, int reason);
+    // The session will time out in TimeOutWarningSeconds() or less unless ResetTimeOut() is called.
+    void TimeOutWarning();
 
 private:
     NebraSecurityManager(std::unique_ptr<SecurityStore> store, const SecurityManagerOptions& options);

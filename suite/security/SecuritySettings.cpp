@@ -96,6 +96,7 @@ SecuritySettings SecuritySettings::fromStore(const SettingsStore& store, const Q
     s.chainHeadFile = besideOverride ? s.databasePath + QStringLiteral(".head")
                                      : r.effective("ChainHeadFile", s.databasePath + QStringLiteral(".head"));
     s.timeOutMinutes = r.number("TimeOutMinutes", DefaultTimeOutMinutes, 1, 24 * 60);
+    s.timeOutWarningSeconds = r.number("TimeOutWarningSeconds", DefaultTimeOutWarningSeconds, 0, 60 * 60);
     s.lockoutThreshold = r.number("LockoutThreshold", DefaultLockoutThreshold, 1, 1000);
     s.passwordMinimumLength = r.number("PasswordMinimumLength", DefaultPasswordMinimumLength, 1, 128);
     s.authenticationLibrary = r.effective("AuthenticationLibrary", QLatin1String(ServiceLibrary));

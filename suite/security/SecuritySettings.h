@@ -42,6 +42,7 @@ struct SecuritySettings
         "WindowsGroupAuthenticationLibrary.WindowsGroupAuthentication";
 
     static constexpr int DefaultTimeOutMinutes = 15;
+    static constexpr int DefaultTimeOutWarningSeconds = 60;
     static constexpr int DefaultLockoutThreshold = 5;
     static constexpr int DefaultPasswordMinimumLength = 8;
 
@@ -49,6 +50,8 @@ struct SecuritySettings
     QString siteKeyFile;   // SiteKeyFile: the audit trail's key, outside the database
     QString chainHeadFile; // ChainHeadFile: newest audit entry and count, outside the database
     int timeOutMinutes = DefaultTimeOutMinutes;
+    // TimeOutWarningSeconds: how long before the time-out the user is warned; 0 = never.
+    int timeOutWarningSeconds = DefaultTimeOutWarningSeconds;
     int lockoutThreshold = DefaultLockoutThreshold;
     int passwordMinimumLength = DefaultPasswordMinimumLength;
     QString authenticationLibrary = QLatin1String(ServiceLibrary);

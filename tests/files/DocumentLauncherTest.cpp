@@ -22,6 +22,7 @@ private:
     std::unique_ptr<SuitePaths> m_paths;
     std::unique_ptr<DocumentLauncher> m_launcher;
     QStringList m_events;
+    QStringList m_used;
     bool m_allow = true;
     bool m_auditWritten = true;
     bool m_secured = false;
@@ -69,6 +70,7 @@ private Q_SLOTS:
              {"LayoutEditorPath", "AssayApplicationPath", "ReadConfigurationEditorPath"})
             setProgram(QLatin1String(setting), programFor(QLatin1String(setting)));
         m_events.clear();
+        m_used.clear();
         m_allow = true;
         m_auditWritten = true;
         m_secured = false;
@@ -84,6 +86,7 @@ private Q_SLOTS:
         context.selectedDocumentPath = [this] { return m_document; };
         context.securityEnabled = [this] { return m_secured; };
         context.startNewProtocolWizard = [this] { m_events << QStringLiteral("wizard"); };
+        context.documentUsed = [this](const QString& path) { m_used << path; };
         m_launcher = std::make_unique<DocumentLauncher>(*m_paths, std::move(context));
     }
 
@@ -157,6 +160,7 @@ private Q_SLOTS:
         m_launcher->CreateProtocol();
         QCOMPARE(m_events, QStringList({"check CreateProtocol", "audit Create new protocol", "wizard"}));
         m_events.clear();
+        m_used.clear();
         m_allow = false;
         m_launcher->RunProtocol();
         m_launcher->CreateProtocol();
@@ -248,6 +252,35 @@ private Q_SLOTS:
         QCOMPARE(m_launcher->lastCommandLine().text, program + ' ' + made);
         QCOMPARE(startedArgv(), QByteArrayList({QFile::encodeName(program), made.toUtf8()}));
         QVERIFY(m_events.isEmpty());
+    }
+
+    // Only a document whose program was started counts as used (recent documents).
+    void onlyStartedDocumentsCountAsUsed_data()
+    {
+        QTest::addColumn<QString>("procedure");
+        QTest::addColumn<bool>("allowed");
+        QTest::addColumn<bool>("programThere");
+        QTest::addColumn<bool>("used");
+        QTest::newRow("run") << "RunProtocol" << true << true << true;
+        QTest::newRow("refused") << "RunProtocol" << false << true << false;
+        QTest::newRow("program missing") << "OpenProtocol" << true << false << false;
+        QTest::newRow("no document") << "CreateReadConfiguration" << true << true << false;
+    }
+
+    void onlyStartedDocumentsCountAsUsed()
+    {
+        QFETCH(QString, procedure);
+        QFETCH(bool, allowed);
+        QFETCH(bool, programThere);
+        QFETCH(bool, used);
+        test::MessageRecorder messages;
+        for (const char* setting : {"AssayApplicationPath", "ReadConfigurationEditorPath"})
+            setProgram(QLatin1String(setting), programThere ? programFor(QLatin1String(setting))
+                                                            : m_folders->root() + QStringLiteral("/missing"));
+        m_allow = allowed;
+        run(procedure);
+        QCOMPARE(m_used, used ? QStringList{m_document} : QStringList{});
+        QCOMPARE(messages.count(), programThere ? 0 : 1);
     }
 };
 

@@ -8,6 +8,7 @@
 #include "SecurityFixture.h"
 #include "StatusBarControl.h"
 #include "SuitePaths.h"
+#include "TimeOutWarning.h"
 #include "ToolBarsControl.h"
 
 #include <QAction>
@@ -15,6 +16,7 @@
 #include <QDialog>
 #include <QLabel>
 #include <QPointer>
+#include <QPushButton>
 #include <QStatusBar>
 #include <QTest>
 
@@ -243,6 +245,76 @@ private Q_SLOTS:
         QVERIFY(!window->securitySession().SecurityEnabled());
         if (!audit.isEmpty())
             QCOMPARE(m_site->fixture.auditTexts().last(), audit);
+    }
+
+    // Ten minutes' time-out, warned a minute before by default. Each row:
+    // the warning's setting, what the user does once warned, and how the
+    // session ends ("text|title" of the message, or "running").
+    void theWarningBeforeTheTimeOut_data()
+    {
+        QTest::addColumn<int>("warningSeconds"); // -1: not set
+        QTest::addColumn<QString>("action");
+        QTest::addColumn<QString>("outcome");
+        const QString timedOut =
+            QStringLiteral("Your session has timed out.  You have been logged out|Time Out");
+        QTest::newRow("countdown ends") << -1 << "nothing" << timedOut;
+        QTest::newRow("stay logged in") << -1 << "stay"
+                                        << "running";
+        QTest::newRow("a command elsewhere") << -1 << "command"
+                                             << "running";
+        QTest::newRow("log out now") << -1 << "log out"
+                                     << "The program will now exit.|Logged Out";
+        QTest::newRow("switched off") << 0 << "none shown" << timedOut;
+        QTest::newRow("five minutes") << 300 << "nothing" << timedOut;
+    }
+
+    void theWarningBeforeTheTimeOut()
+    {
+        QFETCH(int, warningSeconds);
+        QFETCH(QString, action);
+        QFETCH(QString, outcome);
+        SettingsStore().setValue(QStringLiteral("Security/TimeOutMinutes"), 10);
+        if (warningSeconds >= 0)
+            SettingsStore().setValue(QStringLiteral("Security/TimeOutWarningSeconds"), warningSeconds);
+        const int warnAt = 10 * 60 - (warningSeconds < 0 ? 60 : warningSeconds);
+        const std::unique_ptr<MainWindow> window = load(true);
+        QVERIFY(window);
+        TimeOutWarning* warning = window->securitySession().timeOutWarning();
+        QCOMPARE(warning == nullptr, action == QLatin1String("none shown"));
+        m_now += qint64(warnAt) * 1000 - 1;
+        QCoreApplication::processEvents();
+        QVERIFY(!warning || !warning->isVisible());
+        if (warning) {
+            m_now += 1;
+            QTRY_VERIFY_WITH_TIMEOUT(warning->isVisible(), 5000);
+            QVERIFY(!warning->isModal());
+            QCOMPARE(warning->windowTitle(), QStringLiteral("Session Time-Out"));
+            m_now += 20 * 1000;
+            const QString expected =
+                QStringLiteral("Your session will time out in %1 seconds because of inactivity.")
+                    .arg(10 * 60 - warnAt - 20);
+            QTRY_COMPARE_WITH_TIMEOUT(warning->countdownText(), expected, 5000);
+        }
+        if (action == QLatin1String("stay"))
+            warning->stayButton()->click();
+        else if (action == QLatin1String("command"))
+            window->toolBars().action(QStringLiteral("ID_HelpHelp"))->trigger();
+        else if (action == QLatin1String("log out"))
+            warning->logOutButton()->click();
+        if (outcome == QLatin1String("running")) {
+            QTRY_VERIFY_WITH_TIMEOUT(!warning->isVisible(), 5000);
+            m_now += 10 * 60 * 1000 - 1; // a full period again from the activity
+            QCoreApplication::processEvents();
+            QCOMPARE(m_processEnds, 0);
+            QCOMPARE(m_messages->count(), 0);
+            QVERIFY(window->securitySession().SecurityEnabled());
+            return;
+        }
+        if (action != QLatin1String("log out"))
+            m_now += 10 * 60 * 1000; // the countdown runs out
+        QTRY_COMPARE_WITH_TIMEOUT(m_processEnds, 1, 5000);
+        QCOMPARE(onlyMessage(), outcome);
+        QVERIFY(!warning || !warning->isVisible());
     }
 };
 

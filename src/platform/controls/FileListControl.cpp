@@ -1,5 +1,6 @@
 #include "FileListControl.h"
 
+#include "FileListFilterBox.h"
 #include "FileListView.h"
 
 #include "FileListModel.h"
@@ -34,16 +35,19 @@ constexpr int RefreshDelayMs = 250;
 
 FileListControl::FileListControl(QWidget* parent)
     : QWidget(parent), m_model(new FileListModel(this)), m_view(new FileListView(m_model, this)),
-      m_state(new QLabel(this)), m_watcher(new QFileSystemWatcher(this)), m_refreshTimer(new QTimer(this))
+      m_filterBox(new FileListFilterBox(this)), m_state(new QLabel(this)),
+      m_watcher(new QFileSystemWatcher(this)), m_refreshTimer(new QTimer(this))
 {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
+    layout->addWidget(m_filterBox);
     layout->addWidget(m_state);
     layout->addWidget(m_view, 1);
     m_state->setWordWrap(true);
     m_state->setAccessibleName(QStringLiteral("File list state"));
     m_state->hide();
+    m_filterBox->hide();
 
     setUpView();
     connectEvents();
@@ -71,6 +75,10 @@ void FileListControl::connectEvents()
     connect(deleteAction, &QAction::triggered, this, &FileListControl::deleteSelectedItems);
     m_view->addAction(deleteAction);
 
+    connect(m_filterBox, &QLineEdit::textChanged, this, &FileListControl::applyNameFilter);
+    m_view->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(m_view, &QWidget::customContextMenuRequested, this, &FileListControl::showContextMenu);
+
     m_refreshTimer->setSingleShot(true);
     m_refreshTimer->setInterval(RefreshDelayMs);
     connect(m_watcher, &QFileSystemWatcher::directoryChanged, m_refreshTimer, qOverload<>(&QTimer::start));
@@ -95,6 +103,13 @@ QTreeView* FileListControl::view() const
 void FileListControl::setFolder(const QString& path)
 {
     m_folder = path;
+    if (!m_filterBox->text().isEmpty()) {
+        // A filter typed for one folder would hide another's documents. The
+        // listing follows anyway, so the model need not filter now.
+        const QSignalBlocker quiet(m_filterBox);
+        m_filterBox->clear();
+        m_model->setNameFilter(QString());
+    }
     if (!m_watcher->directories().isEmpty())
         m_watcher->removePaths(m_watcher->directories());
     if (!path.isEmpty() && QFileInfo(path).isDir())
@@ -136,6 +151,8 @@ void FileListControl::list()
     m_view->header()->setSortIndicator(m_model->sortColumn(), m_model->sortOrder());
     applyColumnVisibility();
     showListingState();
+    if (m_filterBox->isVisibleTo(this)) // ready before the user can type
+        QTimer::singleShot(0, m_model, &FileListModel::prepareNameFilter);
 }
 
 void FileListControl::refresh()
@@ -148,26 +165,36 @@ void FileListControl::refresh()
         ensureListed();
         return;
     }
-    QHash<QString, bool> before; // name -> folder
-    for (int row = 0; row < m_model->rowCount(); ++row)
-        before.insert(m_model->fileName(row), m_model->isFolder(row));
+    const QHash<QString, bool> before = m_model->allEntries(); // name -> folder
     const QSet<QString> selected = selectedNames();
     const FileListItem current = currentItem();
     const QString oldFolder = m_folder;
     list();
     reselect(selected, current.isValid() ? QFileInfo(current.path()).fileName() : QString());
-    QSet<QString> after;
-    for (int row = 0; row < m_model->rowCount(); ++row)
-        after.insert(m_model->fileName(row));
-    for (auto it = before.cbegin(); it != before.cend(); ++it)
-        if (!after.contains(it.key()))
-            Q_EMIT itemRemoved(
-                FileListItem(this, 0, -1, it.key(), oldFolder + QLatin1Char('/') + it.key(), it.value()));
-    for (int row = 0; row < m_model->rowCount(); ++row)
-        if (!before.contains(m_model->fileName(row)))
-            Q_EMIT itemAdded(itemAtRow(row));
+    reportChanges(before, oldFolder);
     if (selectedNames() != selected)
         onSelectionChanged();
+}
+
+// Entries the name filter hides still count: the folder tree follows them too.
+void FileListControl::reportChanges(const QHash<QString, bool>& before, const QString& oldFolder)
+{
+    const QHash<QString, bool> after = m_model->allEntries();
+    const auto unlisted = [this](const QString& folder, const QString& name, bool isFolder) {
+        return FileListItem(this, 0, -1, name, folder + QLatin1Char('/') + name, isFolder);
+    };
+    for (auto it = before.cbegin(); it != before.cend(); ++it)
+        if (!after.contains(it.key()))
+            Q_EMIT itemRemoved(unlisted(oldFolder, it.key(), it.value()));
+    QSet<QString> shown;
+    for (int row = 0; row < m_model->rowCount(); ++row) {
+        shown.insert(m_model->fileName(row));
+        if (!before.contains(m_model->fileName(row)))
+            Q_EMIT itemAdded(itemAtRow(row));
+    }
+    for (auto it = after.cbegin(); it != after.cend(); ++it)
+        if (!before.contains(it.key()) && !shown.contains(it.key()))
+            Q_EMIT itemAdded(unlisted(m_folder, it.key(), it.value()));
 }
 
 QSet<QString> FileListControl::selectedNames() const

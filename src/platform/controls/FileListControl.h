@@ -7,6 +7,7 @@
 #include <QStringList>
 #include <QWidget>
 
+class QAction;
 class QFileSystemWatcher;
 class QLabel;
 class QTimer;
@@ -14,6 +15,7 @@ class QTreeView;
 
 namespace nebra {
 
+class FileListFilterBox;
 class FileListView;
 
 class FileListModel;
@@ -36,6 +38,11 @@ class FileListModel;
 // itemActivated() marks it handled, a folder is opened in the list and a
 // file is opened with the desktop's application for it.
 //
+// Above the list an optional filter box narrows the rows to the names the
+// user types (NameFilter); it never changes what is listed nor the sort, and
+// a new folder starts with it empty. The view's context menu offers the
+// actions added with addContextAction(), when there are any.
+//
 // Messages go through nebra::Messages.
 class FileListControl : public QWidget
 {
@@ -48,6 +55,14 @@ public:
     QString folder() const { return m_folder; }
     void setFilter(const QString& pattern);
     QString filter() const { return m_filter; }
+    // The user's name filter; itemCount() and item() then see only the names it lets through.
+    void setNameFilter(const QString& text);
+    QString nameFilter() const;
+    void setFilterBoxShown(bool shown);
+    FileListFilterBox* filterBox() const { return m_filterBox; }
+    // An action on the view's context menu, acting on the selected items.
+    void addContextAction(QAction* action);
+
     // Reads the folder again now, keeping the selection.
     void refresh();
     // errno of the last listing; 0 when the folder could be read.
@@ -122,9 +137,14 @@ private:
     void onHeaderClicked(int section);
     void showHeaderMenu(const QPoint& position);
     void showListingState();
+    void showContextMenu(const QPoint& position);
+    void applyNameFilter(const QString& text);
+    void reportChanges(const QHash<QString, bool>& before, const QString& oldFolder);
 
     FileListModel* m_model;
     FileListView* m_view;
+    FileListFilterBox* m_filterBox;
+    QList<QAction*> m_contextActions;
     QLabel* m_state;
     QFileSystemWatcher* m_watcher;
     QTimer* m_refreshTimer;

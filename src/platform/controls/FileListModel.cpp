@@ -104,25 +104,60 @@ void FileListModel::setShowExtensions(bool show)
 {
     if (m_showExtensions == show)
         return;
+    for (const Entry& entry : m_entries)
+        entry.folded.clear(); // made from the names as shown
+    if (!m_nameFilter.isEmpty()) {
+        relayout([this, show] {
+            m_showExtensions = show;
+            applyNameFilter();
+        });
+        return;
+    }
     m_showExtensions = show;
-    if (!m_entries.empty())
+    if (!m_rows.empty())
         Q_EMIT dataChanged(index(0, 0), index(rowCount() - 1, 0));
+}
+
+QStringView FileListModel::shownName(const Entry& entry) const
+{
+    if (m_showExtensions || entry.isFolder)
+        return entry.name;
+    const qsizetype dot = entry.name.lastIndexOf(QLatin1Char('.'));
+    return dot > 0 ? QStringView(entry.name).left(dot) : QStringView(entry.name);
+}
+
+QStringView FileListModel::foldedName(const Entry& entry) const
+{
+    if (entry.folded.isNull()) {
+        const QStringView shown = shownName(entry);
+        const bool plain =
+            shown.size() == entry.name.size() && std::none_of(shown.begin(), shown.end(), [](QChar c) {
+                return c.unicode() >= 0x80 || (c >= QLatin1Char('A') && c <= QLatin1Char('Z'));
+            });
+        // A name that folding would not change shares the name's characters.
+        entry.folded = plain ? entry.name : shown.toString().toCaseFolded();
+    }
+    return entry.folded;
+}
+
+void FileListModel::prepareNameFilter() const
+{
+    for (const Entry& entry : m_entries)
+        foldedName(entry);
 }
 
 QString FileListModel::displayedName(int row) const
 {
-    const Entry& entry = m_entries[size_t(row)];
-    if (m_showExtensions || entry.isFolder)
-        return entry.name;
-    const qsizetype dot = entry.name.lastIndexOf(QLatin1Char('.'));
-    return dot > 0 ? entry.name.left(dot) : entry.name;
+    const Entry& entry = at(row);
+    const QStringView name = shownName(entry);
+    return name.size() == entry.name.size() ? entry.name : name.toString();
 }
 
 QString FileListModel::fullPath(int row) const
 {
     if (m_folder.endsWith(QLatin1Char('/')))
-        return m_folder + m_entries[size_t(row)].name;
-    return m_folder + QLatin1Char('/') + m_entries[size_t(row)].name;
+        return m_folder + at(row).name;
+    return m_folder + QLatin1Char('/') + at(row).name;
 }
 
 int FileListModel::rowOfId(qint32 id) const
@@ -132,18 +167,24 @@ int FileListModel::rowOfId(qint32 id) const
 
 void FileListModel::renameEntry(int row, const QString& newName)
 {
-    if (row < 0 || size_t(row) >= m_entries.size())
+    if (row < 0 || size_t(row) >= m_rows.size())
         return;
-    m_entries[size_t(row)].name = newName;
+    at(row).name = newName; // kept in the rows even when the filter would not let it through now
+    at(row).folded.clear();
     Q_EMIT dataChanged(index(row, 0), index(row, columnCount() - 1));
 }
 
 void FileListModel::removeEntry(int row)
 {
-    if (row < 0 || size_t(row) >= m_entries.size())
+    if (row < 0 || size_t(row) >= m_rows.size())
         return;
     beginRemoveRows({}, row, row);
-    m_entries.erase(m_entries.begin() + row);
+    const qint32 position = m_rows[size_t(row)];
+    m_entries.erase(m_entries.begin() + position);
+    m_rows.erase(m_rows.begin() + row);
+    for (qint32& later : m_rows)
+        if (later > position)
+            --later;
     rebuildRowIndex();
     endRemoveRows();
 }
@@ -189,7 +230,7 @@ QString FileListModel::cell(const Entry& entry, Kind kind) const
 
 int FileListModel::rowCount(const QModelIndex& parent) const
 {
-    return parent.isValid() ? 0 : int(m_entries.size());
+    return parent.isValid() ? 0 : int(m_rows.size());
 }
 
 int FileListModel::columnCount(const QModelIndex& parent) const
@@ -199,9 +240,9 @@ int FileListModel::columnCount(const QModelIndex& parent) const
 
 QVariant FileListModel::data(const QModelIndex& index, int role) const
 {
-    if (!index.isValid() || size_t(index.row()) >= m_entries.size())
+    if (!index.isValid() || size_t(index.row()) >= m_rows.size())
         return {};
-    const Entry& entry = m_entries[size_t(index.row())];
+    const Entry& entry = at(index.row());
     const Kind kind = kindOf(index.column());
     switch (role) {
     case Qt::DisplayRole:
@@ -284,7 +325,7 @@ void FileListModel::sortEntries()
             c = threeWay(a.id, b.id);
         return descending ? c > 0 : c < 0;
     });
-    rebuildRowIndex();
+    applyNameFilter();
 }
 
 void FileListModel::rebuildRowIndex()
@@ -293,29 +334,78 @@ void FileListModel::rebuildRowIndex()
     for (const Entry& entry : m_entries)
         maxId = std::max(maxId, entry.id);
     m_rowOfId.assign(size_t(maxId + 1), -1);
-    for (size_t row = 0; row < m_entries.size(); ++row)
-        m_rowOfId[size_t(m_entries[row].id)] = qint32(row);
+    for (size_t row = 0; row < m_rows.size(); ++row)
+        m_rowOfId[size_t(m_entries[size_t(m_rows[row])].id)] = qint32(row);
 }
 
 void FileListModel::sort(int column, Qt::SortOrder order)
 {
     if (column < 0 || column >= m_columns.size())
         return;
-    m_sortColumn = column;
-    m_sortOrder = order;
+    relayout([this, column, order] {
+        m_sortColumn = column;
+        m_sortOrder = order;
+        sortEntries();
+    });
+}
+
+void FileListModel::relayout(const std::function<void()>& change)
+{
     Q_EMIT layoutAboutToBeChanged({}, QAbstractItemModel::VerticalSortHint);
     const QModelIndexList before = persistentIndexList();
     std::vector<std::pair<qint32, int>> kept; // entry id and column of each persistent index
     kept.reserve(size_t(before.size()));
     for (const QModelIndex& index : before)
-        kept.emplace_back(m_entries[size_t(index.row())].id, index.column());
-    sortEntries();
+        kept.emplace_back(at(index.row()).id, index.column());
+    change();
     QModelIndexList after;
     after.reserve(before.size());
-    for (const auto& [id, column] : kept)
-        after.append(index(rowOfId(id), column));
+    for (const auto& [id, column] : kept) {
+        const int row = rowOfId(id);
+        after.append(row >= 0 ? index(row, column) : QModelIndex()); // filtered out: gone
+    }
     changePersistentIndexList(before, after);
     Q_EMIT layoutChanged({}, QAbstractItemModel::VerticalSortHint);
+}
+
+void FileListModel::setNameFilter(const QString& text)
+{
+    NameFilter filter(text);
+    if (filter.text() == m_nameFilter.text())
+        return;
+    const bool narrowing = filter.narrows(m_nameFilter);
+    m_nameFilter = std::move(filter);
+    relayout([this, narrowing] { applyNameFilter(narrowing); });
+}
+
+// Narrowing only looks at the rows: what the old filter left out the new
+// one would too.
+void FileListModel::applyNameFilter(bool narrowing)
+{
+    std::vector<qint32> rows;
+    if (narrowing) {
+        rows.reserve(m_rows.size());
+        for (const qint32 position : m_rows)
+            if (m_nameFilter.matchesFolded(foldedName(m_entries[size_t(position)])))
+                rows.push_back(position);
+    } else {
+        rows.reserve(m_entries.size());
+        const bool all = m_nameFilter.isEmpty();
+        for (size_t position = 0; position < m_entries.size(); ++position)
+            if (all || m_nameFilter.matchesFolded(foldedName(m_entries[position])))
+                rows.push_back(qint32(position));
+    }
+    m_rows.swap(rows);
+    rebuildRowIndex();
+}
+
+QHash<QString, bool> FileListModel::allEntries() const
+{
+    QHash<QString, bool> entries;
+    entries.reserve(qsizetype(m_entries.size()));
+    for (const Entry& entry : m_entries)
+        entries.insert(entry.name, entry.isFolder);
+    return entries;
 }
 
 } // namespace nebra

@@ -1,7 +1,12 @@
 #pragma once
 
+#include "NameFilter.h"
+
 #include <QAbstractTableModel>
+#include <QHash>
 #include <QStringList>
+
+#include <functional>
 
 #include <vector>
 
@@ -15,6 +20,11 @@ namespace nebra {
 // column is empty. Sorting keeps folders before files and compares the raw
 // modification times (seconds and nanoseconds), never converted dates; the
 // date text and the comment are made only for the rows a view asks for.
+//
+// A name filter (the user's filter box) narrows the rows to the entries
+// whose displayed names it matches; the rows are then positions in the
+// sorted entries, so filtering neither moves nor compares entries. It never changes what was
+// listed nor the sort, and it lasts until changed, also across loads.
 class FileListModel : public QAbstractTableModel
 {
     Q_OBJECT
@@ -50,16 +60,24 @@ public:
     void setShowExtensions(bool show);
     bool showExtensions() const { return m_showExtensions; }
 
+    void setNameFilter(const QString& text);
+    // Makes now what the name filter needs of every entry, so that the
+    // first keystroke after a listing costs no more than the others.
+    void prepareNameFilter() const;
+    QString nameFilter() const { return m_nameFilter.text(); }
+    // Every entry of the last load, shown or not: name -> is a folder.
+    QHash<QString, bool> allEntries() const;
+
     int sortColumn() const { return m_sortColumn; }
     Qt::SortOrder sortOrder() const { return m_sortOrder; }
 
     // Per row: the entry's name on disk, displayed name, full path and folder flag.
-    QString fileName(int row) const { return m_entries[size_t(row)].name; }
+    QString fileName(int row) const { return at(row).name; }
     QString displayedName(int row) const;
     QString fullPath(int row) const;
-    bool isFolder(int row) const { return m_entries[size_t(row)].isFolder; }
+    bool isFolder(int row) const { return at(row).isFolder; }
     // Stable identity of an entry within one load, whatever the sorting.
-    qint32 idAt(int row) const { return m_entries[size_t(row)].id; }
+    qint32 idAt(int row) const { return at(row).id; }
     int rowOfId(qint32 id) const;
 
     // After the entry was renamed on disk.
@@ -84,6 +102,7 @@ private:
     {
         QString name;
         mutable QString comment;
+        mutable QString folded; // the displayed name case-folded, made when a name filter first needs it
         qint64 mtimeSeconds = 0;
         qint64 size = 0;
         qint32 mtimeNanoseconds = 0;
@@ -103,14 +122,24 @@ private:
     };
     Kind kindOf(int column) const;
     const QString& commentOf(const Entry& entry) const;
+    QStringView shownName(const Entry& entry) const;
+    QStringView foldedName(const Entry& entry) const;
     QString typeText(const Entry& entry) const;
     QString cell(const Entry& entry, Kind kind) const;
     void sortEntries();
     void rebuildRowIndex();
+    void applyNameFilter(bool narrowing = false);
+    // Rearranges the rows through change, keeping persistent indexes on their entries.
+    void relayout(const std::function<void()>& change);
 
     QStringList m_columns;
     QString m_folder;
-    std::vector<Entry> m_entries;
+    const Entry& at(int row) const { return m_entries[size_t(m_rows[size_t(row)])]; }
+    Entry& at(int row) { return m_entries[size_t(m_rows[size_t(row)])]; }
+
+    std::vector<Entry> m_entries; // everything listed, sorted
+    std::vector<qint32> m_rows;   // the positions in m_entries the name filter lets through
+    NameFilter m_nameFilter;
     std::vector<qint32> m_rowOfId;
     int m_sortColumn = 0;
     Qt::SortOrder m_sortOrder = Qt::AscendingOrder;

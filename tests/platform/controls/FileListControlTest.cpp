@@ -1,4 +1,5 @@
 #include "FileListControl.h"
+#include "FileListFilterBox.h"
 #include "MessageRecorder.h"
 #include "TestFiles.h"
 #include "UserFolders.h"
@@ -159,6 +160,40 @@ private Q_SLOTS:
         auto* state = listing.list.findChild<QLabel*>();
         QVERIFY(state && !state->isHidden());
         QVERIFY(state->text().contains(QStringLiteral("gone")));
+    }
+
+    // Typing narrows the items; a hidden selected item leaves the selection;
+    // Escape brings everything back; a folder made meanwhile that the filter
+    // hides is still announced; a new folder starts unfiltered.
+    void theFilterBoxNarrowsAndEscapeClears()
+    {
+        Listing listing;
+        listing.list.setFilterBoxShown(true);
+        listing.list.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&listing.list));
+        listing.named(QStringLiteral("old.apr")).setSelected(true);
+        QSignalSpy selection(&listing.list, &FileListControl::selectionChanged);
+        QSignalSpy added(&listing.list, &FileListControl::itemAdded);
+        FileListFilterBox* box = listing.list.filterBox();
+        box->setFocus();
+        QTest::keyClicks(box, QStringLiteral("NEW"));
+        QCOMPARE(listing.list.itemCount(), 1);
+        QCOMPARE(listing.list.item(1).name(), QStringLiteral("new.apr"));
+        QCOMPARE(listing.list.selectedCount(), 0);
+        QCOMPARE(selection.size(), 1);
+        makeFolder(listing.dir.filePath("Archive"));
+        listing.list.refresh();
+        QCOMPARE(added.size(), 1);
+        QCOMPARE(added[0][0].value<FileListItem>().path(), listing.dir.filePath("Archive"));
+        QCOMPARE(listing.list.itemCount(), 1);
+        QTest::keyClick(box, Qt::Key_Escape);
+        QCOMPARE(box->text(), QString());
+        QCOMPARE(listing.list.itemCount(), 4);
+        listing.list.setNameFilter(QStringLiteral("*.apr"));
+        QCOMPARE(listing.list.itemCount(), 2);
+        listing.list.setFolder(listing.dir.filePath("Sub"));
+        QCOMPARE(listing.list.nameFilter(), QString());
+        QCOMPARE(box->text(), QString());
     }
 };
 

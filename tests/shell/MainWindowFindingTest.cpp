@@ -1,0 +1,171 @@
+#include "BrowserControl.h"
+#include "DialogScript.h"
+#include "FileListControl.h"
+#include "FileListFilterBox.h"
+#include "FolderTreeControl.h"
+#include "MainWindow.h"
+#include "MessageRecorder.h"
+#include "OrganiserTree.h"
+#include "RecentDocuments.h"
+#include "RecordingPrograms.h"
+#include "SettingsStore.h"
+#include "TestFiles.h"
+#include "ToolBarsControl.h"
+#include "UserFolders.h"
+#include "WebEngineTestMain.h"
+
+#include <QAction>
+#include <QMenu>
+#include <QTreeView>
+#include <QWebEnginePage>
+#include <QWebEngineScript>
+#include <QWebEngineView>
+
+using namespace nebra;
+using namespace nebra::test;
+
+// Finding documents in the loaded main window: the filter box, the recent
+// documents in the File menu and on the welcome page, and the file list's
+// "Show in file manager"; each can be switched off.
+class MainWindowFindingTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<UserFolders> m_folders;
+    std::unique_ptr<RecordingPrograms> m_programs;
+    std::unique_ptr<MessageRecorder> m_messages;
+    std::unique_ptr<DialogScript> m_dialogs;
+    std::unique_ptr<MainWindow> m_window;
+
+    QString doc(const QString& relative) const
+    {
+        return m_folders->root() + "/Lab Data/My Assays/" + relative;
+    }
+    static void set(const QString& key, const QVariant& value) { SettingsStore().setValue(key, value); }
+
+    MainWindow& load()
+    {
+        MainWindowOptions options;
+        options.instanceName =
+            QStringLiteral("MainWindowFindingTest-%1").arg(QCoreApplication::applicationPid());
+        options.endProcess = [] {};
+        m_window = std::make_unique<MainWindow>(options);
+        if (m_window->Load() != MainWindow::LoadOutcome::Loaded)
+            qFatal("The Organiser did not load");
+        return *m_window;
+    }
+
+    QMenu* recentMenu() const
+    {
+        for (QAction* action : m_window->toolBars().menu(QStringLiteral("ID_File"))->actions())
+            if (action->menu() && action->menu()->accessibleName() == QLatin1String("Recent documents"))
+                return action->menu();
+        return nullptr;
+    }
+
+    void open(const QString& path)
+    {
+        m_window->ShowDocument(path);
+        QCOMPARE(m_window->fileList().firstSelectedItem().path(), path);
+        m_window->PerformDocumentCommand(DocumentCommand::Open);
+        m_programs->waitForRecords(1);
+        m_programs->clear();
+    }
+
+    int welcomeRecentLinks()
+    {
+        int links = -1;
+        m_window->browser()->view()->page()->runJavaScript(
+            QStringLiteral("document.querySelectorAll('#organiser-recent a').length"),
+            QWebEngineScript::ApplicationWorld, [&](const QVariant& result) { links = result.toInt(); });
+        if (!QTest::qWaitFor([&] { return links >= 0; }, 10000))
+            qWarning("The page did not answer");
+        return links;
+    }
+
+private Q_SLOTS:
+    void init()
+    {
+        m_folders = std::make_unique<UserFolders>();
+        m_programs = std::make_unique<RecordingPrograms>();
+        m_messages = std::make_unique<MessageRecorder>();
+        m_dialogs = std::make_unique<DialogScript>();
+        set("Paths/ParentDirectory", m_folders->root() + "/Lab Data");
+        set("Paths/AssayApplicationPath", m_programs->program(QStringLiteral("Assay Application")));
+        for (const char* name : {"Protocols/BCA Protein Assay.apr", "Protocols/ELISA IgG Quantitation.apr",
+                                 "Microplate Layouts/Kinetic 384.mlo"})
+            writeFile(doc(QLatin1String(name)));
+    }
+
+    void cleanup()
+    {
+        m_window.reset();
+        m_dialogs.reset();
+        m_messages.reset();
+        m_programs.reset();
+        m_folders.reset();
+    }
+
+    void eachAidCanBeSwitchedOff_data()
+    {
+        QTest::addColumn<bool>("on");
+        QTest::newRow("on, as by default") << true;
+        QTest::newRow("switched off") << false;
+    }
+
+    void eachAidCanBeSwitchedOff()
+    {
+        QFETCH(bool, on);
+        if (!on)
+            for (const char* key : {"ShowFileListFilter", "ShowRecentDocuments", "ShowInFileManager"})
+                set(QStringLiteral("Settings/") + QLatin1String(key), false);
+        MainWindow& window = load();
+        QCOMPARE(window.fileList().filterBox()->isVisible(), on);
+        QCOMPARE(recentMenu() != nullptr, on);
+        QCOMPARE(window.recentDocuments() != nullptr, on);
+        QCOMPARE(window.fileList().findChild<QAction*>(QStringLiteral("ShowInFileManager")) != nullptr, on);
+    }
+
+    // Opening documents fills File > Recent, newest first; choosing one
+    // shows it in its folder, selected; the welcome page lists them too and
+    // its links do the same.
+    void recentDocumentsAreShownInTheirFolders()
+    {
+        MainWindow& window = load();
+        const QString bca = doc("Protocols/BCA Protein Assay.apr");
+        const QString elisa = doc("Protocols/ELISA IgG Quantitation.apr");
+        open(bca);
+        open(elisa);
+        QMenu* menu = recentMenu();
+        QVERIFY(menu);
+        Q_EMIT menu->aboutToShow();
+        QCOMPARE(menu->actions().size(), 2);
+        QCOMPARE(menu->actions().at(1)->text(), QStringLiteral("&2  BCA Protein Assay.apr"));
+
+        window.folderTree().setCurrentNode(window.organiserTree().layoutsNode());
+        window.fileList().setNameFilter(QStringLiteral("Kinetic"));
+        menu->actions().at(1)->trigger();
+        QCOMPARE(window.folderTree().currentNode().folderPath(), doc("Protocols"));
+        QCOMPARE(window.fileList().selectedCount(), 1);
+        QCOMPARE(window.fileList().firstSelectedItem().path(), bca);
+
+        window.folderTree().setCurrentNode(window.organiserTree().rootNode());
+        QTRY_COMPARE_WITH_TIMEOUT(welcomeRecentLinks(), 2, 10000);
+        bool cancel = false;
+        Q_EMIT window.browser()->BeforeNavigate2(QUrl(QStringLiteral("organiser:%5CRecent%201")), cancel);
+        QVERIFY(cancel);
+        QTRY_COMPARE_WITH_TIMEOUT(window.fileList().firstSelectedItem().path(), elisa, 5000);
+
+        // A vanished document leaves the lists; one outside the tree is reported.
+        QVERIFY(QFile::remove(elisa));
+        Q_EMIT menu->aboutToShow();
+        QCOMPARE(menu->actions().size(), 1);
+        window.ShowDocument(m_folders->root() + "/elsewhere.apr");
+        QCOMPARE(m_messages->count(), 1);
+        QCOMPARE(m_messages->last().title, QStringLiteral("Recent Documents"));
+    }
+};
+
+NEBRA_WEBENGINE_TEST_MAIN(MainWindowFindingTest)
+#include "MainWindowFindingTest.moc"
