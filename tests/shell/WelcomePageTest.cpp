@@ -36,10 +36,14 @@ private Q_SLOTS:
         m_resets = 0;
         m_readyState = BrowserControl::Loading;
         auto record = [this](const char* what) { return [this, what] { m_events << QLatin1String(what); }; };
-        m_page = std::make_unique<WelcomePage>(
-            WelcomeActions{[this] { ++m_resets; }, [this] { return m_readyState; }, record("protocols node"),
-                           record("results node"), record("create protocol"),
-                           record("create layout template"), record("exit")});
+        m_page = std::make_unique<WelcomePage>(WelcomeActions{[this] { ++m_resets; },
+                                                              [this] { return m_readyState; },
+                                                              record("protocols node"),
+                                                              record("results node"),
+                                                              record("create protocol"),
+                                                              record("create layout template"),
+                                                              record("exit"),
+                                                              {}});
     }
 
     void aLinkIsItsLastBackslashSegmentComparedExactly_data()
