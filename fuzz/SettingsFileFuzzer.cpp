@@ -11,26 +11,34 @@ using namespace nebra;
 
 namespace {
 
-const QString& settingsFile()
+// A new file name for every read: QSettings keeps what it parsed per file
+// and trusts it while size and modification time stay the same, which two
+// inputs written within the same millisecond can share.
+QString freshSettingsFile()
 {
     static QTemporaryDir folder;
-    static const QString path = folder.filePath(QStringLiteral("Suite.ini"));
-    return path;
+    static quint64 count = 0;
+    return folder.filePath(QStringLiteral("Suite-%1.ini").arg(++count));
 }
 
 QString warningFor(const QByteArray& text)
 {
-    QFile file(settingsFile());
-    FUZZ_CHECK(file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(text) == text.size(),
+    const QString path = freshSettingsFile();
+    QFile file(path);
+    FUZZ_CHECK(file.open(QIODevice::WriteOnly) && file.write(text) == text.size(),
                "the input can be written");
     file.close();
-    const SettingsStore store(settingsFile());
-    const QVariant fallback = QStringLiteral("fallback \x01");
-    const QVariant value = store.value(QStringLiteral("Paths/ParentDirectory"), fallback);
-    FUZZ_CHECK(store.warning().isEmpty() || value == fallback, "an unusable file leaves the defaults");
-    FUZZ_CHECK(store.warning().isEmpty() || store.warning().contains(QLatin1String("Suite.ini")),
-               "the warning names the file");
-    return store.warning();
+    QString warning;
+    {
+        const SettingsStore store(path);
+        const QVariant fallback = QStringLiteral("fallback \x01");
+        const QVariant value = store.value(QStringLiteral("Paths/ParentDirectory"), fallback);
+        warning = store.warning();
+        FUZZ_CHECK(warning.isEmpty() || value == fallback, "an unusable file leaves the defaults");
+        FUZZ_CHECK(warning.isEmpty() || warning.contains(path), "the warning names the file");
+    }
+    QFile::remove(path);
+    return warning;
 }
 
 } // namespace
