@@ -33,3 +33,5 @@ for target in "${targets[@]}"; do
     { tail -n 60 "$work/$target.log" >&2; echo "$target failed; the input is in $work" >&2; exit 1; }
   grep -E '^stat::(number_of_executed_units|average_exec_per_sec|new_units_added)' "$work/$target.log" || true
 done
+# A temporary work folder goes once every target has passed; a failing run keeps it.
+[ -n "${FUZZ_WORK:-}" ] || rm -rf "$work"
