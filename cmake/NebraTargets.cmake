@@ -90,4 +90,18 @@ function(nebra_add_test name)
     add_test(NAME ${name} COMMAND ${name})
     set_tests_properties(${name} PROPERTIES ENVIRONMENT
         "QT_QPA_PLATFORM=offscreen;QTWEBENGINE_DISABLE_SANDBOX=1;NEBRA_TEST_DATA_DIR=${CMAKE_SOURCE_DIR}/data")
+    nebra_fail_on_sanitizer_report(${name})
+endfunction()
+
+# nebra_fail_on_sanitizer_report(test): in a sanitizer build, any report on the
+# test's output fails it, whatever the exit code. The exit code alone misses
+# reports: the programs a test starts (the argv recorder, a second instance,
+# the audit appender) write theirs to the same output, but their exit codes
+# are not the test's; and a leak report comes after QtTest has printed its
+# totals. Leaks inside system libraries are suppressed in cmake/lsan.supp.
+function(nebra_fail_on_sanitizer_report test)
+    if(NEBRA_SANITIZE)
+        set_tests_properties(${test} PROPERTIES FAIL_REGULAR_EXPRESSION
+            "ERROR: (AddressSanitizer|LeakSanitizer)|runtime error: |SUMMARY: UndefinedBehaviorSanitizer")
+    endif()
 endfunction()

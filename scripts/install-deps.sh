@@ -6,6 +6,7 @@ set -euo pipefail
 
 packages=(
   build-essential cmake ninja-build pkg-config clang-format
+  clang-14 libclang-rt-14-dev llvm-14
   qt6-base-dev qt6-base-dev-tools libqt6sql6-sqlite qt6-qpa-plugins
   qt6-webengine-dev qt6-webengine-dev-tools
   qt6-tools-dev qt6-tools-dev-tools qt6-l10n-tools qt6-documentation-tools

@@ -10,7 +10,8 @@ constexpr short PreviewOutOfDate = 1;    // the preview is at least 60 seconds o
 constexpr short PreviewTimesUnknown = 2; // a file's last-write time could not be read
 
 // Compares the last-write times of a document and of its preview page.
-// Each file is opened for reading (existing files only) and asked for its
+// Each file is opened for reading (existing regular files only: a pipe,
+// socket or device counts as a file that cannot be opened) and asked for its
 // modification time; when either fails the result is PreviewTimesUnknown and
 // failure, if given, receives "Could not open the file successfully" or
 // "Could not determine file modification time successfully" with the path.

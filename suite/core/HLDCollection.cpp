@@ -1,7 +1,8 @@
 #include "HLDCollection.h"
 
+#include "RegularFile.h"
+
 #include <QDir>
-#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -10,17 +11,30 @@ namespace nebra {
 
 HLDCollection::HLDCollection(const QString& catalogueFile)
 {
-    QFile file(catalogueFile);
-    if (!file.exists())
+    QByteArray content;
+    QString reason;
+    const RegularFile::Status status = RegularFile::read(catalogueFile, MaximumFileSize, content, reason);
+    if (status == RegularFile::Status::Missing)
         return;
     const QString shownName = QDir::toNativeSeparators(catalogueFile);
-    if (!file.open(QIODevice::ReadOnly)) {
-        m_error = QStringLiteral("The driver catalogue \"%1\" cannot be read: %2")
-                      .arg(shownName, file.errorString());
+    if (status != RegularFile::Status::Read) {
+        m_error = QStringLiteral("The driver catalogue \"%1\" cannot be read: %2").arg(shownName, reason);
         return;
     }
+    read(content, shownName);
+}
+
+HLDCollection HLDCollection::Parse(const QByteArray& content, const QString& shownName)
+{
+    HLDCollection collection;
+    collection.read(content, shownName);
+    return collection;
+}
+
+void HLDCollection::read(const QByteArray& content, const QString& shownName)
+{
     QJsonParseError parseError;
-    const QJsonDocument document = QJsonDocument::fromJson(file.readAll(), &parseError);
+    const QJsonDocument document = QJsonDocument::fromJson(content, &parseError);
     if (parseError.error != QJsonParseError::NoError ||
         !document.object().value(QLatin1String("drivers")).isArray()) {
         m_error = QStringLiteral("The driver catalogue \"%1\" is not a valid catalogue%2.")

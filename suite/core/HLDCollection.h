@@ -2,6 +2,7 @@
 
 #include "HLDElement.h"
 
+#include <QByteArray>
 #include <QList>
 #include <QString>
 
@@ -19,6 +20,11 @@ class HLDCollection
 public:
     HLDCollection() = default;
     explicit HLDCollection(const QString& catalogueFile);
+    // Reads a catalogue's text; shownName names it in errorString().
+    static HLDCollection Parse(const QByteArray& content, const QString& shownName);
+
+    // Far more than any suite installs; a larger file is refused unread.
+    static constexpr qint64 MaximumFileSize = 4 * 1024 * 1024;
 
     const QList<HLDElement>& Items() const { return m_items; }
     int Count() const { return int(m_items.size()); }
@@ -28,6 +34,8 @@ public:
     QString errorString() const { return m_error; }
 
 private:
+    void read(const QByteArray& content, const QString& shownName);
+
     QList<HLDElement> m_items;
     QString m_error;
 };

@@ -1,9 +1,10 @@
 #include "PlateLayout.h"
 
-#include <QFile>
-#include <QFileInfo>
+#include "RegularFile.h"
+
 #include <QStringDecoder>
 
+#include <algorithm>
 #include <cmath>
 
 namespace nebra {
@@ -24,7 +25,7 @@ struct Entry
 struct RawLayout
 {
     bool hasLayoutSection = false;
-    QString name;
+    Entry name;
     Entry rows;
     Entry columns;
     Entry version;
@@ -34,46 +35,78 @@ struct RawLayout
 
 QString atLine(int line, const QString& what)
 {
-    return QStringLiteral("Line %1: %2").arg(line).arg(what);
+    return QStringLiteral("Line %1: %2").arg(QString::number(line), what);
 }
 
-void keepLayoutValue(RawLayout& raw, const Entry& entry)
+bool keepOnce(Entry& kept, const Entry& entry, QString& error)
+{
+    if (kept.line != 0) {
+        error = atLine(entry.line, QStringLiteral("%1 is given a second time (first on line %2).")
+                                       .arg(entry.key, QString::number(kept.line)));
+        return false;
+    }
+    kept = entry;
+    return true;
+}
+
+bool keepLayoutValue(RawLayout& raw, const Entry& entry, QString& error)
 {
     const QString key = entry.key.toLower();
     if (key == QLatin1String("name"))
-        raw.name = entry.value;
-    else if (key == QLatin1String("rows"))
-        raw.rows = entry;
-    else if (key == QLatin1String("columns"))
-        raw.columns = entry;
-    else if (key == QLatin1String("version"))
-        raw.version = entry;
+        return keepOnce(raw.name, entry, error);
+    if (key == QLatin1String("rows"))
+        return keepOnce(raw.rows, entry, error);
+    if (key == QLatin1String("columns"))
+        return keepOnce(raw.columns, entry, error);
+    if (key == QLatin1String("version"))
+        return keepOnce(raw.version, entry, error);
     // Other keys belong to later versions of the format and are passed over.
+    return true;
 }
 
-// Splits the text into the [Layout] values and the [Wells] entries.
+enum class Section
+{
+    None,
+    Layout,
+    Wells,
+    Concentrations,
+    Other
+};
+
+// [Layout] opens the file and appears once: a second one would silently
+// change the plate under wells already read.
+bool enterSection(const QString& header, int line, Section& section, RawLayout& raw, QString& error)
+{
+    const QString name = header.mid(1, header.size() - 2).trimmed().toLower();
+    section = name == QLatin1String("layout")           ? Section::Layout
+              : name == QLatin1String("wells")          ? Section::Wells
+              : name == QLatin1String("concentrations") ? Section::Concentrations
+                                                        : Section::Other;
+    if (section != Section::Layout && !raw.hasLayoutSection) {
+        error = atLine(line, QStringLiteral("%1 comes before the [Layout] section.").arg(header));
+        return false;
+    }
+    if (section == Section::Layout && raw.hasLayoutSection) {
+        error = atLine(line, QStringLiteral("a second [Layout] section."));
+        return false;
+    }
+    raw.hasLayoutSection = true;
+    return true;
+}
+
+// Splits the text into the [Layout] values, the [Wells] and the
+// [Concentrations] entries.
 bool readSections(const QString& text, RawLayout& raw, QString& error)
 {
-    enum class Section
-    {
-        None,
-        Layout,
-        Wells,
-        Concentrations,
-        Other
-    } section = Section::None;
+    Section section = Section::None;
     const QStringList lines = text.split(QLatin1Char('\n'));
     for (int i = 0; i < lines.size(); ++i) {
         const QString line = lines[i].trimmed();
         if (line.isEmpty() || line.startsWith(QLatin1Char('#')) || line.startsWith(QLatin1Char(';')))
             continue;
         if (line.startsWith(QLatin1Char('[')) && line.endsWith(QLatin1Char(']'))) {
-            const QString name = line.mid(1, line.size() - 2).trimmed().toLower();
-            section = name == QLatin1String("layout")           ? Section::Layout
-                      : name == QLatin1String("wells")          ? Section::Wells
-                      : name == QLatin1String("concentrations") ? Section::Concentrations
-                                                                : Section::Other;
-            raw.hasLayoutSection = raw.hasLayoutSection || section == Section::Layout;
+            if (!enterSection(line, i + 1, section, raw, error))
+                return false;
             continue;
         }
         if (section == Section::Other)
@@ -86,12 +119,12 @@ bool readSections(const QString& text, RawLayout& raw, QString& error)
             return false;
         }
         const Entry entry{i + 1, line.left(equals).trimmed(), line.mid(equals + 1).trimmed()};
-        if (section == Section::Layout)
-            keepLayoutValue(raw, entry);
-        else if (section == Section::Wells)
+        if (section == Section::Wells)
             raw.wells.append(entry);
-        else
+        else if (section == Section::Concentrations)
             raw.concentrations.append(entry);
+        else if (!keepLayoutValue(raw, entry, error))
+            return false;
     }
     return true;
 }
@@ -119,9 +152,8 @@ bool wellOfPlate(const PlateLayout& layout, const Entry& entry, int& index, QStr
     if (!PlateLayout::parseWellName(entry.key, row, column) || row >= layout.rows() ||
         column >= layout.columns()) {
         error = atLine(entry.line, QStringLiteral("\"%1\" is not a well of a %2 x %3 plate.")
-                                       .arg(entry.key)
-                                       .arg(layout.rows())
-                                       .arg(layout.columns()));
+                                       .arg(entry.key, QString::number(layout.rows()),
+                                            QString::number(layout.columns())));
         return false;
     }
     index = row * layout.columns() + column;
@@ -222,21 +254,23 @@ PlateLayout::PlateLayout(const QString& name, int rows, int columns)
 
 std::optional<PlateLayout> PlateLayout::Load(const QString& path, QString& error)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        error = QStringLiteral("The file cannot be read: %1").arg(file.errorString());
-        return std::nullopt;
+    QByteArray text;
+    QString reason;
+    switch (RegularFile::read(path, MaximumFileSize, text, reason)) {
+    case RegularFile::Status::Read:
+        return Parse(text, error);
+    case RegularFile::Status::TooLarge:
+        error = QStringLiteral("The file is too large for a plate layout (more than %1 bytes).")
+                    .arg(MaximumFileSize);
+        break;
+    case RegularFile::Status::NotAFile:
+        error = QStringLiteral("This is not a file that can be read (a folder, pipe, socket or device).");
+        break;
+    default:
+        error = QStringLiteral("The file cannot be read: %1").arg(reason);
+        break;
     }
-    if (file.size() > MaximumFileSize) {
-        error = QStringLiteral("The file is too large for a plate layout (%1 bytes).").arg(file.size());
-        return std::nullopt;
-    }
-    const QByteArray text = file.read(MaximumFileSize + 1);
-    if (file.error() != QFileDevice::NoError) {
-        error = QStringLiteral("The file cannot be read: %1").arg(file.errorString());
-        return std::nullopt;
-    }
-    return Parse(text, error);
+    return std::nullopt;
 }
 
 std::optional<PlateLayout> PlateLayout::Parse(const QByteArray& bytes, QString& error)
@@ -262,11 +296,10 @@ std::optional<PlateLayout> PlateLayout::Parse(const QByteArray& bytes, QString& 
     if (!isSupported(rows, columns)) {
         error = QStringLiteral("A plate of %1 x %2 wells is not supported (plates of 6, 12, 24, 48, 96, 384 "
                                "and 1536 wells are).")
-                    .arg(rows)
-                    .arg(columns);
+                    .arg(QString::number(rows), QString::number(columns));
         return std::nullopt;
     }
-    PlateLayout layout(raw.name, rows, columns);
+    PlateLayout layout(raw.name.value, rows, columns);
     QList<bool> listed(layout.wellCount(), false);
     for (const Entry& entry : std::as_const(raw.wells))
         if (!placeWell(layout, entry, listed, error))
@@ -301,18 +334,21 @@ QString PlateLayout::wellName(int row, int column)
 
 bool PlateLayout::parseWellName(const QString& name, int& row, int& column)
 {
-    const QString upper = name.trimmed().toUpper();
+    // Only ASCII letters and digits are looked at: case folding first would
+    // turn some other letters (a dotless i, for one) into A to Z.
+    const QString trimmed = name.trimmed();
+    const auto isLetter = [](QChar c) { return (c >= u'A' && c <= u'Z') || (c >= u'a' && c <= u'z'); };
+    const auto isDigit = [](QChar c) { return c >= u'0' && c <= u'9'; };
     qsizetype letters = 0;
-    while (letters < upper.size() && upper[letters] >= QLatin1Char('A') && upper[letters] <= QLatin1Char('Z'))
+    while (letters < trimmed.size() && isLetter(trimmed[letters]))
         ++letters;
-    if (letters == 0 || letters == upper.size())
+    const QStringView number = QStringView(trimmed).mid(letters);
+    // The column is written as a plain number: no sign, no leading zero.
+    if (letters == 0 || number.isEmpty() || number.size() > 4 || number[0] == u'0' ||
+        !std::all_of(number.begin(), number.end(), isDigit))
         return false;
-    bool ok = false;
-    const int number = QStringView(upper).mid(letters).toInt(&ok);
-    if (!ok || number < 1 || !upper[letters].isDigit())
-        return false;
-    row = lettersToRow(QStringView(upper).left(letters));
-    column = number - 1;
+    row = lettersToRow(QStringView(trimmed).left(letters).toString().toUpper());
+    column = number.toInt() - 1;
     return row >= 0;
 }
 

@@ -59,6 +59,7 @@ void PlateLayoutViewer::setPlateLayout(const PlateLayout& layout)
 {
     m_layout = layout;
     m_labels.clear();
+    m_title = {};
     m_error.clear();
     describe();
     update();
@@ -84,10 +85,9 @@ void PlateLayoutViewer::describe()
 {
     if (m_layout)
         setAccessibleDescription(QStringLiteral("%1: %2 wells, %3 rows by %4 columns")
-                                     .arg(m_layout->name())
-                                     .arg(m_layout->wellCount())
-                                     .arg(m_layout->rows())
-                                     .arg(m_layout->columns()));
+                                     .arg(m_layout->name(), QString::number(m_layout->wellCount()),
+                                          QString::number(m_layout->rows()),
+                                          QString::number(m_layout->columns())));
     else
         setAccessibleDescription(m_error.isEmpty() ? QString()
                                                    : unreadableTitle() + QStringLiteral(": ") + m_error);
@@ -108,6 +108,16 @@ QColor PlateLayoutViewer::roleColour(WellRole role)
         break;
     }
     return Qt::white;
+}
+
+const QString& PlateLayoutViewer::elidedTitle(const QFont& font, double width) const
+{
+    if (width != m_title.width || font != m_title.font) {
+        m_title.text = QFontMetricsF(font).elidedText(m_layout->name(), Qt::ElideRight, width);
+        m_title.width = width;
+        m_title.font = font;
+    }
+    return m_title.text;
 }
 
 PlateLayoutViewer::Geometry PlateLayoutViewer::geometry() const
@@ -140,9 +150,7 @@ void PlateLayoutViewer::paintEvent(QPaintEvent*)
     const Geometry g = geometry();
     painter.setPen(palette().color(QPalette::WindowText));
     painter.setFont(pixelFont(font(), QFontMetricsF(font()).ascent(), true));
-    painter.drawText(
-        g.title, Qt::AlignLeft | Qt::AlignVCenter,
-        QFontMetricsF(painter.font()).elidedText(m_layout->name(), Qt::ElideRight, g.title.width()));
+    painter.drawText(g.title, Qt::AlignLeft | Qt::AlignVCenter, elidedTitle(painter.font(), g.title.width()));
     if (g.cell < 1)
         return;
     drawPlate(painter, g);

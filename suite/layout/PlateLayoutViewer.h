@@ -3,6 +3,7 @@
 #include "PlateLayout.h"
 
 #include <QColor>
+#include <QFont>
 #include <QImage>
 #include <QList>
 #include <QStaticText>
@@ -41,6 +42,10 @@ public:
     static QColor roleColour(WellRole role);
     static QString unreadableTitle() { return QStringLiteral("Cannot display this layout"); }
 
+    // The layout's name as the last paint showed it above the plate, elided
+    // to the title's width; empty before the first paint.
+    QString shownTitle() const { return m_title.text; }
+
     // The well under a point of the widget, as "B3"; empty when there is none.
     QString wellAt(const QPoint& point) const;
 
@@ -68,6 +73,7 @@ private:
     void drawLegend(QPainter& painter, const Geometry& g) const;
     void drawError(QPainter& painter) const;
     void describe();
+    const QString& elidedTitle(const QFont& font, double width) const;
     static QImage wellSprite(const QColor& fill, double diameter, double outlineWidth, qreal ratio);
 
     QColor m_bkColour = Qt::white;
@@ -75,6 +81,15 @@ private:
     QString m_error;
     mutable QList<QStaticText> m_labels; // the wells' labels, laid out for m_labelCell
     mutable double m_labelCell = 0;
+    // Eliding a long name costs far more than drawing the plate, so the
+    // elided title is kept until the width, the font or the layout changes.
+    struct ElidedTitle
+    {
+        QString text;
+        double width = -1;
+        QFont font;
+    };
+    mutable ElidedTitle m_title;
 };
 
 } // namespace nebra

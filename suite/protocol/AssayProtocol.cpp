@@ -1,8 +1,8 @@
 #include "AssayProtocol.h"
 
 #include "ProtocolReader.h"
+#include "RegularFile.h"
 
-#include <QFile>
 #include <QStringDecoder>
 
 namespace nebra {
@@ -16,7 +16,9 @@ QString wholeOrDecimal(double value)
 
 QString timingSummary(const ReadSettings& s)
 {
-    return s.kinetic ? QStringLiteral(", %1 reads every %2 s").arg(s.reads).arg(s.interval) : QString();
+    return s.kinetic ? QStringLiteral(", %1 reads every %2 s")
+                           .arg(QString::number(s.reads), QString::number(s.interval))
+                     : QString();
 }
 
 QString escaped(const QString& text)
@@ -55,7 +57,8 @@ QString ReadSettings::Summary() const
             text += QStringLiteral(", reference %1 nm").arg(referenceWavelength);
         break;
     case Mode::Fluorescence:
-        text = QStringLiteral("Fluorescence Ex %1 nm / Em %2 nm").arg(excitation).arg(emission);
+        text = QStringLiteral("Fluorescence Ex %1 nm / Em %2 nm")
+                   .arg(QString::number(excitation), QString::number(emission));
         break;
     case Mode::Luminescence:
         text = QStringLiteral("Luminescence, %1 ms").arg(integrationTime);
@@ -66,16 +69,19 @@ QString ReadSettings::Summary() const
 
 std::optional<AssayProtocol> AssayProtocol::Load(const QString& path, QString& error)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        error = QStringLiteral("The protocol cannot be read: %1").arg(file.errorString());
-        return std::nullopt;
-    }
-    if (file.size() > MaximumFileSize) {
+    QByteArray content;
+    QString reason;
+    switch (RegularFile::read(path, MaximumFileSize, content, reason)) {
+    case RegularFile::Status::Read:
+        return Parse(content, error);
+    case RegularFile::Status::TooLarge:
         error = QStringLiteral("The file is too large to be a protocol.");
-        return std::nullopt;
+        break;
+    default:
+        error = QStringLiteral("The protocol cannot be read: %1").arg(reason);
+        break;
     }
-    return Parse(file.readAll(), error);
+    return std::nullopt;
 }
 
 std::optional<AssayProtocol> AssayProtocol::Parse(const QByteArray& content, QString& error)
@@ -105,13 +111,14 @@ QByteArray AssayProtocol::Serialise() const
             if (s.referenceWavelength > 0)
                 text += QStringLiteral("ReferenceWavelength=%1\n").arg(s.referenceWavelength);
         } else if (s.mode == ReadSettings::Mode::Fluorescence) {
-            text += QStringLiteral("Excitation=%1\nEmission=%2\n").arg(s.excitation).arg(s.emission);
+            text += QStringLiteral("Excitation=%1\nEmission=%2\n")
+                        .arg(QString::number(s.excitation), QString::number(s.emission));
         } else {
             text += QStringLiteral("IntegrationTime=%1\n").arg(s.integrationTime);
         }
-        text += s.kinetic
-                    ? QStringLiteral("Timing=Kinetic\nReads=%1\nInterval=%2\n").arg(s.reads).arg(s.interval)
-                    : QStringLiteral("Timing=End point\n");
+        text += s.kinetic ? QStringLiteral("Timing=Kinetic\nReads=%1\nInterval=%2\n")
+                                .arg(QString::number(s.reads), QString::number(s.interval))
+                          : QStringLiteral("Timing=End point\n");
         text += QStringLiteral("Shaking=%1\n").arg(ReadSettings::shakingName(s.shaking));
         if (s.shaking != ReadSettings::Shaking::None)
             text += QStringLiteral("ShakingTime=%1\n").arg(s.shakingTime);
@@ -132,8 +139,8 @@ QByteArray AssayProtocol::PreviewPage() const
                     .arg(settings->shaking == ReadSettings::Shaking::None
                              ? QStringLiteral("None")
                              : QStringLiteral("%1, %2 s")
-                                   .arg(ReadSettings::shakingName(settings->shaking))
-                                   .arg(settings->shakingTime),
+                                   .arg(ReadSettings::shakingName(settings->shaking),
+                                        QString::number(settings->shakingTime)),
                          settings->temperature
                              ? wholeOrDecimal(*settings->temperature) + QStringLiteral(" &deg;C")
                              : QStringLiteral("Ambient"));

@@ -6,7 +6,7 @@ namespace {
 
 QString atLine(int line, const QString& what)
 {
-    return QStringLiteral("Line %1: %2").arg(line).arg(what);
+    return QStringLiteral("Line %1: %2").arg(QString::number(line), what);
 }
 
 } // namespace
@@ -209,9 +209,7 @@ bool ProtocolReader::number(const char* key, int low, int high, int& out, QStrin
     const int parsed = value.text.toInt(&ok);
     if (!ok || parsed < low || parsed > high) {
         const QString what = QStringLiteral("%1 must be a whole number from %2 to %3.")
-                                 .arg(QLatin1String(key))
-                                 .arg(low)
-                                 .arg(high);
+                                 .arg(QLatin1String(key), QString::number(low), QString::number(high));
         error = value.line ? atLine(value.line, what)
                            : atLine(m_readLine, QStringLiteral("[Read] gives no ") + what);
         return false;

@@ -234,11 +234,11 @@ AuditVerification AuditTrail::verifyChain(const AuditChainHead::Record& head,
     const bool read = forEachEntry(
         [&](const AuditEntry& entry) {
             if (entry.sequence != expected)
-                return fail(expected, expected + 1 == entry.sequence
-                                          ? QStringLiteral("Entry %1 is missing.").arg(expected)
-                                          : QStringLiteral("Entries %1 to %2 are missing.")
-                                                .arg(expected)
-                                                .arg(entry.sequence - 1));
+                return fail(expected,
+                            expected + 1 == entry.sequence
+                                ? QStringLiteral("Entry %1 is missing.").arg(expected)
+                                : QStringLiteral("Entries %1 to %2 are missing.")
+                                      .arg(QString::number(expected), QString::number(entry.sequence - 1)));
             if (!m_key.verify(entry.mac, entryMessage(entry, previousMac)))
                 return fail(entry.sequence, QStringLiteral("Entry %1 has been altered, or entries have been "
                                                            "moved or inserted before it.")
@@ -299,8 +299,7 @@ AuditVerification AuditTrail::verify(const std::optional<AuditAnchor>& anchor) c
                 count,
                 count + 1,
                 QStringLiteral("Entries %1 to %2 are missing: the newest entries have been cut off.")
-                    .arg(count + 1)
-                    .arg(head.count),
+                    .arg(QString::number(count + 1), QString::number(head.count)),
                 {}};
     return {true, count, 0, QStringLiteral("The audit trail holds %1 entries; all are intact.").arg(count),
             chain.newestMac};

@@ -1,7 +1,8 @@
 #include "WizardCatalogue.h"
 
+#include "RegularFile.h"
+
 #include <QDir>
-#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -10,16 +11,24 @@ namespace nebra {
 
 WizardCatalogue::WizardCatalogue(const QString& catalogueFile)
 {
-    QFile file(catalogueFile);
-    if (!file.exists())
+    QByteArray content;
+    QString reason;
+    const RegularFile::Status status = RegularFile::read(catalogueFile, MaximumFileSize, content, reason);
+    if (status == RegularFile::Status::Missing)
         return;
     const QString shownName = QDir::toNativeSeparators(catalogueFile);
-    if (!file.open(QIODevice::ReadOnly)) {
-        m_error = QStringLiteral("The wizard catalogue \"%1\" cannot be read: %2")
-                      .arg(shownName, file.errorString());
+    if (status != RegularFile::Status::Read) {
+        m_error = QStringLiteral("The wizard catalogue \"%1\" cannot be read: %2").arg(shownName, reason);
         return;
     }
-    read(file.readAll(), shownName);
+    read(content, shownName);
+}
+
+WizardCatalogue WizardCatalogue::Parse(const QByteArray& content, const QString& shownName)
+{
+    WizardCatalogue catalogue;
+    catalogue.read(content, shownName);
+    return catalogue;
 }
 
 void WizardCatalogue::read(const QByteArray& content, const QString& shownName)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QList>
 #include <QString>
 
@@ -41,6 +42,11 @@ class WizardCatalogue
 public:
     WizardCatalogue() = default;
     explicit WizardCatalogue(const QString& catalogueFile);
+    // Reads a catalogue's text; shownName names it in errorString().
+    static WizardCatalogue Parse(const QByteArray& content, const QString& shownName);
+
+    // Far more than any suite installs; a larger file is refused unread.
+    static constexpr qint64 MaximumFileSize = 4 * 1024 * 1024;
 
     const WizardCollection& Wizards() const { return m_wizards; }
     QString errorString() const { return m_error; }

@@ -2,6 +2,7 @@
 #include "BrowserControl.h"
 #include "PlateLayoutViewer.h"
 #include "SettingsStore.h"
+#include "SpecialFiles.h"
 #include "SuitePaths.h"
 #include "TestFiles.h"
 #include "UserFolders.h"
@@ -124,6 +125,7 @@ private Q_SLOTS:
         const PreviewItem layout{example(QStringLiteral("Microplate Layouts/Kinetic 384.mlo")), false};
         m_pane->ShowPreview(&layout);
         QVERIFY(m_viewer->isVisible());
+        QVERIFY2(m_viewer->hasPlateLayout(), qPrintable(m_viewer->errorText()));
         QCOMPARE(m_viewer->plateLayout()->wellCount(), 384);
         QCOMPARE(states.count(), 0); // the browser is left alone
 
@@ -160,6 +162,59 @@ private Q_SLOTS:
         m_pane->ShowPreview(&corrupt);
         QCOMPARE(m_pane->CurrentPage(), m_paths->PreviewFileFor(corrupt.path));
         QVERIFY(m_browser->WaitUntilComplete());
+    }
+
+    // A pipe or a socket given a document's name, or its preview's, is never
+    // opened: the pane shows why it cannot show a layout, or the
+    // preview-not-available page.
+    void pipesAndSocketsNeverHangThePane_data()
+    {
+        QTest::addColumn<int>("type");
+        QTest::addColumn<QString>("extension");
+        QTest::addColumn<QString>("special");
+        for (const auto& [type, extension] : {std::pair{1, "daq"}, {2, "mlo"}, {3, "apr"}, {4, "ars"}}) {
+            QTest::addRow("%s pipe", extension) << type << extension << "pipe";
+            QTest::addRow("%s socket", extension) << type << extension << "socket";
+            if (type != 2)
+                QTest::addRow("%s beside a pipe preview", extension) << type << extension << "preview pipe";
+        }
+    }
+
+    void pipesAndSocketsNeverHangThePane()
+    {
+        QFETCH(int, type);
+        QFETCH(QString, extension);
+        QFETCH(QString, special);
+        m_type = type;
+        const QString document = m_folders.root() + QStringLiteral("/Special.") + extension;
+        const QString preview = m_paths->PreviewFileFor(document);
+        QFile::remove(document);
+        QFile::remove(preview);
+        std::unique_ptr<test::BoundSocket> socket;
+        if (special == QLatin1String("socket")) {
+            socket = std::make_unique<test::BoundSocket>(document);
+            QVERIFY(socket->isBound());
+        } else if (special == QLatin1String("pipe")) {
+            test::makeFifo(document);
+        } else {
+            test::writeFile(document, "<p>document</p>");
+            test::makeFifo(preview);
+        }
+        // A fresh preview beside a special document: the age check must not open the document.
+        if (type != 2 && special != QLatin1String("preview pipe"))
+            test::writeFile(preview, "<p>preview</p>");
+        const test::PipeWatchdog watchdog(special == QLatin1String("preview pipe") ? preview : document);
+        m_pane->setWaitUntilLoaded(true);
+        const PreviewItem item{document, false};
+        m_pane->ShowPreview(&item);
+        QVERIFY2(!watchdog.released(), "the pane blocked on the pipe");
+        if (type == 2) {
+            QVERIFY(m_viewer->isVisible() && !m_viewer->hasPlateLayout());
+            QVERIFY2(m_viewer->errorText().contains(QLatin1String("not a file that can be read")),
+                     qPrintable(m_viewer->errorText()));
+        } else {
+            QCOMPARE(m_pane->CurrentPage(), m_pane->PreviewNotAvailablePage());
+        }
     }
 };
 

@@ -1,6 +1,7 @@
 #include "SuitePaths.h"
 #include "HLDCollection.h"
 #include "SettingsStore.h"
+#include "SpecialFiles.h"
 #include "TestFiles.h"
 
 #include <QCoreApplication>
@@ -114,6 +115,18 @@ private Q_SLOTS:
         QCOMPARE(read, names);
         QCOMPARE(!drivers.errorString().isEmpty(), error);
         QCOMPARE(HLDCollection(dir.filePath("missing.json")).Count(), 0);
+    }
+
+    void aDriverCatalogueThatIsAPipeIsRefusedWithoutBlocking()
+    {
+        QTemporaryDir dir;
+        nebra::test::makeFifo(dir.filePath("drivers.json"));
+        const nebra::test::PipeWatchdog watchdog(dir.filePath("drivers.json"));
+        const HLDCollection drivers(dir.filePath("drivers.json"));
+        QVERIFY2(!watchdog.released(), "the reader blocked on the pipe");
+        QCOMPARE(drivers.Count(), 0);
+        QVERIFY2(drivers.errorString().endsWith(QLatin1String("cannot be read: it is not a regular file")),
+                 qPrintable(drivers.errorString()));
     }
 
     void shippedCatalogueListsTheExampleDrivers()

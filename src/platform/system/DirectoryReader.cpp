@@ -16,6 +16,13 @@ namespace nebra {
 
 namespace {
 
+// Pipes, sockets and devices hold no document: none of the suite's programs
+// can open one, and reading a pipe would block until someone writes to it.
+inline bool isSpecial(mode_t mode)
+{
+    return S_ISFIFO(mode) || S_ISSOCK(mode) || S_ISCHR(mode) || S_ISBLK(mode);
+}
+
 inline bool isDotOrDotDot(const char* name)
 {
     return name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0'));
@@ -200,7 +207,8 @@ DirectoryReader::FileListing DirectoryReader::files(const QByteArray& folder, co
         if (::fstatat(fd, name, &st, 0) != 0 && ::fstatat(fd, name, &st, AT_SYMLINK_NOFOLLOW) != 0)
             continue; // vanished while we looked
         const bool isFolder = S_ISDIR(st.st_mode);
-        if (!isFolder && type != DT_REG && !filter.matches(name, std::strlen(name)))
+        if (isSpecial(st.st_mode) ||
+            (!isFolder && type != DT_REG && !filter.matches(name, std::strlen(name))))
             continue;
         listing.records.push_back({QString::fromUtf8(name), qint64(st.st_mtim.tv_sec),
                                    qint32(st.st_mtim.tv_nsec), qint64(st.st_size), isFolder});

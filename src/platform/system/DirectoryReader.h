@@ -105,7 +105,8 @@ public:
 
     // Every subfolder and every file whose name the filter matches, with its
     // raw modification time (st_mtim) and size; links are followed, a
-    // broken link is listed as itself. "." and ".." are left out.
+    // broken link is listed as itself. "." and ".." are left out, and so are
+    // pipes, sockets and devices (also when a link leads to one).
     static FileListing files(const QByteArray& folder, const WildcardFilter& filter);
 };
 

@@ -1,4 +1,5 @@
 #include "DirectoryReader.h"
+#include "SpecialFiles.h"
 #include "TestFiles.h"
 #include "WildcardFilter.h"
 
@@ -84,6 +85,28 @@ private Q_SLOTS:
 
         const auto all = DirectoryReader::files(encoded(dir.path()), WildcardFilter(QStringLiteral("*.*")));
         QCOMPARE(all.records.size(), size_t(6)); // "no extension" too
+    }
+
+    // No program of the suite can open a pipe, a socket or a device, and
+    // reading a pipe blocks: none is listed, whatever its name.
+    void pipesSocketsAndDevicesAreNotListed()
+    {
+        QTemporaryDir dir;
+        writeFile(dir.filePath("a.mlo"));
+        test::makeFifo(dir.filePath("pipe.mlo"));
+        const test::BoundSocket socket(dir.filePath("socket.mlo"));
+        QVERIFY(socket.isBound());
+        QVERIFY(QFile::link(dir.filePath("pipe.mlo"), dir.filePath("link to pipe.mlo")));
+        QVERIFY(QFile::link(QStringLiteral("/dev/null"), dir.filePath("device.mlo")));
+        QVERIFY(QFile::link(dir.filePath("gone.mlo"), dir.filePath("broken.mlo")));
+        for (const char* filter : {"*.mlo", "*.*"}) {
+            QStringList names;
+            for (const auto& record :
+                 DirectoryReader::files(encoded(dir.path()), WildcardFilter(QLatin1String(filter))).records)
+                names << record.name;
+            names.sort();
+            QCOMPARE(names, (QStringList{QStringLiteral("a.mlo"), QStringLiteral("broken.mlo")}));
+        }
     }
 
     // Link loops are recognised by these identities, taken from the listing

@@ -1,6 +1,8 @@
 #include "PlateLayout.h"
+#include "SpecialFiles.h"
 
 #include <QDir>
+#include <QTemporaryDir>
 #include <QtTest>
 
 using namespace nebra;
@@ -68,6 +70,30 @@ private Q_SLOTS:
                                     << "Line 7: well a1 is listed twice";
         QTest::newRow("line without =") << plate(8, 12, "A1 sample\n") << "expected name=value";
         QTest::newRow("binary") << QByteArray("[Layout]\0\xff\xfe", 11) << "UTF-8";
+        // The well name is quoted as written, never read as a placeholder.
+        QTest::newRow("placeholder as a well")
+            << plate(8, 12, "%1=sample\n") << "Line 6: \"%1\" is not a well of a 8 x 12 plate.";
+        QTest::newRow("placeholder as a role") << plate(8, 12, "A1=%2 and %1\n") << "Line 6: \"%2 and %1\"";
+        QTest::newRow("[Wells] first") << QByteArray("[Wells]\nA1=sample\n[Layout]\nRows=8\nColumns=12\n")
+                                       << "Line 1: [Wells] comes before the [Layout] section.";
+        QTest::newRow("other section first")
+            << QByteArray("[Notes]\nx=y\n[Layout]\nRows=8\nColumns=12\n") << "Line 1: [Notes] comes before";
+        QTest::newRow("second [Layout]") << plate(8, 12, "A1=sample\n[Layout]\nRows=32\nColumns=48\n")
+                                         << "Line 7: a second [Layout] section.";
+        QTest::newRow("rows twice") << QByteArray("[Layout]\nRows=8\nColumns=12\nrows=16\n")
+                                    << "Line 4: rows is given a second time (first on line 2).";
+        // toUpper() would fold these into A to Z and digits into a number.
+        QTest::newRow("dotless i") << plate(16, 24,
+                                            "\xc4\xb1"
+                                            "1=sample\n")
+                                   << "is not a well of a 16 x 24";
+        QTest::newRow("long s") << plate(32, 48,
+                                         "\xc5\xbf"
+                                         "1=sample\n")
+                                << "is not a well of a 32 x 48";
+        QTest::newRow("Arabic-Indic digit") << plate(8, 12, "A\xd9\xa1=sample\n") << "is not a well";
+        QTest::newRow("leading zero") << plate(8, 12, "A01=sample\n") << "\"A01\" is not a well";
+        QTest::newRow("signed column") << plate(8, 12, "A+1=sample\n") << "\"A+1\" is not a well";
     }
 
     void malformedLayoutsAreRefusedWithTheReason()
@@ -77,6 +103,74 @@ private Q_SLOTS:
         QString error;
         QVERIFY(!PlateLayout::Parse(text, error));
         QVERIFY2(error.contains(reason), qPrintable(error));
+    }
+
+    void unknownSectionsAndKeysAfterTheLayoutArePassedOver()
+    {
+        QString error;
+        const auto layout = PlateLayout::Parse("\xef\xbb\xbf[layout]\r\nName=N\r\nRows=2\r\nColumns="
+                                               "3\r\nOwner=x\r\n[Notes]\r\nb3=?\r\n[WELLS]\r\nb3=blank\r\n",
+                                               error);
+        QVERIFY2(layout, qPrintable(error));
+        QCOMPARE(layout->name(), QStringLiteral("N"));
+        QCOMPARE(layout->well(1, 2).role, WellRole::Blank);
+    }
+
+    void everyWellNameOfTheLargestPlateReadsBack()
+    {
+        for (int r = 0; r < 32; ++r)
+            for (int c = 0; c < 48; ++c) {
+                int row = -1;
+                int column = -1;
+                const QString name = PlateLayout::wellName(r, c);
+                QVERIFY2(PlateLayout::parseWellName(name.toLower(), row, column), qPrintable(name));
+                QCOMPARE(std::pair(row, column), std::pair(r, c));
+            }
+    }
+
+    // A file over the limit is refused whatever its content; a valid layout
+    // padded to exactly the limit is read.
+    void theSizeLimitIsJudgedOnWhatWasRead_data()
+    {
+        QTest::addColumn<qint64>("size");
+        QTest::addColumn<bool>("read");
+        QTest::newRow("at the limit") << PlateLayout::MaximumFileSize << true;
+        QTest::newRow("one byte over") << PlateLayout::MaximumFileSize + 1 << false;
+    }
+
+    void theSizeLimitIsJudgedOnWhatWasRead()
+    {
+        QFETCH(qint64, size);
+        QFETCH(bool, read);
+        QTemporaryDir dir;
+        QByteArray text = plate(8, 12, "A1=sample\n# ");
+        text += QByteArray(size - text.size() - 1, 'x') + '\n';
+        QFile file(dir.filePath("big.mlo"));
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(text) == size);
+        file.close();
+        QString error;
+        QCOMPARE(bool(PlateLayout::Load(file.fileName(), error)), read);
+        QVERIFY2(read == error.isEmpty(), qPrintable(error));
+        if (!read)
+            QCOMPARE(error,
+                     QStringLiteral("The file is too large for a plate layout (more than 1048576 bytes)."));
+    }
+
+    void pipesAndSocketsAreRefusedWithoutBlocking()
+    {
+        QTemporaryDir dir;
+        test::makeFifo(dir.filePath("pipe.mlo"));
+        const test::BoundSocket socket(dir.filePath("socket.mlo"));
+        QVERIFY(socket.isBound());
+        QVERIFY(QFile::link(dir.filePath("pipe.mlo"), dir.filePath("link.mlo")));
+        const test::PipeWatchdog watchdog(dir.filePath("pipe.mlo"));
+        for (const char* name : {"pipe.mlo", "socket.mlo", "link.mlo"}) {
+            QString error;
+            QVERIFY(!PlateLayout::Load(dir.filePath(name), error));
+            QCOMPARE(error, QStringLiteral(
+                                "This is not a file that can be read (a folder, pipe, socket or device)."));
+        }
+        QVERIFY2(!watchdog.released(), "the reader blocked on the pipe");
     }
 };
 

@@ -39,6 +39,34 @@ private Q_SLOTS:
         QCOMPARE(viewer.wellAt(QPoint(1199, 799)), QString());
         QVERIFY(!viewer.wellAt(QPoint(600, 400)).isEmpty());
     }
+
+    void aNameIsShownAsWrittenEvenWithPlaceholders()
+    {
+        PlateLayoutViewer viewer;
+        viewer.setPlateLayout(PlateLayout(QStringLiteral("%2 and %1"), 8, 12));
+        QCOMPARE(viewer.accessibleDescription(), QStringLiteral("%2 and %1: 96 wells, 8 rows by 12 columns"));
+    }
+
+    // The elided title is kept between paints; it must still follow the
+    // width and the layout.
+    void theTitleFollowsTheWidthAndTheLayout()
+    {
+        PlateLayoutViewer viewer;
+        const QString longName = QStringLiteral("Standard curve ").repeated(20000); // 300 000 characters
+        viewer.setPlateLayout(PlateLayout(longName, 8, 12));
+        viewer.resize(300, 220);
+        viewer.grab();
+        const QString narrow = viewer.shownTitle();
+        QVERIFY(narrow.endsWith(QChar(0x2026)) && narrow.size() < 60);
+        viewer.resize(1200, 800);
+        viewer.grab();
+        const QString wide = viewer.shownTitle();
+        QVERIFY(wide.endsWith(QChar(0x2026)) && wide.size() > narrow.size());
+        QCOMPARE(wide.left(narrow.size() - 1), narrow.chopped(1));
+        viewer.setPlateLayout(PlateLayout(QStringLiteral("Short"), 8, 12));
+        viewer.grab();
+        QCOMPARE(viewer.shownTitle(), QStringLiteral("Short"));
+    }
 };
 
 QTEST_MAIN(PlateLayoutViewerTest)

@@ -1,6 +1,8 @@
 #include "AssayProtocol.h"
+#include "SpecialFiles.h"
 
 #include <QDir>
+#include <QTemporaryDir>
 #include <QtTest>
 
 using namespace nebra;
@@ -122,6 +124,21 @@ private Q_SLOTS:
             AssayProtocol::Parse("\xEF\xBB\xBF" + Head + "Extra=1\n[Plate map]\nwhatever\n", error);
         QVERIFY2(protocol, qPrintable(error));
         QCOMPARE(protocol->units, QStringLiteral("U"));
+    }
+
+    void aPipeOrSocketIsRefusedWithoutBlocking()
+    {
+        QTemporaryDir dir;
+        test::makeFifo(dir.filePath("pipe.apr"));
+        const test::BoundSocket socket(dir.filePath("socket.apr"));
+        QVERIFY(socket.isBound());
+        const test::PipeWatchdog watchdog(dir.filePath("pipe.apr"));
+        for (const char* name : {"pipe.apr", "socket.apr"}) {
+            QString error;
+            QVERIFY(!AssayProtocol::Load(dir.filePath(name), error));
+            QCOMPARE(error, QStringLiteral("The protocol cannot be read: it is not a regular file"));
+        }
+        QVERIFY2(!watchdog.released(), "the reader blocked on the pipe");
     }
 };
 

@@ -2,6 +2,7 @@
 #include "AssayProtocol.h"
 #include "AssayProtocolWizard.h"
 #include "PlateLayoutViewer.h"
+#include "SpecialFiles.h"
 #include "WizardPlugins.h"
 
 #include <QAbstractButton>
@@ -119,8 +120,28 @@ private Q_SLOTS:
         QCOMPARE(control<QListWidget>("lstLayouts")->count(), 3);
         QCOMPARE(control<QListWidget>("lstLayouts")->currentItem()->text(),
                  QStringLiteral("Kinetic 384.mlo"));
-        QCOMPARE(control<PlateLayoutViewer>("PlateLayoutViewer1")->plateLayout()->rows(), 16);
+        const auto* viewer = control<PlateLayoutViewer>("PlateLayoutViewer1");
+        QVERIFY2(viewer->hasPlateLayout(), qPrintable(viewer->errorText()));
+        QCOMPARE(viewer->plateLayout()->rows(), 16);
         QVERIFY(nextEnabled());
+    }
+
+    // A pipe or a socket named like a layout is not offered, even when it
+    // is the layout asked for, and nothing waits on the pipe.
+    void pipesAndSocketsAreNotOffered()
+    {
+        test::makeFifo(layouts() + QStringLiteral("/A pipe.mlo"));
+        const test::BoundSocket socket(layouts() + QStringLiteral("/A socket.mlo"));
+        QVERIFY(socket.isBound());
+        const test::PipeWatchdog watchdog(layouts() + QStringLiteral("/A pipe.mlo"));
+        start(QStringLiteral("A pipe.mlo"));
+        control<QLineEdit>("txtProtocolName")->setText(QStringLiteral("A"));
+        m_wizard->next();
+        QCOMPARE(control<QListWidget>("lstLayouts")->count(), 3);
+        QVERIFY(control<QListWidget>("lstLayouts")
+                    ->findItems(QStringLiteral("A "), Qt::MatchStartsWith)
+                    .isEmpty());
+        QVERIFY2(!watchdog.released(), "the wizard blocked on the pipe");
     }
 
     void noLayoutsMeansNoWayOn()

@@ -1,4 +1,5 @@
 #include "WizardCatalogue.h"
+#include "SpecialFiles.h"
 
 #include <QTemporaryDir>
 #include <QtTest>
@@ -61,6 +62,20 @@ private Q_SLOTS:
         const WizardCatalogue catalogue(QStringLiteral("/nonexistent/wizards.json"));
         QCOMPARE(catalogue.Wizards().Count(), 0);
         QVERIFY(catalogue.errorString().isEmpty());
+    }
+
+    void aPipeIsRefusedWithoutBlocking()
+    {
+        QTemporaryDir dir;
+        test::makeFifo(dir.filePath("wizards.json"));
+        const test::PipeWatchdog watchdog(dir.filePath("wizards.json"));
+        const WizardCatalogue catalogue(dir.filePath("wizards.json"));
+        QVERIFY2(!watchdog.released(), "the reader blocked on the pipe");
+        QCOMPARE(catalogue.Wizards().Count(), 0);
+        QCOMPARE(catalogue.errorString(),
+                 QStringLiteral("The wizard catalogue \"%1\" cannot be read: it is not a "
+                                "regular file")
+                     .arg(dir.filePath("wizards.json")));
     }
 
     void installedCatalogueListsGenericFirst()
