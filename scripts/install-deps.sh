@@ -10,6 +10,7 @@ packages=(
   qt6-webengine-dev qt6-webengine-dev-tools
   qt6-tools-dev qt6-tools-dev-tools qt6-l10n-tools
   libsodium-dev libgl-dev libvulkan-dev
+  postgresql libqt6sql6-psql
   xvfb xauth openbox fonts-dejavu-core
 )
 
