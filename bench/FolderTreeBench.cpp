@@ -96,7 +96,9 @@ double organiserBuild(const QString& results, int& nodes)
     branch.setFolderPath(results);
     branch.setData(4);
     branch.setDisplayFlagA(true);
-    FolderBranches(control.nodes(), [] { return 0xff000000u; }).AddSubFolderNodes(results, branch, 4);
+    FolderBranches(control.nodes(), [] {
+        return 0xff000000u;
+    }).AddSubFolderNodes(results, branch, FolderKind::Results);
     control.endUpdate();
     control.grab(); // lays out and paints the visible rows
     nodes = control.count() - 1;
@@ -133,7 +135,7 @@ void run(const QString& work, int folders, int rounds)
         FolderTreeModel model;
         const FolderNode branch = model.addNode(QStringLiteral("Results"));
         model.beginUpdate();
-        FolderBranches(model, [] { return 0u; }).AddSubFolderNodes(results, branch, 4);
+        FolderBranches(model, [] { return 0u; }).AddSubFolderNodes(results, branch, FolderKind::Results);
         model.endUpdate();
         const size_t after = heapInUse();
         std::printf("  node store: %.0f bytes per folder node\n",

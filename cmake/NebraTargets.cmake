@@ -54,6 +54,32 @@ function(nebra_check_widget_free_targets)
     endforeach()
 endfunction()
 
+# The subsystems sit between the platform and the shell: none of their
+# libraries may reach the shell, or the layers would point upward. Every
+# target built in one of these folders is checked, so a new library there
+# needs no registration.
+set(NEBRA_SUBSYSTEM_FOLDERS tree files security options wizards help)
+
+# Called once at the end of the top-level configuration.
+function(nebra_check_subsystem_layers)
+    foreach(folder IN LISTS NEBRA_SUBSYSTEM_FOLDERS)
+        set(dir ${CMAKE_SOURCE_DIR}/src/${folder})
+        if(NOT EXISTS ${dir}/CMakeLists.txt)
+            continue()
+        endif()
+        get_property(targets DIRECTORY ${dir} PROPERTY BUILDSYSTEM_TARGETS)
+        foreach(t IN LISTS targets)
+            set(all "")
+            _nebra_collect_links(${t} all)
+            foreach(dep IN LISTS all)
+                if(dep MATCHES "^nmain_shell")
+                    message(FATAL_ERROR "${t} (src/${folder}) must not link the shell, but reaches ${dep}")
+                endif()
+            endforeach()
+        endforeach()
+    endforeach()
+endfunction()
+
 # nebra_add_test(name SOURCES ... LIBS ...): one QtTest executable run by CTest
 # on the offscreen platform, with its user folders redirected into the build tree.
 function(nebra_add_test name)

@@ -5,13 +5,14 @@
 set -euo pipefail
 
 packages=(
-  build-essential cmake ninja-build pkg-config
+  build-essential cmake ninja-build pkg-config clang-format
   qt6-base-dev qt6-base-dev-tools libqt6sql6-sqlite qt6-qpa-plugins
   qt6-webengine-dev qt6-webengine-dev-tools
-  qt6-tools-dev qt6-tools-dev-tools qt6-l10n-tools
+  qt6-tools-dev qt6-tools-dev-tools qt6-l10n-tools qt6-documentation-tools
   libsodium-dev libgl-dev libvulkan-dev
   postgresql libqt6sql6-psql
   xvfb xauth openbox fonts-dejavu-core
+  librsvg2-bin dpkg-dev desktop-file-utils appstream libxml2-utils shared-mime-info man-db lintian
 )
 
 missing=()

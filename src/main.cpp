@@ -4,9 +4,11 @@
 #include "Dialogs.h"
 #include "MainWindow.h"
 #include "Messages.h"
+#include "OrganiserApplication.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QIcon>
 
 #include <exception>
 
@@ -57,10 +59,13 @@ int main(int argc, char** argv)
     QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
     // The welcome page's links use the program's own scheme, which the web engine must know before it starts.
     nebra::BrowserControl::RegisterOrganiserScheme();
-    QApplication app(argc, argv);
+    nebra::OrganiserApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("NMain5"));
     QCoreApplication::setApplicationVersion(QStringLiteral(NEBRA_VERSION));
     QCoreApplication::setOrganizationName(QStringLiteral("Nebra"));
+    // The installed menu entry and icon carry this name; desktops match the window to them by it.
+    QGuiApplication::setDesktopFileName(QStringLiteral("example.quorvix.Organiser"));
+    QApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("example.quorvix.Organiser")));
     nebra::Dialogs::installMessageBoxes();
 
     nebra::MainWindow window;

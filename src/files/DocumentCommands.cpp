@@ -12,47 +12,45 @@ DocumentCommands::DocumentCommands(FolderTreeControl& tree, std::function<void()
 {
 }
 
-void DocumentCommands::PerformDocumentCommand(int command)
+void DocumentCommands::PerformDocumentCommand(DocumentCommand command)
 {
     if (m_resetTimeOut)
         m_resetTimeOut();
-    const int type = m_tree.currentNode().data();
+    const FolderKind type = folderKindFromData(m_tree.currentNode().data());
     switch (command) {
-    case DocumentTypes::NewCommand:
+    case DocumentCommand::New:
         performNew(type);
         break;
-    case DocumentTypes::OpenCommand:
+    case DocumentCommand::Open:
         performOpen(type);
         break;
-    case DocumentTypes::RunCommand:
-        if (type == 3 && m_launcher)
+    case DocumentCommand::Run:
+        if (type == FolderKind::Protocols && m_launcher)
             m_launcher->RunProtocol();
         break;
-    case DocumentTypes::HelpCommand:
+    case DocumentCommand::Help:
         if (const int topic = DocumentTypes::helpContextId(type); topic != 0 && m_help)
             m_help(topic);
-        break;
-    default:
         break;
     }
     if (m_resetTimeOut)
         m_resetTimeOut();
 }
 
-void DocumentCommands::performNew(int type)
+void DocumentCommands::performNew(FolderKind type)
 {
     // Read configurations and layouts are made only in their primary
     // folder; protocols anywhere in their branch.
     switch (type) {
-    case 1:
+    case FolderKind::ReadConfigurations:
         if (EnsurePrimaryFolderSelected() && m_launcher)
             m_launcher->CreateReadConfiguration();
         break;
-    case 2:
+    case FolderKind::Layouts:
         if (EnsurePrimaryFolderSelected() && m_launcher)
             m_launcher->CreateLayout();
         break;
-    case 3:
+    case FolderKind::Protocols:
         if (m_launcher)
             m_launcher->CreateProtocol();
         break;
@@ -61,24 +59,24 @@ void DocumentCommands::performNew(int type)
     }
 }
 
-void DocumentCommands::performOpen(int type)
+void DocumentCommands::performOpen(FolderKind type)
 {
     if (!m_launcher)
         return;
     switch (type) {
-    case 1:
+    case FolderKind::ReadConfigurations:
         m_launcher->OpenReadConfiguration();
         break;
-    case 2:
+    case FolderKind::Layouts:
         m_launcher->EditLayout();
         break;
-    case 3:
+    case FolderKind::Protocols:
         m_launcher->OpenProtocol();
         break;
-    case 4:
+    case FolderKind::Results:
         m_launcher->OpenResults();
         break;
-    case 5:
+    case FolderKind::Reports:
         m_launcher->OpenReport();
         break;
     default:

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "DocumentCommand.h"
+#include "FolderKind.h"
+
 #include <functional>
 
 namespace nebra {
@@ -7,9 +10,9 @@ namespace nebra {
 class DocumentLauncher;
 class FolderTreeControl;
 
-// The document commands New (605), Open (606), Run (607) and folder help
-// (608), from the tree's buttons and the tool bar alike, acting on the
-// selected tree node's document type.
+// The document commands New, Open, Run and folder help, from the tree's
+// buttons and the tool bar alike, acting on the selected tree node's
+// document type.
 class DocumentCommands
 {
 public:
@@ -24,9 +27,9 @@ public:
         m_help = std::move(displayHelpContext);
     }
 
-    // Carries out a command; identifiers other than 605 to 608 are ignored.
+    // Carries out a command; a value outside the four is ignored.
     // Restarts the log-out time-out before and after.
-    void PerformDocumentCommand(int command);
+    void PerformDocumentCommand(DocumentCommand command);
 
     // New items are made only in a primary folder (a top-level branch):
     // true when one is selected; otherwise asks to move to the branch's
@@ -34,8 +37,8 @@ public:
     bool EnsurePrimaryFolderSelected();
 
 private:
-    void performNew(int type);
-    void performOpen(int type);
+    void performNew(FolderKind type);
+    void performOpen(FolderKind type);
 
     FolderTreeControl& m_tree;
     std::function<void()> m_resetTimeOut;

@@ -39,10 +39,12 @@ void DocumentLauncher::launch(const Launch& launch)
 
 void DocumentLauncher::CreateProtocol()
 {
+    // No entry is written for an operation that cannot then be carried out.
+    if (!m_context.startNewProtocolWizard)
+        return;
     if (!allowedAndAudited(QStringLiteral("CreateProtocol"), QStringLiteral("Create new protocol")))
         return;
-    if (m_context.startProtocolWizard)
-        m_context.startProtocolWizard();
+    m_context.startNewProtocolWizard();
 }
 
 void DocumentLauncher::CreateLayout()

@@ -38,6 +38,8 @@ class DocumentLauncher
 public:
     DocumentLauncher(const SuitePaths& paths, LaunchContext context);
 
+    // False while there is no new-protocol wizard to start.
+    bool CanCreateProtocol() const { return bool(m_context.startNewProtocolWizard); }
     void CreateProtocol();
     void CreateLayout();
     void CreateReadConfiguration();

@@ -2,74 +2,80 @@
 
 namespace nebra {
 
-QString DocumentTypes::filter(int type)
+QString DocumentTypes::filter(FolderKind type)
 {
     switch (type) {
-    case 1:
+    case FolderKind::ReadConfigurations:
         return QStringLiteral("*.daq");
-    case 2:
+    case FolderKind::Layouts:
         return QStringLiteral("*.mlo");
-    case 3:
+    case FolderKind::Protocols:
         return QStringLiteral("*.apr");
-    case 4:
+    case FolderKind::Results:
         return QStringLiteral("*.ars");
-    case 5:
+    case FolderKind::Reports:
         return QStringLiteral("*.*");
     default:
         return {};
     }
 }
 
-QString DocumentTypes::caption(int type)
+QString DocumentTypes::caption(FolderKind type)
 {
     switch (type) {
-    case 1:
+    case FolderKind::ReadConfigurations:
         return QStringLiteral("Data Acquisition");
-    case 2:
+    case FolderKind::Layouts:
         return QStringLiteral("Layout");
-    case 3:
+    case FolderKind::Protocols:
         return QStringLiteral("Assay Protocol");
-    case 4:
+    case FolderKind::Results:
         return QStringLiteral("Assay Results");
-    case 5:
+    case FolderKind::Reports:
         return QStringLiteral("Assay Report");
     default:
         return {};
     }
 }
 
-int DocumentTypes::helpContextId(int type)
+int DocumentTypes::helpContextId(FolderKind type)
 {
     switch (type) {
-    case 0:
+    case FolderKind::None:
         return 9000;
-    case 1:
+    case FolderKind::ReadConfigurations:
         return 9005;
-    case 2:
+    case FolderKind::Layouts:
         return 9006;
-    case 3:
+    case FolderKind::Protocols:
         return 9001;
-    case 4:
+    case FolderKind::Results:
         return 9002;
-    case 5:
+    case FolderKind::Reports:
         return 9003;
     default:
         return 0;
     }
 }
 
-std::optional<DocumentTypes::CommandStates> DocumentTypes::commandStates(int type, bool singleFile)
+std::optional<DocumentTypes::CommandStates> DocumentTypes::commandStates(FolderKind type, bool singleFile)
 {
-    if (type == 0)
+    switch (type) {
+    case FolderKind::None:
         return CommandStates{};
-    // After 0 is excluded the first test is "at most 1", so negative values
-    // fall in with read configurations.
-    if (type <= 1 || type == 2)
+    case FolderKind::ReadConfigurations:
+    case FolderKind::Layouts:
         return CommandStates{true, singleFile, false};
-    if (type == 3)
+    case FolderKind::Protocols:
         return CommandStates{true, singleFile, singleFile};
-    if (type == 4 || type == 5)
+    case FolderKind::Results:
+    case FolderKind::Reports:
         return CommandStates{false, singleFile, false};
+    }
+    // Values the tree does not make: below the root they count as read
+    // configurations, above reports they leave the commands alone.
+    if (toData(type) < 0)
+        return CommandStates{true, singleFile, false};
     return std::nullopt;
 }
 

@@ -1,9 +1,9 @@
 #include "FileView.h"
 
+#include "DocumentCommand.h"
 #include "DocumentTypes.h"
 #include "FileListControl.h"
 #include "FolderTreeControl.h"
-#include "Globals.h"
 #include "Messages.h"
 #include "RenameExtensionRule.h"
 #include "SuitePaths.h"
@@ -20,10 +20,11 @@ const QString DateModifiedColumn = QStringLiteral("Date Modified");
 const QString AllFiles = QStringLiteral("*.*");
 } // namespace
 
-FileView::FileView(FolderTreeControl& tree, FileListControl& list, ToolBarsControl& tools, Globals& globals,
+FileView::FileView(FolderTreeControl& tree, FileListControl& list, ToolBarsControl& tools,
+                   const SuiteSettings& settings, const SuitePaths& paths, bool instrumentDriversInUse,
                    std::function<void()> resetTimeOut, SortByColumnTimer::Clock clock, QObject* parent)
-    : QObject(parent), m_tree(tree), m_list(list), m_tools(tools), m_globals(globals),
-      m_resetTimeOut(std::move(resetTimeOut)),
+    : QObject(parent), m_tree(tree), m_list(list), m_tools(tools), m_settings(settings), m_paths(paths),
+      m_instrumentDriversInUse(instrumentDriversInUse), m_resetTimeOut(std::move(resetTimeOut)),
       m_sortTimer([this] { showSelectionAfterSort(); }, std::move(clock))
 {
 }
@@ -47,22 +48,23 @@ void FileView::setPreviewHandlers(ShowPreview show, ClearPreview clear)
     m_clearPreview = std::move(clear);
 }
 
-int FileView::selectedType() const
+FolderKind FileView::selectedType() const
 {
-    return m_tree.currentNode().data();
+    return folderKindFromData(m_tree.currentNode().data());
 }
 
 void FileView::ShowFolder(const FolderNode& node)
 {
-    const int type = node.data();
-    if (type >= 1 && type <= 4)
+    const FolderKind type = folderKindFromData(node.data());
+    // The reports' filter is set once the folder is listed.
+    if (isDocumentFolder(type) && type != FolderKind::Reports)
         m_list.setFilter(DocumentTypes::filter(type));
-    if (type >= 1 && type <= 5)
+    if (isDocumentFolder(type))
         m_currentDocumentTypeName = DocumentTypes::caption(type);
-    if (type != 0) {
+    if (type != FolderKind::None) {
         m_listingComplete = false;
         m_list.setFolder(node.folderPath());
-        if (type == 5)
+        if (type == FolderKind::Reports)
             m_list.setFilter(AllFiles);
         m_listingComplete = true;
         m_list.sortByColumn(DateModifiedColumn);
@@ -82,13 +84,15 @@ void FileView::UpdateDocumentCommands()
     bool singleFile = false;
     if (m_list.selectedCount() == 1)
         singleFile = m_list.firstSelectedItem().attributes(FileListItem::FolderAttribute) == 0;
-    const std::optional<DocumentTypes::CommandStates> states =
+    std::optional<DocumentTypes::CommandStates> states =
         DocumentTypes::commandStates(selectedType(), singleFile);
     if (!states)
         return;
-    m_tree.setButtonEnabled(DocumentTypes::NewCommand, states->newEnabled);
-    m_tree.setButtonEnabled(DocumentTypes::OpenCommand, states->openEnabled);
-    m_tree.setButtonEnabled(DocumentTypes::RunCommand, states->runEnabled);
+    if (selectedType() == FolderKind::Protocols && !m_canCreateProtocol)
+        states->newEnabled = false;
+    m_tree.setButtonEnabled(buttonKey(DocumentCommand::New), states->newEnabled);
+    m_tree.setButtonEnabled(buttonKey(DocumentCommand::Open), states->openEnabled);
+    m_tree.setButtonEnabled(buttonKey(DocumentCommand::Run), states->runEnabled);
     m_tools.setToolEnabled(QStringLiteral("ID_New"), states->newEnabled);
     m_tools.setToolEnabled(QStringLiteral("ID_Open"), states->openEnabled);
     m_tools.setToolEnabled(QStringLiteral("ID_Run"), states->runEnabled);
@@ -117,12 +121,12 @@ void FileView::showSelectionAfterSort()
 
 void FileView::OnSelectionChanged(const FileListItem&)
 {
-    const int type = selectedType();
-    if (type == 0)
+    const FolderKind type = selectedType();
+    if (type == FolderKind::None)
         return;
     // Read afresh: the Options dialog may have changed it.
-    const bool previewOn = m_globals.settings && m_globals.settings->ShowPreviewPane();
-    if (previewOn && (type == 2 || m_globals.InstrumentDriversInUse)) {
+    const bool previewOn = m_settings.ShowPreviewPane();
+    if (previewOn && (type == FolderKind::Layouts || m_instrumentDriversInUse)) {
         if (m_list.selectedCount() == 1) {
             if (m_showPreview)
                 m_showPreview(m_list.firstSelectedItem());
@@ -172,16 +176,14 @@ void FileView::OnItemRenamed(const FileListItem& item, const QString& oldPath)
 // application; other previews are renamed unless the new name is taken.
 void FileView::renamePreviewFile(const QString& oldPath, const QString& newPath)
 {
-    if (!m_globals.paths)
-        return;
-    const QString preview = m_globals.paths->PreviewFileFor(oldPath);
+    const QString preview = m_paths.PreviewFileFor(oldPath);
     if (preview == oldPath || !QFileInfo::exists(preview))
         return;
     bool done = true;
     if (oldPath.endsWith(QLatin1String(".apr"), Qt::CaseInsensitive)) {
         done = QFile::remove(preview);
     } else {
-        const QString newPreview = m_globals.paths->PreviewFileFor(newPath);
+        const QString newPreview = m_paths.PreviewFileFor(newPath);
         if (newPreview == newPath || QFileInfo::exists(newPreview))
             return;
         done = QFile::rename(preview, newPreview);

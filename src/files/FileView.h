@@ -1,6 +1,7 @@
 #pragma once
 
 #include "FileListItem.h"
+#include "FolderKind.h"
 #include "FolderNode.h"
 #include "SortByColumnTimer.h"
 
@@ -12,8 +13,9 @@ namespace nebra {
 
 class FileListControl;
 class FolderTreeControl;
+class SuitePaths;
+class SuiteSettings;
 class ToolBarsControl;
-struct Globals;
 
 // The Organiser's side of the file list: what it shows for the folder
 // selected in the tree, the columns it refuses, keeping the selection in
@@ -26,13 +28,19 @@ public:
     using ShowPreview = std::function<void(const FileListItem&)>;
     using ClearPreview = std::function<void(bool waitUntilLoaded)>;
 
-    FileView(FolderTreeControl& tree, FileListControl& list, ToolBarsControl& tools, Globals& globals,
+    // instrumentDriversInUse is read once at start-up: with drivers in use
+    // every document folder previews its documents, without only layouts do.
+    FileView(FolderTreeControl& tree, FileListControl& list, ToolBarsControl& tools,
+             const SuiteSettings& settings, const SuitePaths& paths, bool instrumentDriversInUse,
              std::function<void()> resetTimeOut,
              SortByColumnTimer::Clock clock = &SortByColumnTimer::secondsSinceMidnight,
              QObject* parent = nullptr);
 
     // Connects the handlers to the controls' events.
     void connectEvents();
+    // Whether New may create a protocol (there is a wizard to start); until
+    // set, New is disabled on the protocols folder.
+    void setCanCreateProtocol(bool can) { m_canCreateProtocol = can; }
     // The preview pane's entry points; both do nothing until set.
     void setPreviewHandlers(ShowPreview show, ClearPreview clear);
 
@@ -65,7 +73,7 @@ Q_SIGNALS:
     void folderVanished(const QString& path);
 
 private:
-    int selectedType() const;
+    FolderKind selectedType() const;
     void showSelectionAfterSort();
     FolderNode trackedChild(const FileListItem& item, bool& tracked) const;
     void renamePreviewFile(const QString& oldPath, const QString& newPath);
@@ -73,13 +81,16 @@ private:
     FolderTreeControl& m_tree;
     FileListControl& m_list;
     ToolBarsControl& m_tools;
-    Globals& m_globals;
+    const SuiteSettings& m_settings;
+    const SuitePaths& m_paths;
+    bool m_instrumentDriversInUse;
     std::function<void()> m_resetTimeOut;
     SortByColumnTimer m_sortTimer;
     ShowPreview m_showPreview;
     ClearPreview m_clearPreview;
     QString m_currentDocumentTypeName;
     bool m_listingComplete = true;
+    bool m_canCreateProtocol = false;
 };
 
 } // namespace nebra

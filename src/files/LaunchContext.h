@@ -23,8 +23,10 @@ struct LaunchContext
     std::function<QString()> selectedDocumentPath;
     // True while a security session is open. Empty: false.
     std::function<bool()> securityEnabled;
-    // Starts the new-assay-protocol wizard. Empty: nothing happens.
-    std::function<void()> startProtocolWizard;
+    // Starts the new-assay-protocol wizard. Empty: there is no wizard to
+    // start, so CreateProtocol neither asks nor records anything, and New on
+    // the protocols folder is disabled.
+    std::function<void()> startNewProtocolWizard;
     // The window that owns the message boxes of a failed start.
     QObject* owner = nullptr;
 };

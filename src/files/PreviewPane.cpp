@@ -11,17 +11,6 @@
 
 namespace nebra {
 
-namespace {
-enum DocumentType
-{
-    ReadConfigurations = 1,
-    Layouts = 2,
-    Protocols = 3,
-    Results = 4,
-    Reports = 5
-};
-}
-
 PreviewPane::PreviewPane(BrowserControl& browser, PlateLayoutViewer& viewer, const SuitePaths& paths,
                          Hooks hooks, QObject* parent)
     : QObject(parent), m_browser(browser), m_viewer(viewer), m_paths(paths), m_hooks(std::move(hooks)),
@@ -49,13 +38,13 @@ void PreviewPane::ShowPreview(const PreviewItem* item)
         ClearPreview(m_wait);
         return;
     }
-    switch (m_hooks.documentType ? m_hooks.documentType() : 0) {
-    case ReadConfigurations:
-    case Protocols:
-    case Results:
+    switch (m_hooks.documentType ? m_hooks.documentType() : FolderKind::None) {
+    case FolderKind::ReadConfigurations:
+    case FolderKind::Protocols:
+    case FolderKind::Results:
         showDocumentPage(item->path);
         break;
-    case Layouts:
+    case FolderKind::Layouts:
         showLayout(item->path);
         break;
     default:

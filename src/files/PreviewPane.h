@@ -1,5 +1,7 @@
 #pragma once
 
+#include "FolderKind.h"
+
 #include <QObject>
 #include <QString>
 #include <QUrl>
@@ -34,8 +36,8 @@ class PreviewPane : public QObject
 public:
     struct Hooks
     {
-        // The DocumentType (0 to 5) of the tree's selected node. Empty: 0.
-        std::function<int()> documentType;
+        // The folder kind of the tree's selected node. Empty: None.
+        std::function<FolderKind()> documentType;
         // Stores an address as the selected node's page. Empty: not stored.
         std::function<void(const QString& address)> setNodePage;
     };

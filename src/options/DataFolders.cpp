@@ -3,6 +3,7 @@
 #include "DiagnosticLog.h"
 #include "HLDCollection.h"
 #include "Messages.h"
+#include "ParentDirectoryRules.h"
 #include "SuitePaths.h"
 #include "SuiteSettings.h"
 
@@ -23,6 +24,11 @@ int askYesNo(const QString& text)
 {
     return Messages::show({text, FolderErrorTitle, MessageIcon::Question,
                            MessageButton::Yes | MessageButton::No, MessageButton::Yes});
+}
+
+void showFolderError(const QString& text)
+{
+    Messages::show({text, FolderErrorTitle, MessageIcon::Warning, MessageButton::Ok});
 }
 
 } // namespace
@@ -129,12 +135,14 @@ bool DataFolders::DoAllDataFoldersExist()
 
 bool DataFolders::ApplyParentDirectory(QString& text)
 {
-    text = text.trimmed();
-    if (text.endsWith(QLatin1Char('/')) || text.endsWith(QLatin1Char('\\')))
-        text.chop(1);
+    text = ParentDirectoryRules::normalised(text);
     // Exact comparison: a change of letter case counts as a change.
     if (text == m_paths.ParentDirectory())
         return true;
+    if (const QString problem = ParentDirectoryRules::problem(text); !problem.isEmpty()) {
+        showFolderError(problem);
+        return false;
+    }
     m_fileSystem = m_fileSystemFactory();
     if (!m_fileSystem)
         return false;
@@ -144,10 +152,9 @@ bool DataFolders::ApplyParentDirectory(QString& text)
 bool DataFolders::applyNewFolder(const QString& text)
 {
     if (!m_fileSystem->CreateFolder(text)) {
-        Messages::show({QStringLiteral("The specified parent directory path is invalid.\r\n"
+        showFolderError(QStringLiteral("The specified parent directory path is invalid.\r\n"
                                        "Either it contains illegal characters or\r\n"
-                                       "a multiple level directory structure needs to be created."),
-                        FolderErrorTitle, MessageIcon::Warning, MessageButton::Ok});
+                                       "a multiple level directory structure needs to be created."));
         return false;
     }
     if (askYesNo(QStringLiteral("The specified parent directory for data files does not exist.\r\n"
@@ -168,6 +175,11 @@ bool DataFolders::applyNewFolder(const QString& text)
 bool DataFolders::applyExistingFolder(const QString& text)
 {
     const bool complete = AreAllSubfoldersPresent(text);
+    if (!complete && !ParentDirectoryRules::canWriteInto(text)) {
+        // Accepting it would leave the tree without the folders it shows.
+        showFolderError(ParentDirectoryRules::readOnlySubfoldersText());
+        return false;
+    }
     if (!complete &&
         askYesNo(QStringLiteral("The specified parent directory has one or more missing subfolders.\r\n"
                                 "Would you like them to be created now?")) == MessageButton::No)

@@ -1,15 +1,15 @@
 #include "Authorisation.h"
 
-#include "Globals.h"
 #include "Messages.h"
 #include "NebraSecurityManager.h"
+#include "SecuritySession.h"
 
 #include <QWidget>
 
 namespace nebra {
 
-Authorisation::Authorisation(const Globals& globals, ManagerSource manager, QWidget* owner)
-    : m_globals(globals), m_manager(std::move(manager)), m_owner(owner)
+Authorisation::Authorisation(const SecuritySession& session, QWidget* owner)
+    : m_session(session), m_owner(owner)
 {
 }
 
@@ -23,10 +23,16 @@ QString Authorisation::permissionDeniedText()
 bool Authorisation::CanPerformSecurityOperation(const QString& area, const QString& operation,
                                                 bool showMessage) const
 {
-    if (!m_globals.SecurityEnabled)
+    switch (m_session.state()) {
+    case SecuritySession::State::NotConfigured:
         return true;
-    // A session without a manager cannot happen; should it, nothing is allowed.
-    NebraSecurityManager* manager = m_manager();
+    case SecuritySession::State::Ended:
+        return false;
+    case SecuritySession::State::Active:
+        break;
+    }
+    // An active session always has its manager; should it not, nothing is allowed.
+    NebraSecurityManager* manager = m_session.NebraSecurityManagerObj();
     const bool allowed = manager && manager->IsOperationAllowed(area, operation);
     if (!allowed && showMessage)
         Messages::show({permissionDeniedText(), QStringLiteral("Security Manager"), MessageIcon::Information,
@@ -41,9 +47,9 @@ bool Authorisation::CanPerformGeneralOperation(const QString& operation) const
 
 void Authorisation::AddAuditTrailEntryOperation(const QString& area, const QString& entry) const
 {
-    if (!m_globals.SecurityEnabled)
+    if (!m_session.SecurityEnabled())
         return;
-    if (NebraSecurityManager* manager = m_manager())
+    if (NebraSecurityManager* manager = m_session.NebraSecurityManagerObj())
         manager->AddAuditTrailEntry(area, entry);
 }
 

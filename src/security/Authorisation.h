@@ -2,19 +2,18 @@
 
 #include <QString>
 
-#include <functional>
-
 class QWidget;
 
 namespace nebra {
 
-struct Globals;
-class NebraSecurityManager;
+class SecuritySession;
 
 // The permission checks and audit entries that guard the Organiser's
-// document operations. Inside a security session they go to the security
-// manager; without one every check answers allowed, nothing is recorded
-// and nothing is shown.
+// document operations. They follow the session's state: without a
+// configured session every check answers allowed, nothing is recorded and
+// nothing is shown; inside an active session they go to the security
+// manager; once the session has ended nothing is allowed and nothing is
+// recorded, so that no operation slips through while the windows close.
 //
 // Document operations call CanPerformGeneralOperation with the operation's
 // name, stop without a further message when it answers false, and
@@ -23,15 +22,14 @@ class NebraSecurityManager;
 class Authorisation
 {
 public:
-    using ManagerSource = std::function<NebraSecurityManager*()>;
-
     static inline const QString GeneralArea = QStringLiteral("AuthorisationsGeneral");
     static inline const QString AuditArea = QStringLiteral("General");
 
-    Authorisation(const Globals& globals, ManagerSource manager, QWidget* owner);
+    Authorisation(const SecuritySession& session, QWidget* owner);
 
     // Asks the manager whether the user may perform operation in area. When
-    // not, and showMessage is set, tells the user so.
+    // not, and showMessage is set, tells the user so (an ended session
+    // refuses silently: its end has been announced already).
     bool CanPerformSecurityOperation(const QString& area, const QString& operation, bool showMessage) const;
     // The same in area "AuthorisationsGeneral", with the message.
     bool CanPerformGeneralOperation(const QString& operation) const;
@@ -43,8 +41,7 @@ public:
     static QString permissionDeniedText();
 
 private:
-    const Globals& m_globals;
-    ManagerSource m_manager;
+    const SecuritySession& m_session;
     QWidget* m_owner;
 };
 

@@ -1,7 +1,5 @@
 #include "SecuritySession.h"
 
-#include "Authorisation.h"
-#include "Globals.h"
 #include "Messages.h"
 #include "NebraSecurityManager.h"
 #include "SecuritySettings.h"
@@ -23,11 +21,11 @@ void inform(QWidget* owner, const QString& text, const QString& title)
 }
 } // namespace
 
-SecuritySession::SecuritySession(Globals& globals, QWidget* owner, ToolBarsControl& tools,
-                                 StatusBarControl& statusBar, Authorisation& authorisation,
-                                 ManagerFactory factory, SecuritySessionHooks hooks)
-    : QObject(nullptr), m_globals(globals), m_owner(owner), m_tools(tools), m_statusBar(statusBar),
-      m_authorisation(authorisation), m_factory(std::move(factory)), m_hooks(std::move(hooks))
+SecuritySession::SecuritySession(const SuiteSettings& settings, QWidget* owner, ToolBarsControl& tools,
+                                 StatusBarControl& statusBar, ManagerFactory factory,
+                                 SecuritySessionHooks hooks)
+    : QObject(nullptr), m_settings(settings), m_owner(owner), m_tools(tools), m_statusBar(statusBar),
+      m_factory(std::move(factory)), m_hooks(std::move(hooks))
 {
     m_tools.setToolVisible(ChangePasswordTool, false);
 }
@@ -42,7 +40,7 @@ QString SecuritySession::creationFailureText()
 
 SecuritySession::StartOutcome SecuritySession::StartSecuritySession()
 {
-    if (!m_globals.settings->SecurityConfigured()) {
+    if (!m_settings.SecurityConfigured()) {
         HideSecurityControls();
         return StartOutcome::Continue;
     }
@@ -65,10 +63,9 @@ SecuritySession::StartOutcome SecuritySession::StartSecuritySession()
         inform(m_owner, QStringLiteral("Security log in failed."), QStringLiteral("Security Manager"));
         return StartOutcome::EndProcess;
     }
-    m_globals.SecurityEnabled = true;
+    m_state = State::Active;
     showSecurityControls();
-    m_authorisation.AddAuditTrailEntryOperation(QStringLiteral("General"),
-                                                QStringLiteral("Launch Welcome screen"));
+    m_manager->AddAuditTrailEntry(QStringLiteral("General"), QStringLiteral("Launch Welcome screen"));
     return StartOutcome::Continue;
 }
 
@@ -95,25 +92,25 @@ void SecuritySession::HideSecurityControls()
 
 void SecuritySession::ChangePassword()
 {
-    if (m_globals.SecurityEnabled && m_manager)
+    if (SecurityEnabled())
         m_manager->SessionChangePassword(m_owner);
 }
 
 void SecuritySession::LogOut()
 {
-    if (m_globals.SecurityEnabled && m_manager)
+    if (SecurityEnabled())
         m_manager->SessionLogOut();
 }
 
 void SecuritySession::ResetLogOutTimeOutTimer()
 {
-    if (m_globals.SecurityEnabled && m_manager)
+    if (SecurityEnabled())
         m_manager->ResetTimeOut();
 }
 
 void SecuritySession::ShowSessionInformation()
 {
-    if (!m_globals.SecurityEnabled || !m_manager)
+    if (!SecurityEnabled())
         return;
     inform(m_owner,
            QStringLiteral("Logged in as: ") + m_manager->UserName() + QStringLiteral("\r\n\r\n") +
@@ -130,7 +127,7 @@ void SecuritySession::NebraSecurityManagerObj_UserLoggedOut(const QString& userN
     else if (reason == NebraSecurityManager::LoggedOut)
         inform(m_owner, QStringLiteral("The program will now exit."), QStringLiteral("Logged Out"));
     // The manager has ended the session; nothing may pass as logged in while the windows close.
-    m_globals.SecurityEnabled = false;
+    m_state = State::Ended;
     if (m_hooks.unloadAllExceptMain)
         m_hooks.unloadAllExceptMain();
     if (m_hooks.unloadMainWindow)
@@ -141,9 +138,10 @@ void SecuritySession::NebraSecurityManagerObj_UserLoggedOut(const QString& userN
 
 void SecuritySession::CloseSession()
 {
-    if (m_manager)
-        m_manager->CloseSession();
-    m_globals.SecurityEnabled = false;
+    if (m_state != State::Active)
+        return;
+    m_manager->CloseSession();
+    m_state = State::Ended;
 }
 
 } // namespace nebra

@@ -9,10 +9,9 @@ class QWidget;
 
 namespace nebra {
 
-class Authorisation;
-struct Globals;
 class NebraSecurityManager;
 class StatusBarControl;
+class SuiteSettings;
 class ToolBarsControl;
 
 // What the session asks of the main window when the manager ends it.
@@ -39,18 +38,30 @@ public:
         EndProcess
     };
 
+    enum class State
+    {
+        NotConfigured,
+        Active,
+        Ended
+    };
+
     using ManagerFactory = std::function<std::unique_ptr<NebraSecurityManager>(QString* error)>;
 
     static constexpr int SessionPanel = 2;
 
     // Hides ID_ChangePassword: the tool is shown only by a session that allows it.
-    SecuritySession(Globals& globals, QWidget* owner, ToolBarsControl& tools, StatusBarControl& statusBar,
-                    Authorisation& authorisation, ManagerFactory factory, SecuritySessionHooks hooks);
+    SecuritySession(const SuiteSettings& settings, QWidget* owner, ToolBarsControl& tools,
+                    StatusBarControl& statusBar, ManagerFactory factory, SecuritySessionHooks hooks);
     ~SecuritySession() override;
 
-    // Called once by the start-up, with SecurityEnabled cleared. EndProcess:
-    // the failure has been reported and the program must end at once.
+    // Called once by the start-up. EndProcess: the failure has been reported
+    // and the program must end at once. A successful log-in is recorded as
+    // "Launch Welcome screen" in the audit trail.
     StartOutcome StartSecuritySession();
+
+    State state() const { return m_state; }
+    // True exactly while the session is Active.
+    bool SecurityEnabled() const { return m_state == State::Active; }
     void HideSecurityControls();
     void ChangePassword();
     void LogOut();
@@ -69,14 +80,14 @@ public:
 private:
     void showSecurityControls();
 
-    Globals& m_globals;
+    const SuiteSettings& m_settings;
     QWidget* m_owner;
     ToolBarsControl& m_tools;
     StatusBarControl& m_statusBar;
-    Authorisation& m_authorisation;
     ManagerFactory m_factory;
     SecuritySessionHooks m_hooks;
     std::unique_ptr<NebraSecurityManager> m_manager;
+    State m_state = State::NotConfigured;
 };
 
 } // namespace nebra

@@ -1,10 +1,15 @@
 #include "CommandDispatcher.h"
 
+#include "ToolBarsControl.h"
+
 namespace nebra {
 
-CommandDispatcher::CommandDispatcher(std::function<void()> resetTimeOut, QObject* parent)
-    : QObject(parent), m_resetTimeOut(std::move(resetTimeOut))
+CommandDispatcher::CommandDispatcher(ToolBarsControl& tools, std::function<void()> resetTimeOut,
+                                     QObject* parent)
+    : QObject(parent), m_tools(tools), m_resetTimeOut(std::move(resetTimeOut))
 {
+    for (const QString& id : commandIds())
+        m_tools.setToolEnabled(id, false);
 }
 
 QStringList CommandDispatcher::commandIds()
@@ -27,8 +32,16 @@ bool CommandDispatcher::setCommand(const QString& id, Command command)
 {
     if (!commandIds().contains(id))
         return false;
+    const bool enabled = bool(command);
     m_commands.insert(id, std::move(command));
+    m_tools.setToolEnabled(id, enabled);
     return true;
+}
+
+bool CommandDispatcher::hasCommand(const QString& id) const
+{
+    const auto it = m_commands.constFind(id);
+    return it != m_commands.cend() && *it;
 }
 
 void CommandDispatcher::ToolClick(const QString& id)

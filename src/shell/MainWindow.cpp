@@ -4,14 +4,19 @@
 #include "BrowserControl.h"
 #include "CommandDispatcher.h"
 #include "DataFolders.h"
+#include "DiagnosticLog.h"
 #include "DocumentCommands.h"
 #include "DocumentLauncher.h"
-#include "DocumentTypes.h"
 #include "FileListControl.h"
 #include "FileView.h"
 #include "FolderTreeControl.h"
 #include "HelpSystem.h"
+#include "HelpTopics.h"
+#include "HelpWindow.h"
+#include "InstalledDrivers.h"
 #include "NebraSecurityManager.h"
+#include "NewProtocolWizards.h"
+#include "OptionsCommand.h"
 #include "OrganiserTree.h"
 #include "PlateLayoutViewer.h"
 #include "PreviewPane.h"
@@ -34,6 +39,7 @@
 
 #include <QApplication>
 #include <QCloseEvent>
+#include <QDir>
 #include <QGridLayout>
 #include <QSplitter>
 #include <QStatusBar>
@@ -52,10 +58,7 @@ MainWindow::MainWindow(Options options)
     setObjectName(QStringLiteral("frmNMain"));
     setAccessibleName(QStringLiteral("Organiser"));
     setGeometry(DesignGeometry);
-    m_authorisation = std::make_unique<Authorisation>(
-        m_globals, [this] { return m_security ? m_security->NebraSecurityManagerObj() : nullptr; }, this);
     createControls();
-    createOrganiser();
     connectCommands();
     connect(m_singleInstance.get(), &SingleInstance::activationRequested, this,
             &MainWindow::showFromOtherInstance);
@@ -86,8 +89,14 @@ void MainWindow::createControls()
     m_toolBars->addToolBarItems(ToolDefinitions::toolBarItems());
     m_statusBar = new StatusBarControl(statusBar(), 2);
 
-    auto* splitter = new QSplitter(Qt::Horizontal, this);
+    // The panes lie in the client area where the resize rule puts them.
+    auto* client = new QWidget(this);
+    client->setObjectName(QStringLiteral("clientArea"));
+    client->setAccessibleName(QStringLiteral("Client area"));
+    auto* splitter = new QSplitter(Qt::Horizontal, client);
+    splitter->setObjectName(QStringLiteral("panes"));
     splitter->setAccessibleName(QStringLiteral("Panes"));
+    m_panes = splitter;
     m_shortcutsBar = new ShortcutsBar(splitter);
     m_folderTree = new FolderTreeControl(splitter);
     auto* right = new QSplitter(Qt::Vertical, splitter);
@@ -101,7 +110,7 @@ void MainWindow::createControls()
     right->setSizes({240, 360});
     splitter->setStretchFactor(2, 1);
     splitter->setSizes({140, 400, 700});
-    setCentralWidget(splitter);
+    setCentralWidget(client);
     // The panes stay hidden until the start-up has filled them.
     m_shortcutsBar->hide();
     m_folderTree->hide();
@@ -113,6 +122,7 @@ void MainWindow::createPreviewArea(QSplitter* splitter)
     // The browser and the plate layout viewer share one place; the viewer,
     // when shown, lies over the browser.
     m_previewArea = new QWidget(splitter);
+    m_previewArea->setObjectName(QStringLiteral("previewArea"));
     m_previewArea->setAccessibleName(QStringLiteral("Preview area"));
     auto* grid = new QGridLayout(m_previewArea);
     grid->setContentsMargins(0, 0, 0, 0);
@@ -132,11 +142,11 @@ void MainWindow::createBrowser()
 void MainWindow::createPreviewAndLaunching()
 {
     PreviewPane::Hooks previewHooks;
-    previewHooks.documentType = [this] { return m_folderTree->currentNode().data(); };
+    previewHooks.documentType = [this] { return folderKindFromData(m_folderTree->currentNode().data()); };
     previewHooks.setNodePage = [this](const QString& address) {
         m_folderTree->currentNode().setPage(address);
     };
-    m_preview = new PreviewPane(*m_browser, *m_plateViewer, *m_globals.paths, std::move(previewHooks), this);
+    m_preview = new PreviewPane(*m_browser, *m_plateViewer, *m_suite.paths, std::move(previewHooks), this);
     m_fileView->setPreviewHandlers(
         [this](const FileListItem& item) {
             const PreviewItem preview{item.path(), item.isFolder()};
@@ -161,16 +171,36 @@ void MainWindow::createLauncher()
     launching.audit = [this](const QString& entry) {
         m_authorisation->AddAuditTrailEntryOperationGeneral(entry);
     };
-    launching.securityEnabled = [this] { return m_globals.SecurityEnabled; };
+    launching.securityEnabled = [this] { return m_security->SecurityEnabled(); };
     // Open and Run act on the file list's (first) selected document; the
     // enabling rules make sure there is exactly one.
     launching.selectedDocumentPath = [this] {
         const QList<FileListItem> selected = m_fileList->selectedItems();
         return selected.isEmpty() ? QString() : selected.first().path();
     };
+    launching.startNewProtocolWizard = [this] { m_wizards->ShowPicker(this); };
     launching.owner = this;
-    m_launcher = std::make_unique<DocumentLauncher>(*m_globals.paths, std::move(launching));
+    m_launcher = std::make_unique<DocumentLauncher>(*m_suite.paths, std::move(launching));
+    createWizards();
     m_documentCommands->setLauncher(m_launcher.get());
+    m_fileView->setCanCreateProtocol(m_launcher->CanCreateProtocol());
+}
+
+void MainWindow::createWizards()
+{
+    WizardHooks hooks;
+    hooks.closeHelpIfOpen = [this] { return m_help->CloseHelpIfOpen(); };
+    hooks.displayHelp = [this](int topic) { m_help->DisplayHelpContext(topic); };
+    hooks.securityEnabled = [this] { return m_security->SecurityEnabled(); };
+    hooks.securityManager = [this] { return m_suite.paths->SecurityManager(); };
+    hooks.recreateResultsNode = [this] { m_organiserTree->RecreateResultsNode(); };
+    hooks.handleChangedHLD = [this] { HandleChangedHLD(); };
+    hooks.openNewProtocol = [this](const QString& path) { m_launcher->OpenNewProtocol(path); };
+    hooks.logTrace = [this](const QString& line) {
+        if (m_suite.log)
+            m_suite.log->LogNote(line);
+    };
+    m_wizards = std::make_unique<NewProtocolWizards>(*m_suite.paths, *m_suite.settings, std::move(hooks));
 }
 
 void MainWindow::createWelcomePage()
@@ -178,15 +208,13 @@ void MainWindow::createWelcomePage()
     WelcomeActions welcome;
     welcome.resetTimeOut = [this] { resetLogOutTimeOut(); };
     welcome.readyState = [this] { return m_browser->ReadyState(); };
-    welcome.selectProtocolsNode = [this] { m_folderTree->setCurrentNode(m_organiserTree->nodeForKind(3)); };
-    welcome.selectResultsNode = [this] { m_folderTree->setCurrentNode(m_organiserTree->nodeForKind(4)); };
+    welcome.selectProtocolsNode = [this] { m_folderTree->setCurrentNode(m_organiserTree->protocolsNode()); };
+    welcome.selectResultsNode = [this] { m_folderTree->setCurrentNode(m_organiserTree->resultsNode()); };
     welcome.createProtocol = [this] { m_launcher->CreateProtocol(); };
     welcome.createLayoutTemplate = [this] { m_launcher->CreateLayout(); };
     welcome.exit = [this] { close(); };
     welcome.owner = this;
     m_welcome = std::make_unique<WelcomePage>(std::move(welcome));
-    m_organiserTree->setWelcomePageSource(
-        [this] { return WelcomePage::PageFile(*m_globals.settings, *m_globals.paths); });
     connect(
         m_browser, &BrowserControl::BeforeNavigate2, this,
         [this](const QUrl& url, bool& cancel) { m_welcome->WebBrowser1_BeforeNavigate2(url, cancel); },
@@ -203,61 +231,133 @@ void MainWindow::resetLogOutTimeOut()
 
 void MainWindow::connectCommands()
 {
-    m_commands = new CommandDispatcher([this] { resetLogOutTimeOut(); }, this);
+    m_commands = new CommandDispatcher(
+        *m_toolBars, [this] { resetLogOutTimeOut(); }, this);
     connect(m_toolBars, &ToolBarsControl::toolClick, m_commands, &CommandDispatcher::ToolClick);
     m_commands->setCommand(QStringLiteral("ID_Exit"), [this] { close(); });
     ShellCommands::Register(*m_commands, this, Resources().LoadResString(Resources::ProductTitle));
     ShellCommands::ApplyMenuFont(*m_toolBars);
     ShellCommands::AddShortcutKeys(*m_toolBars);
-    m_commands->setCommand(QStringLiteral("ID_ChangePassword"), [this] {
-        if (m_security)
-            m_security->ChangePassword();
-    });
-    m_commands->setCommand(QStringLiteral("ID_LogOut"), [this] {
-        if (m_security)
-            m_security->LogOut();
-    });
-    connect(m_statusBar, &StatusBarControl::panelClick, this, [this](int panel) {
-        if (panel == SecuritySession::SessionPanel && m_security)
-            m_security->ShowSessionInformation();
-    });
-    m_commands->setCommand(QStringLiteral("ID_New"), [this] { PerformDocumentCommand(605); });
-    m_commands->setCommand(QStringLiteral("ID_Open"), [this] { PerformDocumentCommand(606); });
-    m_commands->setCommand(QStringLiteral("ID_Run"), [this] { PerformDocumentCommand(607); });
-    // Context help follows the kind of folder selected; the root's topic is the getting-started one.
-    m_commands->setCommand(QStringLiteral("ID_HelpContext"), [this] {
-        resetLogOutTimeOut();
-        if (const int topic = DocumentTypes::helpContextId(m_folderTree->currentNode().data()); topic != 0)
-            m_help->DisplayHelpContext(topic);
-    });
-    m_commands->setCommand(QStringLiteral("ID_GettingStarted"), [this] { m_help->DisplayHelpContext(9000); });
+    connectHelp();
 }
 
-// The folder tree, the file list's logic and the document commands, and
-// the events that tie them to the controls.
+// The help window is made on first use, with the settings of the start-up;
+// context help follows the kind of folder selected (the root's topic is the
+// getting-started one).
+void MainWindow::connectHelp()
+{
+    m_help->setViewerFactory([this](const QString& file, QString& error) {
+        return HelpWindow::factory(m_suite.store.get())(file, error);
+    });
+    m_commands->setCommand(QStringLiteral("ID_Options"), [this] { ShowOptions(); });
+    m_help->setContextHooks([this] { resetLogOutTimeOut(); },
+                            [this] { return m_folderTree->currentNode().data(); });
+    m_commands->setCommand(QStringLiteral("ID_HelpContext"), [this] { m_help->ShowContextHelp(); });
+    m_commands->setCommand(QStringLiteral("ID_ContentsIndex"), [this] { m_help->DisplayeHelpTOC(); });
+    m_commands->setCommand(QStringLiteral("ID_GettingStarted"),
+                           [this] { m_help->DisplayHelpContext(HelpTopics::GettingStarted); });
+}
+
+// The subsystems' objects, made once the suite components exist, each with
+// the components it uses.
+void MainWindow::createSubsystems()
+{
+    createSecuritySession();
+    createOrganiser();
+    connectOrganiser();
+    m_commands->setCommand(QStringLiteral("ID_New"),
+                           [this] { PerformDocumentCommand(DocumentCommand::New); });
+    m_commands->setCommand(QStringLiteral("ID_Open"),
+                           [this] { PerformDocumentCommand(DocumentCommand::Open); });
+    m_commands->setCommand(QStringLiteral("ID_Run"),
+                           [this] { PerformDocumentCommand(DocumentCommand::Run); });
+    m_commands->setCommand(QStringLiteral("ID_ChangePassword"), [this] { m_security->ChangePassword(); });
+    m_commands->setCommand(QStringLiteral("ID_LogOut"), [this] { m_security->LogOut(); });
+    connect(m_statusBar, &StatusBarControl::panelClick, this, [this](int panel) {
+        if (panel == SecuritySession::SessionPanel)
+            m_security->ShowSessionInformation();
+    });
+}
+
+// The folder tree, the file list's logic and the document commands.
 void MainWindow::createOrganiser()
 {
     auto reset = [this] { resetLogOutTimeOut(); };
-    m_organiserTree = std::make_unique<OrganiserTree>(*m_folderTree, *m_fileList, *m_shortcutsBar, m_globals);
+    OrganiserTreeSources sources{*m_suite.resources,
+                                 *m_suite.settings,
+                                 *m_suite.paths,
+                                 *m_suite.drivers,
+                                 m_suite.instrumentDriversInUse,
+                                 [this] { return WelcomePage::PageFile(*m_suite.settings, *m_suite.paths); }};
+    m_organiserTree =
+        std::make_unique<OrganiserTree>(*m_folderTree, *m_fileList, *m_shortcutsBar, std::move(sources));
     m_treeNavigation = std::make_unique<TreeNavigation>(*m_folderTree, *m_organiserTree);
-    m_fileView = std::make_unique<FileView>(*m_folderTree, *m_fileList, *m_toolBars, m_globals, reset);
+    m_fileView = std::make_unique<FileView>(*m_folderTree, *m_fileList, *m_toolBars, *m_suite.settings,
+                                            *m_suite.paths, m_suite.instrumentDriversInUse, reset);
     m_documentCommands = std::make_unique<DocumentCommands>(*m_folderTree, reset);
     m_documentCommands->setHelp([this](int topic) { m_help->DisplayHelpContext(topic); });
+    connectShellNotifications();
+}
+
+// The change notifications act on the tree's branch operations, the file
+// list and the preview; they watch the parent folder of the data folders.
+void MainWindow::connectShellNotifications()
+{
+    NotificationTargets targets;
+    OrganiserTree& tree = *m_organiserTree;
+    targets.IsThisFolderANebraFolder = [&tree](const QString& p) { return tree.IsThisFolderANebraFolder(p); };
+    targets.IsThisCurrentFolder = [&tree](const QString& p) { return tree.IsThisCurrentFolder(p); };
+    targets.IsThisFileInCurrentFolder = [&tree](const QString& p) {
+        return tree.IsThisFileInCurrentFolder(p);
+    };
+    targets.AddExplorerBranch = [&tree](const QString& p) { return tree.AddExplorerBranch(p); };
+    targets.RemoveExplorerBranch = [&tree](const QString& p) { return tree.RemoveExplorerBranch(p); };
+    targets.RenameExplorerBranch = [&tree](const QString& from, const QString& to) {
+        return tree.RenameExplorerBranch(from, to);
+    };
+    targets.GoToOrganiserNode = [this] { m_treeNavigation->GoToOrganiserNode(); };
+    targets.refreshFileList = [this] { m_fileList->refresh(); };
+    targets.fileListItemCount = [this] { return m_fileList->itemCount(); };
+    targets.previewCurrentItem = [this] {
+        const FileListItem item = m_fileList->currentItem();
+        if (!item.isValid() || !m_preview)
+            return;
+        const PreviewItem preview{item.path(), item.isFolder()};
+        m_preview->ShowPreview(&preview);
+    };
+    m_notifications->setTargets(std::move(targets));
+    // Watching starts before the data folders are made on a first start, so
+    // their parent is made here if need be (making the data folders would
+    // make it a moment later anyway).
+    m_notifications->setWatchedRoots([this] {
+        const QString parent = m_suite.paths->ParentDirectory();
+        QDir().mkpath(parent);
+        return QStringList{parent};
+    });
+    m_notifications->setWindowId([this] { return quintptr(winId()); });
+}
+
+// The events that tie the organiser's objects to the controls.
+void MainWindow::connectOrganiser()
+{
     connect(
         m_folderTree, &FolderTreeControl::currentNodeChanged, this,
         [this](const FolderNode& node, int state) { m_treeNavigation->OnCurrentNodeChanged(node, state); });
     m_fileView->connectEvents();
-    connect(m_folderTree, &FolderTreeControl::buttonClicked, this, &MainWindow::PerformDocumentCommand);
+    // The tree's button keys are the document commands' numbers; other keys are not commands.
+    connect(m_folderTree, &FolderTreeControl::buttonClicked, this,
+            [this](int key) { PerformDocumentCommand(static_cast<DocumentCommand>(key)); });
     connect(m_fileView.get(), &FileView::folderAppeared, this,
             [this](const QString& path) { m_organiserTree->AddExplorerBranch(path); });
     connect(m_fileView.get(), &FileView::folderVanished, this,
             [this](const QString& path) { m_organiserTree->RemoveExplorerBranch(path); });
+    // A shortcuts-bar item's key is the folder kind of the node it leads to.
     connect(m_shortcutsBar, &ShortcutsBar::itemClicked, this, [this](const QString& key) {
-        m_folderTree->setCurrentNode(m_organiserTree->nodeForKind(key.toInt()));
+        m_folderTree->setCurrentNode(m_organiserTree->nodeForKind(folderKindFromData(key.toInt())));
     });
 }
 
-void MainWindow::PerformDocumentCommand(int command)
+void MainWindow::PerformDocumentCommand(DocumentCommand command)
 {
     m_documentCommands->PerformDocumentCommand(command);
 }
@@ -265,18 +365,20 @@ void MainWindow::PerformDocumentCommand(int command)
 void MainWindow::createSecuritySession()
 {
     auto factory = [this](QString* error) {
-        return NebraSecurityManager::create(*m_globals.store, m_options.securityManager, error);
+        return NebraSecurityManager::create(*m_suite.store, m_options.securityManager, error);
     };
     SecuritySessionHooks hooks{[this] { UnloadAllExceptMain(); }, [this] { close(); }, m_options.endProcess};
-    m_security = std::make_unique<SecuritySession>(m_globals, this, *m_toolBars, *m_statusBar,
-                                                   *m_authorisation, factory, std::move(hooks));
+    m_security = std::make_unique<SecuritySession>(*m_suite.settings, this, *m_toolBars, *m_statusBar,
+                                                   factory, std::move(hooks));
+    m_authorisation = std::make_unique<Authorisation>(*m_security, this);
 }
 
 void MainWindow::createDataFolders()
 {
     m_dataFolders = std::make_unique<DataFolders>(
-        *m_globals.paths, *m_globals.settings,
-        [this]() -> const HLDCollection& { return m_globals.drivers(); }, m_options.fileSystemFactory);
+        *m_suite.paths, *m_suite.settings,
+        [this]() -> const HLDCollection& { return m_suite.drivers->collection(); },
+        m_options.fileSystemFactory);
 }
 
 MainWindow::LoadOutcome MainWindow::Load()
@@ -333,11 +435,16 @@ void MainWindow::showFromOtherInstance()
 
 void MainWindow::UnloadAllExceptMain()
 {
+    if (m_optionsCommand)
+        m_optionsCommand->Unload();
+    m_help->CloseHelpIfOpen();
     QWidget* active = QApplication::activeWindow();
     if (active && active != this)
         active->close();
+    // Hidden windows too: a dialog kept between showings must not survive the session.
+    // Menus and pop-ups are parts of other windows, not windows of their own.
     for (QWidget* window : QApplication::topLevelWidgets())
-        if (window != this && window->isVisible())
+        if (window != this && !(window->windowType() == Qt::Popup || window->windowType() == Qt::ToolTip))
             window->close();
 }
 
@@ -354,10 +461,13 @@ void MainWindow::Unload()
     m_unloaded = true;
     // A window whose load did not complete keeps the stored mode unchanged.
     if (m_mainWindowLoaded)
-        m_globals.settings->SetExplorerModeFlag(m_folderTree->displayMode() == 2);
+        m_suite.settings->SetExplorerModeFlag(m_folderTree->displayMode() == 2);
     m_help->CloseHelpIfOpen();
     m_notifications->TerminateSHCNENotification();
-    if (m_globals.SecurityEnabled && m_security)
+    if (m_optionsCommand)
+        m_optionsCommand->Unload();
+    // A window whose start-up ended early may have no session.
+    if (m_security)
         m_security->CloseSession();
 }
 

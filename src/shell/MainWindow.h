@@ -1,8 +1,9 @@
 #pragma once
 
+#include "DocumentCommand.h"
 #include "FileSystemObject.h"
-#include "Globals.h"
 #include "SecurityManagerOptions.h"
+#include "SuiteComponents.h"
 
 #include <QCoreApplication>
 #include <QMainWindow>
@@ -25,6 +26,7 @@ class FileListControl;
 class FileView;
 class FolderTreeControl;
 class HelpSystem;
+class NewProtocolWizards;
 class PlateLayoutViewer;
 class PreviewPane;
 class SecuritySession;
@@ -35,6 +37,7 @@ class SplashScreen;
 class StatusBarControl;
 class ToolBarsControl;
 class WelcomePage;
+class OptionsCommand;
 class OrganiserTree;
 class TreeNavigation;
 
@@ -78,7 +81,8 @@ public:
     // Closes every other window of the program (used by a forced log-out).
     void UnloadAllExceptMain();
 
-    Globals& globals() { return m_globals; }
+    // The suite components, once the start-up has made them.
+    const SuiteComponents& suite() const { return m_suite; }
     const Options& options() const { return m_options; }
     ToolBarsControl& toolBars() const { return *m_toolBars; }
     StatusBarControl& statusBarControl() const { return *m_statusBar; }
@@ -86,35 +90,39 @@ public:
     FolderTreeControl& folderTree() const { return *m_folderTree; }
     FileListControl& fileList() const { return *m_fileList; }
     PlateLayoutViewer& plateLayoutViewer() const { return *m_plateViewer; }
+    CommandDispatcher& commands() const { return *m_commands; }
+    // Made by the start-up once the suite components exist.
+    OrganiserTree& organiserTree() const { return *m_organiserTree; }
+    ShellNotifications& shellNotifications() const { return *m_notifications; }
+    SecuritySession& securitySession() const { return *m_security; }
+    // The browser, the preview pane and the launcher of the suite's programs
+    // exist once the start-up has created the browser.
     BrowserControl* browser() const { return m_browser; }
-    // The preview pane, the launcher of the suite's programs and the welcome
-    // page's link handling exist once the browser has been created.
     PreviewPane* previewPane() const { return m_preview; }
     DocumentLauncher* launcher() const { return m_launcher.get(); }
-    WelcomePage* welcomePage() const { return m_welcome.get(); }
-    CommandDispatcher& commands() const { return *m_commands; }
-    SecuritySession* securitySession() const { return m_security.get(); }
-    // Permission checks and audit entries for the document operations.
-    Authorisation& authorisation() const { return *m_authorisation; }
-    ShellNotifications& shellNotifications() const { return *m_notifications; }
-    DataFolders* dataFolders() const { return m_dataFolders.get(); }
-    SingleInstance& singleInstance() const { return *m_singleInstance; }
-    OrganiserTree& organiserTree() const { return *m_organiserTree; }
-    TreeNavigation& treeNavigation() const { return *m_treeNavigation; }
-    FileView& fileView() const { return *m_fileView; }
-    DocumentCommands& documentCommands() const { return *m_documentCommands; }
     HelpSystem& help() const { return *m_help; }
+    // Made by the first Options command.
+    OptionsCommand* optionsCommand() const { return m_optionsCommand.get(); }
+    // The container of the panes, placed by the resize rule in the client area.
+    QWidget& panes() const { return *m_panes; }
 
-    // The document commands 605 to 608 of the tree's buttons and the tool bar.
-    void PerformDocumentCommand(int command);
+    // The Options command.
+    void ShowOptions();
+    // Re-points the instrument node at the driver CurrentHLD selects now.
+    void HandleChangedHLD();
+    // The shortcuts bar and the preview pane shown or hidden; the other panes take the room.
+    void setShortcutsBarShown(bool shown);
+    void setPreviewPaneShown(bool shown);
+    // The new-protocol wizards, once the launcher exists.
+    NewProtocolWizards* wizards() const { return m_wizards.get(); }
 
-    // The design geometry as recorded at the start of loading, in twips:
-    // left, top, width, height.
-    std::array<short, 4> recordedDesignGeometry() const { return m_designTwips; }
+    // The document commands of the tree's buttons and the tool bar.
+    void PerformDocumentCommand(DocumentCommand command);
 
 protected:
     void closeEvent(QCloseEvent* event) override;
     void changeEvent(QEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
     friend class StartUpSequence;
@@ -122,22 +130,31 @@ private:
     void createControls();
     void createPreviewArea(QSplitter* splitter);
     void connectCommands();
+    void createSubsystems();
+    void connectHelp();
     void createOrganiser();
+    void connectShellNotifications();
+    void connectOrganiser();
     void resetLogOutTimeOut();
     void createSecuritySession();
     void createDataFolders();
     void createBrowser();
     void createPreviewAndLaunching();
     void createLauncher();
+    void createWizards();
     void createWelcomePage();
+    void createOptionsCommand();
+    void refreshPreview();
+    void selectFolder(const QString& folder);
+    void applyResizeRule();
     void recordDesignGeometry();
     void restoreDesignGeometryAndMaximise();
     void showFromOtherInstance();
     void showSplash();
     void Unload();
 
-    Globals m_globals;
     Options m_options;
+    SuiteComponents m_suite;
     std::unique_ptr<SingleInstance> m_singleInstance;
     ToolBarsControl* m_toolBars = nullptr;
     StatusBarControl* m_statusBar = nullptr;
@@ -145,14 +162,16 @@ private:
     FolderTreeControl* m_folderTree = nullptr;
     FileListControl* m_fileList = nullptr;
     QWidget* m_previewArea = nullptr;
+    QWidget* m_panes = nullptr;
     PlateLayoutViewer* m_plateViewer = nullptr;
     BrowserControl* m_browser = nullptr;
     PreviewPane* m_preview = nullptr;
     std::unique_ptr<DocumentLauncher> m_launcher;
+    std::unique_ptr<NewProtocolWizards> m_wizards;
     std::unique_ptr<WelcomePage> m_welcome;
     CommandDispatcher* m_commands = nullptr;
-    std::unique_ptr<Authorisation> m_authorisation;
     std::unique_ptr<SecuritySession> m_security;
+    std::unique_ptr<Authorisation> m_authorisation;
     std::unique_ptr<ShellNotifications> m_notifications;
     std::unique_ptr<HelpSystem> m_help;
     std::unique_ptr<DataFolders> m_dataFolders;
@@ -160,6 +179,7 @@ private:
     std::unique_ptr<TreeNavigation> m_treeNavigation;
     std::unique_ptr<FileView> m_fileView;
     std::unique_ptr<DocumentCommands> m_documentCommands;
+    std::unique_ptr<OptionsCommand> m_optionsCommand;
     QPointer<SplashScreen> m_splash;
     std::array<short, 4> m_designTwips{};
     bool m_mainWindowLoaded = false;

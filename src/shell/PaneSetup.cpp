@@ -1,7 +1,9 @@
 #include "PaneSetup.h"
 
 #include "DiagnosticLog.h"
+#include "DocumentCommand.h"
 #include "FileListControl.h"
+#include "FolderKind.h"
 #include "FolderTreeControl.h"
 #include "MainWindow.h"
 #include "PlateLayoutViewer.h"
@@ -18,12 +20,23 @@ namespace {
 constexpr int SpacedButtonsFlag = 32;
 
 // Keys of the shortcuts-bar items: the folder kind of the tree node each leads to.
-const QString OrganiserKey = QStringLiteral("0");
-const QString InstrumentKey = QStringLiteral("1");
-const QString LayoutsKey = QStringLiteral("2");
-const QString ProtocolsKey = QStringLiteral("3");
-const QString ResultsKey = QStringLiteral("4");
-const QString ReportsKey = QStringLiteral("5");
+QString keyOf(FolderKind kind)
+{
+    return QString::number(toData(kind));
+}
+const QString OrganiserKey = keyOf(FolderKind::None);
+const QString InstrumentKey = keyOf(FolderKind::ReadConfigurations);
+const QString LayoutsKey = keyOf(FolderKind::Layouts);
+const QString ProtocolsKey = keyOf(FolderKind::Protocols);
+const QString ResultsKey = keyOf(FolderKind::Results);
+const QString ReportsKey = keyOf(FolderKind::Reports);
+
+void addDocumentButtons(FolderTreeControl& tree)
+{
+    tree.addButton(buttonKey(DocumentCommand::New), QStringLiteral("New"));
+    tree.addButton(buttonKey(DocumentCommand::Open), QStringLiteral("Open"));
+    tree.addButton(buttonKey(DocumentCommand::Run), QStringLiteral("Run"));
+}
 
 QIcon iconForKey(const QString& key)
 {
@@ -43,14 +56,14 @@ PaneSetup::PaneSetup(MainWindow& window) : m_window(window) {}
 void PaneSetup::ApplyShortcutsBarSetting() const
 {
     LogTraceBlock();
-    m_window.shortcutsBar().setMode(m_window.globals().settings->ShowShortcutsBar() ? 0 : 2);
+    m_window.shortcutsBar().setMode(m_window.suite().settings->ShowShortcutsBar() ? 0 : 2);
 }
 
 void PaneSetup::applyTreeDisplayMode() const
 {
     FolderTreeControl& tree = m_window.folderTree();
     tree.setDisplayMode(1);
-    if (m_window.globals().settings->ExplorerModeFlag())
+    if (m_window.suite().settings->ExplorerModeFlag())
         tree.setDisplayMode(2);
 }
 
@@ -65,19 +78,15 @@ void PaneSetup::addTreeButtons() const
     tree.addButton(Back, QStringLiteral("Back"));
     tree.addButton(Forward, QStringLiteral("Forward"));
     tree.addButton(Up, QStringLiteral("Up"));
-    if (m_window.globals().settings->ToolbarFlags() & SpacedButtonsFlag) {
+    if (m_window.suite().settings->ToolbarFlags() & SpacedButtonsFlag) {
         for (int key = FirstSpacer; key <= LastSpacer; ++key)
             tree.addButton(key, QStringLiteral(" "));
-        tree.addButton(New, QStringLiteral("New"));
-        tree.addButton(Open, QStringLiteral("Open"));
-        tree.addButton(Run, QStringLiteral("Run"));
+        addDocumentButtons(tree);
     } else {
         tree.addSeparator(Separator);
-        tree.addButton(New, QStringLiteral("New"));
-        tree.addButton(Open, QStringLiteral("Open"));
-        tree.addButton(Run, QStringLiteral("Run"));
+        addDocumentButtons(tree);
         tree.addSeparator(Separator);
-        tree.addButton(Help, QStringLiteral("Help"));
+        tree.addButton(buttonKey(DocumentCommand::Help), QStringLiteral("Help"));
         tree.addSeparator(Separator);
     }
     tree.setButtonEnabled(Back, false);
@@ -87,7 +96,7 @@ void PaneSetup::addTreeButtons() const
 
 void PaneSetup::buildShortcutsBar() const
 {
-    const Resources& res = *m_window.globals().resources;
+    const Resources& res = *m_window.suite().resources;
     ShortcutsBar& bar = m_window.shortcutsBar();
     const int tasks = bar.addGroup(res.LoadResString(Resources::TasksGroupCaption));
     bar.addItem(tasks, res.LoadResString(Resources::OrganiserCaption), OrganiserKey);
@@ -97,7 +106,7 @@ void PaneSetup::buildShortcutsBar() const
 
     const int folders = bar.addGroup(res.LoadResString(Resources::FoldersGroupCaption));
     bar.addItem(folders, res.LoadResString(Resources::OrganiserCaption), OrganiserKey);
-    if (m_window.globals().InstrumentDriversInUse)
+    if (m_window.suite().instrumentDriversInUse)
         bar.addItem(folders, res.LoadResString(Resources::InstrumentDataCaption), InstrumentKey);
     bar.addItem(folders, res.LoadResString(Resources::LayoutsCaption), LayoutsKey);
     bar.addItem(folders, res.LoadResString(Resources::ProtocolsCaption), ProtocolsKey);
@@ -117,7 +126,9 @@ void PaneSetup::SetShortcutBarIcons() const
 void PaneSetup::showPanes() const
 {
     m_window.plateLayoutViewer().setBkColour(QColor(0xf4, 0xf6, 0xf8));
-    m_window.shortcutsBar().show();
+    const SuiteSettings& settings = *m_window.suite().settings;
+    m_window.setShortcutsBarShown(settings.ShowShortcutsBar());
+    m_window.setPreviewPaneShown(settings.ShowPreviewPane());
     m_window.folderTree().show();
     m_window.fileList().show();
 }

@@ -10,7 +10,7 @@ class PaneSetup
 public:
     explicit PaneSetup(MainWindow& window);
 
-    // Tree-pane button keys.
+    // Tree-pane button keys besides the document commands' own.
     enum ButtonKey
     {
         Forward = 500,
@@ -18,10 +18,6 @@ public:
         Up = 504,
         FirstSpacer = 600,
         LastSpacer = 604,
-        New = 605,
-        Open = 606,
-        Run = 607,
-        Help = 608,
         Separator = 609,
     };
 

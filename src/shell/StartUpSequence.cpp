@@ -2,7 +2,10 @@
 
 #include "DataFolders.h"
 #include "DiagnosticLog.h"
+#include "FileSystemObject.h"
 #include "FolderTreeControl.h"
+#include "HelpSystem.h"
+#include "InstalledDrivers.h"
 #include "Messages.h"
 #include "NebraSecurityManager.h"
 #include "OrganiserTree.h"
@@ -18,11 +21,10 @@
 
 #include <QApplication>
 #include <QCoreApplication>
-#include <QFileInfo>
 
 namespace nebra {
 
-StartUpSequence::StartUpSequence(MainWindow& window) : m_window(window), m_globals(window.globals()) {}
+StartUpSequence::StartUpSequence(MainWindow& window) : m_window(window), m_suite(window.m_suite) {}
 
 QString StartUpSequence::fileSystemMissingText()
 {
@@ -36,13 +38,14 @@ QString StartUpSequence::fileSystemMissingText()
 
 MainWindow::LoadOutcome StartUpSequence::run()
 {
-    m_globals.resources = std::make_unique<Resources>();
-    Messages::setApplicationTitle(m_globals.resources->LoadResString(Resources::ProductTitle));
+    m_suite.resources = std::make_unique<Resources>();
+    Messages::setApplicationTitle(m_suite.resources->LoadResString(Resources::ProductTitle));
     if (activatePreviousInstance())
         return MainWindow::LoadOutcome::DuplicateInstance;
     m_window.recordDesignGeometry();
     createSettingsAndPaths();
     openDiagnosticLog();
+    m_window.createSubsystems();
     LogTraceBlock();
     if (!startSecurity())
         return MainWindow::LoadOutcome::Ended;
@@ -69,19 +72,16 @@ QList<StartUpSequence::Step> StartUpSequence::loadingSteps()
     return {
         {1, done([] { QCoreApplication::processEvents(); })}, // lets the splash paint
         {2, [this] { return createFileSystemObject(); }},
-        {1, done([this] { m_window.shellNotifications().ActivateSHCNENotification(); })},
+        {1, done([this] { m_window.m_notifications->ActivateSHCNENotification(); })},
         {2, done([] {
              QApplication::setOverrideCursor(Qt::WaitCursor);
              QApplication::restoreOverrideCursor();
          })},
-        {3, done([this, panes]() {
-             m_globals.InstrumentDriversInUse = m_globals.settings->InstrumentDriversInUse();
-             panes.ApplyShortcutsBarSetting();
-         })},
+        {3, done([panes]() { panes.ApplyShortcutsBarSetting(); })},
         {0, done([panes]() { panes.applyTreeDisplayMode(); })},
         {2, done([this] {
              m_window.createDataFolders();
-             m_window.dataFolders()->CreateAnyMissingNebraDirectories();
+             m_window.m_dataFolders->CreateAnyMissingNebraDirectories();
          })},
         {2, done([this] { m_window.createBrowser(); })},
         {2, done([] {})}, // the panes' image lists are the style's icons: nothing to load
@@ -99,7 +99,7 @@ QList<StartUpSequence::Step> StartUpSequence::loadingSteps()
 
 bool StartUpSequence::activatePreviousInstance()
 {
-    SingleInstance& instance = m_window.singleInstance();
+    SingleInstance& instance = *m_window.m_singleInstance;
     if (!instance.IsAnotherInstanceRunning())
         return false;
     const QString duplicate = QStringLiteral("... duplicate instance.");
@@ -112,15 +112,23 @@ bool StartUpSequence::activatePreviousInstance()
 
 void StartUpSequence::createSettingsAndPaths()
 {
-    m_globals.store = std::make_unique<SettingsStore>();
-    m_globals.settings = std::make_unique<SuiteSettings>(*m_globals.store);
-    m_window.setWindowTitle(m_globals.settings->PlusCaption()
+    m_suite.store = std::make_unique<SettingsStore>();
+    m_suite.settings = std::make_unique<SuiteSettings>(*m_suite.store);
+    m_window.setWindowTitle(m_suite.settings->PlusCaption()
                                 ? QStringLiteral("Tallyo Plus")
-                                : m_globals.resources->LoadResString(Resources::ProductTitle));
-    m_globals.paths = std::make_unique<SuitePaths>(*m_globals.store);
-    m_globals.paths->Initialise();
-    if (!m_globals.store->warning().isEmpty())
-        Messages::show({m_globals.store->warning(),
+                                : m_suite.resources->LoadResString(Resources::ProductTitle));
+    m_suite.paths = std::make_unique<SuitePaths>(*m_suite.store);
+    m_suite.paths->Initialise();
+    m_suite.drivers = std::make_unique<InstalledDrivers>(*m_suite.paths);
+    // The Organiser goes on without drivers, but the user and the administrator learn why.
+    m_suite.drivers->setErrorReport([this](const QString& reason) {
+        qWarning("%s", qUtf8Printable(reason));
+        Messages::show({reason, {}, MessageIcon::Warning, MessageButton::Ok, MessageButton::Ok, &m_window});
+    });
+    m_suite.instrumentDriversInUse = m_suite.settings->InstrumentDriversInUse();
+    m_window.help().setHelpFilePath(HelpSystem::defaultHelpFile());
+    if (!m_suite.store->warning().isEmpty())
+        Messages::show({m_suite.store->warning(),
                         {},
                         MessageIcon::Warning,
                         MessageButton::Ok,
@@ -130,13 +138,13 @@ void StartUpSequence::createSettingsAndPaths()
 
 void StartUpSequence::openDiagnosticLog()
 {
-    SuiteSettings* settings = m_globals.settings.get();
-    m_globals.log = std::make_unique<DiagnosticLog>([settings] { return settings->DiagnosticLogLevel(); });
-    DiagnosticLog::setProcessWide(m_globals.log.get());
-    if (settings->DiagnosticLogLevel() > 0 && !m_globals.log->Open(m_globals.paths->LogFolder()))
+    SuiteSettings* settings = m_suite.settings.get();
+    m_suite.log = std::make_unique<DiagnosticLog>([settings] { return settings->DiagnosticLogLevel(); });
+    DiagnosticLog::setProcessWide(m_suite.log.get());
+    if (settings->DiagnosticLogLevel() > 0 && !m_suite.log->Open(m_suite.paths->LogFolder()))
         Messages::show({QStringLiteral("The diagnostic log \"%1\" cannot be written (%2). "
                                        "The Organiser runs without it.")
-                            .arg(m_globals.log->filePath(), m_globals.log->errorString()),
+                            .arg(m_suite.log->filePath(), m_suite.log->errorString()),
                         {},
                         MessageIcon::Warning,
                         MessageButton::Ok,
@@ -146,25 +154,25 @@ void StartUpSequence::openDiagnosticLog()
 
 bool StartUpSequence::startSecurity()
 {
-    m_globals.SecurityEnabled = false;
-    m_window.createSecuritySession();
-    if (m_window.securitySession()->StartSecuritySession() == SecuritySession::StartOutcome::EndProcess)
+    SecuritySession& session = *m_window.m_security;
+    if (session.StartSecuritySession() == SecuritySession::StartOutcome::EndProcess)
         return false;
-    if (!m_globals.SecurityEnabled)
+    if (!session.SecurityEnabled())
         return true;
-    m_globals.paths->SetSecurityManager(m_window.securitySession()->NebraSecurityManagerObj());
-    if (!QFileInfo::exists(m_globals.paths->SecuredFolder())) {
-        m_globals.settings->BeginFolderUpdate();
-        m_globals.paths->CreateSecuredFolder();
-        m_globals.settings->EndFolderUpdate();
+    m_suite.paths->SetSecurityManager(session.NebraSecurityManagerObj());
+    // A plain file of that name is no folder: the folder is still to be made.
+    if (!FileSystemObject().FolderExists(m_suite.paths->SecuredFolder())) {
+        m_suite.settings->BeginFolderUpdate();
+        m_suite.paths->CreateSecuredFolder();
+        m_suite.settings->EndFolderUpdate();
     }
     return true;
 }
 
 bool StartUpSequence::createFileSystemObject()
 {
-    m_globals.fileSystem = m_window.options().fileSystemFactory();
-    if (m_globals.fileSystem)
+    m_suite.fileSystem = m_window.options().fileSystemFactory();
+    if (m_suite.fileSystem)
         return true;
     Messages::show({fileSystemMissingText(), QStringLiteral("File Not Found"), MessageIcon::Critical,
                     MessageButton::Ok, MessageButton::Ok, &m_window});

@@ -38,7 +38,7 @@ private:
     QList<Step> loadingSteps();
 
     MainWindow& m_window;
-    Globals& m_globals;
+    SuiteComponents& m_suite;
 };
 
 } // namespace nebra

@@ -49,15 +49,17 @@ FolderBranches::FolderBranches(FolderTreeModel& nodes, ColourSource colour)
 {
 }
 
-void FolderBranches::SetFolderNodeAttributes(const FolderNode& node, const QString& path, int kind) const
+void FolderBranches::SetFolderNodeAttributes(const FolderNode& node, const QString& path,
+                                             FolderKind kind) const
 {
     setAttributes(node, path, kind, m_colour ? m_colour() : 0);
 }
 
-void FolderBranches::setAttributes(const FolderNode& node, const QString& path, int kind, quint32 colour)
+void FolderBranches::setAttributes(const FolderNode& node, const QString& path, FolderKind kind,
+                                   quint32 colour)
 {
     node.setFolderPath(path);
-    node.setData(kind);
+    node.setData(toData(kind));
     node.setDisplayFlagA(false);
     node.setDisplayStyle(FolderStyle);
     node.setDisplayFlagB(false);
@@ -65,7 +67,7 @@ void FolderBranches::setAttributes(const FolderNode& node, const QString& path, 
 }
 
 void FolderBranches::AddSubFolderNodes(const QString& folderPath, const FolderNode& parentNode,
-                                       int kind) const
+                                       FolderKind kind) const
 {
     Scan scan;
     scan.colour = m_colour ? m_colour() : 0;
@@ -79,7 +81,7 @@ void FolderBranches::AddSubFolderNodes(const QString& folderPath, const FolderNo
 }
 
 void FolderBranches::scanFolder(const QByteArray& rawPath, const QString& path, const FolderNode& parent,
-                                int kind, Scan& scan) const
+                                FolderKind kind, Scan& scan) const
 {
     const DirectoryReader::SubfolderListing listing = DirectoryReader::subfolders(rawPath);
     // A folder reached a second time (through a link or a bind mount) is not listed again.
@@ -125,7 +127,7 @@ bool FolderBranches::AddExplorerBranch(const QString& path) const
     if (!parent.isValid())
         return false;
     const FolderNode node = m_nodes.addNode(parent, path.mid(separator + 1));
-    SetFolderNodeAttributes(node, path, parent.data());
+    SetFolderNodeAttributes(node, path, folderKindFromData(parent.data()));
     return true;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "FolderKind.h"
 #include "FolderNode.h"
 
 #include <QString>
@@ -23,14 +24,14 @@ public:
     FolderBranches(FolderTreeModel& nodes, ColourSource colour);
 
     // The attributes every folder node below a top-level node carries.
-    void SetFolderNodeAttributes(const FolderNode& node, const QString& path, int kind) const;
+    void SetFolderNodeAttributes(const FolderNode& node, const QString& path, FolderKind kind) const;
 
     // Adds one child per subfolder of folderPath, in the listing's order, and
     // fills each the same way. Hidden folders count. A link to a folder is
     // shown once, as a node; its contents are shown only when no other node
     // shows that folder already, so link loops end and nothing repeats. An
     // unreadable or vanished folder simply gets no children.
-    void AddSubFolderNodes(const QString& folderPath, const FolderNode& parentNode, int kind) const;
+    void AddSubFolderNodes(const QString& folderPath, const FolderNode& parentNode, FolderKind kind) const;
 
     bool DoesPathAlreadyExistInTree(const QString& path) const;
     // The first node whose folder path is path (ignoring case), or none.
@@ -47,8 +48,8 @@ public:
 
 private:
     struct Scan;
-    static void setAttributes(const FolderNode& node, const QString& path, int kind, quint32 colour);
-    void scanFolder(const QByteArray& rawPath, const QString& path, const FolderNode& parent, int kind,
+    static void setAttributes(const FolderNode& node, const QString& path, FolderKind kind, quint32 colour);
+    void scanFolder(const QByteArray& rawPath, const QString& path, const FolderNode& parent, FolderKind kind,
                     Scan& scan) const;
 
     FolderTreeModel& m_nodes;

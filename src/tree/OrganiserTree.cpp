@@ -4,8 +4,8 @@
 #include "FileListControl.h"
 #include "FolderTreeControl.h"
 #include "FolderTreeModel.h"
-#include "Globals.h"
 #include "HLDCollection.h"
+#include "InstalledDrivers.h"
 #include "Resources.h"
 #include "ShortcutsBar.h"
 #include "SuitePaths.h"
@@ -19,13 +19,13 @@ namespace nebra {
 
 namespace {
 const QString RootPath = QStringLiteral("Organiser");
-const QString InstrumentKey = QStringLiteral("1");
+const QString InstrumentKey = QString::number(toData(FolderKind::ReadConfigurations));
 constexpr int FoldersGroup = 1;
 } // namespace
 
 OrganiserTree::OrganiserTree(FolderTreeControl& tree, FileListControl& list, ShortcutsBar& shortcuts,
-                             Globals& globals)
-    : m_tree(tree), m_list(list), m_shortcuts(shortcuts), m_globals(globals),
+                             OrganiserTreeSources sources)
+    : m_tree(tree), m_list(list), m_shortcuts(shortcuts), m_sources(std::move(sources)),
       m_branches(tree.nodes(), [&list] { return list.colour(); })
 {
 }
@@ -33,7 +33,7 @@ OrganiserTree::OrganiserTree(FolderTreeControl& tree, FileListControl& list, Sho
 void OrganiserTree::InitialiseOrganiserTree()
 {
     LogTraceBlock();
-    m_tree.setCaption(m_globals.resources->LoadResString(Resources::TreeCaption));
+    m_tree.setCaption(m_sources.resources.LoadResString(Resources::TreeCaption));
     m_tree.clear();
     m_instrument = {};
     LogTrace();
@@ -52,57 +52,61 @@ void OrganiserTree::InitialiseOrganiserTree()
 
 void OrganiserTree::addRootNode()
 {
-    m_root = m_tree.addNode(m_globals.resources->LoadResString(Resources::OrganiserCaption));
+    m_root = m_tree.addNode(m_sources.resources.LoadResString(Resources::OrganiserCaption));
     m_root.setFolderPath(RootPath);
-    m_root.setData(0);
+    m_root.setData(toData(FolderKind::None));
     m_root.setDisplayFlagA(true);
     m_root.setDisplayStyle(RootStyle);
     LogTrace();
-    m_root.setPage(welcomePageFile());
+    m_root.setPage(m_sources.welcomePage ? m_sources.welcomePage() : QString());
     LogTrace();
 }
 
 void OrganiserTree::addBranchNodes()
 {
-    const Resources& res = *m_globals.resources;
-    const SuitePaths& paths = *m_globals.paths;
-    if (m_globals.InstrumentDriversInUse) {
+    const Resources& res = m_sources.resources;
+    const SuitePaths& paths = m_sources.paths;
+    if (m_sources.instrumentDriversInUse) {
         const QString driver = selectedDriverName();
         if (!driver.isEmpty())
             m_instrument = addBranchNode(instrumentCaption(driver),
-                                         paths.ReadConfigurationsFolder() + QLatin1Char('/') + driver, 1);
+                                         paths.ReadConfigurationsFolder() + QLatin1Char('/') + driver,
+                                         FolderKind::ReadConfigurations);
     }
     LogTrace();
-    m_layouts = addBranchNode(res.LoadResString(Resources::LayoutsCaption), paths.LayoutsFolder(), 2);
-    m_protocols = addBranchNode(res.LoadResString(Resources::ProtocolsCaption), paths.ProtocolsFolder(), 3);
+    m_layouts = addBranchNode(res.LoadResString(Resources::LayoutsCaption), paths.LayoutsFolder(),
+                              FolderKind::Layouts);
+    m_protocols = addBranchNode(res.LoadResString(Resources::ProtocolsCaption), paths.ProtocolsFolder(),
+                                FolderKind::Protocols);
     LogTrace();
     AddResultsNode();
     LogTrace();
-    m_reports = addBranchNode(QStringLiteral("Reports"), paths.ReportsFolder(), 5);
+    m_reports = addBranchNode(QStringLiteral("Reports"), paths.ReportsFolder(), FolderKind::Reports);
     LogTrace();
 }
 
 void OrganiserTree::fillBranches()
 {
-    const SuitePaths& paths = *m_globals.paths;
-    if (!m_globals.settings->SuppressLayoutsBranch())
-        AddSubFolderNodes(paths.LayoutsFolder(), m_layouts, 2);
+    const SuitePaths& paths = m_sources.paths;
+    if (!m_sources.settings.SuppressLayoutsBranch())
+        AddSubFolderNodes(paths.LayoutsFolder(), m_layouts, FolderKind::Layouts);
     if (m_instrument.isValid())
-        AddSubFolderNodes(m_instrument.folderPath(), m_instrument, 1);
+        AddSubFolderNodes(m_instrument.folderPath(), m_instrument, FolderKind::ReadConfigurations);
     LogTrace();
-    AddSubFolderNodes(paths.ResultsFolder(), m_results, 4);
-    AddSubFolderNodes(paths.ProtocolsFolder(), m_protocols, 3);
-    AddSubFolderNodes(paths.ReportsFolder(), m_reports, 5);
+    AddSubFolderNodes(paths.ResultsFolder(), m_results, FolderKind::Results);
+    AddSubFolderNodes(paths.ProtocolsFolder(), m_protocols, FolderKind::Protocols);
+    AddSubFolderNodes(paths.ReportsFolder(), m_reports, FolderKind::Reports);
     LogTrace();
 }
 
-FolderNode OrganiserTree::addBranchNode(const QString& caption, const QString& path, int kind, int position)
+FolderNode OrganiserTree::addBranchNode(const QString& caption, const QString& path, FolderKind kind,
+                                        int position)
 {
     FolderTreeModel& nodes = m_tree.nodes();
     const FolderNode node =
         position < 0 ? nodes.addNode(m_root, caption) : nodes.insertNode(m_root, position, caption);
     node.setFolderPath(path);
-    node.setData(kind);
+    node.setData(toData(kind));
     node.setDisplayFlagA(true);
     node.setDisplayStyle(BranchStyle);
     node.setDisplayFlagB(true);
@@ -112,17 +116,17 @@ FolderNode OrganiserTree::addBranchNode(const QString& caption, const QString& p
 
 void OrganiserTree::AddResultsNode()
 {
-    m_results = addBranchNode(m_globals.resources->LoadResString(Resources::ResultsCaption),
-                              m_globals.paths->ResultsFolder(), 4);
+    m_results = addBranchNode(m_sources.resources.LoadResString(Resources::ResultsCaption),
+                              m_sources.paths.ResultsFolder(), FolderKind::Results);
 }
 
 // The stored driver index is put right when it names no installed driver.
 QString OrganiserTree::selectedDriverName() const
 {
-    const HLDCollection& drivers = m_globals.drivers();
+    const HLDCollection& drivers = m_sources.drivers.collection();
     if (drivers.Count() == 0)
         return {};
-    SuiteSettings& settings = *m_globals.settings;
+    SuiteSettings& settings = m_sources.settings;
     int index = settings.CurrentHLD();
     if (index < 1 || index > drivers.Count()) {
         index = 1;
@@ -133,26 +137,13 @@ QString OrganiserTree::selectedDriverName() const
 
 QString OrganiserTree::instrumentCaption(const QString& driverName) const
 {
-    if (m_globals.settings->InstrumentFlags() & InstrumentCaptionFlag)
-        return m_globals.resources->LoadResString(Resources::InstrumentDataCaption);
+    if (m_sources.settings.InstrumentFlags() & InstrumentCaptionFlag)
+        return m_sources.resources.LoadResString(Resources::InstrumentDataCaption);
     return driverName;
 }
 
-QString OrganiserTree::welcomePageFile() const
-{
-    if (m_welcomePage)
-        return m_welcomePage();
-    const SuiteSettings& settings = *m_globals.settings;
-    const QString programFolder = m_globals.paths->SuiteDataFolder();
-    if (!settings.OrganiserFile().isEmpty()) {
-        const QString folder = settings.PageFolder().isEmpty() ? programFolder : settings.PageFolder();
-        return folder + QLatin1Char('/') + settings.OrganiserFile();
-    }
-    return programFolder + (settings.UseAlternativeWelcomePage() ? QStringLiteral("/Organiser2.mht")
-                                                                 : QStringLiteral("/Organiser.mht"));
-}
-
-void OrganiserTree::AddSubFolderNodes(const QString& folderPath, const FolderNode& parentNode, int kind)
+void OrganiserTree::AddSubFolderNodes(const QString& folderPath, const FolderNode& parentNode,
+                                      FolderKind kind)
 {
     m_branches.AddSubFolderNodes(folderPath, parentNode, kind);
 }
@@ -163,7 +154,7 @@ void OrganiserTree::RecreateResultsNode()
         return;
     m_tree.beginUpdate();
     m_tree.nodes().removeChildren(m_results);
-    AddSubFolderNodes(m_globals.paths->ResultsFolder(), m_results, 4);
+    AddSubFolderNodes(m_sources.paths.ResultsFolder(), m_results, FolderKind::Results);
     m_tree.endUpdate();
 }
 
@@ -189,7 +180,7 @@ bool OrganiserTree::RenameExplorerBranch(const QString& oldPath, const QString& 
 
 bool OrganiserTree::IsThisFolderANebraFolder(const QString& path) const
 {
-    return TreePathRules::IsThisFolderANebraFolder(path, m_globals.paths->ParentDirectory());
+    return TreePathRules::IsThisFolderANebraFolder(path, m_sources.paths.ParentDirectory());
 }
 
 bool OrganiserTree::IsThisCurrentFolder(const QString& path) const
@@ -222,9 +213,10 @@ void OrganiserTree::SetupHLDNode(const QString& caption)
         position = m_tree.nodes().indexOf(m_instrument).row();
         m_tree.removeNode(m_instrument);
     }
-    m_instrument = addBranchNode(
-        caption, m_globals.paths->ReadConfigurationsFolder() + QLatin1Char('/') + driver, 1, position);
-    AddSubFolderNodes(m_instrument.folderPath(), m_instrument, 1);
+    m_instrument =
+        addBranchNode(caption, m_sources.paths.ReadConfigurationsFolder() + QLatin1Char('/') + driver,
+                      FolderKind::ReadConfigurations, position);
+    AddSubFolderNodes(m_instrument.folderPath(), m_instrument, FolderKind::ReadConfigurations);
     addInstrumentShortcut(caption);
     if (wasCurrent)
         m_tree.setCurrentNode(m_instrument);
@@ -245,24 +237,23 @@ void OrganiserTree::addInstrumentShortcut(const QString& caption)
                             QApplication::style()->standardIcon(QStyle::SP_DriveHDIcon));
 }
 
-FolderNode OrganiserTree::nodeForKind(int kind) const
+FolderNode OrganiserTree::nodeForKind(FolderKind kind) const
 {
     switch (kind) {
-    case 0:
+    case FolderKind::None:
         return m_root;
-    case 1:
+    case FolderKind::ReadConfigurations:
         return m_instrument;
-    case 2:
+    case FolderKind::Layouts:
         return m_layouts;
-    case 3:
+    case FolderKind::Protocols:
         return m_protocols;
-    case 4:
+    case FolderKind::Results:
         return m_results;
-    case 5:
+    case FolderKind::Reports:
         return m_reports;
-    default:
-        return {};
     }
+    return {};
 }
 
 } // namespace nebra

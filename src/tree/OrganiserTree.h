@@ -1,6 +1,7 @@
 #pragma once
 
 #include "FolderBranches.h"
+#include "FolderKind.h"
 #include "FolderNode.h"
 
 #include <QString>
@@ -11,16 +12,31 @@ namespace nebra {
 
 class FileListControl;
 class FolderTreeControl;
+class InstalledDrivers;
+class Resources;
 class ShortcutsBar;
-struct Globals;
+class SuitePaths;
+class SuiteSettings;
+
+// What the tree reads while it builds itself: captions, the folders, the
+// driver settings and the installed drivers, and the root's page.
+struct OrganiserTreeSources
+{
+    const Resources& resources;
+    SuiteSettings& settings;
+    const SuitePaths& paths;
+    InstalledDrivers& drivers;
+    // Read once at start-up: the suite runs with instrument drivers.
+    bool instrumentDriversInUse = false;
+    // The page shown for the root (the welcome page the settings choose).
+    std::function<QString()> welcomePage;
+};
 
 // The Organiser's folder tree: the "Organiser" root, one top-level branch
 // per kind of document folder, each filled from the disk, and the branch
 // operations by path. It keeps the main window's module state: the root and
 // the top-level nodes, and the shortcuts-bar item of the instrument node.
-//
-// Folder kinds (the node's Data): 0 root, 1 instrument data, 2 microplate
-// layouts, 3 protocols, 4 results, 5 reports.
+// Each node's Data is its FolderKind.
 class OrganiserTree
 {
 public:
@@ -29,13 +45,14 @@ public:
     static constexpr int BranchStyle = 6;
     static constexpr int InstrumentCaptionFlag = 0x20;
 
-    OrganiserTree(FolderTreeControl& tree, FileListControl& list, ShortcutsBar& shortcuts, Globals& globals);
+    OrganiserTree(FolderTreeControl& tree, FileListControl& list, ShortcutsBar& shortcuts,
+                  OrganiserTreeSources sources);
 
     // Clears and builds the whole tree; writes one block and ten trace lines
     // to the diagnostic log.
     void InitialiseOrganiserTree();
     void AddResultsNode();
-    void AddSubFolderNodes(const QString& folderPath, const FolderNode& parentNode, int kind);
+    void AddSubFolderNodes(const QString& folderPath, const FolderNode& parentNode, FolderKind kind);
     void RecreateResultsNode();
 
     bool DoesPathAlreadyExistInTree(const QString& path) const;
@@ -52,6 +69,9 @@ public:
     // driver) under the root, in place of the one there, with its item in
     // the shortcuts bar's second group.
     void SetupHLDNode(const QString& caption);
+    // The instrument node's caption for a driver: its name, or the generic
+    // caption when the instrument settings ask for it.
+    QString instrumentCaption(const QString& driverName) const;
 
     FolderNode rootNode() const { return m_root; }
     FolderNode instrumentNode() const { return m_instrument; }
@@ -59,28 +79,22 @@ public:
     FolderNode protocolsNode() const { return m_protocols; }
     FolderNode resultsNode() const { return m_results; }
     FolderNode reportsNode() const { return m_reports; }
-    // The node a shortcuts-bar item leads to: its key is the folder kind.
-    FolderNode nodeForKind(int kind) const;
-
-    // The page shown for the root; by default the welcome page the settings choose.
-    void setWelcomePageSource(std::function<QString()> source) { m_welcomePage = std::move(source); }
+    // The top-level node of a kind (the root for None); invalid for other values.
+    FolderNode nodeForKind(FolderKind kind) const;
 
 private:
     void addRootNode();
     void addBranchNodes();
     void fillBranches();
-    FolderNode addBranchNode(const QString& caption, const QString& path, int kind, int position = -1);
+    FolderNode addBranchNode(const QString& caption, const QString& path, FolderKind kind, int position = -1);
     QString selectedDriverName() const;
-    QString instrumentCaption(const QString& driverName) const;
-    QString welcomePageFile() const;
     void addInstrumentShortcut(const QString& caption);
 
     FolderTreeControl& m_tree;
     FileListControl& m_list;
     ShortcutsBar& m_shortcuts;
-    Globals& m_globals;
+    OrganiserTreeSources m_sources;
     FolderBranches m_branches;
-    std::function<QString()> m_welcomePage;
 
     FolderNode m_root;
     FolderNode m_instrument;

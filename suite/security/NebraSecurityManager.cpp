@@ -182,8 +182,11 @@ void NebraSecurityManager::ResetTimeOut()
 
 void NebraSecurityManager::SessionChangePassword(QWidget* owner)
 {
-    if (m_user)
-        changePassword(owner, m_user->name, nullptr);
+    if (!m_user)
+        return;
+    // A copy: a change that locks the account ends the session, which frees m_user.
+    const QString userName = m_user->name;
+    changePassword(owner, userName, nullptr);
 }
 
 bool NebraSecurityManager::changePassword(QWidget* owner, const QString& userName,

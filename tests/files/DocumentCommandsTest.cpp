@@ -15,7 +15,7 @@ namespace {
 struct Commands
 {
     OrganiserWorld world;
-    OrganiserTree tree{*world.tree, *world.list, *world.shortcuts, world.globals};
+    OrganiserTree tree{*world.tree, *world.list, *world.shortcuts, world.treeSources()};
     int resets = 0;
     DocumentCommands commands{*world.tree, [this] { ++resets; }};
 
@@ -62,11 +62,11 @@ private Q_SLOTS:
         c.world.tree->setCurrentNode(nodes[where]);
         if (answer)
             messages.answer(answer);
-        c.commands.PerformDocumentCommand(605);
+        c.commands.PerformDocumentCommand(DocumentCommand::New);
         QCOMPARE(c.resets, 2); // before and after
         QCOMPARE(c.world.tree->currentNode(), nodes.value(whereAfter, nodes[where]));
-        c.commands.PerformDocumentCommand(606);
-        c.commands.PerformDocumentCommand(999);
+        c.commands.PerformDocumentCommand(DocumentCommand::Open);
+        c.commands.PerformDocumentCommand(static_cast<DocumentCommand>(999));
         QCOMPARE(messages.count(), whereAfter.isEmpty() ? 0 : 1);
         if (whereAfter.isEmpty())
             return;

@@ -65,7 +65,7 @@ private Q_SLOTS:
         context.audit = [this](const QString& entry) { m_events << "audit " + entry; };
         context.selectedDocumentPath = [this] { return m_document; };
         context.securityEnabled = [this] { return m_secured; };
-        context.startProtocolWizard = [this] { m_events << QStringLiteral("wizard"); };
+        context.startNewProtocolWizard = [this] { m_events << QStringLiteral("wizard"); };
         m_launcher = std::make_unique<DocumentLauncher>(*m_paths, std::move(context));
     }
 

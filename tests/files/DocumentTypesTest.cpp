@@ -33,7 +33,7 @@ private Q_SLOTS:
         QFETCH(int, type);
         QFETCH(bool, singleFile);
         QFETCH(States, expected);
-        QCOMPARE(DocumentTypes::commandStates(type, singleFile), expected);
+        QCOMPARE(DocumentTypes::commandStates(folderKindFromData(type), singleFile), expected);
     }
 
     void renameKeepsTheExtension_data()

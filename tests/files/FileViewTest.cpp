@@ -19,8 +19,9 @@ struct Organiser
 {
     OrganiserWorld world;
     double clock = 1000.0;
-    OrganiserTree tree{*world.tree, *world.list, *world.shortcuts, world.globals};
-    FileView view{*world.tree, *world.list, *world.tools, world.globals, {}, [this] { return clock; }};
+    OrganiserTree tree{*world.tree, *world.list, *world.shortcuts, world.treeSources()};
+    FileView view{*world.tree, *world.list, *world.tools, world.settings,
+                  world.paths, true,        {},           [this] { return clock; }};
     QStringList previews; // "show <name>" or "clear"
 
     // Writes the files (relative to My Assays), builds the tree and selects the node.
@@ -29,6 +30,7 @@ struct Organiser
         for (const QString& file : files)
             writeFile(world.data(file), file.toUtf8());
         view.connectEvents();
+        view.setCanCreateProtocol(true);
         view.setPreviewHandlers([this](const FileListItem& item) { previews << "show " + item.name(); },
                                 [this](bool) { previews << QStringLiteral("clear"); });
         QObject::connect(&view, &FileView::folderAppeared, world.tree,
@@ -50,8 +52,8 @@ struct Organiser
     QString commands() const // New, Open, Run as "tree/tools" bits, e.g. "110/110"
     {
         QString text;
-        for (int key : {605, 606, 607})
-            text += world.tree->isButtonEnabled(key) ? '1' : '0';
+        for (DocumentCommand command : {DocumentCommand::New, DocumentCommand::Open, DocumentCommand::Run})
+            text += world.tree->isButtonEnabled(buttonKey(command)) ? '1' : '0';
         text += '/';
         for (const char* id : {"ID_New", "ID_Open", "ID_Run"})
             text += world.tools->isToolEnabled(QLatin1String(id)) ? '1' : '0';
@@ -84,6 +86,12 @@ private Q_SLOTS:
         QCOMPARE(o.previews, QStringList{QStringLiteral("show Newest.apr")});
         QCOMPARE(o.view.CurrentDocumentTypeName(), QStringLiteral("Assay Protocol"));
         QCOMPARE(o.commands(), QStringLiteral("111/111"));
+        // Without a wizard to start, New cannot make a protocol.
+        o.view.setCanCreateProtocol(false);
+        o.view.UpdateDocumentCommands();
+        QCOMPARE(o.commands(), QStringLiteral("011/011"));
+        o.view.setCanCreateProtocol(true);
+        o.view.UpdateDocumentCommands();
         // Open and Run need exactly one file: not two, not a folder.
         o.item(QStringLiteral("Old.apr")).setSelected(true);
         QCOMPARE(o.commands(), QStringLiteral("100/100"));
@@ -98,7 +106,7 @@ private Q_SLOTS:
         // The root keeps the list and the type name, with the commands off.
         o.world.tree->setCurrentNode(o.tree.rootNode());
         QCOMPARE(o.view.CurrentDocumentTypeName(), QStringLiteral("Assay Protocol"));
-        QCOMPARE(o.world.list->folder(), o.world.globals.paths->ProtocolsFolder());
+        QCOMPARE(o.world.list->folder(), o.world.paths.ProtocolsFolder());
         QCOMPARE(o.commands(), QStringLiteral("000/000"));
         o.world.tree->setCurrentNode(o.tree.reportsNode()); // every file, with or without extension
         QCOMPARE(o.world.list->filter(), QStringLiteral("*.*"));

@@ -1,6 +1,7 @@
 #include "DataFolders.h"
 #include "HLDCollection.h"
 #include "MessageRecorder.h"
+#include "ParentDirectoryRules.h"
 #include "SettingsStore.h"
 #include "SuitePaths.h"
 #include "SuiteSettings.h"
@@ -10,7 +11,10 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <unistd.h>
+
 using namespace nebra;
+using nebra::test::makeFolder;
 using nebra::test::MessageRecorder;
 using nebra::test::writeFile;
 
@@ -192,6 +196,60 @@ private Q_SLOTS:
         QCOMPARE(messages.last().icon, answer ? MessageIcon::Question : MessageIcon::Warning);
         QCOMPARE(messages.last().buttons,
                  answer ? int(MessageButton::Yes | MessageButton::No) : int(MessageButton::Ok));
+    }
+
+    // What the file system could never hold or would refuse to make is
+    // refused before anything is made, with the settings file untouched.
+    void unusableParentDirectoriesAreRefused_data()
+    {
+        QTest::addColumn<QString>("typed"); // %1: the test's folder
+        QTest::addColumn<QString>("message");
+        QTest::addColumn<bool>("readOnly"); // the test's "Locked" folder cannot be written to
+        const QString tooLong = QStringLiteral("The specified parent directory path is too long.");
+        const QString cannotCreate = QStringLiteral("The specified parent directory cannot be created:\r\n"
+                                                    "the folder it belongs in cannot be written to.");
+        // clang-format off
+        QTest::newRow("empty") << "   " << "Please type the parent directory for data files." << false;
+        QTest::newRow("relative") << "Data/Assays" << "The specified parent directory path is incomplete.\r\n"
+                                      "Type the full path of the folder, beginning with /." << false;
+        QTest::newRow("a name too long") << "%1/" + QString(300, 'a') << tooLong << false;
+        QTest::newRow("a path too long") << "%1" + QString("/abcdefghij").repeated(400) << tooLong << false;
+        QTest::newRow("a file") << "%1/notes.txt" << "The specified parent directory is a file, not a folder." << false;
+        QTest::newRow("new in a read-only folder") << "%1/Locked/New" << cannotCreate << true;
+        QTest::newRow("read-only, subfolders missing") << "%1/Locked"
+            << ParentDirectoryRules::readOnlySubfoldersText() << true;
+        // clang-format on
+    }
+
+    void unusableParentDirectoriesAreRefused()
+    {
+        QFETCH(QString, typed);
+        QFETCH(QString, message);
+        QFETCH(bool, readOnly);
+        if (readOnly && ::geteuid() == 0)
+            QSKIP("The administrator writes into read-only folders; run as a user to test them");
+        Fixture f;
+        writeFile(f.dir.filePath("notes.txt"), "not a folder");
+        makeFolder(f.dir.filePath("Locked"));
+        QFile::setPermissions(f.dir.filePath("Locked"), QFileDevice::ReadOwner | QFileDevice::ExeOwner);
+        const QStringList before = f.subfolders(f.dir.path());
+        QFile settingsFile(f.dir.filePath("Suite.ini"));
+        QVERIFY(settingsFile.open(QIODevice::ReadOnly));
+        const QByteArray settingsBefore = settingsFile.readAll();
+        settingsFile.close();
+        MessageRecorder messages;
+        QString text = typed.contains("%1") ? typed.arg(f.dir.path()) : typed;
+        QVERIFY(!f.folders().ApplyParentDirectory(text));
+        QCOMPARE(messages.count(), 1);
+        QCOMPARE(messages.last().text, message);
+        QCOMPARE(messages.last().title, QStringLiteral("Folder Specification Error"));
+        QCOMPARE(messages.last().icon, MessageIcon::Warning);
+        QCOMPARE(f.subfolders(f.dir.path()), before);
+        QVERIFY(f.subfolders(f.dir.filePath("Locked")).isEmpty());
+        QVERIFY(settingsFile.open(QIODevice::ReadOnly));
+        QCOMPARE(settingsFile.readAll(), settingsBefore);
+        QFile::setPermissions(f.dir.filePath("Locked"),
+                              QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
     }
 };
 

@@ -1,82 +1,114 @@
 #include "Authorisation.h"
 #include "DialogScript.h"
-#include "Globals.h"
 #include "MessageRecorder.h"
 #include "NebraSecurityManager.h"
 #include "SecurityFixture.h"
+#include "SecuritySession.h"
+#include "StatusBarControl.h"
+#include "SuiteSettings.h"
+#include "ToolBarsControl.h"
 
+#include <QMainWindow>
+#include <QStatusBar>
 #include <QTest>
 
 using namespace nebra;
 using namespace nebra::test;
 
-// The permission checks and audit entries of document operations, inside a
-// real session and without one.
+Q_DECLARE_METATYPE(SecuritySession::State)
+
+// The permission checks and audit entries of document operations, in each
+// state of a real session.
 class AuthorisationTest : public QObject
 {
     Q_OBJECT
 
     std::unique_ptr<SecuritySite> m_site;
     std::unique_ptr<MessageRecorder> m_messages;
-    std::unique_ptr<NebraSecurityManager> m_manager;
-    std::unique_ptr<Globals> m_globals;
+    std::unique_ptr<QMainWindow> m_window;
+    std::unique_ptr<SettingsStore> m_store;
+    std::unique_ptr<SuiteSettings> m_settings;
+    std::unique_ptr<SecuritySession> m_session;
     std::unique_ptr<Authorisation> m_authorisation;
+
+    // A session brought to the state: NotConfigured without security, Active
+    // after jsmith's log-in, Ended after jsmith has logged out again.
+    void startSession(SecuritySession::State state)
+    {
+        m_store = std::make_unique<SettingsStore>();
+        m_store->setValue(QStringLiteral("Settings/SecurityConfigured"),
+                          state != SecuritySession::State::NotConfigured);
+        m_settings = std::make_unique<SuiteSettings>(*m_store);
+        auto* tools = new ToolBarsControl(m_window.get());
+        auto* panels = new StatusBarControl(m_window->statusBar(), 3);
+        auto factory = [](QString* error) {
+            return NebraSecurityManager::create(SettingsStore(), {}, error);
+        };
+        m_session = std::make_unique<SecuritySession>(*m_settings, nullptr, *tools, *panels, factory,
+                                                      SecuritySessionHooks{});
+        DialogScript dialogs;
+        dialogs.logIn(QStringLiteral("jsmith"), QStringLiteral("correct horse"));
+        QCOMPARE(m_session->StartSecuritySession(), SecuritySession::StartOutcome::Continue);
+        if (state == SecuritySession::State::Ended)
+            m_session->LogOut();
+        QCOMPARE(m_session->state(), state);
+        m_authorisation = std::make_unique<Authorisation>(*m_session, nullptr);
+        m_messages = std::make_unique<MessageRecorder>();
+    }
 
 private Q_SLOTS:
     void init()
     {
         m_site = std::make_unique<SecuritySite>(
             QStringList{"AuthorisationsGeneral/RunProtocol", "Instrumentation/SelectDriver"});
-        QString error;
-        m_manager = NebraSecurityManager::create(SettingsStore(), {}, &error);
-        QVERIFY2(m_manager, qPrintable(error));
-        DialogScript dialogs;
-        dialogs.logIn(QStringLiteral("jsmith"), QStringLiteral("correct horse"));
-        QVERIFY(m_manager->LogIn(nullptr));
-        m_globals = std::make_unique<Globals>();
-        m_globals->SecurityEnabled = true;
-        m_authorisation = std::make_unique<Authorisation>(
-            *m_globals, [this] { return m_manager.get(); }, nullptr);
-        m_messages = std::make_unique<MessageRecorder>();
+        m_window = std::make_unique<QMainWindow>();
     }
 
-    void cleanup() { m_messages.reset(); }
+    void cleanup()
+    {
+        m_messages.reset();
+        m_authorisation.reset();
+        m_session.reset();
+        m_window.reset();
+    }
 
     // The calling order of every document operation: check, then record.
     void onlyAnAllowedOperationIsRecorded_data()
     {
-        QTest::addColumn<bool>("session");
+        QTest::addColumn<SecuritySession::State>("state");
         QTest::addColumn<QString>("operation");
         QTest::addColumn<bool>("showMessage");
         QTest::addColumn<bool>("allowed");
-        QTest::newRow("no session: everything, silently") << false << "EditLayout" << true << true;
-        QTest::newRow("a right of the user") << true << "RunProtocol" << true << true;
-        QTest::newRow("refused with the message") << true << "EditLayout" << true << false;
-        QTest::newRow("refused silently") << true << "EditLayout" << false << false;
+        using State = SecuritySession::State;
+        QTest::newRow("no session: everything, silently")
+            << State::NotConfigured << "EditLayout" << true << true;
+        QTest::newRow("a right of the user") << State::Active << "RunProtocol" << true << true;
+        QTest::newRow("refused with the message") << State::Active << "EditLayout" << true << false;
+        QTest::newRow("refused silently") << State::Active << "EditLayout" << false << false;
+        QTest::newRow("ended: even a right, silently") << State::Ended << "RunProtocol" << true << false;
     }
 
     void onlyAnAllowedOperationIsRecorded()
     {
-        QFETCH(bool, session);
+        QFETCH(SecuritySession::State, state);
         QFETCH(QString, operation);
         QFETCH(bool, showMessage);
         QFETCH(bool, allowed);
-        m_globals->SecurityEnabled = session;
+        startSession(state);
         const QStringList before = m_site->fixture.auditTexts();
         QCOMPARE(m_authorisation->CanPerformSecurityOperation(QStringLiteral("AuthorisationsGeneral"),
                                                               operation, showMessage),
                  allowed);
-        if (allowed)
-            m_authorisation->AddAuditTrailEntryOperationGeneral(
-                QStringLiteral("Run protocol: ELISA IgG.apr"));
+        m_authorisation->AddAuditTrailEntryOperationGeneral(QStringLiteral("Run protocol: ELISA IgG.apr"));
         QString error;
         const AuditEntry last = m_site->fixture.open()->audit().entries(&error).last();
-        if (allowed && session)
+        if (state == SecuritySession::State::Active)
             QCOMPARE(last.userName + '|' + last.area + '|' + last.text,
                      QStringLiteral("jsmith|General|Run protocol: ELISA IgG.apr"));
         else
             QCOMPARE(m_site->fixture.auditTexts(), before);
-        QCOMPARE(m_messages->count(), int(!allowed && showMessage));
+        const bool refusalShown = !allowed && showMessage && state == SecuritySession::State::Active;
+        QCOMPARE(m_messages->count(), int(refusalShown));
         if (m_messages->count() == 0)
             return;
         const MessageRequest& box = m_messages->last();
@@ -90,6 +122,7 @@ private Q_SLOTS:
 
     void otherAreasAreAskedAsGiven()
     {
+        startSession(SecuritySession::State::Active);
         QVERIFY(m_authorisation->CanPerformSecurityOperation(QStringLiteral("Instrumentation"),
                                                              QStringLiteral("SelectDriver"), true));
         QVERIFY(!m_authorisation->CanPerformSecurityOperation(QStringLiteral("ParentDirectoryDataFiles"),

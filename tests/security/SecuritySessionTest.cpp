@@ -1,10 +1,10 @@
+#include "SecuritySession.h"
 #include "CommandDispatcher.h"
 #include "DialogScript.h"
 #include "MainWindow.h"
 #include "MessageRecorder.h"
 #include "NebraSecurityManager.h"
 #include "SecurityFixture.h"
-#include "SecuritySession.h"
 #include "StatusBarControl.h"
 #include "SuitePaths.h"
 #include "ToolBarsControl.h"
@@ -13,6 +13,7 @@
 #include <QApplication>
 #include <QDialog>
 #include <QLabel>
+#include <QPointer>
 #include <QStatusBar>
 #include <QTest>
 
@@ -79,7 +80,7 @@ private Q_SLOTS:
     {
         const std::unique_ptr<MainWindow> window = load(false);
         QVERIFY(window);
-        QVERIFY(!window->globals().SecurityEnabled);
+        QVERIFY(!window->securitySession().SecurityEnabled());
         QVERIFY(!window->statusBarControl().isPanelVisible(SecuritySession::SessionPanel));
         QVERIFY(!window->toolBars().isToolVisible(QStringLiteral("ID_LogOut")));
         QVERIFY(!window->toolBars().isToolVisible(QStringLiteral("ID_ChangePassword")));
@@ -123,15 +124,15 @@ private Q_SLOTS:
     {
         const std::unique_ptr<MainWindow> window = load(true);
         QVERIFY(window);
-        QVERIFY(window->globals().SecurityEnabled);
+        QCOMPARE(window->securitySession().state(), SecuritySession::State::Active);
         QCOMPARE(window->statusBarControl().panelText(SecuritySession::SessionPanel),
                  QStringLiteral("Logged in as: jsmith (Jane Smith)"));
         QVERIFY(window->statusBarControl().isPanelVisible(SecuritySession::SessionPanel));
         QVERIFY(window->toolBars().isToolVisible(QStringLiteral("ID_LogOut")));
         QVERIFY(window->toolBars().isToolVisible(QStringLiteral("ID_ChangePassword")));
-        QCOMPARE(window->globals().paths->SecurityManager(),
-                 window->securitySession()->NebraSecurityManagerObj());
-        QVERIFY(QFileInfo(window->globals().paths->SecuredFolder()).isDir());
+        QCOMPARE(window->suite().paths->SecurityManager(),
+                 window->securitySession().NebraSecurityManagerObj());
+        QVERIFY(QFileInfo(window->suite().paths->SecuredFolder()).isDir());
         QString error;
         const AuditEntry last = m_site->fixture.open()->audit().entries(&error).last();
         QCOMPARE(last.area + QLatin1Char('|') + last.text, QStringLiteral("General|Launch Welcome screen"));
@@ -176,6 +177,11 @@ private Q_SLOTS:
         QVERIFY(window);
         QDialog other; // another window of the program, open when the session ends
         other.show();
+        // A window hidden between showings (as the Options dialog is) must not outlive the session.
+        QPointer<QDialog> hidden = new QDialog;
+        hidden->setAttribute(Qt::WA_DeleteOnClose);
+        hidden->show();
+        hidden->hide();
         if (how == QLatin1String("time-out")) {
             m_now += 9 * 60 * 1000;
             QCoreApplication::processEvents();
@@ -188,15 +194,16 @@ private Q_SLOTS:
         } else if (how == QLatin1String("ID_LogOut")) {
             window->toolBars().action(how)->trigger();
         } else {
-            window->securitySession()->NebraSecurityManagerObj_UserLoggedOut(QStringLiteral("jsmith"), 2);
+            window->securitySession().NebraSecurityManagerObj_UserLoggedOut(QStringLiteral("jsmith"), 2);
         }
         QTRY_COMPARE_WITH_TIMEOUT(m_processEnds, 1, 5000);
         QCOMPARE(onlyMessage(), message);
         if (m_messages->count() == 1)
             QCOMPARE(m_messages->last().icon, MessageIcon::Information);
         QVERIFY(!other.isVisible());
+        QTRY_VERIFY_WITH_TIMEOUT(hidden.isNull(), 5000);
         QVERIFY(!window->isVisible());
-        QVERIFY(!window->globals().SecurityEnabled);
+        QVERIFY(!window->securitySession().SecurityEnabled());
         if (!audit.isEmpty())
             QCOMPARE(m_site->fixture.auditTexts().last(), audit);
     }

@@ -1,5 +1,8 @@
 #include "CommandDispatcher.h"
+#include "ToolBarsControl.h"
+#include "ToolDefinitions.h"
 
+#include <QMainWindow>
 #include <QTest>
 
 using namespace nebra;
@@ -7,6 +10,18 @@ using namespace nebra;
 class CommandDispatcherTest : public QObject
 {
     Q_OBJECT
+
+    // A window with the Organiser's tools and menus.
+    static std::unique_ptr<QMainWindow> windowWithTools(ToolBarsControl*& tools)
+    {
+        auto window = std::make_unique<QMainWindow>();
+        tools = new ToolBarsControl(window.get());
+        for (const ToolDefinition& tool : ToolDefinitions::tools())
+            tools->addTool(tool);
+        for (const auto& [menu, items] : ToolDefinitions::menus())
+            tools->addMenu(menu, items);
+        return window;
+    }
 
 private Q_SLOTS:
     void everyClickRestartsTheTimeOutBeforeAndAfter_data()
@@ -26,20 +41,31 @@ private Q_SLOTS:
         QFETCH(QString, id);
         QFETCH(QStringList, expected);
         QStringList calls;
-        CommandDispatcher dispatcher([&calls] { calls << QStringLiteral("reset"); });
+        ToolBarsControl* tools = nullptr;
+        const auto window = windowWithTools(tools);
+        CommandDispatcher dispatcher(*tools, [&calls] { calls << QStringLiteral("reset"); });
         for (const QString& command : CommandDispatcher::commandIds())
             QVERIFY(dispatcher.setCommand(command, [&calls, command] { calls << command; }));
         dispatcher.ToolClick(id);
         QCOMPARE(calls, expected);
     }
 
-    void onlyKnownIdsTakeACommand()
+    // A tool that does nothing must not look as if it did something.
+    void aToolIsEnabledExactlyWhileItHasACommand()
     {
-        CommandDispatcher dispatcher([] {});
-        QVERIFY(!dispatcher.setCommand(QStringLiteral("ID_HelpHelp"), [] {}));
-        QVERIFY(!dispatcher.setCommand(QStringLiteral("ID_File"), [] {}));
+        ToolBarsControl* tools = nullptr;
+        const auto window = windowWithTools(tools);
+        CommandDispatcher dispatcher(*tools, [] {});
+        for (const QString& id : CommandDispatcher::commandIds())
+            QVERIFY2(!tools->isToolEnabled(id), qPrintable(id));
+        QVERIFY(tools->isToolEnabled(QStringLiteral("ID_HelpHelp"))); // a drop-down, not a command
+        QVERIFY(dispatcher.setCommand(QStringLiteral("ID_Options"), [] {}));
+        QVERIFY(tools->isToolEnabled(QStringLiteral("ID_Options")));
+        QVERIFY(!tools->isToolEnabled(QStringLiteral("ID_ContentsIndex")));
+        QVERIFY(dispatcher.setCommand(QStringLiteral("ID_Options"), {}));
+        QVERIFY(!tools->isToolEnabled(QStringLiteral("ID_Options")));
     }
 };
 
-QTEST_GUILESS_MAIN(CommandDispatcherTest)
+QTEST_MAIN(CommandDispatcherTest)
 #include "CommandDispatcherTest.moc"

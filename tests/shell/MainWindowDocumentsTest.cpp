@@ -18,6 +18,7 @@
 
 #include <QAction>
 #include <QDateTime>
+#include <QListWidget>
 #include <QTreeView>
 #include <QWebEnginePage>
 #include <QWebEngineView>
@@ -229,7 +230,7 @@ private Q_SLOTS:
 
         window.toolBars().action(QStringLiteral("ID_Run"))->trigger();
         QCOMPARE(started(), argv({program("Assay Application"), protocol}));
-        tree.clickButton(607);
+        tree.clickButton(buttonKey(DocumentCommand::Run));
         QCOMPARE(started(), argv({program("Assay Application"), protocol}));
         window.toolBars().action(QStringLiteral("ID_Open"))->trigger();
         QCOMPARE(window.launcher()->lastCommandLine().text,
@@ -247,15 +248,34 @@ private Q_SLOTS:
         QCOMPARE(started(), argv({program("Read Configuration Editor"), protocol}));
 
         tree.setCurrentNode(window.organiserTree().protocolsNode().child(0));
-        tree.clickButton(607);
+        tree.clickButton(buttonKey(DocumentCommand::Run));
         QCOMPARE(started(), argv({program("Read Configuration Editor"),
                                   doc("Protocols/Ünï Lab/Assay \"Gold\" #1.apr")}));
 
         // Without a session the layout editor is told nothing: the command line ends in its blank.
         tree.setCurrentNode(window.organiserTree().layoutsNode());
-        tree.clickButton(605);
+        tree.clickButton(buttonKey(DocumentCommand::New));
         QCOMPARE(window.launcher()->lastCommandLine().text, '"' + program("Layout Editor") + "\" ");
         QCOMPARE(started(), argv({program("Layout Editor")}));
+        QCOMPARE(m_messages->count(), 0);
+    }
+
+    // New on Protocols opens a fresh wizard picker each time, listing the installed wizards.
+    void newOnProtocolsOpensTheWizardPicker()
+    {
+        MainWindow& window = load();
+        window.folderTree().setCurrentNode(window.organiserTree().protocolsNode());
+        QStringList listed;
+        m_dialogs->then([&](QDialog& picker) {
+            const auto* list = picker.findChild<QListWidget*>(QStringLiteral("ListView1"));
+            for (int row = 0; row < list->count(); ++row)
+                listed << list->item(row)->text();
+            return int(QDialog::Rejected);
+        });
+        QVERIFY(window.toolBars().action(QStringLiteral("ID_New"))->isEnabled());
+        window.toolBars().action(QStringLiteral("ID_New"))->trigger();
+        QCOMPARE(m_dialogs->shown(), QStringList{QStringLiteral("frmNewAssayProtocol")});
+        QCOMPARE(listed.value(0), QStringLiteral("Generic"));
         QCOMPARE(m_messages->count(), 0);
     }
 
@@ -269,7 +289,7 @@ private Q_SLOTS:
             {organiser.layoutsNode(), 9006},   {organiser.rootNode(), 9000}};
         for (const auto& [node, topic] : topics) {
             window.folderTree().setCurrentNode(node);
-            window.folderTree().clickButton(608);
+            window.folderTree().clickButton(buttonKey(DocumentCommand::Help));
             QCOMPARE(window.help().lastContext(), topic);
         }
     }

@@ -46,7 +46,7 @@ private Q_SLOTS:
         QCOMPARE(tree.currentNode(), organiser.protocolsNode());
         QCOMPARE(window.fileList().firstSelectedItem().name(), QStringLiteral("Elisa.apr"));
         QVERIFY(window.toolBars().isToolEnabled(QStringLiteral("ID_Run")));
-        QVERIFY(tree.isButtonEnabled(607));
+        QVERIFY(tree.isButtonEnabled(buttonKey(DocumentCommand::Run)));
         QVERIFY(tree.isButtonEnabled(504));
 
         // New from the tool bar and from the tree's button reach the primary-folder rule.
@@ -54,7 +54,7 @@ private Q_SLOTS:
         messages.answer(MessageButton::Cancel);
         window.toolBars().action(QStringLiteral("ID_New"))->trigger();
         QCOMPARE(messages.count(), 1);
-        tree.clickButton(605);
+        tree.clickButton(buttonKey(DocumentCommand::New));
         QCOMPARE(tree.currentNode(), organiser.layoutsNode());
         // Then the layout editor is started, and its missing program is reported.
         QCOMPARE(messages.count(), 3);

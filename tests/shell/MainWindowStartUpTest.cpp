@@ -2,6 +2,7 @@
 #include "FolderTreeControl.h"
 #include "MainWindow.h"
 #include "MessageRecorder.h"
+#include "OrganiserTree.h"
 #include "ShortcutsBar.h"
 #include "TestFiles.h"
 #include "ToolBarsControl.h"
@@ -9,6 +10,7 @@
 #include "WebEngineTestMain.h"
 
 #include <QAction>
+#include <QDir>
 #include <QFile>
 #include <QSettings>
 #include <QTest>
@@ -102,6 +104,42 @@ private Q_SLOTS:
         QCOMPARE(messages.count(), 1);
         QCOMPARE(messages.last().icon, MessageIcon::Warning);
         QVERIFY(messages.last().text.contains(QStringLiteral("Default settings are in effect")));
+    }
+
+    // A catalogue that is there but unusable is reported once, naming the
+    // file and the reason; the Organiser starts without drivers.
+    void anUnusableDriverCatalogueIsReported_data()
+    {
+        QTest::addColumn<QByteArray>("content"); // empty: a folder in the file's place
+        QTest::addColumn<QString>("reason");
+        QTest::newRow("not JSON") << QByteArray("{\"drivers\": [") << "is not a valid catalogue: ";
+        QTest::newRow("no driver list") << QByteArray("{\"drivers\": 3}") << "is not a valid catalogue.";
+        QTest::newRow("unreadable") << QByteArray() << "cannot be read: ";
+    }
+
+    void anUnusableDriverCatalogueIsReported()
+    {
+        QFETCH(QByteArray, content);
+        QFETCH(QString, reason);
+        UserFolders folders;
+        const QString catalogue = folders.root() + QStringLiteral("/drivers.json");
+        if (content.isEmpty())
+            QVERIFY(QDir().mkpath(catalogue));
+        else
+            writeFile(catalogue, content);
+        writeSettings(folders, {{QStringLiteral("Paths/DriverCatalogue"), catalogue},
+                                {QStringLiteral("Settings/InstrumentDriversInUse"), true}});
+        MessageRecorder messages;
+        QTest::ignoreMessage(QtWarningMsg,
+                             QRegularExpression(QStringLiteral("^The driver catalogue \".*drivers.json\" ")));
+        MainWindow window;
+        QCOMPARE(window.Load(), MainWindow::LoadOutcome::Loaded);
+        QCOMPARE(messages.count(), 1);
+        QCOMPARE(messages.last().icon, MessageIcon::Warning);
+        QVERIFY2(messages.last().text.startsWith(QStringLiteral("The driver catalogue \"") + catalogue +
+                                                 QStringLiteral("\" ") + reason),
+                 qPrintable(messages.last().text));
+        QVERIFY(!window.organiserTree().instrumentNode().isValid());
     }
 
     void missingFileSystemComponentEndsWithItsBox()

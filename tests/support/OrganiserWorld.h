@@ -1,8 +1,10 @@
 #pragma once
 
+#include "DocumentCommand.h"
 #include "FileListControl.h"
 #include "FolderTreeControl.h"
-#include "Globals.h"
+#include "InstalledDrivers.h"
+#include "OrganiserTree.h"
 #include "Resources.h"
 #include "SettingsStore.h"
 #include "ShortcutsBar.h"
@@ -25,7 +27,11 @@ namespace nebra::test {
 struct OrganiserWorld
 {
     QTemporaryDir dir;
-    Globals globals;
+    Resources resources;
+    SettingsStore store{dir.filePath("Suite.ini")};
+    SuiteSettings settings{store};
+    SuitePaths paths{store};
+    InstalledDrivers drivers{paths};
     QMainWindow window;
     ToolBarsControl* tools = nullptr;
     ShortcutsBar* shortcuts = nullptr;
@@ -34,27 +40,30 @@ struct OrganiserWorld
 
     OrganiserWorld()
     {
-        globals.resources = std::make_unique<Resources>();
-        globals.store = std::make_unique<SettingsStore>(dir.filePath("Suite.ini"));
-        globals.settings = std::make_unique<SuiteSettings>(*globals.store);
-        globals.paths = std::make_unique<SuitePaths>(*globals.store);
-        globals.paths->Initialise();
-        globals.paths->SetParentDirectory(dir.filePath("Data"));
+        paths.Initialise();
+        paths.SetParentDirectory(dir.filePath("Data"));
         const QString catalogue = dir.filePath("drivers.json");
         writeFile(catalogue, R"({"drivers":[{"FullName":"Reader One"},{"FullName":"Reader Two"}]})");
-        globals.store->setValue(QStringLiteral("Paths/DriverCatalogue"), catalogue);
-        globals.InstrumentDriversInUse = true;
+        store.setValue(QStringLiteral("Paths/DriverCatalogue"), catalogue);
         for (const QString& folder :
-             {globals.paths->LayoutsFolder(), globals.paths->ProtocolsFolder(),
-              globals.paths->ResultsFolder(), globals.paths->ReportsFolder(),
-              globals.paths->ReadConfigurationsFolder() + QStringLiteral("/Reader One")})
+             {paths.LayoutsFolder(), paths.ProtocolsFolder(), paths.ResultsFolder(), paths.ReportsFolder(),
+              paths.ReadConfigurationsFolder() + QStringLiteral("/Reader One")})
             makeFolder(folder);
         createControls();
     }
 
     QString data(const QString& relative) const
     {
-        return globals.paths->MyAssaysFolder() + QLatin1Char('/') + relative;
+        return paths.MyAssaysFolder() + QLatin1Char('/') + relative;
+    }
+
+    // What the tree reads, with instrument drivers in use or not; the root's
+    // page is the welcome page in the suite's data folder.
+    OrganiserTreeSources treeSources(bool instrumentDriversInUse = true)
+    {
+        return {resources, settings, paths, drivers, instrumentDriversInUse, [this] {
+                    return paths.SuiteDataFolder() + QStringLiteral("/Organiser.mht");
+                }};
     }
 
 private:
@@ -76,7 +85,10 @@ private:
         window.setCentralWidget(central);
         // clang-format off
         for (const auto& [key, caption] : {std::pair{501, "Back"}, {500, "Forward"}, {504, "Up"}, {609, ""},
-                                           {605, "New"}, {606, "Open"}, {607, "Run"}, {609, ""}, {608, "Help"}})
+                                           {buttonKey(DocumentCommand::New), "New"},
+                                           {buttonKey(DocumentCommand::Open), "Open"},
+                                           {buttonKey(DocumentCommand::Run), "Run"}, {609, ""},
+                                           {buttonKey(DocumentCommand::Help), "Help"}})
             key == 609 ? tree->addSeparator(key) : tree->addButton(key, QLatin1String(caption));
         // clang-format on
         list->addColumn(QStringLiteral("Comment"));

@@ -16,8 +16,13 @@ namespace {
 // The world and the tree logic on its controls; build() fills the tree.
 struct Organiser
 {
+    explicit Organiser(bool instrumentDriversInUse = true)
+        : tree(*world.tree, *world.list, *world.shortcuts, world.treeSources(instrumentDriversInUse))
+    {
+    }
+
     OrganiserWorld world;
-    OrganiserTree tree{*world.tree, *world.list, *world.shortcuts, world.globals};
+    OrganiserTree tree;
 
     void build() { tree.InitialiseOrganiserTree(); }
 };
@@ -56,7 +61,7 @@ private Q_SLOTS:
         QCOMPARE(root, o.tree.rootNode());
         QCOMPARE(root.text() + QLatin1Char(' ') + root.folderPath(), QStringLiteral("Organiser Organiser"));
         QVERIFY(root.page().endsWith(QStringLiteral("/Organiser.mht")));
-        const QString folders = o.world.globals.paths->MyAssaysFolder();
+        const QString folders = o.world.paths.MyAssaysFolder();
         QCOMPARE(childRows(root).join(QLatin1Char('\n')).replace(folders, QStringLiteral("~")),
                  QStringLiteral("Reader One [1] ~/Read Configurations/Reader One\n"
                                 "Microplate Layouts [2] ~/Microplate Layouts\n"
@@ -93,14 +98,13 @@ private Q_SLOTS:
         QFETCH(int, flags);
         QFETCH(QString, caption);
         QFETCH(int, indexAfter);
-        Organiser o;
-        o.world.globals.InstrumentDriversInUse = driversInUse;
-        o.world.globals.settings->SetCurrentHLD(storedIndex);
-        o.world.globals.store->setValue(QStringLiteral("Settings/InstrumentFlags"), flags);
+        Organiser o(driversInUse);
+        o.world.settings.SetCurrentHLD(storedIndex);
+        o.world.store.setValue(QStringLiteral("Settings/InstrumentFlags"), flags);
         o.build();
         QCOMPARE(o.tree.instrumentNode().text(), caption);
         QCOMPARE(o.tree.rootNode().childCount(), driversInUse ? 5 : 4);
-        QCOMPARE(o.world.globals.settings->CurrentHLD(), indexAfter);
+        QCOMPARE(o.world.settings.CurrentHLD(), indexAfter);
         if (driversInUse)
             QVERIFY(o.tree.instrumentNode().folderPath().endsWith(indexAfter == 2 ? "/Reader Two"
                                                                                   : "/Reader One"));
@@ -137,10 +141,10 @@ private Q_SLOTS:
         QVERIFY(o.tree.rootNode().isValid());
         // A file is in the list only by its exact name.
         writeFile(o.world.data("Protocols/Elisa.apr"));
-        o.world.list->setFolder(o.world.globals.paths->ProtocolsFolder());
+        o.world.list->setFolder(o.world.paths.ProtocolsFolder());
         QVERIFY(o.tree.IsFileInFileView(QStringLiteral("Elisa.apr")));
         QVERIFY(!o.tree.IsFileInFileView(QStringLiteral("elisa.apr")));
-        QVERIFY(o.tree.IsThisCurrentFolder(o.world.globals.paths->ProtocolsFolder()));
+        QVERIFY(o.tree.IsThisCurrentFolder(o.world.paths.ProtocolsFolder()));
     }
 
     void anotherDriverReplacesTheInstrumentNodeInPlace()
@@ -150,8 +154,8 @@ private Q_SLOTS:
         QAbstractItemModelTester tester(&o.world.tree->nodes(),
                                         QAbstractItemModelTester::FailureReportingMode::QtTest);
         o.world.tree->setCurrentNode(o.tree.instrumentNode());
-        makeFolder(o.world.globals.paths->ReadConfigurationsFolder() + QStringLiteral("/Reader Two/Plates"));
-        o.world.globals.settings->SetCurrentHLD(2);
+        makeFolder(o.world.paths.ReadConfigurationsFolder() + QStringLiteral("/Reader Two/Plates"));
+        o.world.settings.SetCurrentHLD(2);
         o.tree.SetupHLDNode(QStringLiteral("Reader Two"));
         const FolderNode node = o.tree.instrumentNode();
         QCOMPARE(o.tree.rootNode().child(0), node);
@@ -160,7 +164,7 @@ private Q_SLOTS:
         QCOMPARE(node.child(0).text(), QStringLiteral("Plates"));
         QCOMPARE(o.world.tree->currentNode(), node);
         QCOMPARE(o.world.shortcuts->itemCaptions(1).at(1), QStringLiteral("Reader Two"));
-        QCOMPARE(o.tree.nodeForKind(1), node);
+        QCOMPARE(o.tree.nodeForKind(FolderKind::ReadConfigurations), node);
     }
 };
 

@@ -32,7 +32,7 @@ private Q_SLOTS:
         QFETCH(bool, enabled);
         OrganiserWorld world;
         makeFolder(world.data("Protocols/Sub"));
-        OrganiserTree organiser(*world.tree, *world.list, *world.shortcuts, world.globals);
+        OrganiserTree organiser(*world.tree, *world.list, *world.shortcuts, world.treeSources());
         organiser.InitialiseOrganiserTree();
         TreeNavigation navigation(*world.tree, organiser);
         const FolderNode nodes[] = {organiser.rootNode(), organiser.protocolsNode(),

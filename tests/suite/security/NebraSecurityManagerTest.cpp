@@ -1,6 +1,6 @@
+#include "NebraSecurityManager.h"
 #include "DialogScript.h"
 #include "MessageRecorder.h"
-#include "NebraSecurityManager.h"
 #include "SecurityFixture.h"
 
 #include <QSignalSpy>

@@ -1,0 +1,487 @@
+#include "FileListControl.h"
+
+#include "FileListView.h"
+
+#include "FileListModel.h"
+#include "FileListPrompts.h"
+#include "FileOperations.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QDesktopServices>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QFileSystemWatcher>
+#include <QHeaderView>
+#include <QLabel>
+#include <QMenu>
+#include <QStyle>
+#include <QTimer>
+#include <QTreeView>
+#include <QUrl>
+#include <QVBoxLayout>
+
+#include <cstring>
+
+namespace nebra {
+
+namespace {
+
+constexpr int RefreshDelayMs = 250;
+
+} // namespace
+
+FileListControl::FileListControl(QWidget* parent)
+    : QWidget(parent), m_model(new FileListModel(this)), m_view(new FileListView(m_model, this)),
+      m_state(new QLabel(this)), m_watcher(new QFileSystemWatcher(this)), m_refreshTimer(new QTimer(this))
+{
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(m_state);
+    layout->addWidget(m_view, 1);
+    m_state->setWordWrap(true);
+    m_state->setAccessibleName(QStringLiteral("File list state"));
+    m_state->hide();
+
+    setUpView();
+    connectEvents();
+    setAccessibleName(QStringLiteral("File list pane"));
+}
+
+void FileListControl::connectEvents()
+{
+    QHeaderView* header = m_view->header();
+    connect(header, &QHeaderView::sectionClicked, this, &FileListControl::onHeaderClicked);
+    connect(header, &QWidget::customContextMenuRequested, this, &FileListControl::showHeaderMenu);
+    connect(m_view->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+            &FileListControl::onSelectionChanged);
+    connect(m_view, &QAbstractItemView::activated, this,
+            [this](const QModelIndex& index) { activateItem(itemAtRow(index.row())); });
+    connect(m_model, &FileListModel::renameRequested, this, [this](int row, const QString& name) {
+        // The editor is still closing: rename once it has gone.
+        const FileListItem target = itemAtRow(row);
+        QTimer::singleShot(0, this, [this, target, name] { renameItem(target, name); });
+    });
+
+    auto* deleteAction = new QAction(tr("Delete"), m_view);
+    deleteAction->setShortcut(QKeySequence::Delete);
+    deleteAction->setShortcutContext(Qt::WidgetShortcut);
+    connect(deleteAction, &QAction::triggered, this, &FileListControl::deleteSelectedItems);
+    m_view->addAction(deleteAction);
+
+    m_refreshTimer->setSingleShot(true);
+    m_refreshTimer->setInterval(RefreshDelayMs);
+    connect(m_watcher, &QFileSystemWatcher::directoryChanged, m_refreshTimer, qOverload<>(&QTimer::start));
+    connect(m_refreshTimer, &QTimer::timeout, this, &FileListControl::refresh);
+}
+
+void FileListControl::setUpView()
+{
+    m_view->beforeUserSelection = [this](const QModelIndex& index) {
+        if (!m_quiet)
+            Q_EMIT beforeSelectionChange(index.isValid() ? itemAtRow(index.row()) : FileListItem());
+    };
+}
+
+FileListControl::~FileListControl() = default;
+
+QTreeView* FileListControl::view() const
+{
+    return m_view;
+}
+
+void FileListControl::setFolder(const QString& path)
+{
+    m_folder = path;
+    if (!m_watcher->directories().isEmpty())
+        m_watcher->removePaths(m_watcher->directories());
+    if (!path.isEmpty() && QFileInfo(path).isDir())
+        m_watcher->addPath(path);
+    markDirty();
+}
+
+void FileListControl::setFilter(const QString& pattern)
+{
+    m_filter = pattern;
+    markDirty();
+}
+
+// The listing itself waits until something needs it, so that a new folder
+// and a new filter set one after the other cost one listing.
+void FileListControl::markDirty()
+{
+    m_dirty = true;
+    QMetaObject::invokeMethod(
+        this, [this] { ensureListed(); }, Qt::QueuedConnection);
+}
+
+void FileListControl::ensureListed() const
+{
+    if (m_dirty)
+        const_cast<FileListControl*>(this)->list();
+}
+
+void FileListControl::list()
+{
+    m_dirty = false;
+    m_refreshTimer->stop();
+    m_quiet = true;
+    if (m_folder.isEmpty())
+        m_model->load(QString(), m_filter); // nothing to list
+    else
+        m_model->load(m_folder, m_filter);
+    m_quiet = false;
+    m_view->header()->setSortIndicator(m_model->sortColumn(), m_model->sortOrder());
+    applyColumnVisibility();
+    showListingState();
+}
+
+void FileListControl::refresh()
+{
+    if (m_view->isEditing()) {
+        m_refreshTimer->start(); // a new listing would take the name being typed away
+        return;
+    }
+    if (m_dirty || m_folder.isEmpty()) {
+        ensureListed();
+        return;
+    }
+    QHash<QString, bool> before; // name -> folder
+    for (int row = 0; row < m_model->rowCount(); ++row)
+        before.insert(m_model->fileName(row), m_model->isFolder(row));
+    const QSet<QString> selected = selectedNames();
+    const FileListItem current = currentItem();
+    const QString oldFolder = m_folder;
+    list();
+    reselect(selected, current.isValid() ? QFileInfo(current.path()).fileName() : QString());
+    QSet<QString> after;
+    for (int row = 0; row < m_model->rowCount(); ++row)
+        after.insert(m_model->fileName(row));
+    for (auto it = before.cbegin(); it != before.cend(); ++it)
+        if (!after.contains(it.key()))
+            Q_EMIT itemRemoved(
+                FileListItem(this, 0, -1, it.key(), oldFolder + QLatin1Char('/') + it.key(), it.value()));
+    for (int row = 0; row < m_model->rowCount(); ++row)
+        if (!before.contains(m_model->fileName(row)))
+            Q_EMIT itemAdded(itemAtRow(row));
+    if (selectedNames() != selected)
+        onSelectionChanged();
+}
+
+QSet<QString> FileListControl::selectedNames() const
+{
+    QSet<QString> names;
+    for (const FileListItem& item : selectedItems())
+        names.insert(QFileInfo(item.path()).fileName());
+    return names;
+}
+
+// After a new listing: the same names selected and current as before, quietly.
+void FileListControl::reselect(const QSet<QString>& names, const QString& currentName)
+{
+    m_quiet = true;
+    QItemSelectionModel* selection = m_view->selectionModel();
+    for (int row = 0; row < m_model->rowCount(); ++row) {
+        const QString name = m_model->fileName(row);
+        if (names.contains(name))
+            selection->select(m_model->index(row, 0),
+                              QItemSelectionModel::Select | QItemSelectionModel::Rows);
+        if (name == currentName)
+            selection->setCurrentIndex(m_model->index(row, 0), QItemSelectionModel::NoUpdate);
+    }
+    m_quiet = false;
+}
+
+int FileListControl::listingError() const
+{
+    ensureListed();
+    return m_model->error();
+}
+
+void FileListControl::showListingState()
+{
+    if (m_model->error() == 0 || m_folder.isEmpty()) {
+        m_state->hide();
+        return;
+    }
+    m_state->setText(tr("The folder \"%1\" cannot be read: %2.")
+                         .arg(m_folder, QString::fromLocal8Bit(std::strerror(m_model->error()))));
+    m_state->show();
+}
+
+void FileListControl::addColumn(const QString& name)
+{
+    m_model->addColumn(name);
+    applyColumnVisibility();
+}
+
+QStringList FileListControl::columns() const
+{
+    return m_model->columns();
+}
+
+bool FileListControl::isColumnShown(const QString& name) const
+{
+    const int column = m_model->columnOf(name);
+    return column >= 0 && !m_view->header()->isSectionHidden(column);
+}
+
+// Every column not hidden by the user is offered to columnAboutToBeShown().
+void FileListControl::applyColumnVisibility()
+{
+    const QStringList names = m_model->columns();
+    for (int column = 0; column < names.size(); ++column) {
+        bool show = !m_hiddenByUser.contains(names[column]);
+        if (show)
+            Q_EMIT columnAboutToBeShown(names[column], show);
+        m_view->header()->setSectionHidden(column, !show);
+    }
+}
+
+bool FileListControl::setColumnShown(const QString& name, bool shown)
+{
+    if (m_model->columnOf(name) < 0)
+        return false;
+    if (shown)
+        m_hiddenByUser.remove(name);
+    else
+        m_hiddenByUser.insert(name);
+    applyColumnVisibility();
+    return isColumnShown(name);
+}
+
+void FileListControl::showHeaderMenu(const QPoint& position)
+{
+    QMenu menu(this);
+    menu.setAccessibleName(QStringLiteral("Columns"));
+    for (const QString& name : m_model->columns()) {
+        QAction* action = menu.addAction(name);
+        action->setCheckable(true);
+        action->setChecked(isColumnShown(name));
+        connect(action, &QAction::toggled, this, [this, name](bool on) { setColumnShown(name, on); });
+    }
+    menu.exec(m_view->header()->mapToGlobal(position));
+}
+
+void FileListControl::sortByColumn(const QString& name, Qt::SortOrder order)
+{
+    ensureListed();
+    const int column = m_model->columnOf(name);
+    if (column < 0)
+        return;
+    if (column != m_model->sortColumn() || order != m_model->sortOrder())
+        m_model->sort(column, order);
+    m_view->header()->setSortIndicator(column, order);
+}
+
+QString FileListControl::sortColumn() const
+{
+    return m_model->columns().value(m_model->sortColumn());
+}
+
+Qt::SortOrder FileListControl::sortOrder() const
+{
+    return m_model->sortOrder();
+}
+
+void FileListControl::onHeaderClicked(int section)
+{
+    const QString name = m_model->columns().value(section);
+    if (name.isEmpty())
+        return;
+    const bool again = section == m_model->sortColumn() && m_model->sortOrder() == Qt::AscendingOrder;
+    Q_EMIT columnHeaderClicked(name);
+    sortByColumn(name, again ? Qt::DescendingOrder : Qt::AscendingOrder);
+}
+
+void FileListControl::clickColumnHeader(const QString& name)
+{
+    const int column = m_model->columnOf(name);
+    if (column >= 0)
+        onHeaderClicked(column);
+}
+
+int FileListControl::itemCount() const
+{
+    ensureListed();
+    return m_model->rowCount();
+}
+
+FileListItem FileListControl::item(int index) const
+{
+    ensureListed();
+    return index >= 1 && index <= m_model->rowCount() ? itemAtRow(index - 1) : FileListItem();
+}
+
+FileListItem FileListControl::itemAtRow(int row) const
+{
+    if (row < 0 || row >= m_model->rowCount())
+        return {};
+    return FileListItem(const_cast<FileListControl*>(this), m_model->generation(), m_model->idAt(row),
+                        m_model->displayedName(row), m_model->fullPath(row), m_model->isFolder(row));
+}
+
+int FileListControl::rowOf(const FileListItem& item) const
+{
+    if (item.m_control != this || item.m_generation != m_model->generation())
+        return -1;
+    return m_model->rowOfId(item.m_id);
+}
+
+int FileListControl::selectedCount() const
+{
+    ensureListed();
+    return int(m_view->selectionModel()->selectedRows().size());
+}
+
+QList<FileListItem> FileListControl::selectedItems() const
+{
+    ensureListed();
+    QModelIndexList rows = m_view->selectionModel()->selectedRows();
+    std::sort(rows.begin(), rows.end(),
+              [](const QModelIndex& a, const QModelIndex& b) { return a.row() < b.row(); });
+    QList<FileListItem> items;
+    for (const QModelIndex& index : rows)
+        items.append(itemAtRow(index.row()));
+    return items;
+}
+
+FileListItem FileListControl::firstSelectedItem() const
+{
+    const QList<FileListItem> items = selectedItems();
+    return items.isEmpty() ? FileListItem() : items.first();
+}
+
+FileListItem FileListControl::currentItem() const
+{
+    ensureListed();
+    const QModelIndex current = m_view->currentIndex();
+    return current.isValid() ? itemAtRow(current.row()) : FileListItem();
+}
+
+void FileListControl::onSelectionChanged()
+{
+    if (m_quiet)
+        return;
+    const FileListItem current = currentItem();
+    Q_EMIT selectionChanged(current.isValid() && isItemSelected(current) ? current : firstSelectedItem());
+}
+
+void FileListControl::setShowExtensions(bool show)
+{
+    m_model->setShowExtensions(show);
+}
+
+bool FileListControl::showExtensions() const
+{
+    return m_model->showExtensions();
+}
+
+quint32 FileListControl::colour() const
+{
+    return m_view->palette().color(QPalette::Text).rgba();
+}
+
+bool FileListControl::isItemListed(const FileListItem& item) const
+{
+    return rowOf(item) >= 0;
+}
+
+bool FileListControl::isItemSelected(const FileListItem& item) const
+{
+    const int row = rowOf(item);
+    return row >= 0 && m_view->selectionModel()->isRowSelected(row, {});
+}
+
+void FileListControl::setItemSelected(const FileListItem& item, bool selected)
+{
+    const int row = rowOf(item);
+    if (row < 0)
+        return;
+    const QModelIndex index = m_model->index(row, 0);
+    QItemSelectionModel* selection = m_view->selectionModel();
+    selection->select(index, (selected ? QItemSelectionModel::Select : QItemSelectionModel::Deselect) |
+                                 QItemSelectionModel::Rows);
+    if (selected && !selection->currentIndex().isValid())
+        selection->setCurrentIndex(index, QItemSelectionModel::NoUpdate);
+}
+
+void FileListControl::ensureItemVisible(const FileListItem& item)
+{
+    const int row = rowOf(item);
+    if (row >= 0)
+        m_view->scrollTo(m_model->index(row, 0));
+}
+
+void FileListControl::editItem(const FileListItem& item)
+{
+    const int row = rowOf(item);
+    if (row >= 0)
+        m_view->edit(m_model->index(row, 0));
+}
+
+bool FileListControl::renameItem(const FileListItem& item, const QString& newName)
+{
+    const int row = rowOf(item);
+    if (row < 0 || newName == m_model->displayedName(row))
+        return false;
+    bool cancel = false;
+    Q_EMIT beforeItemRenamed(item, newName, cancel);
+    if (cancel || !FileListPrompts::acceptNewName(this, newName))
+        return false;
+    const int rowNow = rowOf(item); // a handler may have changed the list
+    if (rowNow < 0)
+        return false;
+    QString name = newName;
+    const QString oldName = m_model->fileName(rowNow);
+    if (!m_model->showExtensions() && !m_model->isFolder(rowNow) && oldName != m_model->displayedName(rowNow))
+        name += oldName.mid(m_model->displayedName(rowNow).size()); // the hidden extension stays
+    const QString oldPath = m_model->fullPath(rowNow);
+    const QString newPath = QFileInfo(oldPath).path() + QLatin1Char('/') + name;
+    if (const int error = FileOperations::RenameNoReplace(oldPath, newPath)) {
+        FileListPrompts::renameFailed(this, oldName, name, error);
+        return false;
+    }
+    m_model->renameEntry(rowNow, name);
+    Q_EMIT itemRenamed(itemAtRow(rowNow), oldPath);
+    return true;
+}
+
+void FileListControl::deleteSelectedItems()
+{
+    const QList<FileListItem> items = selectedItems();
+    if (items.isEmpty())
+        return;
+    if (!FileListPrompts::confirmMoveToTrash(this, items.first().name(), items.first().isFolder(),
+                                             int(items.size())))
+        return;
+    QStringList failed;
+    for (const FileListItem& item : items) {
+        if (!QFile::moveToTrash(item.path())) {
+            failed.append(item.name());
+            continue;
+        }
+        m_model->removeEntry(rowOf(item));
+        Q_EMIT itemRemoved(item);
+    }
+    if (!failed.isEmpty())
+        FileListPrompts::moveToTrashFailed(this, failed);
+}
+
+void FileListControl::activateItem(const FileListItem& item)
+{
+    if (!isItemListed(item))
+        return;
+    bool handled = false;
+    Q_EMIT itemActivated(item, handled);
+    if (handled)
+        return;
+    if (item.isFolder())
+        setFolder(item.path());
+    else
+        QDesktopServices::openUrl(QUrl::fromLocalFile(item.path()));
+}
+
+} // namespace nebra

@@ -1,0 +1,138 @@
+#pragma once
+
+#include "FileListItem.h"
+
+#include <QList>
+#include <QSet>
+#include <QStringList>
+#include <QWidget>
+
+class QFileSystemWatcher;
+class QLabel;
+class QTimer;
+class QTreeView;
+
+namespace nebra {
+
+class FileListView;
+
+class FileListModel;
+
+// The file list pane: the subfolders and documents of one folder, filtered
+// by a wildcard pattern (WildcardFilter), in the columns "Name", "Size",
+// "Type", "Date Modified" and any added after them.
+//
+// The listing is read synchronously when it is first needed after the folder
+// or the filter changed (so setting both costs one listing), and again, with
+// the selection kept, when the folder changes on disk. Before a column is
+// shown columnAboutToBeShown() may refuse it; a header click sorts by that
+// column (ascending, then descending) after announcing the click.
+//
+// The user renames an item in place (F2, or a click on the selected name):
+// beforeItemRenamed() may cancel, and a name the file system cannot take,
+// or an existing name, is refused with a message and changes nothing. The
+// Delete key moves the selected items to the desktop's trash after the user
+// confirms. Double-click or Enter activates an item: unless a handler of
+// itemActivated() marks it handled, a folder is opened in the list and a
+// file is opened with the desktop's application for it.
+//
+// Messages go through nebra::Messages.
+class FileListControl : public QWidget
+{
+    Q_OBJECT
+public:
+    explicit FileListControl(QWidget* parent = nullptr);
+    ~FileListControl() override;
+
+    void setFolder(const QString& path);
+    QString folder() const { return m_folder; }
+    void setFilter(const QString& pattern);
+    QString filter() const { return m_filter; }
+    // Reads the folder again now, keeping the selection.
+    void refresh();
+    // errno of the last listing; 0 when the folder could be read.
+    int listingError() const;
+
+    // Adds a column after the standard ones.
+    void addColumn(const QString& name);
+    QStringList columns() const;
+    bool isColumnShown(const QString& name) const;
+    // Shows or hides a column as the user does from the header's menu;
+    // showing asks columnAboutToBeShown() first. Returns whether it is shown.
+    bool setColumnShown(const QString& name, bool shown);
+
+    void sortByColumn(const QString& name, Qt::SortOrder order = Qt::AscendingOrder);
+    QString sortColumn() const;
+    Qt::SortOrder sortOrder() const;
+    // Clicks a column header as the user would.
+    void clickColumnHeader(const QString& name);
+
+    int itemCount() const;
+    FileListItem item(int index) const; // one-based
+    int selectedCount() const;
+    FileListItem firstSelectedItem() const;
+    QList<FileListItem> selectedItems() const;
+    FileListItem currentItem() const;
+
+    // Show names with their extensions (the default) or without.
+    void setShowExtensions(bool show);
+    bool showExtensions() const;
+
+    // The list's text colour (0xAARRGGBB), which the folder tree copies.
+    quint32 colour() const;
+
+    // What the user's in-place edit, Delete key and double-click do.
+    bool renameItem(const FileListItem& item, const QString& newName);
+    void editItem(const FileListItem& item);
+    void deleteSelectedItems();
+    void activateItem(const FileListItem& item);
+
+    QTreeView* view() const;
+
+    // Used by FileListItem.
+    bool isItemListed(const FileListItem& item) const;
+    bool isItemSelected(const FileListItem& item) const;
+    void setItemSelected(const FileListItem& item, bool selected);
+    void ensureItemVisible(const FileListItem& item);
+
+Q_SIGNALS:
+    void columnAboutToBeShown(const QString& name, bool& show);
+    void columnHeaderClicked(const QString& name);
+    void beforeSelectionChange(const FileListItem& item);
+    void selectionChanged(const FileListItem& item);
+    void itemActivated(const FileListItem& item, bool& handled);
+    void beforeItemRenamed(const FileListItem& item, const QString& newName, bool& cancel);
+    void itemRenamed(const FileListItem& item, const QString& oldPath);
+    // Items that appeared in or vanished from the folder since it was listed.
+    void itemAdded(const FileListItem& item);
+    void itemRemoved(const FileListItem& item);
+
+private:
+    void setUpView();
+    void connectEvents();
+    void markDirty();
+    void ensureListed() const;
+    void list();
+    void applyColumnVisibility();
+    int rowOf(const FileListItem& item) const;
+    FileListItem itemAtRow(int row) const;
+    void onSelectionChanged();
+    QSet<QString> selectedNames() const;
+    void reselect(const QSet<QString>& names, const QString& currentName);
+    void onHeaderClicked(int section);
+    void showHeaderMenu(const QPoint& position);
+    void showListingState();
+
+    FileListModel* m_model;
+    FileListView* m_view;
+    QLabel* m_state;
+    QFileSystemWatcher* m_watcher;
+    QTimer* m_refreshTimer;
+    QString m_folder;
+    QString m_filter = QStringLiteral("*.*");
+    QSet<QString> m_hiddenByUser;
+    bool m_dirty = false;
+    bool m_quiet = false; // no selection events while the list is rebuilt
+};
+
+} // namespace nebra

@@ -1,0 +1,84 @@
+#include "HelpCollection.h"
+#include "HelpTopics.h"
+#include "TestFiles.h"
+#include "UserFolders.h"
+
+#include <QCryptographicHash>
+#include <QDateTime>
+#include <QFile>
+#include <QHelpEngine>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace nebra;
+using nebra::test::UserFolders;
+
+namespace {
+
+const QString BuiltHelp = QStringLiteral(NEBRA_BUILT_HELP_FILE);
+
+QByteArray digest(const QString& file)
+{
+    QFile in(file);
+    return in.open(QIODevice::ReadOnly) ? QCryptographicHash::hash(in.readAll(), QCryptographicHash::Sha256)
+                                        : QByteArray();
+}
+
+// Copies the built guide into folder, its files dated `when`.
+void install(const QString& folder, const QDateTime& when)
+{
+    for (const char* name : {"organiser.qhc", "organiser.qch"}) {
+        const QString target = folder + u'/' + QLatin1String(name);
+        QFile::remove(target);
+        QVERIFY(QFile::copy(QFileInfo(BuiltHelp).path() + u'/' + QLatin1String(name), target));
+        QFile file(target);
+        QVERIFY(file.open(QIODevice::ReadWrite));
+        QVERIFY(file.setFileTime(when, QFileDevice::FileModificationTime));
+    }
+}
+
+} // namespace
+
+class HelpCollectionTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    // The installed files are only read: the engine works on its copy.
+    void theInstalledCollectionIsNotWritten()
+    {
+        UserFolders folders;
+        QTemporaryDir installed;
+        install(installed.path(), QDateTime::currentDateTime().addDays(-1));
+        const QString collection = installed.filePath("organiser.qhc");
+        const QByteArray before = digest(collection);
+        QString error;
+        const auto engine = HelpCollection::open(collection, error);
+        QVERIFY2(engine, qPrintable(error));
+        QVERIFY(engine->collectionFile().startsWith(HelpCollection::cacheFolder()));
+        engine->setCustomValue(QStringLiteral("probe"), 1);
+        QCOMPARE(digest(collection), before);
+    }
+
+    // Packages keep their files' build times, so an upgrade may bring files
+    // older than the working copy; they must still replace it.
+    void aReplacedCollectionReplacesTheWorkingCopy()
+    {
+        UserFolders folders;
+        QTemporaryDir installed;
+        const QString collection = installed.filePath("organiser.qhc");
+        nebra::test::writeFile(collection, "an unfinished download");
+        QString error;
+        QVERIFY(!HelpCollection::open(collection, error));
+        QVERIFY(error.contains("is damaged"));
+
+        install(installed.path(), QDateTime::currentDateTime().addYears(-1));
+        error.clear();
+        const auto engine = HelpCollection::open(collection, error);
+        QVERIFY2(engine, qPrintable(error));
+        QVERIFY(!engine->fileData(HelpTopics::pageUrl(HelpTopics::Reports)).isEmpty());
+    }
+};
+
+QTEST_MAIN(HelpCollectionTest)
+#include "HelpCollectionTest.moc"

@@ -1,0 +1,192 @@
+#include "HelpSystem.h"
+#include "HelpBrowser.h"
+#include "HelpTopics.h"
+#include "HelpWindow.h"
+#include "MessageRecorder.h"
+#include "TestFiles.h"
+#include "UserFolders.h"
+
+#include <QHelpEngine>
+#include <QTabWidget>
+#include <QTest>
+#include <QTextBlock>
+#include <QTextDocument>
+
+using namespace nebra;
+using nebra::test::MessageRecorder;
+using nebra::test::UserFolders;
+
+namespace {
+
+const QString BuiltHelp = QStringLiteral(NEBRA_BUILT_HELP_FILE);
+
+// The help system over the built guide and the real help window; records in
+// `calls` the order in which context help used its hooks.
+struct Fixture
+{
+    UserFolders folders;
+    HelpWindow* window = nullptr;
+    QStringList calls;
+    int folderKind = 0;
+    HelpSystem help;
+
+    explicit Fixture(const QString& helpFile = BuiltHelp)
+    {
+        help.setHelpFilePath(helpFile);
+        help.setViewerFactory([this](const QString& file, QString& error) -> std::unique_ptr<HelpViewer> {
+            auto made = HelpWindow::factory(nullptr)(file, error);
+            window = static_cast<HelpWindow*>(made.get());
+            return made;
+        });
+        help.setContextHooks([this] { calls << QStringLiteral("reset"); },
+                             [this] {
+                                 calls << QStringLiteral("kind");
+                                 return folderKind;
+                             });
+    }
+
+    QUrl shownPage() const { return window ? window->browser().source() : QUrl(); }
+};
+
+} // namespace
+
+class HelpSystemTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void contextHelpFollowsTheFolderKind_data()
+    {
+        QTest::addColumn<int>("kind");
+        QTest::addColumn<QString>("page"); // empty: nothing is shown
+        QTest::newRow("root") << 0 << "getting-started.html";
+        QTest::newRow("instrument data") << 1 << "instrument-data.html";
+        QTest::newRow("layouts") << 2 << "layouts.html";
+        QTest::newRow("protocols") << 3 << "protocols.html";
+        QTest::newRow("results") << 4 << "results.html";
+        QTest::newRow("reports") << 5 << "reports.html";
+        QTest::newRow("a kind beyond the table") << 6 << "";
+        QTest::newRow("a negative kind") << -1 << "";
+    }
+
+    void contextHelpFollowsTheFolderKind()
+    {
+        QFETCH(int, kind);
+        QFETCH(QString, page);
+        Fixture f;
+        f.folderKind = kind;
+        f.help.ShowContextHelp();
+        QCOMPARE(f.calls, QStringList({"reset", "kind"}));
+        QCOMPARE(f.help.IsDisplayingHelp(), !page.isEmpty());
+        if (page.isEmpty()) {
+            QVERIFY(!f.window);
+            return;
+        }
+        QCOMPARE(f.shownPage(), HelpTopics::guideUrl(page));
+        QCOMPARE(f.window->navigation().currentIndex(), int(HelpWindow::ContentsPane));
+    }
+
+    // Each topic's page is a written page of the guide with its own title.
+    void everyTopicShowsItsOwnPage()
+    {
+        Fixture f;
+        QSet<QString> titles;
+        for (const HelpTopics::Entry& entry : HelpTopics::all()) {
+            f.help.DisplayHelpContext(entry.topic);
+            QVERIFY2(f.help.IsDisplayingHelp(), entry.page);
+            QCOMPARE(f.shownPage(), HelpTopics::pageUrl(entry.topic));
+            const QString title = f.window->browser().documentTitle();
+            QVERIFY2(!title.isEmpty() && !titles.contains(title), entry.page);
+            titles.insert(title);
+            QVERIFY2(f.window->browser().toPlainText().size() > 600, entry.page);
+            // The guide's style sheet reached the page: its heading has the guide's colour.
+            const QTextCharFormat heading =
+                f.window->browser().document()->begin().begin().fragment().charFormat();
+            QVERIFY2(heading.foreground().color() == QColor(0x1f, 0x4e, 0x79), entry.page);
+        }
+    }
+
+    void anUnknownTopicShowsTheContents()
+    {
+        Fixture f;
+        f.help.DisplayHelpContext(1234);
+        QVERIFY(f.help.IsDisplayingHelp());
+        QCOMPARE(f.shownPage(), HelpTopics::contentsUrl());
+    }
+
+    void closeHelpIfOpen_data()
+    {
+        QTest::addColumn<bool>("open");
+        QTest::addColumn<bool>("userClosed");
+        QTest::newRow("shown") << true << false;
+        QTest::newRow("closed by the user") << true << true;
+        QTest::newRow("never opened") << false << false;
+    }
+
+    void closeHelpIfOpen()
+    {
+        QFETCH(bool, open);
+        QFETCH(bool, userClosed);
+        Fixture f;
+        if (open)
+            f.help.DisplayeHelpTOC();
+        if (userClosed)
+            QVERIFY(f.window->close());
+        const bool wasShown = open && !userClosed;
+        QCOMPARE(f.help.CloseHelpIfOpen(), wasShown);
+        QVERIFY(!f.help.IsDisplayingHelp());
+        QCOMPARE(f.help.CloseHelpIfOpen(), false);
+        if (f.window)
+            QVERIFY(!f.window->isVisible());
+    }
+
+    // The window closed is kept: showing help again reuses it.
+    void theWindowIsReusedAfterClosing()
+    {
+        Fixture f;
+        f.help.DisplayHelpContext(HelpTopics::Reports);
+        HelpWindow* first = f.window;
+        QVERIFY(f.help.CloseHelpIfOpen());
+        f.help.DisplayHelpContext(HelpTopics::Options);
+        QCOMPARE(f.window, first);
+        QVERIFY(f.help.IsDisplayingHelp());
+        QCOMPARE(f.shownPage(), HelpTopics::pageUrl(HelpTopics::Options));
+    }
+
+    void aBadHelpFileIsReportedOncePerRequest_data()
+    {
+        QTest::addColumn<bool>("exists");
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<QString>("words");
+        QTest::newRow("missing") << false << QByteArray() << "is missing";
+        QTest::newRow("not a collection") << true << QByteArray("not a help file\n") << "is damaged";
+        QTest::newRow("empty") << true << QByteArray() << "is damaged";
+    }
+
+    void aBadHelpFileIsReportedOncePerRequest()
+    {
+        QFETCH(bool, exists);
+        QFETCH(QByteArray, content);
+        QFETCH(QString, words);
+        MessageRecorder messages;
+        QTemporaryDir dir;
+        const QString file = dir.filePath("organiser.qhc");
+        if (exists)
+            nebra::test::writeFile(file, content);
+        Fixture f(file);
+        f.help.DisplayHelpContext(HelpTopics::Reports);
+        QCOMPARE(messages.count(), 1);
+        QVERIFY2(messages.last().text.contains('"' + file + "\" " + words), qPrintable(messages.last().text));
+        QCOMPARE(messages.last().icon, MessageIcon::Warning);
+        QCOMPARE(messages.last().buttons, int(MessageButton::Ok));
+        QVERIFY(!f.help.IsDisplayingHelp());
+        QVERIFY(!f.help.CloseHelpIfOpen());
+
+        f.help.ShowContextHelp();
+        QCOMPARE(messages.count(), 2);
+        QVERIFY(!f.help.IsDisplayingHelp());
+    }
+};
+
+QTEST_MAIN(HelpSystemTest)
+#include "HelpSystemTest.moc"

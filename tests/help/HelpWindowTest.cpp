@@ -1,0 +1,150 @@
+#include "HelpWindow.h"
+#include "HelpBrowser.h"
+#include "HelpCollection.h"
+#include "HelpTopics.h"
+#include "SettingsStore.h"
+#include "UserFolders.h"
+
+#include <QAction>
+#include <QHelpEngine>
+#include <QHelpIndexWidget>
+#include <QHelpSearchEngine>
+#include <QLineEdit>
+#include <QSignalSpy>
+#include <QTest>
+#include <QToolBar>
+
+using namespace nebra;
+using nebra::test::UserFolders;
+
+namespace {
+
+const QString BuiltHelp = QStringLiteral(NEBRA_BUILT_HELP_FILE);
+
+std::unique_ptr<HelpWindow> openWindow(SettingsStore* settings = nullptr)
+{
+    QString error;
+    auto engine = HelpCollection::open(BuiltHelp, error);
+    if (!engine)
+        qFatal("%s", qPrintable(error));
+    return std::make_unique<HelpWindow>(std::move(engine), settings);
+}
+
+QAction* tool(const HelpWindow& window, const QString& text)
+{
+    for (QAction* action : window.findChild<QToolBar*>()->actions()) {
+        if (action->text() == text)
+            return action;
+    }
+    return nullptr;
+}
+
+// The pages of the guide whose text holds the word, compared without case.
+QList<QUrl> pagesWith(QHelpEngine& engine, const QString& word)
+{
+    QList<QUrl> pages;
+    const QString space = engine.registeredDocumentations().value(0);
+    for (const QUrl& page : engine.files(space, QString(), QStringLiteral("html"))) {
+        QTextDocument document;
+        document.setHtml(QString::fromUtf8(engine.fileData(page)));
+        if (document.toPlainText().contains(word, Qt::CaseInsensitive))
+            pages << page;
+    }
+    return pages;
+}
+
+} // namespace
+
+class HelpWindowTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    // The word appears in one page only; the search must find that page and no other.
+    void searchFindsAWordOfOnePage_data()
+    {
+        QTest::addColumn<QString>("word");
+        QTest::addColumn<QString>("page");
+        QTest::newRow("troubleshooting") << "Caps"
+                                         << "troubleshooting.html";
+        QTest::newRow("keyboard") << "jumps"
+                                  << "keyboard.html";
+    }
+
+    void searchFindsAWordOfOnePage()
+    {
+        QFETCH(QString, word);
+        QFETCH(QString, page);
+        UserFolders folders;
+        const auto window = openWindow();
+        QHelpSearchEngine* search = window->engine().searchEngine();
+        QCOMPARE(pagesWith(window->engine(), word), QList<QUrl>{HelpTopics::guideUrl(page)});
+
+        QSignalSpy indexed(search, &QHelpSearchEngine::indexingFinished);
+        QVERIFY(indexed.wait(20000));
+        QSignalSpy finished(search, &QHelpSearchEngine::searchingFinished);
+        window->search(word);
+        QVERIFY(finished.wait(10000));
+        QCOMPARE(search->searchResultCount(), 1);
+        QCOMPARE(search->searchResults(0, 1).value(0).url(), HelpTopics::guideUrl(page));
+    }
+
+    void backAndForwardRetraceThePages()
+    {
+        UserFolders folders;
+        const auto window = openWindow();
+        QAction* back = tool(*window, "Back");
+        QAction* forward = tool(*window, "Forward");
+        const QUrl reports = HelpTopics::pageUrl(HelpTopics::Reports);
+        const QUrl options = HelpTopics::pageUrl(HelpTopics::Options);
+        QVERIFY(window->showPage(reports));
+        QVERIFY(!back->isEnabled());
+        QVERIFY(window->showPage(options));
+        back->trigger();
+        QCOMPARE(window->browser().source(), reports);
+        QVERIFY(forward->isEnabled());
+        forward->trigger();
+        QCOMPARE(window->browser().source(), options);
+        QVERIFY(!window->showPage(HelpTopics::guideUrl("no-such-page.html")));
+        QCOMPARE(window->browser().source(), options);
+    }
+
+    void anIndexKeywordOpensItsPage()
+    {
+        UserFolders folders;
+        const auto window = openWindow();
+        window->show();
+        QHelpIndexWidget* index = window->engine().indexWidget();
+        QSignalSpy created(window->engine().indexModel(), &QHelpIndexModel::indexCreated);
+        if (index->model()->rowCount() == 0)
+            QVERIFY(created.wait(10000));
+        auto* filter = window->findChild<QLineEdit*>("indexFilter");
+        filter->setText(QStringLiteral("Reports"));
+        QTest::keyClick(filter, Qt::Key_Return);
+        QCOMPARE(window->browser().source(), HelpTopics::pageUrl(HelpTopics::Reports));
+    }
+
+    // Size, place and text size come back in the next window.
+    void theWindowRemembersItsGeometryAndTextSize()
+    {
+        UserFolders folders;
+        SettingsStore store(folders.settingsFile());
+        QFont shown;
+        {
+            const auto window = openWindow(&store);
+            QVERIFY(window->showContents(HelpTopics::contentsUrl()));
+            window->resize(720, 530);
+            tool(*window, "Larger Text")->trigger();
+            tool(*window, "Larger Text")->trigger();
+            shown = window->browser().font();
+            window->close();
+        }
+        const auto again = openWindow(&store);
+        QVERIFY(again->showPage(HelpTopics::pageUrl(HelpTopics::Results)));
+        QCOMPARE(again->size(), QSize(720, 530));
+        QCOMPARE(again->browser().font().pointSizeF(), shown.pointSizeF());
+    }
+};
+
+QTEST_MAIN(HelpWindowTest)
+#include "HelpWindowTest.moc"

@@ -1,0 +1,383 @@
+#include "OptionsDialog.h"
+#include "DataFolders.h"
+#include "DialogScript.h"
+#include "HLDCollection.h"
+#include "MessageRecorder.h"
+#include "NebraSecurityManager.h"
+#include "SecurityFixture.h"
+#include "SettingsStore.h"
+#include "SuitePaths.h"
+#include "SuiteSettings.h"
+#include "TestFiles.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QFileDialog>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPushButton>
+#include <QTabBar>
+#include <QTabWidget>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace nebra;
+using namespace nebra::test;
+
+namespace {
+
+// The dialog over a real settings file, real data folders and a driver
+// catalogue in one temporary folder; the permission hook goes to a real
+// security manager when a session has been started.
+struct Fixture
+{
+    QTemporaryDir dir;
+    SettingsStore store{dir.filePath("Suite.ini")};
+    SuiteSettings settings{store};
+    SuitePaths paths{store};
+    QString catalogue = dir.filePath("drivers.json");
+    int catalogueReads = 0;
+    QList<int> helpTopics;
+    int driverChanges = 0;
+    std::unique_ptr<SecuritySite> site;
+    std::unique_ptr<NebraSecurityManager> manager;
+    DataFolders folders{paths, settings, [this]() -> const HLDCollection& { return noDrivers; }};
+    HLDCollection noDrivers;
+    OptionsDialog dialog{settings, paths, folders, hooks()};
+
+    Fixture()
+    {
+        paths.Initialise();
+        paths.SetParentDirectory(dir.filePath("Parent"));
+        folders.CreateAnyMissingNebraDirectories();
+    }
+
+    OptionsDialogHooks hooks()
+    {
+        OptionsDialogHooks h;
+        h.freshDrivers = [this] {
+            ++catalogueReads;
+            return HLDCollection(catalogue);
+        };
+        h.isAllowed = [this](const QString& area, const QString& operation) {
+            return !manager || manager->IsOperationAllowed(area, operation);
+        };
+        h.displayHelpContext = [this](int topic) { helpTopics.append(topic); };
+        h.handleChangedHLD = [this] { ++driverChanges; };
+        return h;
+    }
+
+    void setDrivers(const QStringList& names)
+    {
+        QByteArray json = "{\"drivers\":[";
+        for (const QString& name : names)
+            json += (name == names.first() ? "" : ",") + ("{\"FullName\":\"" + name.toUtf8() + "\"}");
+        writeFile(catalogue, json + "]}");
+    }
+
+    // A session of jsmith with the rights given.
+    void logIn(const QStringList& rights)
+    {
+        site = std::make_unique<SecuritySite>(rights);
+        QString error;
+        manager = NebraSecurityManager::create(SettingsStore(), {}, &error);
+        QVERIFY2(manager, qPrintable(error));
+        DialogScript script;
+        script.logIn(QStringLiteral("jsmith"), QStringLiteral("correct horse"));
+        QVERIFY(manager->LogIn(nullptr));
+    }
+
+    template <typename T> T* control(const char* name) const
+    {
+        T* widget = dialog.findChild<T*>(QLatin1String(name));
+        if (!widget)
+            qFatal("No control %s", name);
+        return widget;
+    }
+    QListWidget* list() const { return control<QListWidget>("lstHLDs"); }
+    QLineEdit* text() const { return control<QLineEdit>("txtParentDirectoryPath"); }
+    void openDrivers() const
+    {
+        control<QTabWidget>("tabOptions")->setCurrentIndex(OptionsDialog::DriversTab);
+    }
+    void press(const char* button) const { control<QPushButton>(button)->click(); }
+
+    // Runs the dialog once; the step plays the user and the dialog's own state says how it closed.
+    bool run(const std::function<void()>& user)
+    {
+        DialogScript script;
+        script.then([&user](QDialog& shown) {
+            user();
+            return shown.result();
+        });
+        return dialog.run();
+    }
+};
+
+} // namespace
+
+class OptionsDialogTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    // The deliberate coupling: the driver list follows the data-folder
+    // permission, the driver permission only shows its notice.
+    void eachShowingAsksBothPermissions_data()
+    {
+        QTest::addColumn<bool>("session");
+        QTest::addColumn<QStringList>("rights");
+        QTest::addColumn<bool>("dataAllowed");
+        QTest::addColumn<bool>("driverAllowed");
+        const QString data = QStringLiteral("ParentDirectoryDataFiles/Edit");
+        const QString driver = QStringLiteral("Instrumentation/SelectDriver");
+        QTest::newRow("no session") << false << QStringList() << true << true;
+        QTest::newRow("both rights") << true << QStringList{data, driver} << true << true;
+        QTest::newRow("driver only") << true << QStringList{driver} << false << true;
+        QTest::newRow("data only") << true << QStringList{data} << true << false;
+        QTest::newRow("neither") << true << QStringList() << false << false;
+    }
+
+    void eachShowingAsksBothPermissions()
+    {
+        QFETCH(bool, session);
+        QFETCH(QStringList, rights);
+        QFETCH(bool, dataAllowed);
+        QFETCH(bool, driverAllowed);
+        Fixture f;
+        if (session)
+            f.logIn(rights);
+        f.setDrivers({"Reader One", "Reader Two"});
+        f.settings.SetShowPreviewPane(false);
+        f.settings.SetShowShortcuts(true);
+        f.run([&] {
+            QCOMPARE(f.control<QCheckBox>("chkPreview")->isChecked(), false);
+            QCOMPARE(f.control<QCheckBox>("chkShortcuts")->isChecked(), true);
+            QCOMPARE(f.text()->text(), f.paths.ParentDirectory());
+            QCOMPARE(f.text()->isEnabled(), dataAllowed);
+            QCOMPARE(f.control<QPushButton>("cmdBrowseParentDirectory")->isEnabled(), dataAllowed);
+            QCOMPARE(f.control<QLabel>("LabelSecurity")->isHidden(), dataAllowed);
+            QCOMPARE(f.control<QLabel>("ImageSecurity")->isHidden(), dataAllowed);
+            QCOMPARE(f.control<QLabel>("LabelSecurityDrivers")->isHidden(), driverAllowed);
+            QCOMPARE(f.control<QLabel>("ImageSecurityDrivers")->isHidden(), driverAllowed);
+            QCOMPARE(f.control<QLabel>("LabelSecurity")->text(),
+                     QStringLiteral("Security restrictions do not allow you to edit this setting"));
+            f.openDrivers();
+            QCOMPARE(f.list()->count(), 2);
+            QCOMPARE(f.list()->isEnabled(), dataAllowed);
+            f.press("CancelButton");
+        });
+    }
+
+    // OK stores the driver only when the list was filled in this showing and
+    // the user picked another line.
+    void theDriverChangesOnlyByAChoice_data()
+    {
+        QTest::addColumn<QStringList>("drivers");
+        QTest::addColumn<int>("current");
+        QTest::addColumn<bool>("visit");
+        QTest::addColumn<int>("selectedOnOpening");
+        QTest::addColumn<int>("pick"); // -1: the user picks nothing
+        QTest::addColumn<int>("currentAfter");
+        const QStringList two = {"Reader One", "Reader Two"};
+        QTest::newRow("Drivers not visited") << two << 2 << false << -1 << -1 << 2;
+        QTest::newRow("visited, kept") << two << 2 << true << 1 << -1 << 2;
+        QTest::newRow("visited, another picked") << two << 2 << true << 1 << 0 << 1;
+        QTest::newRow("no drivers installed") << QStringList() << 1 << true << -1 << -1 << 1;
+        QTest::newRow("current beyond the catalogue") << two << 5 << true << -1 << -1 << 5;
+        QTest::newRow("beyond, then picked") << two << 5 << true << -1 << 1 << 2;
+    }
+
+    void theDriverChangesOnlyByAChoice()
+    {
+        QFETCH(QStringList, drivers);
+        QFETCH(int, current);
+        QFETCH(bool, visit);
+        QFETCH(int, selectedOnOpening);
+        QFETCH(int, pick);
+        QFETCH(int, currentAfter);
+        Fixture f;
+        f.setDrivers(drivers);
+        f.settings.SetCurrentHLD(current);
+        const bool ok = f.run([&] {
+            if (visit) {
+                f.openDrivers();
+                QCOMPARE(f.list()->count(), drivers.size());
+                QCOMPARE(f.list()->isEnabled(), !drivers.isEmpty());
+                QCOMPARE(f.list()->currentRow(), selectedOnOpening);
+                if (pick >= 0)
+                    f.list()->setCurrentRow(pick);
+            }
+            f.press("OKButton");
+        });
+        QVERIFY(ok);
+        QCOMPARE(f.catalogueReads, int(visit));
+        QCOMPARE(f.settings.CurrentHLD(), currentAfter);
+        QCOMPARE(f.driverChanges, int(currentAfter != current));
+    }
+
+    // The catalogue is read once per showing, afresh at each, so a driver
+    // installed meanwhile is listed and an earlier showing's lines never count.
+    void theCatalogueIsReadOncePerShowing()
+    {
+        Fixture f;
+        f.setDrivers({"Reader One"});
+        f.run([&] {
+            f.openDrivers();
+            f.control<QTabWidget>("tabOptions")->setCurrentIndex(0);
+            f.openDrivers();
+            QCOMPARE(f.catalogueReads, 1);
+            QVERIFY(f.dialog.DriversListed());
+            f.press("CancelButton");
+        });
+        f.setDrivers({"Reader One", "Reader Two", "Reader Three"});
+        f.settings.SetCurrentHLD(3);
+        // The dialog opens on the tab it was left on: the list is read at once.
+        f.run([&] {
+            QCOMPARE(f.catalogueReads, 2);
+            QCOMPARE(f.list()->count(), 3);
+            QCOMPARE(f.list()->currentItem()->text(), QStringLiteral("Reader Three"));
+            f.press("OKButton");
+        });
+        QCOMPARE(f.driverChanges, 0);
+    }
+
+    // OK applies the parent directory first; a refused one keeps the dialog
+    // open with nothing else applied. Cancel never undoes an earlier OK.
+    void okAppliesTheParentDirectory_data()
+    {
+        QTest::addColumn<QString>("typed"); // %1: the test's folder
+        QTest::addColumn<int>("answer");
+        QTest::addColumn<bool>("closed");
+        QTest::addColumn<QString>("parentAfter");
+        QTest::addColumn<int>("messages");
+        QTest::newRow("unchanged") << "%1/Parent" << 0 << true << "Parent" << 0;
+        QTest::newRow("new, created") << " %1/Fresh/ " << int(MessageButton::Yes) << true << "Fresh" << 1;
+        QTest::newRow("new, refused") << "%1/Fresh" << int(MessageButton::No) << false << "Parent" << 1;
+        QTest::newRow("two levels") << "%1/New/Deeper" << 0 << false << "Parent" << 1;
+        QTest::newRow("relative") << "Fresh" << 0 << false << "Parent" << 1;
+    }
+
+    void okAppliesTheParentDirectory()
+    {
+        QFETCH(QString, typed);
+        QFETCH(int, answer);
+        QFETCH(bool, closed);
+        QFETCH(QString, parentAfter);
+        QFETCH(int, messages);
+        Fixture f;
+        f.setDrivers({"Reader One", "Reader Two"});
+        const QStringList before = QDir(f.dir.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
+        MessageRecorder recorder;
+        if (answer)
+            recorder.answer(answer);
+        bool stayedOpen = false;
+        const bool ok = f.run([&] {
+            f.openDrivers();
+            f.list()->setCurrentRow(1);
+            f.text()->setText(typed.contains("%1") ? typed.arg(f.dir.path()) : typed);
+            f.press("OKButton");
+            stayedOpen = f.dialog.result() != QDialog::Accepted;
+            if (stayedOpen)
+                f.press("CancelButton");
+        });
+        QCOMPARE(ok, closed);
+        QCOMPARE(stayedOpen, !closed);
+        QCOMPARE(recorder.count(), messages);
+        QCOMPARE(f.paths.ParentDirectory(), f.dir.filePath(parentAfter));
+        QCOMPARE(f.settings.CurrentHLD(), closed ? 2 : 1); // the driver only after an accepted folder
+        if (closed)
+            QCOMPARE(f.text()->text(), f.paths.ParentDirectory());
+        else
+            QCOMPARE(QDir(f.dir.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), before);
+        // Cancel at the next showing keeps what this OK accepted.
+        f.run([&] {
+            f.text()->setText(f.dir.filePath("Other"));
+            f.press("CancelButton");
+        });
+        QCOMPARE(f.paths.ParentDirectory(), f.dir.filePath(parentAfter));
+        QVERIFY(!f.dialog.OKPressed());
+    }
+
+    // The chooser fills the text box; OK validates the text as if typed.
+    void theFolderChooserFillsTheTextBox()
+    {
+        Fixture f;
+        const QString chosen = f.dir.filePath("Chosen");
+        makeFolder(chosen);
+        const auto user = [&] {
+            f.press("cmdBrowseParentDirectory");
+            QCOMPARE(f.text()->text(), chosen);
+            f.press("cmdBrowseParentDirectory"); // cancelled: the text stays
+            QCOMPARE(f.text()->text(), chosen);
+            f.press("Help");
+            f.press("OKButton");
+        };
+        DialogScript script;
+        script.then([&](QDialog&) {
+            user();
+            return f.dialog.result();
+        });
+        script.then([&](QDialog& chooser) {
+            auto* files = qobject_cast<QFileDialog*>(&chooser);
+            if (!files)
+                return int(QDialog::Rejected);
+            files->selectFile(chosen);
+            return int(QDialog::Accepted);
+        });
+        MessageRecorder recorder;
+        recorder.answer(MessageButton::Yes);
+        QVERIFY(f.dialog.run());
+        QCOMPARE(script.shown(), (QStringList{"frmOptions", "dlgParentDirectory", "dlgParentDirectory"}));
+        QCOMPARE(f.paths.ParentDirectory(), chosen);
+        QCOMPARE(f.helpTopics, QList<int>{OptionsDialog::HelpTopic});
+    }
+
+    // Every control is reached by Tab, Escape cancels, Enter confirms and the
+    // access keys reach the tabs.
+    void theKeyboardReachesEverything_data()
+    {
+        QTest::addColumn<int>("key");
+        QTest::addColumn<bool>("okPressed");
+        QTest::newRow("Escape") << int(Qt::Key_Escape) << false;
+        QTest::newRow("Enter") << int(Qt::Key_Return) << true;
+    }
+
+    void theKeyboardReachesEverything()
+    {
+        QFETCH(int, key);
+        QFETCH(bool, okPressed);
+        Fixture f;
+        f.setDrivers({"Reader One"});
+        const bool ok = f.run([&] {
+            f.dialog.show();
+            QApplication::setActiveWindow(&f.dialog);
+            QVERIFY(QTest::qWaitForWindowActive(&f.dialog));
+            QTest::keyClick(&f.dialog, Qt::Key_R, Qt::AltModifier);
+            QCOMPARE(f.control<QTabWidget>("tabOptions")->currentIndex(), int(OptionsDialog::DriversTab));
+            // Tab from the tab bar through each page in turn.
+            auto* tabs = f.control<QTabWidget>("tabOptions");
+            QStringList reached;
+            for (int page = 0; page < tabs->count(); ++page) {
+                tabs->setCurrentIndex(page);
+                tabs->tabBar()->setFocus();
+                for (int i = 0; i < 8; ++i) {
+                    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+                    reached.append(QApplication::focusWidget()->objectName());
+                }
+            }
+            for (const char* name :
+                 {"chkShortcuts", "chkPreview", "txtParentDirectoryPath", "cmdBrowseParentDirectory",
+                  "lstHLDs", "OKButton", "CancelButton", "Help"})
+                QVERIFY2(reached.contains(QLatin1String(name)), qPrintable(reached.join(',')));
+            f.list()->setFocus();
+            QTest::keyClick(f.list(), Qt::Key(key));
+        });
+        QCOMPARE(ok, okPressed);
+        QVERIFY(f.dialog.isHidden());
+    }
+};
+
+QTEST_MAIN(OptionsDialogTest)
+#include "OptionsDialogTest.moc"

@@ -1,0 +1,113 @@
+#include "DiagnosticLog.h"
+#include "TestFiles.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace nebra;
+
+class DiagnosticLogTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    static QList<QByteArray> lines(const QString& path)
+    {
+        QFile file(path);
+        if (!file.open(QIODevice::ReadOnly))
+            return {};
+        QList<QByteArray> result = file.readAll().split('\n');
+        if (!result.isEmpty() && result.last().isEmpty())
+            result.removeLast();
+        return result;
+    }
+
+private Q_SLOTS:
+    void aRunReplacesTheLogWithDateTimeAndNumberedMilestones()
+    {
+        QTemporaryDir dir;
+        const QString path = dir.filePath("NebraLog.txt");
+        nebra::test::writeFile(path, QByteArray(5000, 'x')); // the log of an earlier run
+        DiagnosticLog log([] { return 1; });
+        for (int run = 0; run < 2; ++run) { // opening again truncates and counts from 1 again
+            QVERIFY(log.Open(dir.path()));
+            log.LogTraceBlock();
+            log.LogTrace();
+            log.LogTrace();
+            log.LogNote(QStringLiteral("a note counts nothing"));
+            log.LogTraceBlock();
+            log.LogTrace();
+        }
+        const QList<QByteArray> written = lines(path);
+        QCOMPARE(written.size(), 8);
+        for (const QByteArray& line : written)
+            QVERIFY2(line.endsWith('\r'), line.constData());
+        QVERIFY(!written[0].trimmed().isEmpty()); // the date
+        QVERIFY(!written[1].trimmed().isEmpty()); // the time
+        const QList<QByteArray> expected = {"Log trace: Block 1\r", "Log trace: 1\r",
+                                            "Log trace: 2\r",       "Log note: a note counts nothing\r",
+                                            "Log trace: Block 2\r", "Log trace: 3\r"};
+        QCOMPARE(written.mid(2), expected);
+    }
+
+    void theLevelIsReadAfreshAndZeroOrLessWritesNothing()
+    {
+        QTemporaryDir dir;
+        int level = 1;
+        DiagnosticLog log([&level] { return level; });
+        QVERIFY(log.Open(dir.path()));
+        log.LogTrace();
+        for (int off : {0, -3}) {
+            level = off;
+            log.LogTrace();
+            log.LogTraceBlock();
+        }
+        level = 2;
+        log.LogTrace();
+        QCOMPARE(log.traceCounter(), qint16(2));
+        QCOMPARE(log.blockCounter(), qint16(0));
+        QCOMPARE(lines(log.filePath()).mid(2), (QList<QByteArray>{"Log trace: 1\r", "Log trace: 2\r"}));
+    }
+
+    void overflowPast32767RaisesAndWritesNothing()
+    {
+        QTemporaryDir dir;
+        DiagnosticLog log([] { return 1; });
+        QVERIFY(log.Open(dir.path()));
+        for (int i = 0; i < 32767; ++i)
+            log.LogTrace();
+        QCOMPARE(log.traceCounter(), qint16(32767));
+        const qint64 sizeBefore = QFileInfo(log.filePath()).size();
+        QVERIFY_THROWS_EXCEPTION(OverflowError, log.LogTrace());
+        QCOMPARE(log.traceCounter(), qint16(32767));
+        QCOMPARE(QFileInfo(log.filePath()).size(), sizeBefore);
+        // The other counter is independent and still counts.
+        log.LogTraceBlock();
+        QCOMPARE(log.blockCounter(), qint16(1));
+    }
+
+    void loggingSwitchedOnWithoutAFileIsABadFileError()
+    {
+        int level = 0;
+        DiagnosticLog log([&level] { return level; });
+        level = 1;
+        QVERIFY_THROWS_EXCEPTION(BadFileError, log.LogTrace());
+    }
+
+    void unwritableFolderFailsOpenAndStaysSilent()
+    {
+        QTemporaryDir dir;
+        QFile blocker(dir.filePath("not-a-folder"));
+        QVERIFY(blocker.open(QIODevice::WriteOnly));
+        blocker.close();
+        DiagnosticLog log([] { return 1; });
+        QVERIFY(!log.Open(blocker.fileName()));
+        QVERIFY(!log.errorString().isEmpty());
+        log.LogTrace(); // no exception: the run goes on without a log
+        QCOMPARE(log.traceCounter(), qint16(0));
+    }
+};
+
+QTEST_GUILESS_MAIN(DiagnosticLogTest)
+#include "DiagnosticLogTest.moc"

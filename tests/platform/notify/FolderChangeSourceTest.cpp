@@ -1,0 +1,349 @@
+#include "FolderChangeSource.h"
+#include "SecondProcess.h"
+
+#include "TestFiles.h"
+
+#include <QProcess>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <cerrno>
+#include <dirent.h>
+#include <set>
+#include <sys/inotify.h>
+#include <sys/stat.h>
+
+using namespace nebra;
+
+using nebra::test::runScript;
+
+namespace {
+
+constexpr int Bound = 10000;
+
+// What the changes say is on disk: the folders at the start, then each change applied.
+struct Replay
+{
+    std::set<QString> folders; // sorted, so a folder's subfolders follow it
+
+    void apply(const FolderChange& change)
+    {
+        if (change.event == ShellEvent::SHCNE_MKDIR) {
+            folders.insert(change.path1);
+        } else if (change.event == ShellEvent::SHCNE_RMDIR) {
+            removeUnder(change.path1);
+        } else if (change.event == ShellEvent::SHCNE_RENAMEFOLDER) {
+            for (const QString& path : removeUnder(change.path1))
+                folders.insert(change.path2 + path.mid(change.path1.size()));
+        }
+    }
+    std::vector<QString> removeUnder(const QString& path)
+    {
+        std::vector<QString> removed;
+        if (folders.erase(path))
+            removed.push_back(path);
+        const QString prefix = path + QLatin1Char('/');
+        auto it = folders.lower_bound(prefix);
+        while (it != folders.end() && it->startsWith(prefix)) {
+            removed.push_back(*it);
+            it = folders.erase(it);
+        }
+        return removed;
+    }
+};
+
+// Every folder below root, links to folders included but not followed; names
+// as the source shows them.
+void addFoldersOnDisk(const QByteArray& folder, const QString& text, std::set<QString>& folders)
+{
+    DIR* dir = ::opendir(folder.constData());
+    if (!dir)
+        return;
+    while (const dirent* entry = ::readdir(dir)) {
+        const QByteArray name(entry->d_name);
+        if (name == "." || name == "..")
+            continue;
+        struct stat st = {};
+        const QByteArray path = folder + '/' + name;
+        if (::stat(path.constData(), &st) != 0 || !S_ISDIR(st.st_mode))
+            continue;
+        const QString childText = text + QLatin1Char('/') + QString::fromUtf8(name);
+        folders.insert(childText);
+        if (::lstat(path.constData(), &st) == 0 && !S_ISLNK(st.st_mode))
+            addFoldersOnDisk(path, childText, folders);
+    }
+    ::closedir(dir);
+}
+
+std::set<QString> foldersOnDisk(const QString& root)
+{
+    std::set<QString> folders;
+    addFoldersOnDisk(QFile::encodeName(root), root, folders);
+    return folders;
+}
+
+} // namespace
+
+class FolderChangeSourceTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    QTemporaryDir m_dir;
+    QString m_root;
+    QString m_outside;
+    std::unique_ptr<FolderChangeSource> m_source;
+    QList<FolderChange> m_changes;
+    Replay m_replay;
+
+    void startWatching()
+    {
+        m_source = std::make_unique<FolderChangeSource>();
+        connect(m_source.get(), &FolderChangeSource::changed, this, [this](const FolderChange& change) {
+            m_changes.append(change);
+            m_replay.apply(change);
+        });
+        m_replay.folders = foldersOnDisk(m_root);
+        QVERIFY(m_source->open());
+        QVERIFY(m_source->watch({m_root}));
+    }
+
+    // The folders the changes leave and those on disk that differ, empty when none do.
+    QString difference() const
+    {
+        const std::set<QString> disk = foldersOnDisk(m_root);
+        QStringList lines;
+        for (const QString& path : m_replay.folders) {
+            if (!disk.count(path))
+                lines << QStringLiteral("extra: ") + path;
+        }
+        for (const QString& path : disk) {
+            if (!m_replay.folders.count(path))
+                lines << QStringLiteral("missing: ") + path;
+        }
+        return lines.mid(0, 20).join(QLatin1Char('\n'));
+    }
+
+    FolderChange expected(const QString& line) const
+    {
+        // "MKDIR $R/a" or "RENAMEFOLDER $R/a $R/b"
+        const qsizetype blank = line.indexOf(QLatin1Char(' '));
+        const QString kind = line.left(blank);
+        QStringList paths = line.mid(blank + 1).split(QLatin1Char('|'));
+        for (QString& path : paths)
+            path.replace(QLatin1String("$R"), m_root).replace(QLatin1String("$O"), m_outside);
+        const QHash<QString, quint32> codes{{"MKDIR", ShellEvent::SHCNE_MKDIR},
+                                            {"RMDIR", ShellEvent::SHCNE_RMDIR},
+                                            {"RENAMEFOLDER", ShellEvent::SHCNE_RENAMEFOLDER},
+                                            {"UPDATEITEM", ShellEvent::SHCNE_UPDATEITEM},
+                                            {"DELETE", ShellEvent::SHCNE_DELETE}};
+        return {codes.value(kind), paths.value(0), paths.value(1)};
+    }
+
+private Q_SLOTS:
+    void init()
+    {
+        QVERIFY(m_dir.isValid());
+        m_root = m_dir.path() + QStringLiteral("/data root");
+        m_outside = m_dir.path() + QStringLiteral("/outside");
+        test::makeFolder(m_root + QStringLiteral("/a/b"));
+        test::makeFolder(m_outside);
+        test::writeFile(m_root + QStringLiteral("/a/old.txt"), "x");
+        m_changes.clear();
+    }
+    void cleanup()
+    {
+        m_source.reset();
+        runScript(m_dir.path(), QStringLiteral("rm -rf 'data root' outside")); // odd names included
+    }
+
+    void reportsEachKindOfChange_data()
+    {
+        QTest::addColumn<QString>("script");
+        QTest::addColumn<QStringList>("changes");
+        QTest::newRow("folder made") << "mkdir n" << QStringList{"MKDIR $R/n"};
+        QTest::newRow("folder removed") << "rmdir a/b" << QStringList{"RMDIR $R/a/b"};
+        QTest::newRow("folder renamed") << "mv a/b a/c" << QStringList{"RENAMEFOLDER $R/a/b|$R/a/c"};
+        QTest::newRow("folder moved up") << "mv a/b b" << QStringList{"RENAMEFOLDER $R/a/b|$R/b"};
+        QTest::newRow("folder moved out") << "mv a ../outside/" << QStringList{"RMDIR $R/a"};
+        QTest::newRow("folder moved out, then changed")
+            << "mv a ../outside/ && mkdir ../outside/a/new" << QStringList{"RMDIR $R/a"};
+        QTest::newRow("folder moved in with its subfolders")
+            << "mkdir -p ../outside/m/n && mv ../outside/m m" << QStringList{"MKDIR $R/m", "MKDIR $R/m/n"};
+        QTest::newRow("file written") << "echo x > a/f; echo y >> a/f" << QStringList{"UPDATEITEM $R/a/f"};
+        QTest::newRow("file removed") << "rm a/old.txt" << QStringList{"DELETE $R/a/old.txt"};
+        QTest::newRow("file renamed")
+            << "mv a/old.txt a/new.txt" << QStringList{"DELETE $R/a/old.txt", "UPDATEITEM $R/a/new.txt"};
+        QTest::newRow("names with blanks, newlines and odd bytes")
+            << "mkdir 'a/with blank' $'a/new\\nline' $'a/bad\\xff'"
+            << QStringList{"MKDIR $R/a/with blank", "MKDIR $R/a/new\nline",
+                           QStringLiteral("MKDIR $R/a/bad") + QChar(0xFFFD)};
+        QTest::newRow("made and removed in one pass")
+            << "mkdir x; rmdir x; mkdir y" << QStringList{"MKDIR $R/y"};
+        QTest::newRow("made, moved and removed before it was read")
+            << "mkdir p; mv p q; mkdir r; rmdir r" << QStringList{"MKDIR $R/q"};
+        QTest::newRow("removed and made again: order kept")
+            << "mkdir -p r/s; rmdir r/s r; mkdir r" << QStringList{"MKDIR $R/r"};
+        QTest::newRow("removed, made again and moved")
+            << "rmdir a/b; mkdir a/b; mv a/b a/c" << QStringList{"RMDIR $R/a/b", "MKDIR $R/a/c"};
+        QTest::newRow("folder replaced by a link")
+            << "rm -r a/b; ln -s ../../outside a/b" << QStringList{"RMDIR $R/a/b", "MKDIR $R/a/b"};
+        QTest::newRow("inside a link: nothing")
+            << "ln -s ../outside l && mkdir ../outside/z" << QStringList{"MKDIR $R/l"};
+    }
+    void reportsEachKindOfChange()
+    {
+        QFETCH(QString, script);
+        QFETCH(QStringList, changes);
+        startWatching();
+        runScript(m_root, script);
+        QList<FolderChange> wanted;
+        for (const QString& line : changes)
+            wanted.append(expected(line));
+        QTRY_COMPARE_WITH_TIMEOUT(m_changes.size(), wanted.size(), Bound);
+        QCOMPARE(m_changes, wanted);
+        QCOMPARE(difference(), QString());
+    }
+
+    // A folder's subfolders may be made before its watch exists.
+    void nestedCreationMissesNothing_data()
+    {
+        QTest::addColumn<QString>("script");
+        QTest::newRow("mkdir -p") << "for i in $(seq 40); do mkdir -p n$i/a/b/c/d/e/f/g; done";
+        QTest::newRow("copied tree") << "mkdir -p ../outside/t/{1..9}/{1..9}/{1..3} && for i in $(seq 4); do "
+                                        "cp -r ../outside/t c$i; done";
+        QTest::newRow("moved in tree") << "mkdir -p ../outside/t/{1..9}/{1..9}/{1..3} && mv ../outside/t t";
+    }
+    void nestedCreationMissesNothing()
+    {
+        QFETCH(QString, script);
+        startWatching();
+        QProcess process; // runs while the source reads
+        process.setWorkingDirectory(m_root);
+        process.start(QStringLiteral("/bin/bash"), {QStringLiteral("-c"), script});
+        QTRY_VERIFY_WITH_TIMEOUT(process.state() == QProcess::NotRunning, 60000);
+        QCOMPARE(process.exitCode(), 0);
+        QTRY_VERIFY_WITH_TIMEOUT(difference().isEmpty(), Bound);
+        QCOMPARE(difference(), QString());
+        QSet<QString> made;
+        for (const FolderChange& change : std::as_const(m_changes)) {
+            QVERIFY2(!made.contains(change.path1), qPrintable(change.path1)); // once each
+            made.insert(change.path1);
+        }
+    }
+
+    // The kernel drops events past its queue's length; the source reads the disk again.
+    void queueOverflowEndsEqualToDisk()
+    {
+        startWatching();
+        // Writes alternating between two files fill the queue; what follows is lost.
+        const QString flood = QStringLiteral("for i in $(seq 17000); do : > a/f$((i % 2)); done; ");
+        runScript(m_root, flood + QStringLiteral("mkdir -p a/late/x a/late2; rmdir a/b"));
+        QTRY_VERIFY_WITH_TIMEOUT(difference().isEmpty(), Bound);
+        QCOMPARE(difference(), QString());
+        QVERIFY(m_source->statistics().overflows >= 1);
+        QVERIFY(m_source->statistics().rescans >= 1);
+        runScript(m_root, flood + QStringLiteral("mv a/late a/moved; rmdir a/late2; mkdir a/new"));
+        QTRY_VERIFY_WITH_TIMEOUT(difference().isEmpty(), Bound);
+        QCOMPARE(difference(), QString());
+    }
+
+    // Past the system's limit of watches, folders are read again periodically.
+    void watchLimitFallsBackToRescan()
+    {
+        test::makeFolder(m_root + QStringLiteral("/a/b/c/d/e"));
+        int budget = 3;
+        m_source = std::make_unique<FolderChangeSource>();
+        m_source->setAddWatch([&budget](int fd, const char* path, quint32 mask) {
+            if (budget-- > 0)
+                return ::inotify_add_watch(fd, path, mask);
+            errno = ENOSPC;
+            return -1;
+        });
+        m_source->setRescanInterval(20);
+        QSignalSpy limit(m_source.get(), &FolderChangeSource::watchLimitReached);
+        connect(m_source.get(), &FolderChangeSource::changed, this,
+                [this](const FolderChange& change) { m_replay.apply(change); });
+        m_replay.folders = foldersOnDisk(m_root);
+        QVERIFY(m_source->open());
+        QVERIFY(m_source->watch({m_root}));
+        QCOMPARE(limit.size(), 1);
+        QCOMPARE(limit.at(0).at(0).toInt(), FolderChangeSource::systemWatchLimit());
+        QVERIFY(m_source->statistics().unwatchedFolders > 0);
+        runScript(m_root,
+                  QStringLiteral("mkdir a/b/c/d/e/f a/b/c/g n; rmdir a/b/c/d/e/f; mkdir a/b/c/d/e/h"));
+        QTRY_VERIFY_WITH_TIMEOUT(difference().isEmpty(), Bound);
+        QCOMPARE(difference(), QString());
+        QCOMPARE(limit.size(), 1); // told once only
+    }
+
+    // The folder is unreadable, gone or no folder at the moment its watch is added.
+    void folderChangingUnderTheWatch_data()
+    {
+        QTest::addColumn<int>("error");
+        QTest::addColumn<bool>("reported");
+        QTest::newRow("unreadable") << EACCES << true;
+        QTest::newRow("deleted while read") << ENOENT << false;
+        QTest::newRow("replaced by a file") << ENOTDIR << false;
+    }
+    void folderChangingUnderTheWatch()
+    {
+        QFETCH(int, error);
+        QFETCH(bool, reported);
+        m_source = std::make_unique<FolderChangeSource>();
+        m_source->setAddWatch([error](int fd, const char* path, quint32 mask) {
+            const QByteArray folder(path);
+            if (!folder.endsWith("/x"))
+                return ::inotify_add_watch(fd, path, mask);
+            if (error != EACCES)
+                QDir(QFile::decodeName(folder)).removeRecursively();
+            if (error == ENOTDIR)
+                test::writeFile(QFile::decodeName(folder));
+            errno = error;
+            return -1;
+        });
+        m_source->setRescanInterval(20);
+        connect(m_source.get(), &FolderChangeSource::changed, this, [this](const FolderChange& change) {
+            m_changes.append(change);
+            m_replay.apply(change);
+        });
+        m_replay.folders = foldersOnDisk(m_root);
+        QVERIFY(m_source->open());
+        QVERIFY(m_source->watch({m_root}));
+        runScript(m_root, QStringLiteral("mkdir -p x/y && mkdir z"));
+        QTRY_VERIFY_WITH_TIMEOUT(m_replay.folders.count(m_root + QStringLiteral("/z")), Bound);
+        QCOMPARE(m_replay.folders.count(m_root + QStringLiteral("/x")), reported);
+        QTRY_VERIFY_WITH_TIMEOUT(difference().isEmpty(), Bound);
+        QCOMPARE(difference(), QString());
+    }
+
+    void openAndWatchRules()
+    {
+        FolderChangeSource source;
+        QVERIFY(!source.watch({m_root})); // not open
+        QVERIFY(source.open());
+        QVERIFY(!source.open()); // open already
+        QVERIFY(!source.watch({m_dir.path() + QStringLiteral("/missing")}));
+        QVERIFY(!source.isWatching());
+        QVERIFY(source.watch({m_root}));
+        QCOMPARE(source.watchCount(), 3); // the root, a and a/b
+        source.unwatchAll();
+        QCOMPARE(source.watchCount(), 0);
+        source.close();
+        QVERIFY(!source.isOpen());
+    }
+
+    void removedRootIsReported()
+    {
+        startWatching();
+        runScript(m_dir.path(), QStringLiteral("rm -r 'data root'"));
+        QTRY_VERIFY_WITH_TIMEOUT(!m_changes.isEmpty() && m_changes.last().path1 == m_root, Bound);
+        QCOMPARE(m_changes.last().event, quint32(ShellEvent::SHCNE_RMDIR));
+        QVERIFY(m_replay.folders.empty());
+        QVERIFY(!m_source->isWatching());
+    }
+};
+
+QTEST_GUILESS_MAIN(FolderChangeSourceTest)
+#include "FolderChangeSourceTest.moc"

@@ -1,0 +1,94 @@
+#include "FolderTreeControl.h"
+#include "HelpSystem.h"
+#include "MainWindow.h"
+#include "MessageRecorder.h"
+#include "OrganiserTree.h"
+#include "TestFiles.h"
+#include "ToolBarsControl.h"
+#include "ToolDefinitions.h"
+#include "UserFolders.h"
+#include "WebEngineTestMain.h"
+
+#include <QAction>
+#include <QDesktopServices>
+#include <QSettings>
+#include <QTest>
+
+using namespace nebra;
+using nebra::test::MessageRecorder;
+using nebra::test::UserFolders;
+using nebra::test::writeFile;
+
+// Receives the addresses the desktop would open.
+class AddressReceiver : public QObject
+{
+    Q_OBJECT
+public:
+    int opened = 0;
+public Q_SLOTS:
+    void open(const QUrl&) { ++opened; }
+};
+
+// Every command a user can reach from the menus or the tool bar either does
+// something the user can see (a box, a started program, a help topic, an
+// opened address, the window closing) or is disabled or hidden.
+class MainWindowCommandsTest : public QObject
+{
+    Q_OBJECT
+
+    // The IDs in the menus and on the tool bar, each once, Exit last.
+    static QStringList reachableIds()
+    {
+        QStringList ids;
+        for (const auto& [menu, items] : ToolDefinitions::menus())
+            ids += items;
+        ids += ToolDefinitions::toolBarItems();
+        ids.removeAll(QLatin1String(ToolBarsControl::Separator));
+        ids.removeDuplicates();
+        // These two open modal dialogs (Options, the wizard picker); their own
+        // main-window tests answer the dialogs and check what they do.
+        ids.removeAll(QStringLiteral("ID_Options"));
+        ids.removeAll(QStringLiteral("ID_New"));
+        ids.removeAll(QStringLiteral("ID_Exit"));
+        ids.append(QStringLiteral("ID_Exit"));
+        return ids;
+    }
+
+private Q_SLOTS:
+    void everyReachableCommandDoesSomethingOrIsDisabled()
+    {
+        UserFolders folders;
+        QSettings(folders.settingsFile(), QSettings::IniFormat)
+            .setValue(QStringLiteral("Paths/ParentDirectory"), folders.root() + QStringLiteral("/Data"));
+        writeFile(folders.root() + QStringLiteral("/Data/My Assays/Protocols/Elisa.apr"));
+        MessageRecorder messages;
+        MainWindow window;
+        QCOMPARE(window.Load(), MainWindow::LoadOutcome::Loaded);
+        // A protocol selected: the document commands have something to act on.
+        window.folderTree().setCurrentNode(window.organiserTree().protocolsNode());
+        AddressReceiver addresses;
+        QDesktopServices::setUrlHandler(QStringLiteral("https"), &addresses, "open");
+
+        for (const QString& id : reachableIds()) {
+            QAction* action = window.toolBars().action(id);
+            QVERIFY2(action, qPrintable(id));
+            if (!action->isEnabled() || !window.toolBars().isToolVisible(id))
+                continue;
+            const int boxes = messages.count();
+            const int opened = addresses.opened;
+            window.help().CloseHelpIfOpen();
+            window.help().DisplayHelpContext(0);
+            window.help().CloseHelpIfOpen();
+            action->trigger();
+            const bool seen = messages.count() > boxes || addresses.opened > opened ||
+                              window.help().lastContext() != 0 || window.help().IsDisplayingHelp() ||
+                              !window.isVisible();
+            QVERIFY2(seen, qPrintable(id + QStringLiteral(" is enabled but does nothing")));
+        }
+        QDesktopServices::unsetUrlHandler(QStringLiteral("https"));
+        QVERIFY(!window.isVisible()); // Exit came last and closed the window
+    }
+};
+
+NEBRA_WEBENGINE_TEST_MAIN(MainWindowCommandsTest)
+#include "MainWindowCommandsTest.moc"

@@ -1,0 +1,105 @@
+#include "FolderKind.h"
+#include "FolderTreeControl.h"
+#include "HelpBrowser.h"
+#include "HelpSystem.h"
+#include "HelpTopics.h"
+#include "HelpWindow.h"
+#include "MainWindow.h"
+#include "MessageRecorder.h"
+#include "OrganiserTree.h"
+#include "ToolBarsControl.h"
+#include "UserFolders.h"
+#include "WebEngineTestMain.h"
+
+#include <QTabWidget>
+#include <QTest>
+
+using namespace nebra;
+using nebra::test::MessageRecorder;
+using nebra::test::UserFolders;
+
+namespace {
+
+// The help window on the screen, if any.
+HelpWindow* shownHelp()
+{
+    for (QWidget* window : QApplication::topLevelWidgets()) {
+        if (auto* help = qobject_cast<HelpWindow*>(window); help && help->isVisible())
+            return help;
+    }
+    return nullptr;
+}
+
+} // namespace
+
+// Every help command of the loaded Organiser reaches its page in the help
+// window, and the window goes with the program.
+class MainWindowHelpTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void helpCommandsOpenTheirPages_data()
+    {
+        QTest::addColumn<QString>("command");   // a tool, or "608" for the tree's Help button
+        QTest::addColumn<FolderKind>("folder"); // the kind of folder selected first
+        QTest::addColumn<QString>("page");
+        QTest::newRow("F1 on Reports") << "ID_HelpContext" << FolderKind::Reports << "reports.html";
+        QTest::newRow("F1 on the root") << "ID_HelpContext" << FolderKind::None << "getting-started.html";
+        QTest::newRow("Getting Started")
+            << "ID_GettingStarted" << FolderKind::Protocols << "getting-started.html";
+        QTest::newRow("Contents and Index") << "ID_ContentsIndex" << FolderKind::Results << "index.html";
+        QTest::newRow("the tree's Help on Protocols") << "608" << FolderKind::Protocols << "protocols.html";
+        QTest::newRow("the tree's Help on Layouts") << "608" << FolderKind::Layouts << "layouts.html";
+    }
+
+    void helpCommandsOpenTheirPages()
+    {
+        QFETCH(QString, command);
+        QFETCH(FolderKind, folder);
+        QFETCH(QString, page);
+        UserFolders folders;
+        MessageRecorder messages;
+        MainWindow window;
+        QCOMPARE(window.Load(), MainWindow::LoadOutcome::Loaded);
+        window.folderTree().setCurrentNode(window.organiserTree().nodeForKind(folder));
+        if (command == "608") {
+            window.folderTree().clickButton(608);
+        } else {
+            QVERIFY(window.toolBars().isToolEnabled(command));
+            window.toolBars().action(command)->trigger();
+        }
+        HelpWindow* help = shownHelp();
+        QVERIFY(help);
+        QCOMPARE(help->browser().source(), HelpTopics::guideUrl(page));
+        QVERIFY(window.help().IsDisplayingHelp());
+        QCOMPARE(messages.count(), 0);
+        window.close();
+    }
+
+    void theHelpWindowGoesWithTheProgram_data()
+    {
+        QTest::addColumn<bool>("forcedLogOut");
+        QTest::newRow("shutdown") << false;
+        QTest::newRow("forced log-out") << true;
+    }
+
+    void theHelpWindowGoesWithTheProgram()
+    {
+        QFETCH(bool, forcedLogOut);
+        UserFolders folders;
+        MainWindow window;
+        QCOMPARE(window.Load(), MainWindow::LoadOutcome::Loaded);
+        window.toolBars().action(QStringLiteral("ID_ContentsIndex"))->trigger();
+        QVERIFY(shownHelp());
+        if (forcedLogOut)
+            window.UnloadAllExceptMain();
+        else
+            window.close();
+        QVERIFY(!shownHelp());
+        QVERIFY(!window.help().IsDisplayingHelp());
+    }
+};
+
+NEBRA_WEBENGINE_TEST_MAIN(MainWindowHelpTest)
+#include "MainWindowHelpTest.moc"

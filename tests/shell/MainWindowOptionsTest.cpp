@@ -1,0 +1,220 @@
+#include "DialogScript.h"
+#include "FileListControl.h"
+#include "FolderTreeControl.h"
+#include "FolderTreeModel.h"
+#include "MainWindow.h"
+#include "MessageRecorder.h"
+#include "OptionsCommand.h"
+#include "OptionsDialog.h"
+#include "OrganiserTree.h"
+#include "PanesGeometry.h"
+#include "ShortcutsBar.h"
+#include "TestFiles.h"
+#include "ToolBarsControl.h"
+#include "UserFolders.h"
+#include "WebEngineTestMain.h"
+
+#include <QAction>
+#include <QCheckBox>
+#include <QElapsedTimer>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPointer>
+#include <QPushButton>
+#include <QSettings>
+#include <QStatusBar>
+#include <QTabWidget>
+#include <QTest>
+
+using namespace nebra;
+using namespace nebra::test;
+
+namespace {
+
+const QStringList Kinds = {"Microplate Layouts", "Read Configurations", "Results", "Reports", "Protocols"};
+
+// Redirected user folders with two complete data trees, "Data" (the
+// current parent directory) and "Other", and a catalogue of two drivers.
+struct Site
+{
+    UserFolders folders;
+    QString data = folders.root() + QStringLiteral("/Data");
+    QString other = folders.root() + QStringLiteral("/Other");
+
+    Site()
+    {
+        for (const QString& parent : {data, other}) {
+            for (const QString& kind : Kinds)
+                makeFolder(parent + QStringLiteral("/My Assays/") + kind);
+            makeFolder(parent + QStringLiteral("/My Assays/Protocols/Batch 1"));
+            for (const char* driver : {"Reader One", "Reader Two"})
+                makeFolder(parent + QStringLiteral("/My Assays/Read Configurations/") +
+                           QLatin1String(driver));
+        }
+        writeFile(other + QStringLiteral("/My Assays/Read Configurations/Reader Two/plate.daq"));
+        const QString catalogue = folders.root() + QStringLiteral("/drivers.json");
+        writeFile(catalogue, R"({"drivers":[{"FullName":"Reader One"},{"FullName":"Reader Two"}]})");
+        QSettings settings(folders.settingsFile(), QSettings::IniFormat);
+        settings.setValue(QStringLiteral("Paths/ParentDirectory"), data);
+        settings.setValue(QStringLiteral("Paths/DriverCatalogue"), catalogue);
+    }
+};
+
+template <typename T> T* control(QDialog& dialog, const char* name)
+{
+    T* widget = dialog.findChild<T*>(QLatin1String(name));
+    if (!widget)
+        qFatal("No control %s", name);
+    return widget;
+}
+
+FolderNode nodeOf(MainWindow& window, const QString& folder)
+{
+    const FolderTreeModel& nodes = window.folderTree().nodes();
+    for (int i = 0; i < nodes.count(); ++i)
+        if (nodes.node(i).folderPath() == folder)
+            return nodes.node(i);
+    return {};
+}
+
+} // namespace
+
+class MainWindowOptionsTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    // The Options command in the running Organiser: the view options, the
+    // parent directory and the driver reach the panes, the tree and the
+    // settings, and the panes come back as they were left after a restart.
+    void optionsChangeTheRunningOrganiser()
+    {
+        Site site;
+        MessageRecorder messages;
+        {
+            MainWindow window;
+            QCOMPARE(window.Load(), MainWindow::LoadOutcome::Loaded);
+            QVERIFY(window.toolBars().isToolEnabled(QStringLiteral("ID_Options")));
+            window.folderTree().setCurrentNode(nodeOf(window, site.data + "/My Assays/Protocols/Batch 1"));
+            const int listWidth = window.fileList().width();
+            const int listHeight = window.fileList().height();
+
+            DialogScript script;
+            script.then([&](QDialog& dialog) {
+                control<QCheckBox>(dialog, "chkShortcuts")->setChecked(false);
+                control<QCheckBox>(dialog, "chkPreview")->setChecked(false);
+                control<QLineEdit>(dialog, "txtParentDirectoryPath")->setText(site.other);
+                control<QTabWidget>(dialog, "tabOptions")->setCurrentIndex(OptionsDialog::DriversTab);
+                control<QListWidget>(dialog, "lstHLDs")->setCurrentRow(1);
+                control<QPushButton>(dialog, "OKButton")->click();
+                return dialog.result();
+            });
+            window.toolBars().action(QStringLiteral("ID_Options"))->trigger();
+            QCOMPARE(script.shown(), QStringList{"frmOptions"});
+            QCOMPARE(messages.count(), 0);
+            OptionsDialog* dialog = window.optionsCommand()->dialog();
+            QVERIFY(dialog && dialog->isHidden());
+            QCOMPARE(dialog->windowIcon().cacheKey(), QApplication::windowIcon().cacheKey());
+
+            // The panes left take the room of the hidden ones.
+            QVERIFY(window.shortcutsBar().isHidden());
+            QVERIFY(window.findChild<QWidget*>(QStringLiteral("previewArea"))->isHidden());
+            QTRY_VERIFY_WITH_TIMEOUT(window.fileList().width() > listWidth, 2000);
+            QTRY_VERIFY_WITH_TIMEOUT(window.fileList().height() > listHeight, 2000);
+            // The tree was built anew and shows the same place under the new parent.
+            OrganiserTree& tree = window.organiserTree();
+            QCOMPARE(window.folderTree().currentNode().folderPath(),
+                     site.other + QStringLiteral("/My Assays/Protocols/Batch 1"));
+            QCOMPARE(tree.instrumentNode().folderPath(),
+                     site.other + QStringLiteral("/My Assays/Read Configurations/Reader Two"));
+            QCOMPARE(tree.instrumentNode().text(), QStringLiteral("Reader Two"));
+
+            // With the instrument node selected, a driver change re-selects it and the list follows.
+            window.folderTree().setCurrentNode(tree.instrumentNode());
+            script.then([&](QDialog& shown) {
+                control<QTabWidget>(shown, "tabOptions")->setCurrentIndex(OptionsDialog::DriversTab);
+                control<QListWidget>(shown, "lstHLDs")->setCurrentRow(0);
+                control<QPushButton>(shown, "OKButton")->click();
+                return shown.result();
+            });
+            window.toolBars().action(QStringLiteral("ID_Options"))->trigger();
+            QCOMPARE(window.folderTree().currentNode(), tree.instrumentNode());
+            QCOMPARE(window.fileList().folder(),
+                     site.other + QStringLiteral("/My Assays/Read Configurations/Reader One"));
+
+            // The same dialog again; Cancel changes nothing.
+            script.cancel();
+            window.toolBars().action(QStringLiteral("ID_Options"))->trigger();
+            QCOMPARE(window.optionsCommand()->dialog(), dialog);
+            QVERIFY(!dialog->OKPressed());
+            QCOMPARE(script.shown().size(), 3);
+
+            // A forced log-out while the dialog is open closes and unloads it.
+            const QPointer<OptionsDialog> open = dialog;
+            script.then([&](QDialog& shown) {
+                shown.show();
+                window.UnloadAllExceptMain();
+                return shown.result();
+            });
+            window.toolBars().action(QStringLiteral("ID_Options"))->trigger();
+            QVERIFY(!window.optionsCommand()->dialog());
+            QTRY_VERIFY_WITH_TIMEOUT(!open, 2000);
+            window.close();
+        }
+        QSettings settings(site.folders.settingsFile(), QSettings::IniFormat);
+        QCOMPARE(settings.value(QStringLiteral("Paths/ParentDirectory")).toString(), site.other);
+        QCOMPARE(settings.value(QStringLiteral("Settings/CurrentHLD")).toInt(), 1);
+
+        MainWindow restarted;
+        QCOMPARE(restarted.Load(), MainWindow::LoadOutcome::Loaded);
+        QVERIFY(restarted.shortcutsBar().isHidden());
+        QVERIFY(restarted.findChild<QWidget*>(QStringLiteral("previewArea"))->isHidden());
+        QVERIFY(restarted.folderTree().isVisible());
+        restarted.close();
+    }
+
+    // The resize rule on a real window: the panes follow the window above
+    // the thresholds, keep their size below them and when minimised.
+    void thePanesFollowTheWindowAboveTheThresholds()
+    {
+        Site site;
+        MessageRecorder messages;
+        MainWindow window;
+        QCOMPARE(window.Load(), MainWindow::LoadOutcome::Loaded);
+        // The first change of state after loading is taken back, the second one holds.
+        window.showNormal();
+        window.showNormal();
+        QTRY_VERIFY_WITH_TIMEOUT(!window.isMaximized(), 2000);
+        window.resize(900, 640);
+        QTRY_COMPARE_WITH_TIMEOUT(window.panes().width(), window.centralWidget()->width(), 2000);
+        const PanesGeometry geometry(window.logicalDpiX(), window.logicalDpiY());
+        QCOMPARE(window.panes().y(), geometry.topPixels());
+        QVERIFY(window.panes().geometry().bottom() <= window.centralWidget()->height());
+        const QSize large = window.panes().size();
+
+        // The menu, tool and status bars keep the window above the thresholds
+        // unless its minimum size is lifted, as a window manager may do.
+        window.setMinimumSize(1, 1);
+        const int belowHeight = geometry.toPixelsY(PanesGeometry::MinimumOuterHeight) - 2;
+        const int belowWidth = geometry.toPixelsX(PanesGeometry::MinimumOuterWidth) - 2;
+        for (const QSize below : {QSize(700, belowHeight), QSize(belowWidth, 500)}) {
+            window.resize(below - (window.frameGeometry().size() - window.size()));
+            QTRY_COMPARE_WITH_TIMEOUT(window.frameGeometry().size(), below, 2000);
+            QCOMPARE(window.panes().size(), large);
+        }
+
+        window.resize(1000, 700);
+        QTRY_COMPARE_WITH_TIMEOUT(window.panes().width(), window.centralWidget()->width(), 2000);
+        const QRect before = window.panes().geometry();
+        window.showMinimized();
+        QTRY_VERIFY_WITH_TIMEOUT(window.isMinimized(), 2000);
+        QCOMPARE(window.panes().geometry(), before);
+        window.showNormal();
+        QTRY_VERIFY_WITH_TIMEOUT(!window.isMinimized(), 2000);
+        QCOMPARE(window.panes().geometry(), before);
+        window.close();
+    }
+};
+
+NEBRA_WEBENGINE_TEST_MAIN(MainWindowOptionsTest)
+#include "MainWindowOptionsTest.moc"

@@ -1,0 +1,129 @@
+#include "AssayProtocol.h"
+
+#include <QDir>
+#include <QtTest>
+
+using namespace nebra;
+
+namespace {
+
+const QByteArray Head =
+    "# Nebra assay protocol\n[Protocol]\nName=P\nLayout=L.mlo\nRead=R\nAnalysis=A\nUnits=U\n";
+
+ReadSettings kineticFluorescence()
+{
+    ReadSettings s;
+    s.mode = ReadSettings::Mode::Fluorescence;
+    s.excitation = 485;
+    s.emission = 528;
+    s.kinetic = true;
+    s.reads = 30;
+    s.interval = 45;
+    s.shaking = ReadSettings::Shaking::Orbital;
+    s.shakingTime = 10;
+    s.temperature = 37.5;
+    return s;
+}
+
+} // namespace
+
+class AssayProtocolTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void exampleProtocolsAreValid()
+    {
+        const QDir folder(qEnvironmentVariable("NEBRA_TEST_DATA_DIR") +
+                          QStringLiteral("/Example Assays/Protocols"));
+        const QStringList files = folder.entryList({QStringLiteral("*.apr")}, QDir::Files);
+        QCOMPARE(files.size(), 3);
+        for (const QString& file : files) {
+            QString error;
+            const auto protocol = AssayProtocol::Load(folder.filePath(file), error);
+            QVERIFY2(protocol, qPrintable(file + QStringLiteral(": ") + error));
+            QCOMPARE(protocol->name + QStringLiteral(".apr"), file);
+        }
+    }
+
+    void writtenProtocolsReadBack_data()
+    {
+        QTest::addColumn<int>("variant");
+        QTest::newRow("no read settings") << 0;
+        QTest::newRow("absorbance with reference, end point") << 1;
+        QTest::newRow("fluorescence, kinetic, shaking, 37.5 C") << 2;
+        QTest::newRow("luminescence, ambient") << 3;
+    }
+    void writtenProtocolsReadBack()
+    {
+        QFETCH(int, variant);
+        AssayProtocol protocol;
+        protocol.name = QStringLiteral("Ünïcode <&> assay");
+        protocol.layout = QStringLiteral("ELISA 96 Standard Curve.mlo");
+        protocol.analysis = QStringLiteral("4-parameter logistic");
+        protocol.units = QStringLiteral("ng/mL");
+        if (variant == 1) {
+            ReadSettings s;
+            s.wavelength = 450;
+            s.referenceWavelength = 620;
+            protocol.settings = s;
+        } else if (variant == 2) {
+            protocol.settings = kineticFluorescence();
+        } else if (variant == 3) {
+            ReadSettings s;
+            s.mode = ReadSettings::Mode::Luminescence;
+            s.integrationTime = 500;
+            protocol.settings = s;
+        }
+        protocol.read =
+            protocol.settings ? protocol.settings->Summary() : QStringLiteral("Absorbance 450 nm");
+        QString error;
+        const auto back = AssayProtocol::Parse(protocol.Serialise(), error);
+        QVERIFY2(back, qPrintable(error));
+        QCOMPARE(back->Serialise(), protocol.Serialise());
+        QCOMPARE(back->name, protocol.name);
+        QCOMPARE(back->settings.has_value(), protocol.settings.has_value());
+        QVERIFY(protocol.PreviewPage().contains("<h1>Ünïcode &lt;&amp;&gt; assay</h1>"));
+    }
+
+    void faultsAreNamed_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<QString>("error");
+        // clang-format off
+        QTest::newRow("no signature") << QByteArray("[Protocol]\nName=P\n") << "Line 1: a protocol starts with \"# Nebra assay protocol\".";
+        QTest::newRow("empty") << QByteArray("\n\n") << "The file is empty.";
+        QTest::newRow("missing units") << QByteArray("# Nebra assay protocol\n[Protocol]\nName=P\nLayout=L.mlo\nRead=R\nAnalysis=A\n") << "The [Protocol] section gives no Units.";
+        QTest::newRow("layout with folder") << QByteArray("# Nebra assay protocol\n[Protocol]\nName=P\nLayout=/x/L.mlo\nRead=R\nAnalysis=A\nUnits=U\n") << "Line 4: the layout must be a \".mlo\" file name without a folder.";
+        QTest::newRow("twice") << QByteArray("# Nebra assay protocol\n[Protocol]\nName=P\nname=Q\n") << "Line 4: \"name\" is given twice.";
+        QTest::newRow("not name=value") << QByteArray("# Nebra assay protocol\n[Protocol]\nName\n") << "Line 3: expected name=value.";
+        QTest::newRow("unknown mode") << Head + "[Read]\nMode=Raman\n" << "Line 9: Mode must be one of: Absorbance, Fluorescence intensity, Luminescence.";
+        QTest::newRow("wavelength out of range") << Head + "[Read]\nMode=Absorbance\nWavelength=1200\n" << "Line 10: Wavelength must be a whole number from 200 to 1000.";
+        QTest::newRow("no wavelength") << Head + "[Read]\nMode=Absorbance\n" << "Line 8: [Read] gives no Wavelength must be a whole number from 200 to 1000.";
+        QTest::newRow("emission below excitation") << Head + "[Read]\nMode=Fluorescence intensity\nExcitation=535\nEmission=485\n" << "Line 11: the emission wavelength must be longer than the excitation wavelength.";
+        QTest::newRow("one kinetic read") << Head + "[Read]\nMode=Luminescence\nIntegrationTime=100\nTiming=Kinetic\nReads=1\nInterval=5\n" << "Line 12: Reads must be a whole number from 2 to 1000.";
+        QTest::newRow("hot") << Head + "[Read]\nMode=Luminescence\nIntegrationTime=100\nTemperature=80\n" << "Line 11: Temperature must be Ambient or degrees Celsius from 15 to 45.";
+        QTest::newRow("not UTF-8") << QByteArray("# Nebra assay protocol\n[Protocol]\nName=\xff\n") << "The file is not UTF-8 text.";
+        // clang-format on
+    }
+    void faultsAreNamed()
+    {
+        QFETCH(QByteArray, content);
+        QFETCH(QString, error);
+        QString actual;
+        QVERIFY(!AssayProtocol::Parse(content, actual));
+        QCOMPARE(actual, error);
+    }
+
+    void laterSectionsAndKeysArePassedOver()
+    {
+        QString error;
+        const auto protocol =
+            AssayProtocol::Parse("\xEF\xBB\xBF" + Head + "Extra=1\n[Plate map]\nwhatever\n", error);
+        QVERIFY2(protocol, qPrintable(error));
+        QCOMPARE(protocol->units, QStringLiteral("U"));
+    }
+};
+
+QTEST_GUILESS_MAIN(AssayProtocolTest)
+#include "AssayProtocolTest.moc"

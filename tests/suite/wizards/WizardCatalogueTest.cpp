@@ -1,0 +1,76 @@
+#include "WizardCatalogue.h"
+
+#include <QTemporaryDir>
+#include <QtTest>
+
+using namespace nebra;
+
+class WizardCatalogueTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void reading_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<QStringList>("names"); // "Name=ProgID", in order
+        QTest::addColumn<QString>("errorPart"); // empty: no error
+
+        QTest::newRow("registration order, not sorted")
+            << QByteArray(
+                   R"({"wizards":[{"Name":"Kinetic","ProgID":"A.K"},{"Name":"Generic","ProgID":"A.G"},)"
+                   R"({"Name":"ELISA","ProgID":"A.E"}]})")
+            << QStringList{"Kinetic=A.K", "Generic=A.G", "ELISA=A.E"} << QString();
+        QTest::newRow("empty list") << QByteArray(R"({"wizards":[]})") << QStringList{} << QString();
+        QTest::newRow("two names, one plug-in")
+            << QByteArray(R"({"wizards":[{"Name":"One","ProgID":"A.X"},{"Name":"Two","ProgID":"A.X"}]})")
+            << QStringList{"One=A.X", "Two=A.X"} << QString();
+        QTest::newRow("entries without name or ProgID skipped, the rest kept")
+            << QByteArray(R"({"wizards":[{"ProgID":"A.X"},{"Name":"Kept","ProgID":"A.K"},{"Name":"NoId"}]})")
+            << QStringList{"Kept=A.K"} << QStringLiteral("(1, 3)");
+        QTest::newRow("not JSON") << QByteArray("Generic=A.G") << QStringList{}
+                                  << QStringLiteral("is not a valid catalogue: ");
+        QTest::newRow("no wizards list") << QByteArray(R"({"drivers":[]})") << QStringList{}
+                                         << QStringLiteral("is not a valid catalogue.");
+    }
+    void reading()
+    {
+        QFETCH(QByteArray, content);
+        QFETCH(QStringList, names);
+        QFETCH(QString, errorPart);
+        QTemporaryDir dir;
+        const QString path = WizardCatalogue::FileIn(dir.path());
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(content);
+        file.close();
+
+        const WizardCatalogue catalogue(path);
+        QStringList read;
+        for (int i = 1; i <= catalogue.Wizards().Count(); ++i)
+            read << catalogue.Wizards().Item(i).Name + QLatin1Char('=') + catalogue.Wizards().Item(i).ProgID;
+        QCOMPARE(read, names);
+        if (errorPart.isEmpty())
+            QVERIFY2(catalogue.errorString().isEmpty(), qPrintable(catalogue.errorString()));
+        else
+            QVERIFY2(catalogue.errorString().contains(errorPart), qPrintable(catalogue.errorString()));
+    }
+
+    void missingFileMeansNoWizards()
+    {
+        const WizardCatalogue catalogue(QStringLiteral("/nonexistent/wizards.json"));
+        QCOMPARE(catalogue.Wizards().Count(), 0);
+        QVERIFY(catalogue.errorString().isEmpty());
+    }
+
+    void installedCatalogueListsGenericFirst()
+    {
+        const WizardCatalogue catalogue(WizardCatalogue::FileIn(qEnvironmentVariable("NEBRA_TEST_DATA_DIR")));
+        QVERIFY(catalogue.errorString().isEmpty());
+        QVERIFY(catalogue.Wizards().Count() >= 1);
+        QCOMPARE(catalogue.Wizards().Item(1).Name, QStringLiteral("Generic"));
+    }
+};
+
+QTEST_GUILESS_MAIN(WizardCatalogueTest)
+#include "WizardCatalogueTest.moc"
