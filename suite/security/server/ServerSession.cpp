@@ -75,6 +75,21 @@ qint64 ServerSession::record(const QString& token, const QString& area, const QS
     return q.value(0).toLongLong();
 }
 
+ServerPasswordChange ServerSession::checkPassword(const QString& token, const SecretBytes& current,
+                                                  QString* error)
+{
+    QSqlQuery q(m_connection.database());
+    if (!m_connection.exec(q, QStringLiteral("SELECT nebra.check_password(?, ?)"), {token, text(current)},
+                           error) ||
+        !q.next())
+        return ServerPasswordChange::Error;
+    const QString outcome = q.value(0).toString();
+    if (outcome == QLatin1String("ok"))
+        return ServerPasswordChange::Changed;
+    return outcome == QLatin1String("locked") ? ServerPasswordChange::Locked
+                                              : ServerPasswordChange::Incorrect;
+}
+
 ServerPasswordChange ServerSession::changePassword(const QString& token, const SecretBytes& current,
                                                    const SecretBytes& fresh, QString* error)
 {

@@ -45,6 +45,8 @@ public:
                                   QString* error);
     // The entry's sequence number once committed on the server; 0, with *error, when it is not.
     qint64 record(const QString& token, const QString& area, const QString& text, QString* error);
+    // Changed (the password is right), Incorrect, Locked or Error.
+    ServerPasswordChange checkPassword(const QString& token, const SecretBytes& current, QString* error);
     ServerPasswordChange changePassword(const QString& token, const SecretBytes& current,
                                         const SecretBytes& fresh, QString* error);
     // Ends the session on the server and records text; false, with *error, when the server cannot.
