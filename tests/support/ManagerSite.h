@@ -123,6 +123,9 @@ public:
             "The audit trail entry could not be recorded (The connection to the security server was lost");
     }
 
+    void stopServer() { server().stop(); }
+    void startServer() { QVERIFY2(server().start(), qPrintable(server().problem())); }
+
 private:
     static PostgresServer& server()
     {
