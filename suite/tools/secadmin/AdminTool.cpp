@@ -144,6 +144,12 @@ QList<AdminTool::Command> AdminTool::inquiryCommands()
          A::Status,
          0,
          {}},
+        {"migrate", "",
+         "With --backend postgresql: copy the embedded store --database PATH into a new store on the server",
+         A::AnyHead, 0,
+         [this](const QStringList&) {
+             return fail(QStringLiteral("migrate copies to a security server: add --backend postgresql."));
+         }},
         {"reseal-head", "",
          "Seal the audit chain head afresh at the newest entry (after looking into a problem)", A::AnyHead, 0,
          [this](const QStringList&) { return reseal(); }},
@@ -324,6 +330,8 @@ int AdminTool::runOnServer(const Command& command, const QStringList& arguments,
     options.fullName = m_fullName;
     options.adminGroup = m_adminGroup;
     options.writePolicyFile = !m_perUser;
+    if (!m_database.isEmpty())
+        options.openEmbedded = [settings](QString* e) { return SecurityStore::open(settings, e); };
     const int exit = ServerAdminTool(m_out, m_err, options).run(command.name, arguments);
     if (exit >= 0)
         return exit;

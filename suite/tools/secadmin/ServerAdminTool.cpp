@@ -4,8 +4,10 @@
 #include "PasswordPrompt.h"
 #include "SecretBytes.h"
 #include "SecuritySettings.h"
+#include "SecurityStore.h"
 #include "ServerAdministration.h"
 #include "ServerConnection.h"
+#include "ServerMigration.h"
 #include "ServerSchema.h"
 #include "SettingsStore.h"
 #include "SitePolicyFile.h"
@@ -49,6 +51,7 @@ QList<ServerAdminTool::Command> ServerAdminTool::commands()
     return {
         {"create", 0, [this](const QStringList&) { return create(); }},
         {"verify", 0, [this](const QStringList&) { return verify(); }},
+        {"migrate", 0, [this](const QStringList&) { return migrate(); }},
         {"add-user", 1,
          [=, this](const QStringList& a) {
              return withPassword(
@@ -168,6 +171,23 @@ int ServerAdminTool::verify()
         return 1;
     }
     say(result.message);
+    return 0;
+}
+
+int ServerAdminTool::migrate()
+{
+    QString error;
+    const std::unique_ptr<SecurityStore> source =
+        m_options.openEmbedded ? m_options.openEmbedded(&error) : std::unique_ptr<SecurityStore>();
+    if (!source)
+        return fail(error.isEmpty()
+                        ? QStringLiteral("migrate needs --database PATH: the embedded store to copy.")
+                        : error);
+    QString summary;
+    if (!ServerMigration(*source, *m_connection, actor(), AuditTrail::workstationName())
+             .run(&summary, &error))
+        return fail(error);
+    say(summary);
     return 0;
 }
 

@@ -14,6 +14,7 @@ namespace nebra {
 
 class ServerConnection;
 class SecretBytes;
+class SecurityStore;
 class ServerAdministration;
 
 // nebra-secadmin's commands on a security store on a database server. The
@@ -29,6 +30,8 @@ public:
         QString fullName;      // for add-user
         QString adminGroup;    // for create: written to the system-wide file
         bool writePolicyFile = true;
+        // For migrate: opens the embedded store to copy (null, with *error, when it cannot).
+        std::function<std::unique_ptr<SecurityStore>(QString*)> openEmbedded;
     };
 
     ServerAdminTool(QIODevice& out, QIODevice& err, Options options);
@@ -48,6 +51,7 @@ private:
     QList<Command> commands();
     int create();
     int verify();
+    int migrate();
     // Asks for the new password, then runs action with it.
     int withPassword(const QString& name,
                      const std::function<bool(ServerAdministration&, const SecretBytes&, QString*)>& action,

@@ -4,11 +4,14 @@
 // OS users share one trail.
 
 #include "PostgresServer.h"
+#include "SecurityFixture.h"
 #include "ServerConnection.h"
+#include "ServerSession.h"
 #include "SettingsStore.h"
 #include "UserFolders.h"
 
 #include <QProcess>
+#include <QSqlQuery>
 #include <QtTest>
 
 #include <unistd.h>
@@ -116,6 +119,63 @@ private Q_SLOTS:
         }
         const Run verified = run({"verify"});
         QVERIFY2(verified.exitCode == 0, qPrintable(verified.out + verified.err));
+    }
+
+    // A site moves from its embedded store to a new store on the server: the
+    // trail comes along in order and verifies on both, rights and roles too;
+    // passwords must be set anew.
+    void migrateFromTheEmbeddedStore()
+    {
+        test::SecurityFixture site(m_folders->root() + QStringLiteral("/embedded"));
+        // Where the tool looks for them beside --database.
+        site.settings().siteKeyFile = site.settings().databasePath + QStringLiteral(".key");
+        site.settings().chainHeadFile = site.settings().databasePath + QStringLiteral(".head");
+        site.create();
+        site.addUser(QStringLiteral("jsmith"), QStringLiteral("correct horse"), QStringLiteral("Jane Smith"),
+                     {QStringLiteral("Reader/Run")});
+        const QStringList before = site.auditTexts();
+        const QStringList server{QStringLiteral("--backend"),         QStringLiteral("postgresql"),
+                                 QStringLiteral("--server"),          m_server->socketFolder(),
+                                 QStringLiteral("--server-database"), QStringLiteral("migrated")};
+        QCOMPARE(run(QStringList{QStringLiteral("create"), QStringLiteral("--per-user")} + server).exitCode,
+                 0);
+        const QStringList embedded{QStringLiteral("--database"), site.settings().databasePath};
+        const Run migrated = run(QStringList{QStringLiteral("migrate")} + embedded + server);
+        QVERIFY2(migrated.exitCode == 0, qPrintable(migrated.err));
+        QVERIFY(migrated.out.contains(QLatin1String("reset-password")));
+        // Once is all: the store is no longer empty.
+        QCOMPARE(run(QStringList{QStringLiteral("migrate")} + embedded + server).exitCode, 1);
+
+        QCOMPARE(run(QStringList{QStringLiteral("verify")} + server).exitCode, 0);
+        QCOMPARE(
+            run(QStringList{QStringLiteral("verify"), QStringLiteral("--backend"), QStringLiteral("sqlite")} +
+                embedded)
+                .exitCode,
+            0);
+        ServerSettings settings = m_server->superuser();
+        settings.database = QStringLiteral("migrated");
+        QString error;
+        const std::unique_ptr<ServerConnection> owner = ServerConnection::open(settings, &error);
+        QSqlQuery q(owner->database());
+        QVERIFY(owner->exec(q, QStringLiteral("SELECT text FROM nebra.audit_trail ORDER BY seq LIMIT ?"),
+                            {before.size()}, &error));
+        QStringList copied;
+        while (q.next())
+            copied.append(q.value(0).toString());
+        QCOMPARE(copied, before);
+
+        QCOMPARE(run(QStringList{QStringLiteral("reset-password"), QStringLiteral("jsmith")} + server,
+                     "battery staple\n")
+                     .exitCode,
+                 0);
+        settings.user = ServerSettings::ClientRole;
+        const std::unique_ptr<ServerConnection> client = ServerConnection::open(settings, &error);
+        ServerSession session(*client, QStringLiteral("pc"));
+        const ServerLogIn in = session.logIn(QStringLiteral("jsmith"), SecretBytes("battery staple"));
+        QCOMPARE(in.status, LogInStatus::Success);
+        QVERIFY(in.mustChangePassword);
+        QCOMPARE(session.isAllowed(in.token, QStringLiteral("Reader"), QStringLiteral("Run"), &error),
+                 std::optional<bool>(true));
     }
 
     void verifyFindsTamperingOnTheServer()
