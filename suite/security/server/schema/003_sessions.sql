@@ -119,7 +119,7 @@ DECLARE
     v_session nebra.sessions := nebra.session_of(p_token);
 BEGIN
     IF v_session.user_id IS NULL THEN
-        RAISE EXCEPTION 'there is no open session for this token' USING ERRCODE = 'invalid_authorization_specification';
+        RAISE EXCEPTION 'there is no open session for this token' USING ERRCODE = '28000';
     END IF;
     RETURN nebra.append_audit((SELECT name FROM nebra.users WHERE id = v_session.user_id),
                               v_session.workstation, p_area, p_text);
@@ -138,7 +138,7 @@ DECLARE
     v_user nebra.users;
 BEGIN
     IF v_session.user_id IS NULL THEN
-        RAISE EXCEPTION 'there is no open session for this token' USING ERRCODE = 'invalid_authorization_specification';
+        RAISE EXCEPTION 'there is no open session for this token' USING ERRCODE = '28000';
     END IF;
     SELECT * INTO STRICT v_user FROM nebra.users WHERE id = v_session.user_id FOR UPDATE;
     IF v_user.locked OR v_user.disabled

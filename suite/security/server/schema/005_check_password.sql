@@ -11,7 +11,7 @@ DECLARE
     v_user nebra.users;
 BEGIN
     IF v_session.user_id IS NULL THEN
-        RAISE EXCEPTION 'there is no open session for this token' USING ERRCODE = 'invalid_authorization_specification';
+        RAISE EXCEPTION 'there is no open session for this token' USING ERRCODE = '28000';
     END IF;
     SELECT * INTO STRICT v_user FROM nebra.users WHERE id = v_session.user_id FOR UPDATE;
     IF NOT v_user.locked AND NOT v_user.disabled
