@@ -29,7 +29,10 @@ int main(int argc, char** argv)
     QStringList audit;
     LaunchContext context;
     context.canPerform = [](const QString&) { return true; };
-    context.audit = [&audit](const QString& entry) { audit << entry; };
+    context.audit = [&audit](const QString& entry) {
+        audit << entry;
+        return true;
+    };
     context.selectedDocumentPath = [&document] { return document; };
     DocumentLauncher launcher(paths, context);
 

@@ -15,9 +15,12 @@ bool DocumentLauncher::allowedAndAudited(const QString& operation, const QString
 {
     if (!m_context.canPerform || !m_context.canPerform(operation))
         return false;
-    if (m_context.audit)
-        m_context.audit(entry);
-    return true;
+    return audited(entry);
+}
+
+bool DocumentLauncher::audited(const QString& entry)
+{
+    return !m_context.audit || m_context.audit(entry);
 }
 
 QString DocumentLauncher::selectedPath() const
@@ -96,8 +99,8 @@ void DocumentLauncher::OpenReport()
 {
     const QString document = selectedPath();
     // Reports are recorded but never checked.
-    if (m_context.audit)
-        m_context.audit(QStringLiteral("Open report: ") + document);
+    if (!audited(QStringLiteral("Open report: ") + document))
+        return;
     start(CommandLine::Opener(QLatin1String(ReportOpener), document), QString());
 }
 

@@ -12,7 +12,8 @@ class SuitePaths;
 // Starts the suite's programs on documents. Each launch procedure, in this
 // order and stopping at the first step that fails: asks the security layer
 // for its operation; writes its audit entry (texts ending in ": " are
-// followed by the selected document's full path); reads the program's path
+// followed by the selected document's full path), and goes no further when
+// the entry could not be written; reads the program's path
 // from SuitePaths afresh; builds the arguments and calls LaunchApplication.
 //
 //   procedure                operation / audit text                    program, arguments
@@ -50,7 +51,7 @@ public:
     void RunProtocol();
 
     // Open on a report: no permission is asked; the audit entry
-    // "Open report: " + path is written and the desktop's opener (xdg-open)
+    // "Open report: " + path is written and, once it is, the desktop's opener (xdg-open)
     // is started with the path as its one argument.
     void OpenReport();
 
@@ -82,6 +83,7 @@ private:
     };
     void launch(const Launch& launch);
     bool allowedAndAudited(const QString& operation, const QString& entry);
+    bool audited(const QString& entry);
     QString selectedPath() const;
     bool start(const CommandLine& line, const QString& settingName);
 

@@ -17,8 +17,10 @@ struct LaunchContext
     // Asks whether the general operation is allowed; shows the refusal itself.
     // Empty: nothing is allowed.
     std::function<bool(const QString& operation)> canPerform;
-    // Writes an audit entry in the general area. Empty: nothing is recorded.
-    std::function<void(const QString& entry)> audit;
+    // Writes an audit entry in the general area; false when it could not be
+    // written (the hook has told the user), and the operation is then not
+    // carried out. Empty: nothing is recorded.
+    std::function<bool(const QString& entry)> audit;
     // The full path of the file list's selected document, as it stands. Empty: "".
     std::function<QString()> selectedDocumentPath;
     // True while a security session is open. Empty: false.

@@ -45,17 +45,23 @@ bool Authorisation::CanPerformGeneralOperation(const QString& operation) const
     return CanPerformSecurityOperation(GeneralArea, operation, true);
 }
 
-void Authorisation::AddAuditTrailEntryOperation(const QString& area, const QString& entry) const
+bool Authorisation::AddAuditTrailEntryOperation(const QString& area, const QString& entry) const
 {
-    if (!m_session.SecurityEnabled())
-        return;
-    if (NebraSecurityManager* manager = m_session.NebraSecurityManagerObj())
-        manager->AddAuditTrailEntry(area, entry);
+    switch (m_session.state()) {
+    case SecuritySession::State::NotConfigured:
+        return true;
+    case SecuritySession::State::Ended:
+        return false;
+    case SecuritySession::State::Active:
+        break;
+    }
+    NebraSecurityManager* manager = m_session.NebraSecurityManagerObj();
+    return manager && manager->AddAuditTrailEntry(area, entry);
 }
 
-void Authorisation::AddAuditTrailEntryOperationGeneral(const QString& entry) const
+bool Authorisation::AddAuditTrailEntryOperationGeneral(const QString& entry) const
 {
-    AddAuditTrailEntryOperation(AuditArea, entry);
+    return AddAuditTrailEntryOperation(AuditArea, entry);
 }
 
 } // namespace nebra

@@ -18,7 +18,7 @@ class SecuritySession;
 // Document operations call CanPerformGeneralOperation with the operation's
 // name, stop without a further message when it answers false, and
 // otherwise call AddAuditTrailEntryOperationGeneral before carrying the
-// operation out.
+// operation out, which they do only when the entry was written.
 class Authorisation
 {
 public:
@@ -34,9 +34,14 @@ public:
     // The same in area "AuthorisationsGeneral", with the message.
     bool CanPerformGeneralOperation(const QString& operation) const;
 
-    void AddAuditTrailEntryOperation(const QString& area, const QString& entry) const;
+    // True when the operation may go ahead: without a configured session
+    // (nothing to record), or once the manager has committed the entry.
+    // False after the session has ended, and when the entry could not be
+    // written; the manager has then told the user that the audit trail
+    // could not be written.
+    bool AddAuditTrailEntryOperation(const QString& area, const QString& entry) const;
     // The same in area "General".
-    void AddAuditTrailEntryOperationGeneral(const QString& entry) const;
+    bool AddAuditTrailEntryOperationGeneral(const QString& entry) const;
 
     static QString permissionDeniedText();
 

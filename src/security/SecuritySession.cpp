@@ -65,7 +65,12 @@ SecuritySession::StartOutcome SecuritySession::StartSecuritySession()
     }
     m_state = State::Active;
     showSecurityControls();
-    m_manager->AddAuditTrailEntry(QStringLiteral("General"), QStringLiteral("Launch Welcome screen"));
+    if (!m_manager->AddAuditTrailEntry(QStringLiteral("General"), QStringLiteral("Launch Welcome screen"))) {
+        // A session whose start cannot be recorded is not begun; the manager
+        // has said why.
+        CloseSession();
+        return StartOutcome::EndProcess;
+    }
     return StartOutcome::Continue;
 }
 
@@ -121,13 +126,14 @@ void SecuritySession::ShowSessionInformation()
 void SecuritySession::NebraSecurityManagerObj_UserLoggedOut(const QString& userName, int reason)
 {
     Q_UNUSED(userName);
+    // The manager has ended the session: from here on every check refuses,
+    // also while the message below waits for the user.
+    m_state = State::Ended;
     if (reason == NebraSecurityManager::TimedOut)
         inform(m_owner, QStringLiteral("Your session has timed out.  You have been logged out"),
                QStringLiteral("Time Out"));
     else if (reason == NebraSecurityManager::LoggedOut)
         inform(m_owner, QStringLiteral("The program will now exit."), QStringLiteral("Logged Out"));
-    // The manager has ended the session; nothing may pass as logged in while the windows close.
-    m_state = State::Ended;
     if (m_hooks.unloadAllExceptMain)
         m_hooks.unloadAllExceptMain();
     if (m_hooks.unloadMainWindow)

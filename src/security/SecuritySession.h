@@ -56,7 +56,8 @@ public:
 
     // Called once by the start-up. EndProcess: the failure has been reported
     // and the program must end at once. A successful log-in is recorded as
-    // "Launch Welcome screen" in the audit trail.
+    // "Launch Welcome screen" in the audit trail; when that entry cannot be
+    // written the session is closed again and the program must end.
     StartOutcome StartSecuritySession();
 
     State state() const { return m_state; }

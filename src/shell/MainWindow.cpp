@@ -169,7 +169,7 @@ void MainWindow::createLauncher()
         return m_authorisation->CanPerformGeneralOperation(operation);
     };
     launching.audit = [this](const QString& entry) {
-        m_authorisation->AddAuditTrailEntryOperationGeneral(entry);
+        return m_authorisation->AddAuditTrailEntryOperationGeneral(entry);
     };
     launching.securityEnabled = [this] { return m_security->SecurityEnabled(); };
     // Open and Run act on the file list's (first) selected document; the

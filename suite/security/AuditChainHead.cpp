@@ -10,6 +10,9 @@
 #include <QThread>
 #include <QtEndian>
 
+#include <cerrno>
+#include <cstring>
+
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -19,6 +22,10 @@ namespace nebra {
 
 namespace {
 const QByteArray Magic = QByteArrayLiteral("nebra-audit-head 1");
+// Every record is padded with line feeds to this size, so that a record
+// written over another never leaves bytes of the older one behind and the
+// file keeps its size (its fdatasync then writes no metadata).
+constexpr qsizetype RecordSize = 256;
 
 QString shown(const QString& path)
 {
@@ -123,12 +130,25 @@ AuditChainHead::ReadStatus AuditChainHead::read(Record* record, QString* error) 
     return ReadStatus::Ok;
 }
 
-bool AuditChainHead::write(const Record& record, QString* error)
+QByteArray AuditChainHead::recordText(const Record& record) const
 {
     QByteArray text = Magic + '\n';
     text += "count=" + QByteArray::number(record.count) + '\n';
     text += "mac=" + record.mac.toHex() + '\n';
     text += "seal=" + m_key.mac(sealedMessage(record)).toHex() + '\n';
+    text.append(RecordSize - text.size(), '\n');
+    return text;
+}
+
+QString AuditChainHead::cannotWrite(const QString& reason) const
+{
+    return QStringLiteral("The audit chain head file \"%1\" cannot be written (%2).")
+        .arg(shown(m_path), reason);
+}
+
+bool AuditChainHead::write(const Record& record, QString* error)
+{
+    const QByteArray text = recordText(record);
     QSaveFile file(m_path);
     const QFileDevice::Permissions mode = SecureFiles::dataMode(m_path) == 0660
                                               ? QFileDevice::ReadOwner | QFileDevice::WriteOwner |
@@ -137,9 +157,37 @@ bool AuditChainHead::write(const Record& record, QString* error)
     if (file.open(QIODevice::WriteOnly) && file.setPermissions(mode) && file.write(text) == text.size() &&
         file.commit())
         return true;
-    *error = QStringLiteral("The audit chain head file \"%1\" cannot be written (%2).")
-                 .arg(shown(m_path), file.errorString());
+    *error = cannotWrite(file.errorString());
     return false;
+}
+
+// Written in place: one pwrite at the start of the file and one fdatasync,
+// where a replacement would cost a new file, its sync, a rename and the
+// folder's metadata. A process killed here leaves the old record or the new
+// one (the kernel copies the few bytes in one go). A power cut in the middle
+// of the sector, on a disk that does not write sectors whole, could leave a
+// mix: its seal then fails, the head reads as altered, nothing more is
+// appended, and "nebra-secadmin reseal-head" rebuilds it from the database
+// once the chain has been verified.
+bool AuditChainHead::overwrite(const Record& record, QString* error)
+{
+    const QByteArray text = recordText(record);
+    const int fd = ::open(QFile::encodeName(m_path).constData(), O_WRONLY | O_CLOEXEC | O_NOFOLLOW);
+    if (fd < 0) {
+        *error = cannotWrite(QString::fromLocal8Bit(strerror(errno)));
+        return false;
+    }
+    struct stat st = {};
+    bool ok = ::pwrite(fd, text.constData(), size_t(text.size()), 0) == text.size() && ::fstat(fd, &st) == 0;
+    // A record of an older, shorter format grew the file once; a longer one is cut to size.
+    if (ok && st.st_size > text.size())
+        ok = ::ftruncate(fd, text.size()) == 0;
+    ok = ok && ::fdatasync(fd) == 0;
+    const int failure = errno;
+    ::close(fd);
+    if (!ok)
+        *error = cannotWrite(QString::fromLocal8Bit(strerror(failure)));
+    return ok;
 }
 
 bool AuditChainHead::advance(const Record& record, QString* error)
@@ -157,7 +205,7 @@ bool AuditChainHead::advance(const Record& record, QString* error)
         return false;
     if (current.count >= record.count)
         return true; // another writer got further already
-    return write(record, error);
+    return overwrite(record, error);
 }
 
 bool AuditChainHead::reset(const Record& record, QString* error)

@@ -17,6 +17,8 @@ class SiteKey;
 //   count=<n>
 //   mac=<hex>
 //   seal=<hex>
+//
+// padded with line feeds to a fixed size.
 class AuditChainHead
 {
 public:
@@ -39,17 +41,22 @@ public:
 
     ReadStatus read(Record* record, QString* error) const;
 
-    // Replaces the file (atomically, under a lock file shared with other
-    // writers) when the record is newer than the one on disk. Refuses, with
-    // *error set, when the file on disk is missing or altered.
+    // Writes the record over the one in the file (under a lock file shared
+    // with other writers, synced before it returns) when it is newer than
+    // the one on disk. Refuses, with *error set, when the file on disk is
+    // missing or altered.
     bool advance(const Record& record, QString* error);
-    // Writes the record unconditionally: when the database is created, and
-    // when an administrator re-seals the head after looking into a problem.
+    // Replaces the file (atomically) with the record, unconditionally: when
+    // the database is created, and when an administrator re-seals the head
+    // after looking into a problem.
     bool reset(const Record& record, QString* error);
 
 private:
     QByteArray sealedMessage(const Record& record) const;
+    QByteArray recordText(const Record& record) const;
+    QString cannotWrite(const QString& reason) const;
     bool write(const Record& record, QString* error);
+    bool overwrite(const Record& record, QString* error);
 
     QString m_path;
     const SiteKey& m_key;

@@ -53,11 +53,15 @@ bool EmbeddedSecurityBackend::storeNewPassword(const QString& userName, const Se
         *error = QStringLiteral("The password could not be hashed (not enough memory).");
         return false;
     }
-    if (!m_store->users().setPasswordHash(userName, hash, false, error))
-        return false;
-    const AuditAppendResult result =
-        m_store->audit().append(userName, Authenticator::Area, QStringLiteral("Password changed"));
-    *error = result.error;
+    // The new hash and its entry share one transaction: neither lands without the other.
+    QString why;
+    const AuditAppendResult result = m_store->audit().append(
+        userName, Authenticator::Area, QStringLiteral("Password changed"), [&](QString* e) {
+            const bool stored = m_store->users().setPasswordHash(userName, hash, false, e);
+            why = *e;
+            return stored;
+        });
+    *error = result.sequence == 0 && !why.isEmpty() ? why : result.error;
     return result.sequence > 0;
 }
 

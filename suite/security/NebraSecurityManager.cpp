@@ -54,6 +54,11 @@ void NebraSecurityManager::closeSession(const QString& userName, const QString& 
         tell(nullptr, result.error, MessageIcon::Critical);
 }
 
+QString NebraSecurityManager::auditWriteFailureText()
+{
+    return QStringLiteral("The audit trail could not be written, so the operation has not been carried out.");
+}
+
 QString NebraSecurityManager::AuthenticationLibrary() const
 {
     return m_backend->settings().authenticationLibrary;
@@ -154,9 +159,14 @@ void NebraSecurityManager::timeOut()
 bool NebraSecurityManager::AddAuditTrailEntry(const QString& area, const QString& text)
 {
     const AuditAppendResult result = m_backend->append(m_user ? m_user->name : QString(), area, text);
-    if (!result.error.isEmpty())
-        tell(nullptr, result.error, MessageIcon::Critical);
-    return result.sequence > 0;
+    if (result.sequence > 0) {
+        // Committed; only the chain head lags, which the next entry or verify repairs.
+        if (!result.error.isEmpty())
+            tell(nullptr, result.error, MessageIcon::Critical);
+        return true;
+    }
+    tell(nullptr, auditWriteFailureText() + QStringLiteral("\n\n") + result.error, MessageIcon::Critical);
+    return false;
 }
 
 QString NebraSecurityManager::UserName() const

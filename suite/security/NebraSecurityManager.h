@@ -60,9 +60,11 @@ public:
     bool LogIn(QWidget* owner);
     bool PasswordChangeAllowed() const;
     // Committed to the disk before it returns true; false, with the failure
-    // reported in a message box, when it could not be committed (the caller
-    // must then not carry the operation out).
+    // reported in a message box that starts with auditWriteFailureText(),
+    // when it could not be committed (the caller must then not carry the
+    // operation out).
     bool AddAuditTrailEntry(const QString& area, const QString& text);
+    static QString auditWriteFailureText();
     // Ends the session and raises UserLoggedOut with reason 1.
     void SessionLogOut();
     QString UserName() const;

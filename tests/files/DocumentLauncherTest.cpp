@@ -23,6 +23,7 @@ private:
     std::unique_ptr<DocumentLauncher> m_launcher;
     QStringList m_events;
     bool m_allow = true;
+    bool m_auditWritten = true;
     bool m_secured = false;
     QString m_document = QStringLiteral("/data/My Assays/Protocols/ELISA IgG Quantitation.apr");
 
@@ -38,6 +39,19 @@ private:
     void setProgram(const QString& setting, const QString& path)
     {
         QVERIFY(m_store->setValue(QStringLiteral("Paths/") + setting, path));
+    }
+    void run(const QString& procedure)
+    {
+        static const QHash<QString, void (DocumentLauncher::*)()> procedures{
+            {"RunProtocol", &DocumentLauncher::RunProtocol},
+            {"OpenProtocol", &DocumentLauncher::OpenProtocol},
+            {"OpenResults", &DocumentLauncher::OpenResults},
+            {"EditLayout", &DocumentLauncher::EditLayout},
+            {"CreateLayout", &DocumentLauncher::CreateLayout},
+            {"CreateReadConfiguration", &DocumentLauncher::CreateReadConfiguration},
+            {"CreateProtocol", &DocumentLauncher::CreateProtocol},
+            {"OpenReport", &DocumentLauncher::OpenReport}};
+        (m_launcher.get()->*procedures.value(procedure))();
     }
     QByteArrayList startedArgv() const
     {
@@ -56,13 +70,17 @@ private Q_SLOTS:
             setProgram(QLatin1String(setting), programFor(QLatin1String(setting)));
         m_events.clear();
         m_allow = true;
+        m_auditWritten = true;
         m_secured = false;
         LaunchContext context;
         context.canPerform = [this](const QString& operation) {
             m_events << "check " + operation;
             return m_allow;
         };
-        context.audit = [this](const QString& entry) { m_events << "audit " + entry; };
+        context.audit = [this](const QString& entry) {
+            m_events << "audit " + entry;
+            return m_auditWritten;
+        };
         context.selectedDocumentPath = [this] { return m_document; };
         context.securityEnabled = [this] { return m_secured; };
         context.startNewProtocolWizard = [this] { m_events << QStringLiteral("wizard"); };
@@ -114,14 +132,7 @@ private Q_SLOTS:
         arguments.replace(QLatin1String("LAYOUTS"), m_paths->LayoutsFolder());
         m_document = document;
         m_secured = secured;
-        static const QHash<QString, void (DocumentLauncher::*)()> procedures{
-            {"RunProtocol", &DocumentLauncher::RunProtocol},
-            {"OpenProtocol", &DocumentLauncher::OpenProtocol},
-            {"OpenResults", &DocumentLauncher::OpenResults},
-            {"EditLayout", &DocumentLauncher::EditLayout},
-            {"CreateLayout", &DocumentLauncher::CreateLayout},
-            {"CreateReadConfiguration", &DocumentLauncher::CreateReadConfiguration}};
-        (m_launcher.get()->*procedures.value(procedure))();
+        run(procedure);
         QCOMPARE(m_launcher->lastCommandLine().text, inText.arg(program) + ' ' + arguments);
         QCOMPARE(m_events, QStringList({"check " + procedure, "audit " + audit}));
         QByteArrayList expected{QFile::encodeName(program)};
@@ -155,6 +166,37 @@ private Q_SLOTS:
         m_launcher->OpenResults();
         QVERIFY(m_programs->waitForRecords(1));
         QCOMPARE(m_programs->records().size(), 1);
+    }
+
+    void anOperationWhoseEntryIsNotWrittenIsNotCarriedOut_data()
+    {
+        QTest::addColumn<QString>("procedure");
+        QTest::addColumn<QString>("audit");
+        QTest::newRow("run") << "RunProtocol"
+                             << "Run protocol: " + m_document;
+        QTest::newRow("new layout") << "CreateLayout"
+                                    << "Create new layout template";
+        QTest::newRow("new protocol: no wizard") << "CreateProtocol"
+                                                 << "Create new protocol";
+        QTest::newRow("report, never checked") << "OpenReport"
+                                               << "Open report: " + m_document;
+    }
+
+    void anOperationWhoseEntryIsNotWrittenIsNotCarriedOut()
+    {
+        QFETCH(QString, procedure);
+        QFETCH(QString, audit);
+        m_auditWritten = false;
+        run(procedure);
+        QCOMPARE(m_events.last(), "audit " + audit);
+        QVERIFY(!m_events.contains(QStringLiteral("wizard")));
+        QVERIFY(m_launcher->lastCommandLine().text.isEmpty());
+        // A start that had happened would be recorded before this later one.
+        m_auditWritten = true;
+        m_launcher->OpenResults();
+        QVERIFY(m_programs->waitForRecords(1));
+        QCOMPARE(m_programs->records().size(), 1);
+        QCOMPARE(m_programs->records().constFirst().value(1), m_document.toUtf8());
     }
 
     void aFailedStartIsReportedAndTheAuditEntryStays_data()

@@ -99,7 +99,10 @@ private Q_SLOTS:
         QCOMPARE(m_authorisation->CanPerformSecurityOperation(QStringLiteral("AuthorisationsGeneral"),
                                                               operation, showMessage),
                  allowed);
-        m_authorisation->AddAuditTrailEntryOperationGeneral(QStringLiteral("Run protocol: ELISA IgG.apr"));
+        // Nothing to record goes ahead; an ended session records nothing and refuses.
+        QCOMPARE(m_authorisation->AddAuditTrailEntryOperationGeneral(
+                     QStringLiteral("Run protocol: ELISA IgG.apr")),
+                 state != SecuritySession::State::Ended);
         QString error;
         const AuditEntry last = m_site->fixture.open()->audit().entries(&error).last();
         if (state == SecuritySession::State::Active)
@@ -118,6 +121,18 @@ private Q_SLOTS:
         QCOMPARE(box.title, QStringLiteral("Security Manager"));
         QCOMPARE(box.icon, MessageIcon::Information);
         QCOMPARE(box.buttons, int(MessageButton::Ok));
+    }
+
+    void anEntryThatCannotBeWrittenRefusesTheOperation()
+    {
+        startSession(SecuritySession::State::Active);
+        m_site->fixture.fillUp();
+        QVERIFY(!m_authorisation->AddAuditTrailEntryOperationGeneral(QStringLiteral("Run protocol: a.apr")));
+        QCOMPARE(m_messages->count(), 1);
+        QVERIFY2(m_messages->last().text.startsWith(NebraSecurityManager::auditWriteFailureText()),
+                 qPrintable(m_messages->last().text));
+        QCOMPARE(m_messages->last().icon, MessageIcon::Critical);
+        QVERIFY(!m_site->fixture.auditTexts().contains(QStringLiteral("Run protocol: a.apr")));
     }
 
     void otherAreasAreAskedAsGiven()

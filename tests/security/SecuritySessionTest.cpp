@@ -1,4 +1,5 @@
 #include "SecuritySession.h"
+#include "Authorisation.h"
 #include "CommandDispatcher.h"
 #include "DialogScript.h"
 #include "MainWindow.h"
@@ -19,6 +20,8 @@
 
 using namespace nebra;
 using namespace nebra::test;
+
+Q_DECLARE_METATYPE(nebra::MessageIcon)
 
 // The security session in the running Organiser: start-up with and without
 // a session, the session's controls, and the end of the program when the
@@ -64,7 +67,8 @@ class SecuritySessionTest : public QObject
 private Q_SLOTS:
     void init()
     {
-        m_site = std::make_unique<SecuritySite>();
+        m_site =
+            std::make_unique<SecuritySite>(QStringList{QStringLiteral("AuthorisationsGeneral/RunProtocol")});
         m_messages = std::make_unique<MessageRecorder>();
         m_dialogs = std::make_unique<DialogScript>();
         m_processEnds = 0;
@@ -90,34 +94,51 @@ private Q_SLOTS:
         QVERIFY(m_dialogs->shown().isEmpty());
         QCOMPARE(m_messages->count(), 0);
         QCOMPARE(m_processEnds, 0);
-        QCOMPARE(m_site->fixture.auditTexts().size(), 2); // created, user added: nothing from the Organiser
+        // Created, user added, right granted: nothing from the Organiser.
+        QCOMPARE(m_site->fixture.auditTexts().size(), 3);
     }
 
     void aFailedStartOfTheSessionEndsTheStartUp_data()
     {
-        QTest::addColumn<bool>("managerMissing"); // else the log-in is cancelled
+        QTest::addColumn<QString>("how");
         QTest::addColumn<QString>("message");
+        QTest::addColumn<MessageIcon>("icon");
         QTest::newRow("no database")
-            << true
+            << "no database"
             << "Cannot create NebraSecurity.NebraSecurityManager check that it is "
-               "installed and registered with RegAsm NebraSecurity.dll|Tallyo Organiser";
-        QTest::newRow("log-in refused") << false << "Security log in failed.|Security Manager";
+               "installed and registered with RegAsm NebraSecurity.dll|Tallyo Organiser"
+            << MessageIcon::NoIcon;
+        QTest::newRow("log-in refused")
+            << "cancel"
+            << "Security log in failed.|Security Manager" << MessageIcon::Information;
+        // The log-in itself is recorded (area "Security"); the session's start is not.
+        QTest::newRow("start not recorded") << "audit full"
+                                            << NebraSecurityManager::auditWriteFailureText() +
+                                                   "\n\nThe audit trail entry could not be recorded "
+                                                   "(database or disk is full).|Security Manager"
+                                            << MessageIcon::Critical;
     }
 
     void aFailedStartOfTheSessionEndsTheStartUp()
     {
-        QFETCH(bool, managerMissing);
+        QFETCH(QString, how);
         QFETCH(QString, message);
-        if (managerMissing) {
+        QFETCH(MessageIcon, icon);
+        if (how == QLatin1String("no database")) {
             QVERIFY(QFile::remove(m_site->fixture.settings().databasePath));
             QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral(
                                                    "^The security manager cannot be created: ")));
         }
-        m_dialogs->cancel(); // ahead of the log-in step queued by load()
+        if (how == QLatin1String("audit full"))
+            m_site->fixture.fillUp(QStringLiteral("General"));
+        else
+            m_dialogs->cancel(); // ahead of the log-in step queued by load()
         QVERIFY(load(true, MainWindow::LoadOutcome::Ended));
         QCOMPARE(onlyMessage(), message);
-        QCOMPARE(m_messages->last().icon, managerMissing ? MessageIcon::NoIcon : MessageIcon::Information);
-        QCOMPARE(m_dialogs->shown().size(), managerMissing ? 0 : 1);
+        QCOMPARE(m_messages->last().icon, icon);
+        QCOMPARE(m_dialogs->shown().size(), how == QLatin1String("no database") ? 0 : 1);
+        if (how == QLatin1String("audit full"))
+            QCOMPARE(m_site->fixture.auditTexts().last(), QStringLiteral("Session closed"));
     }
 
     void aSessionFromLogInToClosingTheWindow()
@@ -182,6 +203,20 @@ private Q_SLOTS:
         hidden->setAttribute(Qt::WA_DeleteOnClose);
         hidden->show();
         hidden->hide();
+        // What a command run while the end is announced would get: a right of the
+        // user is allowed and recorded until then, refused and unrecorded from then on.
+        const Authorisation authorisation(window->securitySession(), nullptr);
+        const auto tryToRun = [&] {
+            const bool allowed =
+                authorisation.CanPerformSecurityOperation(Authorisation::GeneralArea, "RunProtocol", false);
+            return authorisation.AddAuditTrailEntryOperationGeneral(
+                       QStringLiteral("Run protocol: late.apr")) ||
+                   allowed;
+        };
+        QVERIFY(tryToRun());
+        QCOMPARE(m_site->fixture.auditTexts().last(), QStringLiteral("Run protocol: late.apr"));
+        int passedWhileShown = 0;
+        m_messages->whileShown([&](const MessageRequest&) { passedWhileShown += int(tryToRun()); });
         if (how == QLatin1String("time-out")) {
             m_now += 9 * 60 * 1000;
             QCoreApplication::processEvents();
@@ -197,6 +232,8 @@ private Q_SLOTS:
             window->securitySession().NebraSecurityManagerObj_UserLoggedOut(QStringLiteral("jsmith"), 2);
         }
         QTRY_COMPARE_WITH_TIMEOUT(m_processEnds, 1, 5000);
+        QCOMPARE(passedWhileShown, 0);
+        QVERIFY(!tryToRun());
         QCOMPARE(onlyMessage(), message);
         if (m_messages->count() == 1)
             QCOMPARE(m_messages->last().icon, MessageIcon::Information);

@@ -6,6 +6,7 @@
 #include "HelpSystem.h"
 #include "MainWindow.h"
 #include "MessageRecorder.h"
+#include "NebraSecurityManager.h"
 #include "OrganiserTree.h"
 #include "PlateLayoutViewer.h"
 #include "PreviewPane.h"
@@ -298,15 +299,18 @@ private Q_SLOTS:
     {
         QTest::addColumn<bool>("allowed");
         QTest::addColumn<bool>("programThere");
-        QTest::newRow("allowed") << true << true;
-        QTest::newRow("denied") << false << true;
-        QTest::newRow("allowed, the program missing") << true << false;
+        QTest::addColumn<bool>("auditFull"); // the store refuses the entry
+        QTest::newRow("allowed") << true << true << false;
+        QTest::newRow("denied") << false << true << false;
+        QTest::newRow("allowed, the program missing") << true << false << false;
+        QTest::newRow("allowed, the audit trail full") << true << true << true;
     }
 
     void aRunInASessionIsCheckedAndAudited()
     {
         QFETCH(bool, allowed);
         QFETCH(bool, programThere);
+        QFETCH(bool, auditFull);
         const auto security =
             configureSession(allowed ? QStringList{"AuthorisationsGeneral/RunProtocol"} : QStringList{});
         if (!programThere)
@@ -314,12 +318,18 @@ private Q_SLOTS:
         MainWindow& window = load();
         window.folderTree().setCurrentNode(window.organiserTree().protocolsNode());
         const QString protocol = doc("Protocols/ELISA IgG Quantitation.apr");
+        if (auditFull)
+            security->fillUp("General");
 
         window.toolBars().action(QStringLiteral("ID_Run"))->trigger();
         // The entry is written before the start, so a start that fails leaves it too.
-        QCOMPARE(security->auditTexts().last() == "Run protocol: " + protocol, allowed);
-        QCOMPARE(window.launcher()->lastCommandLine().text.isEmpty(), !allowed);
-        if (allowed && programThere) {
+        QCOMPARE(security->auditTexts().last() == "Run protocol: " + protocol, allowed && !auditFull);
+        QCOMPARE(window.launcher()->lastCommandLine().text.isEmpty(), !allowed || auditFull);
+        if (auditFull) {
+            QCOMPARE(m_messages->count(), 1);
+            QVERIFY(m_messages->last().text.startsWith(NebraSecurityManager::auditWriteFailureText()));
+            QVERIFY(m_programs->records().isEmpty());
+        } else if (allowed && programThere) {
             QCOMPARE(started(), argv({program("Assay Application"), protocol}));
             QCOMPARE(m_messages->count(), 0);
         } else {

@@ -109,18 +109,25 @@ public:
         return texts;
     }
 
-    // Makes every further audit entry fail; returns how the failure's message starts.
+    // Makes every further audit entry fail: the embedded store fills up, the
+    // server goes away. Returns the reason that the failures then give.
     QString breakAppends()
     {
         if (m_embedded) {
-            m_embedded->fixture.tamper(
-                {QStringLiteral("CREATE TRIGGER full BEFORE INSERT ON audit_trail "
-                                "BEGIN SELECT RAISE(ABORT, 'database or disk is full'); END")});
-            return QStringLiteral("The audit trail entry could not be recorded (database or disk is full).");
+            m_embedded->fixture.fillUp();
+            return QStringLiteral("database or disk is full");
         }
         server().stop();
-        return QStringLiteral(
-            "The audit trail entry could not be recorded (The connection to the security server was lost");
+        return QStringLiteral("The connection to the security server was lost");
+    }
+
+    // Undoes breakAppends.
+    void repairAppends()
+    {
+        if (m_embedded)
+            m_embedded->fixture.tamper({QStringLiteral("DROP TRIGGER full")});
+        else
+            startServer();
     }
 
     void stopServer() { server().stop(); }

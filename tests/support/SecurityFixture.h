@@ -95,6 +95,16 @@ public:
         QSqlDatabase::removeDatabase(name);
     }
 
+    // From here on the store refuses audit entries (those of area only, when
+    // given) as SQLite refuses a write to a full disk.
+    void fillUp(const QString& area = {}) const
+    {
+        const QString when = area.isEmpty() ? QString() : QStringLiteral("WHEN NEW.area = '%1' ").arg(area);
+        tamper({QStringLiteral("CREATE TRIGGER full BEFORE INSERT ON audit_trail %1"
+                               "BEGIN SELECT RAISE(ABORT, 'database or disk is full'); END")
+                    .arg(when)});
+    }
+
     QStringList auditTexts() const
     {
         const std::unique_ptr<SecurityStore> store = open(SecurityStore::HeadCheck::Skipped);

@@ -1,6 +1,7 @@
 // The timing and analysis pages of the Generic wizard.
 #include "GenericWizard.h"
 #include "GenericWizardPages.h"
+#include "PageControls.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -16,23 +17,8 @@ namespace nebra {
 
 namespace {
 
-template <typename Control>
-Control* named(Control* control, const char* objectName, const QString& accessibleName)
-{
-    control->setObjectName(QLatin1String(objectName));
-    control->setAccessibleName(accessibleName);
-    return control;
-}
-
-QSpinBox* spin(const char* objectName, const QString& accessibleName, int low, int high, int value,
-               const QString& suffix)
-{
-    auto* box = named(new QSpinBox, objectName, accessibleName);
-    box->setRange(low, high);
-    box->setValue(value);
-    box->setSuffix(suffix);
-    return box;
-}
+using pagecontrols::named;
+using pagecontrols::spin;
 
 // The units a result is given in when nothing is calculated from the readings.
 QString rawUnits(ReadSettings::Mode mode)

@@ -1,4 +1,5 @@
 #include "GenericWizardPages.h"
+#include "PageControls.h"
 
 #include "GenericWizard.h"
 #include "PlateLayoutViewer.h"
@@ -22,23 +23,8 @@ namespace nebra {
 
 namespace {
 
-template <typename Control>
-Control* named(Control* control, const char* objectName, const QString& accessibleName)
-{
-    control->setObjectName(QLatin1String(objectName));
-    control->setAccessibleName(accessibleName);
-    return control;
-}
-
-QSpinBox* spin(const char* objectName, const QString& accessibleName, int low, int high, int value,
-               const QString& suffix)
-{
-    auto* box = named(new QSpinBox, objectName, accessibleName);
-    box->setRange(low, high);
-    box->setValue(value);
-    box->setSuffix(suffix);
-    return box;
-}
+using pagecontrols::named;
+using pagecontrols::spin;
 
 QLabel* problemLabel(const char* objectName)
 {

@@ -3,6 +3,7 @@
 
 #include <QDateTime>
 #include <QFile>
+#include <QFileInfo>
 #include <QSqlQuery>
 #include <QTemporaryDir>
 #include <QTest>
@@ -15,6 +16,12 @@ using nebra::test::SecurityFixture;
 class AuditTrailTest : public QObject
 {
     Q_OBJECT
+
+    static QByteArray readAll(const QString& path)
+    {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
 
     std::unique_ptr<QTemporaryDir> m_dir;
     std::unique_ptr<SecurityFixture> m_fixture;
@@ -118,6 +125,45 @@ private Q_SLOTS:
         QVERIFY(!result.ok);
         QCOMPARE(result.firstBadSequence, firstBad);
         QCOMPARE(result.message, message);
+    }
+
+    // A power cut in the middle of the head's sector can leave the start of
+    // the new record over the rest of the old one: its seal gives it away,
+    // nothing is chained on, and re-sealing from the database repairs it.
+    void tornHeadIsDetectedAndRepairedFromTheDatabase_data()
+    {
+        QTest::addColumn<int>("cut"); // bytes of the new record that reached the disk
+        QTest::newRow("in the count") << 26;
+        QTest::newRow("in the MAC") << 60;
+        QTest::newRow("in the seal") << 150;
+    }
+
+    void tornHeadIsDetectedAndRepairedFromTheDatabase()
+    {
+        QFETCH(int, cut);
+        const QString head = m_fixture->settings().chainHeadFile;
+        const QByteArray before = readAll(head);
+        QCOMPARE(m_fixture->open()->audit().append("jsmith", "General", "Run protocol: 7.apr").sequence, 7);
+        const QByteArray after = readAll(head);
+        QCOMPARE(after.size(), before.size()); // written over the old record
+        nebra::test::writeFile(head, after.left(cut) + before.mid(cut));
+        const std::unique_ptr<SecurityStore> store = m_fixture->open(SecurityStore::HeadCheck::Skipped);
+        QVERIFY(!store->audit().verify().ok);
+        QCOMPARE(store->audit().append("jsmith", "General", "After the cut").sequence, 0);
+        QString error;
+        QVERIFY2(SecurityAdministration(*store, "admin").resealChainHead(&error), qPrintable(error));
+        QVERIFY(store->audit().verify().ok);
+        QCOMPARE(store->audit().append("jsmith", "General", "After the repair").sequence, 9);
+    }
+
+    // Heads written before records were padded are advanced in place too.
+    void unpaddedHeadIsAdvanced()
+    {
+        const QString head = m_fixture->settings().chainHeadFile;
+        nebra::test::writeFile(head, readAll(head).trimmed() + '\n');
+        QCOMPARE(m_fixture->open()->audit().append("jsmith", "General", "Run protocol: 7.apr").sequence, 7);
+        QCOMPARE(QFileInfo(head).size(), 256);
+        QVERIFY(m_fixture->open()->audit().verify().ok);
     }
 
     void brokenHeadStopsAppending()

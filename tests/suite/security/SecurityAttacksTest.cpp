@@ -421,6 +421,45 @@ private Q_SLOTS:
         QCOMPARE(secadmin({QStringLiteral("verify")}).exitCode, 0);
     }
 
+    // 8, 2c: with the store full nothing happens unrecorded: no log-in, no
+    // administration change, no entry lost behind a success.
+    void aFullStoreRecordsNothingAndChangesNothing_data()
+    {
+        QTest::addColumn<QStringList>("command"); // empty: jsmith logs in
+        QTest::newRow("log-in") << QStringList{};
+        QTest::newRow("grant") << QStringList{"grant", "mallory", "*", "*"};
+        QTest::newRow("unlock") << QStringList{"unlock", "jsmith"};
+        QTest::newRow("disable") << QStringList{"disable-user", "jsmith"};
+    }
+
+    void aFullStoreRecordsNothingAndChangesNothing()
+    {
+        QFETCH(QStringList, command);
+        createSite();
+        for (int i = 0;
+             command.value(0) == QLatin1String("unlock") && i < SecuritySettings::DefaultLockoutThreshold;
+             ++i)
+            logIn(QStringLiteral("jsmith"), QStringLiteral("guess"));
+        const QStringList before = m_fixture->auditTexts();
+        QString error;
+        const UserRecord jsmith = *m_fixture->open()->users().find(QStringLiteral("jsmith"), &error);
+        m_fixture->fillUp();
+        if (command.isEmpty()) {
+            QCOMPARE(logIn(QStringLiteral("jsmith"), QStringLiteral("correct horse")), LogInStatus::Error);
+        } else {
+            const Run refused = secadmin(command);
+            QCOMPARE(refused.exitCode, 1);
+            QVERIFY2(refused.err.contains(QLatin1String("disk is full")), qPrintable(refused.err));
+        }
+        const std::unique_ptr<SecurityStore> store = m_fixture->open();
+        const UserRecord after = *store->users().find(QStringLiteral("jsmith"), &error);
+        QCOMPARE(after.locked, jsmith.locked);
+        QCOMPARE(after.disabled, jsmith.disabled);
+        QCOMPARE(after.failedLogIns, jsmith.failedLogIns);
+        QVERIFY(store->users().rightsOf(QStringLiteral("mallory"), &error).isEmpty());
+        QCOMPARE(m_fixture->auditTexts(), before);
+    }
+
     // 9: the idle time-out runs on a clock that counts a suspend.
     void idleClockCountsSuspend()
     {

@@ -96,7 +96,10 @@ void ServerManagerTest::lostConnectionRefusesUntilTheServerIsBack()
              qPrintable(messages.last().text));
     QVERIFY(!manager->AddAuditTrailEntry(QStringLiteral("General"), QStringLiteral("While down")));
     QCOMPARE(messages.count(), 2);
-    QVERIFY(messages.last().text.startsWith(QLatin1String("The audit trail entry could not be recorded")));
+    QVERIFY2(
+        messages.last().text.startsWith(NebraSecurityManager::auditWriteFailureText() +
+                                        QStringLiteral("\n\nThe audit trail entry could not be recorded")),
+        qPrintable(messages.last().text));
     QCOMPARE(messages.last().icon, MessageIcon::Critical);
 
     site.startServer();
