@@ -2,9 +2,11 @@
 
 #include "ChangePasswordDialog.h"
 #include "Dialogs.h"
+#include "EmbeddedSecurityBackend.h"
 #include "LogInDialog.h"
 #include "SecretBytes.h"
 #include "SecurityStore.h"
+#include "ServerSecurityBackend.h"
 #include "SettingsStore.h"
 
 #include <QWidget>
@@ -15,9 +17,9 @@ namespace {
 const QString Title = QStringLiteral("Security Manager");
 } // namespace
 
-NebraSecurityManager::NebraSecurityManager(std::unique_ptr<SecurityStore> store,
+NebraSecurityManager::NebraSecurityManager(std::unique_ptr<SecurityBackend> backend,
                                            const SecurityManagerOptions& options)
-    : m_store(std::move(store)), m_authenticator(*m_store), m_idle(options.clock, options.pollIntervalMs)
+    : m_backend(std::move(backend)), m_idle(options.clock, options.pollIntervalMs)
 {
     connect(&m_idle, &IdleTimer::expired, this, &NebraSecurityManager::timeOut);
     connect(&m_idle, &IdleTimer::warning, this, &NebraSecurityManager::TimeOutWarning);
@@ -29,10 +31,16 @@ std::unique_ptr<NebraSecurityManager> NebraSecurityManager::create(const Setting
                                                                    const SecurityManagerOptions& options,
                                                                    QString* error)
 {
-    std::unique_ptr<SecurityStore> store = SecurityStore::open(SecuritySettings::fromStore(settings), error);
-    if (!store)
+    const SecuritySettings securitySettings = SecuritySettings::fromStore(settings);
+    std::unique_ptr<SecurityBackend> backend;
+    if (securitySettings.backend == SecuritySettings::Backend::Server) {
+        backend = ServerSecurityBackend::open(securitySettings, error);
+    } else if (std::unique_ptr<SecurityStore> store = SecurityStore::open(securitySettings, error)) {
+        backend = std::make_unique<EmbeddedSecurityBackend>(std::move(store));
+    }
+    if (!backend)
         return nullptr;
-    return std::unique_ptr<NebraSecurityManager>(new NebraSecurityManager(std::move(store), options));
+    return std::unique_ptr<NebraSecurityManager>(new NebraSecurityManager(std::move(backend), options));
 }
 
 void NebraSecurityManager::tell(QWidget* owner, const QString& text, MessageIcon icon) const
@@ -40,9 +48,9 @@ void NebraSecurityManager::tell(QWidget* owner, const QString& text, MessageIcon
     Messages::show({text, Title, icon, MessageButton::Ok, MessageButton::Ok, owner});
 }
 
-void NebraSecurityManager::record(const QString& userName, const QString& text)
+void NebraSecurityManager::closeSession(const QString& userName, const QString& text)
 {
-    const AuditAppendResult result = m_store->audit().append(userName, Authenticator::Area, text);
+    const AuditAppendResult result = m_backend->endSession(userName, text);
     if (!result.error.isEmpty())
         tell(nullptr, result.error, MessageIcon::Critical);
 }
@@ -54,7 +62,7 @@ QString NebraSecurityManager::auditWriteFailureText()
 
 QString NebraSecurityManager::AuthenticationLibrary() const
 {
-    return m_store->settings().authenticationLibrary;
+    return m_backend->settings().authenticationLibrary;
 }
 
 bool NebraSecurityManager::PasswordChangeAllowed() const
@@ -79,7 +87,7 @@ bool NebraSecurityManager::LogIn(QWidget* owner)
             continue;
         }
         m_lastUserName = name;
-        const LogInResult result = m_authenticator.authenticate(name, password);
+        const LogInResult result = m_backend->logIn(name, password);
         switch (result.status) {
         case LogInStatus::Success:
             return beginSession(owner, result.user, password);
@@ -108,12 +116,12 @@ bool NebraSecurityManager::LogIn(QWidget* owner)
 bool NebraSecurityManager::beginSession(QWidget* owner, const UserRecord& user, const SecretBytes& password)
 {
     if (user.mustChangePassword && !changePassword(owner, user.name, &password)) {
-        record(user.name, QStringLiteral("Log in abandoned: the password had to be changed first"));
+        closeSession(user.name, QStringLiteral("Log in abandoned: the password had to be changed first"));
         return false;
     }
     m_user = user;
     m_idle.setWarningMs(qint64(TimeOutWarningSeconds()) * 1000);
-    m_idle.start(qint64(m_store->settings().timeOutMinutes) * 60 * 1000);
+    m_idle.start(qint64(m_backend->settings().timeOutMinutes) * 60 * 1000);
     return true;
 }
 
@@ -122,7 +130,7 @@ void NebraSecurityManager::endSession(const QString& auditText)
     m_idle.stop();
     const QString name = m_user->name;
     m_user.reset();
-    record(name, auditText);
+    closeSession(name, auditText);
 }
 
 void NebraSecurityManager::CloseSession()
@@ -146,13 +154,13 @@ void NebraSecurityManager::timeOut()
         return;
     const QString name = m_user->name;
     endSession(QStringLiteral("Session timed out after %1 minutes without activity")
-                   .arg(m_store->settings().timeOutMinutes));
+                   .arg(m_backend->settings().timeOutMinutes));
     Q_EMIT UserLoggedOut(name, TimedOut);
 }
 
 bool NebraSecurityManager::AddAuditTrailEntry(const QString& area, const QString& text)
 {
-    const AuditAppendResult result = m_store->audit().append(m_user ? m_user->name : QString(), area, text);
+    const AuditAppendResult result = m_backend->append(m_user ? m_user->name : QString(), area, text);
     if (result.sequence > 0) {
         // Committed; only the chain head lags, which the next entry or verify repairs.
         if (!result.error.isEmpty())
@@ -180,7 +188,7 @@ bool NebraSecurityManager::IsOperationAllowed(const QString& area, const QString
     if (!m_user)
         return false;
     QString error;
-    const bool allowed = m_store->users().isOperationAllowed(m_user->name, area, operation, &error);
+    const bool allowed = m_backend->isOperationAllowed(m_user->name, area, operation, &error);
     if (!error.isEmpty())
         tell(nullptr, QStringLiteral("The security database cannot be read.\n\n%1").arg(error),
              MessageIcon::Critical);
@@ -194,7 +202,7 @@ void NebraSecurityManager::ResetTimeOut()
 
 int NebraSecurityManager::TimeOutWarningSeconds() const
 {
-    return m_store->settings().timeOutWarningSeconds;
+    return m_backend->settings().timeOutWarningSeconds;
 }
 
 void NebraSecurityManager::SessionChangePassword(QWidget* owner)
@@ -209,7 +217,8 @@ void NebraSecurityManager::SessionChangePassword(QWidget* owner)
 bool NebraSecurityManager::changePassword(QWidget* owner, const QString& userName,
                                           const SecretBytes* provenCurrent)
 {
-    ChangePasswordDialog dialog(owner, userName, m_store->policy().minimumLength(), provenCurrent != nullptr);
+    ChangePasswordDialog dialog(owner, userName, m_backend->policy().minimumLength(),
+                                provenCurrent != nullptr);
     for (int attempt = 0; attempt < MaxLogInAttempts; ++attempt) {
         if (Dialogs::exec(dialog) != QDialog::Accepted)
             return false;
@@ -220,7 +229,7 @@ bool NebraSecurityManager::changePassword(QWidget* owner, const QString& userNam
         bool locked = false;
         QString problem =
             problemWithChange(userName, current, provenCurrent != nullptr, fresh, confirmation, &locked);
-        if (problem.isEmpty() && storeNewPassword(userName, fresh, &problem)) {
+        if (problem.isEmpty() && m_backend->storeNewPassword(userName, current, fresh, &problem)) {
             tell(owner, QStringLiteral("Your password has been changed."), MessageIcon::Information);
             return true;
         }
@@ -245,33 +254,14 @@ QString NebraSecurityManager::problemWithChange(const QString& userName, const S
     if (!(fresh == confirmation))
         return QStringLiteral("The new password and its confirmation do not match.");
     QString error;
-    if (!currentProven && !m_authenticator.checkCurrentPassword(userName, current, locked, &error))
+    if (!currentProven && !m_backend->checkCurrentPassword(userName, current, locked, &error))
         return error.isEmpty() ? QStringLiteral("The current password is incorrect.") : error;
-    const QString policy = m_store->policy().check(userName, fresh);
+    const QString policy = m_backend->policy().check(userName, fresh);
     if (!policy.isEmpty())
         return policy;
     if (fresh == current)
         return QStringLiteral("The new password must differ from the current one.");
     return {};
-}
-
-bool NebraSecurityManager::storeNewPassword(const QString& userName, const SecretBytes& fresh, QString* error)
-{
-    const QByteArray hash = m_store->hasher().hash(fresh);
-    if (hash.isEmpty()) {
-        *error = QStringLiteral("The password could not be hashed (not enough memory).");
-        return false;
-    }
-    // The new hash and its entry share one transaction: neither lands without the other.
-    QString why;
-    const AuditAppendResult result = m_store->audit().append(
-        userName, Authenticator::Area, QStringLiteral("Password changed"), [&](QString* e) {
-            const bool stored = m_store->users().setPasswordHash(userName, hash, false, e);
-            why = *e;
-            return stored;
-        });
-    *error = result.sequence == 0 && !why.isEmpty() ? why : result.error;
-    return result.sequence > 0;
 }
 
 } // namespace nebra

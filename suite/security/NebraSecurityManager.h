@@ -3,6 +3,7 @@
 #include "Authenticator.h"
 #include "IdleTimer.h"
 #include "Messages.h"
+#include "SecurityBackend.h"
 #include "SecurityManagerOptions.h"
 #include "UserStore.h"
 
@@ -17,7 +18,6 @@ class QWidget;
 namespace nebra {
 
 class SecretBytes;
-class SecurityStore;
 class SettingsStore;
 
 // The suite's security manager: one session of one user at a time. It logs
@@ -44,10 +44,11 @@ public:
 
     ~NebraSecurityManager() override;
 
-    // Opens the security database that the "[Security]" settings name. Null,
-    // with *error set to a sentence for the administrator, when it cannot be
-    // opened or is not a security database, or its site key or chain head is
-    // missing or does not belong to it.
+    // Opens the security store that the "[Security]" settings name: the
+    // embedded database, or the security server of the system-wide policy.
+    // Null, with *error set to a sentence for the administrator, when it
+    // cannot be opened or is not a security database, its site key or chain
+    // head is missing or does not belong to it, or the server cannot be reached.
     static std::unique_ptr<NebraSecurityManager>
     create(const SettingsStore& settings, const SecurityManagerOptions& options, QString* error);
 
@@ -84,7 +85,7 @@ Q_SIGNALS:
     void TimeOutWarning();
 
 private:
-    NebraSecurityManager(std::unique_ptr<SecurityStore> store, const SecurityManagerOptions& options);
+    NebraSecurityManager(std::unique_ptr<SecurityBackend> backend, const SecurityManagerOptions& options);
 
     bool beginSession(QWidget* owner, const UserRecord& user, const SecretBytes& password);
     void endSession(const QString& auditText);
@@ -92,12 +93,11 @@ private:
     bool changePassword(QWidget* owner, const QString& userName, const SecretBytes* provenCurrent);
     QString problemWithChange(const QString& userName, const SecretBytes& current, bool currentProven,
                               const SecretBytes& fresh, const SecretBytes& confirmation, bool* locked);
-    bool storeNewPassword(const QString& userName, const SecretBytes& fresh, QString* error);
-    void record(const QString& userName, const QString& text);
+    // Ends the store's session of the user and records why.
+    void closeSession(const QString& userName, const QString& text);
     void tell(QWidget* owner, const QString& text, MessageIcon icon) const;
 
-    std::unique_ptr<SecurityStore> m_store;
-    Authenticator m_authenticator;
+    std::unique_ptr<SecurityBackend> m_backend;
     IdleTimer m_idle;
     std::optional<UserRecord> m_user;
     QString m_lastUserName;

@@ -64,6 +64,30 @@ private:
     QList<SecuritySettings::Origin>* m_origins;
 };
 
+// The back end and the server's connection; read from the system-wide file only.
+void readServer(const GroupReader& r, SecuritySettings* s)
+{
+    const QString backend = r.effective("Backend", QStringLiteral("sqlite")).toLower();
+    if (backend == QLatin1String("postgresql"))
+        s->backend = SecuritySettings::Backend::Server;
+    else if (backend != QLatin1String("sqlite"))
+        s->policyError =
+            QStringLiteral("The security back end \"%1\" is not known: use sqlite or postgresql.")
+                .arg(backend);
+    ServerSettings& server = s->server;
+    server.host = r.effective("Server", QStringLiteral("/run/postgresql"));
+    server.port = r.number("ServerPort", ServerSettings::DefaultPort, 1, 65535);
+    server.database = r.effective("ServerDatabase", ServerSettings::DefaultDatabase);
+    server.user = r.effective("ServerUser", ServerSettings::ClientRole);
+    // Noted without its value: "status" prints the origins.
+    server.password = r.text("ServerPassword");
+    r.note("ServerPassword", server.password.isEmpty() ? QString() : QStringLiteral("(set)"),
+           server.password.isEmpty() ? QStringLiteral("default") : QStringLiteral("system file"));
+    server.sslMode =
+        r.effective("ServerSslMode", server.isLocalSocket() ? QString() : QStringLiteral("verify-full"));
+    server.sslRootCert = r.effective("ServerSslRootCert", QString());
+}
+
 } // namespace
 
 QString SecuritySettings::defaultDatabasePath()
@@ -103,6 +127,8 @@ SecuritySettings SecuritySettings::fromStore(const SettingsStore& store, const Q
     s.hashCost.memoryMiB = r.atLeast("PasswordHashMemoryMiB", PasswordHashCost::MinimumMemoryMiB, 4096);
     s.hashCost.passes = r.atLeast("PasswordHashPasses", PasswordHashCost::MinimumPasses, 100);
     s.adminGroup = r.effective("AdminGroup", QString());
+    if (s.systemWide)
+        readServer(r, &s);
     return s;
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ServerSettings.h"
+
 #include <QList>
 #include <QString>
 
@@ -58,6 +60,19 @@ struct SecuritySettings
     PasswordHashCost hashCost;
     // AdminGroup: members may run the administration commands (root always may).
     QString adminGroup;
+
+    // Backend: "sqlite" (the database file above) or "postgresql" (a database
+    // server shared by the lab's workstations). The server and the client
+    // role's credentials come only from the system-wide file: a user's own
+    // file can neither choose the server nor supply them.
+    enum class Backend
+    {
+        Embedded,
+        Server,
+    };
+    Backend backend = Backend::Embedded;
+    ServerSettings server; // Server, ServerPort, ServerDatabase, ServerUser, ServerPassword,
+                           // ServerSslMode, ServerSslRootCert
 
     bool systemWide = false; // the system-wide file sets the policy
     QString policyError;     // set when the system-wide file exists but cannot be used

@@ -5,6 +5,7 @@
 #include "PasswordPrompt.h"
 #include "SecurityAdministration.h"
 #include "SecurityStore.h"
+#include "ServerAdminTool.h"
 #include "SettingsStore.h"
 #include "SitePolicyFile.h"
 
@@ -143,6 +144,12 @@ QList<AdminTool::Command> AdminTool::inquiryCommands()
          A::Status,
          0,
          {}},
+        {"migrate", "",
+         "With --backend postgresql: copy the embedded store --database PATH into a new store on the server",
+         A::AnyHead, 0,
+         [this](const QStringList&) {
+             return fail(QStringLiteral("migrate copies to a security server: add --backend postgresql."));
+         }},
         {"reseal-head", "",
          "Seal the audit chain head afresh at the newest entry (after looking into a problem)", A::AnyHead, 0,
          [this](const QStringList&) { return reseal(); }},
@@ -194,6 +201,8 @@ bool AdminTool::parse(const QStringList& arguments, QStringList* positional, int
     const QCommandLineOption perUser(QStringLiteral("per-user"),
                                      QStringLiteral("create: a personal database; no system-wide policy."));
     parser.addOptions({database, keyFile, fullName, csv, group, adminGroup, anchor, reuseKey, perUser});
+    const QList<QCommandLineOption> server = serverOptions();
+    parser.addOptions(server);
     parser.addPositionalArgument(QStringLiteral("command"), QStringLiteral("What to do (see below)."),
                                  QStringLiteral("<command> [arguments]"));
     *exitCode = Usage;
@@ -215,6 +224,9 @@ bool AdminTool::parse(const QStringList& arguments, QStringList* positional, int
     m_anchor = parser.value(anchor);
     m_reuseKey = parser.isSet(reuseKey);
     m_perUser = parser.isSet(perUser);
+    m_backend = parser.value(server[0]);
+    m_server = {parser.value(server[1]), parser.value(server[2]), parser.value(server[3]),
+                parser.value(server[4])};
     *positional = parser.positionalArguments();
     return true;
 }
@@ -256,6 +268,13 @@ int AdminTool::execute(const Command& command, const QStringList& arguments)
     QString error;
     if (!settings.policyError.isEmpty())
         return fail(settings.policyError);
+    if (m_backend == QLatin1String("postgresql") ||
+        (m_backend.isEmpty() && settings.backend == SecuritySettings::Backend::Server))
+        return runOnServer(command, arguments, settings);
+    if (!m_backend.isEmpty() && m_backend != QLatin1String("sqlite")) {
+        fail(QStringLiteral("unknown back end \"%1\": use sqlite or postgresql.").arg(m_backend));
+        return Usage;
+    }
     if (command.access == Access::Create && !m_perUser)
         settings.systemWide = true; // this database is to be the site's
     if (!AdminRights::mayAdminister(settings, &error))
@@ -268,6 +287,56 @@ int AdminTool::execute(const Command& command, const QStringList& arguments)
     if (!m_store)
         return fail(error);
     return command.action(arguments);
+}
+
+QList<QCommandLineOption> AdminTool::serverOptions()
+{
+    return {
+        {QStringLiteral("backend"),
+         QStringLiteral("sqlite (the database file) or postgresql (a security server)."),
+         QStringLiteral("name")},
+        {QStringLiteral("server"), QStringLiteral("The server's socket folder or host name."),
+         QStringLiteral("host")},
+        {QStringLiteral("server-port"), QStringLiteral("The server's port (default 5432)."),
+         QStringLiteral("port")},
+        {QStringLiteral("server-database"), QStringLiteral("The store's database (default nebra_security)."),
+         QStringLiteral("name")},
+        {QStringLiteral("server-user"),
+         QStringLiteral("The administrator's role on the server (default: the login name)."),
+         QStringLiteral("role")},
+    };
+}
+
+// The server decides who may administer it (its owner role), so no local check but for create,
+// which also writes the system-wide file.
+int AdminTool::runOnServer(const Command& command, const QStringList& arguments,
+                           const SecuritySettings& settings)
+{
+    QString error;
+    if (command.access == Access::Create && !AdminRights::mayAdminister(settings, &error))
+        return fail(error);
+    ServerAdminTool::Options options;
+    options.server = settings.server;
+    if (!m_server[0].isEmpty())
+        options.server.host = m_server[0];
+    if (!m_server[1].isEmpty())
+        options.server.port = m_server[1].toInt();
+    if (!m_server[2].isEmpty())
+        options.server.database = m_server[2];
+    options.server.user = m_server[3];
+    options.server.password.clear();
+    if (!options.server.isLocalSocket() && options.server.sslMode.isEmpty())
+        options.server.sslMode = QStringLiteral("verify-full");
+    options.fullName = m_fullName;
+    options.adminGroup = m_adminGroup;
+    options.writePolicyFile = !m_perUser;
+    if (!m_database.isEmpty())
+        options.openEmbedded = [settings](QString* e) { return SecurityStore::open(settings, e); };
+    const int exit = ServerAdminTool(m_out, m_err, options).run(command.name, arguments);
+    if (exit >= 0)
+        return exit;
+    fail(QStringLiteral("\"%1\" is not available on a security server.").arg(command.name));
+    return Usage;
 }
 
 int AdminTool::create(const SecuritySettings& settings)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCommandLineOption>
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -72,6 +73,9 @@ private:
     int anchor();
     int status(const SettingsStore& store, const SecuritySettings& settings);
     int create(const SecuritySettings& settings);
+    // --backend, --server, --server-port, --server-database, --server-user
+    static QList<QCommandLineOption> serverOptions();
+    int runOnServer(const Command& command, const QStringList& arguments, const SecuritySettings& settings);
     int reseal();
     int setPassword(const QString& name, bool mustChange);
     int addUser(const QString& name);
@@ -88,6 +92,9 @@ private:
     QString m_anchor;
     bool m_reuseKey = false;
     bool m_perUser = false;
+    QString m_backend;
+    QStringList m_server; // host, port, database, administrator's role, as given
+
     std::unique_ptr<SecurityStore> m_store;
 };
 

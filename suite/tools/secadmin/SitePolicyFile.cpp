@@ -37,6 +37,43 @@ bool SitePolicyFile::write(const SecuritySettings& settings, const QString& admi
     return readable;
 }
 
+bool SitePolicyFile::writeServer(const SecuritySettings& settings, const QString& adminGroup, QString* error)
+{
+    const QString path = SettingsStore::systemFilePath();
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    SettingsStore file(path);
+    if (!file.warning().isEmpty()) {
+        *error = file.warning();
+        return false;
+    }
+    const ServerSettings& server = settings.server;
+    file.beginBatch();
+    file.setValue(QStringLiteral("Settings/SecurityConfigured"), QStringLiteral("true"));
+    file.setValue(QStringLiteral("Security/Backend"), QStringLiteral("postgresql"));
+    file.setValue(QStringLiteral("Security/Server"), server.host);
+    file.setValue(QStringLiteral("Security/ServerPort"), server.port);
+    file.setValue(QStringLiteral("Security/ServerDatabase"), server.database);
+    file.setValue(QStringLiteral("Security/ServerUser"), ServerSettings::ClientRole);
+    if (!server.sslMode.isEmpty())
+        file.setValue(QStringLiteral("Security/ServerSslMode"), server.sslMode);
+    if (!server.sslRootCert.isEmpty())
+        file.setValue(QStringLiteral("Security/ServerSslRootCert"), server.sslRootCert);
+    if (!adminGroup.isEmpty())
+        file.setValue(QStringLiteral("Security/AdminGroup"), adminGroup);
+    if (!file.endBatch()) {
+        *error = file.lastError();
+        return false;
+    }
+    // Readable by everyone: it names the server but holds no password (ServerPassword is
+    // added by hand, with the file then made root:group 0640).
+    const bool readable = QFile::setPermissions(path, QFileDevice::ReadOwner | QFileDevice::WriteOwner |
+                                                          QFileDevice::ReadGroup | QFileDevice::ReadOther);
+    if (!readable)
+        *error =
+            QStringLiteral("The mode of \"%1\" cannot be set to 0644.").arg(QDir::toNativeSeparators(path));
+    return readable;
+}
+
 QString SitePolicyFile::describe(const SettingsStore& store, const SecuritySettings& settings)
 {
     QString text;

@@ -17,6 +17,9 @@ public:
     static bool write(const SecuritySettings& settings, const QString& adminGroup, QString* error);
 
     // The effective policy, one value a line, each with where it came from.
+    // The file that points every workstation at the security server (no password in it).
+    static bool writeServer(const SecuritySettings& settings, const QString& adminGroup, QString* error);
+
     static QString describe(const SettingsStore& store, const SecuritySettings& settings);
 };
 

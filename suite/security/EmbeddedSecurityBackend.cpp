@@ -1,0 +1,73 @@
+#include "EmbeddedSecurityBackend.h"
+
+#include "SecretBytes.h"
+#include "SecurityStore.h"
+
+namespace nebra {
+
+EmbeddedSecurityBackend::EmbeddedSecurityBackend(std::unique_ptr<SecurityStore> store)
+    : m_store(std::move(store)), m_authenticator(*m_store)
+{
+}
+
+EmbeddedSecurityBackend::~EmbeddedSecurityBackend() = default;
+
+const SecuritySettings& EmbeddedSecurityBackend::settings() const
+{
+    return m_store->settings();
+}
+
+const PasswordPolicy& EmbeddedSecurityBackend::policy() const
+{
+    return m_store->policy();
+}
+
+LogInResult EmbeddedSecurityBackend::logIn(const QString& userName, const SecretBytes& password)
+{
+    return m_authenticator.authenticate(userName, password);
+}
+
+bool EmbeddedSecurityBackend::isOperationAllowed(const QString& userName, const QString& area,
+                                                 const QString& operation, QString* error)
+{
+    return m_store->users().isOperationAllowed(userName, area, operation, error);
+}
+
+AuditAppendResult EmbeddedSecurityBackend::append(const QString& userName, const QString& area,
+                                                  const QString& text)
+{
+    return m_store->audit().append(userName, area, text);
+}
+
+bool EmbeddedSecurityBackend::checkCurrentPassword(const QString& userName, const SecretBytes& password,
+                                                   bool* locked, QString* error)
+{
+    return m_authenticator.checkCurrentPassword(userName, password, locked, error);
+}
+
+bool EmbeddedSecurityBackend::storeNewPassword(const QString& userName, const SecretBytes&,
+                                               const SecretBytes& fresh, QString* error)
+{
+    const QByteArray hash = m_store->hasher().hash(fresh);
+    if (hash.isEmpty()) {
+        *error = QStringLiteral("The password could not be hashed (not enough memory).");
+        return false;
+    }
+    // The new hash and its entry share one transaction: neither lands without the other.
+    QString why;
+    const AuditAppendResult result = m_store->audit().append(
+        userName, Authenticator::Area, QStringLiteral("Password changed"), [&](QString* e) {
+            const bool stored = m_store->users().setPasswordHash(userName, hash, false, e);
+            why = *e;
+            return stored;
+        });
+    *error = result.sequence == 0 && !why.isEmpty() ? why : result.error;
+    return result.sequence > 0;
+}
+
+AuditAppendResult EmbeddedSecurityBackend::endSession(const QString& userName, const QString& text)
+{
+    return m_store->audit().append(userName, Authenticator::Area, text);
+}
+
+} // namespace nebra

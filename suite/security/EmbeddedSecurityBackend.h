@@ -1,0 +1,36 @@
+#pragma once
+
+#include "Authenticator.h"
+#include "SecurityBackend.h"
+
+#include <memory>
+
+namespace nebra {
+
+class SecurityStore;
+
+// The security database of this computer (SQLite, with its site key and chain head files).
+class EmbeddedSecurityBackend : public SecurityBackend
+{
+public:
+    explicit EmbeddedSecurityBackend(std::unique_ptr<SecurityStore> store);
+    ~EmbeddedSecurityBackend() override;
+
+    const SecuritySettings& settings() const override;
+    const PasswordPolicy& policy() const override;
+    LogInResult logIn(const QString& userName, const SecretBytes& password) override;
+    bool isOperationAllowed(const QString& userName, const QString& area, const QString& operation,
+                            QString* error) override;
+    AuditAppendResult append(const QString& userName, const QString& area, const QString& text) override;
+    bool checkCurrentPassword(const QString& userName, const SecretBytes& password, bool* locked,
+                              QString* error) override;
+    bool storeNewPassword(const QString& userName, const SecretBytes& current, const SecretBytes& fresh,
+                          QString* error) override;
+    AuditAppendResult endSession(const QString& userName, const QString& text) override;
+
+private:
+    std::unique_ptr<SecurityStore> m_store;
+    Authenticator m_authenticator;
+};
+
+} // namespace nebra

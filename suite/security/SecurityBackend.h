@@ -1,0 +1,44 @@
+#pragma once
+
+#include "AuditTrail.h"
+#include "Authenticator.h"
+#include "PasswordPolicy.h"
+#include "SecuritySettings.h"
+
+#include <QString>
+
+namespace nebra {
+
+class SecretBytes;
+
+// Where a security manager keeps its users, rights and audit trail: the
+// embedded database of this computer, or a database server that the lab's
+// workstations share. The manager behaves the same on either; each
+// operation that answers a check fails closed (false, or an error) when the
+// store cannot answer.
+class SecurityBackend
+{
+public:
+    virtual ~SecurityBackend() = default;
+
+    virtual const SecuritySettings& settings() const = 0;
+    virtual const PasswordPolicy& policy() const = 0;
+
+    // Checks the password, records the outcome and, on success, opens the user's session.
+    virtual LogInResult logIn(const QString& userName, const SecretBytes& password) = 0;
+    // False, with *error set, when the answer cannot be had.
+    virtual bool isOperationAllowed(const QString& userName, const QString& area, const QString& operation,
+                                    QString* error) = 0;
+    // Committed before it returns a sequence number.
+    virtual AuditAppendResult append(const QString& userName, const QString& area, const QString& text) = 0;
+    // A wrong password counts like a failed log-in; *locked is set when it locked the account.
+    virtual bool checkCurrentPassword(const QString& userName, const SecretBytes& password, bool* locked,
+                                      QString* error) = 0;
+    // Stores the new password (checked by the caller against the policy) and records the change.
+    virtual bool storeNewPassword(const QString& userName, const SecretBytes& current,
+                                  const SecretBytes& fresh, QString* error) = 0;
+    // Ends the session that logIn opened and records text (area "Security").
+    virtual AuditAppendResult endSession(const QString& userName, const QString& text) = 0;
+};
+
+} // namespace nebra

@@ -1,0 +1,138 @@
+#include "ServerSecurityBackend.h"
+
+#include "SecretBytes.h"
+#include "ServerConnection.h"
+#include "ServerSession.h"
+
+namespace nebra {
+
+namespace {
+
+QString notRecorded(const QString& why)
+{
+    return QStringLiteral("The audit trail entry could not be recorded (%1).").arg(why);
+}
+
+} // namespace
+
+ServerSecurityBackend::ServerSecurityBackend(const SecuritySettings& settings,
+                                             std::unique_ptr<ServerConnection> connection)
+    : m_settings(settings), m_policy(settings.passwordMinimumLength), m_connection(std::move(connection)),
+      m_session(std::make_unique<ServerSession>(*m_connection, AuditTrail::workstationName()))
+{
+}
+
+ServerSecurityBackend::~ServerSecurityBackend() = default;
+
+std::unique_ptr<ServerSecurityBackend> ServerSecurityBackend::open(const SecuritySettings& settings,
+                                                                   QString* error)
+{
+    if (!settings.policyError.isEmpty()) {
+        *error = settings.policyError;
+        return nullptr;
+    }
+    std::unique_ptr<ServerConnection> connection = ServerConnection::open(settings.server, error);
+    if (!connection)
+        return nullptr;
+    return std::unique_ptr<ServerSecurityBackend>(new ServerSecurityBackend(settings, std::move(connection)));
+}
+
+bool ServerSecurityBackend::connected(QString* error)
+{
+    return !m_connection->lostConnection() || m_connection->reconnect(error);
+}
+
+LogInResult ServerSecurityBackend::logIn(const QString& userName, const SecretBytes& password)
+{
+    LogInResult result;
+    if (!connected(&result.error)) {
+        result.status = LogInStatus::Error;
+        return result;
+    }
+    const ServerLogIn in = m_session->logIn(userName, password);
+    result.status = in.status;
+    result.error = in.error;
+    if (in.status == LogInStatus::Success) {
+        m_token = in.token;
+        result.user.name = in.userName;
+        result.user.fullName = in.fullName;
+        result.user.mustChangePassword = in.mustChangePassword;
+    }
+    return result;
+}
+
+bool ServerSecurityBackend::isOperationAllowed(const QString&, const QString& area, const QString& operation,
+                                               QString* error)
+{
+    if (m_token.isEmpty() || !connected(error))
+        return false;
+    std::optional<bool> allowed = m_session->isAllowed(m_token, area, operation, error);
+    // A check changes nothing on the server, so it may be asked again once connected anew.
+    if (!allowed && m_connection->lostConnection() && m_connection->reconnect(error)) {
+        error->clear();
+        allowed = m_session->isAllowed(m_token, area, operation, error);
+    }
+    return allowed.value_or(false);
+}
+
+AuditAppendResult ServerSecurityBackend::append(const QString&, const QString& area, const QString& text)
+{
+    AuditAppendResult result;
+    QString error;
+    if (m_token.isEmpty())
+        error = QStringLiteral("no user is logged in");
+    else if (connected(&error))
+        result.sequence = m_session->record(m_token, area, text, &error);
+    if (result.sequence == 0)
+        result.error = notRecorded(error);
+    return result;
+}
+
+bool ServerSecurityBackend::checkCurrentPassword(const QString&, const SecretBytes& password, bool* locked,
+                                                 QString* error)
+{
+    if (!connected(error))
+        return false;
+    const ServerPasswordChange outcome = m_session->checkPassword(m_token, password, error);
+    *locked = outcome == ServerPasswordChange::Locked;
+    if (*locked)
+        m_token.clear(); // the server ended the session with the lock
+    return outcome == ServerPasswordChange::Changed;
+}
+
+bool ServerSecurityBackend::storeNewPassword(const QString&, const SecretBytes& current,
+                                             const SecretBytes& fresh, QString* error)
+{
+    if (!connected(error))
+        return false;
+    switch (m_session->changePassword(m_token, current, fresh, error)) {
+    case ServerPasswordChange::Changed:
+        return true;
+    case ServerPasswordChange::Same:
+        *error = QStringLiteral("The new password must differ from the current one.");
+        return false;
+    case ServerPasswordChange::Incorrect:
+    case ServerPasswordChange::Locked:
+        *error = QStringLiteral("The current password is incorrect.");
+        return false;
+    case ServerPasswordChange::Error:
+        break;
+    }
+    return false;
+}
+
+AuditAppendResult ServerSecurityBackend::endSession(const QString&, const QString& text)
+{
+    AuditAppendResult result;
+    const QString token = std::exchange(m_token, QString());
+    if (token.isEmpty())
+        return result; // the server ended it already (and recorded why)
+    QString error;
+    if (connected(&error) && m_session->logOut(token, text, &error))
+        result.sequence = 1;
+    else
+        result.error = notRecorded(error);
+    return result;
+}
+
+} // namespace nebra

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "SecurityBackend.h"
+
+#include <memory>
+
+namespace nebra {
+
+class ServerConnection;
+class ServerSession;
+
+// The security store on a database server that the lab's workstations
+// share. The server decides log-ins, rights and lockouts and writes the
+// audit trail; this side holds only the session token of the user logged
+// in. When the connection is lost, every check refuses and every entry is
+// refused with the reason; each later call first tries once to connect
+// again (bounded by the connection time-out), so the session carries on
+// when the server is back. A call that may have been committed is never
+// sent twice.
+class ServerSecurityBackend : public SecurityBackend
+{
+public:
+    ~ServerSecurityBackend() override;
+
+    // Null, with *error set, when the settings are unusable or the server cannot be reached.
+    static std::unique_ptr<ServerSecurityBackend> open(const SecuritySettings& settings, QString* error);
+
+    const SecuritySettings& settings() const override { return m_settings; }
+    const PasswordPolicy& policy() const override { return m_policy; }
+    LogInResult logIn(const QString& userName, const SecretBytes& password) override;
+    bool isOperationAllowed(const QString& userName, const QString& area, const QString& operation,
+                            QString* error) override;
+    AuditAppendResult append(const QString& userName, const QString& area, const QString& text) override;
+    bool checkCurrentPassword(const QString& userName, const SecretBytes& password, bool* locked,
+                              QString* error) override;
+    bool storeNewPassword(const QString& userName, const SecretBytes& current, const SecretBytes& fresh,
+                          QString* error) override;
+    AuditAppendResult endSession(const QString& userName, const QString& text) override;
+
+private:
+    ServerSecurityBackend(const SecuritySettings& settings, std::unique_ptr<ServerConnection> connection);
+    bool connected(QString* error);
+
+    SecuritySettings m_settings;
+    PasswordPolicy m_policy;
+    std::unique_ptr<ServerConnection> m_connection;
+    std::unique_ptr<ServerSession> m_session;
+    QString m_token;
+};
+
+} // namespace nebra

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "Authenticator.h"
+
+#include <QString>
+
+#include <optional>
+
+namespace nebra {
+
+class SecretBytes;
+class ServerConnection;
+
+struct ServerLogIn
+{
+    LogInStatus status = LogInStatus::Refused;
+    QString token; // set for Success: names the session in every later call
+    QString userName;
+    QString fullName;
+    bool mustChangePassword = false;
+    QString error; // set for Error
+};
+
+enum class ServerPasswordChange
+{
+    Changed,
+    Incorrect, // the current password is wrong (counted like a failed log-in)
+    Locked,    // ... and that locked the account, which ended the session
+    Same,      // the new password is empty or the current one
+    Error,
+};
+
+// What a workstation asks the security server, through the functions its
+// low-privilege role may run: the server checks the password, counts
+// failures, locks accounts, checks rights and writes the audit trail itself.
+// Nothing here reads a table; password hashes never leave the server.
+class ServerSession
+{
+public:
+    ServerSession(ServerConnection& connection, QString workstation);
+
+    ServerLogIn logIn(const QString& userName, const SecretBytes& password);
+    // Empty (with *error) when the server cannot answer; callers refuse then.
+    std::optional<bool> isAllowed(const QString& token, const QString& area, const QString& operation,
+                                  QString* error);
+    // The entry's sequence number once committed on the server; 0, with *error, when it is not.
+    qint64 record(const QString& token, const QString& area, const QString& text, QString* error);
+    // Changed (the password is right), Incorrect, Locked or Error.
+    ServerPasswordChange checkPassword(const QString& token, const SecretBytes& current, QString* error);
+    ServerPasswordChange changePassword(const QString& token, const SecretBytes& current,
+                                        const SecretBytes& fresh, QString* error);
+    // Ends the session on the server and records text; false, with *error, when the server cannot.
+    bool logOut(const QString& token, const QString& text, QString* error);
+
+private:
+    ServerConnection& m_connection;
+    QString m_workstation;
+};
+
+} // namespace nebra

@@ -1,0 +1,70 @@
+#pragma once
+
+#include "ServerSettings.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <functional>
+#include <memory>
+
+class QIODevice;
+
+namespace nebra {
+
+class ServerConnection;
+class SecretBytes;
+class SecurityStore;
+class ServerAdministration;
+
+// nebra-secadmin's commands on a security store on a database server. The
+// server checks who may administer (the owner role and its members; a
+// superuser for "create"), so the tool only connects as the administrator
+// and runs the owner's functions, each of which records its change.
+class ServerAdminTool
+{
+public:
+    struct Options
+    {
+        ServerSettings server; // with the administrator's role as the user
+        QString fullName;      // for add-user
+        QString adminGroup;    // for create: written to the system-wide file
+        bool writePolicyFile = true;
+        // For migrate: opens the embedded store to copy (null, with *error, when it cannot).
+        std::function<std::unique_ptr<SecurityStore>(QString*)> openEmbedded;
+    };
+
+    ServerAdminTool(QIODevice& out, QIODevice& err, Options options);
+    ~ServerAdminTool();
+
+    // The command's exit status (0 done, 1 failed, 2 wrong usage); -1 when
+    // the command is not one of the server's.
+    int run(const QString& command, const QStringList& arguments);
+
+private:
+    struct Command
+    {
+        QString name;
+        int argumentCount;
+        std::function<int(const QStringList&)> action;
+    };
+    QList<Command> commands();
+    int create();
+    int verify();
+    int migrate();
+    // Asks for the new password, then runs action with it.
+    int withPassword(const QString& name,
+                     const std::function<bool(ServerAdministration&, const SecretBytes&, QString*)>& action,
+                     const QString& done);
+    int change(const std::function<bool(ServerAdministration&, QString*)>& action, const QString& done);
+    int fail(const QString& message);
+    void say(const QString& text);
+    static QString actor();
+
+    QIODevice& m_out;
+    QIODevice& m_err;
+    Options m_options;
+    std::unique_ptr<ServerConnection> m_connection;
+};
+
+} // namespace nebra

@@ -1,0 +1,200 @@
+// nebra-secadmin against a security server: create makes the store (again
+// without harm) and points the system-wide file at it, the same commands
+// administer it, verify runs on the server, and two workstations of two
+// OS users share one trail.
+
+#include "PostgresServer.h"
+#include "SecurityFixture.h"
+#include "ServerConnection.h"
+#include "ServerSession.h"
+#include "SettingsStore.h"
+#include "UserFolders.h"
+
+#include <QProcess>
+#include <QSqlQuery>
+#include <QtTest>
+
+#include <unistd.h>
+
+using namespace nebra;
+
+class ServerAdminToolTest : public QObject
+{
+    Q_OBJECT
+
+    struct Run
+    {
+        int exitCode = -1;
+        QString out;
+        QString err;
+    };
+    Run run(const QStringList& arguments, const QByteArray& input = {})
+    {
+        QProcess process;
+        process.start(QStringLiteral(SECADMIN), arguments + QStringList{QStringLiteral("--server-user"),
+                                                                        test::PostgresServer::Superuser});
+        if (!process.waitForStarted(10000))
+            return {};
+        process.write(input);
+        process.closeWriteChannel();
+        if (!process.waitForFinished(60000))
+            return {};
+        return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
+                QString::fromUtf8(process.readAllStandardError())};
+    }
+    // A workstation process writing for a while, as the OS user uid when given.
+    std::unique_ptr<QProcess> writer(uid_t uid)
+    {
+        auto process = std::make_unique<QProcess>();
+        QStringList arguments{QStringLiteral(SERVER_WRITER),   m_server->socketFolder(),
+                              ServerSettings::DefaultDatabase, QStringLiteral("jsmith"),
+                              QStringLiteral("correct horse"), QStringLiteral("1500")};
+        if (uid != 0)
+            arguments = QStringList{QStringLiteral("--reuid=%1").arg(uid),
+                                    QStringLiteral("--regid=%1").arg(uid), QStringLiteral("--clear-groups")} +
+                        arguments;
+        process->start(QStringLiteral("setpriv"),
+                       uid != 0 ? arguments : QStringList{QStringLiteral("--")} + arguments);
+        return process;
+    }
+
+    std::unique_ptr<test::UserFolders> m_folders;
+    std::unique_ptr<test::PostgresServer> m_server;
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        m_folders = std::make_unique<test::UserFolders>();
+        m_server = std::make_unique<test::PostgresServer>();
+        if (!m_server->problem().isEmpty())
+            QSKIP(qPrintable(m_server->problem()));
+    }
+
+    void createTwiceThenAdminister()
+    {
+        const QStringList create{QStringLiteral("create"), QStringLiteral("--backend"),
+                                 QStringLiteral("postgresql"), QStringLiteral("--server"),
+                                 m_server->socketFolder()};
+        for (int i = 0; i < 2; ++i) {
+            const Run created = run(create);
+            QVERIFY2(created.exitCode == 0, qPrintable(created.err));
+            QVERIFY(created.out.contains(QLatin1String("schema version")));
+        }
+        // Every workstation now finds the server in the system-wide file, and only the client role there.
+        SettingsStore system(m_folders->systemSettingsFile());
+        QCOMPARE(system.value(QStringLiteral("Security/Backend"), {}).toString(),
+                 QStringLiteral("postgresql"));
+        QCOMPARE(system.value(QStringLiteral("Security/Server"), {}).toString(), m_server->socketFolder());
+        QCOMPARE(system.value(QStringLiteral("Security/ServerUser"), {}).toString(),
+                 ServerSettings::ClientRole);
+
+        // Without --backend the tool follows the system-wide file.
+        QCOMPARE(run({"add-user", "jsmith", "--full-name", "Jane Smith"}, "correct horse\n").exitCode, 0);
+        QCOMPARE(run({"add-role", "Analysts"}).exitCode, 0);
+        QCOMPARE(run({"grant-role", "Analysts", "Reader", "*"}).exitCode, 0);
+        QCOMPARE(run({"assign-role", "jsmith", "Analysts"}).exitCode, 0);
+        QCOMPARE(run({"grant", "jsmith", "Instrumentation", "SelectDriver"}).exitCode, 0);
+        const Run twice = run({"add-user", "JSmith"}, "another password\n");
+        QCOMPARE(twice.exitCode, 1);
+        QVERIFY2(twice.err.contains(QLatin1String("There is already a user")), qPrintable(twice.err));
+        const Run notHere = run({"list-users"});
+        QCOMPARE(notHere.exitCode, 2);
+        QVERIFY(notHere.err.contains(QLatin1String("not available on a security server")));
+        const Run verified = run({"verify"});
+        QCOMPARE(verified.exitCode, 0);
+        QVERIFY(verified.out.contains(QLatin1String("intact: 5 entries")));
+    }
+
+    // A second workstation, run by another OS user, writes to the same trail at the same time.
+    void twoOsUsersShareOneTrail()
+    {
+        if (::geteuid() != 0)
+            QSKIP("needs root to run the second workstation as another user");
+        const std::unique_ptr<QProcess> first = writer(0);
+        const std::unique_ptr<QProcess> second = writer(64123);
+        for (QProcess* p : {first.get(), second.get()}) {
+            QVERIFY(p->waitForFinished(60000));
+            QVERIFY2(p->exitCode() == 0, p->readAllStandardError().constData());
+            QVERIFY(p->readAllStandardOutput().count("R ") > 0);
+        }
+        const Run verified = run({"verify"});
+        QVERIFY2(verified.exitCode == 0, qPrintable(verified.out + verified.err));
+    }
+
+    // A site moves from its embedded store to a new store on the server: the
+    // trail comes along in order and verifies on both, rights and roles too;
+    // passwords must be set anew.
+    void migrateFromTheEmbeddedStore()
+    {
+        test::SecurityFixture site(m_folders->root() + QStringLiteral("/embedded"));
+        // Where the tool looks for them beside --database.
+        site.settings().siteKeyFile = site.settings().databasePath + QStringLiteral(".key");
+        site.settings().chainHeadFile = site.settings().databasePath + QStringLiteral(".head");
+        site.create();
+        site.addUser(QStringLiteral("jsmith"), QStringLiteral("correct horse"), QStringLiteral("Jane Smith"),
+                     {QStringLiteral("Reader/Run")});
+        const QStringList before = site.auditTexts();
+        const QStringList server{QStringLiteral("--backend"),         QStringLiteral("postgresql"),
+                                 QStringLiteral("--server"),          m_server->socketFolder(),
+                                 QStringLiteral("--server-database"), QStringLiteral("migrated")};
+        QCOMPARE(run(QStringList{QStringLiteral("create"), QStringLiteral("--per-user")} + server).exitCode,
+                 0);
+        const QStringList embedded{QStringLiteral("--database"), site.settings().databasePath};
+        const Run migrated = run(QStringList{QStringLiteral("migrate")} + embedded + server);
+        QVERIFY2(migrated.exitCode == 0, qPrintable(migrated.err));
+        QVERIFY(migrated.out.contains(QLatin1String("reset-password")));
+        // Once is all: the store is no longer empty.
+        QCOMPARE(run(QStringList{QStringLiteral("migrate")} + embedded + server).exitCode, 1);
+
+        QCOMPARE(run(QStringList{QStringLiteral("verify")} + server).exitCode, 0);
+        QCOMPARE(
+            run(QStringList{QStringLiteral("verify"), QStringLiteral("--backend"), QStringLiteral("sqlite")} +
+                embedded)
+                .exitCode,
+            0);
+        ServerSettings settings = m_server->superuser();
+        settings.database = QStringLiteral("migrated");
+        QString error;
+        const std::unique_ptr<ServerConnection> owner = ServerConnection::open(settings, &error);
+        QSqlQuery q(owner->database());
+        QVERIFY(owner->exec(q, QStringLiteral("SELECT text FROM nebra.audit_trail ORDER BY seq LIMIT ?"),
+                            {before.size()}, &error));
+        QStringList copied;
+        while (q.next())
+            copied.append(q.value(0).toString());
+        QCOMPARE(copied, before);
+
+        QCOMPARE(run(QStringList{QStringLiteral("reset-password"), QStringLiteral("jsmith")} + server,
+                     "battery staple\n")
+                     .exitCode,
+                 0);
+        settings.user = ServerSettings::ClientRole;
+        const std::unique_ptr<ServerConnection> client = ServerConnection::open(settings, &error);
+        ServerSession session(*client, QStringLiteral("pc"));
+        const ServerLogIn in = session.logIn(QStringLiteral("jsmith"), SecretBytes("battery staple"));
+        QCOMPARE(in.status, LogInStatus::Success);
+        QVERIFY(in.mustChangePassword);
+        QCOMPARE(session.isAllowed(in.token, QStringLiteral("Reader"), QStringLiteral("Run"), &error),
+                 std::optional<bool>(true));
+    }
+
+    void verifyFindsTamperingOnTheServer()
+    {
+        QString error;
+        const std::unique_ptr<ServerConnection> owner = ServerConnection::open(m_server->superuser(), &error);
+        QVERIFY2(owner, qPrintable(error));
+        QVERIFY2(
+            owner->execScript(QStringLiteral("SET ROLE nebra_owner; "
+                                             "DROP TRIGGER audit_trail_append_only ON nebra.audit_trail; "
+                                             "UPDATE nebra.audit_trail SET text = 'Role added: Admins' "
+                                             "WHERE seq = 2"),
+                              &error),
+            qPrintable(error));
+        const Run verified = run({"verify"});
+        QCOMPARE(verified.exitCode, 1);
+        QVERIFY2(verified.out.contains(QLatin1String("Entry 2 has been altered")), qPrintable(verified.out));
+    }
+};
+
+QTEST_GUILESS_MAIN(ServerAdminToolTest)
+#include "ServerAdminToolTest.moc"

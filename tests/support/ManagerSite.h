@@ -1,0 +1,158 @@
+#pragma once
+
+#include "PostgresServer.h"
+#include "SecurityFixture.h"
+#include "ServerAdministration.h"
+#include "ServerConnection.h"
+
+#include <QSqlQuery>
+
+#include <type_traits>
+
+namespace nebra::test {
+
+// A security site for the manager's behaviour tests, on the back end that
+// NEBRA_TEST_SECURITY_BACKEND names: "sqlite" (the default) or
+// "postgresql". The same tests run against either; this class hides only
+// how the site is made, administered, read and broken. It holds jsmith
+// ("correct horse", "Jane Smith", the rights given), and writes the
+// "[Security]" settings that point the manager at it.
+class ManagerSite
+{
+public:
+    explicit ManagerSite(const QStringList& rights)
+    {
+        if (!isServer()) {
+            m_embedded = std::make_unique<SecuritySite>(rights);
+            return;
+        }
+        QVERIFY2(server().problem().isEmpty(), qPrintable(server().problem()));
+        if (!server().isRunning())
+            QVERIFY(server().start());
+        m_settings = server().superuser();
+        m_settings.database = QStringLiteral("site_%1").arg(++siteCount());
+        QString error;
+        QVERIFY2(ServerSchema::createSite(m_settings, {}, &error), qPrintable(error));
+        m_folders = std::make_unique<UserFolders>();
+        administer([&rights](ServerAdministration& admin, QString* e) {
+            bool ok = admin.setPolicy(SecuritySettings::DefaultLockoutThreshold, 4, e) &&
+                      admin.addUser(QStringLiteral("jsmith"), QStringLiteral("Jane Smith"),
+                                    SecretBytes("correct horse"), e);
+            for (const QString& right : rights)
+                ok = ok &&
+                     admin.grant(QStringLiteral("jsmith"),
+                                 {right.section(QLatin1Char('/'), 0, 0), right.section(QLatin1Char('/'), 1)},
+                                 e);
+            return ok;
+        });
+        setSystemValue(QStringLiteral("Settings/SecurityConfigured"), QStringLiteral("true"));
+        setSystemValue(QStringLiteral("Security/Backend"), QStringLiteral("postgresql"));
+        setSystemValue(QStringLiteral("Security/Server"), server().socketFolder());
+        setSystemValue(QStringLiteral("Security/ServerDatabase"), m_settings.database);
+    }
+
+    ~ManagerSite()
+    {
+        if (!m_embedded && !server().isRunning())
+            server().start();
+    }
+
+    static bool isServer() { return qgetenv("NEBRA_TEST_SECURITY_BACKEND") == "postgresql"; }
+
+    // Runs change on an administration of the site: SecurityAdministration
+    // or ServerAdministration, which take the same calls.
+    template <typename Change> void administer(const Change& change)
+    {
+        QString error;
+        if constexpr (std::is_invocable_v<Change, SecurityAdministration&, QString*>) {
+            if (m_embedded) {
+                const std::unique_ptr<SecurityStore> store = m_embedded->fixture.open();
+                SecurityAdministration admin(*store, QStringLiteral("admin"));
+                QVERIFY2(change(admin, &error), qPrintable(error));
+                return;
+            }
+        }
+        if constexpr (std::is_invocable_v<Change, ServerAdministration&, QString*>) {
+            if (!m_embedded) {
+                const std::unique_ptr<ServerConnection> owner = ServerConnection::open(m_settings, &error);
+                QVERIFY2(owner, qPrintable(error));
+                ServerAdministration admin(*owner, QStringLiteral("admin"), QStringLiteral("pc"));
+                QVERIFY2(change(admin, &error), qPrintable(error));
+            }
+        }
+    }
+
+    // A policy value of "[Security]"; the server keeps its lockout threshold itself.
+    void setPolicy(const QString& key, int value)
+    {
+        if (m_embedded) {
+            QVERIFY(SettingsStore().setValue(QStringLiteral("Security/") + key, value));
+            return;
+        }
+        setSystemValue(QStringLiteral("Security/") + key, QString::number(value));
+        if (key == QLatin1String("LockoutThreshold"))
+            administer(
+                [value](ServerAdministration& admin, QString* e) { return admin.setPolicy(value, 4, e); });
+    }
+
+    QStringList auditTexts()
+    {
+        if (m_embedded)
+            return m_embedded->fixture.auditTexts();
+        QString error;
+        const std::unique_ptr<ServerConnection> owner = ServerConnection::open(m_settings, &error);
+        QSqlQuery q(owner->database());
+        QStringList texts;
+        if (owner->exec(q, QStringLiteral("SELECT text FROM nebra.audit_trail ORDER BY seq"), {}, &error))
+            while (q.next())
+                texts.append(q.value(0).toString());
+        return texts;
+    }
+
+    // Makes every further audit entry fail: the embedded store fills up, the
+    // server goes away. Returns the reason that the failures then give.
+    QString breakAppends()
+    {
+        if (m_embedded) {
+            m_embedded->fixture.fillUp();
+            return QStringLiteral("database or disk is full");
+        }
+        server().stop();
+        return QStringLiteral("The connection to the security server was lost");
+    }
+
+    // Undoes breakAppends.
+    void repairAppends()
+    {
+        if (m_embedded)
+            m_embedded->fixture.tamper({QStringLiteral("DROP TRIGGER full")});
+        else
+            startServer();
+    }
+
+    void stopServer() { server().stop(); }
+    void startServer() { QVERIFY2(server().start(), qPrintable(server().problem())); }
+
+private:
+    static PostgresServer& server()
+    {
+        static PostgresServer instance;
+        return instance;
+    }
+    static int& siteCount()
+    {
+        static int count = 0;
+        return count;
+    }
+    void setSystemValue(const QString& key, const QString& value)
+    {
+        SettingsStore system(m_folders->systemSettingsFile());
+        QVERIFY(system.setValue(key, value));
+    }
+
+    std::unique_ptr<SecuritySite> m_embedded;
+    std::unique_ptr<UserFolders> m_folders;
+    ServerSettings m_settings;
+};
+
+} // namespace nebra::test

@@ -1,0 +1,189 @@
+#pragma once
+
+#include "ServerSchema.h"
+#include "ServerSettings.h"
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <unistd.h>
+
+namespace nebra::test {
+
+// A throw-away database server for the tests: its own cluster (initdb) in a
+// temporary folder, listening only on a Unix socket in that folder, never a
+// system cluster. When the tests run as root the server runs as "nobody"
+// (the server refuses to run as root, and needs an id with an account
+// entry); its folders are handed to that id. The server is stopped when
+// the object goes, and, should the test process die first, gets SIGTERM
+// from the kernel (parent-death signal), so none is left behind.
+class PostgresServer
+{
+public:
+    static constexpr uid_t ServerUid = 65534; // nobody
+    static constexpr gid_t ServerGid = 65534; // nogroup
+    static inline const QString Superuser = QStringLiteral("nebra_super");
+
+    enum class Durability
+    {
+        Fast, // no fsync: for behaviour tests
+        Full, // the server's defaults: for measurements
+    };
+
+    explicit PostgresServer(Durability durability = Durability::Fast) : m_durability(durability)
+    {
+        m_bin = binFolder();
+        if (m_bin.isEmpty()) {
+            m_problem =
+                QStringLiteral("PostgreSQL's server programs are not installed (scripts/install-deps.sh)");
+            return;
+        }
+        if (!prepareFolders() || !initialise())
+            return;
+        start();
+    }
+
+    ~PostgresServer() { stop(); }
+
+    // Empty when the server runs; else why it does not (a test skips with it).
+    QString problem() const { return m_problem; }
+    bool isRunning() const { return m_server.state() == QProcess::Running; }
+    QString socketFolder() const { return m_dir.path() + QStringLiteral("/socket"); }
+    QString logText() const
+    {
+        QFile log(m_dir.path() + QStringLiteral("/server.log"));
+        return log.open(QIODevice::ReadOnly) ? QString::fromUtf8(log.readAll()) : QString();
+    }
+
+    ServerSettings settingsFor(const QString& user) const
+    {
+        ServerSettings settings;
+        settings.host = socketFolder();
+        settings.user = user;
+        return settings;
+    }
+    ServerSettings superuser() const { return settingsFor(Superuser); }
+    ServerSettings client() const { return settingsFor(ServerSettings::ClientRole); }
+
+    // Makes the security store's roles, database and schema; fails the test when it cannot.
+    void createSite() const
+    {
+        QString error;
+        if (!ServerSchema::createSite(superuser(), {}, &error))
+            qFatal("Cannot create the security store on the test server: %s", qPrintable(error));
+    }
+
+    // Starts the server (again); false, with problem() set, when it does not come up in time.
+    bool start()
+    {
+        QFile::remove(m_dir.path() + QStringLiteral("/server.log"));
+        m_server.setStandardOutputFile(m_dir.path() + QStringLiteral("/server.log"), QIODevice::Append);
+        m_server.setStandardErrorFile(m_dir.path() + QStringLiteral("/server.log"), QIODevice::Append);
+        QStringList arguments = asServer({QStringLiteral("--pdeathsig"), QStringLiteral("TERM")});
+        arguments << m_bin + QStringLiteral("/postgres") << QStringLiteral("-D") << dataFolder()
+                  << QStringLiteral("-k") << socketFolder() << QStringLiteral("-c")
+                  << QStringLiteral("listen_addresses=") << QStringLiteral("-c")
+                  << QStringLiteral("max_connections=60");
+        if (m_durability == Durability::Fast)
+            arguments << QStringLiteral("-c") << QStringLiteral("fsync=off");
+        m_server.start(QStringLiteral("setpriv"), arguments);
+        const bool ready = QTest::qWaitFor(
+            [this] {
+                return m_server.state() == QProcess::NotRunning ||
+                       logText().contains(QLatin1String("ready to accept connections"));
+            },
+            60000);
+        if (!ready || !isRunning()) {
+            m_problem = QStringLiteral("The test database server did not start:\n") + logText();
+            return false;
+        }
+        return true;
+    }
+
+    // Stops the server (fast shutdown: open sessions are ended).
+    void stop()
+    {
+        if (!isRunning())
+            return;
+        QProcess pgCtl;
+        pgCtl.start(QStringLiteral("setpriv"),
+                    asServer({}) << m_bin + QStringLiteral("/pg_ctl") << QStringLiteral("stop")
+                                 << QStringLiteral("-D") << dataFolder() << QStringLiteral("-m")
+                                 << QStringLiteral("fast") << QStringLiteral("-w"));
+        if (!pgCtl.waitForFinished(60000) || !m_server.waitForFinished(60000)) {
+            m_server.kill();
+            m_server.waitForFinished(10000);
+        }
+    }
+
+private:
+    static QString binFolder()
+    {
+        QDir lib(QStringLiteral("/usr/lib/postgresql"));
+        QStringList versions = lib.entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+        std::sort(versions.begin(), versions.end(),
+                  [](const QString& a, const QString& b) { return a.toInt() > b.toInt(); });
+        for (const QString& version : versions)
+            if (QFile::exists(lib.filePath(version + QStringLiteral("/bin/initdb"))))
+                return lib.filePath(version + QStringLiteral("/bin"));
+        return {};
+    }
+
+    QString dataFolder() const { return m_dir.path() + QStringLiteral("/data"); }
+
+    // setpriv's arguments that run a program as the server's id when we are root.
+    static QStringList asServer(QStringList arguments)
+    {
+        if (::geteuid() == 0)
+            arguments << QStringLiteral("--reuid=%1").arg(ServerUid)
+                      << QStringLiteral("--regid=%1").arg(ServerGid) << QStringLiteral("--clear-groups");
+        return arguments;
+    }
+
+    bool prepareFolders()
+    {
+        QDir(m_dir.path()).mkdir(QStringLiteral("socket"));
+        QFile::setPermissions(m_dir.path(), QFileDevice::ReadOwner | QFileDevice::WriteOwner |
+                                                QFileDevice::ExeOwner | QFileDevice::ReadOther |
+                                                QFileDevice::ExeOther | QFileDevice::ReadGroup |
+                                                QFileDevice::ExeGroup);
+        if (::geteuid() == 0 && ::chown(qPrintable(socketFolder()), ServerUid, ServerGid) != 0) {
+            m_problem = QStringLiteral("Cannot hand the test server's folder to the server's id");
+            return false;
+        }
+        // The data folder is made by initdb itself, as the server's id.
+        if (::geteuid() == 0 && ::chown(qPrintable(m_dir.path()), ServerUid, ServerGid) != 0) {
+            m_problem = QStringLiteral("Cannot hand the test server's folder to the server's id");
+            return false;
+        }
+        return true;
+    }
+
+    bool initialise()
+    {
+        QProcess initdb;
+        initdb.setProcessChannelMode(QProcess::MergedChannels);
+        initdb.start(QStringLiteral("setpriv"),
+                     asServer({}) << m_bin + QStringLiteral("/initdb") << QStringLiteral("-D") << dataFolder()
+                                  << QStringLiteral("-U") << Superuser << QStringLiteral("--auth=trust")
+                                  << QStringLiteral("--encoding=UTF8") << QStringLiteral("--locale=C.UTF-8")
+                                  << QStringLiteral("--no-sync"));
+        if (!initdb.waitForFinished(120000) || initdb.exitCode() != 0) {
+            m_problem = QStringLiteral("initdb failed: ") + QString::fromLocal8Bit(initdb.readAll());
+            return false;
+        }
+        return true;
+    }
+
+    Durability m_durability;
+    QTemporaryDir m_dir{QDir::tempPath() + QStringLiteral("/nebra-pg-XXXXXX")};
+    QString m_bin;
+    QString m_problem;
+    QProcess m_server;
+};
+
+} // namespace nebra::test
