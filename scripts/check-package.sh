@@ -86,7 +86,10 @@ done
 kill -0 "$organiser" 2>/dev/null || fail "the Organiser ended after start-up: $(cat "$work/organiser.log")"
 echo "The installed Organiser is running, has copied the example assays and read the driver catalogue."
 
-nebra-secadmin --database "$work/Security.db" create || fail "nebra-secadmin create"
-nebra-secadmin --database "$work/Security.db" verify || fail "nebra-secadmin verify"
+# The site's policy file goes to a folder of the check's own: one in /etc/xdg
+# would secure every later run of the suite on this machine, its tests too.
+XDG_CONFIG_DIRS="$work/xdg" nebra-secadmin --database "$work/Security.db" create || fail "nebra-secadmin create"
+XDG_CONFIG_DIRS="$work/xdg" nebra-secadmin --database "$work/Security.db" verify || fail "nebra-secadmin verify"
+[ ! -e /etc/xdg/Nebra/Suite.ini ] || fail "nebra-secadmin create wrote /etc/xdg/Nebra/Suite.ini"
 man -w NMain5 >/dev/null && man -w 8 nebra-secadmin >/dev/null || fail "the manual pages are not found by man"
 echo "The installed package works."

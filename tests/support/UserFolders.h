@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QDir>
+#include <QFileInfo>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 
@@ -16,6 +17,11 @@ class UserFolders
 public:
     UserFolders()
     {
+        // The administrator's file in /etc/xdg wins over XDG_CONFIG_DIRS, so on a
+        // machine that has one the tests would read, and rewrite, the site's policy.
+        if (QFileInfo::exists(QStringLiteral("/etc/xdg/Nebra/Suite.ini")))
+            qFatal("/etc/xdg/Nebra/Suite.ini exists: the tests would use this machine's security policy. "
+                   "Run them where no site policy is installed.");
         const QString root = m_dir.path();
         for (const char* name : {"home", "config", "state", "data", "runtime", "sysconfig"})
             QDir(root).mkdir(QLatin1String(name));
