@@ -3,6 +3,8 @@
 # UndefinedBehaviorSanitizer; the readers' libraries only) and runs each one
 # for SECONDS seconds, starting from its seed corpus in fuzz/corpus/<target>.
 #   scripts/fuzz.sh [SECONDS] [TARGET...]     default: 5 seconds, every target
+# SECONDS 0 replays the seed corpus once and searches no further: the same
+# inputs on every run, which is what a test command wants.
 # The seed corpus is read, never written: what a run finds goes to
 # $FUZZ_WORK/<target> (default a temporary folder), and a failing input to
 # $FUZZ_WORK/<target>-crash-*. Extra libFuzzer options go in $FUZZ_OPTIONS.
@@ -25,9 +27,13 @@ export ASAN_OPTIONS=${ASAN_OPTIONS:-detect_leaks=1:abort_on_error=1}
 export UBSAN_OPTIONS=${UBSAN_OPTIONS:-print_stacktrace=1:halt_on_error=1}
 for target in "${targets[@]}"; do
   mkdir -p "$work/$target"
-  options=(-max_total_time="$seconds" -print_final_stats=1 -artifact_prefix="$work/$target-")
+  if [ "$seconds" = 0 ]; then
+    options=(-runs=0 -print_final_stats=1 -artifact_prefix="$work/$target-")
+  else
+    options=(-max_total_time="$seconds" -print_final_stats=1 -artifact_prefix="$work/$target-")
+  fi
   [ -f "fuzz/dict/$target.dict" ] && options+=(-dict="fuzz/dict/$target.dict")
-  echo "== $target: $seconds s from fuzz/corpus/$target"
+  echo "== $target: ${seconds} s from fuzz/corpus/$target (0: the corpus replayed)"
   # shellcheck disable=SC2086
   "build-fuzz/fuzz/$target" "${options[@]}" ${FUZZ_OPTIONS:-} "$work/$target" "fuzz/corpus/$target" 2>"$work/$target.log" ||
     { tail -n 60 "$work/$target.log" >&2; echo "$target failed; the input is in $work" >&2; exit 1; }
