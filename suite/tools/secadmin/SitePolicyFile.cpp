@@ -6,10 +6,21 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QList>
+#include <QVariant>
+
+#include <utility>
 
 namespace nebra {
 
-bool SitePolicyFile::write(const SecuritySettings& settings, const QString& adminGroup, QString* error)
+namespace {
+
+using Values = QList<std::pair<QString, QVariant>>;
+
+// One batch into the system-wide file, then the file left readable by everyone: it names the
+// store or the server but holds no secret (a ServerPassword is added by hand, the file then made
+// root:group 0640).
+bool writeSystemFile(const Values& values, const QString& adminGroup, QString* error)
 {
     const QString path = SettingsStore::systemFilePath();
     QDir().mkpath(QFileInfo(path).absolutePath());
@@ -20,9 +31,8 @@ bool SitePolicyFile::write(const SecuritySettings& settings, const QString& admi
     }
     file.beginBatch();
     file.setValue(QStringLiteral("Settings/SecurityConfigured"), QStringLiteral("true"));
-    file.setValue(QStringLiteral("Security/DatabasePath"), settings.databasePath);
-    file.setValue(QStringLiteral("Security/SiteKeyFile"), settings.siteKeyFile);
-    file.setValue(QStringLiteral("Security/ChainHeadFile"), settings.chainHeadFile);
+    for (const auto& [key, value] : values)
+        file.setValue(key, value);
     if (!adminGroup.isEmpty())
         file.setValue(QStringLiteral("Security/AdminGroup"), adminGroup);
     if (!file.endBatch()) {
@@ -37,41 +47,29 @@ bool SitePolicyFile::write(const SecuritySettings& settings, const QString& admi
     return readable;
 }
 
+} // namespace
+
+bool SitePolicyFile::write(const SecuritySettings& settings, const QString& adminGroup, QString* error)
+{
+    return writeSystemFile({{QStringLiteral("Security/DatabasePath"), settings.databasePath},
+                            {QStringLiteral("Security/SiteKeyFile"), settings.siteKeyFile},
+                            {QStringLiteral("Security/ChainHeadFile"), settings.chainHeadFile}},
+                           adminGroup, error);
+}
+
 bool SitePolicyFile::writeServer(const SecuritySettings& settings, const QString& adminGroup, QString* error)
 {
-    const QString path = SettingsStore::systemFilePath();
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    SettingsStore file(path);
-    if (!file.warning().isEmpty()) {
-        *error = file.warning();
-        return false;
-    }
     const ServerSettings& server = settings.server;
-    file.beginBatch();
-    file.setValue(QStringLiteral("Settings/SecurityConfigured"), QStringLiteral("true"));
-    file.setValue(QStringLiteral("Security/Backend"), QStringLiteral("postgresql"));
-    file.setValue(QStringLiteral("Security/Server"), server.host);
-    file.setValue(QStringLiteral("Security/ServerPort"), server.port);
-    file.setValue(QStringLiteral("Security/ServerDatabase"), server.database);
-    file.setValue(QStringLiteral("Security/ServerUser"), ServerSettings::ClientRole);
+    Values values{{QStringLiteral("Security/Backend"), QStringLiteral("postgresql")},
+                  {QStringLiteral("Security/Server"), server.host},
+                  {QStringLiteral("Security/ServerPort"), server.port},
+                  {QStringLiteral("Security/ServerDatabase"), server.database},
+                  {QStringLiteral("Security/ServerUser"), ServerSettings::ClientRole}};
     if (!server.sslMode.isEmpty())
-        file.setValue(QStringLiteral("Security/ServerSslMode"), server.sslMode);
+        values.append({QStringLiteral("Security/ServerSslMode"), server.sslMode});
     if (!server.sslRootCert.isEmpty())
-        file.setValue(QStringLiteral("Security/ServerSslRootCert"), server.sslRootCert);
-    if (!adminGroup.isEmpty())
-        file.setValue(QStringLiteral("Security/AdminGroup"), adminGroup);
-    if (!file.endBatch()) {
-        *error = file.lastError();
-        return false;
-    }
-    // Readable by everyone: it names the server but holds no password (ServerPassword is
-    // added by hand, with the file then made root:group 0640).
-    const bool readable = QFile::setPermissions(path, QFileDevice::ReadOwner | QFileDevice::WriteOwner |
-                                                          QFileDevice::ReadGroup | QFileDevice::ReadOther);
-    if (!readable)
-        *error =
-            QStringLiteral("The mode of \"%1\" cannot be set to 0644.").arg(QDir::toNativeSeparators(path));
-    return readable;
+        values.append({QStringLiteral("Security/ServerSslRootCert"), server.sslRootCert});
+    return writeSystemFile(values, adminGroup, error);
 }
 
 QString SitePolicyFile::describe(const SettingsStore& store, const SecuritySettings& settings)
