@@ -1,6 +1,6 @@
 #include "HLDCollection.h"
 
-#include "RegularFile.h"
+#include "CatalogueFile.h"
 
 #include <QDir>
 #include <QJsonArray>
@@ -12,16 +12,9 @@ namespace nebra {
 HLDCollection::HLDCollection(const QString& catalogueFile)
 {
     QByteArray content;
-    QString reason;
-    const RegularFile::Status status = RegularFile::read(catalogueFile, MaximumFileSize, content, reason);
-    if (status == RegularFile::Status::Missing)
-        return;
-    const QString shownName = QDir::toNativeSeparators(catalogueFile);
-    if (status != RegularFile::Status::Read) {
-        m_error = QStringLiteral("The driver catalogue \"%1\" cannot be read: %2").arg(shownName, reason);
-        return;
-    }
-    read(content, shownName);
+    if (CatalogueFile::read(catalogueFile, MaximumFileSize, QStringLiteral("driver catalogue"), content,
+                            m_error))
+        read(content, QDir::toNativeSeparators(catalogueFile));
 }
 
 HLDCollection HLDCollection::Parse(const QByteArray& content, const QString& shownName)
@@ -33,18 +26,11 @@ HLDCollection HLDCollection::Parse(const QByteArray& content, const QString& sho
 
 void HLDCollection::read(const QByteArray& content, const QString& shownName)
 {
-    QJsonParseError parseError;
-    const QJsonDocument document = QJsonDocument::fromJson(content, &parseError);
-    if (parseError.error != QJsonParseError::NoError ||
-        !document.object().value(QLatin1String("drivers")).isArray()) {
-        m_error = QStringLiteral("The driver catalogue \"%1\" is not a valid catalogue%2.")
-                      .arg(shownName, parseError.error != QJsonParseError::NoError
-                                          ? QStringLiteral(": ") + parseError.errorString()
-                                          : QString());
+    const std::optional<QJsonArray> drivers = CatalogueFile::list(
+        content, QStringLiteral("drivers"), QStringLiteral("driver catalogue"), shownName, m_error);
+    if (!drivers)
         return;
-    }
-    const QJsonArray drivers = document.object().value(QLatin1String("drivers")).toArray();
-    for (const QJsonValue& entry : drivers) {
+    for (const QJsonValue& entry : *drivers) {
         const QJsonObject driver = entry.toObject();
         const QString name = driver.value(QLatin1String("FullName")).toString();
         if (name.isEmpty())

@@ -1,6 +1,6 @@
 #include "WizardCatalogue.h"
 
-#include "RegularFile.h"
+#include "CatalogueFile.h"
 
 #include <QDir>
 #include <QJsonArray>
@@ -12,16 +12,9 @@ namespace nebra {
 WizardCatalogue::WizardCatalogue(const QString& catalogueFile)
 {
     QByteArray content;
-    QString reason;
-    const RegularFile::Status status = RegularFile::read(catalogueFile, MaximumFileSize, content, reason);
-    if (status == RegularFile::Status::Missing)
-        return;
-    const QString shownName = QDir::toNativeSeparators(catalogueFile);
-    if (status != RegularFile::Status::Read) {
-        m_error = QStringLiteral("The wizard catalogue \"%1\" cannot be read: %2").arg(shownName, reason);
-        return;
-    }
-    read(content, shownName);
+    if (CatalogueFile::read(catalogueFile, MaximumFileSize, QStringLiteral("wizard catalogue"), content,
+                            m_error))
+        read(content, QDir::toNativeSeparators(catalogueFile));
 }
 
 WizardCatalogue WizardCatalogue::Parse(const QByteArray& content, const QString& shownName)
@@ -33,18 +26,12 @@ WizardCatalogue WizardCatalogue::Parse(const QByteArray& content, const QString&
 
 void WizardCatalogue::read(const QByteArray& content, const QString& shownName)
 {
-    QJsonParseError parseError;
-    const QJsonDocument document = QJsonDocument::fromJson(content, &parseError);
-    const QJsonValue list = document.object().value(QLatin1String("wizards"));
-    if (parseError.error != QJsonParseError::NoError || !list.isArray()) {
-        m_error = QStringLiteral("The wizard catalogue \"%1\" is not a valid catalogue%2.")
-                      .arg(shownName, parseError.error != QJsonParseError::NoError
-                                          ? QStringLiteral(": ") + parseError.errorString()
-                                          : QString());
+    const std::optional<QJsonArray> list = CatalogueFile::list(
+        content, QStringLiteral("wizards"), QStringLiteral("wizard catalogue"), shownName, m_error);
+    if (!list)
         return;
-    }
     QStringList skipped;
-    const QJsonArray wizards = list.toArray();
+    const QJsonArray& wizards = *list;
     for (qsizetype i = 0; i < wizards.size(); ++i) {
         const QJsonObject wizard = wizards.at(i).toObject();
         WizardEntry entry{wizard.value(QLatin1String("Name")).toString(),
