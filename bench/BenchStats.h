@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QElapsedTimer>
 #include <QList>
 
 #include <algorithm>
@@ -24,6 +25,21 @@ struct Samples
     double mean() const { return ms.isEmpty() ? 0 : std::accumulate(ms.begin(), ms.end(), 0.0) / ms.size(); }
     double max() const { return ms.isEmpty() ? 0 : *std::max_element(ms.begin(), ms.end()); }
 };
+
+// Runs operation(i) warm + runs times and keeps the times of the last runs.
+template <typename Operation> Samples timed(int warm, int runs, Operation operation)
+{
+    Samples samples;
+    QElapsedTimer clock;
+    for (int i = 0; i < warm + runs; ++i) {
+        clock.start();
+        operation(i);
+        const double ms = clock.nsecsElapsed() / 1e6;
+        if (i >= warm)
+            samples.ms << ms;
+    }
+    return samples;
+}
 
 inline void report(const char* what, const Samples& ours, const Samples& bare)
 {

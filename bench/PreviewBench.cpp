@@ -61,20 +61,6 @@ bool bareLoad(QWebEngineView& view, const QUrl& url)
         loop.exec();
     return finished;
 }
-
-template <typename Operation> bench::Samples time(Operation operation)
-{
-    bench::Samples samples;
-    QElapsedTimer clock;
-    for (int i = 0; i < Warm + Runs; ++i) {
-        clock.start();
-        operation(i);
-        const double ms = clock.nsecsElapsed() / 1e6;
-        if (i >= Warm)
-            samples.ms << ms;
-    }
-    return samples;
-}
 } // namespace
 
 int main(int argc, char** argv)
@@ -109,13 +95,14 @@ int main(int argc, char** argv)
     bare.resize(900, 600);
     bare.show();
 
-    const bench::Samples oursPage = time([&](int i) {
+    const bench::Samples oursPage = bench::timed(Warm, Runs, [&](int i) {
         const PreviewItem item{protocols[i % 2], false};
         pane.ShowPreview(&item);
         browser->WaitUntilComplete();
     });
-    const bench::Samples barePage =
-        time([&](int i) { bareLoad(bare, QUrl::fromLocalFile(paths.PreviewFileFor(protocols[i % 2]))); });
+    const bench::Samples barePage = bench::timed(Warm, Runs, [&](int i) {
+        bareLoad(bare, QUrl::fromLocalFile(paths.PreviewFileFor(protocols[i % 2])));
+    });
     type = 2;
     // Alternating, a new size each round.
     bench::Samples oursLayout;

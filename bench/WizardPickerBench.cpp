@@ -44,20 +44,6 @@ void barePicker(const QUrl& page)
     dialog.show();
     loop.exec();
 }
-
-template <typename Operation> bench::Samples time(int runs, Operation operation)
-{
-    bench::Samples samples;
-    QElapsedTimer clock;
-    for (int i = 0; i < Warm + runs; ++i) {
-        clock.start();
-        operation();
-        const double ms = clock.nsecsElapsed() / 1e6;
-        if (i >= Warm)
-            samples.ms << ms;
-    }
-    return samples;
-}
 } // namespace
 
 int main(int argc, char** argv)
@@ -77,7 +63,7 @@ int main(int argc, char** argv)
     WizardHost host(paths, settings, WizardCatalogue::FileIn(paths.SuiteDataFolder()),
                     WizardPlugins::DefaultFolder());
 
-    const bench::Samples ours = time(runs, [&] {
+    const bench::Samples ours = bench::timed(Warm, runs, [&](int) {
         NewAssayProtocolDialog dialog(host, paths, settings, {});
         dialog.LoadList();
         dialog.show();
@@ -85,7 +71,7 @@ int main(int argc, char** argv)
     });
     const QUrl page =
         QUrl::fromLocalFile(paths.WizardsParentFolder() + QStringLiteral("/Wizards/Generic/Index.html"));
-    const bench::Samples bare = time(runs, [&] { barePicker(page); });
+    const bench::Samples bare = bench::timed(Warm, runs, [&](int) { barePicker(page); });
     bench::report("New protocol: picker shown, preview loaded", ours, bare);
     return 0;
 }
