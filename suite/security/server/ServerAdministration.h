@@ -4,7 +4,11 @@
 #include "UserStore.h"
 
 #include <QString>
+#include <QStringList>
 #include <QVariantList>
+
+#include <functional>
+#include <optional>
 
 namespace nebra {
 
@@ -29,13 +33,38 @@ public:
     bool revoke(const QString& user, const Right& right, QString* error);
     bool addRole(const QString& role, QString* error);
     bool grantToRole(const QString& role, const Right& right, QString* error);
+    bool revokeFromRole(const QString& role, const Right& right, QString* error);
     bool assignRole(const QString& user, const QString& role, QString* error);
+    bool unassignRole(const QString& user, const QString& role, QString* error);
     bool setPolicy(int lockoutThreshold, int hashCost, QString* error);
 
-    // The chain check, run on the server where the key is.
-    AuditVerification verify();
+    // Moves the chain head back to the newest entry the trail still holds
+    // (after entries were removed behind the store's back) and records the
+    // administrator's entry after it. An altered entry stays altered.
+    bool resealHead(QString* error);
+
+    // A user as the administrator sees it: no password hash leaves the server.
+    struct User
+    {
+        UserRecord record; // passwordHash stays empty
+        bool hasPassword = false;
+        QStringList roles;
+        QStringList rights; // "area/operation"
+    };
+    // In the order of their names; empty, with *error set, when they cannot be read.
+    QList<User> users(QString* error);
+
+    // Visits the entries in order, from one snapshot; stops when visit returns false.
+    bool forEachEntry(const std::function<bool(const AuditEntry&)>& visit, QString* error);
+
+    // The chain check, run on the server where the key is; with an anchor,
+    // also that the trail still holds the anchored entry. newestMac is set when ok.
+    AuditVerification verify(const std::optional<AuditAnchor>& anchor = {});
 
 private:
+    bool checkAnchor(AuditVerification* result, const AuditAnchor& anchor);
+    // The MAC of entry sequence; empty when there is none or it cannot be read.
+    QByteArray macOf(qint64 sequence, QString* error);
     bool call(const QString& function, const QVariantList& arguments, QString* error);
 
     ServerConnection& m_connection;

@@ -1,25 +1,26 @@
 #pragma once
 
+#include "AdminReport.h"
+
 #include <QCommandLineOption>
 #include <QList>
 #include <QString>
 #include <QStringList>
 
-#include <functional>
-#include <memory>
-
+class QCommandLineParser;
 class QIODevice;
 
 namespace nebra {
 
-class SecurityStore;
 class SettingsStore;
 struct SecuritySettings;
 
-// nebra-secadmin: the security database's administration from the command
-// line. "nebra-secadmin --help" lists the commands. Exit status: 0 done,
-// 1 refused or failed (the reason on standard error; for verify, the
-// first bad entry on standard output), 2 wrong usage.
+// nebra-secadmin: the security store's administration from the command
+// line, on the embedded database (EmbeddedAdminTool) or on a security
+// server (ServerAdminTool) as the system-wide policy or --backend says.
+// "nebra-secadmin --help" lists the commands. Exit status: 0 done, 1
+// refused or failed (the reason on standard error; for verify, the first
+// bad entry on standard output), 2 wrong usage.
 class AdminTool
 {
 public:
@@ -36,53 +37,32 @@ public:
     int run(const QStringList& arguments);
 
 private:
-    // Create: makes the database. AnyHead: opens it even when the audit chain
-    // head is missing or altered. IntactHead: changes nothing then.
-    enum class Access
-    {
-        Status, // reads the settings only; anyone may
-        Create,
-        AnyHead,
-        IntactHead
-    };
     struct Command
     {
         QString name;
         QString arguments;
         QString summary;
-        Access access;
-        int argumentCount;
-        std::function<int(const QStringList&)> action;
+        int argumentCount = 0;
+        QString done; // said when a change succeeds, on either back end
     };
 
-    QList<Command> commands();
-    QList<Command> userCommands();
-    QList<Command> rightCommands();
-    QList<Command> inquiryCommands();
-    QString commandHelp();
+    static QList<Command> commands();
+    static QList<Command> changeCommands();
+    static QList<Command> inquiryCommands();
+    static QString commandHelp();
     // Reads the options; false when the program is to end at once with *exitCode.
     bool parse(const QStringList& arguments, QStringList* positional, int* exitCode);
+    void keep(const QCommandLineParser& parser);
     int execute(const Command& command, const QStringList& arguments);
-    int fail(const QString& message);
-    void say(const QString& text);
-    static QString actor();
-
-    int listUsers();
-    int printAudit();
-    int verify();
-    int anchor();
+    int onEmbedded(const Command& command, const QStringList& arguments, const SecuritySettings& settings);
+    int onServer(const Command& command, const QStringList& arguments, const SecuritySettings& settings);
     int status(const SettingsStore& store, const SecuritySettings& settings);
-    int create(const SecuritySettings& settings);
+    // --database, --key-file ... --per-user
+    static QList<QCommandLineOption> storeOptions();
     // --backend, --server, --server-port, --server-database, --server-user
     static QList<QCommandLineOption> serverOptions();
-    int runOnServer(const Command& command, const QStringList& arguments, const SecuritySettings& settings);
-    int reseal();
-    int setPassword(const QString& name, bool mustChange);
-    int addUser(const QString& name);
-    int change(const std::function<bool(QString*)>& action, const QString& done);
 
-    QIODevice& m_out;
-    QIODevice& m_err;
+    AdminReport m_report;
     QString m_database;
     QString m_keyFile;
     QString m_fullName;
@@ -94,8 +74,6 @@ private:
     bool m_perUser = false;
     QString m_backend;
     QStringList m_server; // host, port, database, administrator's role, as given
-
-    std::unique_ptr<SecurityStore> m_store;
 };
 
 } // namespace nebra

@@ -17,10 +17,10 @@ QString flattened(QString text)
         .replace(QLatin1Char('\n'), QLatin1Char(' '));
 }
 
-bool writeCsv(const AuditTrail& trail, QIODevice& device, QString* error)
+bool writeCsv(const AuditEntries& entries, QIODevice& device, QString* error)
 {
     bool written = device.write("Sequence,Time (UTC),User,Workstation,Area,Text,MAC\r\n") > 0;
-    const bool read = trail.forEachEntry(
+    const bool read = entries(
         [&](const AuditEntry& e) {
             const QStringList fields = {
                 QString::number(e.sequence),       e.utc, e.userName, e.workstation, e.area, e.text,
@@ -55,10 +55,10 @@ QString AuditReport::csvField(const QString& raw)
     return QLatin1Char('"') + quoted + QLatin1Char('"');
 }
 
-bool AuditReport::print(const AuditTrail& trail, QIODevice& out, QString* error)
+bool AuditReport::print(const AuditEntries& entries, QIODevice& out, QString* error)
 {
     bool written = true;
-    const bool read = trail.forEachEntry(
+    const bool read = entries(
         [&](const AuditEntry& e) {
             const QString line =
                 QStringList{
@@ -73,17 +73,17 @@ bool AuditReport::print(const AuditTrail& trail, QIODevice& out, QString* error)
     return read && written;
 }
 
-bool AuditReport::exportCsv(const AuditTrail& trail, const QString& path, QIODevice& out, QString* error)
+bool AuditReport::exportCsv(const AuditEntries& entries, const QString& path, QIODevice& out, QString* error)
 {
     if (path == QLatin1String("-"))
-        return writeCsv(trail, out, error);
+        return writeCsv(entries, out, error);
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly)) {
         *error = QStringLiteral("\"%1\" cannot be written (%2).")
                      .arg(QDir::toNativeSeparators(path), file.errorString());
         return false;
     }
-    if (!writeCsv(trail, file, error)) {
+    if (!writeCsv(entries, file, error)) {
         file.cancelWriting();
         return false;
     }

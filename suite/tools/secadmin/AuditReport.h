@@ -2,23 +2,30 @@
 
 #include <QString>
 
+#include <functional>
+
 class QIODevice;
 
 namespace nebra {
 
-class AuditTrail;
+struct AuditEntry;
+
+// Visits a trail's entries in order (stopping when the visit returns false);
+// false, with *error, when they cannot be read. Either back end's trail.
+using AuditVisit = std::function<bool(const AuditEntry&)>;
+using AuditEntries = std::function<bool(const AuditVisit& visit, QString* error)>;
 
 // The audit trail written out for people and for spreadsheets.
 class AuditReport
 {
 public:
     // One line per entry: sequence, time (UTC), user, workstation, area, text, tab-separated.
-    static bool print(const AuditTrail& trail, QIODevice& out, QString* error);
+    static bool print(const AuditEntries& entries, QIODevice& out, QString* error);
 
     // RFC 4180 CSV with a header row, fields quoted where needed, including
     // the MAC in hexadecimal. path "-" writes to out; a file is replaced
     // atomically, so a failed export leaves no half-written file.
-    static bool exportCsv(const AuditTrail& trail, const QString& path, QIODevice& out, QString* error);
+    static bool exportCsv(const AuditEntries& entries, const QString& path, QIODevice& out, QString* error);
 
     // A cell that a spreadsheet would take for a formula (starting with "=",
     // "+", "-", "@", a tab or a carriage return) gets a leading "'", so that

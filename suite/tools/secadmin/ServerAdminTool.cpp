@@ -1,5 +1,6 @@
 #include "ServerAdminTool.h"
 
+#include "AdminReport.h"
 #include "AuditTrail.h"
 #include "PasswordPrompt.h"
 #include "SecretBytes.h"
@@ -13,15 +14,13 @@
 #include "SitePolicyFile.h"
 
 #include <QDir>
-#include <QFileInfo>
-#include <QIODevice>
 
 #include <unistd.h>
 
 namespace nebra {
 
-ServerAdminTool::ServerAdminTool(QIODevice& out, QIODevice& err, Options options)
-    : m_out(out), m_err(err), m_options(std::move(options))
+ServerAdminTool::ServerAdminTool(AdminReport& report, Options options)
+    : m_report(report), m_options(std::move(options))
 {
 }
 
@@ -33,89 +32,106 @@ QString ServerAdminTool::actor()
     return login.isEmpty() ? QStringLiteral("uid %1").arg(::getuid()) : QString::fromLocal8Bit(login);
 }
 
-void ServerAdminTool::say(const QString& text)
+ServerAdministration ServerAdminTool::administration()
 {
-    m_out.write((text + QLatin1Char('\n')).toUtf8());
-}
-
-int ServerAdminTool::fail(const QString& message)
-{
-    m_err.write((QStringLiteral("nebra-secadmin: ") + message + QLatin1Char('\n')).toUtf8());
-    return 1;
+    return ServerAdministration(*m_connection, actor(), AuditTrail::workstationName());
 }
 
 QList<ServerAdminTool::Command> ServerAdminTool::commands()
 {
+    return userCommands() + rightCommands() + inquiryCommands();
+}
+
+QList<ServerAdminTool::Command> ServerAdminTool::userCommands()
+{
+    using A = ServerAdministration;
+    using P = const SecretBytes&;
+    return {
+        {"create", [this](const QStringList&) { return create(); }},
+        {"migrate", [this](const QStringList&) { return migrate(); }},
+        {"add-user",
+         [this](const QStringList& a) {
+             return withPassword(
+                 a[0], [&](A& s, P p, QString* e) { return s.addUser(a[0], m_options.fullName, p, e); });
+         }},
+        {"set-password",
+         [this](const QStringList& a) {
+             return withPassword(a[0],
+                                 [&](A& s, P p, QString* e) { return s.setPassword(a[0], p, false, e); });
+         }},
+        {"reset-password",
+         [this](const QStringList& a) {
+             return withPassword(a[0],
+                                 [&](A& s, P p, QString* e) { return s.setPassword(a[0], p, true, e); });
+         }},
+        {"disable-user",
+         [this](const QStringList& a) {
+             return change([&](A& s, QString* e) { return s.setDisabled(a[0], true, e); });
+         }},
+        {"enable-user",
+         [this](const QStringList& a) {
+             return change([&](A& s, QString* e) { return s.setDisabled(a[0], false, e); });
+         }},
+        {"unlock",
+         [this](const QStringList& a) {
+             return change([&](A& s, QString* e) { return s.unlock(a[0], e); });
+         }},
+    };
+}
+
+QList<ServerAdminTool::Command> ServerAdminTool::rightCommands()
+{
     using A = ServerAdministration;
     auto right = [](const QStringList& a) { return Right{a[1], a[2]}; };
     return {
-        {"create", 0, [this](const QStringList&) { return create(); }},
-        {"verify", 0, [this](const QStringList&) { return verify(); }},
-        {"migrate", 0, [this](const QStringList&) { return migrate(); }},
-        {"add-user", 1,
+        {"grant",
          [=, this](const QStringList& a) {
-             return withPassword(
-                 a[0],
-                 [&](A& admin, const SecretBytes& p, QString* e) {
-                     return admin.addUser(a[0], m_options.fullName, p, e);
-                 },
-                 QStringLiteral("User added."));
+             return change([&](A& s, QString* e) { return s.grant(a[0], right(a), e); });
          }},
-        {"set-password", 1,
+        {"revoke",
          [=, this](const QStringList& a) {
-             return withPassword(
-                 a[0],
-                 [&](A& admin, const SecretBytes& p, QString* e) {
-                     return admin.setPassword(a[0], p, false, e);
-                 },
-                 QStringLiteral("Password set."));
+             return change([&](A& s, QString* e) { return s.revoke(a[0], right(a), e); });
          }},
-        {"reset-password", 1,
-         [=, this](const QStringList& a) {
-             return withPassword(
-                 a[0],
-                 [&](A& admin, const SecretBytes& p, QString* e) {
-                     return admin.setPassword(a[0], p, true, e);
-                 },
-                 QStringLiteral("Password reset."));
+        {"add-role",
+         [this](const QStringList& a) {
+             return change([&](A& s, QString* e) { return s.addRole(a[0], e); });
          }},
-        {"disable-user", 1,
+        {"grant-role",
          [=, this](const QStringList& a) {
-             return change([&](A& admin, QString* e) { return admin.setDisabled(a[0], true, e); },
-                           "User disabled.");
+             return change([&](A& s, QString* e) { return s.grantToRole(a[0], right(a), e); });
          }},
-        {"enable-user", 1,
+        {"revoke-role",
          [=, this](const QStringList& a) {
-             return change([&](A& admin, QString* e) { return admin.setDisabled(a[0], false, e); },
-                           "User enabled.");
+             return change([&](A& s, QString* e) { return s.revokeFromRole(a[0], right(a), e); });
          }},
-        {"unlock", 1,
-         [=, this](const QStringList& a) {
-             return change([&](A& admin, QString* e) { return admin.unlock(a[0], e); }, "Account unlocked.");
+        {"assign-role",
+         [this](const QStringList& a) {
+             return change([&](A& s, QString* e) { return s.assignRole(a[0], a[1], e); });
          }},
-        {"grant", 3,
-         [=, this](const QStringList& a) {
-             return change([&](A& admin, QString* e) { return admin.grant(a[0], right(a), e); },
-                           "Right granted.");
+        {"unassign-role",
+         [this](const QStringList& a) {
+             return change([&](A& s, QString* e) { return s.unassignRole(a[0], a[1], e); });
          }},
-        {"revoke", 3,
-         [=, this](const QStringList& a) {
-             return change([&](A& admin, QString* e) { return admin.revoke(a[0], right(a), e); },
-                           "Right revoked.");
+    };
+}
+
+QList<ServerAdminTool::Command> ServerAdminTool::inquiryCommands()
+{
+    return {
+        {"list-users", [this](const QStringList&) { return listUsers(); }},
+        {"audit",
+         [this](const QStringList&) {
+             ServerAdministration reader = administration();
+             return m_report.audit(
+                 [&](const AuditVisit& visit, QString* e) { return reader.forEachEntry(visit, e); },
+                 m_options.csvPath);
          }},
-        {"add-role", 1,
-         [=, this](const QStringList& a) {
-             return change([&](A& admin, QString* e) { return admin.addRole(a[0], e); }, "Role added.");
-         }},
-        {"grant-role", 3,
-         [=, this](const QStringList& a) {
-             return change([&](A& admin, QString* e) { return admin.grantToRole(a[0], right(a), e); },
-                           "Right granted to the role.");
-         }},
-        {"assign-role", 2,
-         [=, this](const QStringList& a) {
-             return change([&](A& admin, QString* e) { return admin.assignRole(a[0], a[1], e); },
-                           "Role given.");
+        {"verify", [this](const QStringList&) { return verify(); }},
+        {"anchor", [this](const QStringList&) { return m_report.anchor(administration().verify()); }},
+        {"reseal-head",
+         [this](const QStringList&) {
+             return m_report.reseal(administration().verify(),
+                                    [this](QString* e) { return administration().resealHead(e); });
          }},
     };
 }
@@ -125,53 +141,51 @@ int ServerAdminTool::run(const QString& command, const QStringList& arguments)
     for (const Command& c : commands()) {
         if (c.name != command)
             continue;
-        if (arguments.size() != c.argumentCount) {
-            fail(QStringLiteral("%1 takes %2 argument(s).").arg(command).arg(c.argumentCount));
-            return 2;
-        }
         QString error;
         if (command != QLatin1String("create") &&
             !(m_connection = ServerConnection::open(m_options.server, &error)))
-            return fail(error);
+            return m_report.fail(error);
         return c.action(arguments);
     }
     return -1;
 }
 
-int ServerAdminTool::change(const std::function<bool(ServerAdministration&, QString*)>& action,
-                            const QString& done)
+int ServerAdminTool::change(const Change& action)
 {
-    ServerAdministration admin(*m_connection, actor(), AuditTrail::workstationName());
+    ServerAdministration admin = administration();
     QString error;
-    if (!action(admin, &error))
-        return fail(error);
-    if (!done.isEmpty())
-        say(done);
-    return 0;
+    return action(admin, &error) ? 0 : m_report.fail(error);
 }
 
 int ServerAdminTool::withPassword(
     const QString& name,
-    const std::function<bool(ServerAdministration&, const SecretBytes&, QString*)>& action,
-    const QString& done)
+    const std::function<bool(ServerAdministration&, const SecretBytes&, QString*)>& action)
 {
     QString error;
     const std::optional<SecretBytes> password = PasswordPrompt::readNewPassword(name, &error);
     if (!password)
-        return fail(error);
-    return change([&](ServerAdministration& admin, QString* e) { return action(admin, *password, e); }, done);
+        return m_report.fail(error);
+    return change([&](ServerAdministration& admin, QString* e) { return action(admin, *password, e); });
 }
 
+int ServerAdminTool::listUsers()
+{
+    QString error;
+    const QList<ServerAdministration::User> users = administration().users(&error);
+    if (!error.isEmpty())
+        return m_report.fail(error);
+    for (const ServerAdministration::User& user : users)
+        m_report.user(user.record, user.hasPassword, user.roles, user.rights);
+    return 0;
+}
+
+// The server's users and rights are guarded by privileges rather than row MACs: no rows to report.
 int ServerAdminTool::verify()
 {
-    const AuditVerification result =
-        ServerAdministration(*m_connection, actor(), AuditTrail::workstationName()).verify();
-    if (!result.ok) {
-        say(result.message);
-        return 1;
-    }
-    say(result.message);
-    return 0;
+    std::optional<AuditAnchor> anchor;
+    if (!m_report.parseAnchor(m_options.anchor, &anchor))
+        return 2;
+    return m_report.verification(administration().verify(anchor), anchor, {});
 }
 
 int ServerAdminTool::migrate()
@@ -180,14 +194,14 @@ int ServerAdminTool::migrate()
     const std::unique_ptr<SecurityStore> source =
         m_options.openEmbedded ? m_options.openEmbedded(&error) : std::unique_ptr<SecurityStore>();
     if (!source)
-        return fail(error.isEmpty()
-                        ? QStringLiteral("migrate needs --database PATH: the embedded store to copy.")
-                        : error);
+        return m_report.fail(
+            error.isEmpty() ? QStringLiteral("migrate needs --database PATH: the embedded store to copy.")
+                            : error);
     QString summary;
     if (!ServerMigration(*source, *m_connection, actor(), AuditTrail::workstationName())
              .run(&summary, &error))
-        return fail(error);
-    say(summary);
+        return m_report.fail(error);
+    m_report.say(summary);
     return 0;
 }
 
@@ -195,19 +209,19 @@ int ServerAdminTool::create()
 {
     QString error;
     if (!ServerSchema::createSite(m_options.server, {}, &error))
-        return fail(error);
-    say(QStringLiteral("The security store \"%1\" on %2 is at schema version %3.")
-            .arg(m_options.server.database, m_options.server.host)
-            .arg(ServerSchema::latestVersion()));
+        return m_report.fail(error);
+    m_report.say(QStringLiteral("The security store \"%1\" on %2 is at schema version %3.")
+                     .arg(m_options.server.database, m_options.server.host)
+                     .arg(ServerSchema::latestVersion()));
     if (!m_options.writePolicyFile)
         return 0;
     SecuritySettings settings;
     settings.backend = SecuritySettings::Backend::Server;
     settings.server = m_options.server;
     if (!SitePolicyFile::writeServer(settings, m_options.adminGroup, &error))
-        return fail(error);
-    say(QStringLiteral("The system-wide settings file \"%1\" now points every user at the server.")
-            .arg(QDir::toNativeSeparators(SettingsStore::systemFilePath())));
+        return m_report.fail(error);
+    m_report.say(QStringLiteral("The system-wide settings file \"%1\" now points every user at the server.")
+                     .arg(QDir::toNativeSeparators(SettingsStore::systemFilePath())));
     return 0;
 }
 

@@ -8,10 +8,9 @@
 #include <functional>
 #include <memory>
 
-class QIODevice;
-
 namespace nebra {
 
+class AdminReport;
 class ServerConnection;
 class SecretBytes;
 class SecurityStore;
@@ -20,7 +19,8 @@ class ServerAdministration;
 // nebra-secadmin's commands on a security store on a database server. The
 // server checks who may administer (the owner role and its members; a
 // superuser for "create"), so the tool only connects as the administrator
-// and runs the owner's functions, each of which records its change.
+// and runs the owner's functions, each of which records its change. The
+// caller has checked the arguments' count and says what a change did.
 class ServerAdminTool
 {
 public:
@@ -28,13 +28,15 @@ public:
     {
         ServerSettings server; // with the administrator's role as the user
         QString fullName;      // for add-user
+        QString csvPath;       // for audit --csv
+        QString anchor;        // for verify --anchor
         QString adminGroup;    // for create: written to the system-wide file
         bool writePolicyFile = true;
         // For migrate: opens the embedded store to copy (null, with *error, when it cannot).
         std::function<std::unique_ptr<SecurityStore>(QString*)> openEmbedded;
     };
 
-    ServerAdminTool(QIODevice& out, QIODevice& err, Options options);
+    ServerAdminTool(AdminReport& report, Options options);
     ~ServerAdminTool();
 
     // The command's exit status (0 done, 1 failed, 2 wrong usage); -1 when
@@ -45,24 +47,26 @@ private:
     struct Command
     {
         QString name;
-        int argumentCount;
         std::function<int(const QStringList&)> action;
     };
+    using Change = std::function<bool(ServerAdministration&, QString*)>;
+
     QList<Command> commands();
+    QList<Command> userCommands();
+    QList<Command> rightCommands();
+    QList<Command> inquiryCommands();
     int create();
     int verify();
     int migrate();
+    int listUsers();
     // Asks for the new password, then runs action with it.
     int withPassword(const QString& name,
-                     const std::function<bool(ServerAdministration&, const SecretBytes&, QString*)>& action,
-                     const QString& done);
-    int change(const std::function<bool(ServerAdministration&, QString*)>& action, const QString& done);
-    int fail(const QString& message);
-    void say(const QString& text);
+                     const std::function<bool(ServerAdministration&, const SecretBytes&, QString*)>& action);
+    int change(const Change& action);
+    ServerAdministration administration();
     static QString actor();
 
-    QIODevice& m_out;
-    QIODevice& m_err;
+    AdminReport& m_report;
     Options m_options;
     std::unique_ptr<ServerConnection> m_connection;
 };
