@@ -3,6 +3,7 @@
 #include "SqlScript.h"
 
 #include <QAtomicInt>
+#include <QRegularExpression>
 #include <QSqlError>
 #include <QSqlQuery>
 #include <QStringList>
@@ -38,6 +39,24 @@ QString where(const ServerSettings& settings)
 bool meansLostConnection(const QString& state)
 {
     return state.isEmpty() || state.startsWith(QLatin1String("08")) || state.startsWith(QLatin1String("57P"));
+}
+
+// The server's message as the administrator should read it: "ERROR:  There
+// is no user ..." with the function's CONTEXT and the driver's "(P0001)"
+// becomes the sentence alone (with the server's DETAIL, when it gives one).
+QString sentence(const QString& databaseText)
+{
+    static const QRegularExpression severity(QStringLiteral("^(ERROR|FATAL|PANIC):\\s+"));
+    static const QRegularExpression state(QStringLiteral("^\\(\\w{5}\\)$"));
+    QStringList kept;
+    for (QString line : databaseText.trimmed().split(QLatin1Char('\n'), Qt::SkipEmptyParts)) {
+        line = line.trimmed().remove(severity);
+        if (line.startsWith(QLatin1String("CONTEXT:")))
+            break; // where in the function it was raised, over as many lines as it takes
+        if (!state.match(line).hasMatch())
+            kept.append(line);
+    }
+    return kept.join(QLatin1Char('\n'));
 }
 
 } // namespace
@@ -116,7 +135,7 @@ bool ServerConnection::fail(const QSqlQuery& query, const QString& statement, QS
     m_lastState = e.nativeErrorCode();
     m_lost = meansLostConnection(m_lastState) || !database().isOpen();
     const QString text =
-        e.databaseText().trimmed().isEmpty() ? e.text().trimmed() : e.databaseText().trimmed();
+        e.databaseText().trimmed().isEmpty() ? e.text().trimmed() : sentence(e.databaseText());
     if (m_lost)
         *error = QStringLiteral("The connection to the security server was lost: %1").arg(text);
     else

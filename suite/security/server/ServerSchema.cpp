@@ -93,12 +93,15 @@ bool ServerSchema::createSite(const ServerSettings& superuser, const QString& cl
 {
     ServerSettings serverWide = superuser;
     serverWide.database = QStringLiteral("postgres");
-    {
-        const std::unique_ptr<ServerConnection> server = ServerConnection::open(serverWide, error);
-        if (!server || !createRoles(*server, clientPassword, error) ||
-            !createDatabase(*server, superuser.database, error))
-            return false;
-    }
+    // Roles, database, schemas and extension are made with "if not exists",
+    // which two administrators running this at once would both pass: the
+    // second waits on this lock (held until the connection closes) and then
+    // finds everything made.
+    const std::unique_ptr<ServerConnection> server = ServerConnection::open(serverWide, error);
+    if (!server ||
+        !server->execScript(QStringLiteral("SELECT pg_advisory_lock(%1)").arg(MigrationLock), error) ||
+        !createRoles(*server, clientPassword, error) || !createDatabase(*server, superuser.database, error))
+        return false;
     const std::unique_ptr<ServerConnection> site = ServerConnection::open(superuser, error);
     return site && prepareDatabase(*site, error) && migrate(*site, error);
 }

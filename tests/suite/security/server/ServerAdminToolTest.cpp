@@ -3,6 +3,7 @@
 // administer it, verify runs on the server, and two workstations of two
 // OS users share one trail.
 
+#include "AdminToolCases.h"
 #include "PostgresServer.h"
 #include "SecurityFixture.h"
 #include "ServerConnection.h"
@@ -22,25 +23,33 @@ class ServerAdminToolTest : public QObject
 {
     Q_OBJECT
 
-    struct Run
-    {
-        int exitCode = -1;
-        QString out;
-        QString err;
-    };
+    using Run = test::AdminRun;
     Run run(const QStringList& arguments, const QByteArray& input = {})
     {
-        QProcess process;
-        process.start(QStringLiteral(SECADMIN), arguments + QStringList{QStringLiteral("--server-user"),
-                                                                        test::PostgresServer::Superuser});
-        if (!process.waitForStarted(10000))
-            return {};
-        process.write(input);
-        process.closeWriteChannel();
-        if (!process.waitForFinished(60000))
-            return {};
-        return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
-                QString::fromUtf8(process.readAllStandardError())};
+        return test::runAdminTool(
+            arguments + QStringList{QStringLiteral("--server-user"), test::PostgresServer::Superuser}, input);
+    }
+    // The tool on a store of its own on the same server: database name.
+    QStringList on(const QString& database) const
+    {
+        return {QStringLiteral("--backend"), QStringLiteral("postgresql"),        QStringLiteral("--server"),
+                m_server->socketFolder(),    QStringLiteral("--server-database"), database};
+    }
+    test::AdminToolCases casesOn(const QString& database)
+    {
+        return test::AdminToolCases([=, this](const QStringList& a, const QByteArray& input) {
+            return run(a + on(database), input);
+        });
+    }
+    std::unique_ptr<ServerConnection> connectTo(const QString& database, const QString& role)
+    {
+        ServerSettings settings = m_server->settingsFor(role);
+        settings.database = database;
+        QString error;
+        std::unique_ptr<ServerConnection> connection = ServerConnection::open(settings, &error);
+        if (!connection)
+            qWarning("%s", qPrintable(error));
+        return connection;
     }
     // A workstation process writing for a while, as the OS user uid when given.
     std::unique_ptr<QProcess> writer(uid_t uid)
@@ -70,6 +79,39 @@ private Q_SLOTS:
             QSKIP(qPrintable(m_server->problem()));
     }
 
+    // Two administrators set up the same empty server at once: one makes it,
+    // the other waits and finds it made; every change is applied once.
+    void twoCreatesAtOnce()
+    {
+        const QStringList create{QStringLiteral("create"), QStringLiteral("--per-user")};
+        QList<std::shared_ptr<QProcess>> racers;
+        for (int i = 0; i < 2; ++i) {
+            racers.append(std::make_shared<QProcess>());
+            racers.last()->start(QStringLiteral(SECADMIN), create + on(QStringLiteral("raced")) +
+                                                               QStringList{QStringLiteral("--server-user"),
+                                                                           test::PostgresServer::Superuser});
+        }
+        for (const std::shared_ptr<QProcess>& racer : racers) {
+            QVERIFY(racer->waitForFinished(60000));
+            QVERIFY2(racer->exitCode() == 0, racer->readAllStandardError().constData());
+        }
+        const std::unique_ptr<ServerConnection> owner =
+            connectTo(QStringLiteral("raced"), test::PostgresServer::Superuser);
+        QVERIFY(owner);
+        QSqlQuery q(owner->database());
+        QString error;
+        QVERIFY2(owner->exec(q,
+                             QStringLiteral("SELECT count(*), count(DISTINCT version), max(version) "
+                                            "FROM nebra.schema_version"),
+                             {}, &error),
+                 qPrintable(error));
+        QVERIFY(q.next());
+        QCOMPARE(q.value(0).toInt(), ServerSchema::migrations().size());
+        QCOMPARE(q.value(1).toInt(), ServerSchema::migrations().size());
+        QCOMPARE(q.value(2).toInt(), ServerSchema::latestVersion());
+        QCOMPARE(run(QStringList{QStringLiteral("verify")} + on(QStringLiteral("raced"))).exitCode, 0);
+    }
+
     void createTwiceThenAdminister()
     {
         const QStringList create{QStringLiteral("create"), QStringLiteral("--backend"),
@@ -97,9 +139,6 @@ private Q_SLOTS:
         const Run twice = run({"add-user", "JSmith"}, "another password\n");
         QCOMPARE(twice.exitCode, 1);
         QVERIFY2(twice.err.contains(QLatin1String("There is already a user")), qPrintable(twice.err));
-        const Run notHere = run({"list-users"});
-        QCOMPARE(notHere.exitCode, 2);
-        QVERIFY(notHere.err.contains(QLatin1String("not available on a security server")));
         const Run verified = run({"verify"});
         QCOMPARE(verified.exitCode, 0);
         QVERIFY(verified.out.contains(QLatin1String("intact: 5 entries")));
@@ -176,6 +215,72 @@ private Q_SLOTS:
         QVERIFY(in.mustChangePassword);
         QCOMPARE(session.isAllowed(in.token, QStringLiteral("Reader"), QStringLiteral("Run"), &error),
                  std::optional<bool>(true));
+    }
+
+    // The commands that read and undo, as on the embedded database.
+    void sameCommandsAsOnTheEmbeddedDatabase()
+    {
+        const QString database = QStringLiteral("cases");
+        QCOMPARE(
+            run(QStringList{QStringLiteral("create"), QStringLiteral("--per-user")} + on(database)).exitCode,
+            0);
+        const test::AdminToolCases cases = casesOn(database);
+        cases.administersUsersAndRights();
+        cases.anchorIsCheckedByVerify();
+        // An entry a workstation wrote, which a spreadsheet would take for a formula.
+        QCOMPARE(cases.run({"add-user", "pjones"}, "battery staple\n").exitCode, 0);
+        const std::unique_ptr<ServerConnection> client = connectTo(database, ServerSettings::ClientRole);
+        QVERIFY(client);
+        ServerSession session(*client, QStringLiteral("pc"));
+        const ServerLogIn in = session.logIn(QStringLiteral("pjones"), SecretBytes("battery staple"));
+        QCOMPARE(in.status, LogInStatus::Success);
+        const QString text = QStringLiteral("=HYPERLINK(\"http://x\",\"ELISA, IgG\")");
+        QString error;
+        QVERIFY2(session.record(in.token, QStringLiteral("General"), text, &error) > 0, qPrintable(error));
+        cases.auditExportsCsv(m_folders->root() + QStringLiteral("/audit.csv"), text);
+    }
+
+    // Entries removed behind the triggers' back stop every append until the
+    // administrator, having looked, seals the head afresh at what is left.
+    void resealHeadAfterEntriesWereRemoved()
+    {
+        const QString database = QStringLiteral("resealed");
+        const test::AdminToolCases cases = casesOn(database);
+        QCOMPARE(cases.run({"create", "--per-user"}).exitCode, 0);
+        for (const char* role : {"A", "B", "C"})
+            QCOMPARE(cases.run({"add-role", role}).exitCode, 0);
+        const std::unique_ptr<ServerConnection> owner = connectTo(database, test::PostgresServer::Superuser);
+        QString error;
+        QVERIFY2(owner->execScript(QStringLiteral("SET ROLE nebra_owner; "
+                                                  "ALTER TABLE nebra.audit_trail DISABLE TRIGGER USER; "
+                                                  "DELETE FROM nebra.audit_trail WHERE seq > 1; "
+                                                  "ALTER TABLE nebra.audit_trail ENABLE TRIGGER USER"),
+                                   &error),
+                 qPrintable(error));
+        const Run cut = cases.run({"verify"});
+        QCOMPARE(cut.exitCode, 1);
+        QVERIFY2(
+            cut.out.contains(QLatin1String("The chain head seals entry 3, but the trail ends at entry 1")),
+            qPrintable(cut.out));
+        const Run refused = cases.run({"add-role", "D"});
+        QCOMPARE(refused.exitCode, 1);
+        QVERIFY2(refused.err.contains(QLatin1String("does not end at its chain head")),
+                 qPrintable(refused.err));
+
+        const Run resealed = cases.run({"reseal-head"});
+        QCOMPARE(resealed.exitCode, 0);
+        QVERIFY(resealed.out.startsWith(QLatin1String("Before: The chain head seals entry 3")));
+        QCOMPARE(cases.run({"verify"}).exitCode, 0);
+        QCOMPARE(cases.newestTexts(1), QStringList{"Audit chain head sealed afresh by the administrator"});
+        QCOMPARE(cases.run({"add-role", "D"}).exitCode, 0);
+        // The head's guard is back in force.
+        QSqlQuery q(owner->database());
+        QVERIFY(owner->exec(q,
+                            QStringLiteral("SELECT tgenabled FROM pg_trigger WHERE tgname = "
+                                           "'audit_head_forward_only'"),
+                            {}, &error));
+        QVERIFY(q.next());
+        QCOMPARE(q.value(0).toString(), QStringLiteral("O"));
     }
 
     void verifyFindsTamperingOnTheServer()

@@ -183,6 +183,11 @@ void ServerSchemaTest::clientCannotRunOwnerCode_data()
     QTest::newRow("policy") << QStringLiteral("SELECT nebra.admin_set_policy('x', 'pc', 100, 4)");
     QTest::newRow("unknown user label") << QStringLiteral("SELECT nebra.unknown_user_label('jsmith')");
     QTest::newRow("crypto") << QStringLiteral("SELECT nebra_crypto.gen_random_bytes(4)");
+    QTest::newRow("list users") << QStringLiteral("SELECT * FROM nebra.admin_list_users()");
+    QTest::newRow("read the trail") << QStringLiteral("SELECT * FROM nebra.admin_audit_entries(0, 10)");
+    QTest::newRow("reseal the head") << QStringLiteral("SELECT nebra.admin_reseal_head('x', 'pc')");
+    QTest::newRow("unassign a role") << QStringLiteral(
+        "SELECT nebra.admin_unassign_role('x', 'pc', 'jsmith', 'Analysts')");
 }
 
 void ServerSchemaTest::clientCannotRunOwnerCode()

@@ -1,0 +1,146 @@
+#pragma once
+
+// What nebra-secadmin must do alike on either back end, run by the
+// embedded database's test and the security server's test with their own
+// way of starting the tool.
+
+#include <QFile>
+#include <QProcess>
+#include <QStringList>
+#include <QTest>
+
+#include <functional>
+
+namespace nebra::test {
+
+struct AdminRun
+{
+    int exitCode = -1;
+    QString out;
+    QString err;
+};
+
+// Starts nebra-secadmin with the arguments and the standard input.
+inline AdminRun runAdminTool(const QStringList& arguments, const QByteArray& input = {})
+{
+    QProcess process;
+    process.start(QStringLiteral(SECADMIN), arguments);
+    if (!process.waitForStarted(10000))
+        return {};
+    process.write(input);
+    process.closeWriteChannel();
+    if (!process.waitForFinished(60000))
+        return {};
+    return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
+            QString::fromUtf8(process.readAllStandardError())};
+}
+
+class AdminToolCases
+{
+public:
+    using Runner = std::function<AdminRun(const QStringList&, const QByteArray&)>;
+    explicit AdminToolCases(Runner run) : m_run(std::move(run)) {}
+
+    AdminRun run(const QStringList& arguments, const QByteArray& input = {}) const
+    {
+        return m_run(arguments, input);
+    }
+
+    // The texts of the newest count entries, as audit prints them.
+    QStringList newestTexts(int count) const
+    {
+        QStringList texts;
+        for (const QString& line :
+             run({QStringLiteral("audit")}).out.split(QLatin1Char('\n'), Qt::SkipEmptyParts))
+            texts.append(line.section(QLatin1Char('\t'), 5));
+        return texts.mid(qMax(0, texts.size() - count));
+    }
+
+    // Users, roles and rights given and taken away: each change said, listed and recorded.
+    void administersUsersAndRights() const
+    {
+        const QList<QPair<QStringList, QString>> changes = {
+            {{"add-role", "Analysts"}, "Role added."},
+            {{"grant-role", "Analysts", "AuthorisationsGeneral", "RunProtocol"},
+             "Right granted to the role."},
+            {{"assign-role", "jsmith", "Analysts"}, "Role given."},
+            {{"grant", "jsmith", "Instrumentation", "SelectDriver"}, "Right granted."},
+            {{"revoke-role", "Analysts", "AuthorisationsGeneral", "RunProtocol"},
+             "Right revoked from the role."},
+            {{"unassign-role", "jsmith", "Analysts"}, "Role taken away."},
+            {{"assign-role", "jsmith", "Analysts"}, "Role given."},
+            {{"disable-user", "jsmith"}, "User disabled."},
+        };
+        QCOMPARE(run({"add-user", "jsmith", "--full-name", "Jane Smith"}, "correct horse\n").out,
+                 QStringLiteral("User added.\n"));
+        for (const auto& [arguments, said] : changes) {
+            const AdminRun changed = run(arguments);
+            QVERIFY2(changed.exitCode == 0, qPrintable(arguments.join(QLatin1Char(' ')) + changed.err));
+            QCOMPARE(changed.out, said + QLatin1Char('\n'));
+        }
+        QCOMPARE(run({"list-users"}).out,
+                 QStringLiteral("jsmith\tJane Smith\tdisabled\troles: Analysts\trights: "
+                                "Instrumentation/SelectDriver\n"));
+        QCOMPARE(newestTexts(9),
+                 QStringList({"User added: jsmith (Jane Smith)", "Role added: Analysts",
+                              "Right granted to role Analysts: AuthorisationsGeneral/RunProtocol",
+                              "Role Analysts given to jsmith",
+                              "Right granted to jsmith: Instrumentation/SelectDriver",
+                              "Right revoked from role Analysts: AuthorisationsGeneral/RunProtocol",
+                              "Role Analysts taken from jsmith", "Role Analysts given to jsmith",
+                              "User disabled: jsmith"}));
+        const AdminRun refused = run({"add-user", "jsmith"}, "another password\n");
+        QCOMPARE(refused.exitCode, 1);
+        QCOMPARE(refused.err, QStringLiteral("nebra-secadmin: There is already a user \"jsmith\".\n"));
+        const AdminRun noRole = run({"unassign-role", "jsmith", "Nobody"});
+        QCOMPARE(noRole.exitCode, 1);
+        QVERIFY2(noRole.err.contains(QLatin1String("no role \"Nobody\"")), qPrintable(noRole.err));
+    }
+
+    // The anchor printed now is held by the trail later; another one is not.
+    void anchorIsCheckedByVerify() const
+    {
+        const AdminRun anchor = run({"anchor"});
+        QCOMPARE(anchor.exitCode, 0);
+        const QString kept = anchor.out.trimmed();
+        QVERIFY(kept.contains(QLatin1Char(':')));
+        QCOMPARE(run({"add-role", "Reviewers"}).exitCode, 0);
+        const AdminRun held = run({"verify", "--anchor", kept});
+        QCOMPARE(held.exitCode, 0);
+        QVERIFY2(held.out.endsWith(
+                     QStringLiteral("still holds the anchor's entry %1.\n").arg(kept.section(':', 0, 0))),
+                 qPrintable(held.out));
+        QString forged = kept;
+        forged[forged.size() - 1] = forged.back() == QLatin1Char('0') ? QLatin1Char('1') : QLatin1Char('0');
+        const AdminRun replaced = run({"verify", "--anchor", forged});
+        QCOMPARE(replaced.exitCode, 1);
+        QVERIFY2(replaced.out.contains(QLatin1String("is not the entry of the anchor")),
+                 qPrintable(replaced.out));
+        const AdminRun ahead = run({"verify", "--anchor", QStringLiteral("9999:") + kept.section(':', 1)});
+        QCOMPARE(ahead.exitCode, 1);
+        QVERIFY(ahead.out.contains(QLatin1String("no longer reaches the anchor's entry 9999")));
+        QCOMPARE(run({"verify", "--anchor", "12"}).exitCode, 2);
+    }
+
+    // The CSV export: header, one row per entry, the newest entry's text
+    // (written beforehand by the caller as newestText) neutralised as a formula.
+    void auditExportsCsv(const QString& path, const QString& newestText) const
+    {
+        QCOMPARE(run({"audit", "--csv", path}).exitCode, 0);
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QList<QByteArray> lines = file.readAll().split('\n');
+        QCOMPARE(lines.first(), QByteArray("Sequence,Time (UTC),User,Workstation,Area,Text,MAC\r"));
+        QCOMPARE(lines.size(), newestTexts(100000).size() + 2); // the header and the empty rest
+        const QByteArray newest = lines[lines.size() - 2];
+        QVERIFY2(newest.contains(",General,\"'" + newestText.toUtf8().replace("\"", "\"\"") + "\","),
+                 newest.constData());
+        const AdminRun toOut = run({"audit", "--csv", "-"});
+        QCOMPARE(toOut.out.toUtf8().split('\n').size(), lines.size());
+    }
+
+private:
+    Runner m_run;
+};
+
+} // namespace nebra::test
