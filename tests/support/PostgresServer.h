@@ -10,6 +10,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <optional>
+
 #include <unistd.h>
 
 namespace nebra::test {
@@ -34,7 +36,19 @@ public:
         Full, // the server's defaults: for measurements
     };
 
-    explicit PostgresServer(Durability durability = Durability::Fast) : m_durability(durability)
+    // Listening on 127.0.0.1 as well, with TLS only (the hba file given
+    // admits TCP connections by hostssl lines alone). The files must be
+    // readable by the server's id; the key of mode 0600.
+    struct Tls
+    {
+        QString certificateFile;
+        QString keyFile;
+        QString hbaFile;
+        int port = 0;
+    };
+
+    explicit PostgresServer(Durability durability = Durability::Fast, std::optional<Tls> tls = {})
+        : m_durability(durability), m_tls(std::move(tls))
     {
         m_bin = binFolder();
         if (m_bin.isEmpty()) {
@@ -63,6 +77,7 @@ public:
     {
         ServerSettings settings;
         settings.host = socketFolder();
+        settings.port = m_tls ? m_tls->port : ServerSettings::DefaultPort;
         settings.user = user;
         return settings;
     }
@@ -90,6 +105,13 @@ public:
                   << QStringLiteral("max_connections=60");
         if (m_durability == Durability::Fast)
             arguments << QStringLiteral("-c") << QStringLiteral("fsync=off");
+        if (m_tls)
+            arguments << QStringLiteral("-p") << QString::number(m_tls->port) << QStringLiteral("-c")
+                      << QStringLiteral("listen_addresses=127.0.0.1") << QStringLiteral("-c")
+                      << QStringLiteral("ssl=on") << QStringLiteral("-c")
+                      << QStringLiteral("ssl_cert_file=") + m_tls->certificateFile << QStringLiteral("-c")
+                      << QStringLiteral("ssl_key_file=") + m_tls->keyFile << QStringLiteral("-c")
+                      << QStringLiteral("hba_file=") + m_tls->hbaFile;
         m_server.start(QStringLiteral("setpriv"), arguments);
         const bool ready = QTest::qWaitFor(
             [this] {
@@ -180,6 +202,7 @@ private:
     }
 
     Durability m_durability;
+    std::optional<Tls> m_tls;
     QTemporaryDir m_dir{QDir::tempPath() + QStringLiteral("/nebra-pg-XXXXXX")};
     QString m_bin;
     QString m_problem;

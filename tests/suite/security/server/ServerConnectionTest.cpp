@@ -1,0 +1,191 @@
+// The connection to a security server across the network: TLS with the
+// server's certificate and name checked ("verify-full") against the
+// authority named in the system-wide file. A throw-away authority and
+// server certificate are made for the test; one server serves every row.
+
+#include "ServerConnection.h"
+#include "PostgresServer.h"
+#include "SecuritySettings.h"
+#include "SettingsStore.h"
+#include "UserFolders.h"
+
+#include <QProcess>
+#include <QSqlQuery>
+#include <QTcpServer>
+#include <QtTest>
+
+#include <unistd.h>
+
+using namespace nebra;
+
+class ServerConnectionTest : public QObject
+{
+    Q_OBJECT
+
+    // Runs openssl in the certificates' folder; false (with the reason logged) when it fails.
+    bool openssl(const QStringList& arguments)
+    {
+        QProcess process;
+        process.setWorkingDirectory(m_certificates.path());
+        process.setProcessChannelMode(QProcess::MergedChannels);
+        process.start(QStringLiteral("openssl"), arguments);
+        if (process.waitForFinished(30000) && process.exitCode() == 0)
+            return true;
+        qWarning("openssl %s: %s", qPrintable(arguments.join(QLatin1Char(' '))),
+                 process.readAll().constData());
+        return false;
+    }
+    // A key and a certificate signed by the authority ca ("" for one that signs itself).
+    bool certificate(const QString& name, const QString& subject, const QString& ca)
+    {
+        const QStringList key{QStringLiteral("-newkey"),
+                              QStringLiteral("ec"),
+                              QStringLiteral("-pkeyopt"),
+                              QStringLiteral("ec_paramgen_curve:prime256v1"),
+                              QStringLiteral("-nodes"),
+                              QStringLiteral("-keyout"),
+                              name + QStringLiteral(".key"),
+                              QStringLiteral("-subj"),
+                              subject};
+        if (ca.isEmpty())
+            return openssl(QStringList{QStringLiteral("req"), QStringLiteral("-x509"),
+                                       QStringLiteral("-days"), QStringLiteral("2"), QStringLiteral("-out"),
+                                       name + QStringLiteral(".crt")} +
+                           key);
+        QFile extensions(m_certificates.filePath(QStringLiteral("san.ext")));
+        return extensions.open(QIODevice::WriteOnly) &&
+               extensions.write("subjectAltName=DNS:localhost\n") > 0 && (extensions.close(), true) &&
+               openssl(
+                   QStringList{QStringLiteral("req"), QStringLiteral("-out"), name + QStringLiteral(".csr")} +
+                   key) &&
+               openssl({QStringLiteral("x509"), QStringLiteral("-req"), QStringLiteral("-in"),
+                        name + QStringLiteral(".csr"), QStringLiteral("-CA"), ca + QStringLiteral(".crt"),
+                        QStringLiteral("-CAkey"), ca + QStringLiteral(".key"),
+                        QStringLiteral("-CAcreateserial"), QStringLiteral("-days"), QStringLiteral("2"),
+                        QStringLiteral("-extfile"), QStringLiteral("san.ext"), QStringLiteral("-out"),
+                        name + QStringLiteral(".crt")});
+    }
+    // The server's own files: readable by its id, the key by nobody else.
+    bool handToServer(const QString& name, QFileDevice::Permissions permissions)
+    {
+        const QString path = m_certificates.filePath(name);
+        return QFile::setPermissions(path, permissions) &&
+               (::geteuid() != 0 || ::chown(qPrintable(path), test::PostgresServer::ServerUid,
+                                            test::PostgresServer::ServerGid) == 0);
+    }
+    static int freePort()
+    {
+        QTcpServer probe;
+        return probe.listen(QHostAddress::LocalHost) ? probe.serverPort() : 0;
+    }
+    // The administrator's system-wide file for a workstation across the network.
+    void writeSystemFile(const QString& host, const QString& sslMode, const QString& rootCertificate)
+    {
+        QDir().mkpath(QFileInfo(m_folders->systemSettingsFile()).absolutePath());
+        QFile file(m_folders->systemSettingsFile());
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(QStringLiteral("[Settings]\nSecurityConfigured=true\n[Security]\nBackend=postgresql\n"
+                                  "Server=%1\nServerPort=%2\nServerDatabase=postgres\nServerUser=%3\n"
+                                  "ServerSslMode=%4\nServerSslRootCert=%5\n")
+                       .arg(host)
+                       .arg(m_port)
+                       .arg(test::PostgresServer::Superuser, sslMode, rootCertificate)
+                       .toUtf8());
+    }
+
+    QTemporaryDir m_certificates;
+    std::unique_ptr<test::UserFolders> m_folders;
+    std::unique_ptr<test::PostgresServer> m_server;
+    int m_port = 0;
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        m_folders = std::make_unique<test::UserFolders>();
+        QVERIFY(QFile::setPermissions(
+            m_certificates.path(), QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner |
+                                       QFileDevice::ReadOther | QFileDevice::ExeOther));
+        if (QStandardPaths::findExecutable(QStringLiteral("openssl")).isEmpty())
+            QSKIP("openssl is not installed (scripts/install-deps.sh)");
+        QVERIFY(certificate(QStringLiteral("ca"), QStringLiteral("/CN=Lab Test Authority"), {}));
+        QVERIFY(certificate(QStringLiteral("other-ca"), QStringLiteral("/CN=Another Authority"), {}));
+        QVERIFY(certificate(QStringLiteral("server"), QStringLiteral("/CN=localhost"), QStringLiteral("ca")));
+        QFile hba(m_certificates.filePath(QStringLiteral("pg_hba.conf")));
+        QVERIFY(hba.open(QIODevice::WriteOnly));
+        hba.write("local all all trust\nhostssl all all 127.0.0.1/32 trust\n");
+        hba.close();
+        QVERIFY(handToServer(QStringLiteral("server.key"), QFileDevice::ReadOwner));
+        QVERIFY(handToServer(QStringLiteral("server.crt"), QFileDevice::ReadOwner | QFileDevice::ReadOther));
+        QVERIFY(handToServer(QStringLiteral("pg_hba.conf"), QFileDevice::ReadOwner));
+        m_port = freePort();
+        QVERIFY(m_port > 0);
+        m_server = std::make_unique<test::PostgresServer>(
+            test::PostgresServer::Durability::Fast,
+            test::PostgresServer::Tls{m_certificates.filePath(QStringLiteral("server.crt")),
+                                      m_certificates.filePath(QStringLiteral("server.key")),
+                                      m_certificates.filePath(QStringLiteral("pg_hba.conf")), m_port});
+        if (!m_server->problem().isEmpty())
+            QSKIP(qPrintable(m_server->problem()));
+    }
+
+    void verifyFull_data()
+    {
+        QTest::addColumn<QString>("host");
+        QTest::addColumn<QString>("sslMode");
+        QTest::addColumn<QString>("authority");
+        QTest::addColumn<QString>("refusal"); // empty: connects, over TLS
+        QTest::newRow("the certificate's name and authority") << "localhost"
+                                                              << "verify-full"
+                                                              << "ca.crt"
+                                                              << "";
+        QTest::newRow("another name") << "127.0.0.1"
+                                      << "verify-full"
+                                      << "ca.crt"
+                                      << "does not match host name";
+        QTest::newRow("another authority") << "localhost"
+                                           << "verify-full"
+                                           << "other-ca.crt"
+                                           << "certificate verify failed";
+        QTest::newRow("no authority file") << "localhost"
+                                           << "verify-full"
+                                           << "missing.crt"
+                                           << "does not exist";
+        QTest::newRow("without TLS") << "localhost"
+                                     << "disable"
+                                     << "ca.crt"
+                                     << "no encryption";
+    }
+
+    void verifyFull()
+    {
+        QFETCH(QString, host);
+        QFETCH(QString, sslMode);
+        QFETCH(QString, authority);
+        QFETCH(QString, refusal);
+        writeSystemFile(host, sslMode, m_certificates.filePath(authority));
+        SettingsStore store;
+        const SecuritySettings settings = SecuritySettings::fromStore(store, {});
+        QVERIFY2(settings.policyError.isEmpty(), qPrintable(settings.policyError));
+        QCOMPARE(settings.server.sslRootCert, m_certificates.filePath(authority));
+        QString error;
+        const std::unique_ptr<ServerConnection> connection = ServerConnection::open(settings.server, &error);
+        if (!refusal.isEmpty()) {
+            QVERIFY(!connection);
+            QVERIFY2(error.startsWith(QLatin1String("The security server cannot be reached: postgres on ")),
+                     qPrintable(error));
+            QVERIFY2(error.contains(refusal), qPrintable(error));
+            return;
+        }
+        QVERIFY2(connection, qPrintable(error));
+        QSqlQuery q(connection->database());
+        QVERIFY2(connection->exec(q,
+                                  QStringLiteral("SELECT ssl FROM pg_stat_ssl WHERE pid = pg_backend_pid()"),
+                                  {}, &error),
+                 qPrintable(error));
+        QVERIFY(q.next());
+        QVERIFY(q.value(0).toBool());
+    }
+};
+
+QTEST_GUILESS_MAIN(ServerConnectionTest)
+#include "ServerConnectionTest.moc"
