@@ -38,32 +38,23 @@ class ServerConnectionTest : public QObject
     // A key and a certificate signed by the authority ca ("" for one that signs itself).
     bool certificate(const QString& name, const QString& subject, const QString& ca)
     {
-        const QStringList key{QStringLiteral("-newkey"),
-                              QStringLiteral("ec"),
-                              QStringLiteral("-pkeyopt"),
-                              QStringLiteral("ec_paramgen_curve:prime256v1"),
-                              QStringLiteral("-nodes"),
-                              QStringLiteral("-keyout"),
-                              name + QStringLiteral(".key"),
-                              QStringLiteral("-subj"),
-                              subject};
+        const auto words = [](const char* text) { return QString::fromLatin1(text).split(QLatin1Char(' ')); };
+        const QStringList key = words("-newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes -days 2") +
+                                QStringList{QStringLiteral("-subj"), subject, QStringLiteral("-keyout"),
+                                            name + QStringLiteral(".key")};
         if (ca.isEmpty())
-            return openssl(QStringList{QStringLiteral("req"), QStringLiteral("-x509"),
-                                       QStringLiteral("-days"), QStringLiteral("2"), QStringLiteral("-out"),
-                                       name + QStringLiteral(".crt")} +
-                           key);
-        QFile extensions(m_certificates.filePath(QStringLiteral("san.ext")));
-        return extensions.open(QIODevice::WriteOnly) &&
-               extensions.write("subjectAltName=DNS:localhost\n") > 0 && (extensions.close(), true) &&
-               openssl(
-                   QStringList{QStringLiteral("req"), QStringLiteral("-out"), name + QStringLiteral(".csr")} +
-                   key) &&
-               openssl({QStringLiteral("x509"), QStringLiteral("-req"), QStringLiteral("-in"),
-                        name + QStringLiteral(".csr"), QStringLiteral("-CA"), ca + QStringLiteral(".crt"),
-                        QStringLiteral("-CAkey"), ca + QStringLiteral(".key"),
-                        QStringLiteral("-CAcreateserial"), QStringLiteral("-days"), QStringLiteral("2"),
-                        QStringLiteral("-extfile"), QStringLiteral("san.ext"), QStringLiteral("-out"),
-                        name + QStringLiteral(".crt")});
+            return openssl(words("req -x509 -out") + QStringList{name + QStringLiteral(".crt")} + key);
+        return openssl(words("req -out") + QStringList{name + QStringLiteral(".csr")} + key) &&
+               openssl(words("x509 -req -CAcreateserial -days 2 -extfile san.ext -in") +
+                       QStringList{name + QStringLiteral(".csr"), QStringLiteral("-CA"),
+                                   ca + QStringLiteral(".crt"), QStringLiteral("-CAkey"),
+                                   ca + QStringLiteral(".key"), QStringLiteral("-out"),
+                                   name + QStringLiteral(".crt")});
+    }
+    bool writeFile(const QString& name, const QByteArray& text)
+    {
+        QFile file(m_certificates.filePath(name));
+        return file.open(QIODevice::WriteOnly) && file.write(text) == text.size();
     }
     // The server's own files: readable by its id, the key by nobody else.
     bool handToServer(const QString& name, QFileDevice::Permissions permissions)
@@ -109,11 +100,12 @@ private Q_SLOTS:
             QSKIP("openssl is not installed (scripts/install-deps.sh)");
         QVERIFY(certificate(QStringLiteral("ca"), QStringLiteral("/CN=Lab Test Authority"), {}));
         QVERIFY(certificate(QStringLiteral("other-ca"), QStringLiteral("/CN=Another Authority"), {}));
+        // The certificate names localhost only, not the address it is reached at as well.
+        QVERIFY(writeFile(QStringLiteral("san.ext"), "subjectAltName=DNS:localhost\n"));
         QVERIFY(certificate(QStringLiteral("server"), QStringLiteral("/CN=localhost"), QStringLiteral("ca")));
-        QFile hba(m_certificates.filePath(QStringLiteral("pg_hba.conf")));
-        QVERIFY(hba.open(QIODevice::WriteOnly));
-        hba.write("local all all trust\nhostssl all all 127.0.0.1/32 trust\n");
-        hba.close();
+        // TCP with TLS only: no "host" line, which would take plain connections as well.
+        QVERIFY(writeFile(QStringLiteral("pg_hba.conf"),
+                          "local all all trust\nhostssl all all 127.0.0.1/32 trust\n"));
         QVERIFY(handToServer(QStringLiteral("server.key"), QFileDevice::ReadOwner));
         QVERIFY(handToServer(QStringLiteral("server.crt"), QFileDevice::ReadOwner | QFileDevice::ReadOther));
         QVERIFY(handToServer(QStringLiteral("pg_hba.conf"), QFileDevice::ReadOwner));
