@@ -4,19 +4,17 @@
 #include "HelpSystem.h"
 #include "HelpTopics.h"
 #include "HelpWindow.h"
+#include "LoadedOrganiser.h"
 #include "MainWindow.h"
-#include "MessageRecorder.h"
 #include "OrganiserTree.h"
 #include "ToolBarsControl.h"
-#include "UserFolders.h"
 #include "WebEngineTestMain.h"
 
 #include <QTabWidget>
 #include <QTest>
 
 using namespace nebra;
-using nebra::test::MessageRecorder;
-using nebra::test::UserFolders;
+using nebra::test::LoadedOrganiser;
 
 namespace {
 
@@ -58,10 +56,8 @@ private Q_SLOTS:
         QFETCH(QString, command);
         QFETCH(FolderKind, folder);
         QFETCH(QString, page);
-        UserFolders folders;
-        MessageRecorder messages;
-        MainWindow window;
-        QCOMPARE(window.Load(), MainWindow::LoadOutcome::Loaded);
+        LoadedOrganiser site;
+        MainWindow& window = site.load();
         window.folderTree().setCurrentNode(window.organiserTree().nodeForKind(folder));
         if (command == "608") {
             window.folderTree().clickButton(608);
@@ -73,7 +69,7 @@ private Q_SLOTS:
         QVERIFY(help);
         QCOMPARE(help->browser().source(), HelpTopics::guideUrl(page));
         QVERIFY(window.help().IsDisplayingHelp());
-        QCOMPARE(messages.count(), 0);
+        QCOMPARE(site.messages.count(), 0);
         window.close();
     }
 
@@ -87,9 +83,8 @@ private Q_SLOTS:
     void theHelpWindowGoesWithTheProgram()
     {
         QFETCH(bool, forcedLogOut);
-        UserFolders folders;
-        MainWindow window;
-        QCOMPARE(window.Load(), MainWindow::LoadOutcome::Loaded);
+        LoadedOrganiser site;
+        MainWindow& window = site.load();
         window.toolBars().action(QStringLiteral("ID_ContentsIndex"))->trigger();
         QVERIFY(shownHelp());
         if (forcedLogOut)
