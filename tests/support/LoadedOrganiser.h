@@ -41,7 +41,8 @@ struct LoadedOrganiser
     static void set(const QString& key, const QVariant& value) { SettingsStore().setValue(key, value); }
     static QVariant stored(const QString& key) { return SettingsStore().value(key, {}); }
 
-    // Creates and loads the window; the test program ends if it does not load.
+    // Creates and loads the window, in place of one loaded earlier; the test
+    // program ends if it does not load.
     // The window's end of the process after a forced log-out is a no-op unless
     // adjust sets it.
     MainWindow& load(const std::function<void(MainWindowOptions&)>& adjust = {})
@@ -52,6 +53,7 @@ struct LoadedOrganiser
         options.endProcess = [] {};
         if (adjust)
             adjust(options);
+        window.reset(); // a window loaded earlier ends before the next starts
         window = std::make_unique<MainWindow>(options);
         if (window->Load() != MainWindow::LoadOutcome::Loaded)
             qFatal("The Organiser did not load");
