@@ -43,12 +43,10 @@ private Q_SLOTS:
         QTest::addColumn<FolderKind>("folder"); // the kind of folder selected first
         QTest::addColumn<QString>("page");
         QTest::newRow("F1 on Reports") << "ID_HelpContext" << FolderKind::Reports << "reports.html";
-        QTest::newRow("F1 on the root") << "ID_HelpContext" << FolderKind::None << "getting-started.html";
         QTest::newRow("Getting Started")
             << "ID_GettingStarted" << FolderKind::Protocols << "getting-started.html";
         QTest::newRow("Contents and Index") << "ID_ContentsIndex" << FolderKind::Results << "index.html";
         QTest::newRow("the tree's Help on Protocols") << "608" << FolderKind::Protocols << "protocols.html";
-        QTest::newRow("the tree's Help on Layouts") << "608" << FolderKind::Layouts << "layouts.html";
     }
 
     void helpCommandsOpenTheirPages()

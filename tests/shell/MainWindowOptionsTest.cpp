@@ -1,3 +1,4 @@
+#include "Controls.h"
 #include "FileListControl.h"
 #include "FolderTreeControl.h"
 #include "FolderTreeModel.h"
@@ -52,14 +53,6 @@ struct Site : LoadedOrganiser
         set(QStringLiteral("Paths/DriverCatalogue"), catalogue);
     }
 };
-
-template <typename T> T* control(QDialog& dialog, const char* name)
-{
-    T* widget = dialog.findChild<T*>(QLatin1String(name));
-    if (!widget)
-        qFatal("No control %s", name);
-    return widget;
-}
 
 FolderNode nodeOf(MainWindow& window, const QString& folder)
 {

@@ -1,6 +1,7 @@
 #include "GenericWizard.h"
 #include "AssayProtocol.h"
 #include "AssayProtocolWizard.h"
+#include "Controls.h"
 #include "PlateLayoutViewer.h"
 #include "SpecialFiles.h"
 #include "WizardPlugins.h"
@@ -32,13 +33,7 @@ private:
     QString protocols() const { return m_dir->filePath(QStringLiteral("Protocols")); }
     QString layouts() const { return m_dir->filePath(QStringLiteral("Microplate Layouts")); }
 
-    template <typename T> T* control(const char* name) const
-    {
-        T* found = m_wizard->findChild<T*>(QLatin1String(name));
-        if (!found)
-            qFatal("no control %s", name);
-        return found;
-    }
+    template <typename T> T* control(const char* name) const { return test::control<T>(*m_wizard, name); }
     bool nextEnabled() const { return m_wizard->button(QWizard::NextButton)->isEnabled(); }
     GenericWizard& start(const QString& preferredLayout = {})
     {
