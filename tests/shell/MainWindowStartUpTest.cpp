@@ -69,9 +69,9 @@ private Q_SLOTS:
         QVERIFY(window.MainWindowLoaded());
         QCOMPARE(window.windowTitle(), QStringLiteral("Tallyo Plus"));
         QVERIFY(!window.browser()->engineStarted());
-        QFile log(site.folders.stateFolder() + QStringLiteral("/Nebra/NebraLog.txt"));
-        QVERIFY(log.open(QIODevice::ReadOnly));
-        QList<QByteArray> lines = log.readAll().split('\n');
+        const QByteArray log = readFile(site.folders.stateFolder() + QStringLiteral("/Nebra/NebraLog.txt"));
+        QVERIFY(!log.isEmpty());
+        QList<QByteArray> lines = log.split('\n');
         QCOMPARE(lines.takeLast(), QByteArray()); // the file ends with a line end
         QCOMPARE(lines.at(2), QByteArray("Log trace: Block 1\r"));
         int traces = 0;
