@@ -3,7 +3,6 @@
 #include "TestFiles.h"
 #include "UserFolders.h"
 
-#include <QCryptographicHash>
 #include <QDateTime>
 #include <QFile>
 #include <QHelpEngine>
@@ -16,13 +15,6 @@ using nebra::test::UserFolders;
 namespace {
 
 const QString BuiltHelp = QStringLiteral(NEBRA_BUILT_HELP_FILE);
-
-QByteArray digest(const QString& file)
-{
-    QFile in(file);
-    return in.open(QIODevice::ReadOnly) ? QCryptographicHash::hash(in.readAll(), QCryptographicHash::Sha256)
-                                        : QByteArray();
-}
 
 // Copies the built guide into folder, its files dated `when`.
 void install(const QString& folder, const QDateTime& when)
@@ -51,13 +43,14 @@ private slots:
         QTemporaryDir installed;
         install(installed.path(), QDateTime::currentDateTime().addDays(-1));
         const QString collection = installed.filePath("organiser.qhc");
-        const QByteArray before = digest(collection);
+        const QByteArray before = nebra::test::readFile(collection);
+        QVERIFY(!before.isEmpty());
         QString error;
         const auto engine = HelpCollection::open(collection, error);
         QVERIFY2(engine, qPrintable(error));
         QVERIFY(engine->collectionFile().startsWith(HelpCollection::cacheFolder()));
         engine->setCustomValue(QStringLiteral("probe"), 1);
-        QCOMPARE(digest(collection), before);
+        QVERIFY(nebra::test::readFile(collection) == before);
     }
 
     // Packages keep their files' build times, so an upgrade may bring files

@@ -65,10 +65,10 @@ private slots:
     {
         QTest::addColumn<QString>("word");
         QTest::addColumn<QString>("page");
-        QTest::newRow("troubleshooting") << "Caps"
-                                         << "troubleshooting.html";
-        QTest::newRow("keyboard") << "jumps"
-                                  << "keyboard.html";
+        // clang-format off
+        QTest::newRow("troubleshooting") << "Caps" << "troubleshooting.html";
+        QTest::newRow("keyboard") << "jumps" << "keyboard.html";
+        // clang-format on
     }
 
     void searchFindsAWordOfOnePage()

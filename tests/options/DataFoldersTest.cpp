@@ -233,10 +233,8 @@ private Q_SLOTS:
         makeFolder(f.dir.filePath("Locked"));
         QFile::setPermissions(f.dir.filePath("Locked"), QFileDevice::ReadOwner | QFileDevice::ExeOwner);
         const QStringList before = f.subfolders(f.dir.path());
-        QFile settingsFile(f.dir.filePath("Suite.ini"));
-        QVERIFY(settingsFile.open(QIODevice::ReadOnly));
-        const QByteArray settingsBefore = settingsFile.readAll();
-        settingsFile.close();
+        const QByteArray settingsBefore = test::readFile(f.dir.filePath("Suite.ini"));
+        QVERIFY(!settingsBefore.isEmpty());
         MessageRecorder messages;
         QString text = typed.contains("%1") ? typed.arg(f.dir.path()) : typed;
         QVERIFY(!f.folders().ApplyParentDirectory(text));
@@ -246,8 +244,7 @@ private Q_SLOTS:
         QCOMPARE(messages.last().icon, MessageIcon::Warning);
         QCOMPARE(f.subfolders(f.dir.path()), before);
         QVERIFY(f.subfolders(f.dir.filePath("Locked")).isEmpty());
-        QVERIFY(settingsFile.open(QIODevice::ReadOnly));
-        QCOMPARE(settingsFile.readAll(), settingsBefore);
+        QCOMPARE(test::readFile(f.dir.filePath("Suite.ini")), settingsBefore);
         QFile::setPermissions(f.dir.filePath("Locked"),
                               QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
     }

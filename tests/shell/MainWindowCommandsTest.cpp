@@ -1,23 +1,18 @@
 #include "FolderTreeControl.h"
 #include "HelpSystem.h"
+#include "LoadedOrganiser.h"
 #include "MainWindow.h"
-#include "MessageRecorder.h"
 #include "OrganiserTree.h"
-#include "TestFiles.h"
 #include "ToolBarsControl.h"
 #include "ToolDefinitions.h"
-#include "UserFolders.h"
 #include "WebEngineTestMain.h"
 
 #include <QAction>
 #include <QDesktopServices>
-#include <QSettings>
 #include <QTest>
 
 using namespace nebra;
-using nebra::test::MessageRecorder;
-using nebra::test::UserFolders;
-using nebra::test::writeFile;
+using namespace nebra::test;
 
 // Receives the addresses the desktop would open.
 class AddressReceiver : public QObject
@@ -57,13 +52,10 @@ class MainWindowCommandsTest : public QObject
 private Q_SLOTS:
     void everyReachableCommandDoesSomethingOrIsDisabled()
     {
-        UserFolders folders;
-        QSettings(folders.settingsFile(), QSettings::IniFormat)
-            .setValue(QStringLiteral("Paths/ParentDirectory"), folders.root() + QStringLiteral("/Data"));
-        writeFile(folders.root() + QStringLiteral("/Data/My Assays/Protocols/Elisa.apr"));
-        MessageRecorder messages;
-        MainWindow window;
-        QCOMPARE(window.Load(), MainWindow::LoadOutcome::Loaded);
+        LoadedOrganiser site;
+        writeFile(site.doc(QStringLiteral("Protocols/Elisa.apr")));
+        MainWindow& window = site.load();
+        const MessageRecorder& messages = site.messages;
         // A protocol selected: the document commands have something to act on.
         window.folderTree().setCurrentNode(window.organiserTree().protocolsNode());
         AddressReceiver addresses;

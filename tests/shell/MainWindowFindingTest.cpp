@@ -1,17 +1,14 @@
 #include "BrowserControl.h"
-#include "DialogScript.h"
 #include "FileListControl.h"
 #include "FileListFilterBox.h"
 #include "FolderTreeControl.h"
+#include "LoadedOrganiser.h"
 #include "MainWindow.h"
-#include "MessageRecorder.h"
 #include "OrganiserTree.h"
 #include "RecentDocuments.h"
 #include "RecordingPrograms.h"
-#include "SettingsStore.h"
 #include "TestFiles.h"
 #include "ToolBarsControl.h"
-#include "UserFolders.h"
 #include "WebEngineTestMain.h"
 
 #include <QAction>
@@ -32,33 +29,15 @@ class MainWindowFindingTest : public QObject
     Q_OBJECT
 
 private:
-    std::unique_ptr<UserFolders> m_folders;
+    std::unique_ptr<LoadedOrganiser> m_site;
     std::unique_ptr<RecordingPrograms> m_programs;
-    std::unique_ptr<MessageRecorder> m_messages;
-    std::unique_ptr<DialogScript> m_dialogs;
-    std::unique_ptr<MainWindow> m_window;
 
-    QString doc(const QString& relative) const
-    {
-        return m_folders->root() + "/Lab Data/My Assays/" + relative;
-    }
-    static void set(const QString& key, const QVariant& value) { SettingsStore().setValue(key, value); }
-
-    MainWindow& load()
-    {
-        MainWindowOptions options;
-        options.instanceName =
-            QStringLiteral("MainWindowFindingTest-%1").arg(QCoreApplication::applicationPid());
-        options.endProcess = [] {};
-        m_window = std::make_unique<MainWindow>(options);
-        if (m_window->Load() != MainWindow::LoadOutcome::Loaded)
-            qFatal("The Organiser did not load");
-        return *m_window;
-    }
+    QString doc(const QString& relative) const { return m_site->doc(relative); }
+    MainWindow& load() { return m_site->load(); }
 
     QMenu* recentMenu() const
     {
-        for (QAction* action : m_window->toolBars().menu(QStringLiteral("ID_File"))->actions())
+        for (QAction* action : m_site->window->toolBars().menu(QStringLiteral("ID_File"))->actions())
             if (action->menu() && action->menu()->accessibleName() == QLatin1String("Recent documents"))
                 return action->menu();
         return nullptr;
@@ -66,9 +45,9 @@ private:
 
     void open(const QString& path)
     {
-        m_window->ShowDocument(path);
-        QCOMPARE(m_window->fileList().firstSelectedItem().path(), path);
-        m_window->PerformDocumentCommand(DocumentCommand::Open);
+        m_site->window->ShowDocument(path);
+        QCOMPARE(m_site->window->fileList().firstSelectedItem().path(), path);
+        m_site->window->PerformDocumentCommand(DocumentCommand::Open);
         m_programs->waitForRecords(1);
         m_programs->clear();
     }
@@ -76,7 +55,7 @@ private:
     int welcomeRecentLinks()
     {
         int links = -1;
-        m_window->browser()->view()->page()->runJavaScript(
+        m_site->window->browser()->view()->page()->runJavaScript(
             QStringLiteral("document.querySelectorAll('#organiser-recent a').length"),
             QWebEngineScript::ApplicationWorld, [&](const QVariant& result) { links = result.toInt(); });
         if (!QTest::qWaitFor([&] { return links >= 0; }, 10000))
@@ -87,12 +66,10 @@ private:
 private Q_SLOTS:
     void init()
     {
-        m_folders = std::make_unique<UserFolders>();
+        m_site = std::make_unique<LoadedOrganiser>();
         m_programs = std::make_unique<RecordingPrograms>();
-        m_messages = std::make_unique<MessageRecorder>();
-        m_dialogs = std::make_unique<DialogScript>();
-        set("Paths/ParentDirectory", m_folders->root() + "/Lab Data");
-        set("Paths/AssayApplicationPath", m_programs->program(QStringLiteral("Assay Application")));
+        LoadedOrganiser::set("Paths/AssayApplicationPath",
+                             m_programs->program(QStringLiteral("Assay Application")));
         for (const char* name : {"Protocols/BCA Protein Assay.apr", "Protocols/ELISA IgG Quantitation.apr",
                                  "Microplate Layouts/Kinetic 384.mlo"})
             writeFile(doc(QLatin1String(name)));
@@ -100,11 +77,8 @@ private Q_SLOTS:
 
     void cleanup()
     {
-        m_window.reset();
-        m_dialogs.reset();
-        m_messages.reset();
+        m_site.reset();
         m_programs.reset();
-        m_folders.reset();
     }
 
     void eachAidCanBeSwitchedOff_data()
@@ -119,7 +93,7 @@ private Q_SLOTS:
         QFETCH(bool, on);
         if (!on)
             for (const char* key : {"ShowFileListFilter", "ShowRecentDocuments", "ShowInFileManager"})
-                set(QStringLiteral("Settings/") + QLatin1String(key), false);
+                LoadedOrganiser::set(QStringLiteral("Settings/") + QLatin1String(key), false);
         MainWindow& window = load();
         QCOMPARE(window.fileList().filterBox()->isVisible(), on);
         QCOMPARE(recentMenu() != nullptr, on);
@@ -161,9 +135,9 @@ private Q_SLOTS:
         QVERIFY(QFile::remove(elisa));
         Q_EMIT menu->aboutToShow();
         QCOMPARE(menu->actions().size(), 1);
-        window.ShowDocument(m_folders->root() + "/elsewhere.apr");
-        QCOMPARE(m_messages->count(), 1);
-        QCOMPARE(m_messages->last().title, QStringLiteral("Recent Documents"));
+        window.ShowDocument(m_site->folders.root() + "/elsewhere.apr");
+        QCOMPARE(m_site->messages.count(), 1);
+        QCOMPARE(m_site->messages.last().title, QStringLiteral("Recent Documents"));
     }
 };
 

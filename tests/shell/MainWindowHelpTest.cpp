@@ -4,19 +4,17 @@
 #include "HelpSystem.h"
 #include "HelpTopics.h"
 #include "HelpWindow.h"
+#include "LoadedOrganiser.h"
 #include "MainWindow.h"
-#include "MessageRecorder.h"
 #include "OrganiserTree.h"
 #include "ToolBarsControl.h"
-#include "UserFolders.h"
 #include "WebEngineTestMain.h"
 
 #include <QTabWidget>
 #include <QTest>
 
 using namespace nebra;
-using nebra::test::MessageRecorder;
-using nebra::test::UserFolders;
+using nebra::test::LoadedOrganiser;
 
 namespace {
 
@@ -45,12 +43,10 @@ private Q_SLOTS:
         QTest::addColumn<FolderKind>("folder"); // the kind of folder selected first
         QTest::addColumn<QString>("page");
         QTest::newRow("F1 on Reports") << "ID_HelpContext" << FolderKind::Reports << "reports.html";
-        QTest::newRow("F1 on the root") << "ID_HelpContext" << FolderKind::None << "getting-started.html";
         QTest::newRow("Getting Started")
             << "ID_GettingStarted" << FolderKind::Protocols << "getting-started.html";
         QTest::newRow("Contents and Index") << "ID_ContentsIndex" << FolderKind::Results << "index.html";
         QTest::newRow("the tree's Help on Protocols") << "608" << FolderKind::Protocols << "protocols.html";
-        QTest::newRow("the tree's Help on Layouts") << "608" << FolderKind::Layouts << "layouts.html";
     }
 
     void helpCommandsOpenTheirPages()
@@ -58,10 +54,8 @@ private Q_SLOTS:
         QFETCH(QString, command);
         QFETCH(FolderKind, folder);
         QFETCH(QString, page);
-        UserFolders folders;
-        MessageRecorder messages;
-        MainWindow window;
-        QCOMPARE(window.Load(), MainWindow::LoadOutcome::Loaded);
+        LoadedOrganiser site;
+        MainWindow& window = site.load();
         window.folderTree().setCurrentNode(window.organiserTree().nodeForKind(folder));
         if (command == "608") {
             window.folderTree().clickButton(608);
@@ -73,7 +67,7 @@ private Q_SLOTS:
         QVERIFY(help);
         QCOMPARE(help->browser().source(), HelpTopics::guideUrl(page));
         QVERIFY(window.help().IsDisplayingHelp());
-        QCOMPARE(messages.count(), 0);
+        QCOMPARE(site.messages.count(), 0);
         window.close();
     }
 
@@ -87,9 +81,8 @@ private Q_SLOTS:
     void theHelpWindowGoesWithTheProgram()
     {
         QFETCH(bool, forcedLogOut);
-        UserFolders folders;
-        MainWindow window;
-        QCOMPARE(window.Load(), MainWindow::LoadOutcome::Loaded);
+        LoadedOrganiser site;
+        MainWindow& window = site.load();
         window.toolBars().action(QStringLiteral("ID_ContentsIndex"))->trigger();
         QVERIFY(shownHelp());
         if (forcedLogOut)

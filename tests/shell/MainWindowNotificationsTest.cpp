@@ -1,24 +1,17 @@
 #include "FileListControl.h"
 #include "FolderTreeControl.h"
+#include "LoadedOrganiser.h"
 #include "MainWindow.h"
-#include "MessageRecorder.h"
 #include "OrganiserTree.h"
 #include "SecondProcess.h"
 #include "ShellNotifications.h"
-#include "TestFiles.h"
-#include "UserFolders.h"
 #include "WebEngineTestMain.h"
 
 #include <QProcess>
-#include <QSettings>
 #include <QTest>
 
 using namespace nebra;
-using nebra::test::makeFolder;
-using nebra::test::MessageRecorder;
-using nebra::test::UserFolders;
-
-using nebra::test::runScript;
+using namespace nebra::test;
 
 namespace {
 
@@ -55,16 +48,11 @@ private Q_SLOTS:
         QFETCH(QStringList, present);
         QFETCH(QStringList, absent);
         QFETCH(QString, current);
-        UserFolders folders;
-        const QString data = folders.root() + QStringLiteral("/Data");
-        const QString results = data + QStringLiteral("/My Assays/Results");
-        QSettings(folders.settingsFile(), QSettings::IniFormat)
-            .setValue(QStringLiteral("Paths/ParentDirectory"), data);
+        LoadedOrganiser site;
+        const QString results = site.doc(QStringLiteral("Results"));
         makeFolder(results + QStringLiteral("/Run1/sub"));
-        makeFolder(folders.root() + QStringLiteral("/elsewhere"));
-        MessageRecorder messages;
-        MainWindow window;
-        QCOMPARE(window.Load(), MainWindow::LoadOutcome::Loaded);
+        makeFolder(site.folders.root() + QStringLiteral("/elsewhere"));
+        MainWindow& window = site.load();
         QVERIFY(window.shellNotifications().isActive());
         OrganiserTree& organiser = window.organiserTree();
         FolderTreeControl& tree = window.folderTree();
@@ -87,8 +75,8 @@ private Q_SLOTS:
         const FolderNode shown = tree.currentNode();
         QCOMPARE(shown.folderPath(),
                  current.isEmpty() ? QStringLiteral("Organiser") : results + QLatin1Char('/') + current);
-        QVERIFY(!organiser.DoesPathAlreadyExistInTree(folders.root() + QStringLiteral("/elsewhere/x")));
-        QVERIFY(messages.requests().isEmpty());
+        QVERIFY(!organiser.DoesPathAlreadyExistInTree(site.folders.root() + QStringLiteral("/elsewhere/x")));
+        QVERIFY(site.messages.requests().isEmpty());
 
         window.close(); // shutdown stops following the disk
         QTRY_VERIFY_WITH_TIMEOUT(!window.shellNotifications().isActive(), Bound);

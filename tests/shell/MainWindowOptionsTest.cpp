@@ -1,17 +1,15 @@
-#include "DialogScript.h"
+#include "Controls.h"
 #include "FileListControl.h"
 #include "FolderTreeControl.h"
 #include "FolderTreeModel.h"
+#include "LoadedOrganiser.h"
 #include "MainWindow.h"
-#include "MessageRecorder.h"
 #include "OptionsCommand.h"
 #include "OptionsDialog.h"
 #include "OrganiserTree.h"
 #include "PanesGeometry.h"
 #include "ShortcutsBar.h"
-#include "TestFiles.h"
 #include "ToolBarsControl.h"
-#include "UserFolders.h"
 #include "WebEngineTestMain.h"
 
 #include <QAction>
@@ -21,7 +19,6 @@
 #include <QListWidget>
 #include <QPointer>
 #include <QPushButton>
-#include <QSettings>
 #include <QStatusBar>
 #include <QTabWidget>
 #include <QTest>
@@ -33,12 +30,11 @@ namespace {
 
 const QStringList Kinds = {"Microplate Layouts", "Read Configurations", "Results", "Reports", "Protocols"};
 
-// Redirected user folders with two complete data trees, "Data" (the
-// current parent directory) and "Other", and a catalogue of two drivers.
-struct Site
+// The Organiser with two complete data trees, "Lab Data" (the current
+// parent directory) and "Other", and a catalogue of two drivers.
+struct Site : LoadedOrganiser
 {
-    UserFolders folders;
-    QString data = folders.root() + QStringLiteral("/Data");
+    QString data = folders.root() + QStringLiteral("/Lab Data");
     QString other = folders.root() + QStringLiteral("/Other");
 
     Site()
@@ -54,19 +50,9 @@ struct Site
         writeFile(other + QStringLiteral("/My Assays/Read Configurations/Reader Two/plate.daq"));
         const QString catalogue = folders.root() + QStringLiteral("/drivers.json");
         writeFile(catalogue, R"({"drivers":[{"FullName":"Reader One"},{"FullName":"Reader Two"}]})");
-        QSettings settings(folders.settingsFile(), QSettings::IniFormat);
-        settings.setValue(QStringLiteral("Paths/ParentDirectory"), data);
-        settings.setValue(QStringLiteral("Paths/DriverCatalogue"), catalogue);
+        set(QStringLiteral("Paths/DriverCatalogue"), catalogue);
     }
 };
-
-template <typename T> T* control(QDialog& dialog, const char* name)
-{
-    T* widget = dialog.findChild<T*>(QLatin1String(name));
-    if (!widget)
-        qFatal("No control %s", name);
-    return widget;
-}
 
 FolderNode nodeOf(MainWindow& window, const QString& folder)
 {
@@ -90,16 +76,14 @@ private Q_SLOTS:
     void optionsChangeTheRunningOrganiser()
     {
         Site site;
-        MessageRecorder messages;
         {
-            MainWindow window;
-            QCOMPARE(window.Load(), MainWindow::LoadOutcome::Loaded);
+            MainWindow& window = site.load();
             QVERIFY(window.toolBars().isToolEnabled(QStringLiteral("ID_Options")));
             window.folderTree().setCurrentNode(nodeOf(window, site.data + "/My Assays/Protocols/Batch 1"));
             const int listWidth = window.fileList().width();
             const int listHeight = window.fileList().height();
 
-            DialogScript script;
+            DialogScript& script = site.dialogs;
             script.then([&](QDialog& dialog) {
                 control<QCheckBox>(dialog, "chkShortcuts")->setChecked(false);
                 control<QCheckBox>(dialog, "chkPreview")->setChecked(false);
@@ -111,7 +95,7 @@ private Q_SLOTS:
             });
             window.toolBars().action(QStringLiteral("ID_Options"))->trigger();
             QCOMPARE(script.shown(), QStringList{"frmOptions"});
-            QCOMPARE(messages.count(), 0);
+            QCOMPARE(site.messages.count(), 0);
             OptionsDialog* dialog = window.optionsCommand()->dialog();
             QVERIFY(dialog && dialog->isHidden());
             QCOMPARE(dialog->windowIcon().cacheKey(), QApplication::windowIcon().cacheKey());
@@ -161,12 +145,10 @@ private Q_SLOTS:
             QTRY_VERIFY_WITH_TIMEOUT(!open, 2000);
             window.close();
         }
-        QSettings settings(site.folders.settingsFile(), QSettings::IniFormat);
-        QCOMPARE(settings.value(QStringLiteral("Paths/ParentDirectory")).toString(), site.other);
-        QCOMPARE(settings.value(QStringLiteral("Settings/CurrentHLD")).toInt(), 1);
+        QCOMPARE(site.stored(QStringLiteral("Paths/ParentDirectory")).toString(), site.other);
+        QCOMPARE(site.stored(QStringLiteral("Settings/CurrentHLD")).toInt(), 1);
 
-        MainWindow restarted;
-        QCOMPARE(restarted.Load(), MainWindow::LoadOutcome::Loaded);
+        MainWindow& restarted = site.load();
         QVERIFY(restarted.shortcutsBar().isHidden());
         QVERIFY(restarted.findChild<QWidget*>(QStringLiteral("previewArea"))->isHidden());
         QVERIFY(restarted.folderTree().isVisible());
@@ -178,9 +160,7 @@ private Q_SLOTS:
     void thePanesFollowTheWindowAboveTheThresholds()
     {
         Site site;
-        MessageRecorder messages;
-        MainWindow window;
-        QCOMPARE(window.Load(), MainWindow::LoadOutcome::Loaded);
+        MainWindow& window = site.load();
         // The first change of state after loading is taken back, the second one holds.
         window.showNormal();
         window.showNormal();

@@ -1,22 +1,16 @@
 #include "FileListControl.h"
 #include "FolderTreeControl.h"
+#include "LoadedOrganiser.h"
 #include "MainWindow.h"
-#include "MessageRecorder.h"
 #include "OrganiserTree.h"
 #include "ShortcutsBar.h"
-#include "TestFiles.h"
 #include "ToolBarsControl.h"
-#include "UserFolders.h"
 #include "WebEngineTestMain.h"
 
-#include <QSettings>
 #include <QTest>
 
 using namespace nebra;
-using nebra::test::makeFolder;
-using nebra::test::MessageRecorder;
-using nebra::test::UserFolders;
-using nebra::test::writeFile;
+using namespace nebra::test;
 
 class MainWindowOrganiserTest : public QObject
 {
@@ -25,15 +19,11 @@ class MainWindowOrganiserTest : public QObject
 private Q_SLOTS:
     void theTreeListAndCommandsWorkTogether()
     {
-        UserFolders folders;
-        const QString assays = folders.root() + QStringLiteral("/Data/My Assays");
-        QSettings(folders.settingsFile(), QSettings::IniFormat)
-            .setValue(QStringLiteral("Paths/ParentDirectory"), folders.root() + QStringLiteral("/Data"));
-        writeFile(assays + QStringLiteral("/Protocols/Elisa.apr"));
-        makeFolder(assays + QStringLiteral("/Microplate Layouts/96 well"));
-        MessageRecorder messages;
-        MainWindow window;
-        QCOMPARE(window.Load(), MainWindow::LoadOutcome::Loaded);
+        LoadedOrganiser site;
+        writeFile(site.doc(QStringLiteral("Protocols/Elisa.apr")));
+        makeFolder(site.doc(QStringLiteral("Microplate Layouts/96 well")));
+        MainWindow& window = site.load();
+        MessageRecorder& messages = site.messages;
 
         FolderTreeControl& tree = window.folderTree();
         OrganiserTree& organiser = window.organiserTree();

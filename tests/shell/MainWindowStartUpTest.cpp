@@ -1,62 +1,31 @@
 #include "BrowserControl.h"
 #include "FileListControl.h"
 #include "FolderTreeControl.h"
+#include "LoadedOrganiser.h"
 #include "MainWindow.h"
-#include "MessageRecorder.h"
 #include "OrganiserTree.h"
 #include "ShortcutsBar.h"
-#include "TestFiles.h"
 #include "ToolBarsControl.h"
-#include "UserFolders.h"
 #include "WebEngineTestMain.h"
 
 #include <QAction>
 #include <QDir>
 #include <QFile>
-#include <QSettings>
 #include <QTest>
 
 using namespace nebra;
-using nebra::test::MessageRecorder;
-using nebra::test::UserFolders;
-using nebra::test::writeFile;
+using namespace nebra::test;
 
 namespace {
 
-// Records the window state at every Show event of the watched window.
-class ShowWatcher : public QObject
+// Notes the window state at every Show event of the watched window and, at
+// its first paint once loaded, whether its browser's engine had started and
+// which panes were visible.
+class StartWatcher : public QObject
 {
 public:
+    explicit StartWatcher(MainWindow& window) : m_window(window) { window.installEventFilter(this); }
     QList<Qt::WindowStates> states;
-
-protected:
-    bool eventFilter(QObject* watched, QEvent* event) override
-    {
-        if (event->type() == QEvent::Show)
-            states.append(static_cast<QWidget*>(watched)->windowState());
-        return QObject::eventFilter(watched, event);
-    }
-};
-
-void writeSettings(const UserFolders& folders, const QList<QPair<QString, QVariant>>& values)
-{
-    QSettings ini(folders.settingsFile(), QSettings::IniFormat);
-    ini.setValue(QStringLiteral("Paths/ParentDirectory"), folders.root() + QStringLiteral("/Data"));
-    for (const auto& [key, value] : values)
-        ini.setValue(key, value);
-}
-
-QVariant storedValue(const UserFolders& folders, const QString& key)
-{
-    return QSettings(folders.settingsFile(), QSettings::IniFormat).value(key);
-}
-
-// Notes, at the watched window's first paint, whether its browser's engine
-// had started and which panes were visible.
-class FirstPaintWatcher : public QObject
-{
-public:
-    explicit FirstPaintWatcher(MainWindow& window) : m_window(window) {}
     bool painted = false;
     bool engineStartedBefore = false;
     bool panesVisible = false;
@@ -64,6 +33,8 @@ public:
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override
     {
+        if (event->type() == QEvent::Show)
+            states.append(m_window.windowState());
         if (event->type() == QEvent::Paint && !painted && m_window.MainWindowLoaded()) {
             painted = true;
             engineStartedBefore = m_window.browser()->engineStarted();
@@ -84,19 +55,23 @@ class MainWindowStartUpTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void loadWritesTheDesignedMilestones()
+    // The log holds the designed milestones; the window with its tree, list
+    // and shortcuts bar is painted before the web engine starts, which then
+    // follows and loads the welcome page.
+    void aLoadWritesItsMilestonesAndPaintsBeforeTheWebEngineStarts()
     {
-        UserFolders folders;
-        writeSettings(folders, {{QStringLiteral("Settings/DiagnosticLogLevel"), 1},
-                                {QStringLiteral("Settings/PlusCaption"), QStringLiteral("true")}});
+        LoadedOrganiser site;
+        site.set(QStringLiteral("Settings/DiagnosticLogLevel"), 1);
+        site.set(QStringLiteral("Settings/PlusCaption"), QStringLiteral("true"));
         MainWindow window;
+        StartWatcher watcher(window);
         QCOMPARE(window.Load(), MainWindow::LoadOutcome::Loaded);
         QVERIFY(window.MainWindowLoaded());
         QCOMPARE(window.windowTitle(), QStringLiteral("Tallyo Plus"));
-
-        QFile log(folders.stateFolder() + QStringLiteral("/Nebra/NebraLog.txt"));
-        QVERIFY(log.open(QIODevice::ReadOnly));
-        QList<QByteArray> lines = log.readAll().split('\n');
+        QVERIFY(!window.browser()->engineStarted());
+        const QByteArray log = readFile(site.folders.stateFolder() + QStringLiteral("/Nebra/NebraLog.txt"));
+        QVERIFY(!log.isEmpty());
+        QList<QByteArray> lines = log.split('\n');
         QCOMPARE(lines.takeLast(), QByteArray()); // the file ends with a line end
         QCOMPARE(lines.at(2), QByteArray("Log trace: Block 1\r"));
         int traces = 0;
@@ -112,19 +87,7 @@ private Q_SLOTS:
         // shortcuts bar setting, the tree and the shortcut icons, and two for the data folders.
         QCOMPARE(traces, 46);
         QCOMPARE(blocks, 7);
-    }
 
-    // The window with its tree, list and shortcuts bar is painted before the
-    // web engine starts; the engine follows and loads the welcome page.
-    void theWindowIsPaintedBeforeTheWebEngineStarts()
-    {
-        UserFolders folders;
-        writeSettings(folders, {}); // the shortcuts bar shown, as by default
-        MainWindow window;
-        FirstPaintWatcher watcher(window);
-        window.installEventFilter(&watcher);
-        QCOMPARE(window.Load(), MainWindow::LoadOutcome::Loaded);
-        QVERIFY(!window.browser()->engineStarted());
         QTRY_VERIFY_WITH_TIMEOUT(window.browser()->engineStarted(), 10000);
         QVERIFY(watcher.painted);
         QVERIFY(!watcher.engineStartedBefore);
@@ -136,20 +99,18 @@ private Q_SLOTS:
     // With an unusable settings file every setting has its default: logging off.
     void aPlainStartWarnsOfUnusableSettingsAndIsFirstShownMaximised()
     {
-        UserFolders folders;
-        writeFile(folders.settingsFile(), QByteArray("\177ELF\002\0\0binary", 13));
-        MessageRecorder messages;
+        LoadedOrganiser site;
+        writeFile(site.folders.settingsFile(), QByteArray("\177ELF\002\0\0binary", 13));
         MainWindow window;
-        ShowWatcher watcher;
-        window.installEventFilter(&watcher);
+        StartWatcher watcher(window);
         QCOMPARE(window.Load(), MainWindow::LoadOutcome::Loaded);
         QVERIFY(!watcher.states.isEmpty());
         QVERIFY(watcher.states.first() & Qt::WindowMaximized);
         QCOMPARE(window.windowTitle(), QStringLiteral("Tallyo Organiser"));
-        QVERIFY(!QFile::exists(folders.stateFolder() + QStringLiteral("/Nebra/NebraLog.txt")));
-        QCOMPARE(messages.count(), 1);
-        QCOMPARE(messages.last().icon, MessageIcon::Warning);
-        QVERIFY(messages.last().text.contains(QStringLiteral("Default settings are in effect")));
+        QVERIFY(!QFile::exists(site.folders.stateFolder() + QStringLiteral("/Nebra/NebraLog.txt")));
+        QCOMPARE(site.messages.count(), 1);
+        QCOMPARE(site.messages.last().icon, MessageIcon::Warning);
+        QVERIFY(site.messages.last().text.contains(QStringLiteral("Default settings are in effect")));
     }
 
     // A catalogue that is there but unusable is reported once, naming the
@@ -167,19 +128,18 @@ private Q_SLOTS:
     {
         QFETCH(QByteArray, content);
         QFETCH(QString, reason);
-        UserFolders folders;
-        const QString catalogue = folders.root() + QStringLiteral("/drivers.json");
+        LoadedOrganiser site;
+        const QString catalogue = site.folders.root() + QStringLiteral("/drivers.json");
         if (content.isEmpty())
             QVERIFY(QDir().mkpath(catalogue));
         else
             writeFile(catalogue, content);
-        writeSettings(folders, {{QStringLiteral("Paths/DriverCatalogue"), catalogue},
-                                {QStringLiteral("Settings/InstrumentDriversInUse"), true}});
-        MessageRecorder messages;
+        site.set(QStringLiteral("Paths/DriverCatalogue"), catalogue);
+        site.set(QStringLiteral("Settings/InstrumentDriversInUse"), true);
+        const MessageRecorder& messages = site.messages;
         QTest::ignoreMessage(QtWarningMsg,
                              QRegularExpression(QStringLiteral("^The driver catalogue \".*drivers.json\" ")));
-        MainWindow window;
-        QCOMPARE(window.Load(), MainWindow::LoadOutcome::Loaded);
+        MainWindow& window = site.load();
         QCOMPARE(messages.count(), 1);
         QCOMPARE(messages.last().icon, MessageIcon::Warning);
         QVERIFY2(messages.last().text.startsWith(QStringLiteral("The driver catalogue \"") + catalogue +
@@ -190,9 +150,8 @@ private Q_SLOTS:
 
     void missingFileSystemComponentEndsWithItsBox()
     {
-        UserFolders folders;
-        writeSettings(folders, {});
-        MessageRecorder messages;
+        LoadedOrganiser site;
+        const MessageRecorder& messages = site.messages;
         MainWindow::Options options;
         options.fileSystemFactory = [] { return std::unique_ptr<FileSystemObject>(); };
         MainWindow window(options);
@@ -209,7 +168,7 @@ private Q_SLOTS:
         QCOMPARE(messages.last().buttons, int(MessageButton::Ok));
         // The unfinished window never stores its tree mode.
         window.close();
-        QVERIFY(!storedValue(folders, QStringLiteral("Settings/ExplorerModeFlag")).isValid());
+        QVERIFY(!site.stored(QStringLiteral("Settings/ExplorerModeFlag")).isValid());
     }
 
     void exitStoresTheTreeModeThroughTheNormalShutdown_data()
@@ -224,20 +183,16 @@ private Q_SLOTS:
     {
         QFETCH(int, mode);
         QFETCH(QString, stored);
-        UserFolders folders;
-        writeSettings(folders, {});
+        LoadedOrganiser site;
         {
-            MainWindow window;
-            QCOMPARE(window.Load(), MainWindow::LoadOutcome::Loaded);
+            MainWindow& window = site.load();
             window.folderTree().setDisplayMode(mode);
             window.toolBars().action(QStringLiteral("ID_Exit"))->trigger();
             QVERIFY(!window.isVisible());
-            QCOMPARE(storedValue(folders, QStringLiteral("Settings/ExplorerModeFlag")).toString(), stored);
+            QCOMPARE(site.stored(QStringLiteral("Settings/ExplorerModeFlag")).toString(), stored);
         }
         // The next start shows the stored mode.
-        MainWindow next;
-        QCOMPARE(next.Load(), MainWindow::LoadOutcome::Loaded);
-        QCOMPARE(next.folderTree().displayMode(), mode);
+        QCOMPARE(site.load().folderTree().displayMode(), mode);
     }
 
     void panesFollowTheirSettings_data()
@@ -261,12 +216,11 @@ private Q_SLOTS:
         QFETCH(bool, drivers);
         QFETCH(QList<int>, buttons);
         QFETCH(QStringList, secondGroup);
-        UserFolders folders;
-        writeSettings(folders, {{QStringLiteral("Settings/ToolbarFlags"), flags},
-                                {QStringLiteral("Settings/InstrumentDriversInUse"), drivers},
-                                {QStringLiteral("Settings/ShowShortcutsBar"), !drivers}});
-        MainWindow window;
-        QCOMPARE(window.Load(), MainWindow::LoadOutcome::Loaded);
+        LoadedOrganiser site;
+        site.set(QStringLiteral("Settings/ToolbarFlags"), flags);
+        site.set(QStringLiteral("Settings/InstrumentDriversInUse"), drivers);
+        site.set(QStringLiteral("Settings/ShowShortcutsBar"), !drivers);
+        MainWindow& window = site.load();
         QCOMPARE(window.folderTree().buttonKeys(), buttons);
         QVERIFY(window.fileList().columns().contains(QStringLiteral("Comment")));
         ShortcutsBar& bar = window.shortcutsBar();

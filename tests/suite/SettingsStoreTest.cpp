@@ -10,14 +10,6 @@
 
 using namespace nebra;
 
-namespace {
-QByteArray readAll(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-} // namespace
-
 class SettingsStoreTest : public QObject
 {
     Q_OBJECT
@@ -62,13 +54,13 @@ private Q_SLOTS:
         SuiteSettings settings(store);
         QVERIFY(store.warning().contains(QStringLiteral("Default settings are in effect")));
         QCOMPARE(settings.DiagnosticLogLevel(), 0);
-        QCOMPARE(readAll(path), content);
+        QCOMPARE(nebra::test::readFile(path), content);
 
         // Writing a value keeps the unusable file aside before a new one is written.
         QVERIFY(settings.SetShowPreviewPane(false));
         const QStringList aside = QDir(dir.path()).entryList({QStringLiteral("Suite.ini.corrupt-*")});
         QCOMPARE(aside.size(), 1);
-        QCOMPARE(readAll(dir.filePath(aside.first())), content);
+        QCOMPARE(nebra::test::readFile(dir.filePath(aside.first())), content);
         QCOMPARE(SuiteSettings(*std::make_unique<SettingsStore>(path)).ShowPreviewPane(), false);
     }
 
@@ -131,7 +123,7 @@ private Q_SLOTS:
         SettingsStore store(blocker + QStringLiteral("/Suite.ini"));
         QVERIFY(!store.setValue(QStringLiteral("Settings/PlusCaption"), true));
         QVERIFY(!store.lastError().isEmpty());
-        QCOMPARE(readAll(blocker), QByteArray("x"));
+        QCOMPARE(nebra::test::readFile(blocker), QByteArray("x"));
     }
 };
 

@@ -16,6 +16,13 @@ inline void makeFolder(const QString& path)
     QVERIFY2(QDir().mkpath(path), qPrintable(path));
 }
 
+// The content of a file; empty when it cannot be read.
+inline QByteArray readFile(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
 // Writes a file (and its folder) and sets its modification time, seconds
 // since the epoch and nanoseconds; a time of 0 keeps the current time.
 inline void writeFile(const QString& path, const QByteArray& content = {}, qint64 seconds = 0,

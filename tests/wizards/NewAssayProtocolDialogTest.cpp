@@ -3,12 +3,10 @@
 #include "DialogScript.h"
 #include "DocumentLauncher.h"
 #include "MessageRecorder.h"
-#include "RecordingPrograms.h"
-#include "SettingsStore.h"
+#include "RecordedSuite.h"
 #include "SharedWizardState.h"
-#include "SuitePaths.h"
 #include "SuiteSettings.h"
-#include "UserFolders.h"
+#include "TestFiles.h"
 #include "WebEngineTestMain.h"
 #include "WizardHost.h"
 
@@ -25,10 +23,7 @@ class NewAssayProtocolDialogTest : public QObject
     Q_OBJECT
 
 private:
-    std::unique_ptr<test::UserFolders> m_folders;
-    std::unique_ptr<test::RecordingPrograms> m_programs;
-    std::unique_ptr<SettingsStore> m_store;
-    std::unique_ptr<SuitePaths> m_paths;
+    std::unique_ptr<test::RecordedSuite> m_suite;
     std::unique_ptr<SuiteSettings> m_settings;
     std::unique_ptr<WizardHost> m_host;
     std::unique_ptr<DocumentLauncher> m_launcher;
@@ -38,7 +33,7 @@ private:
     bool m_secured = false;
     QObject m_manager;
 
-    QString catalogueFile() const { return m_folders->root() + QStringLiteral("/wizards.json"); }
+    QString catalogueFile() const { return m_suite->folders.root() + QStringLiteral("/wizards.json"); }
 
     // Writes the catalogue; "Name" runs the scripted wizard, "Name=ProgID" another.
     void writeCatalogue(const QStringList& entries)
@@ -49,18 +44,14 @@ private:
             const QString progId = entry.contains(QLatin1Char('=')) ? entry.section(QLatin1Char('='), 1)
                                                                     : QStringLiteral("NebraTest.Scripted");
             json << QStringLiteral(R"({"Name":"%1","ProgID":"%2"})").arg(name, progId);
-            QDir().mkpath(m_paths->WizardsParentFolder() + QStringLiteral("/Wizards/") + name);
-            QFile page(indexOf(name));
-            QVERIFY(page.open(QIODevice::WriteOnly));
-            page.write("<html><body><h1>" + name.toUtf8() + "</h1></body></html>");
+            test::writeFile(indexOf(name), "<html><body><h1>" + name.toUtf8() + "</h1></body></html>");
         }
-        QFile file(catalogueFile());
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(QStringLiteral(R"({"wizards":[%1]})").arg(json.join(QLatin1Char(','))).toUtf8());
+        test::writeFile(catalogueFile(),
+                        QStringLiteral(R"({"wizards":[%1]})").arg(json.join(QLatin1Char(','))).toUtf8());
     }
     QString indexOf(const QString& name) const
     {
-        return m_paths->WizardsParentFolder() + QStringLiteral("/Wizards/") + name +
+        return m_suite->paths.WizardsParentFolder() + QStringLiteral("/Wizards/") + name +
                QStringLiteral("/Index.html");
     }
 
@@ -87,7 +78,7 @@ private:
     NewAssayProtocolDialog& openDialog(const QStringList& entries)
     {
         writeCatalogue(entries);
-        m_dialog = std::make_unique<NewAssayProtocolDialog>(*m_host, *m_paths, *m_settings, hooks());
+        m_dialog = std::make_unique<NewAssayProtocolDialog>(*m_host, m_suite->paths, *m_settings, hooks());
         m_dialog->LoadList();
         m_dialog->show();
         m_dialog->setResult(-1);
@@ -117,35 +108,36 @@ private:
         if (twice)
             QTest::mouseDClick(list()->viewport(), Qt::LeftButton, {}, point);
     }
-    QString lastRun() const
+    QVariant state(const char* key) const
     {
-        return static_cast<SharedWizardState*>(m_host->SharedState())
-            ->Value(QStringLiteral("LastRun"))
-            .toString();
+        return static_cast<SharedWizardState*>(m_host->SharedState())->Value(QLatin1String(key));
     }
     static void script(const QByteArray& json) { qputenv("NEBRA_TEST_WIZARD_SCRIPT", json); }
 
 private Q_SLOTS:
     void init()
     {
-        m_folders = std::make_unique<test::UserFolders>();
-        m_programs = std::make_unique<test::RecordingPrograms>();
-        m_store = std::make_unique<SettingsStore>(m_folders->settingsFile());
-        QVERIFY(m_store->setValue(QStringLiteral("Paths/WizardsParentFolder"), m_folders->root() + "/suite"));
-        QVERIFY(m_store->setValue(QStringLiteral("Paths/AssayApplicationPath"),
-                                  m_programs->program(QStringLiteral("Assay Application"))));
-        m_paths = std::make_unique<SuitePaths>(*m_store);
-        m_settings = std::make_unique<SuiteSettings>(*m_store);
+        m_suite = std::make_unique<test::RecordedSuite>();
+        QVERIFY(m_suite->store.setValue(QStringLiteral("Paths/WizardsParentFolder"),
+                                        m_suite->folders.root() + "/suite"));
+        m_settings = std::make_unique<SuiteSettings>(m_suite->store);
         QVERIFY(m_settings->SetCurrentHLD(1));
-        m_host = std::make_unique<WizardHost>(*m_paths, *m_settings, catalogueFile(),
+        m_host = std::make_unique<WizardHost>(m_suite->paths, *m_settings, catalogueFile(),
                                               QStringLiteral(NEBRA_TEST_WIZARD_PLUGINS));
-        m_launcher = std::make_unique<DocumentLauncher>(*m_paths, LaunchContext{});
+        m_launcher = std::make_unique<DocumentLauncher>(m_suite->paths, LaunchContext{});
         m_events.clear();
         m_log.clear();
         m_secured = false;
         script("{}");
     }
-    void cleanup() { m_dialog.reset(); }
+    void cleanup()
+    {
+        m_dialog.reset();
+        m_launcher.reset();
+        m_host.reset();
+        m_settings.reset();
+        m_suite.reset();
+    }
 
     void loadingTheList_data()
     {
@@ -210,9 +202,11 @@ private Q_SLOTS:
         QVERIFY(m_events.isEmpty());
     }
 
+    // In a security session the wizard is given the session's manager.
     void okRunsTheSelectedItemNotTheClickedOne()
     {
         test::MessageRecorder messages;
+        m_secured = true;
         openDialog({"Kinetic", "Generic", "ELISA"});
         clickItem(QStringLiteral("ELISA"));
         QCOMPARE(m_dialog->ClickedItem(), item(QStringLiteral("ELISA")));
@@ -220,7 +214,8 @@ private Q_SLOTS:
                                   QUrl::fromLocalFile(indexOf(QStringLiteral("ELISA"))), 10000);
         list()->setCurrentItem(item(QStringLiteral("Kinetic")));
         press("OKButton");
-        QCOMPARE(lastRun(), QStringLiteral("Kinetic"));
+        QCOMPARE(state("LastRun").toString(), QStringLiteral("Kinetic"));
+        QVERIFY(state("Secured").toBool());
     }
 
     void resultCodes_data()
@@ -280,10 +275,10 @@ private Q_SLOTS:
             QVERIFY2(m_log.first().contains("does not implement the wizard interface"),
                      qPrintable(m_log.first()));
         if (!editorArgs.isEmpty()) {
-            QVERIFY(m_programs->waitForRecords(1));
-            QCOMPARE(m_programs->records().first().mid(1), editorArgs);
+            QVERIFY(m_suite->programs.waitForRecords(1));
+            QCOMPARE(m_suite->programs.records().first().mid(1), editorArgs);
         } else {
-            QCOMPARE(m_programs->records().size(), 0);
+            QCOMPARE(m_suite->programs.records().size(), 0);
         }
     }
 
@@ -309,17 +304,8 @@ private Q_SLOTS:
             doubleClickAt(empty);
         }
         QCOMPARE(m_events, onItem ? QStringList({"close help", "results"}) : QStringList());
-        QCOMPARE(m_host->HasSharedState() ? lastRun() : QString(),
+        QCOMPARE(m_host->HasSharedState() ? state("LastRun").toString() : QString(),
                  onItem ? QStringLiteral("Kinetic") : QString());
-    }
-
-    void securitySessionGivesTheManager()
-    {
-        test::MessageRecorder messages;
-        m_secured = true;
-        openDialog({"Generic"});
-        press("OKButton");
-        QVERIFY(static_cast<SharedWizardState*>(m_host->SharedState())->Value("Secured").toBool());
     }
 
     void cancelAndHelp()
@@ -337,9 +323,6 @@ private Q_SLOTS:
     {
         test::MessageRecorder messages;
         openDialog({"Generic"});
-        for (QWidget* child : m_dialog->findChildren<QWidget*>(Qt::FindDirectChildrenOnly))
-            if (!child->objectName().isEmpty())
-                QVERIFY2(!child->accessibleName().isEmpty(), qPrintable(child->objectName()));
         for (const char* name :
              {"SSSplitter1", "ListView1", "WebBrowser1", "OKButton", "CancelButton", "cmdHelp"}) {
             auto* control = m_dialog->findChild<QWidget*>(QLatin1String(name));
@@ -359,9 +342,9 @@ private Q_SLOTS:
             return int(QDialog::Rejected);
         });
         dialogs.cancel();
-        NewAssayProtocolDialog::ShowNew(*m_host, *m_paths, *m_settings, hooks(), nullptr);
+        NewAssayProtocolDialog::ShowNew(*m_host, m_suite->paths, *m_settings, hooks(), nullptr);
         QVERIFY(first.isNull());
-        NewAssayProtocolDialog::ShowNew(*m_host, *m_paths, *m_settings, hooks(), nullptr);
+        NewAssayProtocolDialog::ShowNew(*m_host, m_suite->paths, *m_settings, hooks(), nullptr);
         QCOMPARE(dialogs.shown(), (QStringList{"frmNewAssayProtocol", "frmNewAssayProtocol"}));
         QCOMPARE(messages.count(), 2); // "Missing Wizards" at every creation
     }
@@ -378,8 +361,7 @@ private Q_SLOTS:
                                  {});
         QCOMPARE(messages.count(), 1);
         QCOMPARE(messages.last().title, QStringLiteral("Information"));
-        QCOMPARE(static_cast<SharedWizardState*>(m_host->SharedState())->Value("Owner").toString(),
-                 QStringLiteral("frmNMain"));
+        QCOMPARE(state("Owner").toString(), QStringLiteral("frmNMain"));
     }
 };
 

@@ -1,5 +1,6 @@
 #include "PlateLayout.h"
 #include "SpecialFiles.h"
+#include "TestFiles.h"
 
 #include <QDir>
 #include <QTemporaryDir>
@@ -83,14 +84,10 @@ private Q_SLOTS:
         QTest::newRow("rows twice") << QByteArray("[Layout]\nRows=8\nColumns=12\nrows=16\n")
                                     << "Line 4: rows is given a second time (first on line 2).";
         // toUpper() would fold these into A to Z and digits into a number.
-        QTest::newRow("dotless i") << plate(16, 24,
-                                            "\xc4\xb1"
-                                            "1=sample\n")
-                                   << "is not a well of a 16 x 24";
-        QTest::newRow("long s") << plate(32, 48,
-                                         "\xc5\xbf"
-                                         "1=sample\n")
-                                << "is not a well of a 32 x 48";
+        // clang-format off
+        QTest::newRow("dotless i") << plate(16, 24, "\xc4\xb1" "1=sample\n") << "is not a well of a 16 x 24";
+        QTest::newRow("long s") << plate(32, 48, "\xc5\xbf" "1=sample\n") << "is not a well of a 32 x 48";
+        // clang-format on
         QTest::newRow("Arabic-Indic digit") << plate(8, 12, "A\xd9\xa1=sample\n") << "is not a well";
         QTest::newRow("leading zero") << plate(8, 12, "A01=sample\n") << "\"A01\" is not a well";
         QTest::newRow("signed column") << plate(8, 12, "A+1=sample\n") << "\"A+1\" is not a well";
@@ -145,11 +142,10 @@ private Q_SLOTS:
         QTemporaryDir dir;
         QByteArray text = plate(8, 12, "A1=sample\n# ");
         text += QByteArray(size - text.size() - 1, 'x') + '\n';
-        QFile file(dir.filePath("big.mlo"));
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(text) == size);
-        file.close();
+        QCOMPARE(text.size(), size);
+        test::writeFile(dir.filePath("big.mlo"), text);
         QString error;
-        QCOMPARE(bool(PlateLayout::Load(file.fileName(), error)), read);
+        QCOMPARE(bool(PlateLayout::Load(dir.filePath("big.mlo"), error)), read);
         QVERIFY2(read == error.isEmpty(), qPrintable(error));
         if (!read)
             QCOMPARE(error,

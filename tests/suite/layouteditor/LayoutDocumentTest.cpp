@@ -1,6 +1,7 @@
 #include "LayoutDocument.h"
 #include "MessageRecorder.h"
 #include "PlateLayoutWriter.h"
+#include "TestFiles.h"
 
 #include <QDir>
 #include <QTemporaryDir>
@@ -39,12 +40,6 @@ QString describe(const PlateLayout& layout)
     }
     return parts.join(QLatin1Char(' '));
 }
-
-QByteArray readAll(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 } // namespace
 
 class LayoutDocumentTest : public QObject
@@ -53,14 +48,6 @@ class LayoutDocumentTest : public QObject
 
 private:
     QTemporaryDir m_dir;
-
-    QString saved(LayoutDocument& document, const QString& name)
-    {
-        QString error;
-        const QString path = m_dir.filePath(name);
-        const auto result = document.saveAs(path, error);
-        return result == LayoutDocument::SaveResult::Saved ? path : QStringLiteral("not saved: ") + error;
-    }
 
 private Q_SLOTS:
     void seriesFillsLabelsAndConcentrations_data()
@@ -189,8 +176,9 @@ private Q_SLOTS:
             QString error;
             QVERIFY2(document.open(folder.filePath(name), error), qPrintable(error));
             QCOMPARE(document.displayName(), name);
-            const QString copy = saved(document, name);
-            QCOMPARE(readAll(copy), readAll(folder.filePath(name)));
+            const QString copy = m_dir.filePath(name);
+            QCOMPARE(document.saveAs(copy, error), LayoutDocument::SaveResult::Saved);
+            QCOMPARE(test::readFile(copy), test::readFile(folder.filePath(name)));
             QCOMPARE(document.path(), copy);
         }
     }
@@ -208,9 +196,7 @@ private Q_SLOTS:
         QFETCH(int, answer);
         QFETCH(bool, replaced);
         const QString other = m_dir.filePath(QStringLiteral("Other %1.mlo").arg(answer));
-        QFile file(other);
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.write("precious") == 8);
-        file.close();
+        test::writeFile(other, "precious");
         test::MessageRecorder messages;
         messages.answer(answer);
         LayoutDocument document;
@@ -224,7 +210,7 @@ private Q_SLOTS:
         QCOMPARE(messages.last().buttons, MessageButton::Yes | MessageButton::No);
         QCOMPARE(messages.last().defaultButton, int(MessageButton::No));
         QCOMPARE(result == LayoutDocument::SaveResult::Saved, replaced);
-        QCOMPARE(readAll(other) == "precious", !replaced);
+        QCOMPARE(test::readFile(other) == "precious", !replaced);
         QCOMPARE(document.isModified(), false);
     }
 
@@ -251,9 +237,7 @@ private Q_SLOTS:
         QCOMPARE(messages.count(), 0);
         // Another program rewrites the file meanwhile.
         const QByteArray theirs = "[Layout]\nRows=2\nColumns=3\n";
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(theirs) == theirs.size());
-        file.close();
+        test::writeFile(path, theirs);
         document.assignRole(wells(document.layout(), "A2"), WellRole::Blank);
         messages.answer(answer);
         const auto result = document.save(error);
@@ -264,12 +248,12 @@ private Q_SLOTS:
             QStringLiteral("\"Race.mlo\" has been changed by another program since it was opened here.\n\n"
                            "Your version will be saved as \"Race (edited).mlo\" beside it; the other version "
                            "is kept as it is."));
-        QCOMPARE(readAll(path), theirs);
+        QCOMPARE(test::readFile(path), theirs);
         const QString copy = dir.filePath(QStringLiteral("Race (edited).mlo"));
         if (answer == MessageButton::Ok) {
             QCOMPARE(result, LayoutDocument::SaveResult::Saved);
             QCOMPARE(document.path(), copy);
-            QCOMPARE(readAll(copy), PlateLayoutWriter::Serialise(document.layout()));
+            QCOMPARE(test::readFile(copy), PlateLayoutWriter::Serialise(document.layout()));
             QCOMPARE(LayoutDocument::freeSiblingPath(path), dir.filePath("Race (edited 2).mlo"));
         } else {
             QCOMPARE(result, LayoutDocument::SaveResult::Cancelled);

@@ -64,39 +64,24 @@ private Q_SLOTS:
         QTest::addColumn<QString>("folder");
         QTest::addColumn<QString>("message");
         const QString folder = m_dir.filePath("My Layouts");
-        QTest::newRow("nothing: untitled") << QStringList() << "Untitled[*] - Layout Editor"
-                                           << "96"
-                                           << ""
-                                           << "";
-        QTest::newRow("a path") << QStringList{m_layout} << "Two words.mlo[*] - Layout Editor"
-                                << "24"
-                                << ""
-                                << "";
-        QTest::newRow("a path in pieces") << m_layout.split(' ') << "Two words.mlo[*] - Layout Editor"
-                                          << "24"
-                                          << ""
-                                          << "";
+        const QString untitled = QStringLiteral("Untitled[*] - Layout Editor");
+        const QString opened = QStringLiteral("Two words.mlo[*] - Layout Editor");
+        // clang-format off
+        QTest::newRow("nothing: untitled") << QStringList() << untitled << "96" << "" << "";
+        QTest::newRow("a path") << QStringList{m_layout} << opened << "24" << "" << "";
+        QTest::newRow("a path in pieces") << m_layout.split(' ') << opened << "24" << "" << "";
         QTest::newRow("the layouts folder, quoted")
-            << QStringList{"\"layoutsfolder:" + folder + '"'} << "Untitled[*] - Layout Editor"
-            << "96" << folder << "";
+            << QStringList{"\"layoutsfolder:" + folder + '"'} << untitled << "96" << folder << "";
         QTest::newRow("a missing layouts folder")
-            << QStringList{"\"layoutsfolder:" + folder + "/gone\""} << "Untitled[*] - Layout Editor"
-            << "96" << folder + "/gone"
+            << QStringList{"\"layoutsfolder:" + folder + "/gone\""} << untitled << "96" << folder + "/gone"
             << "The layouts folder \"" + folder + "/gone\" does not exist.";
         QTest::newRow("a missing file")
-            << QStringList{m_dir.filePath("none.mlo")} << "Untitled[*] - Layout Editor"
-            << "96"
-            << ""
-            << "does not exist or is not a file";
-        QTest::newRow("an unknown option") << QStringList{"--frobnicate"} << "Untitled[*] - Layout Editor"
-                                           << "96"
-                                           << ""
-                                           << "\"--frobnicate\" is not an option";
+            << QStringList{m_dir.filePath("none.mlo")} << untitled << "96" << "" << "does not exist or is not a file";
+        QTest::newRow("an unknown option")
+            << QStringList{"--frobnicate"} << untitled << "96" << "" << "\"--frobnicate\" is not an option";
         QTest::newRow("not a layout")
-            << QStringList{m_report.chopped(4) + ".mlo"} << "Untitled[*] - Layout Editor"
-            << "96"
-            << ""
-            << "could not be opened";
+            << QStringList{m_report.chopped(4) + ".mlo"} << untitled << "96" << "" << "could not be opened";
+        // clang-format on
     }
 
     void startedByHand()
@@ -126,10 +111,10 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("option");
         QTest::addColumn<QString>("output");
-        QTest::newRow("help") << "--help"
-                              << "Usage: nebra-layout-editor [LAYOUT | \"layoutsfolder:FOLDER\"";
-        QTest::newRow("version") << "--version"
-                                 << "nebra-layout-editor " NEBRA_VERSION "\n";
+        // clang-format off
+        QTest::newRow("help") << "--help" << "Usage: nebra-layout-editor [LAYOUT | \"layoutsfolder:FOLDER\"";
+        QTest::newRow("version") << "--version" << "nebra-layout-editor " NEBRA_VERSION "\n";
+        // clang-format on
     }
 
     void answersHelpAndVersionWithoutAWindow()

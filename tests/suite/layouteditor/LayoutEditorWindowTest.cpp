@@ -1,5 +1,5 @@
 #include "LayoutEditorWindow.h"
-#include "Dialogs.h"
+#include "DialogScript.h"
 #include "EditorPanel.h"
 #include "LayoutCanvas.h"
 #include "LayoutDocument.h"
@@ -144,7 +144,8 @@ private Q_SLOTS:
         QFETCH(bool, saved);
         QTemporaryDir dir;
         const QString path = dir.filePath("Drawn.mlo");
-        const Dialogs::Handler previous = Dialogs::setHandler([&](QDialog& dialog) {
+        test::DialogScript dialogs;
+        dialogs.then([&](QDialog& dialog) {
             auto* files = qobject_cast<QFileDialog*>(&dialog);
             if (!files || files->acceptMode() != QFileDialog::AcceptSave)
                 return int(QDialog::Rejected);
@@ -155,7 +156,7 @@ private Q_SLOTS:
         messages.answer(answer);
         m_document->rename("Drawn");
         QCOMPARE(m_window->close(), closed);
-        Dialogs::setHandler(previous);
+        QCOMPARE(dialogs.shown().size(), int(saved)); // the save dialog, only when saving
         QCOMPARE(messages.count(), 1);
         QCOMPARE(messages.last().text,
                  QStringLiteral("The layout \"Untitled\" has unsaved changes.\nDo you want to save them?"));

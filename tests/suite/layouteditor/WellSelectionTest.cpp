@@ -62,72 +62,30 @@ private Q_SLOTS:
         QTest::addColumn<QString>("selected");
         QTest::addColumn<QString>("cursor");
         // On a 24-well plate: rows A-D, columns 1-6.
-        QTest::newRow("start") << ""
-                               << "A1"
-                               << "A1";
-        QTest::newRow("click") << "press B2"
-                               << "B2"
-                               << "B2";
-        QTest::newRow("click replaces") << "press B2; press C3"
-                                        << "C3"
-                                        << "C3";
-        QTest::newRow("drag a rectangle") << "press B2; drag C4"
-                                          << "B2 B3 B4 C2 C3 C4"
-                                          << "C4";
-        QTest::newRow("drag backwards") << "press C4; drag B3"
-                                        << "B3 B4 C3 C4"
-                                        << "B3";
-        QTest::newRow("drag shrinks again") << "press A1; drag C3; drag A2"
-                                            << "A1 A2"
-                                            << "A2";
-        QTest::newRow("ctrl adds") << "press A1; ctrl D6"
-                                   << "A1 D6"
-                                   << "D6";
-        QTest::newRow("ctrl toggles off") << "press A1; ctrl B1; ctrl A1"
-                                          << "B1"
-                                          << "A1";
-        QTest::newRow("ctrl on the only well keeps it") << "press A1; ctrl A1"
-                                                        << "A1"
-                                                        << "A1";
-        QTest::newRow("ctrl drag adds a rectangle") << "press A1; ctrl C5; drag D6"
-                                                    << "A1 C5 C6 D5 D6"
-                                                    << "D6";
-        QTest::newRow("shift click stretches") << "press B2; shift C3"
-                                               << "B2 B3 C2 C3"
-                                               << "C3";
-        QTest::newRow("row header") << "press A1; row C"
-                                    << "C1 C2 C3 C4 C5 C6"
-                                    << "C1";
-        QTest::newRow("column header") << "column 5"
-                                       << "A5 B5 C5 D5"
-                                       << "A5";
-        QTest::newRow("ctrl adds a row") << "press A1; ctrlrow D"
-                                         << "A1 D1 D2 D3 D4 D5 D6"
-                                         << "D1";
-        QTest::newRow("ctrl adds a column") << "column 1; ctrlcolumn 6"
-                                            << "A1 A6 B1 B6 C1 C6 D1 D6"
-                                            << "A6";
-        QTest::newRow("select all") << "press B2; all"
-                                    << "all"
-                                    << "B2";
-        QTest::newRow("arrow moves") << "press B2; key right; key down"
-                                     << "C3"
-                                     << "C3";
-        QTest::newRow("arrow stops at the edge") << "press A1; key up; key left"
-                                                 << "A1"
-                                                 << "A1";
-        QTest::newRow("shift arrows stretch") << "press B2; shiftkey right; shiftkey down"
-                                              << "B2 B3 C2 C3"
-                                              << "C3";
-        QTest::newRow("shift arrows shrink back") << "press B2; shiftkey right; shiftkey left"
-                                                  << "B2"
-                                                  << "B2";
-        QTest::newRow("arrow after a rectangle") << "press A1; drag B2; key right"
-                                                 << "B3"
-                                                 << "B3";
-        QTest::newRow("shift after a header") << "row B; shiftkey down"
-                                              << "B1 C1"
-                                              << "C1";
+        // clang-format off
+        QTest::newRow("start") << "" << "A1" << "A1";
+        QTest::newRow("click") << "press B2" << "B2" << "B2";
+        QTest::newRow("click replaces") << "press B2; press C3" << "C3" << "C3";
+        QTest::newRow("drag a rectangle") << "press B2; drag C4" << "B2 B3 B4 C2 C3 C4" << "C4";
+        QTest::newRow("drag backwards") << "press C4; drag B3" << "B3 B4 C3 C4" << "B3";
+        QTest::newRow("drag shrinks again") << "press A1; drag C3; drag A2" << "A1 A2" << "A2";
+        QTest::newRow("ctrl adds") << "press A1; ctrl D6" << "A1 D6" << "D6";
+        QTest::newRow("ctrl toggles off") << "press A1; ctrl B1; ctrl A1" << "B1" << "A1";
+        QTest::newRow("ctrl on the only well keeps it") << "press A1; ctrl A1" << "A1" << "A1";
+        QTest::newRow("ctrl drag adds a rectangle") << "press A1; ctrl C5; drag D6" << "A1 C5 C6 D5 D6" << "D6";
+        QTest::newRow("shift click stretches") << "press B2; shift C3" << "B2 B3 C2 C3" << "C3";
+        QTest::newRow("row header") << "press A1; row C" << "C1 C2 C3 C4 C5 C6" << "C1";
+        QTest::newRow("column header") << "column 5" << "A5 B5 C5 D5" << "A5";
+        QTest::newRow("ctrl adds a row") << "press A1; ctrlrow D" << "A1 D1 D2 D3 D4 D5 D6" << "D1";
+        QTest::newRow("ctrl adds a column") << "column 1; ctrlcolumn 6" << "A1 A6 B1 B6 C1 C6 D1 D6" << "A6";
+        QTest::newRow("select all") << "press B2; all" << "all" << "B2";
+        QTest::newRow("arrow moves") << "press B2; key right; key down" << "C3" << "C3";
+        QTest::newRow("arrow stops at the edge") << "press A1; key up; key left" << "A1" << "A1";
+        QTest::newRow("shift arrows stretch") << "press B2; shiftkey right; shiftkey down" << "B2 B3 C2 C3" << "C3";
+        QTest::newRow("shift arrows shrink back") << "press B2; shiftkey right; shiftkey left" << "B2" << "B2";
+        QTest::newRow("arrow after a rectangle") << "press A1; drag B2; key right" << "B3" << "B3";
+        QTest::newRow("shift after a header") << "row B; shiftkey down" << "B1 C1" << "C1";
+        // clang-format on
     }
 
     void selectsByMouseAndKeyboard()

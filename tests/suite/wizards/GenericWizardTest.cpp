@@ -1,6 +1,7 @@
 #include "GenericWizard.h"
 #include "AssayProtocol.h"
 #include "AssayProtocolWizard.h"
+#include "Controls.h"
 #include "PlateLayoutViewer.h"
 #include "SpecialFiles.h"
 #include "WizardPlugins.h"
@@ -32,19 +33,18 @@ private:
     QString protocols() const { return m_dir->filePath(QStringLiteral("Protocols")); }
     QString layouts() const { return m_dir->filePath(QStringLiteral("Microplate Layouts")); }
 
-    template <typename T> T* control(const char* name) const
-    {
-        T* found = m_wizard->findChild<T*>(QLatin1String(name));
-        if (!found)
-            qFatal("no control %s", name);
-        return found;
-    }
+    template <typename T> T* control(const char* name) const { return test::control<T>(*m_wizard, name); }
     bool nextEnabled() const { return m_wizard->button(QWizard::NextButton)->isEnabled(); }
     GenericWizard& start(const QString& preferredLayout = {})
     {
         m_wizard = std::make_unique<GenericWizard>(protocols(), layouts(), preferredLayout);
         m_wizard->show();
         return *m_wizard;
+    }
+    void toLayoutPage()
+    {
+        control<QLineEdit>("txtProtocolName")->setText(QStringLiteral("A"));
+        m_wizard->next();
     }
     // Fills the pages up to the last one with a fluorescence kinetic read.
     void fillUpToAnalysis(const QString& name)
@@ -85,22 +85,16 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("name");
         QTest::addColumn<QString>("problem"); // empty: accepted
-        QTest::newRow("plain") << "TNF-alpha ELISA (plate 2)"
-                               << "";
-        QTest::newRow("empty") << ""
-                               << "";
-        QTest::newRow("slash") << "a/b"
-                               << "A name cannot hold the character \"/\".";
-        QTest::newRow("colon") << "a:b"
-                               << "A name cannot hold the character \":\".";
-        QTest::newRow("hidden") << ".apr"
-                                << "The name must not begin or end with a full stop.";
-        QTest::newRow("blank at the end") << "Assay "
-                                          << "The name must not begin or end with a blank.";
-        QTest::newRow("taken") << "Existing"
-                               << "A protocol named \"Existing\" already exists.";
-        QTest::newRow("too long") << QString(101, QLatin1Char('x'))
-                                  << "The name is longer than 100 characters.";
+        // clang-format off
+        QTest::newRow("plain") << "TNF-alpha ELISA (plate 2)" << "";
+        QTest::newRow("empty") << "" << "";
+        QTest::newRow("slash") << "a/b" << "A name cannot hold the character \"/\".";
+        QTest::newRow("colon") << "a:b" << "A name cannot hold the character \":\".";
+        QTest::newRow("hidden") << ".apr" << "The name must not begin or end with a full stop.";
+        QTest::newRow("blank at the end") << "Assay " << "The name must not begin or end with a blank.";
+        QTest::newRow("taken") << "Existing" << "A protocol named \"Existing\" already exists.";
+        QTest::newRow("too long") << QString(101, QLatin1Char('x')) << "The name is longer than 100 characters.";
+        // clang-format on
     }
     void protocolName()
     {
@@ -115,8 +109,7 @@ private Q_SLOTS:
     void layoutPageShowsTheChosenLayout()
     {
         start(QStringLiteral("Kinetic 384.mlo"));
-        control<QLineEdit>("txtProtocolName")->setText(QStringLiteral("A"));
-        m_wizard->next();
+        toLayoutPage();
         QCOMPARE(control<QListWidget>("lstLayouts")->count(), 3);
         QCOMPARE(control<QListWidget>("lstLayouts")->currentItem()->text(),
                  QStringLiteral("Kinetic 384.mlo"));
@@ -135,8 +128,7 @@ private Q_SLOTS:
         QVERIFY(socket.isBound());
         const test::PipeWatchdog watchdog(layouts() + QStringLiteral("/A pipe.mlo"));
         start(QStringLiteral("A pipe.mlo"));
-        control<QLineEdit>("txtProtocolName")->setText(QStringLiteral("A"));
-        m_wizard->next();
+        toLayoutPage();
         QCOMPARE(control<QListWidget>("lstLayouts")->count(), 3);
         QVERIFY(control<QListWidget>("lstLayouts")
                     ->findItems(QStringLiteral("A "), Qt::MatchStartsWith)
@@ -149,8 +141,7 @@ private Q_SLOTS:
         for (const QString& file : QDir(layouts()).entryList(QDir::Files))
             QVERIFY(QFile::remove(layouts() + QLatin1Char('/') + file));
         start();
-        control<QLineEdit>("txtProtocolName")->setText(QStringLiteral("A"));
-        m_wizard->next();
+        toLayoutPage();
         QVERIFY(!nextEnabled());
         QVERIFY(control<QLabel>("lblNoLayouts")->text().startsWith(QStringLiteral("There are no layouts")));
     }
@@ -158,8 +149,7 @@ private Q_SLOTS:
     void impossibleFiltersAreRefused()
     {
         start();
-        control<QLineEdit>("txtProtocolName")->setText(QStringLiteral("A"));
-        m_wizard->next();
+        toLayoutPage();
         m_wizard->next();
         control<QComboBox>("cboReadMode")->setCurrentIndex(1);
         control<QSpinBox>("spnExcitation")->setValue(535);
