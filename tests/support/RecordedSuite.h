@@ -1,0 +1,31 @@
+#pragma once
+
+#include "RecordingPrograms.h"
+#include "SettingsStore.h"
+#include "SuitePaths.h"
+#include "UserFolders.h"
+
+namespace nebra::test {
+
+// Redirected user folders holding the suite's settings and paths, with the
+// suite's programs (assay application, layout editor, read configuration
+// editor) set to recording copies. One per test function; needs
+// nebra_use_argv_recorder(test).
+struct RecordedSuite
+{
+    UserFolders folders;
+    RecordingPrograms programs;
+    SettingsStore store{folders.settingsFile()};
+    SuitePaths paths{store};
+
+    RecordedSuite()
+    {
+        for (const auto& [setting, program] : {std::pair{"AssayApplicationPath", "Assay Application"},
+                                               {"LayoutEditorPath", "Layout Editor"},
+                                               {"ReadConfigurationEditorPath", "Read Configuration Editor"}})
+            QVERIFY(store.setValue(QStringLiteral("Paths/") + QLatin1String(setting),
+                                   programs.program(QLatin1String(program))));
+    }
+};
+
+} // namespace nebra::test
