@@ -6,19 +6,35 @@
 
 namespace nebra {
 
+namespace {
+
+struct Made
+{
+    QPointer<QStyle> by;
+    QHash<int, QIcon> icons;
+};
+
+Made& made()
+{
+    static Made made;
+    return made;
+}
+
+} // namespace
+
 QIcon StyleIcons::icon(QStyle::StandardPixmap picture)
 {
-    // Made again when the application's style changes.
-    static QPointer<QStyle> madeBy;
-    static QHash<int, QIcon> icons;
+    Made& cache = made();
     QStyle* const style = QApplication::style();
-    if (madeBy != style) {
-        icons.clear();
-        madeBy = style;
+    if (cache.by != style) { // the first time, or the application's style changed
+        if (!cache.by)
+            qAddPostRoutine([] { made().icons.clear(); }); // no picture outlives the application
+        cache.icons.clear();
+        cache.by = style;
     }
-    auto known = icons.constFind(int(picture));
-    if (known == icons.cend())
-        known = icons.insert(int(picture), style->standardIcon(picture));
+    auto known = cache.icons.constFind(int(picture));
+    if (known == cache.icons.cend())
+        known = cache.icons.insert(int(picture), style->standardIcon(picture));
     return *known;
 }
 
