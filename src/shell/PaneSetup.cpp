@@ -9,10 +9,9 @@
 #include "PlateLayoutViewer.h"
 #include "Resources.h"
 #include "ShortcutsBar.h"
+#include "StyleIcons.h"
 #include "SuiteSettings.h"
 
-#include <QApplication>
-#include <QHash>
 #include <QStyle>
 
 namespace nebra {
@@ -118,16 +117,9 @@ void PaneSetup::SetShortcutBarIcons() const
 {
     LogTraceBlock();
     ShortcutsBar& bar = m_window.shortcutsBar();
-    // Each picture made once: the style reads its files for every icon it makes.
-    QHash<int, QIcon> icons;
     for (int group = 0; group < bar.groupCount(); ++group)
-        for (int item = 0; item < bar.itemCaptions(group).size(); ++item) {
-            const QStyle::StandardPixmap picture = pictureForKey(bar.itemKey(group, item));
-            auto known = icons.find(picture);
-            if (known == icons.end())
-                known = icons.insert(picture, QApplication::style()->standardIcon(picture));
-            bar.setItemIcon(group, item, *known);
-        }
+        for (int item = 0; item < bar.itemCaptions(group).size(); ++item)
+            bar.setItemIcon(group, item, StyleIcons::icon(pictureForKey(bar.itemKey(group, item))));
 }
 
 void PaneSetup::showPanes() const

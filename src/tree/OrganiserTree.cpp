@@ -8,11 +8,11 @@
 #include "InstalledDrivers.h"
 #include "Resources.h"
 #include "ShortcutsBar.h"
+#include "StyleIcons.h"
 #include "SuitePaths.h"
 #include "SuiteSettings.h"
 #include "TreePathRules.h"
 
-#include <QApplication>
 #include <QStyle>
 
 namespace nebra {
@@ -233,8 +233,7 @@ void OrganiserTree::addInstrumentShortcut(const QString& caption)
     }
     // After the Organiser item, where start-up puts it.
     m_instrumentShortcut = m_shortcuts.insertItem(FoldersGroup, 1, caption, InstrumentKey);
-    m_shortcuts.setItemIcon(FoldersGroup, m_instrumentShortcut,
-                            QApplication::style()->standardIcon(QStyle::SP_DriveHDIcon));
+    m_shortcuts.setItemIcon(FoldersGroup, m_instrumentShortcut, StyleIcons::icon(QStyle::SP_DriveHDIcon));
 }
 
 FolderNode OrganiserTree::nodeForKind(FolderKind kind) const

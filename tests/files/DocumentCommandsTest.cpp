@@ -8,22 +8,20 @@
 using namespace nebra;
 using nebra::test::makeFolder;
 using nebra::test::MessageRecorder;
-using nebra::test::OrganiserWorld;
+using nebra::test::TreeWorld;
 
 namespace {
 
-struct Commands
+struct Commands : TreeWorld
 {
-    OrganiserWorld world;
-    OrganiserTree tree{*world.tree, *world.list, *world.shortcuts, world.treeSources()};
     int resets = 0;
-    DocumentCommands commands{*world.tree, [this] { ++resets; }};
+    DocumentCommands commands{*tree, [this] { ++resets; }};
 
     Commands()
     {
-        makeFolder(world.data("Microplate Layouts/96 well/Deep"));
-        makeFolder(world.data("Protocols/Elisa"));
-        tree.InitialiseOrganiserTree();
+        makeFolder(data("Microplate Layouts/96 well/Deep"));
+        makeFolder(data("Protocols/Elisa"));
+        build();
     }
 };
 
@@ -55,16 +53,17 @@ private Q_SLOTS:
         QFETCH(QString, whereAfter);
         Commands c;
         MessageRecorder messages;
-        const QMap<QString, FolderNode> nodes{{"layouts", c.tree.layoutsNode()},
-                                              {"protocols sub-folder", c.tree.protocolsNode().child(0)},
-                                              {"root", c.tree.rootNode()},
-                                              {"layouts sub-folder", c.tree.layoutsNode().child(0).child(0)}};
-        c.world.tree->setCurrentNode(nodes[where]);
+        const QMap<QString, FolderNode> nodes{
+            {"layouts", c.organiser.layoutsNode()},
+            {"protocols sub-folder", c.organiser.protocolsNode().child(0)},
+            {"root", c.organiser.rootNode()},
+            {"layouts sub-folder", c.organiser.layoutsNode().child(0).child(0)}};
+        c.tree->setCurrentNode(nodes[where]);
         if (answer)
             messages.answer(answer);
         c.commands.PerformDocumentCommand(DocumentCommand::New);
         QCOMPARE(c.resets, 2); // before and after
-        QCOMPARE(c.world.tree->currentNode(), nodes.value(whereAfter, nodes[where]));
+        QCOMPARE(c.tree->currentNode(), nodes.value(whereAfter, nodes[where]));
         c.commands.PerformDocumentCommand(DocumentCommand::Open);
         c.commands.PerformDocumentCommand(static_cast<DocumentCommand>(999));
         QCOMPARE(messages.count(), whereAfter.isEmpty() ? 0 : 1);

@@ -1,9 +1,6 @@
 #include "DocumentLauncher.h"
 #include "MessageRecorder.h"
-#include "RecordingPrograms.h"
-#include "SettingsStore.h"
-#include "SuitePaths.h"
-#include "UserFolders.h"
+#include "RecordedSuite.h"
 
 #include <QtTest>
 
@@ -16,10 +13,7 @@ class DocumentLauncherTest : public QObject
     Q_OBJECT
 
 private:
-    std::unique_ptr<test::UserFolders> m_folders;
-    std::unique_ptr<test::RecordingPrograms> m_programs;
-    std::unique_ptr<SettingsStore> m_store;
-    std::unique_ptr<SuitePaths> m_paths;
+    std::unique_ptr<test::RecordedSuite> m_suite;
     std::unique_ptr<DocumentLauncher> m_launcher;
     QStringList m_events;
     QStringList m_used;
@@ -35,11 +29,11 @@ private:
             {"LayoutEditorPath", "Layout Editor"},
             {"AssayApplicationPath", "Assay Application"},
             {"ReadConfigurationEditorPath", "Read Configuration Editor"}};
-        return m_programs->program(names.value(setting));
+        return m_suite->programs.program(names.value(setting));
     }
     void setProgram(const QString& setting, const QString& path)
     {
-        QVERIFY(m_store->setValue(QStringLiteral("Paths/") + setting, path));
+        QVERIFY(m_suite->store.setValue(QStringLiteral("Paths/") + setting, path));
     }
     void run(const QString& procedure)
     {
@@ -56,19 +50,24 @@ private:
     }
     QByteArrayList startedArgv() const
     {
-        return m_programs->waitForRecords(1) ? m_programs->records().constFirst() : QByteArrayList();
+        return m_suite->programs.waitForRecords(1) ? m_suite->programs.records().constFirst()
+                                                   : QByteArrayList();
+    }
+    // Nothing was started before: a start that had happened would be recorded before this later one.
+    void nothingStartedBefore()
+    {
+        m_allow = true;
+        m_auditWritten = true;
+        m_launcher->OpenResults();
+        QVERIFY(m_suite->programs.waitForRecords(1));
+        QCOMPARE(m_suite->programs.records().size(), 1);
+        QCOMPARE(m_suite->programs.records().constFirst().value(1), m_document.toUtf8());
     }
 
 private Q_SLOTS:
     void init()
     {
-        m_folders = std::make_unique<test::UserFolders>();
-        m_programs = std::make_unique<test::RecordingPrograms>();
-        m_store = std::make_unique<SettingsStore>(m_folders->settingsFile());
-        m_paths = std::make_unique<SuitePaths>(*m_store);
-        for (const char* setting :
-             {"LayoutEditorPath", "AssayApplicationPath", "ReadConfigurationEditorPath"})
-            setProgram(QLatin1String(setting), programFor(QLatin1String(setting)));
+        m_suite = std::make_unique<test::RecordedSuite>();
         m_events.clear();
         m_used.clear();
         m_allow = true;
@@ -87,7 +86,7 @@ private Q_SLOTS:
         context.securityEnabled = [this] { return m_secured; };
         context.startNewProtocolWizard = [this] { m_events << QStringLiteral("wizard"); };
         context.documentUsed = [this](const QString& path) { m_used << path; };
-        m_launcher = std::make_unique<DocumentLauncher>(*m_paths, std::move(context));
+        m_launcher = std::make_unique<DocumentLauncher>(m_suite->paths, std::move(context));
     }
 
     void startsTheProgramWithTheExpectedCommandLine_data()
@@ -132,7 +131,7 @@ private Q_SLOTS:
         QFETCH(QString, audit);
         const QString program = programFor(setting);
         setProgram(setting, stored.arg(program));
-        arguments.replace(QLatin1String("LAYOUTS"), m_paths->LayoutsFolder());
+        arguments.replace(QLatin1String("LAYOUTS"), m_suite->paths.LayoutsFolder());
         m_document = document;
         m_secured = secured;
         run(procedure);
@@ -149,7 +148,7 @@ private Q_SLOTS:
         m_launcher->RunProtocol();
         QCOMPARE(startedArgv().value(0),
                  QFile::encodeName(programFor(QStringLiteral("AssayApplicationPath"))));
-        m_programs->clear();
+        m_suite->programs.clear();
         setProgram(QStringLiteral("AssayApplicationPath"), programFor(QStringLiteral("LayoutEditorPath")));
         m_launcher->RunProtocol();
         QCOMPARE(startedArgv().value(0), QFile::encodeName(programFor(QStringLiteral("LayoutEditorPath"))));
@@ -165,25 +164,19 @@ private Q_SLOTS:
         m_launcher->RunProtocol();
         m_launcher->CreateProtocol();
         QCOMPARE(m_events, QStringList({"check RunProtocol", "check CreateProtocol"}));
-        // A start that had happened would be recorded before this later one.
-        m_allow = true;
-        m_launcher->OpenResults();
-        QVERIFY(m_programs->waitForRecords(1));
-        QCOMPARE(m_programs->records().size(), 1);
+        nothingStartedBefore();
     }
 
     void anOperationWhoseEntryIsNotWrittenIsNotCarriedOut_data()
     {
         QTest::addColumn<QString>("procedure");
         QTest::addColumn<QString>("audit");
-        QTest::newRow("run") << "RunProtocol"
-                             << "Run protocol: " + m_document;
-        QTest::newRow("new layout") << "CreateLayout"
-                                    << "Create new layout template";
-        QTest::newRow("new protocol: no wizard") << "CreateProtocol"
-                                                 << "Create new protocol";
-        QTest::newRow("report, never checked") << "OpenReport"
-                                               << "Open report: " + m_document;
+        // clang-format off
+        QTest::newRow("run") << "RunProtocol" << "Run protocol: " + m_document;
+        QTest::newRow("new layout") << "CreateLayout" << "Create new layout template";
+        QTest::newRow("new protocol: no wizard") << "CreateProtocol" << "Create new protocol";
+        QTest::newRow("report, never checked") << "OpenReport" << "Open report: " + m_document;
+        // clang-format on
     }
 
     void anOperationWhoseEntryIsNotWrittenIsNotCarriedOut()
@@ -195,12 +188,7 @@ private Q_SLOTS:
         QCOMPARE(m_events.last(), "audit " + audit);
         QVERIFY(!m_events.contains(QStringLiteral("wizard")));
         QVERIFY(m_launcher->lastCommandLine().text.isEmpty());
-        // A start that had happened would be recorded before this later one.
-        m_auditWritten = true;
-        m_launcher->OpenResults();
-        QVERIFY(m_programs->waitForRecords(1));
-        QCOMPARE(m_programs->records().size(), 1);
-        QCOMPARE(m_programs->records().constFirst().value(1), m_document.toUtf8());
+        nothingStartedBefore();
     }
 
     void aFailedStartIsReportedAndTheAuditEntryStays_data()
@@ -219,7 +207,7 @@ private Q_SLOTS:
     {
         QFETCH(QString, program);
         QFETCH(QString, reason);
-        program.replace(QLatin1String("HOME"), m_folders->home());
+        program.replace(QLatin1String("HOME"), m_suite->folders.home());
         QFile(program).open(QIODevice::WriteOnly); // only where the row names a file in HOME
         setProgram(QStringLiteral("AssayApplicationPath"), program);
         test::MessageRecorder messages;
@@ -234,7 +222,7 @@ private Q_SLOTS:
     void aReportOpensWithTheDesktopOpenerWithoutACheck()
     {
         const QByteArray path = qgetenv("PATH");
-        qputenv("PATH", QFile::encodeName(m_programs->binFolder()) + ':' + path);
+        qputenv("PATH", QFile::encodeName(m_suite->programs.binFolder()) + ':' + path);
         m_document = QStringLiteral("/data/Reports/ELISA IgG Summary Report.mht");
         m_launcher->OpenReport();
         const QByteArrayList argv = startedArgv();
@@ -275,8 +263,9 @@ private Q_SLOTS:
         QFETCH(bool, used);
         test::MessageRecorder messages;
         for (const char* setting : {"AssayApplicationPath", "ReadConfigurationEditorPath"})
-            setProgram(QLatin1String(setting), programThere ? programFor(QLatin1String(setting))
-                                                            : m_folders->root() + QStringLiteral("/missing"));
+            setProgram(QLatin1String(setting), programThere
+                                                   ? programFor(QLatin1String(setting))
+                                                   : m_suite->folders.root() + QStringLiteral("/missing"));
         m_allow = allowed;
         run(procedure);
         QCOMPARE(m_used, used ? QStringList{m_document} : QStringList{});

@@ -19,10 +19,9 @@ private Q_SLOTS:
         QTest::addColumn<bool>("singleFile");
         QTest::addColumn<States>("expected");
         using S = DocumentTypes::CommandStates;
-        QTest::newRow("root") << 0 << true << States(S{false, false, false});
+        // The root and the protocols (one file, two, a folder) are checked through the commands in
+        // FileViewTest.
         QTest::newRow("layouts, no single file") << 2 << false << States(S{true, false, false});
-        QTest::newRow("protocols, one file") << 3 << true << States(S{true, true, true});
-        QTest::newRow("protocols, no single file") << 3 << false << States(S{true, false, false});
         QTest::newRow("results, one file") << 4 << true << States(S{false, true, false});
         QTest::newRow("negative counts as type 1") << -3 << true << States(S{true, true, false});
         QTest::newRow("unknown leaves them") << 6 << true << States();
@@ -42,11 +41,10 @@ private Q_SLOTS:
         QTest::addColumn<QString>("newName");
         QTest::addColumn<QString>("displayed");
         QTest::addColumn<bool>("refused");
+        // Another extension refused, and allowed with extensions hidden: see FileViewTest.
         // clang-format off
         QTest::newRow("same extension in capitals") << "*.apr" << "New name.APR" << "Old.apr" << false;
-        QTest::newRow("other extension") << "*.apr" << "New name.txt" << "Old.apr" << true;
         QTest::newRow("no extension") << "*.apr" << "New name" << "Old.apr" << true;
-        QTest::newRow("extensions hidden") << "*.apr" << "New name" << "Old" << false;
         QTest::newRow("report, extension shown") << "*.*" << "Summary 2.mht" << "Summary.mht" << true;
         QTest::newRow("report, extension hidden") << "*.*" << "Summary 2" << "Summary" << false;
         // clang-format on

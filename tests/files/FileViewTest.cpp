@@ -8,44 +8,41 @@
 using namespace nebra;
 using nebra::test::makeFolder;
 using nebra::test::MessageRecorder;
-using nebra::test::OrganiserWorld;
+using nebra::test::TreeWorld;
 using nebra::test::writeFile;
 
 namespace {
 
 // The world with its tree built and the file list's logic connected, as the
 // main window connects them. The sort timer reads the clock below.
-struct Organiser
+struct Organiser : TreeWorld
 {
-    OrganiserWorld world;
     double clock = 1000.0;
-    OrganiserTree tree{*world.tree, *world.list, *world.shortcuts, world.treeSources()};
-    FileView view{*world.tree, *world.list, *world.tools, world.settings,
-                  world.paths, true,        {},           [this] { return clock; }};
+    FileView view{*tree, *list, *tools, settings, paths, true, {}, [this] { return clock; }};
     QStringList previews; // "show <name>" or "clear"
 
     // Writes the files (relative to My Assays), builds the tree and selects the node.
     void open(const QStringList& files, FolderNode (OrganiserTree::*node)() const)
     {
         for (const QString& file : files)
-            writeFile(world.data(file), file.toUtf8());
+            writeFile(data(file), file.toUtf8());
         view.connectEvents();
         view.setCanCreateProtocol(true);
         view.setPreviewHandlers([this](const FileListItem& item) { previews << "show " + item.name(); },
                                 [this](bool) { previews << QStringLiteral("clear"); });
-        QObject::connect(&view, &FileView::folderAppeared, world.tree,
-                         [this](const QString& path) { tree.AddExplorerBranch(path); });
-        QObject::connect(&view, &FileView::folderVanished, world.tree,
-                         [this](const QString& path) { tree.RemoveExplorerBranch(path); });
-        tree.InitialiseOrganiserTree();
-        world.tree->setCurrentNode((tree.*node)());
+        QObject::connect(&view, &FileView::folderAppeared, tree,
+                         [this](const QString& path) { organiser.AddExplorerBranch(path); });
+        QObject::connect(&view, &FileView::folderVanished, tree,
+                         [this](const QString& path) { organiser.RemoveExplorerBranch(path); });
+        build();
+        tree->setCurrentNode((organiser.*node)());
     }
 
     FileListItem item(const QString& name) const
     {
-        for (int i = 1; i <= world.list->itemCount(); ++i)
-            if (world.list->item(i).name() == name)
-                return world.list->item(i);
+        for (int i = 1; i <= list->itemCount(); ++i)
+            if (list->item(i).name() == name)
+                return list->item(i);
         return {};
     }
 
@@ -53,14 +50,14 @@ struct Organiser
     {
         QString text;
         for (DocumentCommand command : {DocumentCommand::New, DocumentCommand::Open, DocumentCommand::Run})
-            text += world.tree->isButtonEnabled(buttonKey(command)) ? '1' : '0';
+            text += tree->isButtonEnabled(buttonKey(command)) ? '1' : '0';
         text += '/';
         for (const char* id : {"ID_New", "ID_Open", "ID_Run"})
-            text += world.tools->isToolEnabled(QLatin1String(id)) ? '1' : '0';
+            text += tools->isToolEnabled(QLatin1String(id)) ? '1' : '0';
         return text;
     }
 
-    QStringList files(const QString& folder) const { return QDir(world.data(folder)).entryList(QDir::Files); }
+    QStringList files(const QString& folder) const { return QDir(data(folder)).entryList(QDir::Files); }
 };
 
 } // namespace
@@ -73,16 +70,16 @@ private Q_SLOTS:
     void eachFolderListsItsDocumentsNewestSelected()
     {
         Organiser o;
-        writeFile(o.world.data("Protocols/Old.apr"), {}, 1600000000);
-        writeFile(o.world.data("Protocols/Newest.apr"), {}, 1700000000, 500);
-        writeFile(o.world.data("Protocols/Same second.apr"), {}, 1700000000, 100);
-        writeFile(o.world.data("Protocols/Newest.mht"), {}, 1800000000);
-        makeFolder(o.world.data("Protocols/Sub"));
+        writeFile(o.data("Protocols/Old.apr"), {}, 1600000000);
+        writeFile(o.data("Protocols/Newest.apr"), {}, 1700000000, 500);
+        writeFile(o.data("Protocols/Same second.apr"), {}, 1700000000, 100);
+        writeFile(o.data("Protocols/Newest.mht"), {}, 1800000000);
+        makeFolder(o.data("Protocols/Sub"));
         o.open({"Reports/no extension", "Reports/data.csv"}, &OrganiserTree::protocolsNode);
-        QCOMPARE(o.world.list->filter(), QStringLiteral("*.apr"));
-        QCOMPARE(o.world.list->itemCount(), 4);
-        QCOMPARE(o.world.list->selectedCount(), 1);
-        QCOMPARE(o.world.list->sortColumn(), QStringLiteral("Date Modified"));
+        QCOMPARE(o.list->filter(), QStringLiteral("*.apr"));
+        QCOMPARE(o.list->itemCount(), 4);
+        QCOMPARE(o.list->selectedCount(), 1);
+        QCOMPARE(o.list->sortColumn(), QStringLiteral("Date Modified"));
         QCOMPARE(o.previews, QStringList{QStringLiteral("show Newest.apr")});
         QCOMPARE(o.view.CurrentDocumentTypeName(), QStringLiteral("Assay Protocol"));
         QCOMPARE(o.commands(), QStringLiteral("111/111"));
@@ -100,18 +97,18 @@ private Q_SLOTS:
         QCOMPARE(o.commands(), QStringLiteral("100/100"));
         // Size and Type never show, whatever the user tries.
         for (const QString& column : {QStringLiteral("Size"), QStringLiteral("Type")})
-            QVERIFY(!o.world.list->setColumnShown(column, true));
-        QVERIFY(o.world.list->isColumnShown(QStringLiteral("Comment")));
+            QVERIFY(!o.list->setColumnShown(column, true));
+        QVERIFY(o.list->isColumnShown(QStringLiteral("Comment")));
 
         // The root keeps the list and the type name, with the commands off.
-        o.world.tree->setCurrentNode(o.tree.rootNode());
+        o.tree->setCurrentNode(o.organiser.rootNode());
         QCOMPARE(o.view.CurrentDocumentTypeName(), QStringLiteral("Assay Protocol"));
-        QCOMPARE(o.world.list->folder(), o.world.paths.ProtocolsFolder());
+        QCOMPARE(o.list->folder(), o.paths.ProtocolsFolder());
         QCOMPARE(o.commands(), QStringLiteral("000/000"));
-        o.world.tree->setCurrentNode(o.tree.reportsNode()); // every file, with or without extension
-        QCOMPARE(o.world.list->filter(), QStringLiteral("*.*"));
-        QCOMPARE(o.world.list->itemCount(), 2);
-        o.world.tree->setCurrentNode(o.tree.resultsNode());
+        o.tree->setCurrentNode(o.organiser.reportsNode()); // every file, with or without extension
+        QCOMPARE(o.list->filter(), QStringLiteral("*.*"));
+        QCOMPARE(o.list->itemCount(), 2);
+        o.tree->setCurrentNode(o.organiser.resultsNode());
         QCOMPARE(o.view.CurrentDocumentTypeName(), QStringLiteral("Assay Results"));
         QCOMPARE(o.previews.last(), QStringLiteral("clear")); // an empty folder clears the preview
     }
@@ -121,7 +118,7 @@ private Q_SLOTS:
         Organiser o;
         MessageRecorder messages;
         o.open({"Protocols/P.apr"}, &OrganiserTree::protocolsNode);
-        QVERIFY(!o.world.list->renameItem(o.item(QStringLiteral("P.apr")), QStringLiteral("Q.txt")));
+        QVERIFY(!o.list->renameItem(o.item(QStringLiteral("P.apr")), QStringLiteral("Q.txt")));
         QCOMPARE(o.files("Protocols"), QStringList{"P.apr"});
         QCOMPARE(messages.count(), 1);
         QCOMPARE(messages.last().text, QStringLiteral("Changing a  file extension is not allowed."));
@@ -129,8 +126,8 @@ private Q_SLOTS:
         QCOMPARE(messages.last().icon, MessageIcon::Warning);
         QCOMPARE(messages.last().buttons, int(MessageButton::Ok));
         // With extensions hidden the rule does not apply, and the file keeps its extension.
-        o.world.list->setShowExtensions(false);
-        QVERIFY(o.world.list->renameItem(o.world.list->item(1), QStringLiteral("Q")));
+        o.list->setShowExtensions(false);
+        QVERIFY(o.list->renameItem(o.list->item(1), QStringLiteral("Q")));
         QCOMPARE(o.files("Protocols"), QStringList{"Q.apr"});
         QCOMPARE(messages.count(), 1);
     }
@@ -161,10 +158,10 @@ private Q_SLOTS:
         for (QString& name : files)
             name.prepend(folder);
         o.open(files, protocol ? &OrganiserTree::protocolsNode : &OrganiserTree::resultsNode);
-        QVERIFY(o.world.list->renameItem(o.item(QFileInfo(files.first()).fileName()), newName));
+        QVERIFY(o.list->renameItem(o.item(QFileInfo(files.first()).fileName()), newName));
         QCOMPARE(o.files(folder), after);
         if (after.contains("B.mht")) { // the other document's preview is left alone
-            QFile kept(o.world.data(folder + "B.mht"));
+            QFile kept(o.data(folder + "B.mht"));
             QVERIFY(kept.open(QIODevice::ReadOnly));
             QCOMPARE(kept.readAll(), QByteArray("Results/B.mht"));
         }
@@ -173,20 +170,20 @@ private Q_SLOTS:
     void doubleClickingASubFolderMovesTheTree()
     {
         Organiser o;
-        makeFolder(o.world.data("Results/2026"));
+        makeFolder(o.data("Results/2026"));
         o.open({}, &OrganiserTree::rootNode);
-        makeFolder(o.world.data("Results/Later")); // no node for it
-        o.world.tree->setCurrentNode(o.tree.resultsNode());
+        makeFolder(o.data("Results/Later")); // no node for it
+        o.tree->setCurrentNode(o.organiser.resultsNode());
         for (const QString& name : {QStringLiteral("Later"), QStringLiteral("2026")}) {
             bool handled = false;
             o.view.OnItemActivated(o.item(name), handled);
             QVERIFY(handled);
         }
-        QCOMPARE(o.world.tree->currentNode(), o.tree.resultsNode().child(0));
-        QCOMPARE(o.world.list->folder(), o.world.data("Results/2026"));
+        QCOMPARE(o.tree->currentNode(), o.organiser.resultsNode().child(0));
+        QCOMPARE(o.list->folder(), o.data("Results/2026"));
         bool handled = false;
-        writeFile(o.world.data("Results/2026/r.ars"));
-        o.world.list->refresh();
+        writeFile(o.data("Results/2026/r.ars"));
+        o.list->refresh();
         o.view.OnItemActivated(o.item(QStringLiteral("r.ars")), handled);
         QVERIFY(!handled); // files are left to the list
     }
@@ -195,17 +192,17 @@ private Q_SLOTS:
     {
         Organiser o;
         for (int i = 0; i < 300; ++i)
-            writeFile(o.world.data(QStringLiteral("Protocols/%1.apr").arg(i)), {}, 1600000000 + i);
-        o.world.window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&o.world.window));
+            writeFile(o.data(QStringLiteral("Protocols/%1.apr").arg(i)), {}, 1600000000 + i);
+        o.window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&o.window));
         o.open({}, &OrganiserTree::protocolsNode);
-        QTreeView* view = o.world.list->view();
+        QTreeView* view = o.list->view();
         auto selectedInView = [&] {
             const QModelIndex index = view->selectionModel()->selectedRows().value(0);
             return view->viewport()->rect().intersects(view->visualRect(index));
         };
         QVERIFY(selectedInView());
-        o.world.list->clickColumnHeader(QStringLiteral("Date Modified")); // newest now first
+        o.list->clickColumnHeader(QStringLiteral("Date Modified")); // newest now first
         QVERIFY(o.view.TimerSortByColumn().isArmed());
         QVERIFY(!selectedInView());
         o.clock += 0.1;
@@ -217,11 +214,11 @@ private Q_SLOTS:
     {
         Organiser o;
         o.open({}, &OrganiserTree::resultsNode);
-        makeFolder(o.world.data("Results/New Run"));
-        QTRY_COMPARE_WITH_TIMEOUT(o.tree.resultsNode().childCount(), 1, 5000);
-        QCOMPARE(o.tree.resultsNode().child(0).folderPath(), o.world.data("Results/New Run"));
-        QVERIFY(QDir(o.world.data("Results/New Run")).removeRecursively());
-        QTRY_COMPARE_WITH_TIMEOUT(o.tree.resultsNode().childCount(), 0, 5000);
+        makeFolder(o.data("Results/New Run"));
+        QTRY_COMPARE_WITH_TIMEOUT(o.organiser.resultsNode().childCount(), 1, 5000);
+        QCOMPARE(o.organiser.resultsNode().child(0).folderPath(), o.data("Results/New Run"));
+        QVERIFY(QDir(o.data("Results/New Run")).removeRecursively());
+        QTRY_COMPARE_WITH_TIMEOUT(o.organiser.resultsNode().childCount(), 0, 5000);
     }
 };
 

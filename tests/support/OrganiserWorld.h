@@ -102,4 +102,17 @@ private:
     }
 };
 
+// The world with the Organiser's tree logic on its controls; build() fills the tree.
+struct TreeWorld : OrganiserWorld
+{
+    explicit TreeWorld(bool instrumentDriversInUse = true)
+        : organiser(*tree, *list, *shortcuts, treeSources(instrumentDriversInUse))
+    {
+    }
+
+    OrganiserTree organiser;
+
+    void build() { organiser.InitialiseOrganiserTree(); }
+};
+
 } // namespace nebra::test

@@ -8,24 +8,10 @@
 
 using namespace nebra;
 using nebra::test::makeFolder;
-using nebra::test::OrganiserWorld;
+using nebra::test::TreeWorld;
 using nebra::test::writeFile;
 
 namespace {
-
-// The world and the tree logic on its controls; build() fills the tree.
-struct Organiser
-{
-    explicit Organiser(bool instrumentDriversInUse = true)
-        : tree(*world.tree, *world.list, *world.shortcuts, world.treeSources(instrumentDriversInUse))
-    {
-    }
-
-    OrganiserWorld world;
-    OrganiserTree tree;
-
-    void build() { tree.InitialiseOrganiserTree(); }
-};
 
 // Each child as "text [kind] path".
 QStringList childRows(const FolderNode& node)
@@ -48,20 +34,20 @@ class OrganiserTreeTest : public QObject
 private Q_SLOTS:
     void theTreeIsBuiltFromTheDataFolders()
     {
-        Organiser o;
+        TreeWorld o;
         for (const char* folder : {"Results/2026/Run 1", "Protocols/Elisa", "Microplate Layouts/96",
                                    "Reports/March", "Read Configurations/Reader One/Kinetic"})
-            makeFolder(o.world.data(QLatin1String(folder)));
-        QAbstractItemModelTester tester(&o.world.tree->nodes(),
+            makeFolder(o.data(QLatin1String(folder)));
+        QAbstractItemModelTester tester(&o.tree->nodes(),
                                         QAbstractItemModelTester::FailureReportingMode::QtTest);
         o.build();
 
-        QCOMPARE(o.world.tree->caption(), QStringLiteral("Assay Folders"));
-        const FolderNode root = o.world.tree->node(0);
-        QCOMPARE(root, o.tree.rootNode());
+        QCOMPARE(o.tree->caption(), QStringLiteral("Assay Folders"));
+        const FolderNode root = o.tree->node(0);
+        QCOMPARE(root, o.organiser.rootNode());
         QCOMPARE(root.text() + QLatin1Char(' ') + root.folderPath(), QStringLiteral("Organiser Organiser"));
         QVERIFY(root.page().endsWith(QStringLiteral("/Organiser.mht")));
-        const QString folders = o.world.paths.MyAssaysFolder();
+        const QString folders = o.paths.MyAssaysFolder();
         QCOMPARE(childRows(root).join(QLatin1Char('\n')).replace(folders, QStringLiteral("~")),
                  QStringLiteral("Reader One [1] ~/Read Configurations/Reader One\n"
                                 "Microplate Layouts [2] ~/Microplate Layouts\n"
@@ -70,11 +56,11 @@ private Q_SLOTS:
                                 "Reports [5] ~/Reports"));
         for (int i = 0; i < 5; ++i) // every branch is filled, its folders of its kind
             QCOMPARE(root.child(i).child(0).data(), i + 1);
-        QCOMPARE(o.tree.resultsNode().child(0).child(0).folderPath(),
+        QCOMPARE(o.organiser.resultsNode().child(0).child(0).folderPath(),
                  folders + QStringLiteral("/Results/2026/Run 1"));
         for (int key : {500, 501, 504})
-            QVERIFY(!o.world.tree->isButtonEnabled(key));
-        QCOMPARE(o.world.tree->currentNode(), root);
+            QVERIFY(!o.tree->isButtonEnabled(key));
+        QCOMPARE(o.tree->currentNode(), root);
     }
 
     void theInstrumentNodeFollowsTheSettings_data()
@@ -98,73 +84,73 @@ private Q_SLOTS:
         QFETCH(int, flags);
         QFETCH(QString, caption);
         QFETCH(int, indexAfter);
-        Organiser o(driversInUse);
-        o.world.settings.SetCurrentHLD(storedIndex);
-        o.world.store.setValue(QStringLiteral("Settings/InstrumentFlags"), flags);
+        TreeWorld o(driversInUse);
+        o.settings.SetCurrentHLD(storedIndex);
+        o.store.setValue(QStringLiteral("Settings/InstrumentFlags"), flags);
         o.build();
-        QCOMPARE(o.tree.instrumentNode().text(), caption);
-        QCOMPARE(o.tree.rootNode().childCount(), driversInUse ? 5 : 4);
-        QCOMPARE(o.world.settings.CurrentHLD(), indexAfter);
+        QCOMPARE(o.organiser.instrumentNode().text(), caption);
+        QCOMPARE(o.organiser.rootNode().childCount(), driversInUse ? 5 : 4);
+        QCOMPARE(o.settings.CurrentHLD(), indexAfter);
         if (driversInUse)
-            QVERIFY(o.tree.instrumentNode().folderPath().endsWith(indexAfter == 2 ? "/Reader Two"
-                                                                                  : "/Reader One"));
+            QVERIFY(o.organiser.instrumentNode().folderPath().endsWith(indexAfter == 2 ? "/Reader Two"
+                                                                                       : "/Reader One"));
     }
 
     void recreatingResultsFollowsTheDiskAndKeepsTheSelection()
     {
-        Organiser o;
+        TreeWorld o;
         o.build();
-        makeFolder(o.world.data("Results/Run 0"));
-        makeFolder(o.world.data("Results/Run 1/raw"));
-        o.tree.RecreateResultsNode(); // no children yet: only fills
-        QCOMPARE(o.tree.resultsNode().childCount(), 2);
+        makeFolder(o.data("Results/Run 0"));
+        makeFolder(o.data("Results/Run 1/raw"));
+        o.organiser.RecreateResultsNode(); // no children yet: only fills
+        QCOMPARE(o.organiser.resultsNode().childCount(), 2);
 
-        o.world.tree->setCurrentNode(o.tree.protocolsNode());
-        QSignalSpy selected(o.world.tree, &FolderTreeControl::nodeSelected);
+        o.tree->setCurrentNode(o.organiser.protocolsNode());
+        QSignalSpy selected(o.tree, &FolderTreeControl::nodeSelected);
         for (const char* run : {"Results/Run 0", "Results/Run 1"})
-            QVERIFY(QDir(o.world.data(QLatin1String(run))).removeRecursively());
-        makeFolder(o.world.data("Results/Run 2"));
-        o.tree.RecreateResultsNode();
-        QCOMPARE(childRows(o.tree.resultsNode()), QStringList{"Run 2 [4] " + o.world.data("Results/Run 2")});
-        QCOMPARE(o.world.tree->currentNode(), o.tree.protocolsNode());
+            QVERIFY(QDir(o.data(QLatin1String(run))).removeRecursively());
+        makeFolder(o.data("Results/Run 2"));
+        o.organiser.RecreateResultsNode();
+        QCOMPARE(childRows(o.organiser.resultsNode()), QStringList{"Run 2 [4] " + o.data("Results/Run 2")});
+        QCOMPARE(o.tree->currentNode(), o.organiser.protocolsNode());
         QCOMPARE(selected.count(), 0);
     }
 
     void lookupsByPathAndName()
     {
-        Organiser o;
+        TreeWorld o;
         o.build();
         // The root's "Organiser" never matches a real folder.
-        const QString pretend = o.world.dir.filePath("Organiser");
-        QVERIFY(!o.tree.RemoveExplorerBranch(pretend));
-        QVERIFY(!o.tree.RenameExplorerBranch(pretend, pretend + QStringLiteral("2")));
-        QVERIFY(o.tree.rootNode().isValid());
+        const QString pretend = o.dir.filePath("Organiser");
+        QVERIFY(!o.organiser.RemoveExplorerBranch(pretend));
+        QVERIFY(!o.organiser.RenameExplorerBranch(pretend, pretend + QStringLiteral("2")));
+        QVERIFY(o.organiser.rootNode().isValid());
         // A file is in the list only by its exact name.
-        writeFile(o.world.data("Protocols/Elisa.apr"));
-        o.world.list->setFolder(o.world.paths.ProtocolsFolder());
-        QVERIFY(o.tree.IsFileInFileView(QStringLiteral("Elisa.apr")));
-        QVERIFY(!o.tree.IsFileInFileView(QStringLiteral("elisa.apr")));
-        QVERIFY(o.tree.IsThisCurrentFolder(o.world.paths.ProtocolsFolder()));
+        writeFile(o.data("Protocols/Elisa.apr"));
+        o.list->setFolder(o.paths.ProtocolsFolder());
+        QVERIFY(o.organiser.IsFileInFileView(QStringLiteral("Elisa.apr")));
+        QVERIFY(!o.organiser.IsFileInFileView(QStringLiteral("elisa.apr")));
+        QVERIFY(o.organiser.IsThisCurrentFolder(o.paths.ProtocolsFolder()));
     }
 
     void anotherDriverReplacesTheInstrumentNodeInPlace()
     {
-        Organiser o;
+        TreeWorld o;
         o.build();
-        QAbstractItemModelTester tester(&o.world.tree->nodes(),
+        QAbstractItemModelTester tester(&o.tree->nodes(),
                                         QAbstractItemModelTester::FailureReportingMode::QtTest);
-        o.world.tree->setCurrentNode(o.tree.instrumentNode());
-        makeFolder(o.world.paths.ReadConfigurationsFolder() + QStringLiteral("/Reader Two/Plates"));
-        o.world.settings.SetCurrentHLD(2);
-        o.tree.SetupHLDNode(QStringLiteral("Reader Two"));
-        const FolderNode node = o.tree.instrumentNode();
-        QCOMPARE(o.tree.rootNode().child(0), node);
-        QCOMPARE(o.tree.rootNode().childCount(), 5);
+        o.tree->setCurrentNode(o.organiser.instrumentNode());
+        makeFolder(o.paths.ReadConfigurationsFolder() + QStringLiteral("/Reader Two/Plates"));
+        o.settings.SetCurrentHLD(2);
+        o.organiser.SetupHLDNode(QStringLiteral("Reader Two"));
+        const FolderNode node = o.organiser.instrumentNode();
+        QCOMPARE(o.organiser.rootNode().child(0), node);
+        QCOMPARE(o.organiser.rootNode().childCount(), 5);
         QCOMPARE(node.text(), QStringLiteral("Reader Two"));
         QCOMPARE(node.child(0).text(), QStringLiteral("Plates"));
-        QCOMPARE(o.world.tree->currentNode(), node);
-        QCOMPARE(o.world.shortcuts->itemCaptions(1).at(1), QStringLiteral("Reader Two"));
-        QCOMPARE(o.tree.nodeForKind(FolderKind::ReadConfigurations), node);
+        QCOMPARE(o.tree->currentNode(), node);
+        QCOMPARE(o.shortcuts->itemCaptions(1).at(1), QStringLiteral("Reader Two"));
+        QCOMPARE(o.organiser.nodeForKind(FolderKind::ReadConfigurations), node);
     }
 };
 

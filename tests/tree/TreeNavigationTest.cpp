@@ -6,7 +6,7 @@
 
 using namespace nebra;
 using nebra::test::makeFolder;
-using nebra::test::OrganiserWorld;
+using nebra::test::TreeWorld;
 
 class TreeNavigationTest : public QObject
 {
@@ -30,10 +30,10 @@ private Q_SLOTS:
         QFETCH(int, level);
         QFETCH(int, state);
         QFETCH(bool, enabled);
-        OrganiserWorld world;
+        TreeWorld world;
         makeFolder(world.data("Protocols/Sub"));
-        OrganiserTree organiser(*world.tree, *world.list, *world.shortcuts, world.treeSources());
-        organiser.InitialiseOrganiserTree();
+        world.build();
+        const OrganiserTree& organiser = world.organiser;
         TreeNavigation navigation(*world.tree, organiser);
         const FolderNode nodes[] = {organiser.rootNode(), organiser.protocolsNode(),
                                     organiser.protocolsNode().child(0)};

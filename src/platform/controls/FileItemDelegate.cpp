@@ -2,8 +2,7 @@
 
 #include "FileListModel.h"
 
-#include <QApplication>
-#include <QStyle>
+#include "StyleIcons.h"
 
 namespace nebra {
 
@@ -13,11 +12,7 @@ void FileItemDelegate::initStyleOption(QStyleOptionViewItem* option, const QMode
     if (index.column() != 0)
         return;
     const bool folder = index.data(FileListModel::IsFolderRole).toBool();
-    QIcon& icon = folder ? m_folder : m_file;
-    // Made once: the style reads each picture's files for every icon it makes.
-    if (icon.isNull())
-        icon = QApplication::style()->standardIcon(folder ? QStyle::SP_DirIcon : QStyle::SP_FileIcon);
-    option->icon = icon;
+    option->icon = StyleIcons::icon(folder ? QStyle::SP_DirIcon : QStyle::SP_FileIcon);
     option->features |= QStyleOptionViewItem::HasDecoration;
 }
 

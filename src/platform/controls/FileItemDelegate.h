@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QIcon>
 #include <QStyledItemDelegate>
 
 namespace nebra {
@@ -14,10 +13,6 @@ public:
 
 protected:
     void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override;
-
-private:
-    mutable QIcon m_folder;
-    mutable QIcon m_file;
 };
 
 } // namespace nebra

@@ -45,7 +45,8 @@ QString readComment(const QString& path)
 } // namespace
 
 FileListModel::FileListModel(QObject* parent)
-    : QAbstractTableModel(parent), m_columns{NameColumn, SizeColumn, TypeColumn, DateModifiedColumn}
+    : QAbstractTableModel(parent), m_columns{NameColumn, SizeColumn, TypeColumn, DateModifiedColumn},
+      m_kinds{Kind::Name, Kind::Size, Kind::Type, Kind::DateModified}
 {
 }
 
@@ -55,12 +56,12 @@ void FileListModel::addColumn(const QString& name)
         return;
     beginInsertColumns({}, int(m_columns.size()), int(m_columns.size()));
     m_columns.append(name);
+    m_kinds.push_back(kindOfName(name));
     endInsertColumns();
 }
 
-FileListModel::Kind FileListModel::kindOf(int column) const
+FileListModel::Kind FileListModel::kindOfName(const QString& name)
 {
-    const QString& name = m_columns.at(column);
     if (name == NameColumn)
         return Kind::Name;
     if (name == SizeColumn)
@@ -84,6 +85,7 @@ bool FileListModel::load(const QString& folder, const QString& filter)
     ++m_generation;
     m_entries.clear();
     m_entries.reserve(listing.records.size());
+    m_foldedNamesMade = false;
     qint32 id = 0;
     for (DirectoryReader::FileRecord& record : listing.records) {
         Entry entry;
@@ -95,6 +97,7 @@ bool FileListModel::load(const QString& folder, const QString& filter)
         entry.id = id++;
         m_entries.push_back(std::move(entry));
     }
+    m_idCount = id;
     sortEntries();
     endResetModel();
     return m_error == 0;
@@ -104,8 +107,7 @@ void FileListModel::setShowExtensions(bool show)
 {
     if (m_showExtensions == show)
         return;
-    for (const Entry& entry : m_entries)
-        entry.folded.clear(); // made from the names as shown
+    m_foldedNamesMade = false; // made from the names as shown
     if (!m_nameFilter.isEmpty()) {
         relayout([this, show] {
             m_showExtensions = show;
@@ -126,24 +128,24 @@ QStringView FileListModel::shownName(const Entry& entry) const
     return dot > 0 ? QStringView(entry.name).left(dot) : QStringView(entry.name);
 }
 
-QStringView FileListModel::foldedName(const Entry& entry) const
+const FoldedNames& FileListModel::foldedNames() const
 {
-    if (entry.folded.isNull()) {
-        const QStringView shown = shownName(entry);
-        const bool plain =
-            shown.size() == entry.name.size() && std::none_of(shown.begin(), shown.end(), [](QChar c) {
-                return c.unicode() >= 0x80 || (c >= QLatin1Char('A') && c <= QLatin1Char('Z'));
-            });
-        // A name that folding would not change shares the name's characters.
-        entry.folded = plain ? entry.name : shown.toString().toCaseFolded();
+    if (!m_foldedNamesMade) {
+        m_foldedNames.clear();
+        size_t characters = 0;
+        for (const Entry& entry : m_entries)
+            characters += size_t(entry.name.size()) + 1;
+        m_foldedNames.reserve(m_entries.size(), characters);
+        for (const Entry& entry : m_entries)
+            m_foldedNames.append(shownName(entry));
+        m_foldedNamesMade = true;
     }
-    return entry.folded;
+    return m_foldedNames;
 }
 
 void FileListModel::prepareNameFilter() const
 {
-    for (const Entry& entry : m_entries)
-        foldedName(entry);
+    foldedNames();
 }
 
 QString FileListModel::displayedName(int row) const
@@ -170,7 +172,7 @@ void FileListModel::renameEntry(int row, const QString& newName)
     if (row < 0 || size_t(row) >= m_rows.size())
         return;
     at(row).name = newName; // kept in the rows even when the filter would not let it through now
-    at(row).folded.clear();
+    m_foldedNamesMade = false;
     Q_EMIT dataChanged(index(row, 0), index(row, columnCount() - 1));
 }
 
@@ -181,6 +183,8 @@ void FileListModel::removeEntry(int row)
     beginRemoveRows({}, row, row);
     const qint32 position = m_rows[size_t(row)];
     m_entries.erase(m_entries.begin() + position);
+    m_idOfPosition.erase(m_idOfPosition.begin() + position);
+    m_foldedNamesMade = false;
     m_rows.erase(m_rows.begin() + row);
     for (qint32& later : m_rows)
         if (later > position)
@@ -325,17 +329,22 @@ void FileListModel::sortEntries()
             c = threeWay(a.id, b.id);
         return descending ? c > 0 : c < 0;
     });
+    m_idOfPosition.resize(m_entries.size());
+    for (size_t position = 0; position < m_entries.size(); ++position)
+        m_idOfPosition[position] = m_entries[position].id;
+    // The folded names follow the positions; made again now only if they were in use.
+    if (m_foldedNamesMade) {
+        m_foldedNamesMade = false;
+        foldedNames();
+    }
     applyNameFilter();
 }
 
 void FileListModel::rebuildRowIndex()
 {
-    qint32 maxId = -1;
-    for (const Entry& entry : m_entries)
-        maxId = std::max(maxId, entry.id);
-    m_rowOfId.assign(size_t(maxId + 1), -1);
+    m_rowOfId.assign(size_t(m_idCount), -1);
     for (size_t row = 0; row < m_rows.size(); ++row)
-        m_rowOfId[size_t(m_entries[size_t(m_rows[row])].id)] = qint32(row);
+        m_rowOfId[size_t(m_idOfPosition[size_t(m_rows[row])])] = qint32(row);
 }
 
 void FileListModel::sort(int column, Qt::SortOrder order)
@@ -375,28 +384,35 @@ void FileListModel::setNameFilter(const QString& text)
         return;
     const bool narrowing = filter.narrows(m_nameFilter);
     m_nameFilter = std::move(filter);
-    relayout([this, narrowing] { applyNameFilter(narrowing); });
+    if (!filterRows(narrowing))
+        return; // the same rows: a view has nothing to lay out again
+    relayout([this] {
+        m_rows.swap(m_spareRows);
+        rebuildRowIndex();
+    });
+}
+
+void FileListModel::applyNameFilter()
+{
+    filterRows(false);
+    m_rows.swap(m_spareRows);
+    rebuildRowIndex();
 }
 
 // Narrowing only looks at the rows: what the old filter left out the new
 // one would too.
-void FileListModel::applyNameFilter(bool narrowing)
+bool FileListModel::filterRows(bool narrowing) const
 {
-    std::vector<qint32> rows;
-    if (narrowing) {
-        rows.reserve(m_rows.size());
-        for (const qint32 position : m_rows)
-            if (m_nameFilter.matchesFolded(foldedName(m_entries[size_t(position)])))
-                rows.push_back(position);
-    } else {
-        rows.reserve(m_entries.size());
-        const bool all = m_nameFilter.isEmpty();
+    if (m_nameFilter.isEmpty()) {
+        m_spareRows.resize(m_entries.size());
         for (size_t position = 0; position < m_entries.size(); ++position)
-            if (all || m_nameFilter.matchesFolded(foldedName(m_entries[position])))
-                rows.push_back(qint32(position));
+            m_spareRows[position] = qint32(position);
+    } else if (narrowing) {
+        m_nameFilter.select(foldedNames(), m_rows, m_spareRows);
+    } else {
+        m_nameFilter.select(foldedNames(), m_spareRows);
     }
-    m_rows.swap(rows);
-    rebuildRowIndex();
+    return m_spareRows != m_rows;
 }
 
 QHash<QString, bool> FileListModel::allEntries() const

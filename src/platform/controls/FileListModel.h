@@ -1,5 +1,6 @@
 #pragma once
 
+#include "FoldedNames.h"
 #include "NameFilter.h"
 
 #include <QAbstractTableModel>
@@ -102,7 +103,6 @@ private:
     {
         QString name;
         mutable QString comment;
-        mutable QString folded; // the displayed name case-folded, made when a name filter first needs it
         qint64 mtimeSeconds = 0;
         qint64 size = 0;
         qint32 mtimeNanoseconds = 0;
@@ -120,27 +120,40 @@ private:
         Comment,
         Other
     };
-    Kind kindOf(int column) const;
+    static Kind kindOfName(const QString& name);
+    // Asked for every row a view lays out: no comparison of column names.
+    Kind kindOf(int column) const { return m_kinds[size_t(column)]; }
     const QString& commentOf(const Entry& entry) const;
     QStringView shownName(const Entry& entry) const;
-    QStringView foldedName(const Entry& entry) const;
+    const FoldedNames& foldedNames() const;
     QString typeText(const Entry& entry) const;
     QString cell(const Entry& entry, Kind kind) const;
     void sortEntries();
     void rebuildRowIndex();
-    void applyNameFilter(bool narrowing = false);
+    // Puts the positions the name filter lets through in m_rows.
+    void applyNameFilter();
+    // The same into m_spareRows; false when they are the rows shown now.
+    bool filterRows(bool narrowing) const;
     // Rearranges the rows through change, keeping persistent indexes on their entries.
     void relayout(const std::function<void()>& change);
 
     QStringList m_columns;
+    std::vector<Kind> m_kinds; // of each column
     QString m_folder;
     const Entry& at(int row) const { return m_entries[size_t(m_rows[size_t(row)])]; }
     Entry& at(int row) { return m_entries[size_t(m_rows[size_t(row)])]; }
 
-    std::vector<Entry> m_entries; // everything listed, sorted
-    std::vector<qint32> m_rows;   // the positions in m_entries the name filter lets through
+    std::vector<Entry> m_entries;            // everything listed, sorted
+    std::vector<qint32> m_rows;              // the positions in m_entries the name filter lets through
+    mutable std::vector<qint32> m_spareRows; // the next m_rows, kept to spare an allocation per keystroke
     NameFilter m_nameFilter;
+    // The displayed names case-folded, by position; made when a name filter
+    // first needs them and again when the entries change.
+    mutable FoldedNames m_foldedNames;
+    mutable bool m_foldedNamesMade = false;
     std::vector<qint32> m_rowOfId;
+    std::vector<qint32> m_idOfPosition; // beside the entries, so that the row index touches no entry
+    qint32 m_idCount = 0;               // the ids of the last load: 0 to m_idCount - 1
     int m_sortColumn = 0;
     Qt::SortOrder m_sortOrder = Qt::AscendingOrder;
     int m_error = 0;

@@ -1,8 +1,8 @@
 #include "FolderTreeControl.h"
 
 #include "FolderTreeModel.h"
+#include "StyleIcons.h"
 
-#include <QApplication>
 #include <QHeaderView>
 #include <QLabel>
 #include <QMenu>
@@ -39,17 +39,9 @@ protected:
         if (colour != 0)
             option->palette.setColor(QPalette::Text, QColor::fromRgba(colour));
         const bool home = index.data(FolderTreeModel::StyleRole).toInt() == HomeStyle;
-        QIcon& icon = home ? m_home : m_folder;
-        // Made once: the style reads each picture's files for every icon it makes.
-        if (icon.isNull())
-            icon = QApplication::style()->standardIcon(home ? QStyle::SP_DirHomeIcon : QStyle::SP_DirIcon);
-        option->icon = icon;
+        option->icon = StyleIcons::icon(home ? QStyle::SP_DirHomeIcon : QStyle::SP_DirIcon);
         option->features |= QStyleOptionViewItem::HasDecoration;
     }
-
-private:
-    mutable QIcon m_folder;
-    mutable QIcon m_home;
 };
 
 bool isBlank(const QString& caption)

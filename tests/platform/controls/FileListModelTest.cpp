@@ -49,12 +49,13 @@ private Q_SLOTS:
         QCOMPARE(model.fileName(0), QStringLiteral("Run 7.ars"));
     }
 
-    // Folders come first; the rest by name: Plate 1, plate 10, Run [a], Run_b.
+    // Folders come first; the rest by name: Plate 1, plate 10, Run [a], Run_b, Ärger.
     void nameFilterNarrowsRowsKeepingTheSort_data()
     {
         QTest::addColumn<QStringList>("typed");
         QTest::addColumn<QStringList>("expected");
-        const QStringList all{"Plates", "Plate 1.apr", "plate 10.apr", "Run [a].apr", "Run_b.apr"};
+        const QStringList all{"Plates",      "Plate 1.apr", "plate 10.apr",
+                              "Run [a].apr", "Run_b.apr",   "Ärger.apr"};
         QTest::newRow("empty") << QStringList{""} << all;
         QTest::newRow("blanks only") << QStringList{"  "} << all;
         QTest::newRow("substring, any case")
@@ -74,6 +75,12 @@ private Q_SLOTS:
             << QStringList{"*10*; run_*"} << QStringList{"plate 10.apr", "Run_b.apr"};
         QTest::newRow("substring then wildcard") << QStringList{"run", "*_b*"} << QStringList{"Run_b.apr"};
         QTest::newRow("nothing matches, then cleared") << QStringList{"xyz", ""} << all;
+        QTest::newRow("letters beyond ASCII, any case") << QStringList{"äR"} << QStringList{"Ärger.apr"};
+        QTest::newRow("wildcard beyond ASCII") << QStringList{"ÄR*"} << QStringList{"Ärger.apr"};
+        QTest::newRow("wildcard fixing the end")
+            << QStringList{"*r.apr", "*1?.APR"} << QStringList{"plate 10.apr"};
+        QTest::newRow("text spanning two names matches neither")
+            << QStringList{"platesplate"} << QStringList{};
     }
 
     void nameFilterNarrowsRowsKeepingTheSort()
@@ -81,8 +88,9 @@ private Q_SLOTS:
         QFETCH(QStringList, typed);
         QFETCH(QStringList, expected);
         QTemporaryDir dir;
-        for (const char* name : {"Run_b.apr", "plate 10.apr", "Plate 1.apr", "Run [a].apr", "notes.txt"})
-            writeFile(dir.filePath(name));
+        for (const char* name :
+             {"Run_b.apr", "plate 10.apr", "Plate 1.apr", "Run [a].apr", "notes.txt", "Ärger.apr"})
+            writeFile(dir.filePath(QString::fromUtf8(name)));
         makeFolder(dir.filePath("Plates"));
         FileListModel model;
         QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
@@ -90,14 +98,14 @@ private Q_SLOTS:
         for (const QString& text : typed)
             model.setNameFilter(text);
         QCOMPARE(rowNames(model), expected);
-        QCOMPARE(model.allEntries().size(), 5); // the hidden ones are still listed
+        QCOMPARE(model.allEntries().size(), 6); // the hidden ones are still listed
         for (int row = 0; row < model.rowCount(); ++row)
             QCOMPARE(model.rowOfId(model.idAt(row)), row);
     }
 
     // A sort while filtered sorts the hidden entries too, so that they come
     // back in order; a reload keeps the filter; a persistent index on a hidden
-    // row becomes invalid.
+    // row becomes invalid; renamed and removed entries are filtered as they are now.
     void sortAndReloadUnderAFilter()
     {
         QTemporaryDir dir;
@@ -123,6 +131,12 @@ private Q_SLOTS:
         model.setShowExtensions(false);
         model.setNameFilter(QStringLiteral("*2"));
         QCOMPARE(rowNames(model), (QStringList{"c2.mlo", "a2.mlo", "b2.mlo"})); // matched as shown
+        model.renameEntry(0, QStringLiteral("x9.mlo"));
+        model.setNameFilter(QStringLiteral("x"));
+        QCOMPARE(rowNames(model), QStringList{"x9.mlo"});
+        model.removeEntry(0);
+        model.setNameFilter(QStringLiteral("2"));
+        QCOMPARE(rowNames(model), (QStringList{"a2.mlo", "b2.mlo"}));
     }
 };
 

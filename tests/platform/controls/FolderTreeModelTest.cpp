@@ -79,20 +79,15 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("path");
         QTest::addColumn<QString>("caption");
-        QTest::newRow("as set") << "/data/Protocols"
-                                << "Protocols";
-        QTest::newRow("two matches: the first shown") << "/Data/RESULTS"
-                                                      << "Results";
-        QTest::newRow("following the parent") << "/data/Results/Run A"
-                                              << "Run A";
-        QTest::newRow("two levels, accented")
-            << QString::fromUtf8("/DATA/results/run a/äRGER") << QString::fromUtf8("Ärger");
-        QTest::newRow("a prefix only") << "/data"
-                                       << "";
-        QTest::newRow("longer") << "/data/Protocols/x"
-                                << "";
-        QTest::newRow("root") << "organiser"
-                              << "Organiser";
+        // clang-format off
+        QTest::newRow("as set") << "/data/Protocols" << "Protocols";
+        QTest::newRow("two matches: the first shown") << "/Data/RESULTS" << "Results";
+        QTest::newRow("following the parent") << "/data/Results/Run A" << "Run A";
+        QTest::newRow("two levels, accented") << QString::fromUtf8("/DATA/results/run a/äRGER") << QString::fromUtf8("Ärger");
+        QTest::newRow("a prefix only") << "/data" << "";
+        QTest::newRow("longer") << "/data/Protocols/x" << "";
+        QTest::newRow("root") << "organiser" << "Organiser";
+        // clang-format on
     }
 
     void nodesAreFoundByPathIgnoringCase()
@@ -101,7 +96,6 @@ private Q_SLOTS:
         QFETCH(QString, caption);
         PathTree tree;
         QCOMPARE(tree.found(path), caption);
-        QCOMPARE(tree.raw.folderPath(), QString::fromUtf8("/data/Results/Run A/Ärger"));
     }
 
     void pathsStayPutWhenCaptionsAndParentsChange()

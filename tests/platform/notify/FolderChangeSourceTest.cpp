@@ -4,12 +4,12 @@
 #include "TestFiles.h"
 
 #include <QProcess>
-#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 
 #include <cerrno>
 #include <dirent.h>
+#include <functional>
 #include <set>
 #include <sys/inotify.h>
 #include <sys/stat.h>
@@ -97,9 +97,12 @@ private:
     QList<FolderChange> m_changes;
     Replay m_replay;
 
-    void startWatching()
+    // setUp, when given, adjusts the source before it opens (its watch call, the rescan interval).
+    void startWatching(const std::function<void(FolderChangeSource&)>& setUp = {})
     {
         m_source = std::make_unique<FolderChangeSource>();
+        if (setUp)
+            setUp(*m_source);
         connect(m_source.get(), &FolderChangeSource::changed, this, [this](const FolderChange& change) {
             m_changes.append(change);
             m_replay.apply(change);
@@ -224,8 +227,7 @@ private Q_SLOTS:
         process.start(QStringLiteral("/bin/bash"), {QStringLiteral("-c"), script});
         QTRY_VERIFY_WITH_TIMEOUT(process.state() == QProcess::NotRunning, 60000);
         QCOMPARE(process.exitCode(), 0);
-        QTRY_VERIFY_WITH_TIMEOUT(difference().isEmpty(), Bound);
-        QCOMPARE(difference(), QString());
+        QTRY_COMPARE_WITH_TIMEOUT(difference(), QString(), Bound);
         QSet<QString> made;
         for (const FolderChange& change : std::as_const(m_changes)) {
             QVERIFY2(!made.contains(change.path1), qPrintable(change.path1)); // once each
@@ -240,13 +242,11 @@ private Q_SLOTS:
         // Writes alternating between two files fill the queue; what follows is lost.
         const QString flood = QStringLiteral("for i in $(seq 17000); do : > a/f$((i % 2)); done; ");
         runScript(m_root, flood + QStringLiteral("mkdir -p a/late/x a/late2; rmdir a/b"));
-        QTRY_VERIFY_WITH_TIMEOUT(difference().isEmpty(), Bound);
-        QCOMPARE(difference(), QString());
+        QTRY_COMPARE_WITH_TIMEOUT(difference(), QString(), Bound);
         QVERIFY(m_source->statistics().overflows >= 1);
         QVERIFY(m_source->statistics().rescans >= 1);
         runScript(m_root, flood + QStringLiteral("mv a/late a/moved; rmdir a/late2; mkdir a/new"));
-        QTRY_VERIFY_WITH_TIMEOUT(difference().isEmpty(), Bound);
-        QCOMPARE(difference(), QString());
+        QTRY_COMPARE_WITH_TIMEOUT(difference(), QString(), Bound);
     }
 
     // Past the system's limit of watches, folders are read again periodically.
@@ -254,28 +254,25 @@ private Q_SLOTS:
     {
         test::makeFolder(m_root + QStringLiteral("/a/b/c/d/e"));
         int budget = 3;
-        m_source = std::make_unique<FolderChangeSource>();
-        m_source->setAddWatch([&budget](int fd, const char* path, quint32 mask) {
-            if (budget-- > 0)
-                return ::inotify_add_watch(fd, path, mask);
-            errno = ENOSPC;
-            return -1;
+        QList<int> limits;
+        startWatching([&](FolderChangeSource& source) {
+            source.setAddWatch([&budget](int fd, const char* path, quint32 mask) {
+                if (budget-- > 0)
+                    return ::inotify_add_watch(fd, path, mask);
+                errno = ENOSPC;
+                return -1;
+            });
+            source.setRescanInterval(20);
+            connect(&source, &FolderChangeSource::watchLimitReached, this,
+                    [&limits](int limit) { limits << limit; });
         });
-        m_source->setRescanInterval(20);
-        QSignalSpy limit(m_source.get(), &FolderChangeSource::watchLimitReached);
-        connect(m_source.get(), &FolderChangeSource::changed, this,
-                [this](const FolderChange& change) { m_replay.apply(change); });
-        m_replay.folders = foldersOnDisk(m_root);
-        QVERIFY(m_source->open());
-        QVERIFY(m_source->watch({m_root}));
-        QCOMPARE(limit.size(), 1);
-        QCOMPARE(limit.at(0).at(0).toInt(), FolderChangeSource::systemWatchLimit());
+        const QList<int> once{FolderChangeSource::systemWatchLimit()};
+        QCOMPARE(limits, once);
         QVERIFY(m_source->statistics().unwatchedFolders > 0);
         runScript(m_root,
                   QStringLiteral("mkdir a/b/c/d/e/f a/b/c/g n; rmdir a/b/c/d/e/f; mkdir a/b/c/d/e/h"));
-        QTRY_VERIFY_WITH_TIMEOUT(difference().isEmpty(), Bound);
-        QCOMPARE(difference(), QString());
-        QCOMPARE(limit.size(), 1); // told once only
+        QTRY_COMPARE_WITH_TIMEOUT(difference(), QString(), Bound);
+        QCOMPARE(limits, once); // told once only
     }
 
     // The folder is unreadable, gone or no folder at the moment its watch is added.
@@ -291,31 +288,24 @@ private Q_SLOTS:
     {
         QFETCH(int, error);
         QFETCH(bool, reported);
-        m_source = std::make_unique<FolderChangeSource>();
-        m_source->setAddWatch([error](int fd, const char* path, quint32 mask) {
-            const QByteArray folder(path);
-            if (!folder.endsWith("/x"))
-                return ::inotify_add_watch(fd, path, mask);
-            if (error != EACCES)
-                QDir(QFile::decodeName(folder)).removeRecursively();
-            if (error == ENOTDIR)
-                test::writeFile(QFile::decodeName(folder));
-            errno = error;
-            return -1;
+        startWatching([error](FolderChangeSource& source) {
+            source.setAddWatch([error](int fd, const char* path, quint32 mask) {
+                const QByteArray folder(path);
+                if (!folder.endsWith("/x"))
+                    return ::inotify_add_watch(fd, path, mask);
+                if (error != EACCES)
+                    QDir(QFile::decodeName(folder)).removeRecursively();
+                if (error == ENOTDIR)
+                    test::writeFile(QFile::decodeName(folder));
+                errno = error;
+                return -1;
+            });
+            source.setRescanInterval(20);
         });
-        m_source->setRescanInterval(20);
-        connect(m_source.get(), &FolderChangeSource::changed, this, [this](const FolderChange& change) {
-            m_changes.append(change);
-            m_replay.apply(change);
-        });
-        m_replay.folders = foldersOnDisk(m_root);
-        QVERIFY(m_source->open());
-        QVERIFY(m_source->watch({m_root}));
         runScript(m_root, QStringLiteral("mkdir -p x/y && mkdir z"));
         QTRY_VERIFY_WITH_TIMEOUT(m_replay.folders.count(m_root + QStringLiteral("/z")), Bound);
         QCOMPARE(m_replay.folders.count(m_root + QStringLiteral("/x")), reported);
-        QTRY_VERIFY_WITH_TIMEOUT(difference().isEmpty(), Bound);
-        QCOMPARE(difference(), QString());
+        QTRY_COMPARE_WITH_TIMEOUT(difference(), QString(), Bound);
     }
 
     void openAndWatchRules()

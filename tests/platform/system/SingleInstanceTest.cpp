@@ -10,12 +10,13 @@ class SingleInstanceTest : public QObject
     Q_OBJECT
 
 private:
-    static QProcessEnvironment environment()
+    static void start(QProcess& process, const char* program, const QStringList& arguments = {})
     {
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
         env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
         env.insert(QStringLiteral("QTWEBENGINE_DISABLE_SANDBOX"), QStringLiteral("1"));
-        return env;
+        process.setProcessEnvironment(env);
+        process.start(QString::fromLocal8Bit(program), arguments);
     }
 
 private Q_SLOTS:
@@ -31,10 +32,8 @@ private Q_SLOTS:
         UserFolders folders;
         QProcess first;
         QProcess second;
-        for (QProcess* p : {&first, &second}) {
-            p->setProcessEnvironment(environment());
-            p->start(QStringLiteral(PROBE_PATH), {QStringLiteral("race")});
-        }
+        for (QProcess* p : {&first, &second})
+            start(*p, PROBE_PATH, {QStringLiteral("race")});
         QVERIFY(first.waitForStarted() && second.waitForStarted());
         // The duplicate ends by itself; the primary ends once the duplicate has asked it to show itself.
         QVERIFY(first.waitForFinished(20000) && second.waitForFinished(20000));
@@ -49,15 +48,13 @@ private Q_SLOTS:
     {
         UserFolders folders;
         QProcess crashed;
-        crashed.setProcessEnvironment(environment());
-        crashed.start(QStringLiteral(PROBE_PATH), {QStringLiteral("stale")});
+        start(crashed, PROBE_PATH, {QStringLiteral("stale")});
         QVERIFY(crashed.waitForReadyRead(20000));
         crashed.kill(); // leaves its socket file behind
         QVERIFY(crashed.waitForFinished(20000));
 
         QProcess next;
-        next.setProcessEnvironment(environment());
-        next.start(QStringLiteral(PROBE_PATH), {QStringLiteral("stale")});
+        start(next, PROBE_PATH, {QStringLiteral("stale")});
         QVERIFY(next.waitForReadyRead(20000));
         QCOMPARE(next.readAllStandardOutput().trimmed(), QByteArray("primary"));
         next.kill();
@@ -68,15 +65,13 @@ private Q_SLOTS:
     {
         UserFolders folders;
         QProcess first;
-        first.setProcessEnvironment(environment());
-        first.start(QStringLiteral(NMAIN5_PATH), {});
+        start(first, NMAIN5_PATH);
         QVERIFY(first.waitForStarted());
         const QString socket = folders.root() + QStringLiteral("/runtime/nebra/NMain5.socket");
         QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(socket), 30000);
 
         QProcess second;
-        second.setProcessEnvironment(environment());
-        second.start(QStringLiteral(NMAIN5_PATH), {});
+        start(second, NMAIN5_PATH);
         QVERIFY(second.waitForFinished(30000));
         QCOMPARE(second.exitStatus(), QProcess::NormalExit);
         QCOMPARE(second.exitCode(), 0);
