@@ -31,6 +31,7 @@ public:
     bool readAuditEntries(const AuditFilter& filter, const AuditOrder& order, qint64 offset, int limit,
                           QList<AuditEntry>* entries, QString* error) override;
     AuditVerification verifyAuditTrail() override;
+    std::function<AuditVerification()> auditTrailVerifier() override;
 
 private:
     std::unique_ptr<SecurityStore> m_store;

@@ -241,6 +241,14 @@ AuditVerification NebraSecurityManager::VerifyAuditTrail() const
     return m_backend->verifyAuditTrail();
 }
 
+std::function<AuditVerification()> NebraSecurityManager::AuditTrailVerifier() const
+{
+    QString error;
+    if (!mayReview(&error))
+        return [error] { return AuditVerification{false, 0, 0, error, {}}; };
+    return m_backend->auditTrailVerifier();
+}
+
 void NebraSecurityManager::SessionChangePassword(QWidget* owner)
 {
     if (!m_user)

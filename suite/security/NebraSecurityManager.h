@@ -10,6 +10,7 @@
 #include <QObject>
 #include <QString>
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -89,6 +90,10 @@ public:
     bool ReadAuditEntries(const AuditFilter& filter, const AuditOrder& order, qint64 offset, int limit,
                           QList<AuditEntry>* entries, QString* error) const;
     AuditVerification VerifyAuditTrail() const;
+    // VerifyAuditTrail to be run later on any thread (one call at a time):
+    // the right is checked now, the chain when the function is called, on a
+    // connection of its own. It refers to nothing of the manager.
+    std::function<AuditVerification()> AuditTrailVerifier() const;
 
 Q_SIGNALS:
     void UserLoggedOut(const QString& userName, int reason);

@@ -8,6 +8,8 @@
 
 #include <QString>
 
+#include <functional>
+
 namespace nebra {
 
 class SecretBytes;
@@ -50,6 +52,10 @@ public:
                                   int limit, QList<AuditEntry>* entries, QString* error) = 0;
     // The chain check of the whole trail, as the administration tool's verify makes it.
     virtual AuditVerification verifyAuditTrail() = 0;
+    // The same check, made when the function returned is called, on a
+    // connection of its own that it opens and closes in the calling thread:
+    // so a long check can run on another thread than the session's.
+    virtual std::function<AuditVerification()> auditTrailVerifier() = 0;
 };
 
 } // namespace nebra

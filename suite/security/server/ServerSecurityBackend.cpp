@@ -174,4 +174,19 @@ AuditVerification ServerSecurityBackend::verifyAuditTrail()
     return result;
 }
 
+std::function<AuditVerification()> ServerSecurityBackend::auditTrailVerifier()
+{
+    return [server = m_settings.server, token = m_token] {
+        AuditVerification result;
+        QString error;
+        if (token.isEmpty())
+            error = QStringLiteral("No user is logged in.");
+        else if (const std::unique_ptr<ServerConnection> connection = ServerConnection::open(server, &error))
+            ServerSession(*connection, AuditTrail::workstationName()).verifyAudit(token, &result, &error);
+        if (!error.isEmpty())
+            return AuditVerification{false, 0, 0, error, {}};
+        return result;
+    };
+}
+
 } // namespace nebra

@@ -41,6 +41,7 @@ public:
     bool readAuditEntries(const AuditFilter& filter, const AuditOrder& order, qint64 offset, int limit,
                           QList<AuditEntry>* entries, QString* error) override;
     AuditVerification verifyAuditTrail() override;
+    std::function<AuditVerification()> auditTrailVerifier() override;
 
 private:
     ServerSecurityBackend(const SecuritySettings& settings, std::unique_ptr<ServerConnection> connection);

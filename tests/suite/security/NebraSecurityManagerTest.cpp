@@ -6,6 +6,8 @@
 #include <QSignalSpy>
 #include <QTest>
 
+#include <thread>
+
 using namespace nebra;
 using namespace nebra::test;
 
@@ -263,6 +265,7 @@ private Q_SLOTS:
         const AuditVerification verification = manager->VerifyAuditTrail();
         QVERIFY(!verification.ok);
         QCOMPARE(verification.message, error);
+        QCOMPARE(manager->AuditTrailVerifier()().message, error);
         QCOMPARE(m_messages->count(), 0);
     }
 
@@ -310,6 +313,11 @@ private Q_SLOTS:
         const AuditVerification verification = manager->VerifyAuditTrail();
         QVERIFY2(verification.ok, qPrintable(verification.message));
         QCOMPARE(verification.entryCount, all);
+        // The long check may run on a thread of its own, on a connection of its own.
+        AuditVerification onThread;
+        std::thread([&onThread, verify = manager->AuditTrailVerifier()] { onThread = verify(); }).join();
+        QVERIFY2(onThread.ok, qPrintable(onThread.message));
+        QCOMPARE(onThread.entryCount, all);
     }
 };
 
