@@ -122,9 +122,12 @@ bool AuditTrailReader::read(const AuditFilter& filter, const AuditOrder& order, 
         if (order.order == Qt::AscendingOrder) {
             c.add(QStringLiteral("seq > ?"), offset);
         } else {
+            // The newest entry already lies within the snapshot bound; the
+            // bound itself stays out, or it might be the one the scan starts from.
             const Conditions bound = c;
+            c = {};
             c.terms.append(QStringLiteral("seq <= %1 - ?").arg(newestOf(bound)));
-            c.values += bound.values;
+            c.values = bound.values;
             c.values.append(offset);
         }
         sql += c.where() + orderBy(order) + QStringLiteral(" LIMIT ?");

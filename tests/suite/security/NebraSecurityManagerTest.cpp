@@ -299,6 +299,12 @@ private Q_SLOTS:
         QCOMPARE(page.size(), 2);
         QCOMPARE(page[0].sequence, all - 1);
         QCOMPARE(page[1].text, QStringLiteral("Run protocol: P3.apr"));
+        QVERIFY2(manager->ReadAuditEntries({}, {AuditColumn::Sequence, Qt::AscendingOrder}, all - 2, 5, &page,
+                                           &error),
+                 qPrintable(error));
+        QCOMPARE(page.size(), 2); // the last page is short
+        QCOMPARE(page[0].sequence, all - 1);
+        QCOMPARE(page[1].text, QStringLiteral("Run protocol: P5.apr"));
         filter.area = QStringLiteral("General");
         QVERIFY2(
             manager->ReadAuditEntries(filter, {AuditColumn::Text, Qt::DescendingOrder}, 0, 10, &page, &error),

@@ -92,7 +92,7 @@ DECLARE
         WHEN 'area' THEN 'area'
         WHEN 'text' THEN 'text' END;
     v_where text := nebra.review_where(p_from, p_to, p_user, p_area, p_text, p_through);
-    v_sql text := 'SELECT seq, utc, user_name, workstation, area, text, mac FROM nebra.audit_trail' || v_where;
+    v_sql text := 'SELECT seq, utc, user_name, workstation, area, text, mac FROM nebra.audit_trail';
 BEGIN
     PERFORM nebra.check_reviewer(p_token);
     IF v_key IS NULL OR p_offset IS NULL OR p_offset < 0 OR p_limit IS NULL OR p_limit < 0 THEN
@@ -101,13 +101,13 @@ BEGIN
     END IF;
     IF v_key = '' AND nebra.review_unfiltered(p_from, p_to, p_user, p_area, p_text) THEN
         IF p_descending THEN
-            v_sql := v_sql || ' AND seq <= (SELECT coalesce(max(seq), 0) FROM nebra.audit_trail' || v_where
+            v_sql := v_sql || ' WHERE seq <= (SELECT coalesce(max(seq), 0) FROM nebra.audit_trail' || v_where
                      || ') - $7 ORDER BY seq DESC LIMIT $8';
         ELSE
-            v_sql := v_sql || ' AND seq > $7 ORDER BY seq LIMIT $8';
+            v_sql := v_sql || v_where || ' AND seq > $7 ORDER BY seq LIMIT $8';
         END IF;
     ELSE
-        v_sql := v_sql || ' ORDER BY ' || CASE WHEN v_key = '' THEN '' ELSE v_key || v_direction || ', ' END
+        v_sql := v_sql || v_where || ' ORDER BY ' || CASE WHEN v_key = '' THEN '' ELSE v_key || v_direction || ', ' END
                  || 'seq' || v_direction || ' OFFSET $7 LIMIT $8';
     END IF;
     RETURN QUERY EXECUTE v_sql USING p_from, p_to, p_user, p_area, p_text, p_through, p_offset, p_limit;
