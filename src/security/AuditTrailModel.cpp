@@ -119,6 +119,23 @@ void AuditTrailModel::reload()
         Q_EMIT readFailed(error);
 }
 
+// The store steps over the rows before a page; a page in the second half of
+// the view is read as the first rows of the reversed order instead, so the
+// end of a long view costs what its start does. The snapshot keeps the
+// count exact, and the sequence number makes the order total.
+bool AuditTrailModel::readRows(qint64 offset, int limit, QList<AuditEntry>* entries, QString* error) const
+{
+    if (offset <= m_rows / 2)
+        return m_source.read(pinnedFilter(), m_order, offset, limit, entries, error);
+    const int rows = int(qMin<qint64>(limit, qMax<qint64>(0, m_rows - offset)));
+    const AuditOrder reversed{m_order.column,
+                              m_order.order == Qt::AscendingOrder ? Qt::DescendingOrder : Qt::AscendingOrder};
+    if (!m_source.read(pinnedFilter(), reversed, m_rows - offset - rows, rows, entries, error))
+        return false;
+    std::reverse(entries->begin(), entries->end());
+    return true;
+}
+
 const QList<AuditEntry>* AuditTrailModel::page(qint64 index) const
 {
     if (m_failed)
@@ -132,7 +149,7 @@ const QList<AuditEntry>* AuditTrailModel::page(qint64 index) const
     }
     QList<AuditEntry> entries;
     QString error;
-    if (!m_source.read(pinnedFilter(), m_order, index * PageSize, PageSize, &entries, &error)) {
+    if (!readRows(index * PageSize, PageSize, &entries, &error)) {
         failLater(error);
         return nullptr;
     }
@@ -175,12 +192,12 @@ bool AuditTrailModel::forEachEntry(const std::function<bool(const AuditEntry&)>&
 {
     for (qint64 offset = 0;; offset += ExportPageSize) {
         QList<AuditEntry> entries;
-        if (!m_source.read(pinnedFilter(), m_order, offset, ExportPageSize, &entries, error))
+        if (!readRows(offset, ExportPageSize, &entries, error))
             return false;
         for (const AuditEntry& entry : std::as_const(entries))
             if (!visit(entry))
                 return true;
-        if (entries.size() < ExportPageSize)
+        if (entries.size() < ExportPageSize || offset + ExportPageSize >= m_rows)
             return true;
     }
 }

@@ -72,6 +72,7 @@ private:
 
     AuditFilter pinnedFilter() const;
     bool count(QString* error);
+    bool readRows(qint64 offset, int limit, QList<AuditEntry>* entries, QString* error) const;
     const QList<AuditEntry>* page(qint64 index) const;
     void failLater(const QString& error) const;
     void fail(const QString& error);

@@ -34,6 +34,17 @@ QString utcText(const QDateTime& time)
     return time.toUTC().toString(Qt::ISODateWithMs);
 }
 
+// LIKE finds a part without regard to case (ASCII letters) and, unlike
+// lower() on both sides, copies nothing per entry; its wildcards in the
+// reviewer's text are matched as themselves.
+QString likePattern(QString text)
+{
+    text.replace(QLatin1Char('\\'), QLatin1String("\\\\"));
+    text.replace(QLatin1Char('%'), QLatin1String("\\%"));
+    text.replace(QLatin1Char('_'), QLatin1String("\\_"));
+    return QLatin1Char('%') + text + QLatin1Char('%');
+}
+
 Conditions conditionsOf(const AuditFilter& filter)
 {
     Conditions c;
@@ -46,7 +57,7 @@ Conditions conditionsOf(const AuditFilter& filter)
     if (!filter.area.isEmpty())
         c.add(QStringLiteral("area = ?"), filter.area);
     if (!filter.text.isEmpty())
-        c.add(QStringLiteral("instr(lower(text), lower(?)) > 0"), filter.text);
+        c.add(QStringLiteral("text LIKE ? ESCAPE '\\'"), likePattern(filter.text));
     if (filter.throughSequence > 0)
         c.add(QStringLiteral("seq <= ?"), filter.throughSequence);
     return c;

@@ -141,6 +141,8 @@ private Q_SLOTS:
         all.area = QStringLiteral("General");
         all.text = QStringLiteral("PLATE 1");
         none.userName = QStringLiteral("nobody");
+        AuditFilter wildcards;
+        wildcards.text = QStringLiteral("Plate _%");
         using C = AuditColumn;
         QTest::newRow("all, newest first") << AuditFilter{} << AuditOrder{};
         QTest::newRow("all, oldest first") << AuditFilter{} << AuditOrder{C::Sequence, Qt::AscendingOrder};
@@ -152,6 +154,7 @@ private Q_SLOTS:
             << range << AuditOrder{C::Workstation, Qt::DescendingOrder};
         QTest::newRow("every filter, by area") << all << AuditOrder{C::Area, Qt::AscendingOrder};
         QTest::newRow("nothing matches") << none << AuditOrder{};
+        QTest::newRow("wildcards are plain text") << wildcards << AuditOrder{};
     }
 
     void viewsMatchAPlainFilter()
