@@ -305,6 +305,14 @@ private Q_SLOTS:
         QCOMPARE(page.size(), 2); // the last page is short
         QCOMPARE(page[0].sequence, all - 1);
         QCOMPARE(page[1].text, QStringLiteral("Run protocol: P5.apr"));
+        // A view pinned to an earlier moment leaves the later entries out.
+        AuditFilter pinned;
+        pinned.throughSequence = all - 2;
+        QVERIFY2(manager->ReadAuditEntries(pinned, {}, 0, 1, &page, &error), qPrintable(error));
+        QCOMPARE(page.value(0).sequence, all - 2);
+        pinned.area = QStringLiteral("Reader");
+        QVERIFY2(manager->CountAuditEntries(pinned, &runs, &error), qPrintable(error));
+        QCOMPARE(runs, 1); // P2; P4 came after
         filter.area = QStringLiteral("General");
         QVERIFY2(
             manager->ReadAuditEntries(filter, {AuditColumn::Text, Qt::DescendingOrder}, 0, 10, &page, &error),
