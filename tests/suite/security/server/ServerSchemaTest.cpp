@@ -188,6 +188,10 @@ void ServerSchemaTest::clientCannotRunOwnerCode_data()
     QTest::newRow("reseal the head") << QStringLiteral("SELECT nebra.admin_reseal_head('x', 'pc')");
     QTest::newRow("unassign a role") << QStringLiteral(
         "SELECT nebra.admin_unassign_role('x', 'pc', 'jsmith', 'Analysts')");
+    QTest::newRow("review without a session")
+        << QStringLiteral("SELECT nebra.review_audit_count('', '', '', '', '', '', 0)");
+    QTest::newRow("review's filter text")
+        << QStringLiteral("SELECT nebra.review_where('', '', '', '', '', 0)");
 }
 
 void ServerSchemaTest::clientCannotRunOwnerCode()
@@ -209,6 +213,10 @@ void ServerSchemaTest::clientCanRunItsFunctions()
     QCOMPARE(session.isAllowed(in.token, QStringLiteral("Reports"), QStringLiteral("Print"), &error), true);
     QVERIFY2(session.record(in.token, QStringLiteral("Reader"), QStringLiteral("Plate read"), &error) > 0,
              qPrintable(error));
+    // Reading the trail needs a right of its own, which the server checks itself.
+    qint64 count = 0;
+    QVERIFY(!session.countAudit(in.token, {}, &count, &error));
+    QCOMPARE(client->lastState(), InsufficientPrivilege);
     QVERIFY2(session.logOut(in.token, QStringLiteral("Log out"), &error), qPrintable(error));
 }
 
