@@ -15,15 +15,10 @@ public:
     // One line per entry: sequence, time (UTC), user, workstation, area, text, tab-separated.
     static bool print(const AuditTrail& trail, QIODevice& out, QString* error);
 
-    // RFC 4180 CSV with a header row, fields quoted where needed, including
-    // the MAC in hexadecimal. path "-" writes to out; a file is replaced
+    // The CSV form of AuditCsv (formula-neutralised cells, the MAC in
+    // hexadecimal). path "-" writes to out; a file is replaced
     // atomically, so a failed export leaves no half-written file.
     static bool exportCsv(const AuditTrail& trail, const QString& path, QIODevice& out, QString* error);
-
-    // A cell that a spreadsheet would take for a formula (starting with "=",
-    // "+", "-", "@", a tab or a carriage return) gets a leading "'", so that
-    // an entry's text can never run as a formula on the reviewer's computer.
-    static QString csvField(const QString& value);
 };
 
 } // namespace nebra
