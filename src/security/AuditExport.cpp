@@ -36,7 +36,7 @@ QString AuditExport::filterInWords(const AuditFilter& filter)
 QString AuditExport::recordText(const QString& what, const QString& where, const QString& filterWords,
                                 qint64 count)
 {
-    return QStringLiteral("Audit trail exported to %1 \"%2\": %3 %4, filter: %5")
+    return QStringLiteral("Audit trail %1 \"%2\": %3 %4, filter: %5")
         .arg(what, where)
         .arg(count)
         .arg(count == 1 ? QStringLiteral("entry") : QStringLiteral("entries"), filterWords);
@@ -77,7 +77,7 @@ AuditExport::Outcome AuditExport::writeFile(const QString& path, const QString& 
 AuditExport::Outcome AuditExport::writeCsv(const QString& path, QString* error)
 {
     return writeFile(
-        path, QStringLiteral("CSV file"),
+        path, QStringLiteral("exported to CSV file"),
         [this](QSaveFile& file, QString* e) {
             const AuditEntrySource counted = [this](const AuditEntryVisitor& visit, QString* why) {
                 return m_entries(
@@ -96,7 +96,7 @@ AuditExport::Outcome AuditExport::writePdf(const QString& path, const AuditPrint
                                            QString* error)
 {
     return writeFile(
-        path, QStringLiteral("PDF file"),
+        path, QStringLiteral("exported to PDF file"),
         [&](QSaveFile& file, QString* e) {
             QPdfWriter writer(&file);
             writer.setTitle(QStringLiteral("Audit Trail"));

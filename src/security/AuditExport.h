@@ -38,8 +38,8 @@ public:
     // containing "export"", or "all entries". Dates are the local days the
     // range covers, both included.
     static QString filterInWords(const AuditFilter& filter);
-    // The audit entry of an export: what (a "CSV file", a "PDF file", a
-    // "printer"), where, the filter and the number of entries.
+    // The audit entry of an export or printout: what was done ("exported to
+    // CSV file", "printed on"), where, the number of entries and the filter.
     static QString recordText(const QString& what, const QString& where, const QString& filterWords,
                               qint64 count);
     static QString cannotWriteText(const QString& path, const QString& reason);
