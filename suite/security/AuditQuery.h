@@ -15,8 +15,13 @@ struct AuditFilter
     QString userName; // the whole name, without regard to case
     QString area;     // the whole area, as recorded
     QString text;     // a part of the entry's text, without regard to case
+    // Not a narrowing the reviewer chooses: when above 0, entries after this
+    // one are left out, so that a view read page by page stays one snapshot
+    // while new entries are recorded.
+    qint64 throughSequence = 0;
 
     bool operator==(const AuditFilter& other) const = default;
+    // True when the reviewer narrows nothing (throughSequence aside).
     bool isEmpty() const
     {
         return !from.isValid() && !to.isValid() && userName.isEmpty() && area.isEmpty() && text.isEmpty();

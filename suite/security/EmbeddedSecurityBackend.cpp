@@ -1,5 +1,6 @@
 #include "EmbeddedSecurityBackend.h"
 
+#include "AuditTrailReader.h"
 #include "SecretBytes.h"
 #include "SecurityStore.h"
 
@@ -68,6 +69,34 @@ bool EmbeddedSecurityBackend::storeNewPassword(const QString& userName, const Se
 AuditAppendResult EmbeddedSecurityBackend::endSession(const QString& userName, const QString& text)
 {
     return m_store->audit().append(userName, Authenticator::Area, text);
+}
+
+bool EmbeddedSecurityBackend::countAuditEntries(const AuditFilter& filter, qint64* count, QString* error)
+{
+    return AuditTrailReader(m_store->database()).count(filter, count, error);
+}
+
+bool EmbeddedSecurityBackend::readAuditEntries(const AuditFilter& filter, const AuditOrder& order,
+                                               qint64 offset, int limit, QList<AuditEntry>* entries,
+                                               QString* error)
+{
+    return AuditTrailReader(m_store->database()).read(filter, order, offset, limit, entries, error);
+}
+
+AuditVerification EmbeddedSecurityBackend::verifyAuditTrail()
+{
+    return m_store->audit().verify();
+}
+
+std::function<AuditVerification()> EmbeddedSecurityBackend::auditTrailVerifier()
+{
+    return [settings = m_store->settings()] {
+        QString error;
+        // The chain head is checked by verify itself, with the reason in its words.
+        const std::unique_ptr<SecurityStore> store =
+            SecurityStore::open(settings, &error, SecurityStore::HeadCheck::Skipped);
+        return store ? store->audit().verify() : AuditVerification{false, 0, 0, error, {}};
+    };
 }
 
 } // namespace nebra

@@ -27,6 +27,11 @@ public:
     bool storeNewPassword(const QString& userName, const SecretBytes& current, const SecretBytes& fresh,
                           QString* error) override;
     AuditAppendResult endSession(const QString& userName, const QString& text) override;
+    bool countAuditEntries(const AuditFilter& filter, qint64* count, QString* error) override;
+    bool readAuditEntries(const AuditFilter& filter, const AuditOrder& order, qint64 offset, int limit,
+                          QList<AuditEntry>* entries, QString* error) override;
+    AuditVerification verifyAuditTrail() override;
+    std::function<AuditVerification()> auditTrailVerifier() override;
 
 private:
     std::unique_ptr<SecurityStore> m_store;

@@ -205,6 +205,50 @@ int NebraSecurityManager::TimeOutWarningSeconds() const
     return m_backend->settings().timeOutWarningSeconds;
 }
 
+bool NebraSecurityManager::mayReview(QString* error) const
+{
+    if (!m_user) {
+        *error = QStringLiteral("No user is logged in.");
+        return false;
+    }
+    QString why;
+    if (m_backend->isOperationAllowed(m_user->name, QLatin1String(ReviewArea), QLatin1String(ReviewOperation),
+                                      &why) &&
+        why.isEmpty())
+        return true;
+    *error = why.isEmpty() ? QStringLiteral("You do not have the right to view the audit trail.")
+                           : QStringLiteral("The security database cannot be read.\n\n%1").arg(why);
+    return false;
+}
+
+bool NebraSecurityManager::CountAuditEntries(const AuditFilter& filter, qint64* count, QString* error) const
+{
+    return mayReview(error) && m_backend->countAuditEntries(filter, count, error);
+}
+
+bool NebraSecurityManager::ReadAuditEntries(const AuditFilter& filter, const AuditOrder& order, qint64 offset,
+                                            int limit, QList<AuditEntry>* entries, QString* error) const
+{
+    entries->clear();
+    return mayReview(error) && m_backend->readAuditEntries(filter, order, offset, limit, entries, error);
+}
+
+AuditVerification NebraSecurityManager::VerifyAuditTrail() const
+{
+    QString error;
+    if (!mayReview(&error))
+        return {false, 0, 0, error, {}};
+    return m_backend->verifyAuditTrail();
+}
+
+std::function<AuditVerification()> NebraSecurityManager::AuditTrailVerifier() const
+{
+    QString error;
+    if (!mayReview(&error))
+        return [error] { return AuditVerification{false, 0, 0, error, {}}; };
+    return m_backend->auditTrailVerifier();
+}
+
 void NebraSecurityManager::SessionChangePassword(QWidget* owner)
 {
     if (!m_user)

@@ -10,6 +10,7 @@
 #include <QObject>
 #include <QString>
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -79,6 +80,21 @@ public:
     // [Security] TimeOutWarningSeconds: 0 when the user is not warned.
     int TimeOutWarningSeconds() const;
 
+    // The reviewer's reading of the audit trail (see SecurityBackend). Each
+    // is refused (false with *error, or a failed verification) without a
+    // session, or when the user lacks the right ReviewArea/ReviewOperation.
+    // They show no message: the caller reports the error.
+    static constexpr const char* ReviewArea = "Security";
+    static constexpr const char* ReviewOperation = "ViewAuditTrail";
+    bool CountAuditEntries(const AuditFilter& filter, qint64* count, QString* error) const;
+    bool ReadAuditEntries(const AuditFilter& filter, const AuditOrder& order, qint64 offset, int limit,
+                          QList<AuditEntry>* entries, QString* error) const;
+    AuditVerification VerifyAuditTrail() const;
+    // VerifyAuditTrail to be run later on any thread (one call at a time):
+    // the right is checked now, the chain when the function is called, on a
+    // connection of its own. It refers to nothing of the manager.
+    std::function<AuditVerification()> AuditTrailVerifier() const;
+
 Q_SIGNALS:
     void UserLoggedOut(const QString& userName, int reason);
     // The session will time out in TimeOutWarningSeconds() or less unless ResetTimeOut() is called.
@@ -96,6 +112,8 @@ private:
     // Ends the store's session of the user and records why.
     void closeSession(const QString& userName, const QString& text);
     void tell(QWidget* owner, const QString& text, MessageIcon icon) const;
+    // False, with *error, unless the session's user may review the audit trail.
+    bool mayReview(QString* error) const;
 
     std::unique_ptr<SecurityBackend> m_backend;
     IdleTimer m_idle;

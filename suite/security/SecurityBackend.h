@@ -1,11 +1,14 @@
 #pragma once
 
+#include "AuditQuery.h"
 #include "AuditTrail.h"
 #include "Authenticator.h"
 #include "PasswordPolicy.h"
 #include "SecuritySettings.h"
 
 #include <QString>
+
+#include <functional>
 
 namespace nebra {
 
@@ -39,6 +42,20 @@ public:
                                   const SecretBytes& fresh, QString* error) = 0;
     // Ends the session that logIn opened and records text (area "Security").
     virtual AuditAppendResult endSession(const QString& userName, const QString& text) = 0;
+
+    // The reviewer's reading of the audit trail. Whether the user may read
+    // it is the caller's check; the server checks it again for its session.
+    // Each is false (or a failed verification), with *error, when the store cannot answer.
+    virtual bool countAuditEntries(const AuditFilter& filter, qint64* count, QString* error) = 0;
+    // Up to limit entries of the view from offset (0 = its first row).
+    virtual bool readAuditEntries(const AuditFilter& filter, const AuditOrder& order, qint64 offset,
+                                  int limit, QList<AuditEntry>* entries, QString* error) = 0;
+    // The chain check of the whole trail, as the administration tool's verify makes it.
+    virtual AuditVerification verifyAuditTrail() = 0;
+    // The same check, made when the function returned is called, on a
+    // connection of its own that it opens and closes in the calling thread:
+    // so a long check can run on another thread than the session's.
+    virtual std::function<AuditVerification()> auditTrailVerifier() = 0;
 };
 
 } // namespace nebra

@@ -14,9 +14,22 @@ namespace nebra {
 
 namespace {
 
-const QStringList& schema()
+// What a reviewer sorts and filters the audit trail by (AuditTrailReader).
+// Each index ends in the sequence number (the row id), which breaks ties.
+const QStringList& reviewIndexes()
 {
     static const QStringList statements = {
+        QStringLiteral("CREATE INDEX IF NOT EXISTS audit_trail_utc ON audit_trail(utc)"),
+        QStringLiteral(
+            "CREATE INDEX IF NOT EXISTS audit_trail_user ON audit_trail(user_name COLLATE NOCASE)"),
+        QStringLiteral("CREATE INDEX IF NOT EXISTS audit_trail_area ON audit_trail(area)"),
+    };
+    return statements;
+}
+
+QStringList schema()
+{
+    const QStringList statements = {
         QStringLiteral("CREATE TABLE meta(key TEXT PRIMARY KEY, value TEXT NOT NULL)"),
         QStringLiteral("CREATE TABLE users("
                        "id INTEGER PRIMARY KEY, "
@@ -52,7 +65,7 @@ const QStringList& schema()
         QStringLiteral("CREATE TRIGGER audit_trail_no_delete BEFORE DELETE ON audit_trail "
                        "BEGIN SELECT RAISE(ABORT, 'audit trail entries cannot be deleted'); END"),
     };
-    return statements;
+    return statements + reviewIndexes();
 }
 
 QString sqlError(const QSqlQuery& query)
@@ -185,7 +198,7 @@ std::unique_ptr<SecurityDatabase> SecurityDatabase::open(const QString& path, QS
     else if (kind == FileKind::Truncated)
         *error = db->describe(QStringLiteral("is truncated."));
     else if (db->connect(error) && db->checkIdentity(error) && db->applyPragmas(error) &&
-             db->checkReadableAndWritable(error))
+             db->checkReadableAndWritable(error) && db->addReviewIndexes(error))
         return db;
     return nullptr;
 }
@@ -216,6 +229,37 @@ bool SecurityDatabase::checkIdentity(QString* error)
         return false;
     }
     return true;
+}
+
+bool SecurityDatabase::addReviewIndexes(QString* error)
+{
+    // A database made before the reviewer's indexes gets them on its first
+    // opening (once: a few seconds on a trail of a million entries); the
+    // schema is otherwise unchanged, so older programs still open it.
+    QSqlQuery q = newQuery();
+    QString why;
+    if (!exec(q,
+              QStringLiteral("SELECT count(*) FROM sqlite_master WHERE type = 'index' AND name IN "
+                             "('audit_trail_utc', 'audit_trail_user', 'audit_trail_area')"),
+              {}, &why) ||
+        !q.next()) {
+        *error = describe(QStringLiteral("is damaged (%1).").arg(why));
+        return false;
+    }
+    if (q.value(0).toInt() >= reviewIndexes().size())
+        return true;
+    q.finish();
+    const bool added = writeTransaction(
+        [&](QString* e) {
+            for (const QString& statement : reviewIndexes())
+                if (!exec(q, statement, {}, e))
+                    return false;
+            return true;
+        },
+        &why);
+    if (!added)
+        *error = describe(QStringLiteral("cannot be written (%1).").arg(why));
+    return added;
 }
 
 bool SecurityDatabase::checkReadableAndWritable(QString* error)

@@ -28,7 +28,8 @@ namespace nebra {
 // could read or write is refused.
 //   audit_trail(seq, utc, user_name, workstation, area, text, mac)
 //
-// The audit table refuses UPDATE and DELETE through triggers.
+// The audit table refuses UPDATE and DELETE through triggers, and is
+// indexed by time, user and area for the reviewer's views.
 //
 // WAL needs every connection to run on the one machine that holds the file
 // (it shares memory between them); see docs/configuration.md.
@@ -79,6 +80,7 @@ private:
     bool createSchema(QString* error);
     bool checkIdentity(QString* error);
     bool checkReadableAndWritable(QString* error);
+    bool addReviewIndexes(QString* error);
     QString describe(const QString& what) const;
 
     QString m_path;

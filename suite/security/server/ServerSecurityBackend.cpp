@@ -135,4 +135,58 @@ AuditAppendResult ServerSecurityBackend::endSession(const QString&, const QStrin
     return result;
 }
 
+bool ServerSecurityBackend::reading(const std::function<bool(QString*)>& call, QString* error)
+{
+    if (m_token.isEmpty()) {
+        *error = QStringLiteral("No user is logged in.");
+        return false;
+    }
+    if (!connected(error))
+        return false;
+    if (call(error))
+        return true;
+    if (!m_connection->lostConnection() || !m_connection->reconnect(error))
+        return false;
+    error->clear();
+    return call(error);
+}
+
+bool ServerSecurityBackend::countAuditEntries(const AuditFilter& filter, qint64* count, QString* error)
+{
+    return reading([&](QString* e) { return m_session->countAudit(m_token, filter, count, e); }, error);
+}
+
+bool ServerSecurityBackend::readAuditEntries(const AuditFilter& filter, const AuditOrder& order,
+                                             qint64 offset, int limit, QList<AuditEntry>* entries,
+                                             QString* error)
+{
+    return reading(
+        [&](QString* e) { return m_session->readAudit(m_token, filter, order, offset, limit, entries, e); },
+        error);
+}
+
+AuditVerification ServerSecurityBackend::verifyAuditTrail()
+{
+    AuditVerification result;
+    QString error;
+    if (!reading([&](QString* e) { return m_session->verifyAudit(m_token, &result, e); }, &error))
+        return {false, 0, 0, error, {}};
+    return result;
+}
+
+std::function<AuditVerification()> ServerSecurityBackend::auditTrailVerifier()
+{
+    return [server = m_settings.server, token = m_token] {
+        AuditVerification result;
+        QString error;
+        if (token.isEmpty())
+            error = QStringLiteral("No user is logged in.");
+        else if (const std::unique_ptr<ServerConnection> connection = ServerConnection::open(server, &error))
+            ServerSession(*connection, AuditTrail::workstationName()).verifyAudit(token, &result, &error);
+        if (!error.isEmpty())
+            return AuditVerification{false, 0, 0, error, {}};
+        return result;
+    };
+}
+
 } // namespace nebra

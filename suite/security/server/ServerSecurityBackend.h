@@ -2,6 +2,7 @@
 
 #include "SecurityBackend.h"
 
+#include <functional>
 #include <memory>
 
 namespace nebra {
@@ -36,10 +37,18 @@ public:
     bool storeNewPassword(const QString& userName, const SecretBytes& current, const SecretBytes& fresh,
                           QString* error) override;
     AuditAppendResult endSession(const QString& userName, const QString& text) override;
+    bool countAuditEntries(const AuditFilter& filter, qint64* count, QString* error) override;
+    bool readAuditEntries(const AuditFilter& filter, const AuditOrder& order, qint64 offset, int limit,
+                          QList<AuditEntry>* entries, QString* error) override;
+    AuditVerification verifyAuditTrail() override;
+    std::function<AuditVerification()> auditTrailVerifier() override;
 
 private:
     ServerSecurityBackend(const SecuritySettings& settings, std::unique_ptr<ServerConnection> connection);
     bool connected(QString* error);
+    // Runs a call that changes nothing on the server for the session's
+    // token, once more after connecting anew when the connection was lost.
+    bool reading(const std::function<bool(QString*)>& call, QString* error);
 
     SecuritySettings m_settings;
     PasswordPolicy m_policy;

@@ -25,6 +25,43 @@ LogInStatus statusFrom(const QString& status)
     return LogInStatus::Refused;
 }
 
+// The filter as the review functions take it: an empty text or 0 leaves a field unset.
+QVariantList filterValues(const QString& token, const AuditFilter& filter)
+{
+    const auto utc = [](const QDateTime& time) {
+        return time.isValid() ? time.toUTC().toString(Qt::ISODateWithMs) : QString(QLatin1String(""));
+    };
+    const auto given = [](const QString& value) {
+        return value.isNull() ? QString(QLatin1String("")) : value;
+    };
+    return {token,
+            utc(filter.from),
+            utc(filter.to),
+            given(filter.userName),
+            given(filter.area),
+            given(filter.text),
+            filter.throughSequence};
+}
+
+QString columnName(AuditColumn column)
+{
+    switch (column) {
+    case AuditColumn::Sequence:
+        break;
+    case AuditColumn::Time:
+        return QStringLiteral("time");
+    case AuditColumn::User:
+        return QStringLiteral("user");
+    case AuditColumn::Workstation:
+        return QStringLiteral("workstation");
+    case AuditColumn::Area:
+        return QStringLiteral("area");
+    case AuditColumn::Text:
+        return QStringLiteral("text");
+    }
+    return QStringLiteral("sequence");
+}
+
 } // namespace
 
 ServerSession::ServerSession(ServerConnection& connection, QString workstation)
@@ -112,6 +149,52 @@ bool ServerSession::logOut(const QString& token, const QString& entry, QString* 
 {
     QSqlQuery q(m_connection.database());
     return m_connection.exec(q, QStringLiteral("SELECT nebra.log_out(?, ?)"), {token, entry}, error);
+}
+
+bool ServerSession::countAudit(const QString& token, const AuditFilter& filter, qint64* count, QString* error)
+{
+    QSqlQuery q(m_connection.database());
+    if (!m_connection.exec(q, QStringLiteral("SELECT nebra.review_audit_count(?, ?, ?, ?, ?, ?, ?)"),
+                           filterValues(token, filter), error) ||
+        !q.next())
+        return false;
+    *count = q.value(0).toLongLong();
+    return true;
+}
+
+bool ServerSession::readAudit(const QString& token, const AuditFilter& filter, const AuditOrder& order,
+                              qint64 offset, int limit, QList<AuditEntry>* entries, QString* error)
+{
+    entries->clear();
+    QVariantList values = filterValues(token, filter);
+    values << columnName(order.column) << (order.order == Qt::DescendingOrder) << offset << limit;
+    QSqlQuery q(m_connection.database());
+    q.setForwardOnly(true);
+    if (!m_connection.exec(
+            q,
+            QStringLiteral("SELECT seq, utc, user_name, workstation, area, entry_text, mac FROM "
+                           "nebra.review_audit_page(?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
+            values, error))
+        return false;
+    while (q.next())
+        entries->append({q.value(0).toLongLong(), q.value(1).toString(), q.value(2).toString(),
+                         q.value(3).toString(), q.value(4).toString(), q.value(5).toString(),
+                         q.value(6).toByteArray()});
+    return true;
+}
+
+bool ServerSession::verifyAudit(const QString& token, AuditVerification* result, QString* error)
+{
+    QSqlQuery q(m_connection.database());
+    if (!m_connection.exec(q,
+                           QStringLiteral("SELECT ok, entry_count, first_bad_seq, message FROM "
+                                          "nebra.review_verify_audit(?)"),
+                           {token}, error) ||
+        !q.next())
+        return false;
+    *result = {
+        q.value(0).toBool(), q.value(1).toLongLong(), q.value(2).toLongLong(), q.value(3).toString(), {}};
+    return true;
 }
 
 } // namespace nebra

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "AuditQuery.h"
+#include "AuditTrail.h"
 #include "Authenticator.h"
 
 #include <QString>
@@ -51,6 +53,15 @@ public:
                                         const SecretBytes& fresh, QString* error);
     // Ends the session on the server and records text; false, with *error, when the server cannot.
     bool logOut(const QString& token, const QString& text, QString* error);
+
+    // The reviewer's reading of the audit trail, refused by the server unless
+    // the session's user has the right "Security"/"ViewAuditTrail".
+    bool countAudit(const QString& token, const AuditFilter& filter, qint64* count, QString* error);
+    bool readAudit(const QString& token, const AuditFilter& filter, const AuditOrder& order, qint64 offset,
+                   int limit, QList<AuditEntry>* entries, QString* error);
+    // The chain check, made on the server (newestMac is left empty); false,
+    // with *error, when the server gives no answer or refuses.
+    bool verifyAudit(const QString& token, AuditVerification* result, QString* error);
 
 private:
     ServerConnection& m_connection;

@@ -6,6 +6,8 @@
 #include <QSignalSpy>
 #include <QTest>
 
+#include <thread>
+
 using namespace nebra;
 using namespace nebra::test;
 
@@ -234,6 +236,88 @@ private Q_SLOTS:
         m_dialogs->logIn(QStringLiteral("jsmith"), QStringLiteral("my own secret"));
         QVERIFY(manager->LogIn(nullptr));
         QCOMPARE(m_dialogs->remaining(), 0); // no further change asked for
+    }
+
+    void reviewingTheTrailNeedsTheRight_data()
+    {
+        QTest::addColumn<bool>("session");
+        QTest::addColumn<QString>("error");
+        QTest::newRow("no session") << false << QStringLiteral("No user is logged in.");
+        QTest::newRow("no right") << true
+                                  << QStringLiteral("You do not have the right to view the audit trail.");
+    }
+
+    void reviewingTheTrailNeedsTheRight()
+    {
+        QFETCH(bool, session);
+        QFETCH(QString, error);
+        const std::unique_ptr<NebraSecurityManager> manager = session ? loggedIn() : create();
+        QVERIFY(manager);
+        qint64 count = -1;
+        QList<AuditEntry> entries{AuditEntry{}};
+        QString why;
+        QVERIFY(!manager->CountAuditEntries({}, &count, &why));
+        QCOMPARE(why, error);
+        why.clear();
+        QVERIFY(!manager->ReadAuditEntries({}, {}, 0, 10, &entries, &why));
+        QCOMPARE(why, error);
+        QVERIFY(entries.isEmpty());
+        const AuditVerification verification = manager->VerifyAuditTrail();
+        QVERIFY(!verification.ok);
+        QCOMPARE(verification.message, error);
+        QCOMPARE(manager->AuditTrailVerifier()().message, error);
+        QCOMPARE(m_messages->count(), 0);
+    }
+
+    // The same views on either back end: filters, orders and pages, and the chain check.
+    void reviewerReadsTheTrail()
+    {
+        m_site->administer([](auto& admin, QString* error) {
+            return admin.grant(QStringLiteral("jsmith"),
+                               {QString::fromLatin1(NebraSecurityManager::ReviewArea),
+                                QString::fromLatin1(NebraSecurityManager::ReviewOperation)},
+                               error);
+        });
+        const std::unique_ptr<NebraSecurityManager> manager = loggedIn();
+        QVERIFY(manager);
+        for (int i = 1; i <= 5; ++i)
+            QVERIFY(manager->AddAuditTrailEntry(i % 2 ? QStringLiteral("General") : QStringLiteral("Reader"),
+                                                QStringLiteral("Run protocol: P%1.apr").arg(i)));
+        QString error;
+        qint64 all = 0, runs = 0;
+        QVERIFY2(manager->CountAuditEntries({}, &all, &error), qPrintable(error));
+        QCOMPARE(all, qint64(m_site->auditTexts().size()));
+        AuditFilter filter;
+        filter.userName = QStringLiteral("JSMITH");
+        filter.text = QStringLiteral("run PROTOCOL");
+        QVERIFY2(manager->CountAuditEntries(filter, &runs, &error), qPrintable(error));
+        QCOMPARE(runs, 5);
+
+        // Newest first, across a page boundary; then the general ones by text.
+        QList<AuditEntry> page;
+        QVERIFY2(manager->ReadAuditEntries({}, {}, 1, 2, &page, &error), qPrintable(error));
+        QCOMPARE(page.size(), 2);
+        QCOMPARE(page[0].sequence, all - 1);
+        QCOMPARE(page[1].text, QStringLiteral("Run protocol: P3.apr"));
+        filter.area = QStringLiteral("General");
+        QVERIFY2(
+            manager->ReadAuditEntries(filter, {AuditColumn::Text, Qt::DescendingOrder}, 0, 10, &page, &error),
+            qPrintable(error));
+        QStringList texts;
+        for (const AuditEntry& entry : std::as_const(page))
+            texts.append(entry.text);
+        QCOMPARE(texts,
+                 QStringList({"Run protocol: P5.apr", "Run protocol: P3.apr", "Run protocol: P1.apr"}));
+        QCOMPARE(page[0].userName, QStringLiteral("jsmith"));
+
+        const AuditVerification verification = manager->VerifyAuditTrail();
+        QVERIFY2(verification.ok, qPrintable(verification.message));
+        QCOMPARE(verification.entryCount, all);
+        // The long check may run on a thread of its own, on a connection of its own.
+        AuditVerification onThread;
+        std::thread([&onThread, verify = manager->AuditTrailVerifier()] { onThread = verify(); }).join();
+        QVERIFY2(onThread.ok, qPrintable(onThread.message));
+        QCOMPARE(onThread.entryCount, all);
     }
 };
 

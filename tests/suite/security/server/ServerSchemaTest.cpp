@@ -183,6 +183,10 @@ void ServerSchemaTest::clientCannotRunOwnerCode_data()
     QTest::newRow("policy") << QStringLiteral("SELECT nebra.admin_set_policy('x', 'pc', 100, 4)");
     QTest::newRow("unknown user label") << QStringLiteral("SELECT nebra.unknown_user_label('jsmith')");
     QTest::newRow("crypto") << QStringLiteral("SELECT nebra_crypto.gen_random_bytes(4)");
+    QTest::newRow("review without a session")
+        << QStringLiteral("SELECT nebra.review_audit_count('', '', '', '', '', '', 0)");
+    QTest::newRow("review's filter text")
+        << QStringLiteral("SELECT nebra.review_where('', '', '', '', '', 0)");
 }
 
 void ServerSchemaTest::clientCannotRunOwnerCode()
@@ -204,6 +208,10 @@ void ServerSchemaTest::clientCanRunItsFunctions()
     QCOMPARE(session.isAllowed(in.token, QStringLiteral("Reports"), QStringLiteral("Print"), &error), true);
     QVERIFY2(session.record(in.token, QStringLiteral("Reader"), QStringLiteral("Plate read"), &error) > 0,
              qPrintable(error));
+    // Reading the trail needs a right of its own, which the server checks itself.
+    qint64 count = 0;
+    QVERIFY(!session.countAudit(in.token, {}, &count, &error));
+    QCOMPARE(client->lastState(), InsufficientPrivilege);
     QVERIFY2(session.logOut(in.token, QStringLiteral("Log out"), &error), qPrintable(error));
 }
 
