@@ -9,8 +9,8 @@
 
 namespace nebra {
 
-AuditChainStatus::AuditChainStatus(Verify verify, QWidget* parent)
-    : QWidget(parent), m_verify(std::move(verify))
+AuditChainStatus::AuditChainStatus(Verifier verifier, QWidget* parent)
+    : QWidget(parent), m_verifier(std::move(verifier))
 {
     setObjectName(QStringLiteral("auditChainStatus"));
     setAccessibleName(QStringLiteral("Chain status"));
@@ -60,7 +60,7 @@ void AuditChainStatus::check()
     m_label->setStyleSheet(QString());
     m_again->setEnabled(false);
     auto result = std::make_shared<AuditVerification>();
-    m_thread = QThread::create([verify = m_verify, result] { *result = verify(); });
+    m_thread = QThread::create([verify = m_verifier(), result] { *result = verify(); });
     connect(m_thread, &QThread::finished, this, [this, result] {
         m_thread = nullptr;
         show(*result);

@@ -19,15 +19,18 @@ namespace nebra {
 // again" runs the check anew.
 //
 // The check reads the whole trail, which takes seconds on a long one, so it
-// runs on a thread of its own: verify must be safe to call there. One check
-// runs at a time; the widget waits for it before it goes.
+// runs on a thread of its own: each check asks (on this thread) for a
+// function that runs the check, and calls that function on the other
+// thread, so it must be safe to call there. One check runs at a time; the
+// widget waits for it before it goes.
 class AuditChainStatus : public QWidget
 {
     Q_OBJECT
 public:
     using Verify = std::function<AuditVerification()>;
+    using Verifier = std::function<Verify()>;
 
-    explicit AuditChainStatus(Verify verify, QWidget* parent = nullptr);
+    explicit AuditChainStatus(Verifier verifier, QWidget* parent = nullptr);
     ~AuditChainStatus() override;
 
     // Starts a check unless one is running.
@@ -46,7 +49,7 @@ Q_SIGNALS:
 private:
     void show(const AuditVerification& result);
 
-    Verify m_verify;
+    Verifier m_verifier;
     QLabel* m_label = nullptr;
     QPushButton* m_again = nullptr;
     QThread* m_thread = nullptr;

@@ -1,5 +1,7 @@
 #include "AuditPrintout.h"
 
+#include "AuditTrailModel.h"
+
 #include <QPagedPaintDevice>
 #include <QPainter>
 #include <QTextOption>
@@ -42,18 +44,17 @@ AuditPrintout::AuditPrintout(AuditPrintoutTitle title, AuditEntrySource entries)
 
 QString AuditPrintout::localTime(const QDateTime& time)
 {
-    return time.toLocalTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss t"));
-}
-
-QString AuditPrintout::localTime(const QString& utc)
-{
-    const QDateTime time = QDateTime::fromString(utc, Qt::ISODateWithMs);
-    return time.isValid() ? localTime(time) : utc;
+    return AuditTrailModel::localTimeText(time.toUTC().toString(Qt::ISODateWithMs));
 }
 
 QStringList AuditPrintout::cellsOf(const AuditEntry& e)
 {
-    return {QString::number(e.sequence), localTime(e.utc), e.userName, e.workstation, e.area, e.text};
+    return {QString::number(e.sequence),
+            AuditTrailModel::localTimeText(e.utc),
+            e.userName,
+            e.workstation,
+            e.area,
+            e.text};
 }
 
 bool AuditPrintout::paint(QPainter& painter, QPagedPaintDevice& device, QString* error)

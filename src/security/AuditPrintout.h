@@ -45,9 +45,7 @@ public:
     qint64 entryCount() const { return m_count; }
     int pageCount() const { return m_pages; }
 
-    // "2026-11-25 09:14:03 CET" from the trail's UTC time; the text as
-    // recorded when it is not a time.
-    static QString localTime(const QString& utc);
+    // "2026-11-25 09:14:03 CET", as the table shows the entries' times.
     static QString localTime(const QDateTime& time);
 
 private:

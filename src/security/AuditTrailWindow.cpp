@@ -40,7 +40,7 @@ AuditTrailWindow::AuditTrailWindow(AuditTrailWindowSources sources, QWidget* par
     setWindowTitle(WindowTitle);
     setAttribute(Qt::WA_DeleteOnClose);
     m_filterBar = new AuditFilterBar(m_sources.areas, this);
-    m_chain = new AuditChainStatus(m_sources.verify, this);
+    m_chain = new AuditChainStatus(m_sources.verifier, this);
     createTable();
     createLayout();
     connect(m_filterBar, &AuditFilterBar::filterChanged, this, &AuditTrailWindow::applyFilter);

@@ -28,8 +28,8 @@ struct AuditTrailWindowSources
     std::function<void(const AuditFilter&)> setFilter;
     // The model's whole filtered, sorted view, for the exports.
     AuditEntrySource entries;
-    // The check of the whole chain; called on a thread of its own.
-    std::function<AuditVerification()> verify;
+    // Gives the check of the whole chain, which then runs on a thread of its own.
+    std::function<std::function<AuditVerification()>()> verifier;
     // Records an entry in area "Security"; true once committed. When it
     // answers false the manager has told the user why.
     AuditExport::Recorder record;
