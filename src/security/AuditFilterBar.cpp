@@ -14,8 +14,12 @@ AuditFilterBar::AuditFilterBar(const QStringList& areas, QWidget* parent) : QWid
 {
     setObjectName(QStringLiteral("auditFilterBar"));
     setAccessibleName(QStringLiteral("Filter"));
-    createDateControls(QStringLiteral("&From"), m_useFrom, m_from);
-    createDateControls(QStringLiteral("&To"), m_useTo, m_to);
+    createDateControls({QStringLiteral("&From"), QStringLiteral("From"), QStringLiteral("Filter from a day"),
+                        QStringLiteral("From day")},
+                       m_useFrom, m_from);
+    createDateControls({QStringLiteral("&To"), QStringLiteral("To"), QStringLiteral("Filter to a day"),
+                        QStringLiteral("To day")},
+                       m_useTo, m_to);
     m_user = new QLineEdit(this);
     m_user->setObjectName(QStringLiteral("txtUser"));
     m_user->setAccessibleName(QStringLiteral("User"));
@@ -41,15 +45,14 @@ AuditFilterBar::AuditFilterBar(const QStringList& areas, QWidget* parent) : QWid
     connectControls();
 }
 
-void AuditFilterBar::createDateControls(const QString& caption, QCheckBox*& check, QDateEdit*& date)
+void AuditFilterBar::createDateControls(const DateNames& names, QCheckBox*& check, QDateEdit*& date)
 {
-    const bool from = caption.contains(QLatin1String("From"));
-    check = new QCheckBox(caption, this);
-    check->setObjectName(from ? QStringLiteral("chkFrom") : QStringLiteral("chkTo"));
-    check->setAccessibleName(from ? QStringLiteral("Filter from a day") : QStringLiteral("Filter to a day"));
+    check = new QCheckBox(names.caption, this);
+    check->setObjectName(QStringLiteral("chk") + names.name);
+    check->setAccessibleName(names.checkAccessible);
     date = new QDateEdit(QDate::currentDate(), this);
-    date->setObjectName(from ? QStringLiteral("dtpFrom") : QStringLiteral("dtpTo"));
-    date->setAccessibleName(from ? QStringLiteral("From day") : QStringLiteral("To day"));
+    date->setObjectName(QStringLiteral("dtp") + names.name);
+    date->setAccessibleName(names.dateAccessible);
     date->setDisplayFormat(QStringLiteral("yyyy-MM-dd"));
     date->setCalendarPopup(true);
     date->setEnabled(false);
@@ -60,22 +63,19 @@ void AuditFilterBar::createLayout()
 {
     auto* layout = new QHBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(m_useFrom);
-    layout->addWidget(m_from);
-    layout->addWidget(m_useTo);
-    layout->addWidget(m_to);
-    auto* userLabel = new QLabel(QStringLiteral("&User:"), this);
-    userLabel->setBuddy(m_user);
-    layout->addWidget(userLabel);
-    layout->addWidget(m_user, 1);
-    auto* areaLabel = new QLabel(QStringLiteral("&Area:"), this);
-    areaLabel->setBuddy(m_area);
-    layout->addWidget(areaLabel);
-    layout->addWidget(m_area);
-    auto* textLabel = new QLabel(QStringLiteral("Te&xt:"), this);
-    textLabel->setBuddy(m_text);
-    layout->addWidget(textLabel);
-    layout->addWidget(m_text, 2);
+    const auto labelled = [this, layout](const QString& caption, QWidget* control, int stretch) {
+        auto* label = new QLabel(caption, this);
+        label->setAccessibleName(control->accessibleName() + QStringLiteral(" label"));
+        label->setBuddy(control);
+        layout->addWidget(label);
+        layout->addWidget(control, stretch);
+    };
+    for (QWidget* w : {static_cast<QWidget*>(m_useFrom), static_cast<QWidget*>(m_from),
+                       static_cast<QWidget*>(m_useTo), static_cast<QWidget*>(m_to)})
+        layout->addWidget(w);
+    labelled(QStringLiteral("&User:"), m_user, 1);
+    labelled(QStringLiteral("&Area:"), m_area, 0);
+    labelled(QStringLiteral("Te&xt:"), m_text, 2);
     layout->addWidget(m_clear);
 }
 

@@ -36,7 +36,14 @@ Q_SIGNALS:
     void filterChanged(const nebra::AuditFilter& filter);
 
 private:
-    void createDateControls(const QString& caption, QCheckBox*& check, QDateEdit*& date);
+    struct DateNames
+    {
+        QString caption;
+        QString name;
+        QString checkAccessible;
+        QString dateAccessible;
+    };
+    void createDateControls(const DateNames& names, QCheckBox*& check, QDateEdit*& date);
     void createLayout();
     void connectControls();
     void announce();

@@ -30,6 +30,8 @@ QTextOption wrapping()
 // Where the current reading has got to.
 struct AuditPrintout::Pass
 {
+    bool draw = false;
+    qint64 counted = 0; // by the counting pass, when drawing
     int page = 1;
     qreal y = 0;
     qint64 count = 0;
@@ -95,44 +97,12 @@ void AuditPrintout::setUpPage(QPainter& painter, QPagedPaintDevice& device)
 bool AuditPrintout::run(QPainter& painter, QPagedPaintDevice& device, bool draw, QString* error)
 {
     Pass pass;
+    pass.draw = draw;
+    pass.counted = m_count;
     pass.y = drawTitleBlock(painter, draw);
-    const qreal bottom = m_page.bottom() - m_footerHeight;
-    auto startTable = [&] {
-        if (draw)
-            drawColumnTitles(painter, pass.y);
-        pass.y += m_columnTitlesHeight;
-    };
-    startTable();
-    const qint64 counted = m_count;
-    const bool read = m_entries(
-        [&](const AuditEntry& entry) {
-            // Drawing never runs past what the counting laid out; one more
-            // entry is enough to tell that the trail has changed.
-            if (draw && pass.count == counted) {
-                ++pass.count;
-                return false;
-            }
-            const QStringList cells = cellsOf(entry);
-            // An entry taller than a page is cut at the page's foot.
-            const qreal height = std::min(rowHeight(painter, cells), bottom - m_columnTitlesHeight);
-            if (pass.y + height > bottom && pass.y > m_columnTitlesHeight) {
-                if (draw) {
-                    drawFooter(painter, pass.page);
-                    device.newPage();
-                }
-                ++pass.page;
-                pass.y = 0;
-                startTable();
-            }
-            if (draw)
-                drawRow(painter, cells, pass.y, height);
-            pass.y += height;
-            pass.first = pass.count == 0 ? entry.sequence : pass.first;
-            pass.last = entry.sequence;
-            ++pass.count;
-            return true;
-        },
-        error);
+    startTable(painter, pass);
+    const bool read =
+        m_entries([&](const AuditEntry& entry) { return place(painter, device, pass, entry); }, error);
     if (!read)
         return false;
     if (draw) {
@@ -145,6 +115,44 @@ bool AuditPrintout::run(QPainter& painter, QPagedPaintDevice& device, bool draw,
     m_pages = pass.page;
     m_firstSequence = pass.first;
     m_lastSequence = pass.last;
+    return true;
+}
+
+void AuditPrintout::startTable(QPainter& painter, Pass& pass) const
+{
+    if (pass.draw)
+        drawColumnTitles(painter, pass.y);
+    pass.y += m_columnTitlesHeight;
+}
+
+bool AuditPrintout::place(QPainter& painter, QPagedPaintDevice& device, Pass& pass,
+                          const AuditEntry& entry) const
+{
+    // Drawing never runs past what the counting laid out; one more entry is
+    // enough to tell that the trail has changed.
+    if (pass.draw && pass.count == pass.counted) {
+        ++pass.count;
+        return false;
+    }
+    const QStringList cells = cellsOf(entry);
+    const qreal bottom = m_page.bottom() - m_footerHeight;
+    // An entry taller than a page is cut at the page's foot.
+    const qreal height = std::min(rowHeight(painter, cells), bottom - m_columnTitlesHeight);
+    if (pass.y + height > bottom && pass.y > m_columnTitlesHeight) {
+        if (pass.draw) {
+            drawFooter(painter, pass.page);
+            device.newPage();
+        }
+        ++pass.page;
+        pass.y = 0;
+        startTable(painter, pass);
+    }
+    if (pass.draw)
+        drawRow(painter, cells, pass.y, height);
+    pass.y += height;
+    pass.first = pass.count == 0 ? entry.sequence : pass.first;
+    pass.last = entry.sequence;
+    ++pass.count;
     return true;
 }
 

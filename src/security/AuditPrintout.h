@@ -52,6 +52,9 @@ private:
     struct Pass; // one reading of the entries: counting or drawing
 
     bool run(QPainter& painter, QPagedPaintDevice& device, bool draw, QString* error);
+    void startTable(QPainter& painter, Pass& pass) const;
+    // Lays out (and when drawing, draws) one entry's row, on a new page if need be.
+    bool place(QPainter& painter, QPagedPaintDevice& device, Pass& pass, const AuditEntry& entry) const;
     void setUpPage(QPainter& painter, QPagedPaintDevice& device);
     qreal drawTitleBlock(QPainter& painter, bool draw) const;
     void drawColumnTitles(QPainter& painter, qreal top) const;

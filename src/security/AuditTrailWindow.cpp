@@ -64,9 +64,9 @@ void AuditTrailWindow::createTable()
     m_table->horizontalHeader()->setStretchLastSection(true);
     m_table->horizontalHeader()->setSortIndicator(0, Qt::DescendingOrder); // newest first
     m_table->setSortingEnabled(true);
-    m_count = new QLabel(this);
-    m_count->setObjectName(QStringLiteral("lblStatus"));
-    m_count->setAccessibleName(QStringLiteral("Status"));
+    m_status = new QLabel(this);
+    m_status->setObjectName(QStringLiteral("lblStatus"));
+    m_status->setAccessibleName(QStringLiteral("Status"));
 }
 
 QWidget* AuditTrailWindow::createButtons()
@@ -75,7 +75,7 @@ QWidget* AuditTrailWindow::createButtons()
     bar->setAccessibleName(QStringLiteral("Exports"));
     auto* layout = new QHBoxLayout(bar);
     layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(m_count, 1);
+    layout->addWidget(m_status, 1);
     QPushButton* csv = button(QStringLiteral("Export &CSV..."), QStringLiteral("cmdExportCsv"),
                               QStringLiteral("Export CSV"), bar);
     QPushButton* pdf = button(QStringLiteral("Export &PDF..."), QStringLiteral("cmdExportPdf"),
@@ -105,7 +105,7 @@ void AuditTrailWindow::createLayout()
 void AuditTrailWindow::applyFilter(const AuditFilter& filter)
 {
     m_filter = filter;
-    m_count->clear();
+    m_status->clear();
     m_sources.setFilter(filter);
 }
 
@@ -150,41 +150,33 @@ AuditPrintoutTitle AuditTrailWindow::printoutTitle() const
 
 void AuditTrailWindow::ExportCsv()
 {
-    const QString path = chooseFile(QStringLiteral("Export Audit Trail as CSV"),
-                                    QStringLiteral("CSV files (*.csv)"), QStringLiteral("csv"));
-    if (path.isEmpty())
-        return;
-    AuditExport exporter(m_sources.entries, AuditExport::filterInWords(m_filter), m_sources.record);
-    QString error;
-    const AuditExport::Outcome outcome = exporter.writeCsv(path, &error);
-    reportExport(outcome, error);
-    if (outcome == AuditExport::Outcome::Written)
-        m_count->setText(QStringLiteral("%1 entries exported to \"%2\".")
-                             .arg(exporter.entryCount())
-                             .arg(QDir::toNativeSeparators(path)));
+    exportTo(QStringLiteral("CSV"));
 }
 
 void AuditTrailWindow::ExportPdf()
 {
-    const QString path = chooseFile(QStringLiteral("Export Audit Trail as PDF"),
-                                    QStringLiteral("PDF files (*.pdf)"), QStringLiteral("pdf"));
+    exportTo(QStringLiteral("PDF"));
+}
+
+void AuditTrailWindow::exportTo(const QString& kind)
+{
+    const QString suffix = kind.toLower();
+    const QString path = chooseFile(QStringLiteral("Export Audit Trail as ") + kind,
+                                    QStringLiteral("%1 files (*.%2)").arg(kind, suffix), suffix);
     if (path.isEmpty())
         return;
     AuditExport exporter(m_sources.entries, AuditExport::filterInWords(m_filter), m_sources.record);
     QString error;
-    const AuditExport::Outcome outcome = exporter.writePdf(path, printoutTitle(), &error);
-    reportExport(outcome, error);
-    if (outcome == AuditExport::Outcome::Written)
-        m_count->setText(QStringLiteral("%1 entries exported to \"%2\".")
-                             .arg(exporter.entryCount())
-                             .arg(QDir::toNativeSeparators(path)));
-}
-
-void AuditTrailWindow::reportExport(AuditExport::Outcome outcome, const QString& error)
-{
+    const AuditExport::Outcome outcome = suffix == QLatin1String("csv")
+                                             ? exporter.writeCsv(path, &error)
+                                             : exporter.writePdf(path, printoutTitle(), &error);
     // A refused record has been reported by the manager already.
     if (outcome == AuditExport::Outcome::Failed)
         showError(error);
+    if (outcome == AuditExport::Outcome::Written)
+        m_status->setText(QStringLiteral("%1 entries exported to \"%2\".")
+                              .arg(exporter.entryCount())
+                              .arg(QDir::toNativeSeparators(path)));
 }
 
 void AuditTrailWindow::Print()
@@ -198,7 +190,7 @@ void AuditTrailWindow::Print()
     if (Dialogs::exec(dialog) != QDialog::Accepted)
         return;
     if (PrintOn(printer))
-        m_count->setText(QStringLiteral("Printed."));
+        m_status->setText(QStringLiteral("Printed."));
 }
 
 bool AuditTrailWindow::PrintOn(QPrinter& printer)

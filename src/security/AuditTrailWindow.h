@@ -71,7 +71,7 @@ private:
     void applyFilter(const AuditFilter& filter);
     QString chooseFile(const QString& caption, const QString& filter, const QString& suffix);
     AuditPrintoutTitle printoutTitle() const;
-    void reportExport(AuditExport::Outcome outcome, const QString& error);
+    void exportTo(const QString& kind);
     void showError(const QString& text);
 
     AuditTrailWindowSources m_sources;
@@ -79,7 +79,7 @@ private:
     AuditFilterBar* m_filterBar = nullptr;
     AuditChainStatus* m_chain = nullptr;
     QTableView* m_table = nullptr;
-    QLabel* m_count = nullptr;
+    QLabel* m_status = nullptr;
 };
 
 } // namespace nebra

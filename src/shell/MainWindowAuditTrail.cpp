@@ -24,6 +24,37 @@ namespace {
 const QString AuditTrailTool = QStringLiteral("ID_AuditTrail");
 const QString ToolsMenu = QStringLiteral("ID_Tools");
 const QString ReviewArea = QLatin1String(NebraSecurityManager::ReviewArea);
+
+// The viewer reads through the manager, which refuses a user without the right.
+AuditSource readingThrough(NebraSecurityManager& manager)
+{
+    AuditSource source;
+    source.count = [&manager](const AuditFilter& filter, qint64* count, QString* error) {
+        return manager.CountAuditEntries(filter, count, error);
+    };
+    source.read = [&manager](const AuditFilter& filter, const AuditOrder& order, qint64 offset, int limit,
+                             QList<AuditEntry>* entries, QString* error) {
+        return manager.ReadAuditEntries(filter, order, offset, limit, entries, error);
+    };
+    return source;
+}
+
+AuditTrailWindowSources viewerSources(NebraSecurityManager& manager, AuditTrailModel& model)
+{
+    AuditTrailWindowSources sources;
+    sources.model = &model;
+    sources.setFilter = [&model](const AuditFilter& filter) { model.setFilter(filter); };
+    sources.entries = [&model](const AuditEntryVisitor& visit, QString* error) {
+        return model.forEachEntry(visit, error);
+    };
+    // The right is asked again at each check; the check itself reads on a connection of its own.
+    sources.verifier = [&manager] { return manager.AuditTrailVerifier(); };
+    // The suite keeps no site name; the workstation names the site.
+    sources.site = AuditTrail::workstationName();
+    sources.printedBy = manager.UserName() + QStringLiteral(" (") + manager.UserDetail() + QLatin1Char(')');
+    sources.areas = {Authorisation::AuditArea, Authenticator::Area, SecurityAdministration::Area};
+    return sources;
+}
 } // namespace
 
 AuditTrailWindow* MainWindow::auditTrailWindow() const
@@ -71,23 +102,8 @@ void MainWindow::ShowAuditTrail()
                                                       QStringLiteral("Audit trail viewer opened")))
         return;
     NebraSecurityManager* manager = m_security->NebraSecurityManagerObj();
-    AuditSource source;
-    source.count = [manager](const AuditFilter& filter, qint64* count, QString* error) {
-        return manager->CountAuditEntries(filter, count, error);
-    };
-    source.read = [manager](const AuditFilter& filter, const AuditOrder& order, qint64 offset, int limit,
-                            QList<AuditEntry>* entries, QString* error) {
-        return manager->ReadAuditEntries(filter, order, offset, limit, entries, error);
-    };
-    auto* model = new AuditTrailModel(std::move(source));
-    AuditTrailWindowSources sources;
-    sources.model = model;
-    sources.setFilter = [model](const AuditFilter& filter) { model->setFilter(filter); };
-    sources.entries = [model](const AuditEntryVisitor& visit, QString* error) {
-        return model->forEachEntry(visit, error);
-    };
-    // The right is asked again at each check; the check itself reads on a connection of its own.
-    sources.verifier = [manager] { return manager->AuditTrailVerifier(); };
+    auto* model = new AuditTrailModel(readingThrough(*manager));
+    AuditTrailWindowSources sources = viewerSources(*manager, *model);
     sources.record = [this, model](const QString& text) {
         const bool recorded = m_authorisation->AddAuditTrailEntryOperation(ReviewArea, text);
         // The table takes the new entry in once the export is done with the view.
@@ -95,10 +111,6 @@ void MainWindow::ShowAuditTrail()
             QTimer::singleShot(0, model, &AuditTrailModel::reload);
         return recorded;
     };
-    // The suite keeps no site name; the workstation names the site.
-    sources.site = AuditTrail::workstationName();
-    sources.printedBy = manager->UserName() + QStringLiteral(" (") + manager->UserDetail() + QLatin1Char(')');
-    sources.areas = {Authorisation::AuditArea, Authenticator::Area, SecurityAdministration::Area};
     m_auditTrail = new AuditTrailWindow(std::move(sources), this);
     model->setParent(m_auditTrail);
     connect(model, &AuditTrailModel::readFailed, m_auditTrail, &AuditTrailWindow::showReadFailure);
