@@ -2,6 +2,7 @@
 
 #include "AuditTrailModel.h"
 
+#include <QFontMetricsF>
 #include <QPagedPaintDevice>
 #include <QPainter>
 #include <QTextOption>
@@ -209,11 +210,14 @@ void AuditPrintout::drawFooter(QPainter& painter, int page) const
 qreal AuditPrintout::rowHeight(QPainter& painter, const QStringList& cells) const
 {
     qreal left = 0;
-    qreal height = painter.fontMetrics().height();
+    const QFontMetricsF metrics(painter.font(), painter.device());
+    qreal height = metrics.height();
     for (qsizetype i = 0; i < cells.size(); ++i) {
         const qreal width = m_page.width() * ColumnShares[size_t(i)];
         const QRectF cell(left + m_padding, 0, width - 2 * m_padding, m_page.height());
-        height = std::max(height, painter.boundingRect(cell, cells[i], wrapping()).height());
+        // Most cells fit on one line; only the others are laid out line by line.
+        if (metrics.horizontalAdvance(cells[i]) > cell.width())
+            height = std::max(height, painter.boundingRect(cell, cells[i], wrapping()).height());
         left += width;
     }
     return height + 2 * m_padding;
@@ -222,14 +226,20 @@ qreal AuditPrintout::rowHeight(QPainter& painter, const QStringList& cells) cons
 void AuditPrintout::drawRow(QPainter& painter, const QStringList& cells, qreal top, qreal height) const
 {
     qreal left = 0;
+    const QFontMetricsF metrics(painter.font(), painter.device());
     for (qsizetype i = 0; i < cells.size(); ++i) {
         const qreal width = m_page.width() * ColumnShares[size_t(i)];
         const QRectF cell(left + m_padding, top + m_padding, width - 2 * m_padding, height - 2 * m_padding);
+        left += width;
+        if (metrics.horizontalAdvance(cells[i]) <= cell.width()) {
+            painter.drawText(cell, Qt::AlignLeft | Qt::AlignTop | Qt::TextSingleLine, cells[i]);
+            continue;
+        }
+        // A wrapped text that would run past a page's foot is cut at the row's edge.
         painter.save();
         painter.setClipRect(cell);
         painter.drawText(cell, cells[i], wrapping());
         painter.restore();
-        left += width;
     }
 }
 

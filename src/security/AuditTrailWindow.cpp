@@ -5,6 +5,7 @@
 #include "Dialogs.h"
 #include "Messages.h"
 
+#include <QApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileDialog>
@@ -18,6 +19,8 @@
 #include <QTableView>
 #include <QVBoxLayout>
 
+#include <optional>
+
 namespace nebra {
 
 namespace {
@@ -30,6 +33,16 @@ QPushButton* button(const QString& caption, const QString& name, const QString& 
     b->setAccessibleName(accessible);
     return b;
 }
+
+// The hourglass while a long view is written out.
+class Hourglass
+{
+public:
+    Hourglass() { QApplication::setOverrideCursor(Qt::WaitCursor); }
+    ~Hourglass() { QApplication::restoreOverrideCursor(); }
+    Hourglass(const Hourglass&) = delete;
+    Hourglass& operator=(const Hourglass&) = delete;
+};
 } // namespace
 
 AuditTrailWindow::AuditTrailWindow(AuditTrailWindowSources sources, QWidget* parent)
@@ -167,9 +180,11 @@ void AuditTrailWindow::exportTo(const QString& kind)
         return;
     AuditExport exporter(m_sources.entries, AuditExport::filterInWords(m_filter), m_sources.record);
     QString error;
+    std::optional<Hourglass> busy(std::in_place);
     const AuditExport::Outcome outcome = suffix == QLatin1String("csv")
                                              ? exporter.writeCsv(path, &error)
                                              : exporter.writePdf(path, printoutTitle(), &error);
+    busy.reset();
     // A refused record has been reported by the manager already.
     if (outcome == AuditExport::Outcome::Failed)
         showError(error);
@@ -202,7 +217,9 @@ bool AuditTrailWindow::PrintOn(QPrinter& printer)
     }
     AuditPrintout printout(printoutTitle(), m_sources.entries);
     QString error;
+    std::optional<Hourglass> busy(std::in_place);
     bool done = printout.paint(painter, printer, &error);
+    busy.reset();
     const QString where = printer.outputFileName().isEmpty()
                               ? printer.printerName()
                               : QDir::toNativeSeparators(printer.outputFileName());
