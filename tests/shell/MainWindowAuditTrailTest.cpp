@@ -23,6 +23,7 @@
 #include <QPrinter>
 #include <QProcess>
 #include <QPushButton>
+#include <QSignalSpy>
 #include <QTableView>
 #include <QTest>
 
@@ -156,8 +157,10 @@ private Q_SLOTS:
         QVERIFY(viewer->chainStatus().statusText().startsWith(QStringLiteral("Intact, %1 entries").arg(all)));
 
         auto* text = viewer->filterBar().findChild<QLineEdit*>(QStringLiteral("txtText"));
+        QSignalSpy filtered(&viewer->filterBar(), &AuditFilterBar::filterChanged);
         QTest::keyClicks(text, QStringLiteral("WELCOME"));
         QTRY_COMPARE_WITH_TIMEOUT(rows(*viewer), 1, 5000);
+        QCOMPARE(filtered.size(), 1); // once typing pauses, not at every key
         QCOMPARE(viewer->table().model()->index(0, 5).data().toString(),
                  QStringLiteral("Launch Welcome screen"));
         viewer->filterBar().findChild<QPushButton*>(QStringLiteral("cmdClear"))->click();
