@@ -25,7 +25,8 @@ QStringList CommandDispatcher::commandIds()
             QStringLiteral("ID_HelpContext"),
             QStringLiteral("ID_ContentsIndex"),
             QStringLiteral("ID_GettingStarted"),
-            QStringLiteral("ID_Quorvix")};
+            QStringLiteral("ID_Quorvix"),
+            QStringLiteral("ID_AuditTrail")};
 }
 
 bool CommandDispatcher::setCommand(const QString& id, Command command)

@@ -272,6 +272,7 @@ void MainWindow::connectCommands()
     ShellCommands::ApplyMenuFont(*m_toolBars);
     ShellCommands::AddShortcutKeys(*m_toolBars);
     connectHelp();
+    hideAuditTrailCommand();
 }
 
 // The help window is made on first use, with the settings of the start-up;
@@ -471,6 +472,9 @@ void MainWindow::showFromOtherInstance()
 
 void MainWindow::UnloadAllExceptMain()
 {
+    // The session has ended: its viewer goes first, and its command with it.
+    closeAuditTrail();
+    hideAuditTrailCommand();
     if (m_optionsCommand)
         m_optionsCommand->Unload();
     m_help->CloseHelpIfOpen();
@@ -502,6 +506,7 @@ void MainWindow::Unload()
     m_notifications->TerminateSHCNENotification();
     if (m_optionsCommand)
         m_optionsCommand->Unload();
+    closeAuditTrail();
     // A window whose start-up ended early may have no session.
     if (m_security)
         m_security->CloseSession();

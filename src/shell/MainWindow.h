@@ -16,6 +16,7 @@ class QSplitter;
 
 namespace nebra {
 
+class AuditTrailWindow;
 class Authorisation;
 class BrowserControl;
 class CommandDispatcher;
@@ -129,6 +130,13 @@ public:
     // The document commands of the tree's buttons and the tool bar.
     void PerformDocumentCommand(DocumentCommand command);
 
+    // Tools > Audit Trail...: opens the audit trail viewer for a user with
+    // the right "Security"/"ViewAuditTrail", recording the opening. The
+    // command is shown and enabled only while a security session is active.
+    void ShowAuditTrail();
+    // The open viewer, if any.
+    AuditTrailWindow* auditTrailWindow() const;
+
 protected:
     void closeEvent(QCloseEvent* event) override;
     void changeEvent(QEvent* event) override;
@@ -157,6 +165,9 @@ private:
     void createWelcomePage();
     void createOptionsCommand();
     void createFindingAids();
+    void hideAuditTrailCommand();
+    void offerAuditTrailCommand();
+    void closeAuditTrail();
     void createRecentDocuments();
     void showRecentOnWelcomePage();
     void showSelectionInFileManager();
@@ -200,6 +211,7 @@ private:
     std::unique_ptr<RecentDocuments> m_recent;
     QStringList m_welcomeRecent; // the recent documents the welcome page lists, in its order
     QPointer<SplashScreen> m_splash;
+    QPointer<AuditTrailWindow> m_auditTrail;
     std::array<short, 4> m_designTwips{};
     bool m_mainWindowLoaded = false;
     bool m_unloaded = false;

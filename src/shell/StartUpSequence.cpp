@@ -160,6 +160,7 @@ bool StartUpSequence::startSecurity()
     if (!session.SecurityEnabled())
         return true;
     m_suite.paths->SetSecurityManager(session.NebraSecurityManagerObj());
+    m_window.offerAuditTrailCommand();
     // A plain file of that name is no folder: the folder is still to be made.
     if (!FileSystemObject().FolderExists(m_suite.paths->SecuredFolder())) {
         m_suite.settings->BeginFolderUpdate();

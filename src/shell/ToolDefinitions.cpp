@@ -6,6 +6,7 @@ namespace {
 const QString General = QStringLiteral("General");
 const QString FileDropDown = QStringLiteral("FileDropDown");
 const QString HelpDropDown = QStringLiteral("HelpDropDown");
+const QString ToolsDropDown = QStringLiteral("ToolsDropDown");
 const QString Sep = QLatin1String(ToolBarsControl::Separator);
 } // namespace
 
@@ -26,6 +27,8 @@ QList<ToolDefinition> tools()
         {QStringLiteral("ID_ChangePassword"), QStringLiteral("&Change Password..."), FileDropDown,
          QStringLiteral("Change &Password")},
         {QStringLiteral("ID_LogOut"), QStringLiteral("&Log Out"), General, QStringLiteral("Log Out")},
+        // Shown only inside a security session.
+        {QStringLiteral("ID_AuditTrail"), QStringLiteral("&Audit Trail..."), ToolsDropDown, {}},
     };
 }
 
@@ -36,6 +39,8 @@ QList<QPair<ToolDefinition, QStringList>> menus()
          {QStringLiteral("ID_New"), QStringLiteral("ID_Open"), QStringLiteral("ID_Run"), Sep,
           QStringLiteral("ID_Options"), QStringLiteral("ID_ChangePassword"), Sep, QStringLiteral("ID_LogOut"),
           QStringLiteral("ID_Exit")}},
+        {{QStringLiteral("ID_Tools"), QStringLiteral("&Tools"), General, {}},
+         {QStringLiteral("ID_AuditTrail")}},
         {{QStringLiteral("ID_Help"), QStringLiteral("&Help"), General, {}},
          {QStringLiteral("ID_HelpContext"), QStringLiteral("ID_ContentsIndex"),
           QStringLiteral("ID_GettingStarted"), Sep, QStringLiteral("ID_Quorvix"), Sep,

@@ -40,7 +40,7 @@ void AdminReport::user(const UserRecord& user, bool hasPassword, const QStringLi
                  rights.join(QStringLiteral(", "))));
 }
 
-int AdminReport::audit(const AuditEntries& entries, const QString& csvPath)
+int AdminReport::audit(const AuditEntrySource& entries, const QString& csvPath)
 {
     QString error;
     const bool ok = csvPath.isEmpty() ? AuditReport::print(entries, m_out, &error)

@@ -30,7 +30,7 @@ public:
     // One line: name, full name, state, roles and rights, tab-separated.
     void user(const UserRecord& user, bool hasPassword, const QStringList& roles, const QStringList& rights);
     // The trail as lines, or as CSV into csvPath ("-": standard output).
-    int audit(const AuditEntries& entries, const QString& csvPath);
+    int audit(const AuditEntrySource& entries, const QString& csvPath);
     // verify's answer: the chain's result and the rows altered outside the suite.
     int verification(const AuditVerification& result, const std::optional<AuditAnchor>& anchor,
                      const QStringList& alteredRows);

@@ -17,45 +17,9 @@ QString flattened(QString text)
         .replace(QLatin1Char('\n'), QLatin1Char(' '));
 }
 
-bool writeCsv(const AuditEntries& entries, QIODevice& device, QString* error)
-{
-    bool written = device.write("Sequence,Time (UTC),User,Workstation,Area,Text,MAC\r\n") > 0;
-    const bool read = entries(
-        [&](const AuditEntry& e) {
-            const QStringList fields = {
-                QString::number(e.sequence),       e.utc, e.userName, e.workstation, e.area, e.text,
-                QString::fromLatin1(e.mac.toHex())};
-            QStringList quoted;
-            for (const QString& field : fields)
-                quoted.append(AuditReport::csvField(field));
-            written = written && device.write(quoted.join(QLatin1Char(',')).toUtf8() + "\r\n") > 0;
-            return written;
-        },
-        error);
-    if (read && !written)
-        *error = device.errorString();
-    return read && written;
-}
-
 } // namespace
 
-QString AuditReport::csvField(const QString& raw)
-{
-    static const QString special = QStringLiteral(",\"\r\n");
-    static const QString formulaStarts = QStringLiteral("=+-@\t\r");
-    const QString value =
-        !raw.isEmpty() && formulaStarts.contains(raw.front()) ? QLatin1Char('\'') + raw : raw;
-    bool needsQuotes = false;
-    for (const QChar c : value)
-        needsQuotes = needsQuotes || special.contains(c);
-    if (!needsQuotes)
-        return value;
-    QString quoted = value;
-    quoted.replace(QLatin1Char('"'), QStringLiteral("\"\""));
-    return QLatin1Char('"') + quoted + QLatin1Char('"');
-}
-
-bool AuditReport::print(const AuditEntries& entries, QIODevice& out, QString* error)
+bool AuditReport::print(const AuditEntrySource& entries, QIODevice& out, QString* error)
 {
     bool written = true;
     const bool read = entries(
@@ -73,17 +37,18 @@ bool AuditReport::print(const AuditEntries& entries, QIODevice& out, QString* er
     return read && written;
 }
 
-bool AuditReport::exportCsv(const AuditEntries& entries, const QString& path, QIODevice& out, QString* error)
+bool AuditReport::exportCsv(const AuditEntrySource& entries, const QString& path, QIODevice& out,
+                            QString* error)
 {
     if (path == QLatin1String("-"))
-        return writeCsv(entries, out, error);
+        return AuditCsv::write(entries, out, error);
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly)) {
         *error = QStringLiteral("\"%1\" cannot be written (%2).")
                      .arg(QDir::toNativeSeparators(path), file.errorString());
         return false;
     }
-    if (!writeCsv(entries, file, error)) {
+    if (!AuditCsv::write(entries, file, error)) {
         file.cancelWriting();
         return false;
     }

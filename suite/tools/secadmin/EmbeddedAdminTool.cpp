@@ -103,9 +103,9 @@ QList<EmbeddedAdminTool::Command> EmbeddedAdminTool::inquiryCommands()
         {"audit", O,
          [this](const QStringList&) {
              SecurityStore& store = *m_store;
-             return m_report.audit(
-                 [&](const AuditVisit& visit, QString* e) { return store.audit().forEachEntry(visit, e); },
-                 m_options.csvPath);
+             return m_report.audit([&](const AuditEntryVisitor& visit,
+                                       QString* e) { return store.audit().forEachEntry(visit, e); },
+                                   m_options.csvPath);
          }},
         {"verify", O, [this](const QStringList&) { return verify(); }},
         {"anchor", O, [this](const QStringList&) { return m_report.anchor(m_store->audit().verify()); }},

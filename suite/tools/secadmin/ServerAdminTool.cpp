@@ -123,7 +123,7 @@ QList<ServerAdminTool::Command> ServerAdminTool::inquiryCommands()
          [this](const QStringList&) {
              ServerAdministration reader = administration();
              return m_report.audit(
-                 [&](const AuditVisit& visit, QString* e) { return reader.forEachEntry(visit, e); },
+                 [&](const AuditEntryVisitor& visit, QString* e) { return reader.forEachEntry(visit, e); },
                  m_options.csvPath);
          }},
         {"verify", [this](const QStringList&) { return verify(); }},
