@@ -34,7 +34,7 @@ QPushButton* button(const QString& caption, const QString& name, const QString& 
     return b;
 }
 
-// The hourglass while a long view is written out.
+// The hourglass while a long view is read or written out.
 class Hourglass
 {
 public:
@@ -117,6 +117,8 @@ void AuditTrailWindow::createLayout()
 
 void AuditTrailWindow::applyFilter(const AuditFilter& filter)
 {
+    // A text filter over a million entries takes about a second on the store.
+    const Hourglass busy;
     m_filter = filter;
     m_status->clear();
     m_sources.setFilter(filter);
