@@ -9,6 +9,7 @@
 //
 //   bench_audit_server [entries] [log-ins] [seconds per writer count]   (defaults: 2000, 20, 5)
 
+#include "BenchStats.h"
 #include "PostgresServer.h"
 #include "SecretBytes.h"
 #include "ServerAdministration.h"
@@ -35,10 +36,9 @@ struct Stats
     double p99;
 };
 
-Stats stats(std::vector<double> us)
+Stats stats(const std::vector<double>& us)
 {
-    std::sort(us.begin(), us.end());
-    return {us[us.size() / 2], us[std::min(us.size() - 1, us.size() * 99 / 100)]};
+    return {bench::median(us), bench::percentile(us, 0.99)};
 }
 
 std::unique_ptr<ServerConnection> connect(const ServerSettings& settings)

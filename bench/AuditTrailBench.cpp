@@ -6,6 +6,7 @@
 //   bench_audit_trail [entries] [folder]     (defaults: 3000, the current folder)
 
 #include "Authenticator.h"
+#include "BenchStats.h"
 #include "SecretBytes.h"
 #include "SecurityAdministration.h"
 #include "SecurityStore.h"
@@ -33,10 +34,9 @@ struct Stats
     double p99;
 };
 
-Stats stats(std::vector<double> us)
+Stats stats(const std::vector<double>& us)
 {
-    std::sort(us.begin(), us.end());
-    return {us[us.size() / 2], us[std::min(us.size() - 1, us.size() * 99 / 100)]};
+    return {bench::median(us), bench::percentile(us, 0.99)};
 }
 
 // The plain way to keep the same row durably: one prepared INSERT per

@@ -16,6 +16,17 @@ template <typename Container> double median(Container values)
     return values.empty() ? 0 : values[values.size() / 2];
 }
 
+// The timing below which the given fraction of a run lies (0.5 the median,
+// 0.99 the p99); 0 for none.
+template <typename Container> double percentile(Container values, double fraction)
+{
+    std::sort(values.begin(), values.end());
+    if (values.empty())
+        return 0;
+    const auto last = values.size() - 1;
+    return values[std::min(last, static_cast<decltype(last)>(fraction * double(values.size())))];
+}
+
 // Times in milliseconds of repeated runs of one operation.
 struct Samples
 {

@@ -39,6 +39,7 @@
 using namespace nebra;
 
 using nebra::bench::median;
+using nebra::bench::percentile;
 
 namespace {
 
@@ -170,12 +171,6 @@ double keystroke(FileListControl& list, std::vector<double>& cpu, int key, const
     const double wall = elapsedMs(timer);
     cpu.push_back(threadCpuMs() - cpuStart);
     return wall;
-}
-
-double percentile(std::vector<double> values, double fraction)
-{
-    std::sort(values.begin(), values.end());
-    return values.empty() ? 0 : values[std::min(values.size() - 1, size_t(fraction * double(values.size())))];
 }
 
 // Typing "plate 12" letter by letter, Backspace back to "plate", a wildcard

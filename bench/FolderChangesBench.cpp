@@ -39,14 +39,9 @@
 #include <unistd.h>
 
 using namespace nebra;
+using nebra::bench::percentile;
 
 namespace {
-
-double percentile(std::vector<double> values, double p)
-{
-    std::sort(values.begin(), values.end());
-    return values.empty() ? 0 : values[std::min(values.size() - 1, size_t(p * double(values.size())))];
-}
 
 void run(const QString& folder, const QString& script)
 {

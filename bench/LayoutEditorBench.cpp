@@ -23,12 +23,6 @@ namespace {
 constexpr int Warm = 5;
 constexpr int Runs = 100;
 
-double p99(QList<double> values)
-{
-    std::sort(values.begin(), values.end());
-    return values.isEmpty() ? 0 : values[std::min<qsizetype>(values.size() - 1, values.size() * 99 / 100)];
-}
-
 PlateLayout labelledPlate()
 {
     PlateLayout layout(QStringLiteral("Screen 1536"), 32, 48);
@@ -78,8 +72,8 @@ void selectAndAssign(const QString& path)
     }
     bench::report("Ctrl+A, Ctrl+<role>, to the repaint", ours, bare);
     std::printf("%-44s ours p99 %8.3f ms | viewer paint p99 %8.3f ms | %d selected, canvas %dx%d px\n", "",
-                p99(ours.ms), p99(bare.ms), window.selection().count(), window.canvas()->width(),
-                window.canvas()->height());
+                bench::percentile(ours.ms, 0.99), bench::percentile(bare.ms, 0.99),
+                window.selection().count(), window.canvas()->width(), window.canvas()->height());
 }
 
 void openAndSave(const QString& path, const QString& folder)
