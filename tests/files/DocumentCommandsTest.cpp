@@ -37,13 +37,13 @@ private Q_SLOTS:
         QTest::addColumn<QString>("where");
         QTest::addColumn<int>("answer");
         QTest::addColumn<QString>("whereAfter"); // empty: no question
-        QTest::newRow("layouts sub-folder, OK")
-            << "layouts sub-folder" << int(MessageButton::Ok) << "layouts";
-        QTest::newRow("layouts sub-folder, Cancel")
-            << "layouts sub-folder" << int(MessageButton::Cancel) << "layouts sub-folder";
+        // clang-format off
+        QTest::newRow("layouts sub-folder, OK") << "layouts sub-folder" << int(MessageButton::Ok) << "layouts";
+        QTest::newRow("layouts sub-folder, Cancel") << "layouts sub-folder" << int(MessageButton::Cancel) << "layouts sub-folder";
         QTest::newRow("the layouts node itself") << "layouts" << 0 << "";
         QTest::newRow("a protocols sub-folder") << "protocols sub-folder" << 0 << "";
         QTest::newRow("the root") << "root" << 0 << "";
+        // clang-format on
     }
 
     void newAsksToMoveToThePrimaryFolderOnlyBelowLayouts()

@@ -19,12 +19,14 @@ private Q_SLOTS:
         QTest::addColumn<bool>("singleFile");
         QTest::addColumn<States>("expected");
         using S = DocumentTypes::CommandStates;
+        // clang-format off
         // The root and the protocols (one file, two, a folder) are checked through the commands in
         // FileViewTest.
         QTest::newRow("layouts, no single file") << 2 << false << States(S{true, false, false});
         QTest::newRow("results, one file") << 4 << true << States(S{false, true, false});
         QTest::newRow("negative counts as type 1") << -3 << true << States(S{true, true, false});
         QTest::newRow("unknown leaves them") << 6 << true << States();
+        // clang-format on
     }
 
     void commandStates()

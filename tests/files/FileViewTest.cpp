@@ -138,12 +138,9 @@ private Q_SLOTS:
         QTest::addColumn<QString>("newName");
         QTest::addColumn<QStringList>("after");
         // clang-format off
-        QTest::newRow("results: renamed along")
-            << QStringList{"Run.ars", "Run.mht"} << "Run 2.ars" << QStringList{"Run 2.ars", "Run 2.mht"};
-        QTest::newRow("results: new name taken")
-            << QStringList{"A.ars", "A.mht", "B.mht"} << "B.ars" << QStringList{"A.mht", "B.ars", "B.mht"};
-        QTest::newRow("protocol: dropped")
-            << QStringList{"P.apr", "P.mht"} << "Q.apr" << QStringList{"Q.apr"};
+        QTest::newRow("results: renamed along") << QStringList{"Run.ars", "Run.mht"} << "Run 2.ars" << QStringList{"Run 2.ars", "Run 2.mht"};
+        QTest::newRow("results: new name taken") << QStringList{"A.ars", "A.mht", "B.mht"} << "B.ars" << QStringList{"A.mht", "B.ars", "B.mht"};
+        QTest::newRow("protocol: dropped") << QStringList{"P.apr", "P.mht"} << "Q.apr" << QStringList{"Q.apr"};
         // clang-format on
     }
 

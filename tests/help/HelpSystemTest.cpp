@@ -59,6 +59,7 @@ private slots:
     {
         QTest::addColumn<int>("kind");
         QTest::addColumn<QString>("page"); // empty: nothing is shown
+        // clang-format off
         QTest::newRow("root") << 0 << "getting-started.html";
         QTest::newRow("instrument data") << 1 << "instrument-data.html";
         QTest::newRow("layouts") << 2 << "layouts.html";
@@ -67,6 +68,7 @@ private slots:
         QTest::newRow("reports") << 5 << "reports.html";
         QTest::newRow("a kind beyond the table") << 6 << "";
         QTest::newRow("a negative kind") << -1 << "";
+        // clang-format on
     }
 
     void contextHelpFollowsTheFolderKind()
@@ -113,9 +115,11 @@ private slots:
     {
         QTest::addColumn<bool>("open");
         QTest::addColumn<bool>("userClosed");
+        // clang-format off
         QTest::newRow("shown") << true << false;
         QTest::newRow("closed by the user") << true << true;
         QTest::newRow("never opened") << false << false;
+        // clang-format on
     }
 
     void closeHelpIfOpen()
@@ -153,9 +157,11 @@ private slots:
         QTest::addColumn<bool>("exists");
         QTest::addColumn<QByteArray>("content");
         QTest::addColumn<QString>("words");
+        // clang-format off
         QTest::newRow("missing") << false << QByteArray() << "is missing";
         QTest::newRow("not a collection") << true << QByteArray("not a help file\n") << "is damaged";
         QTest::newRow("empty") << true << QByteArray() << "is damaged";
+        // clang-format on
     }
 
     void aBadHelpFileIsReportedOncePerRequest()

@@ -3,9 +3,8 @@
 #include "DataFolders.h"
 #include "DialogScript.h"
 #include "HLDCollection.h"
+#include "ManagerSite.h"
 #include "MessageRecorder.h"
-#include "NebraSecurityManager.h"
-#include "SecurityFixture.h"
 #include "SettingsStore.h"
 #include "SuitePaths.h"
 #include "SuiteSettings.h"
@@ -81,12 +80,8 @@ struct Fixture
     void logIn(const QStringList& rights)
     {
         site = std::make_unique<SecuritySite>(rights);
-        QString error;
-        manager = NebraSecurityManager::create(SettingsStore(), {}, &error);
-        QVERIFY2(manager, qPrintable(error));
-        DialogScript script;
-        script.logIn(QStringLiteral("jsmith"), QStringLiteral("correct horse"));
-        QVERIFY(manager->LogIn(nullptr));
+        manager = loggedInManager();
+        QVERIFY(manager);
     }
 
     template <typename T> T* control(const char* name) const { return test::control<T>(dialog, name); }
@@ -127,11 +122,13 @@ private Q_SLOTS:
         QTest::addColumn<bool>("driverAllowed");
         const QString data = QStringLiteral("ParentDirectoryDataFiles/Edit");
         const QString driver = QStringLiteral("Instrumentation/SelectDriver");
+        // clang-format off
         QTest::newRow("no session") << false << QStringList() << true << true;
         QTest::newRow("both rights") << true << QStringList{data, driver} << true << true;
         QTest::newRow("driver only") << true << QStringList{driver} << false << true;
         QTest::newRow("data only") << true << QStringList{data} << true << false;
         QTest::newRow("neither") << true << QStringList() << false << false;
+        // clang-format on
     }
 
     void eachShowingAsksBothPermissions()
@@ -176,12 +173,14 @@ private Q_SLOTS:
         QTest::addColumn<int>("pick"); // -1: the user picks nothing
         QTest::addColumn<int>("currentAfter");
         const QStringList two = {"Reader One", "Reader Two"};
+        // clang-format off
         QTest::newRow("Drivers not visited") << two << 2 << false << -1 << -1 << 2;
         QTest::newRow("visited, kept") << two << 2 << true << 1 << -1 << 2;
         QTest::newRow("visited, another picked") << two << 2 << true << 1 << 0 << 1;
         QTest::newRow("no drivers installed") << QStringList() << 1 << true << -1 << -1 << 1;
         QTest::newRow("current beyond the catalogue") << two << 5 << true << -1 << -1 << 5;
         QTest::newRow("beyond, then picked") << two << 5 << true << -1 << 1 << 2;
+        // clang-format on
     }
 
     void theDriverChangesOnlyByAChoice()
@@ -247,9 +246,11 @@ private Q_SLOTS:
         QTest::addColumn<int>("answer");
         QTest::addColumn<bool>("closed");
         QTest::addColumn<QString>("parentAfter");
+        // clang-format off
         QTest::newRow("unchanged") << "%1/Parent" << 0 << true << "Parent";
         QTest::newRow("new, created") << " %1/Fresh/ " << int(MessageButton::Yes) << true << "Fresh";
         QTest::newRow("new, refused") << "%1/Fresh" << int(MessageButton::No) << false << "Parent";
+        // clang-format on
     }
 
     void okAppliesTheParentDirectory()
@@ -332,8 +333,10 @@ private Q_SLOTS:
     {
         QTest::addColumn<int>("key");
         QTest::addColumn<bool>("okPressed");
+        // clang-format off
         QTest::newRow("Escape") << int(Qt::Key_Escape) << false;
         QTest::newRow("Enter") << int(Qt::Key_Return) << true;
+        // clang-format on
     }
 
     void theKeyboardReachesEverything()

@@ -28,12 +28,12 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("id");
         QTest::addColumn<QStringList>("expected");
+        // clang-format off
         QTest::newRow("command") << QStringLiteral("ID_Exit") << QStringList{"reset", "ID_Exit", "reset"};
-        QTest::newRow("drop-down without command")
-            << QStringLiteral("ID_File") << QStringList{"reset", "reset"};
-        QTest::newRow("help drop-down tool")
-            << QStringLiteral("ID_HelpHelp") << QStringList{"reset", "reset"};
+        QTest::newRow("drop-down without command") << QStringLiteral("ID_File") << QStringList{"reset", "reset"};
+        QTest::newRow("help drop-down tool") << QStringLiteral("ID_HelpHelp") << QStringList{"reset", "reset"};
         QTest::newRow("case matters") << QStringLiteral("id_exit") << QStringList{"reset", "reset"};
+        // clang-format on
     }
 
     void everyClickRestartsTheTimeOutBeforeAndAfter()

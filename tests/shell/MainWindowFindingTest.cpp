@@ -21,23 +21,24 @@
 using namespace nebra;
 using namespace nebra::test;
 
-// Finding documents in the loaded main window: the filter box, the recent
-// documents in the File menu and on the welcome page, and the file list's
-// "Show in file manager"; each can be switched off.
-class MainWindowFindingTest : public QObject
+namespace {
+
+// The Organiser with two protocols and a layout, the assay application recording its starts.
+struct Finding : LoadedOrganiser
 {
-    Q_OBJECT
+    RecordingPrograms programs;
 
-private:
-    std::unique_ptr<LoadedOrganiser> m_site;
-    std::unique_ptr<RecordingPrograms> m_programs;
-
-    QString doc(const QString& relative) const { return m_site->doc(relative); }
-    MainWindow& load() { return m_site->load(); }
+    Finding()
+    {
+        set("Paths/AssayApplicationPath", programs.program(QStringLiteral("Assay Application")));
+        for (const char* name : {"Protocols/BCA Protein Assay.apr", "Protocols/ELISA IgG Quantitation.apr",
+                                 "Microplate Layouts/Kinetic 384.mlo"})
+            writeFile(doc(QLatin1String(name)));
+    }
 
     QMenu* recentMenu() const
     {
-        for (QAction* action : m_site->window->toolBars().menu(QStringLiteral("ID_File"))->actions())
+        for (QAction* action : window->toolBars().menu(QStringLiteral("ID_File"))->actions())
             if (action->menu() && action->menu()->accessibleName() == QLatin1String("Recent documents"))
                 return action->menu();
         return nullptr;
@@ -45,58 +46,54 @@ private:
 
     void open(const QString& path)
     {
-        m_site->window->ShowDocument(path);
-        QCOMPARE(m_site->window->fileList().firstSelectedItem().path(), path);
-        m_site->window->PerformDocumentCommand(DocumentCommand::Open);
-        m_programs->waitForRecords(1);
-        m_programs->clear();
+        window->ShowDocument(path);
+        QCOMPARE(window->fileList().firstSelectedItem().path(), path);
+        window->PerformDocumentCommand(DocumentCommand::Open);
+        programs.waitForRecords(1);
+        programs.clear();
     }
 
     int welcomeRecentLinks()
     {
         int links = -1;
-        m_site->window->browser()->view()->page()->runJavaScript(
+        window->browser()->view()->page()->runJavaScript(
             QStringLiteral("document.querySelectorAll('#organiser-recent a').length"),
             QWebEngineScript::ApplicationWorld, [&](const QVariant& result) { links = result.toInt(); });
         if (!QTest::qWaitFor([&] { return links >= 0; }, 10000))
             qWarning("The page did not answer");
         return links;
     }
+};
+
+} // namespace
+
+// Finding documents in the loaded main window: the filter box, the recent
+// documents in the File menu and on the welcome page, and the file list's
+// "Show in file manager"; each can be switched off.
+class MainWindowFindingTest : public QObject
+{
+    Q_OBJECT
 
 private Q_SLOTS:
-    void init()
-    {
-        m_site = std::make_unique<LoadedOrganiser>();
-        m_programs = std::make_unique<RecordingPrograms>();
-        LoadedOrganiser::set("Paths/AssayApplicationPath",
-                             m_programs->program(QStringLiteral("Assay Application")));
-        for (const char* name : {"Protocols/BCA Protein Assay.apr", "Protocols/ELISA IgG Quantitation.apr",
-                                 "Microplate Layouts/Kinetic 384.mlo"})
-            writeFile(doc(QLatin1String(name)));
-    }
-
-    void cleanup()
-    {
-        m_site.reset();
-        m_programs.reset();
-    }
-
     void eachAidCanBeSwitchedOff_data()
     {
         QTest::addColumn<bool>("on");
+        // clang-format off
         QTest::newRow("on, as by default") << true;
         QTest::newRow("switched off") << false;
+        // clang-format on
     }
 
     void eachAidCanBeSwitchedOff()
     {
         QFETCH(bool, on);
+        Finding o;
         if (!on)
             for (const char* key : {"ShowFileListFilter", "ShowRecentDocuments", "ShowInFileManager"})
-                LoadedOrganiser::set(QStringLiteral("Settings/") + QLatin1String(key), false);
-        MainWindow& window = load();
+                o.set(QStringLiteral("Settings/") + QLatin1String(key), false);
+        MainWindow& window = o.load();
         QCOMPARE(window.fileList().filterBox()->isVisible(), on);
-        QCOMPARE(recentMenu() != nullptr, on);
+        QCOMPARE(o.recentMenu() != nullptr, on);
         QCOMPARE(window.recentDocuments() != nullptr, on);
         QCOMPARE(window.fileList().findChild<QAction*>(QStringLiteral("ShowInFileManager")) != nullptr, on);
     }
@@ -106,12 +103,13 @@ private Q_SLOTS:
     // its links do the same.
     void recentDocumentsAreShownInTheirFolders()
     {
-        MainWindow& window = load();
-        const QString bca = doc("Protocols/BCA Protein Assay.apr");
-        const QString elisa = doc("Protocols/ELISA IgG Quantitation.apr");
-        open(bca);
-        open(elisa);
-        QMenu* menu = recentMenu();
+        Finding o;
+        MainWindow& window = o.load();
+        const QString bca = o.doc("Protocols/BCA Protein Assay.apr");
+        const QString elisa = o.doc("Protocols/ELISA IgG Quantitation.apr");
+        o.open(bca);
+        o.open(elisa);
+        QMenu* menu = o.recentMenu();
         QVERIFY(menu);
         Q_EMIT menu->aboutToShow();
         QCOMPARE(menu->actions().size(), 2);
@@ -120,12 +118,12 @@ private Q_SLOTS:
         window.folderTree().setCurrentNode(window.organiserTree().layoutsNode());
         window.fileList().setNameFilter(QStringLiteral("Kinetic"));
         menu->actions().at(1)->trigger();
-        QCOMPARE(window.folderTree().currentNode().folderPath(), doc("Protocols"));
+        QCOMPARE(window.folderTree().currentNode().folderPath(), o.doc("Protocols"));
         QCOMPARE(window.fileList().selectedCount(), 1);
         QCOMPARE(window.fileList().firstSelectedItem().path(), bca);
 
         window.folderTree().setCurrentNode(window.organiserTree().rootNode());
-        QTRY_COMPARE_WITH_TIMEOUT(welcomeRecentLinks(), 2, 10000);
+        QTRY_COMPARE_WITH_TIMEOUT(o.welcomeRecentLinks(), 2, 10000);
         bool cancel = false;
         Q_EMIT window.browser()->BeforeNavigate2(QUrl(QStringLiteral("organiser:%5CRecent%201")), cancel);
         QVERIFY(cancel);
@@ -135,9 +133,9 @@ private Q_SLOTS:
         QVERIFY(QFile::remove(elisa));
         Q_EMIT menu->aboutToShow();
         QCOMPARE(menu->actions().size(), 1);
-        window.ShowDocument(m_site->folders.root() + "/elsewhere.apr");
-        QCOMPARE(m_site->messages.count(), 1);
-        QCOMPARE(m_site->messages.last().title, QStringLiteral("Recent Documents"));
+        window.ShowDocument(o.folders.root() + "/elsewhere.apr");
+        QCOMPARE(o.messages.count(), 1);
+        QCOMPARE(o.messages.last().title, QStringLiteral("Recent Documents"));
     }
 };
 

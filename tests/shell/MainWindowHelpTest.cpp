@@ -42,11 +42,12 @@ private Q_SLOTS:
         QTest::addColumn<QString>("command");   // a tool, or "608" for the tree's Help button
         QTest::addColumn<FolderKind>("folder"); // the kind of folder selected first
         QTest::addColumn<QString>("page");
+        // clang-format off
         QTest::newRow("F1 on Reports") << "ID_HelpContext" << FolderKind::Reports << "reports.html";
-        QTest::newRow("Getting Started")
-            << "ID_GettingStarted" << FolderKind::Protocols << "getting-started.html";
+        QTest::newRow("Getting Started") << "ID_GettingStarted" << FolderKind::Protocols << "getting-started.html";
         QTest::newRow("Contents and Index") << "ID_ContentsIndex" << FolderKind::Results << "index.html";
         QTest::newRow("the tree's Help on Protocols") << "608" << FolderKind::Protocols << "protocols.html";
+        // clang-format on
     }
 
     void helpCommandsOpenTheirPages()
@@ -74,8 +75,10 @@ private Q_SLOTS:
     void theHelpWindowGoesWithTheProgram_data()
     {
         QTest::addColumn<bool>("forcedLogOut");
+        // clang-format off
         QTest::newRow("shutdown") << false;
         QTest::newRow("forced log-out") << true;
+        // clang-format on
     }
 
     void theHelpWindowGoesWithTheProgram()

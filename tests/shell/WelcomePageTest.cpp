@@ -52,14 +52,14 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("atOnce");
         QTest::addColumn<QStringList>("whenComplete");
         const QStringList none;
+        // clang-format off
         QTest::newRow("run") << "organiser:\\Run a protocol" << none << QStringList{"protocols node"};
-        QTest::newRow("percent-encoded")
-            << "organiser:%5CRun%20a%20protocol" << none << QStringList{"protocols node"};
+        QTest::newRow("percent-encoded") << "organiser:%5CRun%20a%20protocol" << none << QStringList{"protocols node"};
         QTest::newRow("no backslash") << "file:///C:/Pages/Run a protocol" << none << none;
         QTest::newRow("wrong case") << "organiser:\\run a protocol" << none << none;
         QTest::newRow("unknown") << "organiser:\\Calibrate" << none << none;
-        QTest::newRow("new protocol, at once")
-            << "organiser:\\Create a new protocol" << QStringList{"create protocol"} << none;
+        QTest::newRow("new protocol, at once") << "organiser:\\Create a new protocol" << QStringList{"create protocol"} << none;
+        // clang-format on
     }
 
     void aLinkIsItsLastBackslashSegmentComparedExactly()

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "DialogScript.h"
+#include "NebraSecurityManager.h"
 #include "PostgresServer.h"
 #include "SecurityFixture.h"
 #include "ServerAdministration.h"
@@ -10,6 +12,23 @@
 #include <type_traits>
 
 namespace nebra::test {
+
+// A security manager for the site that the settings name, with jsmith
+// logged in through the dialog seam; null, with the reason logged, when
+// either fails.
+inline std::unique_ptr<NebraSecurityManager>
+loggedInManager(const QString& password = QStringLiteral("correct horse"))
+{
+    QString error;
+    std::unique_ptr<NebraSecurityManager> manager = NebraSecurityManager::create(SettingsStore(), {}, &error);
+    DialogScript dialogs;
+    dialogs.logIn(QStringLiteral("jsmith"), password);
+    if (!manager || !manager->LogIn(nullptr)) {
+        qWarning("No session: %s", qPrintable(error));
+        return nullptr;
+    }
+    return manager;
+}
 
 // A security site for the manager's behaviour tests, on the back end that
 // NEBRA_TEST_SECURITY_BACKEND names: "sqlite" (the default) or
@@ -74,8 +93,7 @@ public:
         }
         if constexpr (std::is_invocable_v<Change, ServerAdministration&, QString*>) {
             if (!m_embedded) {
-                const std::unique_ptr<ServerConnection> owner = ServerConnection::open(m_settings, &error);
-                QVERIFY2(owner, qPrintable(error));
+                const std::unique_ptr<ServerConnection> owner = PostgresServer::connect(m_settings);
                 ServerAdministration admin(*owner, QStringLiteral("admin"), QStringLiteral("pc"));
                 QVERIFY2(change(admin, &error), qPrintable(error));
             }
@@ -100,7 +118,7 @@ public:
         if (m_embedded)
             return m_embedded->fixture.auditTexts();
         QString error;
-        const std::unique_ptr<ServerConnection> owner = ServerConnection::open(m_settings, &error);
+        const std::unique_ptr<ServerConnection> owner = PostgresServer::connect(m_settings);
         QSqlQuery q(owner->database());
         QStringList texts;
         if (owner->exec(q, QStringLiteral("SELECT text FROM nebra.audit_trail ORDER BY seq"), {}, &error))

@@ -70,11 +70,13 @@ private Q_SLOTS:
         QTest::addColumn<int>("flags");
         QTest::addColumn<QString>("caption");
         QTest::addColumn<int>("indexAfter");
+        // clang-format off
         QTest::newRow("second driver") << true << 2 << 0 << "Reader Two" << 2;
         QTest::newRow("index 0 means the first") << true << 0 << 0 << "Reader One" << 1;
         QTest::newRow("index past the drivers") << true << 9 << 0 << "Reader One" << 1;
         QTest::newRow("generic caption") << true << 1 << 0x20 << "Instrument Data" << 1;
         QTest::newRow("no drivers in use") << false << 2 << 0 << "" << 2;
+        // clang-format on
     }
 
     void theInstrumentNodeFollowsTheSettings()

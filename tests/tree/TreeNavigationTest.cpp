@@ -18,11 +18,13 @@ private Q_SLOTS:
         QTest::addColumn<int>("level");
         QTest::addColumn<int>("state");
         QTest::addColumn<bool>("enabled");
+        // clang-format off
         QTest::newRow("root") << 0 << 0 << false;
         QTest::newRow("root, navigated") << 0 << 1 << false;
         QTest::newRow("primary folder") << 1 << 0 << true;
         QTest::newRow("primary folder, navigated") << 1 << 1 << false;
         QTest::newRow("sub-folder, navigated") << 2 << 1 << true;
+        // clang-format on
     }
 
     void upIsEnabledWhereItLeadsSomewhere()

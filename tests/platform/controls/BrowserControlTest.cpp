@@ -62,8 +62,10 @@ private Q_SLOTS:
     void aDeferredEngineLoadsTheNewestNavigationWhenStarted_data()
     {
         QTest::addColumn<bool>("startedByWaiting");
+        // clang-format off
         QTest::newRow("started") << false;
         QTest::newRow("a wait starts it") << true;
+        // clang-format on
     }
 
     void aDeferredEngineLoadsTheNewestNavigationWhenStarted()

@@ -43,13 +43,7 @@ class ServerAdminToolTest : public QObject
     }
     std::unique_ptr<ServerConnection> connectTo(const QString& database, const QString& role)
     {
-        ServerSettings settings = m_server->settingsFor(role);
-        settings.database = database;
-        QString error;
-        std::unique_ptr<ServerConnection> connection = ServerConnection::open(settings, &error);
-        if (!connection)
-            qWarning("%s", qPrintable(error));
-        return connection;
+        return test::PostgresServer::connect(m_server->settingsFor(role, database));
     }
     // A workstation process writing for a while, as the OS user uid when given.
     std::unique_ptr<QProcess> writer(uid_t uid)
@@ -97,7 +91,6 @@ private Q_SLOTS:
         }
         const std::unique_ptr<ServerConnection> owner =
             connectTo(QStringLiteral("raced"), test::PostgresServer::Superuser);
-        QVERIFY(owner);
         QSqlQuery q(owner->database());
         QString error;
         QVERIFY2(owner->exec(q,
@@ -191,10 +184,9 @@ private Q_SLOTS:
                 embedded)
                 .exitCode,
             0);
-        ServerSettings settings = m_server->superuser();
-        settings.database = QStringLiteral("migrated");
         QString error;
-        const std::unique_ptr<ServerConnection> owner = ServerConnection::open(settings, &error);
+        const std::unique_ptr<ServerConnection> owner =
+            connectTo(QStringLiteral("migrated"), test::PostgresServer::Superuser);
         QSqlQuery q(owner->database());
         QVERIFY(owner->exec(q, QStringLiteral("SELECT text FROM nebra.audit_trail ORDER BY seq LIMIT ?"),
                             {before.size()}, &error));
@@ -207,8 +199,8 @@ private Q_SLOTS:
                      "battery staple\n")
                      .exitCode,
                  0);
-        settings.user = ServerSettings::ClientRole;
-        const std::unique_ptr<ServerConnection> client = ServerConnection::open(settings, &error);
+        const std::unique_ptr<ServerConnection> client =
+            connectTo(QStringLiteral("migrated"), ServerSettings::ClientRole);
         ServerSession session(*client, QStringLiteral("pc"));
         const ServerLogIn in = session.logIn(QStringLiteral("jsmith"), SecretBytes("battery staple"));
         QCOMPARE(in.status, LogInStatus::Success);
@@ -230,7 +222,6 @@ private Q_SLOTS:
         // An entry a workstation wrote, which a spreadsheet would take for a formula.
         QCOMPARE(cases.run({"add-user", "pjones"}, "battery staple\n").exitCode, 0);
         const std::unique_ptr<ServerConnection> client = connectTo(database, ServerSettings::ClientRole);
-        QVERIFY(client);
         ServerSession session(*client, QStringLiteral("pc"));
         const ServerLogIn in = session.logIn(QStringLiteral("pjones"), SecretBytes("battery staple"));
         QCOMPARE(in.status, LogInStatus::Success);
@@ -286,8 +277,7 @@ private Q_SLOTS:
     void verifyFindsTamperingOnTheServer()
     {
         QString error;
-        const std::unique_ptr<ServerConnection> owner = ServerConnection::open(m_server->superuser(), &error);
-        QVERIFY2(owner, qPrintable(error));
+        const std::unique_ptr<ServerConnection> owner = test::PostgresServer::connect(m_server->superuser());
         QVERIFY2(
             owner->execScript(QStringLiteral("SET ROLE nebra_owner; "
                                              "DROP TRIGGER audit_trail_append_only ON nebra.audit_trail; "
