@@ -1,9 +1,9 @@
 #include "AuditExport.h"
+#include "SecondProcess.h"
 #include "SecurityFixture.h"
 
 #include <QFile>
 #include <QGuiApplication>
-#include <QProcess>
 #include <QRegularExpression>
 #include <QStandardPaths>
 #include <QTest>
@@ -50,13 +50,10 @@ struct Store
     QString path(const char* name) const { return folders.root() + QLatin1Char('/') + QLatin1String(name); }
 };
 
+// The text of a PDF file, laid out as on the page.
 QString pdfText(const QString& file)
 {
-    QProcess pdftotext;
-    pdftotext.start(QStringLiteral("pdftotext"), {QStringLiteral("-layout"), file, QStringLiteral("-")});
-    if (!pdftotext.waitForFinished(30000) || pdftotext.exitCode() != 0)
-        return QStringLiteral("pdftotext failed: ") + QString::fromUtf8(pdftotext.readAllStandardError());
-    return QString::fromUtf8(pdftotext.readAllStandardOutput());
+    return runProgram(QStringLiteral("pdftotext"), {QStringLiteral("-layout"), file, QStringLiteral("-")}).out;
 }
 
 } // namespace

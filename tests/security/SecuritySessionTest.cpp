@@ -81,10 +81,10 @@ private Q_SLOTS:
         QTest::addColumn<QString>("message");
         QTest::addColumn<MessageIcon>("icon");
         // clang-format off
-        QTest::newRow("no database") << "no database" << "Cannot create NebraSecurity.NebraSecurityManager check that it is " "installed and registered with RegAsm NebraSecurity.dll|Tallyo Organiser" << MessageIcon::NoIcon;
+        QTest::newRow("no database") << "no database" << "Cannot create NebraSecurity.NebraSecurityManager check that it is installed and registered with RegAsm NebraSecurity.dll|Tallyo Organiser" << MessageIcon::NoIcon;
         QTest::newRow("log-in refused") << "cancel" << "Security log in failed.|Security Manager" << MessageIcon::Information;
         // The log-in itself is recorded (area "Security"); the session's start is not.
-        QTest::newRow("start not recorded") << "audit full" << NebraSecurityManager::auditWriteFailureText() + "\n\nThe audit trail entry could not be recorded " "(database or disk is full).|Security Manager" << MessageIcon::Critical;
+        QTest::newRow("start not recorded") << "audit full" << NebraSecurityManager::auditWriteFailureText() + "\n\nThe audit trail entry could not be recorded (database or disk is full).|Security Manager" << MessageIcon::Critical;
         // clang-format on
     }
 

@@ -6,6 +6,7 @@
 #include "LoadedOrganiser.h"
 #include "MainWindow.h"
 #include "NebraSecurityManager.h"
+#include "SecondProcess.h"
 #include "TestFiles.h"
 #include "ToolBarsControl.h"
 #include "WebEngineTestMain.h"
@@ -19,7 +20,6 @@
 #include <QPointer>
 #include <QPrintDialog>
 #include <QPrinter>
-#include <QProcess>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTableView>
@@ -74,14 +74,6 @@ int rows(const AuditTrailWindow& viewer)
     return viewer.table().model()->rowCount();
 }
 
-QString pdfText(const QString& file)
-{
-    QProcess pdftotext;
-    pdftotext.start(QStringLiteral("pdftotext"), {QStringLiteral("-layout"), file, QStringLiteral("-")});
-    if (!pdftotext.waitForFinished(30000))
-        return {};
-    return QString::fromUtf8(pdftotext.readAllStandardOutput());
-}
 
 } // namespace
 
@@ -225,7 +217,7 @@ private Q_SLOTS:
                      QStringLiteral("\"%1\": %2 entries, filter: all entries").arg(file).arg(entries)),
                  qPrintable(recorded));
         if (kind != QLatin1String("csv"))
-            QVERIFY(pdfText(file).contains(QStringLiteral("jsmith (Jane Smith)")));
+            QVERIFY(runProgram(QStringLiteral("pdftotext"), {file, QStringLiteral("-")}).out.contains("jsmith (Jane Smith)"));
     }
 
     void replacingAFileAsksFirst_data()

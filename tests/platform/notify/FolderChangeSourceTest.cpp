@@ -205,7 +205,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("script");
         // clang-format off
         QTest::newRow("mkdir -p") << "for i in $(seq 40); do mkdir -p n$i/a/b/c/d/e/f/g; done";
-        QTest::newRow("copied tree") << "mkdir -p ../outside/t/{1..9}/{1..9}/{1..3} && for i in $(seq 4); do " "cp -r ../outside/t c$i; done";
+        QTest::newRow("copied tree") << "mkdir -p ../outside/t/{1..9}/{1..9}/{1..3} && for i in $(seq 4); do cp -r ../outside/t c$i; done";
         QTest::newRow("moved in tree") << "mkdir -p ../outside/t/{1..9}/{1..9}/{1..3} && mv ../outside/t t";
         // clang-format on
     }

@@ -210,8 +210,8 @@ private Q_SLOTS:
         QTest::newRow("user edited") << QStringLiteral("UPDATE nebra.audit_trail SET user_name = 'x' WHERE seq = 2") << qint64(2);
         QTest::newRow("entry removed") << QStringLiteral("DELETE FROM nebra.audit_trail WHERE seq = 2") << qint64(2);
         QTest::newRow("newest cut off") << QStringLiteral("DELETE FROM nebra.audit_trail WHERE seq >= 4") << qint64(0);
-        QTest::newRow("entry slipped in") << QStringLiteral("INSERT INTO nebra.audit_trail SELECT seq + 100, utc, user_name, workstation, area, " "text, mac FROM nebra.audit_trail WHERE seq = 1") << qint64(6);
-        QTest::newRow("entries swapped") << QStringLiteral("UPDATE nebra.audit_trail SET seq = seq + 1000 WHERE seq IN (2, 3); " "UPDATE nebra.audit_trail SET seq = CASE seq WHEN 1002 THEN 3 ELSE 2 END WHERE seq > 1000") << qint64(2);
+        QTest::newRow("entry slipped in") << QStringLiteral("INSERT INTO nebra.audit_trail SELECT seq + 100, utc, user_name, workstation, area, text, mac FROM nebra.audit_trail WHERE seq = 1") << qint64(6);
+        QTest::newRow("entries swapped") << QStringLiteral("UPDATE nebra.audit_trail SET seq = seq + 1000 WHERE seq IN (2, 3); UPDATE nebra.audit_trail SET seq = CASE seq WHEN 1002 THEN 3 ELSE 2 END WHERE seq > 1000") << qint64(2);
         // clang-format on
     }
 
