@@ -53,12 +53,8 @@ struct LoadedOrganiser
     SecurityFixture& secure(const QStringList& rights = {}, bool logIn = true)
     {
         security.emplace(folders.root() + QStringLiteral("/site"));
-        security->create();
-        security->addUser(QStringLiteral("jsmith"), QStringLiteral("correct horse"),
-                          QStringLiteral("Jane Smith"), rights);
-        SettingsStore store;
-        security->writeSettings(store);
-        store.setValue(QStringLiteral("Settings/SecurityConfigured"), true);
+        security->createSite(rights);
+        set(QStringLiteral("Settings/SecurityConfigured"), true);
         if (logIn)
             dialogs.logIn(QStringLiteral("jsmith"), QStringLiteral("correct horse"));
         return *security;

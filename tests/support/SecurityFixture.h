@@ -69,6 +69,17 @@ public:
             qFatal("Cannot add the user %s: %s", qPrintable(name), qPrintable(error));
     }
 
+    // Creates the database with jsmith ("correct horse", "Jane Smith")
+    // holding the rights given, and names it in the user's "[Security]" settings.
+    void createSite(const QStringList& rights)
+    {
+        create();
+        addUser(QStringLiteral("jsmith"), QStringLiteral("correct horse"), QStringLiteral("Jane Smith"),
+                rights);
+        SettingsStore store;
+        writeSettings(store);
+    }
+
     // Writes the "[Security]" group that names this database.
     void writeSettings(SettingsStore& store) const
     {
@@ -127,14 +138,7 @@ struct SecuritySite
     UserFolders folders;
     SecurityFixture fixture{folders.root() + QStringLiteral("/site")};
 
-    explicit SecuritySite(const QStringList& rights = {})
-    {
-        fixture.create();
-        fixture.addUser(QStringLiteral("jsmith"), QStringLiteral("correct horse"),
-                        QStringLiteral("Jane Smith"), rights);
-        SettingsStore store;
-        fixture.writeSettings(store);
-    }
+    explicit SecuritySite(const QStringList& rights = {}) { fixture.createSite(rights); }
 };
 
 } // namespace nebra::test
