@@ -38,7 +38,7 @@ struct Session : LoadedOrganiser
     MainWindow& run() { return load(0); }
 
     // The one message box shown so far as "text|title".
-    QString o.onlyMessage() const
+    QString onlyMessage() const
     {
         if (messages.count() != 1)
             return QStringLiteral("%1 messages").arg(messages.count());

@@ -32,6 +32,7 @@ public:
     }
 
     SecuritySettings& settings() { return m_settings; }
+    const SecuritySettings& settings() const { return m_settings; }
 
     // Creates the database; fails the test when it cannot.
     void create()

@@ -120,7 +120,7 @@ struct Picker
         if (twice)
             QTest::mouseDClick(list()->viewport(), Qt::LeftButton, {}, point);
     }
-    QVariant state(const char* key) const
+    QVariant state(const char* key)
     {
         return static_cast<SharedWizardState*>(host.SharedState())->Value(QLatin1String(key));
     }
@@ -309,7 +309,8 @@ private Q_SLOTS:
     void everyControlIsNamedForAccessibility()
     {
         Picker o;
-        test::verifyAccessibleNames(o.openDialog({"Generic"}), 4, {o.browser()});
+        NewAssayProtocolDialog& dialog = o.openDialog({"Generic"});
+        test::verifyAccessibleNames(dialog, 4, {o.browser()});
     }
 
     // The picker opens through the dialog seam, previewed, and is gone afterwards.
