@@ -53,7 +53,8 @@ struct Store
 // The text of a PDF file, laid out as on the page.
 QString pdfText(const QString& file)
 {
-    return runProgram(QStringLiteral("pdftotext"), {QStringLiteral("-layout"), file, QStringLiteral("-")}).out;
+    return runProgram(QStringLiteral("pdftotext"), {QStringLiteral("-layout"), file, QStringLiteral("-")})
+        .out;
 }
 
 } // namespace

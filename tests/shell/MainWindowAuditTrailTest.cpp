@@ -74,7 +74,6 @@ int rows(const AuditTrailWindow& viewer)
     return viewer.table().model()->rowCount();
 }
 
-
 } // namespace
 
 // Tools > Audit Trail... in the running Organiser, on a real security store:
@@ -217,7 +216,8 @@ private Q_SLOTS:
                      QStringLiteral("\"%1\": %2 entries, filter: all entries").arg(file).arg(entries)),
                  qPrintable(recorded));
         if (kind != QLatin1String("csv"))
-            QVERIFY(runProgram(QStringLiteral("pdftotext"), {file, QStringLiteral("-")}).out.contains("jsmith (Jane Smith)"));
+            QVERIFY(runProgram(QStringLiteral("pdftotext"), {file, QStringLiteral("-")})
+                        .out.contains("jsmith (Jane Smith)"));
     }
 
     void replacingAFileAsksFirst_data()
