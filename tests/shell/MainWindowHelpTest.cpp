@@ -1,3 +1,4 @@
+#include "DocumentCommand.h"
 #include "FolderKind.h"
 #include "FolderTreeControl.h"
 #include "HelpBrowser.h"
@@ -39,14 +40,14 @@ class MainWindowHelpTest : public QObject
 private Q_SLOTS:
     void helpCommandsOpenTheirPages_data()
     {
-        QTest::addColumn<QString>("command");   // a tool, or "608" for the tree's Help button
+        QTest::addColumn<QString>("command");   // a tool, or "tree" for the tree's Help button
         QTest::addColumn<FolderKind>("folder"); // the kind of folder selected first
         QTest::addColumn<QString>("page");
         // clang-format off
         QTest::newRow("F1 on Reports") << "ID_HelpContext" << FolderKind::Reports << "reports.html";
         QTest::newRow("Getting Started") << "ID_GettingStarted" << FolderKind::Protocols << "getting-started.html";
         QTest::newRow("Contents and Index") << "ID_ContentsIndex" << FolderKind::Results << "index.html";
-        QTest::newRow("the tree's Help on Protocols") << "608" << FolderKind::Protocols << "protocols.html";
+        QTest::newRow("the tree's Help on Protocols") << "tree" << FolderKind::Protocols << "protocols.html";
         // clang-format on
     }
 
@@ -58,8 +59,8 @@ private Q_SLOTS:
         LoadedOrganiser site;
         MainWindow& window = site.load();
         window.folderTree().setCurrentNode(window.organiserTree().nodeForKind(folder));
-        if (command == "608") {
-            window.folderTree().clickButton(608);
+        if (command == "tree") {
+            window.folderTree().clickButton(buttonKey(DocumentCommand::Help));
         } else {
             QVERIFY(window.toolBars().isToolEnabled(command));
             window.toolBars().action(command)->trigger();

@@ -37,7 +37,7 @@ private Q_SLOTS:
         QCOMPARE(window.fileList().firstSelectedItem().name(), QStringLiteral("Elisa.apr"));
         QVERIFY(window.toolBars().isToolEnabled(QStringLiteral("ID_Run")));
         QVERIFY(tree.isButtonEnabled(buttonKey(DocumentCommand::Run)));
-        QVERIFY(tree.isButtonEnabled(504));
+        QVERIFY(tree.isButtonEnabled(FolderTreeControl::UpButton));
         QCOMPARE(site.messages.count(), 0);
     }
 };

@@ -84,7 +84,10 @@ private:
         layout->addWidget(list);
         window.setCentralWidget(central);
         // clang-format off
-        for (const auto& [key, caption] : {std::pair{501, "Back"}, {500, "Forward"}, {504, "Up"}, {609, ""},
+        // 609: the separators' key at start-up.
+        for (const auto& [key, caption] : {std::pair{int(FolderTreeControl::BackButton), "Back"},
+                                           {FolderTreeControl::ForwardButton, "Forward"},
+                                           {FolderTreeControl::UpButton, "Up"}, {609, ""},
                                            {buttonKey(DocumentCommand::New), "New"},
                                            {buttonKey(DocumentCommand::Open), "Open"},
                                            {buttonKey(DocumentCommand::Run), "Run"}, {609, ""},

@@ -39,9 +39,9 @@ private Q_SLOTS:
         TreeNavigation navigation(*world.tree, organiser);
         const FolderNode nodes[] = {organiser.rootNode(), organiser.protocolsNode(),
                                     organiser.protocolsNode().child(0)};
-        world.tree->setButtonEnabled(504, !enabled);
+        world.tree->setButtonEnabled(FolderTreeControl::UpButton, !enabled);
         navigation.OnCurrentNodeChanged(nodes[level], state);
-        QCOMPARE(world.tree->isButtonEnabled(504), enabled);
+        QCOMPARE(world.tree->isButtonEnabled(FolderTreeControl::UpButton), enabled);
     }
 };
 
