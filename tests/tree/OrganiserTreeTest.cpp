@@ -117,6 +117,7 @@ private Q_SLOTS:
         QCOMPARE(childRows(o.organiser.resultsNode()), QStringList{"Run 2 [4] " + o.data("Results/Run 2")});
         QCOMPARE(o.tree->currentNode(), o.organiser.protocolsNode());
         QCOMPARE(selected.count(), 0);
+        QVERIFY(!o.tree->nodes().isUpdating()); // the views hear of later changes again
     }
 
     void lookupsByPathAndName()
