@@ -64,7 +64,7 @@ int main(int argc, char** argv)
             return made;
         });
         help.setHelpFilePath(HelpSystem::defaultHelpFile());
-        help.setContextHooks([] {}, [&kind] { return kind; });
+        help.setSelectedDocumentType([&kind] { return kind; });
         first.ms << contextHelp(help, window);
         for (int k = 0; k < 6; ++k) {
             kind = (kind + 1) % 6;

@@ -32,7 +32,7 @@ private Q_SLOTS:
         QFETCH(int, type);
         QFETCH(bool, singleFile);
         QFETCH(States, expected);
-        QCOMPARE(DocumentTypes::commandStates(folderKindFromData(type), singleFile), expected);
+        QCOMPARE(DocumentTypes::commandStates(documentTypeFromData(type), singleFile), expected);
     }
 
     void renameKeepsTheExtension_data()

@@ -1,4 +1,4 @@
-#include "FolderKind.h"
+#include "DocumentType.h"
 #include "FolderTreeControl.h"
 #include "HelpBrowser.h"
 #include "HelpSystem.h"
@@ -40,19 +40,19 @@ private Q_SLOTS:
     void helpCommandsOpenTheirPages_data()
     {
         QTest::addColumn<QString>("command");   // a tool, or "608" for the tree's Help button
-        QTest::addColumn<FolderKind>("folder"); // the kind of folder selected first
+        QTest::addColumn<DocumentType>("folder"); // the kind of folder selected first
         QTest::addColumn<QString>("page");
-        QTest::newRow("F1 on Reports") << "ID_HelpContext" << FolderKind::Reports << "reports.html";
+        QTest::newRow("F1 on Reports") << "ID_HelpContext" << DocumentType::Reports << "reports.html";
         QTest::newRow("Getting Started")
-            << "ID_GettingStarted" << FolderKind::Protocols << "getting-started.html";
-        QTest::newRow("Contents and Index") << "ID_ContentsIndex" << FolderKind::Results << "index.html";
-        QTest::newRow("the tree's Help on Protocols") << "608" << FolderKind::Protocols << "protocols.html";
+            << "ID_GettingStarted" << DocumentType::Protocols << "getting-started.html";
+        QTest::newRow("Contents and Index") << "ID_ContentsIndex" << DocumentType::Results << "index.html";
+        QTest::newRow("the tree's Help on Protocols") << "608" << DocumentType::Protocols << "protocols.html";
     }
 
     void helpCommandsOpenTheirPages()
     {
         QFETCH(QString, command);
-        QFETCH(FolderKind, folder);
+        QFETCH(DocumentType, folder);
         QFETCH(QString, page);
         LoadedOrganiser site;
         MainWindow& window = site.load();

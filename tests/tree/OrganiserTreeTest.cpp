@@ -150,7 +150,7 @@ private Q_SLOTS:
         QCOMPARE(node.child(0).text(), QStringLiteral("Plates"));
         QCOMPARE(o.tree->currentNode(), node);
         QCOMPARE(o.shortcuts->itemCaptions(1).at(1), QStringLiteral("Reader Two"));
-        QCOMPARE(o.organiser.nodeForKind(FolderKind::ReadConfigurations), node);
+        QCOMPARE(o.organiser.nodeForKind(DocumentType::ReadConfigurations), node);
     }
 };
 
