@@ -11,6 +11,7 @@
 #include "NewProtocolWizards.h"
 #include "OptionsCommand.h"
 #include "OrganiserTree.h"
+#include "MainWindowControls.h"
 #include "PaneSetup.h"
 #include "TreeNavigation.h"
 #include "WelcomePage.h"
@@ -69,7 +70,7 @@ private:
     OrganiserTreeSources treeSources();
 
     MainWindow& m_window;
-    const MainWindowControls& m_controls;
+    MainWindowControls m_controls;
     SuiteComponents& m_suite;
     PaneSetup m_panes;
     CommandControls m_switches;

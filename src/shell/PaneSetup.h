@@ -1,8 +1,9 @@
 #pragma once
 
+#include "MainWindowControls.h"
+
 namespace nebra {
 
-struct MainWindowControls;
 struct SuiteComponents;
 
 // The set-up of the main window's panes during start-up, step by step, and
@@ -28,7 +29,7 @@ public:
     void setPreviewPaneShown(bool shown) const;
 
 private:
-    const MainWindowControls& m_controls;
+    MainWindowControls m_controls;
     const SuiteComponents& m_suite;
 };
 

@@ -1,20 +1,19 @@
 #include "DocumentType.h"
 #include "FolderTreeControl.h"
 #include "HelpBrowser.h"
-#include "HelpSystem.h"
 #include "HelpTopics.h"
 #include "HelpWindow.h"
 #include "LoadedOrganiser.h"
 #include "MainWindow.h"
-#include "OrganiserTree.h"
 #include "ToolBarsControl.h"
 #include "WebEngineTestMain.h"
+#include "WindowParts.h"
 
 #include <QTabWidget>
 #include <QTest>
 
 using namespace nebra;
-using nebra::test::LoadedOrganiser;
+using namespace nebra::test;
 
 namespace {
 
@@ -56,17 +55,16 @@ private Q_SLOTS:
         QFETCH(QString, page);
         LoadedOrganiser site;
         MainWindow& window = site.load();
-        window.folderTree().setCurrentNode(window.organiserTree().nodeForKind(folder));
+        part<FolderTreeControl>(window).setCurrentNode(branch(window, folder));
         if (command == "608") {
-            window.folderTree().clickButton(608);
+            part<FolderTreeControl>(window).clickButton(treeButton(CommandId::HelpContext));
         } else {
-            QVERIFY(window.toolBars().isToolEnabled(command));
-            window.toolBars().action(command)->trigger();
+            QVERIFY(part<ToolBarsControl>(window).isToolEnabled(command));
+            part<ToolBarsControl>(window).action(command)->trigger();
         }
         HelpWindow* help = shownHelp();
         QVERIFY(help);
         QCOMPARE(help->browser().source(), HelpTopics::guideUrl(page));
-        QVERIFY(window.help().IsDisplayingHelp());
         QCOMPARE(site.messages.count(), 0);
         window.close();
     }
@@ -83,14 +81,13 @@ private Q_SLOTS:
         QFETCH(bool, forcedLogOut);
         LoadedOrganiser site;
         MainWindow& window = site.load();
-        window.toolBars().action(QStringLiteral("ID_ContentsIndex"))->trigger();
+        part<ToolBarsControl>(window).action(QStringLiteral("ID_ContentsIndex"))->trigger();
         QVERIFY(shownHelp());
         if (forcedLogOut)
             window.UnloadAllExceptMain();
         else
             window.close();
         QVERIFY(!shownHelp());
-        QVERIFY(!window.help().IsDisplayingHelp());
     }
 };
 

@@ -7,6 +7,7 @@
 #include "ToolDefinitions.h"
 
 #include <QAction>
+#include <QWidget>
 #include <QObject>
 
 namespace nebra::test {
@@ -47,6 +48,15 @@ inline QAction& tool(const QObject& window, CommandId command)
     if (!action)
         qFatal("No tool %s", qPrintable(ToolDefinitions::toolId(command)));
     return *action;
+}
+
+// The container of the panes, which the resize rule places.
+inline QWidget& panes(const QObject& window)
+{
+    QWidget* found = window.findChild<QWidget*>(QStringLiteral("panes"));
+    if (!found)
+        qFatal("No panes");
+    return *found;
 }
 
 // The key of the tree's button for a command.
