@@ -14,14 +14,15 @@ using enum CommandAvailability;
 
 // The programs' launches: operation asked, audit text, program and its
 // setting, document argument.
-constexpr DocumentLaunch program(const char* operation, const char* auditText, DocumentLaunch::ProgramPath path,
-                                 const char* setting, const char* documentPrefix)
+constexpr DocumentLaunch program(const char* operation, const char* auditText,
+                                 DocumentLaunch::ProgramPath path, const char* setting,
+                                 const char* documentPrefix)
 {
     return {Starts::Program, operation, auditText, path, setting, documentPrefix, false};
 }
 
-constexpr DocumentLaunch ReadConfigurationEditor = program(
-    nullptr, "", &SuitePaths::ReadConfigurationEditorPath, "ReadConfigurationEditorPath", nullptr);
+constexpr DocumentLaunch ReadConfigurationEditor =
+    program(nullptr, "", &SuitePaths::ReadConfigurationEditorPath, "ReadConfigurationEditorPath", nullptr);
 constexpr DocumentLaunch LayoutEditor =
     program(nullptr, "", &SuitePaths::LayoutEditorPath, "LayoutEditorPath", nullptr);
 constexpr DocumentLaunch AssayApplication =
@@ -77,8 +78,8 @@ constexpr DocumentTypeDescription readConfigurations()
     row.typeCaption = "Data Acquisition";
     row.preview = PreviewKind::Page;
     row.helpTopic = 9005;
-    row.newCommand =
-        newItem(with(ReadConfigurationEditor, "CreateReadConfiguration", "Create new read configuration"), true);
+    row.newCommand = newItem(
+        with(ReadConfigurationEditor, "CreateReadConfiguration", "Create new read configuration"), true);
     row.openCommand =
         onOneFile(with(ReadConfigurationEditor, "OpenReadConfiguration", "Open read configuration: ", ""));
     return row;

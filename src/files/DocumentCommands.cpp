@@ -14,8 +14,7 @@ DocumentCommands::DocumentCommands(FolderTreeControl& tree, DocumentLauncher& la
 
 void DocumentCommands::PerformDocumentCommand(CommandId command)
 {
-    const DocumentCommandEntry* entry =
-        DocumentTypes::of(m_tree.currentNode().data()).command(command);
+    const DocumentCommandEntry* entry = DocumentTypes::of(m_tree.currentNode().data()).command(command);
     if (!entry || entry->launch.starts == DocumentLaunch::Starts::Nothing)
         return;
     if (entry->primaryFolderOnly && !EnsurePrimaryFolderSelected())

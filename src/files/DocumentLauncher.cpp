@@ -33,7 +33,8 @@ QString DocumentLauncher::selectedPath() const
 
 bool DocumentLauncher::CanLaunch(const DocumentLaunch& launch) const
 {
-    return launch.starts != DocumentLaunch::Starts::NewProtocolWizard || bool(m_context.startNewProtocolWizard);
+    return launch.starts != DocumentLaunch::Starts::NewProtocolWizard ||
+           bool(m_context.startNewProtocolWizard);
 }
 
 void DocumentLauncher::Launch(const DocumentLaunch& launch)

@@ -23,7 +23,8 @@ FileView::FileView(FolderTreeControl& tree, FileListControl& list, CommandSwitch
                    const SuiteSettings& settings, const SuitePaths& paths, bool instrumentDriversInUse,
                    SortByColumnTimer::Clock clock, QObject* parent)
     : QObject(parent), m_tree(tree), m_list(list), m_commands(commands), m_settings(settings), m_paths(paths),
-      m_instrumentDriversInUse(instrumentDriversInUse), m_sortTimer([this] { showSelectionAfterSort(); }, std::move(clock))
+      m_instrumentDriversInUse(instrumentDriversInUse),
+      m_sortTimer([this] { showSelectionAfterSort(); }, std::move(clock))
 {
 }
 
@@ -113,7 +114,8 @@ void FileView::ShowDocument(const QString& path)
         Messages::show(
             {tr("The document cannot be shown: it is no longer in a folder of the Organiser.\n\n%1")
                  .arg(QDir::toNativeSeparators(path)),
-             tr("Recent Documents"), MessageIcon::Information, MessageButton::Ok, MessageButton::Ok, &m_list});
+             tr("Recent Documents"), MessageIcon::Information, MessageButton::Ok, MessageButton::Ok,
+             &m_list});
         return;
     }
     for (const FileListItem& selected : m_list.selectedItems())

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "FileListItem.h"
 #include "DocumentTypes.h"
+#include "FileListItem.h"
 #include "FolderNode.h"
 #include "SortByColumnTimer.h"
 

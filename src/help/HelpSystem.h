@@ -39,7 +39,10 @@ public:
     void setViewerFactory(ViewerFactory factory) { m_factory = std::move(factory); }
 
     // Context help reads the selected tree node's Data (its document type) through this.
-    void setSelectedDocumentType(std::function<int()> selectedData) { m_selectedData = std::move(selectedData); }
+    void setSelectedDocumentType(std::function<int()> selectedData)
+    {
+        m_selectedData = std::move(selectedData);
+    }
 
     // True while the help window this object opened is on the screen.
     bool IsDisplayingHelp() const;

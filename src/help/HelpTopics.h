@@ -9,9 +9,9 @@ namespace nebra {
 
 // The help topics the program opens by number, and the page of the user guide
 // that answers each. The topics of the folders are those of the document type
-// table; the build checks that each has its page here. The numbers are those the suite's programs and dialogs use
-// for context help; the guide's index gives each page the same number as its id,
-// and the build checks both against the compiled collection.
+// table; the build checks that each has its page here. The numbers are those the suite's programs and dialogs
+// use for context help; the guide's index gives each page the same number as its id, and the build checks
+// both against the compiled collection.
 class HelpTopics
 {
 public:

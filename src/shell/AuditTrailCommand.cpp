@@ -88,8 +88,8 @@ void AuditTrailCommand::ShowAuditTrail()
     SecuritySession& session = m_parts.session;
     Authorisation& authorisation = m_parts.authorisation;
     if (!session.SecurityEnabled() ||
-        !authorisation.CanPerformSecurityOperation(ReviewArea,
-                                                   QLatin1String(NebraSecurityManager::ReviewOperation), true))
+        !authorisation.CanPerformSecurityOperation(
+            ReviewArea, QLatin1String(NebraSecurityManager::ReviewOperation), true))
         return;
     if (m_viewer) {
         m_viewer->showNormal();

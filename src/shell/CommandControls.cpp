@@ -6,7 +6,10 @@
 
 namespace nebra {
 
-CommandControls::CommandControls(ToolBarsControl& tools, FolderTreeControl& tree) : m_tools(tools), m_tree(tree) {}
+CommandControls::CommandControls(ToolBarsControl& tools, FolderTreeControl& tree)
+    : m_tools(tools), m_tree(tree)
+{
+}
 
 void CommandControls::setCommandEnabled(CommandId command, bool enabled)
 {

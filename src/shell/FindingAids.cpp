@@ -19,9 +19,9 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QMenu>
+#include <QTimer>
 #include <QWebEnginePage>
 #include <QWebEngineScript>
-#include <QTimer>
 #include <QWebEngineView>
 
 namespace nebra {
@@ -106,8 +106,9 @@ void FindingAids::openRecent(int index)
     // Not from inside the browser's navigation callback: showing the
     // document navigates the same browser to its preview.
     if (m_recent && index < m_welcomeRecent.size())
-        QTimer::singleShot(0, &m_parts.fileView,
-                           [&view = m_parts.fileView, path = m_welcomeRecent[index]] { view.ShowDocument(path); });
+        QTimer::singleShot(0, &m_parts.fileView, [&view = m_parts.fileView, path = m_welcomeRecent[index]] {
+            view.ShowDocument(path);
+        });
 }
 
 void FindingAids::showRecentOnWelcomePage()
@@ -128,7 +129,8 @@ void FindingAids::showSelectionInFileManager()
         return;
     Messages::show(
         {tr("No file manager could be started to show:\n\n%1").arg(QDir::toNativeSeparators(paths.first())),
-         tr("Show in File Manager"), MessageIcon::Warning, MessageButton::Ok, MessageButton::Ok, &m_parts.owner});
+         tr("Show in File Manager"), MessageIcon::Warning, MessageButton::Ok, MessageButton::Ok,
+         &m_parts.owner});
 }
 
 } // namespace nebra

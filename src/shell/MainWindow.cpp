@@ -52,7 +52,8 @@ template <typename Action> std::function<bool()> done(Action action)
 } // namespace
 
 MainWindow::MainWindow(Options options)
-    : m_options(std::move(options)), m_singleInstance(std::make_unique<SingleInstance>(m_options.instanceName))
+    : m_options(std::move(options)),
+      m_singleInstance(std::make_unique<SingleInstance>(m_options.instanceName))
 {
     setObjectName(QStringLiteral("frmNMain"));
     setAccessibleName(QStringLiteral("Organiser"));
@@ -129,8 +130,8 @@ void MainWindow::createPreviewArea(QSplitter* splitter)
 
 MainWindowControls MainWindow::controls() const
 {
-    return {*m_toolBars, *m_statusBar, *m_shortcutsBar, *m_folderTree, *m_fileList,
-            *m_previewArea, *m_plateViewer, *m_browser, *m_panes};
+    return {*m_toolBars,    *m_statusBar,   *m_shortcutsBar, *m_folderTree, *m_fileList,
+            *m_previewArea, *m_plateViewer, *m_browser,      *m_panes};
 }
 
 QString MainWindow::fileSystemMissingText()
@@ -218,8 +219,9 @@ void MainWindow::createSettingsAndPaths()
 {
     m_suite.store = std::make_unique<SettingsStore>();
     m_suite.settings = std::make_unique<SuiteSettings>(*m_suite.store);
-    setWindowTitle(m_suite.settings->PlusCaption() ? QStringLiteral("Tallyo Plus")
-                                                   : m_suite.resources->LoadResString(Resources::ProductTitle));
+    setWindowTitle(m_suite.settings->PlusCaption()
+                       ? QStringLiteral("Tallyo Plus")
+                       : m_suite.resources->LoadResString(Resources::ProductTitle));
     m_suite.paths = std::make_unique<SuitePaths>(*m_suite.store);
     m_suite.paths->Initialise();
     m_suite.drivers = std::make_unique<InstalledDrivers>(*m_suite.paths);

@@ -24,7 +24,8 @@ std::unique_ptr<OptionsDialog> OptionsCommand::createDialog()
 {
     OptionsDialogHooks hooks;
     hooks.freshDrivers = [&drivers = m_parts.drivers] { return drivers.fresh(); };
-    hooks.isAllowed = [&authorisation = m_parts.authorisation](const QString& area, const QString& operation) {
+    hooks.isAllowed = [&authorisation = m_parts.authorisation](const QString& area,
+                                                               const QString& operation) {
         return authorisation.CanPerformSecurityOperation(area, operation, false);
     };
     hooks.displayHelpContext = [&help = m_parts.help](int topic) { help.DisplayHelpContext(topic); };

@@ -3,8 +3,8 @@
 #include "BrowserControl.h"
 #include "CommandDispatcher.h"
 #include "FileListControl.h"
-#include "FileView.h"
 #include "FileSystemObject.h"
+#include "FileView.h"
 #include "FolderTreeControl.h"
 #include "HelpTopics.h"
 #include "HelpWindow.h"
@@ -19,10 +19,10 @@
 #include "ShellNotifications.h"
 #include "ShortcutsBar.h"
 #include "StatusBarControl.h"
-#include "ToolBarsControl.h"
 #include "SuiteComponents.h"
 #include "SuitePaths.h"
 #include "SuiteSettings.h"
+#include "ToolBarsControl.h"
 #include "UserActivity.h"
 
 #include <QDir>
@@ -61,7 +61,8 @@ Organiser::Organiser(MainWindow& window, const MainWindowControls& controls, Sui
       m_authorisation(*m_session, &window), m_help(HelpWindow::factory(suite.settings.get())),
       m_notifications(new ShellNotifications(this)),
       m_dataFolders(*suite.paths, *suite.settings, driversOf(*suite.drivers), options.fileSystemFactory),
-      m_tree(controls.tree, controls.list, controls.shortcuts, treeSources()), m_navigation(controls.tree, m_tree),
+      m_tree(controls.tree, controls.list, controls.shortcuts, treeSources()),
+      m_navigation(controls.tree, m_tree),
       m_fileView(new FileView(controls.tree, controls.list, m_switches, *suite.settings, *suite.paths,
                               suite.instrumentDriversInUse, &SortByColumnTimer::secondsSinceMidnight, this)),
       m_findingAids(new FindingAids({*suite.settings, controls.tools, controls.tree, controls.list,
@@ -69,19 +70,18 @@ Organiser::Organiser(MainWindow& window, const MainWindowControls& controls, Sui
                                     this)),
       m_launcher(*suite.paths, launchContext()), m_wizards(*suite.paths, *suite.settings, wizardHooks()),
       m_documentCommands(controls.tree, m_launcher),
-      m_preview(new PreviewPane(controls.browser, controls.plateViewer, *suite.paths, previewHooks(controls.tree),
-                                this)),
+      m_preview(new PreviewPane(controls.browser, controls.plateViewer, *suite.paths,
+                                previewHooks(controls.tree), this)),
       m_welcome(welcomeActions()),
-      m_auditTrail(new AuditTrailCommand({*m_commands, m_switches, controls.tools, *m_session, m_authorisation,
-                                          window},
-                                         this)),
+      m_auditTrail(new AuditTrailCommand(
+          {*m_commands, m_switches, controls.tools, *m_session, m_authorisation, window}, this)),
       m_optionsCommand({*suite.settings, *suite.paths, m_dataFolders, *suite.drivers, m_authorisation, m_help,
                         controls.tree, m_tree, *m_fileView, *m_preview, m_panes, window})
 {
     m_help.setHelpFilePath(HelpSystem::defaultHelpFile());
     m_help.setSelectedDocumentType([&tree = controls.tree] { return tree.currentNode().data(); });
-    m_fileView->setCanCreateProtocol(m_launcher.CanLaunch(
-        DocumentTypes::of(DocumentType::Protocols).newCommand.launch));
+    m_fileView->setCanCreateProtocol(
+        m_launcher.CanLaunch(DocumentTypes::of(DocumentType::Protocols).newCommand.launch));
     setCommands();
     connectControls();
     connectShellNotifications();
@@ -96,7 +96,9 @@ OrganiserTreeSources Organiser::treeSources()
             *m_suite.paths,
             *m_suite.drivers,
             m_suite.instrumentDriversInUse,
-            [&settings = *m_suite.settings, &paths = *m_suite.paths] { return WelcomePage::PageFile(settings, paths); }};
+            [&settings = *m_suite.settings, &paths = *m_suite.paths] {
+                return WelcomePage::PageFile(settings, paths);
+            }};
 }
 
 // Open and Run act on the file list's (first) selected document; the
@@ -116,7 +118,9 @@ LaunchContext Organiser::launchContext()
         const QList<FileListItem> selected = list.selectedItems();
         return selected.isEmpty() ? QString() : selected.first().path();
     };
-    launching.startNewProtocolWizard = [&wizards = m_wizards, &window = m_window] { wizards.ShowPicker(&window); };
+    launching.startNewProtocolWizard = [&wizards = m_wizards, &window = m_window] {
+        wizards.ShowPicker(&window);
+    };
     launching.documentUsed = [&aids = *m_findingAids](const QString& path) { aids.documentUsed(path); };
     launching.owner = &m_window;
     return launching;
@@ -131,7 +135,9 @@ WizardHooks Organiser::wizardHooks()
     hooks.securityManager = [&paths = *m_suite.paths] { return paths.SecurityManager(); };
     hooks.recreateResultsNode = [&tree = m_tree] { tree.RecreateResultsNode(); };
     hooks.handleChangedHLD = [&tree = m_tree] { tree.HandleChangedHLD(); };
-    hooks.openNewProtocol = [&launcher = m_launcher](const QStringList& files) { launcher.OpenNewProtocol(files); };
+    hooks.openNewProtocol = [&launcher = m_launcher](const QStringList& files) {
+        launcher.OpenNewProtocol(files);
+    };
     return hooks;
 }
 
@@ -141,8 +147,12 @@ WelcomeActions Organiser::welcomeActions()
     OrganiserTree& tree = m_tree;
     WelcomeActions welcome;
     welcome.readyState = [&browser = m_controls.browser] { return browser.ReadyState(); };
-    welcome.selectProtocolsNode = [&control, &tree] { control.setCurrentNode(tree.node(DocumentType::Protocols)); };
-    welcome.selectResultsNode = [&control, &tree] { control.setCurrentNode(tree.node(DocumentType::Results)); };
+    welcome.selectProtocolsNode = [&control, &tree] {
+        control.setCurrentNode(tree.node(DocumentType::Protocols));
+    };
+    welcome.selectResultsNode = [&control, &tree] {
+        control.setCurrentNode(tree.node(DocumentType::Results));
+    };
     welcome.createProtocol = [&launcher = m_launcher] { launcher.CreateProtocol(); };
     welcome.createLayoutTemplate = [&launcher = m_launcher] { launcher.CreateLayout(); };
     welcome.exit = [&window = m_window] { window.close(); };
@@ -156,9 +166,11 @@ void Organiser::setCommands()
 {
     CommandDispatcher& commands = *m_commands;
     connect(&m_controls.tools, &ToolBarsControl::toolClick, &commands, &CommandDispatcher::ToolClick);
-    connect(&m_controls.tree, &FolderTreeControl::buttonClicked, &commands, &CommandDispatcher::TreeButtonClick);
+    connect(&m_controls.tree, &FolderTreeControl::buttonClicked, &commands,
+            &CommandDispatcher::TreeButtonClick);
     for (const CommandId id : {CommandId::New, CommandId::Open, CommandId::Run})
-        commands.setCommand(id, [&documents = m_documentCommands, id] { documents.PerformDocumentCommand(id); });
+        commands.setCommand(id,
+                            [&documents = m_documentCommands, id] { documents.PerformDocumentCommand(id); });
     commands.setCommand(CommandId::Options, [&options = m_optionsCommand] { options.ShowOptions(); });
     commands.setCommand(CommandId::ChangePassword, [&session = *m_session] { session.ChangePassword(); });
     commands.setCommand(CommandId::LogOut, [&session = *m_session] { session.LogOut(); });
@@ -196,13 +208,16 @@ void Organiser::connectControls()
     connect(m_fileView, &FileView::folderVanished, this,
             [&organiser = m_tree](const QString& path) { organiser.RemoveExplorerBranch(path); });
     // A shortcuts-bar item's key is the document type of the node it leads to.
-    connect(&m_controls.shortcuts, &ShortcutsBar::itemClicked, this, [&tree, &organiser = m_tree](const QString& key) {
-        tree.setCurrentNode(organiser.node(documentTypeFromData(key.toInt())));
-    });
+    connect(&m_controls.shortcuts, &ShortcutsBar::itemClicked, this,
+            [&tree, &organiser = m_tree](const QString& key) {
+                tree.setCurrentNode(organiser.node(documentTypeFromData(key.toInt())));
+            });
     BrowserControl& browser = m_controls.browser;
     connect(
         &browser, &BrowserControl::BeforeNavigate2, this,
-        [&welcome = m_welcome](const QUrl& url, bool& cancel) { welcome.WebBrowser1_BeforeNavigate2(url, cancel); },
+        [&welcome = m_welcome](const QUrl& url, bool& cancel) {
+            welcome.WebBrowser1_BeforeNavigate2(url, cancel);
+        },
         Qt::DirectConnection);
     connect(&browser, &BrowserControl::CommandStateChange, this,
             [&welcome = m_welcome] { welcome.WebBrowser1_CommandStateChange(); });
@@ -216,7 +231,9 @@ void Organiser::connectShellNotifications()
     OrganiserTree& tree = m_tree;
     targets.IsThisFolderANebraFolder = [&tree](const QString& p) { return tree.IsThisFolderANebraFolder(p); };
     targets.IsThisCurrentFolder = [&tree](const QString& p) { return tree.IsThisCurrentFolder(p); };
-    targets.IsThisFileInCurrentFolder = [&tree](const QString& p) { return tree.IsThisFileInCurrentFolder(p); };
+    targets.IsThisFileInCurrentFolder = [&tree](const QString& p) {
+        return tree.IsThisFileInCurrentFolder(p);
+    };
     targets.AddExplorerBranch = [&tree](const QString& p) { return tree.AddExplorerBranch(p); };
     targets.RemoveExplorerBranch = [&tree](const QString& p) { return tree.RemoveExplorerBranch(p); };
     targets.RenameExplorerBranch = [&tree](const QString& from, const QString& to) {

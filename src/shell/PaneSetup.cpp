@@ -33,7 +33,8 @@ void addDocumentButtons(FolderTreeControl& tree)
 
 QString captionOf(const Resources& resources, const DocumentTypeDescription& type)
 {
-    return type.captionResource ? resources.LoadResString(type.captionResource) : QLatin1String(type.captionText);
+    return type.captionResource ? resources.LoadResString(type.captionResource)
+                                : QLatin1String(type.captionText);
 }
 } // namespace
 
@@ -105,9 +106,9 @@ void PaneSetup::SetShortcutBarIcons() const
     ShortcutsBar& bar = m_controls.shortcuts;
     for (int group = 0; group < bar.groupCount(); ++group)
         for (int item = 0; item < bar.itemCaptions(group).size(); ++item)
-            bar.setItemIcon(group, item,
-                            StyleIcons::named(QLatin1String(
-                                DocumentTypes::of(bar.itemKey(group, item).toInt()).icon)));
+            bar.setItemIcon(
+                group, item,
+                StyleIcons::named(QLatin1String(DocumentTypes::of(bar.itemKey(group, item).toInt()).icon)));
 }
 
 void PaneSetup::showPanes() const

@@ -101,7 +101,8 @@ QList<ToolDefinition> tools()
 QList<QPair<ToolDefinition, QStringList>> menus()
 {
     return {
-        {definition(command(FileMenu)), ids({New, Open, Run, Sep, Options, ChangePassword, Sep, LogOut, Exit})},
+        {definition(command(FileMenu)),
+         ids({New, Open, Run, Sep, Options, ChangePassword, Sep, LogOut, Exit})},
         {definition(command(ToolsMenu)), ids({AuditTrail})},
         {definition(command(HelpMenu)),
          ids({HelpContext, ContentsIndex, GettingStarted, Sep, Quorvix, Sep, About})},

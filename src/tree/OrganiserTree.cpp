@@ -13,7 +13,6 @@
 #include "SuiteSettings.h"
 #include "TreePathRules.h"
 
-
 namespace nebra {
 
 namespace {
@@ -90,8 +89,8 @@ void OrganiserTree::addBranchNodes()
         const QString driver = selectedDriverName();
         if (!driver.isEmpty())
             slot(DocumentType::ReadConfigurations) =
-                addBranchNode(instrumentCaption(driver), folder(DocumentType::ReadConfigurations) +
-                                                             QLatin1Char('/') + driver,
+                addBranchNode(instrumentCaption(driver),
+                              folder(DocumentType::ReadConfigurations) + QLatin1Char('/') + driver,
                               DocumentType::ReadConfigurations);
     }
     LogTrace();

@@ -91,7 +91,8 @@ private:
     void addBranchNodes();
     void fillBranches();
     void addBranch(DocumentType type);
-    FolderNode addBranchNode(const QString& caption, const QString& path, DocumentType type, int position = -1);
+    FolderNode addBranchNode(const QString& caption, const QString& path, DocumentType type,
+                             int position = -1);
     QString caption(DocumentType type) const;
     QString folder(DocumentType type) const;
     FolderNode& slot(DocumentType type) { return m_nodes[std::size_t(toData(type))]; }
@@ -105,7 +106,7 @@ private:
     FolderBranches m_branches;
 
     std::array<FolderNode, 6> m_nodes; // the root and the top-level node of each type, by type
-    int m_instrumentShortcut = -1; // index in the shortcuts bar's second group
+    int m_instrumentShortcut = -1;     // index in the shortcuts bar's second group
 };
 
 } // namespace nebra

@@ -106,7 +106,8 @@ private Q_SLOTS:
         QCOMPARE(o.view.CurrentDocumentTypeName(), QStringLiteral("Assay Protocol"));
         QCOMPARE(o.list->folder(), o.paths.ProtocolsFolder());
         QCOMPARE(o.commands(), QStringLiteral("000/000"));
-        o.tree->setCurrentNode(o.organiser.node(DocumentType::Reports)); // every file, with or without extension
+        o.tree->setCurrentNode(
+            o.organiser.node(DocumentType::Reports)); // every file, with or without extension
         QCOMPARE(o.list->filter(), QStringLiteral("*.*"));
         QCOMPARE(o.list->itemCount(), 2);
         o.tree->setCurrentNode(o.organiser.node(DocumentType::Results));

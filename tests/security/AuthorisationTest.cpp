@@ -41,8 +41,8 @@ class AuthorisationTest : public QObject
         m_store->setValue(QStringLiteral("Settings/SecurityConfigured"),
                           state != SecuritySession::State::NotConfigured);
         m_settings = std::make_unique<SuiteSettings>(*m_store);
-        m_switches =
-            std::make_unique<CommandControls>(part<ToolBarsControl>(*m_window), part<FolderTreeControl>(*m_window));
+        m_switches = std::make_unique<CommandControls>(part<ToolBarsControl>(*m_window),
+                                                       part<FolderTreeControl>(*m_window));
         auto factory = [](QString* error) {
             return NebraSecurityManager::create(SettingsStore(), {}, error);
         };

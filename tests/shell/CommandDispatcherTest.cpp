@@ -40,7 +40,8 @@ struct Dispatching
                 tree->addButton(row.treeButton, QLatin1String(row.caption));
         QObject::connect(&activity, &UserActivity::activity, &window,
                          [this] { calls << QStringLiteral("activity"); });
-        QObject::connect(tree, &FolderTreeControl::buttonClicked, &dispatcher, &CommandDispatcher::TreeButtonClick);
+        QObject::connect(tree, &FolderTreeControl::buttonClicked, &dispatcher,
+                         &CommandDispatcher::TreeButtonClick);
     }
 
     void recordEveryCommand()
@@ -105,7 +106,8 @@ private Q_SLOTS:
     {
         Dispatching d;
         for (const CommandId id : CommandDispatcher::commandIds())
-            QVERIFY2(!d.tools->isToolEnabled(ToolDefinitions::toolId(id)), qPrintable(ToolDefinitions::toolId(id)));
+            QVERIFY2(!d.tools->isToolEnabled(ToolDefinitions::toolId(id)),
+                     qPrintable(ToolDefinitions::toolId(id)));
         QVERIFY(d.tools->isToolEnabled(ToolDefinitions::toolId(CommandId::HelpHelp))); // not a command
         d.dispatcher.setCommand(CommandId::Options, [] {});
         QVERIFY(d.tools->isToolEnabled(ToolDefinitions::toolId(CommandId::Options)));

@@ -58,7 +58,10 @@ class MainWindowAuditTrailTest : public QObject
         QCOMPARE(m_window->Load(), MainWindow::LoadOutcome::Loaded);
     }
 
-    QAction* command() const { return part<ToolBarsControl>(*m_window).action(QStringLiteral("ID_AuditTrail")); }
+    QAction* command() const
+    {
+        return part<ToolBarsControl>(*m_window).action(QStringLiteral("ID_AuditTrail"));
+    }
 
     // Opens the viewer with the right granted and waits for its first rows and chain check.
     AuditTrailWindow* openViewer()
@@ -123,7 +126,8 @@ private Q_SLOTS:
         load(security, {QStringLiteral("Security/ViewAuditTrail")});
         QCOMPARE(command()->isVisible(), security);
         QCOMPARE(command()->isEnabled(), security);
-        QCOMPARE(part<ToolBarsControl>(*m_window).menu(QStringLiteral("ID_Tools"))->menuAction()->isVisible(), security);
+        QCOMPARE(part<ToolBarsControl>(*m_window).menu(QStringLiteral("ID_Tools"))->menuAction()->isVisible(),
+                 security);
         if (!security) {
             part<CommandDispatcher>(*m_window).ToolClick(QStringLiteral("ID_AuditTrail"));
             QVERIFY(!m_window->findChild<AuditTrailWindow*>());

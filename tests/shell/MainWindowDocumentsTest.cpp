@@ -103,7 +103,8 @@ private:
             QStringLiteral("(function () { var r = document.getElementById('%1').getBoundingClientRect();"
                            " return [r.left + r.width / 2, r.top + r.height / 2]; })()")
                 .arg(id),
-            QWebEngineScript::ApplicationWorld, [centre](const QVariant& result) { *centre = result.toList(); });
+            QWebEngineScript::ApplicationWorld,
+            [centre](const QVariant& result) { *centre = result.toList(); });
         if (!QTest::qWaitFor([&] { return centre->size() == 2; }, BrowserControl::DefaultWaitLimitMs))
             return {-1, -1};
         return QPointF(centre->at(0).toDouble(), centre->at(1).toDouble()).toPoint();
@@ -154,10 +155,12 @@ private Q_SLOTS:
 
         // The newest protocol is selected and its up-to-date preview shown.
         tree.setCurrentNode(branch(window, DocumentType::Protocols));
-        QCOMPARE(part<FileListControl>(window).firstSelectedItem().path(), doc("Protocols/ELISA IgG Quantitation.apr"));
+        QCOMPARE(part<FileListControl>(window).firstSelectedItem().path(),
+                 doc("Protocols/ELISA IgG Quantitation.apr"));
         const QString preview = doc("Protocols/ELISA IgG Quantitation.mht");
         QCOMPARE(pane.CurrentPage(), preview);
-        QTRY_COMPARE_WITH_TIMEOUT(part<BrowserControl>(window).LocationURL(), QUrl::fromLocalFile(preview), 10000);
+        QTRY_COMPARE_WITH_TIMEOUT(part<BrowserControl>(window).LocationURL(), QUrl::fromLocalFile(preview),
+                                  10000);
         // A preview a minute older than its protocol, and none at all: the not-available page.
         pick(doc("Protocols/BCA Protein Assay.apr"));
         QCOMPARE(pane.CurrentPage(), pane.PreviewNotAvailablePage());
@@ -168,7 +171,8 @@ private Q_SLOTS:
         tree.setCurrentNode(branch(window, DocumentType::Protocols).child(0));
         const QString odd = doc("Protocols/Ünï Lab/Assay \"Gold\" #1.mht");
         QCOMPARE(pane.CurrentPage(), odd);
-        QTRY_COMPARE_WITH_TIMEOUT(part<BrowserControl>(window).LocationURL(), QUrl::fromLocalFile(odd), 10000);
+        QTRY_COMPARE_WITH_TIMEOUT(part<BrowserControl>(window).LocationURL(), QUrl::fromLocalFile(odd),
+                                  10000);
 
         // A layout is drawn by the viewer; the browser keeps its page.
         tree.setCurrentNode(branch(window, DocumentType::Layouts));
@@ -178,14 +182,16 @@ private Q_SLOTS:
         QCOMPARE(pane.CurrentPage(), odd);
         // A report leaves the pane as it was.
         tree.setCurrentNode(branch(window, DocumentType::Reports));
-        QCOMPARE(part<FileListControl>(window).firstSelectedItem().path(), doc("Reports/ELISA IgG Summary Report.mht"));
+        QCOMPARE(part<FileListControl>(window).firstSelectedItem().path(),
+                 doc("Reports/ELISA IgG Summary Report.mht"));
         QVERIFY(viewer.isVisible());
         QCOMPARE(pane.CurrentPage(), odd);
         // The root shows the welcome page again.
         tree.setCurrentNode(branch(window, DocumentType::None));
         QCOMPARE(pane.CurrentPage(), welcome);
         QVERIFY(!viewer.isVisible());
-        QTRY_COMPARE_WITH_TIMEOUT(part<BrowserControl>(window).LocationURL(), QUrl::fromLocalFile(welcome), 10000);
+        QTRY_COMPARE_WITH_TIMEOUT(part<BrowserControl>(window).LocationURL(), QUrl::fromLocalFile(welcome),
+                                  10000);
     }
 
     void theSettingsChooseWhatIsPreviewed_data()

@@ -1,10 +1,10 @@
 #include "BrowserControl.h"
 #include "FileListControl.h"
 #include "FileListFilterBox.h"
+#include "FileView.h"
 #include "FolderTreeControl.h"
 #include "LoadedOrganiser.h"
 #include "MainWindow.h"
-#include "FileView.h"
 #include "RecordingPrograms.h"
 #include "TestFiles.h"
 #include "ToolBarsControl.h"
@@ -37,7 +37,8 @@ private:
 
     QMenu* recentMenu() const
     {
-        for (QAction* action : part<ToolBarsControl>(*m_site->window).menu(QStringLiteral("ID_File"))->actions())
+        for (QAction* action :
+             part<ToolBarsControl>(*m_site->window).menu(QStringLiteral("ID_File"))->actions())
             if (action->menu() && action->menu()->accessibleName() == QLatin1String("Recent documents"))
                 return action->menu();
         return nullptr;
@@ -55,9 +56,12 @@ private:
     int welcomeRecentLinks()
     {
         int links = -1;
-        part<BrowserControl>(*m_site->window).view()->page()->runJavaScript(
-            QStringLiteral("document.querySelectorAll('#organiser-recent a').length"),
-            QWebEngineScript::ApplicationWorld, [&](const QVariant& result) { links = result.toInt(); });
+        part<BrowserControl>(*m_site->window)
+            .view()
+            ->page()
+            ->runJavaScript(QStringLiteral("document.querySelectorAll('#organiser-recent a').length"),
+                            QWebEngineScript::ApplicationWorld,
+                            [&](const QVariant& result) { links = result.toInt(); });
         if (!QTest::qWaitFor([&] { return links >= 0; }, 10000))
             qWarning("The page did not answer");
         return links;
@@ -97,7 +101,9 @@ private Q_SLOTS:
         MainWindow& window = load();
         QCOMPARE(part<FileListControl>(window).filterBox()->isVisible(), on);
         QCOMPARE(recentMenu() != nullptr, on);
-        QCOMPARE(part<FileListControl>(window).findChild<QAction*>(QStringLiteral("ShowInFileManager")) != nullptr, on);
+        QCOMPARE(part<FileListControl>(window).findChild<QAction*>(QStringLiteral("ShowInFileManager")) !=
+                     nullptr,
+                 on);
     }
 
     // Opening documents fills File > Recent, newest first; choosing one
@@ -126,7 +132,8 @@ private Q_SLOTS:
         part<FolderTreeControl>(window).setCurrentNode(branch(window, DocumentType::None));
         QTRY_COMPARE_WITH_TIMEOUT(welcomeRecentLinks(), 2, 10000);
         bool cancel = false;
-        Q_EMIT part<BrowserControl>(window).BeforeNavigate2(QUrl(QStringLiteral("organiser:%5CRecent%201")), cancel);
+        Q_EMIT part<BrowserControl>(window).BeforeNavigate2(QUrl(QStringLiteral("organiser:%5CRecent%201")),
+                                                            cancel);
         QVERIFY(cancel);
         QTRY_COMPARE_WITH_TIMEOUT(part<FileListControl>(window).firstSelectedItem().path(), elisa, 5000);
 

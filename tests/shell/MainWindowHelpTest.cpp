@@ -38,7 +38,7 @@ class MainWindowHelpTest : public QObject
 private Q_SLOTS:
     void helpCommandsOpenTheirPages_data()
     {
-        QTest::addColumn<QString>("command");   // a tool, or "608" for the tree's Help button
+        QTest::addColumn<QString>("command");     // a tool, or "608" for the tree's Help button
         QTest::addColumn<DocumentType>("folder"); // the kind of folder selected first
         QTest::addColumn<QString>("page");
         QTest::newRow("F1 on Reports") << "ID_HelpContext" << DocumentType::Reports << "reports.html";

@@ -6,7 +6,6 @@
 #include "MainWindow.h"
 #include "OptionsCommand.h"
 #include "OptionsDialog.h"
-#include "FolderTreeModel.h"
 #include "PanesGeometry.h"
 #include "ShortcutsBar.h"
 #include "ToolBarsControl.h"
@@ -80,7 +79,8 @@ private Q_SLOTS:
         {
             MainWindow& window = site.load();
             QVERIFY(part<ToolBarsControl>(window).isToolEnabled(QStringLiteral("ID_Options")));
-            part<FolderTreeControl>(window).setCurrentNode(nodeOf(window, site.data + "/My Assays/Protocols/Batch 1"));
+            part<FolderTreeControl>(window).setCurrentNode(
+                nodeOf(window, site.data + "/My Assays/Protocols/Batch 1"));
             const int listWidth = part<FileListControl>(window).width();
             const int listHeight = part<FileListControl>(window).height();
 
@@ -107,7 +107,9 @@ private Q_SLOTS:
             QTRY_VERIFY_WITH_TIMEOUT(part<FileListControl>(window).width() > listWidth, 2000);
             QTRY_VERIFY_WITH_TIMEOUT(part<FileListControl>(window).height() > listHeight, 2000);
             // The tree was built anew and shows the same place under the new parent.
-            const auto instrumentNode = [&window] { return branch(window, DocumentType::ReadConfigurations); };
+            const auto instrumentNode = [&window] {
+                return branch(window, DocumentType::ReadConfigurations);
+            };
             QCOMPARE(part<FolderTreeControl>(window).currentNode().folderPath(),
                      site.other + QStringLiteral("/My Assays/Protocols/Batch 1"));
             QCOMPARE(instrumentNode().folderPath(),

@@ -39,7 +39,8 @@ protected:
             painted = true;
             engineStartedBefore = part<BrowserControl>(m_window).engineStarted();
             panesVisible = part<FolderTreeControl>(m_window).isVisible() &&
-                           part<FileListControl>(m_window).isVisible() && part<ShortcutsBar>(m_window).isVisible();
+                           part<FileListControl>(m_window).isVisible() &&
+                           part<ShortcutsBar>(m_window).isVisible();
         }
         return QObject::eventFilter(watched, event);
     }

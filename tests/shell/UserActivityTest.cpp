@@ -50,13 +50,15 @@ private Q_SLOTS:
         const QString next = dir.filePath(QStringLiteral("next.htm"));
         test::writeFile(next, "<html><body>next</body></html>");
         const QString first = dir.filePath(QStringLiteral("first.htm"));
-        test::writeFile(first, "<html><head><meta http-equiv=\"refresh\" content=\"0; url=next.htm\"></head></html>");
+        test::writeFile(
+            first, "<html><head><meta http-equiv=\"refresh\" content=\"0; url=next.htm\"></head></html>");
         BrowserControl browser;
         UserActivity activity;
         QSignalSpy noted(&activity, &UserActivity::activity);
         QSignalSpy announced(&browser, &BrowserControl::BeforeNavigate2);
         browser.Navigate(QUrl::fromLocalFile(first));
-        QTRY_COMPARE_WITH_TIMEOUT(browser.LocationURL(), QUrl::fromLocalFile(next), BrowserControl::DefaultWaitLimitMs);
+        QTRY_COMPARE_WITH_TIMEOUT(browser.LocationURL(), QUrl::fromLocalFile(next),
+                                  BrowserControl::DefaultWaitLimitMs);
         QCOMPARE(announced.count(), 1);
         QCOMPARE(noted.count(), 0);
     }

@@ -7,8 +7,8 @@
 #include "ToolDefinitions.h"
 
 #include <QAction>
-#include <QWidget>
 #include <QObject>
+#include <QWidget>
 
 namespace nebra::test {
 

@@ -93,8 +93,9 @@ private Q_SLOTS:
         QCOMPARE(o.organiser.rootNode().childCount(), driversInUse ? 5 : 4);
         QCOMPARE(o.settings.CurrentHLD(), indexAfter);
         if (driversInUse)
-            QVERIFY(o.organiser.node(DocumentType::ReadConfigurations).folderPath().endsWith(indexAfter == 2 ? "/Reader Two"
-                                                                                       : "/Reader One"));
+            QVERIFY(o.organiser.node(DocumentType::ReadConfigurations)
+                        .folderPath()
+                        .endsWith(indexAfter == 2 ? "/Reader Two" : "/Reader One"));
     }
 
     void recreatingResultsFollowsTheDiskAndKeepsTheSelection()
@@ -112,7 +113,8 @@ private Q_SLOTS:
             QVERIFY(QDir(o.data(QLatin1String(run))).removeRecursively());
         makeFolder(o.data("Results/Run 2"));
         o.organiser.RecreateResultsNode();
-        QCOMPARE(childRows(o.organiser.node(DocumentType::Results)), QStringList{"Run 2 [4] " + o.data("Results/Run 2")});
+        QCOMPARE(childRows(o.organiser.node(DocumentType::Results)),
+                 QStringList{"Run 2 [4] " + o.data("Results/Run 2")});
         QCOMPARE(o.tree->currentNode(), o.organiser.node(DocumentType::Protocols));
         QCOMPARE(selected.count(), 0);
     }
@@ -152,7 +154,8 @@ private Q_SLOTS:
         o.build();
         QAbstractItemModelTester tester(&o.tree->nodes(),
                                         QAbstractItemModelTester::FailureReportingMode::QtTest);
-        o.tree->setCurrentNode(o.organiser.node(nodeBefore ? DocumentType::ReadConfigurations : DocumentType::None));
+        o.tree->setCurrentNode(
+            o.organiser.node(nodeBefore ? DocumentType::ReadConfigurations : DocumentType::None));
         writeFile(catalogue, drivers);
         makeFolder(o.paths.ReadConfigurationsFolder() + QStringLiteral("/Reader Two/Plates"));
         o.settings.SetCurrentHLD(2);

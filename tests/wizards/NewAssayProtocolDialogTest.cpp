@@ -257,8 +257,8 @@ private Q_SLOTS:
         openDialog({broken ? "Generic=NebraTest.WrongInterface" : "Generic"});
         NewAssayProtocolDialogTest::script(script);
         if (broken) // the loader's reason, for support
-            QTest::ignoreMessage(QtWarningMsg,
-                                 QRegularExpression(QStringLiteral("^Log note: .*does not implement the wizard interface")));
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral(
+                                                   "^Log note: .*does not implement the wizard interface")));
         press("OKButton");
 
         QCOMPARE(m_events, events);

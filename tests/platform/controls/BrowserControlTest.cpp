@@ -73,8 +73,10 @@ private Q_SLOTS:
         QVERIFY(browser.WaitUntilComplete());
         QWebEngineView& view = *browser.view();
         QCOMPARE(view.title(), QStringLiteral("quiet"));
-        view.page()->runJavaScript(QStringLiteral("document.title = 'the program'"), QWebEngineScript::ApplicationWorld);
-        QTRY_COMPARE_WITH_TIMEOUT(view.title(), QStringLiteral("the program"), BrowserControl::DefaultWaitLimitMs);
+        view.page()->runJavaScript(QStringLiteral("document.title = 'the program'"),
+                                   QWebEngineScript::ApplicationWorld);
+        QTRY_COMPARE_WITH_TIMEOUT(view.title(), QStringLiteral("the program"),
+                                  BrowserControl::DefaultWaitLimitMs);
     }
 
     // A deferred engine keeps the newest navigation until it starts; a wait starts it.
