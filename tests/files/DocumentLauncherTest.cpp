@@ -245,15 +245,19 @@ private Q_SLOTS:
         QCOMPARE(argv.mid(1), QByteArrayList{o.document.toUtf8()});
     }
 
+    // A wizard's two files reach the editor joined by "; ", as the rest of its command line, and
+    // are two recent documents.
     void aNewlyMadeProtocolOpensUnquotedUnchecked()
     {
         Launch o;
-        const QString made = QStringLiteral("/data/Protocols/New Assay 1.apr");
+        const QStringList made{QStringLiteral("/data/Protocols/New Assay 1.apr"),
+                               QStringLiteral("/data/Layouts/New Assay 1.mlo")};
         const QString program = o.programFor(QStringLiteral("AssayApplicationPath"));
         o.launcher.OpenNewProtocol(made);
-        QCOMPARE(o.launcher.lastCommandLine().text, program + ' ' + made);
-        QCOMPARE(o.startedArgv(), QByteArrayList({QFile::encodeName(program), made.toUtf8()}));
+        QCOMPARE(o.launcher.lastCommandLine().text, program + ' ' + made.join("; "));
+        QCOMPARE(o.startedArgv(), QByteArrayList({QFile::encodeName(program), made.join("; ").toUtf8()}));
         QVERIFY(o.events.isEmpty());
+        QCOMPARE(o.used, made);
     }
 
     // Only a document whose program was started counts as used (recent documents).

@@ -38,7 +38,7 @@ struct Pane
     int type = 3;
     QStringList nodePages;
     PreviewPane pane{*browser, *viewer, paths,
-                     PreviewPane::Hooks{[this] { return folderKindFromData(type); },
+                     PreviewPane::Hooks{[this] { return documentTypeFromData(type); },
                                         [this](const QString& page) { nodePages << page; }}};
 
     Pane()

@@ -1,5 +1,7 @@
 #include "Authorisation.h"
+#include "CommandControls.h"
 #include "DialogScript.h"
+#include "MainWindow.h"
 #include "MessageRecorder.h"
 #include "NebraSecurityManager.h"
 #include "SecurityFixture.h"
@@ -7,9 +9,8 @@
 #include "StatusBarControl.h"
 #include "SuiteSettings.h"
 #include "ToolBarsControl.h"
+#include "WindowParts.h"
 
-#include <QMainWindow>
-#include <QStatusBar>
 #include <QTest>
 
 #include <optional>
@@ -26,9 +27,18 @@ namespace {
 // jsmith holds RunProtocol and SelectDriver.
 struct Checked
 {
+    static MainWindowOptions options()
+    {
+        MainWindowOptions options;
+        options.instanceName = QStringLiteral("AuthorisationTest-%1").arg(QCoreApplication::applicationPid());
+        options.endProcess = [] {};
+        return options;
+    }
+
     SecuritySite site{{QStringLiteral("AuthorisationsGeneral/RunProtocol"),
                        QStringLiteral("Instrumentation/SelectDriver")}};
-    QMainWindow window;
+    MainWindow window{options()}; // not loaded: its controls, and what a session's end closes
+    CommandControls switches{part<ToolBarsControl>(window), part<FolderTreeControl>(window)};
     SettingsStore store;
     SuiteSettings settings{store};
     std::optional<SecuritySession> session;
@@ -42,8 +52,7 @@ struct Checked
         auto factory = [](QString* error) {
             return NebraSecurityManager::create(SettingsStore(), {}, error);
         };
-        session.emplace(settings, nullptr, *new ToolBarsControl(&window),
-                        *new StatusBarControl(window.statusBar(), 3), factory, SecuritySessionHooks{});
+        session.emplace(settings, nullptr, switches, part<StatusBarControl>(window), factory, window);
         DialogScript dialogs;
         dialogs.logIn(QStringLiteral("jsmith"), QStringLiteral("correct horse"));
         QCOMPARE(session->StartSecuritySession(), SecuritySession::StartOutcome::Continue);

@@ -8,6 +8,7 @@
 #include "SuitePaths.h"
 #include "TimeOutWarning.h"
 #include "ToolBarsControl.h"
+#include "WindowParts.h"
 
 #include <QAction>
 #include <QApplication>
@@ -61,13 +62,13 @@ private Q_SLOTS:
         Session o(false);
         o.set(QStringLiteral("Settings/SecurityConfigured"), false);
         MainWindow* window = &o.run();
-        QVERIFY(!window->securitySession().SecurityEnabled());
-        QVERIFY(!window->statusBarControl().isPanelVisible(SecuritySession::SessionPanel));
-        QVERIFY(!window->toolBars().isToolVisible(QStringLiteral("ID_LogOut")));
-        QVERIFY(!window->toolBars().isToolVisible(QStringLiteral("ID_ChangePassword")));
+        QVERIFY(!part<SecuritySession>(*window).SecurityEnabled());
+        QVERIFY(!part<StatusBarControl>(*window).isPanelVisible(SecuritySession::SessionPanel));
+        QVERIFY(!part<ToolBarsControl>(*window).isToolVisible(QStringLiteral("ID_LogOut")));
+        QVERIFY(!part<ToolBarsControl>(*window).isToolVisible(QStringLiteral("ID_ChangePassword")));
         for (const char* id : {"ID_LogOut", "ID_ChangePassword"})
-            window->commands().ToolClick(QLatin1String(id));
-        Q_EMIT window->statusBarControl().panelClick(SecuritySession::SessionPanel);
+            part<CommandDispatcher>(*window).ToolClick(QLatin1String(id));
+        Q_EMIT part<StatusBarControl>(*window).panelClick(SecuritySession::SessionPanel);
         QVERIFY(o.dialogs.shown().isEmpty());
         QCOMPARE(o.messages.count(), 0);
         QCOMPARE(o.processEnds, 0);
@@ -116,15 +117,16 @@ private Q_SLOTS:
     {
         Session o;
         MainWindow* window = &o.run();
-        QCOMPARE(window->securitySession().state(), SecuritySession::State::Active);
-        QCOMPARE(window->statusBarControl().panelText(SecuritySession::SessionPanel),
+        QCOMPARE(part<SecuritySession>(*window).state(), SecuritySession::State::Active);
+        QCOMPARE(part<StatusBarControl>(*window).panelText(SecuritySession::SessionPanel),
                  QStringLiteral("Logged in as: jsmith (Jane Smith)"));
-        QVERIFY(window->statusBarControl().isPanelVisible(SecuritySession::SessionPanel));
-        QVERIFY(window->toolBars().isToolVisible(QStringLiteral("ID_LogOut")));
-        QVERIFY(window->toolBars().isToolVisible(QStringLiteral("ID_ChangePassword")));
-        QCOMPARE(window->suite().paths->SecurityManager(),
-                 window->securitySession().NebraSecurityManagerObj());
-        QVERIFY(QFileInfo(window->suite().paths->SecuredFolder()).isDir());
+        QVERIFY(part<StatusBarControl>(*window).isPanelVisible(SecuritySession::SessionPanel));
+        QVERIFY(part<ToolBarsControl>(*window).isToolVisible(QStringLiteral("ID_LogOut")));
+        QVERIFY(part<ToolBarsControl>(*window).isToolVisible(QStringLiteral("ID_ChangePassword")));
+        SettingsStore store;
+        SuitePaths paths(store);
+        paths.Initialise();
+        QVERIFY(QFileInfo(paths.SecuredFolder()).isDir());
         QString error;
         const AuditEntry last = o.security->open()->audit().entries(&error).last();
         QCOMPARE(last.area + QLatin1Char('|') + last.text, QStringLiteral("General|Launch Welcome screen"));
@@ -172,7 +174,7 @@ private Q_SLOTS:
         hidden->hide();
         // What a command run while the end is announced would get: a right of the
         // user is allowed and recorded until then, refused and unrecorded from then on.
-        const Authorisation authorisation(window->securitySession(), nullptr);
+        const Authorisation authorisation(part<SecuritySession>(*window), nullptr);
         const auto tryToRun = [&] {
             const bool allowed =
                 authorisation.CanPerformSecurityOperation(Authorisation::GeneralArea, "RunProtocol", false);
@@ -188,15 +190,15 @@ private Q_SLOTS:
             o.now += 9 * 60 * 1000;
             QCoreApplication::processEvents();
             // A tool without a command still counts as activity: another ten minutes from here.
-            window->toolBars().action(QStringLiteral("ID_HelpHelp"))->trigger();
+            part<ToolBarsControl>(*window).action(QStringLiteral("ID_HelpHelp"))->trigger();
             o.now += 10 * 60 * 1000 - 1;
             QCoreApplication::processEvents();
             QCOMPARE(o.processEnds, 0);
             o.now += 1;
         } else if (how == QLatin1String("ID_LogOut")) {
-            window->toolBars().action(how)->trigger();
+            part<ToolBarsControl>(*window).action(how)->trigger();
         } else {
-            window->securitySession().NebraSecurityManagerObj_UserLoggedOut(QStringLiteral("jsmith"), 2);
+            part<SecuritySession>(*window).NebraSecurityManagerObj_UserLoggedOut(QStringLiteral("jsmith"), 2);
         }
         QTRY_COMPARE_WITH_TIMEOUT(o.processEnds, 1, 5000);
         QCOMPARE(passedWhileShown, 0);
@@ -207,7 +209,7 @@ private Q_SLOTS:
         QVERIFY(!other.isVisible());
         QTRY_VERIFY_WITH_TIMEOUT(hidden.isNull(), 5000);
         QVERIFY(!window->isVisible());
-        QVERIFY(!window->securitySession().SecurityEnabled());
+        QVERIFY(!part<SecuritySession>(*window).SecurityEnabled());
         if (!audit.isEmpty())
             QCOMPARE(o.security->auditTexts().last(), audit);
     }
@@ -243,7 +245,7 @@ private Q_SLOTS:
             o.set(QStringLiteral("Security/TimeOutWarningSeconds"), warningSeconds);
         const int warnAt = 10 * 60 - (warningSeconds < 0 ? 60 : warningSeconds);
         MainWindow* window = &o.run();
-        TimeOutWarning* warning = window->securitySession().timeOutWarning();
+        TimeOutWarning* warning = part<SecuritySession>(*window).timeOutWarning();
         QCOMPARE(warning == nullptr, action == QLatin1String("none shown"));
         o.now += qint64(warnAt) * 1000 - 1;
         QCoreApplication::processEvents();
@@ -262,7 +264,7 @@ private Q_SLOTS:
         if (action == QLatin1String("stay"))
             warning->stayButton()->click();
         else if (action == QLatin1String("command"))
-            window->toolBars().action(QStringLiteral("ID_HelpHelp"))->trigger();
+            part<ToolBarsControl>(*window).action(QStringLiteral("ID_HelpHelp"))->trigger();
         else if (action == QLatin1String("log out"))
             warning->logOutButton()->click();
         if (outcome == QLatin1String("running")) {
@@ -271,7 +273,7 @@ private Q_SLOTS:
             QCoreApplication::processEvents();
             QCOMPARE(o.processEnds, 0);
             QCOMPARE(o.messages.count(), 0);
-            QVERIFY(window->securitySession().SecurityEnabled());
+            QVERIFY(part<SecuritySession>(*window).SecurityEnabled());
             return;
         }
         if (action != QLatin1String("log out"))

@@ -10,6 +10,7 @@
 #include "TestFiles.h"
 #include "ToolBarsControl.h"
 #include "WebEngineTestMain.h"
+#include "WindowParts.h"
 
 #include <QAbstractItemModel>
 #include <QAction>
@@ -44,13 +45,16 @@ struct Site : LoadedOrganiser
         load();
     }
 
-    QAction* command() const { return window->toolBars().action(QStringLiteral("ID_AuditTrail")); }
+    QAction* command() const
+    {
+        return part<ToolBarsControl>(*window).action(QStringLiteral("ID_AuditTrail"));
+    }
 
     // Opens the viewer and waits for its first rows and chain check.
     AuditTrailWindow* openViewer()
     {
         command()->trigger();
-        AuditTrailWindow* viewer = window->auditTrailWindow();
+        AuditTrailWindow* viewer = window->findChild<AuditTrailWindow*>();
         if (viewer && !QTest::qWaitFor([viewer] { return !viewer->chainStatus().checking(); }, 10000))
             qWarning("The chain check did not end");
         return viewer;
@@ -99,11 +103,12 @@ private Q_SLOTS:
         Site site(security);
         QCOMPARE(site.command()->isVisible(), security);
         QCOMPARE(site.command()->isEnabled(), security);
-        QCOMPARE(site.window->toolBars().menu(QStringLiteral("ID_Tools"))->menuAction()->isVisible(),
-                 security);
+        QCOMPARE(
+            part<ToolBarsControl>(*site.window).menu(QStringLiteral("ID_Tools"))->menuAction()->isVisible(),
+            security);
         if (!security) {
-            site.window->commands().ToolClick(QStringLiteral("ID_AuditTrail"));
-            QVERIFY(!site.window->auditTrailWindow());
+            part<CommandDispatcher>(*site.window).ToolClick(QStringLiteral("ID_AuditTrail"));
+            QVERIFY(!site.window->findChild<AuditTrailWindow*>());
         }
     }
 
@@ -112,7 +117,7 @@ private Q_SLOTS:
         Site site(true, {});
         const int entries = site.security->auditTexts().size();
         site.command()->trigger();
-        QVERIFY(!site.window->auditTrailWindow());
+        QVERIFY(!site.window->findChild<AuditTrailWindow*>());
         QCOMPARE(site.messages.count(), 1);
         QCOMPARE(site.messages.last().text, Authorisation::permissionDeniedText());
         QCOMPARE(site.security->auditTexts().size(), entries);
@@ -143,7 +148,7 @@ private Q_SLOTS:
         viewer->filterBar().findChild<QPushButton*>(QStringLiteral("cmdClear"))->click();
         QTRY_COMPARE_WITH_TIMEOUT(rows(*viewer), all, 5000);
 
-        site.window->toolBars().action(QStringLiteral("ID_LogOut"))->trigger();
+        part<ToolBarsControl>(*site.window).action(QStringLiteral("ID_LogOut"))->trigger();
         QTRY_COMPARE_WITH_TIMEOUT(site.processEnds, 1, 5000);
         QTRY_VERIFY_WITH_TIMEOUT(open.isNull(), 5000);
         QVERIFY(!site.command()->isEnabled());

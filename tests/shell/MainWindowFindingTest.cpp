@@ -1,15 +1,15 @@
 #include "BrowserControl.h"
 #include "FileListControl.h"
 #include "FileListFilterBox.h"
+#include "FileView.h"
 #include "FolderTreeControl.h"
 #include "LoadedOrganiser.h"
 #include "MainWindow.h"
-#include "OrganiserTree.h"
-#include "RecentDocuments.h"
 #include "RecordingPrograms.h"
 #include "TestFiles.h"
 #include "ToolBarsControl.h"
 #include "WebEngineTestMain.h"
+#include "WindowParts.h"
 
 #include <QAction>
 #include <QMenu>
@@ -38,7 +38,7 @@ struct Finding : LoadedOrganiser
 
     QMenu* recentMenu() const
     {
-        for (QAction* action : window->toolBars().menu(QStringLiteral("ID_File"))->actions())
+        for (QAction* action : part<ToolBarsControl>(*window).menu(QStringLiteral("ID_File"))->actions())
             if (action->menu() && action->menu()->accessibleName() == QLatin1String("Recent documents"))
                 return action->menu();
         return nullptr;
@@ -46,9 +46,9 @@ struct Finding : LoadedOrganiser
 
     void open(const QString& path)
     {
-        window->ShowDocument(path);
-        QCOMPARE(window->fileList().firstSelectedItem().path(), path);
-        window->PerformDocumentCommand(DocumentCommand::Open);
+        part<FileView>(*window).ShowDocument(path);
+        QCOMPARE(part<FileListControl>(*window).firstSelectedItem().path(), path);
+        tool(*window, CommandId::Open).trigger();
         programs.waitForRecords(1);
         programs.clear();
     }
@@ -56,7 +56,7 @@ struct Finding : LoadedOrganiser
     int welcomeRecentLinks()
     {
         int links = -1;
-        window->browser()->view()->page()->runJavaScript(
+        part<BrowserControl>(*window).view()->page()->runJavaScript(
             QStringLiteral("document.querySelectorAll('#organiser-recent a').length"),
             QWebEngineScript::ApplicationWorld, [&](const QVariant& result) { links = result.toInt(); });
         if (!QTest::qWaitFor([&] { return links >= 0; }, 10000))
@@ -92,10 +92,11 @@ private Q_SLOTS:
             for (const char* key : {"ShowFileListFilter", "ShowRecentDocuments", "ShowInFileManager"})
                 o.set(QStringLiteral("Settings/") + QLatin1String(key), false);
         MainWindow& window = o.load();
-        QCOMPARE(window.fileList().filterBox()->isVisible(), on);
+        QCOMPARE(part<FileListControl>(window).filterBox()->isVisible(), on);
         QCOMPARE(o.recentMenu() != nullptr, on);
-        QCOMPARE(window.recentDocuments() != nullptr, on);
-        QCOMPARE(window.fileList().findChild<QAction*>(QStringLiteral("ShowInFileManager")) != nullptr, on);
+        QCOMPARE(part<FileListControl>(window).findChild<QAction*>(QStringLiteral("ShowInFileManager")) !=
+                     nullptr,
+                 on);
     }
 
     // Opening documents fills File > Recent, newest first; choosing one
@@ -115,25 +116,26 @@ private Q_SLOTS:
         QCOMPARE(menu->actions().size(), 2);
         QCOMPARE(menu->actions().at(1)->text(), QStringLiteral("&2  BCA Protein Assay.apr"));
 
-        window.folderTree().setCurrentNode(window.organiserTree().layoutsNode());
-        window.fileList().setNameFilter(QStringLiteral("Kinetic"));
+        part<FolderTreeControl>(window).setCurrentNode(branch(window, DocumentType::Layouts));
+        part<FileListControl>(window).setNameFilter(QStringLiteral("Kinetic"));
         menu->actions().at(1)->trigger();
-        QCOMPARE(window.folderTree().currentNode().folderPath(), o.doc("Protocols"));
-        QCOMPARE(window.fileList().selectedCount(), 1);
-        QCOMPARE(window.fileList().firstSelectedItem().path(), bca);
+        QCOMPARE(part<FolderTreeControl>(window).currentNode().folderPath(), o.doc("Protocols"));
+        QCOMPARE(part<FileListControl>(window).selectedCount(), 1);
+        QCOMPARE(part<FileListControl>(window).firstSelectedItem().path(), bca);
 
-        window.folderTree().setCurrentNode(window.organiserTree().rootNode());
+        part<FolderTreeControl>(window).setCurrentNode(branch(window, DocumentType::None));
         QTRY_COMPARE_WITH_TIMEOUT(o.welcomeRecentLinks(), 2, 10000);
         bool cancel = false;
-        Q_EMIT window.browser()->BeforeNavigate2(QUrl(QStringLiteral("organiser:%5CRecent%201")), cancel);
+        Q_EMIT part<BrowserControl>(window).BeforeNavigate2(QUrl(QStringLiteral("organiser:%5CRecent%201")),
+                                                            cancel);
         QVERIFY(cancel);
-        QTRY_COMPARE_WITH_TIMEOUT(window.fileList().firstSelectedItem().path(), elisa, 5000);
+        QTRY_COMPARE_WITH_TIMEOUT(part<FileListControl>(window).firstSelectedItem().path(), elisa, 5000);
 
         // A vanished document leaves the lists; one outside the tree is reported.
         QVERIFY(QFile::remove(elisa));
         Q_EMIT menu->aboutToShow();
         QCOMPARE(menu->actions().size(), 1);
-        window.ShowDocument(o.folders.root() + "/elsewhere.apr");
+        part<FileView>(window).ShowDocument(o.folders.root() + "/elsewhere.apr");
         QCOMPARE(o.messages.count(), 1);
         QCOMPARE(o.messages.last().title, QStringLiteral("Recent Documents"));
     }

@@ -1,11 +1,12 @@
 #include "FileListControl.h"
 #include "FolderTreeControl.h"
+#include "FolderTreeModel.h"
 #include "LoadedOrganiser.h"
 #include "MainWindow.h"
-#include "OrganiserTree.h"
 #include "ShortcutsBar.h"
 #include "ToolBarsControl.h"
 #include "WebEngineTestMain.h"
+#include "WindowParts.h"
 
 #include <QTest>
 
@@ -25,18 +26,17 @@ private Q_SLOTS:
         writeFile(site.doc(QStringLiteral("Protocols/Elisa.apr")));
         MainWindow& window = site.load();
 
-        FolderTreeControl& tree = window.folderTree();
-        OrganiserTree& organiser = window.organiserTree();
+        FolderTreeControl& tree = part<FolderTreeControl>(window);
         QCOMPARE(tree.caption(), QStringLiteral("Assay Folders"));
-        QCOMPARE(tree.currentNode(), organiser.rootNode());
-        QVERIFY(!window.toolBars().isToolEnabled(QStringLiteral("ID_New")));
+        QCOMPARE(tree.currentNode(), branch(tree, DocumentType::None));
+        QVERIFY(!part<ToolBarsControl>(window).isToolEnabled(QStringLiteral("ID_New")));
 
         // A shortcut leads to its folder; the list and the commands follow.
-        Q_EMIT window.shortcutsBar().itemClicked(QStringLiteral("3"));
-        QCOMPARE(tree.currentNode(), organiser.protocolsNode());
-        QCOMPARE(window.fileList().firstSelectedItem().name(), QStringLiteral("Elisa.apr"));
-        QVERIFY(window.toolBars().isToolEnabled(QStringLiteral("ID_Run")));
-        QVERIFY(tree.isButtonEnabled(buttonKey(DocumentCommand::Run)));
+        Q_EMIT part<ShortcutsBar>(window).itemClicked(QStringLiteral("3"));
+        QCOMPARE(tree.currentNode(), branch(tree, DocumentType::Protocols));
+        QCOMPARE(part<FileListControl>(window).firstSelectedItem().name(), QStringLiteral("Elisa.apr"));
+        QVERIFY(part<ToolBarsControl>(window).isToolEnabled(QStringLiteral("ID_Run")));
+        QVERIFY(tree.isButtonEnabled(treeButton(CommandId::Run)));
         QVERIFY(tree.isButtonEnabled(FolderTreeControl::UpButton));
         QCOMPARE(site.messages.count(), 0);
     }

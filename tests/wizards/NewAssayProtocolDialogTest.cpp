@@ -34,7 +34,6 @@ struct Picker
     DocumentLauncher launcher{suite.paths, LaunchContext{}};
     std::unique_ptr<NewAssayProtocolDialog> dialog;
     QStringList events;
-    QStringList log;
     bool secured = false;
     QObject manager;
 
@@ -79,11 +78,10 @@ struct Picker
         hooks.securityManager = [this] { return &manager; };
         hooks.handleChangedHLD = [this] { events << QStringLiteral("driver changed"); };
         hooks.recreateResultsNode = [this] { events << QStringLiteral("results"); };
-        hooks.openNewProtocol = [this](const QString& path) {
-            events << QStringLiteral("open ") + path;
-            launcher.OpenNewProtocol(path);
+        hooks.openNewProtocol = [this](const QStringList& files) {
+            events << QStringLiteral("open ") + files.join(QStringLiteral("; "));
+            launcher.OpenNewProtocol(files);
         };
-        hooks.logTrace = [this](const QString& line) { log << line; };
         return hooks;
     }
 
@@ -244,6 +242,9 @@ private Q_SLOTS:
         const bool broken = QTest::currentDataTag() == QByteArray("broken plug-in");
         o.openDialog({broken ? "Generic=NebraTest.WrongInterface" : "Generic"});
         Picker::script(script);
+        if (broken) // the loader's reason, for support
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral(
+                                                   "^Log note: .*does not implement the wizard interface")));
         o.press("OKButton");
 
         QCOMPARE(o.events, events);
@@ -255,10 +256,6 @@ private Q_SLOTS:
         }
         QCOMPARE(o.dialog->result() == QDialog::Accepted, closed);
         QCOMPARE(o.dialog->isVisible(), !closed);
-        QCOMPARE(o.log.size(), broken ? 1 : 0);
-        if (broken)
-            QVERIFY2(o.log.first().contains("does not implement the wizard interface"),
-                     qPrintable(o.log.first()));
         if (!editorArgs.isEmpty()) {
             QVERIFY(o.suite.programs.waitForRecords(1));
             QCOMPARE(o.suite.programs.records().first().mid(1), editorArgs);
