@@ -1,8 +1,11 @@
 // What a workstation gets from the security server: log-in outcomes and
 // lockout decided by the server, rights only for a session's token, audit
 // entries only for an open session, and many workstations writing one trail
-// at once. Password changes and a server lost mid-session are the manager's
-// tests on this back end (NebraSecurityManagerTest_postgresql, ServerManagerTest).
+// at once, and the server's answer to each password change. The messages of a
+// password change and a server lost mid-session are the manager's tests on this
+// back end (NebraSecurityManagerTest_postgresql, ServerManagerTest): the manager
+// words an incorrect and a locking current password alike, so their difference is
+// checked here.
 
 #include "ServerSession.h"
 #include "PostgresServer.h"
@@ -164,6 +167,28 @@ private Q_SLOTS:
                  0);
         QVERIFY(!error.isEmpty());
         QCOMPARE(newestEntry().second, QStringLiteral("Log out"));
+    }
+
+    // Wrong current passwords count like failed log-ins: at the site's threshold of 3 the change
+    // answers Locked.
+    void passwordChangeAnswers()
+    {
+        admin([](ServerAdministration& a, QString* e) {
+            return a.addUser(QStringLiteral("kim"), {}, SecretBytes("first secret"), e);
+        });
+        ServerSession session(*m_client, QStringLiteral("pc"));
+        ServerLogIn in = session.logIn(QStringLiteral("kim"), SecretBytes("first secret"));
+        QString error;
+        const auto change = [&](const char* current, const char* fresh) {
+            return session.changePassword(in.token, SecretBytes(current), SecretBytes(fresh), &error);
+        };
+        QCOMPARE(change("first secret", "first secret"), ServerPasswordChange::Same);
+        QCOMPARE(change("first secret", "second secret"), ServerPasswordChange::Changed);
+        in = session.logIn(QStringLiteral("kim"), SecretBytes("second secret"));
+        QCOMPARE(in.status, LogInStatus::Success);
+        QCOMPARE(change("guess", "x"), ServerPasswordChange::Incorrect);
+        QCOMPARE(change("guess", "x"), ServerPasswordChange::Incorrect);
+        QCOMPARE(change("guess", "x"), ServerPasswordChange::Locked);
     }
 
     // Eight workstations log in, record and log out for a while, all at once:
