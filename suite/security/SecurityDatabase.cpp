@@ -42,8 +42,8 @@ QStringList schema()
                        "locked INTEGER NOT NULL DEFAULT 0, "
                        "must_change_password INTEGER NOT NULL DEFAULT 0, "
                        "mac BLOB NOT NULL DEFAULT x'')"),
-        QStringLiteral(
-            "CREATE TABLE roles(id INTEGER PRIMARY KEY, name TEXT NOT NULL UNIQUE COLLATE NOCASE)"),
+        QStringLiteral("CREATE TABLE roles(id INTEGER PRIMARY KEY, name TEXT NOT NULL UNIQUE COLLATE NOCASE, "
+                       "mac BLOB NOT NULL DEFAULT x'')"),
         QStringLiteral("CREATE TABLE user_rights("
                        "user_id INTEGER NOT NULL REFERENCES users(id) ON DELETE CASCADE, "
                        "area TEXT NOT NULL, operation TEXT NOT NULL, mac BLOB NOT NULL DEFAULT x'', "
@@ -60,6 +60,10 @@ QStringList schema()
             "CREATE TABLE audit_trail("
             "seq INTEGER PRIMARY KEY, utc TEXT NOT NULL, user_name TEXT NOT NULL, "
             "workstation TEXT NOT NULL, area TEXT NOT NULL, text TEXT NOT NULL, mac BLOB NOT NULL)"),
+        QStringLiteral(
+            "CREATE TABLE store_state(id INTEGER PRIMARY KEY CHECK (id = 1), changes INTEGER NOT NULL, "
+            "row_changes INTEGER NOT NULL, rows_digest BLOB, entries INTEGER NOT NULL, "
+            "newest_mac BLOB, seal BLOB)"),
         QStringLiteral("CREATE TRIGGER audit_trail_no_update BEFORE UPDATE ON audit_trail "
                        "BEGIN SELECT RAISE(ABORT, 'audit trail entries cannot be changed'); END"),
         QStringLiteral("CREATE TRIGGER audit_trail_no_delete BEFORE DELETE ON audit_trail "

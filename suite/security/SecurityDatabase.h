@@ -17,13 +17,15 @@ namespace nebra {
 //
 //   meta(key, value)                    schema version, database id, key check
 //   users(...)                          one row per user, with password hash and lockout state
-//   roles(id, name)                     named sets of rights
+//   roles(id, name, mac)                named sets of rights
 //   user_rights / role_rights           rights (area, operation), "*" matching any
 //   user_roles(user_id, role_id)
+//   store_state(changes, row_changes, rows_digest, entries, newest_mac, seal)
 //
-// Users, rights and role memberships carry a MAC made with the site key (see
-// UserStore), so that a row edited or slipped in behind the suite's back is
-// noticed. The file and its companions are created 0600, or 0660 in a
+// Users, roles, rights and role memberships carry a MAC made with the site
+// key (see RowSeals), so that a row edited, slipped in or written back behind
+// the suite's back is noticed; store_state holds the database's sealed
+// record of its own changes (StoreState). The file and its companions are created 0600, or 0660 in a
 // folder shared by the site group (SecureFiles); a database that every user
 // could read or write is refused.
 //   audit_trail(seq, utc, user_name, workstation, area, text, mac)
@@ -37,7 +39,7 @@ class SecurityDatabase
 {
 public:
     static constexpr int ApplicationId = 0x4E425345; // "NBSE"
-    static constexpr int SchemaVersion = 2;
+    static constexpr int SchemaVersion = 3;
 
     ~SecurityDatabase();
     SecurityDatabase(const SecurityDatabase&) = delete;
