@@ -136,6 +136,18 @@ public:
             startServer();
     }
 
+    // Moves the last use of every open session on the server back by minutes (the server's clock).
+    void ageSessions(int minutes)
+    {
+        QString error;
+        const std::unique_ptr<ServerConnection> owner = ServerConnection::open(m_settings, &error);
+        QVERIFY2(owner && owner->execScript(QStringLiteral("UPDATE nebra.sessions SET last_used_utc = "
+                                                           "last_used_utc - interval '%1 minutes'")
+                                                .arg(minutes),
+                                            &error),
+                 qPrintable(error));
+    }
+
     void stopServer() { server().stop(); }
     void startServer() { QVERIFY2(server().start(), qPrintable(server().problem())); }
 

@@ -145,7 +145,7 @@ bool ServerSchema::createDatabase(ServerConnection& server, const QString& datab
         return false;
     return composed(server,
                     QStringLiteral("SELECT format('REVOKE ALL ON DATABASE %1$I FROM PUBLIC; "
-                                   "GRANT CONNECT ON DATABASE %1$I TO nebra_client', ?::text)"),
+                                   "GRANT CONNECT ON DATABASE %1$I TO nebra_client, nebra_admin', ?::text)"),
                     {database}, error);
 }
 
