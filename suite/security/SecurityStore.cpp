@@ -1,6 +1,7 @@
 #include "SecurityStore.h"
 
 #include "RowSeals.h"
+#include "StoreUpgrade.h"
 
 #include <QDir>
 #include <QFile>
@@ -60,6 +61,11 @@ std::unique_ptr<SecurityStore> SecurityStore::open(const SecuritySettings& setti
     if (!key || !checkKey(*database, *key, settings.siteKeyFile, error))
         return nullptr;
     std::unique_ptr<SecurityStore> store(new SecurityStore(settings, std::move(database), std::move(*key)));
+    if (store->m_database->schemaVersion() < SecurityDatabase::SchemaVersion) {
+        RowSeals seals(*store->m_database, store->m_key, store->m_state);
+        if (!StoreUpgrade(*store->m_database, store->m_key, store->m_head, store->m_state, seals).run(error))
+            return nullptr;
+    }
     if (headCheck == HeadCheck::Required && !store->m_audit.checkHead(error))
         return nullptr;
     return store;
