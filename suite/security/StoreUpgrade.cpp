@@ -48,22 +48,15 @@ bool StoreUpgrade::headHolds(qint64* entries, QByteArray* newestMac, QString* er
     return false;
 }
 
-bool StoreUpgrade::sealRows(QString* error)
+// The rows of each table, with their MAC of the previous schema and their new one.
+QList<StoreUpgrade::Kind> StoreUpgrade::kinds() const
 {
     const QByteArray id = m_database.databaseId();
-    const auto previous = [&](const char* label) { return MacMessage(label).add(id); };
-    struct Kind
-    {
-        int keys; // the first columns, which name the row
-        QString select;
-        QString update;
-        std::function<QByteArray(const QSqlQuery&)> old;
-        std::function<QByteArray(const QSqlQuery&)> fresh;
-    };
-    const QList<Kind> kinds = {
+    const auto previous = [id](const char* label) { return MacMessage(label).add(id); };
+    return {
         {1, QStringLiteral("SELECT %1 FROM users").arg(UserStore::Columns),
          QStringLiteral("UPDATE users SET mac = ? WHERE id = ?"),
-         [&](const QSqlQuery& q) {
+         [=, this](const QSqlQuery& q) {
              const UserRecord u = UserStore::recordOf(q);
              return m_key.mac(previous("nebra-user-v2")
                                   .add(u.id)
@@ -75,10 +68,10 @@ bool StoreUpgrade::sealRows(QString* error)
                                   .add(qint64(u.mustChangePassword))
                                   .bytes());
          },
-         [&](const QSqlQuery& q) { return m_seals.user(UserStore::recordOf(q), 0); }},
+         [=, this](const QSqlQuery& q) { return m_seals.user(UserStore::recordOf(q), 0); }},
         {3, QStringLiteral("SELECT user_id, area, operation, mac FROM user_rights"),
          QStringLiteral("UPDATE user_rights SET mac = ? WHERE user_id = ? AND area = ? AND operation = ?"),
-         [&](const QSqlQuery& q) {
+         [=, this](const QSqlQuery& q) {
              return m_key.mac(MacMessage("nebra-right-v2")
                                   .add(QStringLiteral("user_rights"))
                                   .add(id)
@@ -87,13 +80,13 @@ bool StoreUpgrade::sealRows(QString* error)
                                   .add(q.value(2).toString())
                                   .bytes());
          },
-         [&](const QSqlQuery& q) {
+         [=, this](const QSqlQuery& q) {
              return m_seals.right("user_rights", q.value(0).toLongLong(), q.value(1).toString(),
                                   q.value(2).toString(), 0);
          }},
         {3, QStringLiteral("SELECT role_id, area, operation, mac FROM role_rights"),
          QStringLiteral("UPDATE role_rights SET mac = ? WHERE role_id = ? AND area = ? AND operation = ?"),
-         [&](const QSqlQuery& q) {
+         [=, this](const QSqlQuery& q) {
              return m_key.mac(MacMessage("nebra-right-v2")
                                   .add(QStringLiteral("role_rights"))
                                   .add(id)
@@ -102,19 +95,19 @@ bool StoreUpgrade::sealRows(QString* error)
                                   .add(q.value(2).toString())
                                   .bytes());
          },
-         [&](const QSqlQuery& q) {
+         [=, this](const QSqlQuery& q) {
              return m_seals.right("role_rights", q.value(0).toLongLong(), q.value(1).toString(),
                                   q.value(2).toString(), 0);
          }},
         {2, QStringLiteral("SELECT user_id, role_id, mac FROM user_roles"),
          QStringLiteral("UPDATE user_roles SET mac = ? WHERE user_id = ? AND role_id = ?"),
-         [&](const QSqlQuery& q) {
+         [=, this](const QSqlQuery& q) {
              return m_key.mac(previous("nebra-membership-v2")
                                   .add(q.value(0).toLongLong())
                                   .add(q.value(1).toLongLong())
                                   .bytes());
          },
-         [&](const QSqlQuery& q) {
+         [=, this](const QSqlQuery& q) {
              return m_seals.membership(q.value(0).toLongLong(), q.value(1).toLongLong(), 0);
          }},
         // Roles had no MAC: they are taken as they are.
@@ -122,9 +115,15 @@ bool StoreUpgrade::sealRows(QString* error)
          QStringLiteral("SELECT id, name, mac FROM roles"),
          QStringLiteral("UPDATE roles SET mac = ? WHERE id = ?"),
          {},
-         [&](const QSqlQuery& q) { return m_seals.role(q.value(0).toLongLong(), q.value(1).toString(), 0); }},
+         [=, this](const QSqlQuery& q) {
+             return m_seals.role(q.value(0).toLongLong(), q.value(1).toString(), 0);
+         }},
     };
-    for (const Kind& kind : kinds) {
+}
+
+bool StoreUpgrade::sealRows(QString* error)
+{
+    for (const Kind& kind : kinds()) {
         QSqlQuery q = m_database.newQuery();
         if (!m_database.exec(q, kind.select, {}, error))
             return false;

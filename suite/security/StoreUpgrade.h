@@ -1,6 +1,12 @@
 #pragma once
 
+#include <QByteArray>
+#include <QList>
 #include <QString>
+
+#include <functional>
+
+class QSqlQuery;
 
 namespace nebra {
 
@@ -25,6 +31,15 @@ public:
     bool run(QString* error);
 
 private:
+    struct Kind
+    {
+        int keys; // the first columns, which name the row
+        QString select;
+        QString update;
+        std::function<QByteArray(const QSqlQuery&)> old; // empty: the row had no MAC
+        std::function<QByteArray(const QSqlQuery&)> fresh;
+    };
+    QList<Kind> kinds() const;
     bool headHolds(qint64* entries, QByteArray* newestMac, QString* error) const;
     // Each row of the previous schema: its new MAC when its old one holds, else empty.
     bool sealRows(QString* error);
