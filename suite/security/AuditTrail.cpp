@@ -94,11 +94,22 @@ std::optional<AuditAnchor> AuditAnchor::parse(const QString& text)
     return anchor;
 }
 
-bool AuditTrail::extendsHead(qint64 newestSequence, const QByteArray& newestMac, QString* error) const
+bool AuditTrail::agrees(qint64 newestSequence, const QByteArray& newestMac, QString* error) const
 {
     AuditChainHead::Record head;
-    if (m_head.read(&head, error) != AuditChainHead::ReadStatus::Ok)
+    StoreState::Record state;
+    if (m_head.read(&head, error) != AuditChainHead::ReadStatus::Ok ||
+        !extendsHead(newestSequence, newestMac, head, error))
         return false;
+    if (m_state.check(&state, head, error))
+        return true;
+    *error = StoreState::forUsers(*error);
+    return false;
+}
+
+bool AuditTrail::extendsHead(qint64 newestSequence, const QByteArray& newestMac,
+                             const AuditChainHead::Record& head, QString* error) const
+{
     if (newestSequence < head.count) {
         *error =
             QStringLiteral("The audit trail ends at entry %1, but its chain head knows of %2 entries: the "
@@ -161,12 +172,8 @@ AuditAppendResult AuditTrail::commit(const std::function<bool(QList<AuditRecord>
     const bool committed = m_database.writeTransaction(
         [&](QString* why) {
             if (!newest(&last.sequence, &last.mac, why) ||
-                (!overHead && !extendsHead(last.sequence, last.mac, why)))
+                (!overHead && !agrees(last.sequence, last.mac, why)))
                 return false;
-            if (!overHead && !m_state.check(&state, why)) {
-                *why = StoreState::forUsers(*why);
-                return false;
-            }
             QList<AuditRecord> records;
             if (!work(&records, why) || !insert(records, &last, why))
                 return false;
@@ -329,13 +336,7 @@ bool AuditTrail::checkHead(QString* error) const
         [&](QString* why) {
             qint64 sequence = 0;
             QByteArray mac;
-            StoreState::Record state;
-            if (!newest(&sequence, &mac, why) || !extendsHead(sequence, mac, why))
-                return false;
-            if (m_state.check(&state, why))
-                return true;
-            *why = StoreState::forUsers(*why);
-            return false;
+            return newest(&sequence, &mac, why) && agrees(sequence, mac, why);
         },
         error);
 }

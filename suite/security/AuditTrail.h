@@ -113,7 +113,10 @@ private:
     bool newest(qint64* sequence, QByteArray* mac, QString* error) const;
     AuditVerification verifyChain(const AuditChainHead::Record& head,
                                   const std::optional<AuditAnchor>& anchor, qint64* count) const;
-    bool extendsHead(qint64 newestSequence, const QByteArray& newestMac, QString* error) const;
+    bool extendsHead(qint64 newestSequence, const QByteArray& newestMac, const AuditChainHead::Record& head,
+                     QString* error) const;
+    // The head as read, the trail extending it and the store's record agreeing with both.
+    bool agrees(qint64 newestSequence, const QByteArray& newestMac, QString* error) const;
     // Inserts the entries after the newest one; sets *last to the newest inserted.
     bool insert(const QList<AuditRecord>& records, AuditEntry* last, QString* error);
     AuditAppendResult commit(const std::function<bool(QList<AuditRecord>*, QString*)>& work, bool overHead);

@@ -73,11 +73,9 @@ bool StoreState::agreesWithTrail(const Record& record, QString* error) const
     return false;
 }
 
-bool StoreState::agreesWithHead(const Record& record, QString* error) const
+bool StoreState::agreesWithHead(const Record& record, const AuditChainHead::Record& head,
+                                QString* error) const
 {
-    AuditChainHead::Record head;
-    if (m_head.read(&head, error) != AuditChainHead::ReadStatus::Ok)
-        return false;
     // The head is written just after each commit: a writer killed in
     // between leaves it one change behind, never more, never ahead.
     if (head.changes > record.changes) {
@@ -101,7 +99,13 @@ bool StoreState::agreesWithHead(const Record& record, QString* error) const
 
 bool StoreState::check(Record* record, QString* error) const
 {
-    return read(record, error) && agreesWithTrail(*record, error) && agreesWithHead(*record, error);
+    AuditChainHead::Record head;
+    return m_head.read(&head, error) == AuditChainHead::ReadStatus::Ok && check(record, head, error);
+}
+
+bool StoreState::check(Record* record, const AuditChainHead::Record& head, QString* error) const
+{
+    return read(record, error) && agreesWithTrail(*record, error) && agreesWithHead(*record, head, error);
 }
 
 bool StoreState::write(const Record& record, QString* error)
@@ -109,8 +113,11 @@ bool StoreState::write(const Record& record, QString* error)
     QSqlQuery q = m_database.newQuery();
     return m_database.exec(
         q,
-        QStringLiteral("INSERT OR REPLACE INTO store_state(id, changes, row_changes, "
-                       "rows_digest, entries, newest_mac, seal) VALUES(1, ?, ?, ?, ?, ?, ?)"),
+        QStringLiteral(
+            "INSERT INTO store_state(id, changes, row_changes, rows_digest, entries, newest_mac, seal) "
+            "VALUES(1, ?, ?, ?, ?, ?, ?) ON CONFLICT(id) DO UPDATE SET changes = excluded.changes, "
+            "row_changes = excluded.row_changes, rows_digest = excluded.rows_digest, "
+            "entries = excluded.entries, newest_mac = excluded.newest_mac, seal = excluded.seal"),
         {record.changes, record.rowChanges, record.rowsDigest, record.entries, record.newestMac,
          seal(record)},
         error);

@@ -1,11 +1,12 @@
 #pragma once
 
+#include "AuditChainHead.h"
+
 #include <QByteArray>
 #include <QString>
 
 namespace nebra {
 
-class AuditChainHead;
 class SecurityDatabase;
 class SiteKey;
 
@@ -40,6 +41,8 @@ public:
     // entries were cut off or slipped in, the head is an older copy, or the
     // database is older than its head.
     bool check(Record* record, QString* error) const;
+    // The same, against a chain head already read.
+    bool check(Record* record, const AuditChainHead::Record& head, QString* error) const;
     // Seals and stores the record (inside the caller's transaction).
     bool write(const Record& record, QString* error);
 
@@ -50,7 +53,7 @@ public:
 private:
     QByteArray seal(const Record& record) const;
     bool agreesWithTrail(const Record& record, QString* error) const;
-    bool agreesWithHead(const Record& record, QString* error) const;
+    bool agreesWithHead(const Record& record, const AuditChainHead::Record& head, QString* error) const;
 
     SecurityDatabase& m_database;
     const SiteKey& m_key;

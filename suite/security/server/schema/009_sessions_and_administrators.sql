@@ -48,9 +48,10 @@ BEGIN
 END
 $$;
 
--- The open session of a token, marked used now; nothing for an unknown or
--- ended token. A token idle for longer than the time-out is ended here,
--- and its end recorded.
+-- The open session of a token, marked used now (to the nearest ten
+-- seconds: most calls then write nothing); nothing for an unknown or ended
+-- token. A token idle for longer than the time-out is ended here, and its
+-- end recorded, once.
 CREATE OR REPLACE FUNCTION nebra.session_of(p_token text) RETURNS nebra.sessions
     LANGUAGE plpgsql VOLATILE
     SET search_path = pg_catalog, pg_temp
@@ -63,21 +64,29 @@ BEGIN
         RETURN NULL;
     END IF;
     SELECT * INTO v_session FROM nebra.sessions
-        WHERE token_hash = nebra_crypto.digest(decode(p_token, 'hex'), 'sha256') AND ended_utc IS NULL
-        FOR UPDATE;
+        WHERE token_hash = nebra_crypto.digest(decode(p_token, 'hex'), 'sha256') AND ended_utc IS NULL;
     IF NOT FOUND THEN
         RETURN NULL;
     END IF;
     IF v_session.last_used_utc < clock_timestamp() - make_interval(mins => v_idle) THEN
-        UPDATE nebra.sessions SET ended_utc = clock_timestamp() WHERE token_hash = v_session.token_hash;
-        PERFORM nebra.append_audit((SELECT name FROM nebra.users WHERE id = v_session.user_id),
-                                   v_session.workstation, 'Security',
-                                   format('Session timed out on the server after %s minutes without activity',
-                                          v_idle));
+        UPDATE nebra.sessions SET ended_utc = clock_timestamp()
+            WHERE token_hash = v_session.token_hash AND ended_utc IS NULL;
+        IF FOUND THEN
+            PERFORM nebra.append_audit((SELECT name FROM nebra.users WHERE id = v_session.user_id),
+                                       v_session.workstation, 'Security',
+                                       format('Session timed out on the server after %s minutes without activity',
+                                              v_idle));
+        END IF;
         RETURN NULL;
     END IF;
-    UPDATE nebra.sessions SET last_used_utc = clock_timestamp() WHERE token_hash = v_session.token_hash
-        RETURNING * INTO v_session;
+    IF v_session.last_used_utc < clock_timestamp() - interval '10 seconds' THEN
+        UPDATE nebra.sessions SET last_used_utc = clock_timestamp()
+            WHERE token_hash = v_session.token_hash AND ended_utc IS NULL
+            RETURNING * INTO v_session;
+        IF NOT FOUND THEN
+            RETURN NULL; -- ended meanwhile
+        END IF;
+    END IF;
     RETURN v_session;
 END
 $$;

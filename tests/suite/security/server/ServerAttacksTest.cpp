@@ -174,6 +174,11 @@ void ServerAttacksTest::noSecretInQueryTextOrLog()
     admin([](ServerAdministration& a, QString* e) {
         return a.setPassword(QStringLiteral("jsmith"), SecretBytes("correct horse"), false, e);
     });
+    // The second layer is the server's: the client role cannot set it back.
+    for (const char* setting : {"SET track_activities = on", "SET log_min_error_statement = error"}) {
+        QVERIFY2(!workstation->execScript(QLatin1String(setting), &error), setting);
+        QCOMPARE(workstation->lastState(), InsufficientPrivilege);
+    }
 }
 
 // A client logs in inside a transaction of its own and leaves it open,
