@@ -53,6 +53,27 @@ QList<StoreUpgrade::Kind> StoreUpgrade::kinds() const
 {
     const QByteArray id = m_database.databaseId();
     const auto previous = [id](const char* label) { return MacMessage(label).add(id); };
+    // Rights of users and of roles: the owner's id, area and operation, in that order.
+    const auto rights = [=, this](const char* table) -> Kind {
+        return {3,
+                QStringLiteral("SELECT %1, area, operation, mac FROM %2")
+                    .arg(QLatin1String(table[0] == 'u' ? "user_id" : "role_id"), QLatin1String(table)),
+                QStringLiteral("UPDATE %2 SET mac = ? WHERE %1 = ? AND area = ? AND operation = ?")
+                    .arg(QLatin1String(table[0] == 'u' ? "user_id" : "role_id"), QLatin1String(table)),
+                [=, this](const QSqlQuery& q) {
+                    return m_key.mac(MacMessage("nebra-right-v2")
+                                         .add(QString::fromLatin1(table))
+                                         .add(id)
+                                         .add(q.value(0).toLongLong())
+                                         .add(q.value(1).toString())
+                                         .add(q.value(2).toString())
+                                         .bytes());
+                },
+                [=, this](const QSqlQuery& q) {
+                    return m_seals.right(table, q.value(0).toLongLong(), q.value(1).toString(),
+                                         q.value(2).toString(), 0);
+                }};
+    };
     return {
         {1, QStringLiteral("SELECT %1 FROM users").arg(UserStore::Columns),
          QStringLiteral("UPDATE users SET mac = ? WHERE id = ?"),
@@ -69,36 +90,8 @@ QList<StoreUpgrade::Kind> StoreUpgrade::kinds() const
                                   .bytes());
          },
          [=, this](const QSqlQuery& q) { return m_seals.user(UserStore::recordOf(q), 0); }},
-        {3, QStringLiteral("SELECT user_id, area, operation, mac FROM user_rights"),
-         QStringLiteral("UPDATE user_rights SET mac = ? WHERE user_id = ? AND area = ? AND operation = ?"),
-         [=, this](const QSqlQuery& q) {
-             return m_key.mac(MacMessage("nebra-right-v2")
-                                  .add(QStringLiteral("user_rights"))
-                                  .add(id)
-                                  .add(q.value(0).toLongLong())
-                                  .add(q.value(1).toString())
-                                  .add(q.value(2).toString())
-                                  .bytes());
-         },
-         [=, this](const QSqlQuery& q) {
-             return m_seals.right("user_rights", q.value(0).toLongLong(), q.value(1).toString(),
-                                  q.value(2).toString(), 0);
-         }},
-        {3, QStringLiteral("SELECT role_id, area, operation, mac FROM role_rights"),
-         QStringLiteral("UPDATE role_rights SET mac = ? WHERE role_id = ? AND area = ? AND operation = ?"),
-         [=, this](const QSqlQuery& q) {
-             return m_key.mac(MacMessage("nebra-right-v2")
-                                  .add(QStringLiteral("role_rights"))
-                                  .add(id)
-                                  .add(q.value(0).toLongLong())
-                                  .add(q.value(1).toString())
-                                  .add(q.value(2).toString())
-                                  .bytes());
-         },
-         [=, this](const QSqlQuery& q) {
-             return m_seals.right("role_rights", q.value(0).toLongLong(), q.value(1).toString(),
-                                  q.value(2).toString(), 0);
-         }},
+        rights("user_rights"),
+        rights("role_rights"),
         {2, QStringLiteral("SELECT user_id, role_id, mac FROM user_roles"),
          QStringLiteral("UPDATE user_roles SET mac = ? WHERE user_id = ? AND role_id = ?"),
          [=, this](const QSqlQuery& q) {
