@@ -12,14 +12,17 @@
 #include "SecuritySettings.h"
 #include "ServerAdministration.h"
 #include "ServerConnection.h"
+#include "ServerSecurityBackend.h"
 #include "ServerSession.h"
 
 #include <QCryptographicHash>
 #include <QRegularExpression>
+#include <QSet>
 #include <QThread>
 #include <QtTest>
 
 #include <atomic>
+#include <functional>
 
 using namespace nebra;
 
@@ -90,6 +93,41 @@ private:
         return seen;
     }
 
+    // What a second session of the client role sees of the others' statements while calls run.
+    QString watchedWhile(const std::function<void()>& calls)
+    {
+        std::atomic<bool> watching{true};
+        QSet<QString> seen;
+        QThread* watcher = QThread::create([&] {
+            const std::unique_ptr<ServerConnection> observer = openConnection(m_server->client());
+            while (watching)
+                for (const QString& text : othersActivity(*observer))
+                    seen.insert(text);
+        });
+        watcher->start();
+        calls();
+        watching = false;
+        watcher->wait();
+        delete watcher;
+        return seen.values().join(QLatin1Char('\n'));
+    }
+    // Whatever in text looks like a session token is no token the server keeps.
+    void checkNoToken(const QString& text)
+    {
+        static const QRegularExpression hex(QStringLiteral("[0-9a-f]{64}"));
+        for (const QRegularExpressionMatch& m : hex.globalMatch(text)) {
+            const QByteArray hash = QCryptographicHash::hash(QByteArray::fromHex(m.captured(0).toLatin1()),
+                                                             QCryptographicHash::Sha256);
+            ServerResult q;
+            QString error;
+            QVERIFY(m_super->exec(q,
+                                  QStringLiteral("SELECT count(*) FROM nebra.sessions WHERE token_hash = ?"),
+                                  {hash}, &error));
+            QVERIFY(q.next());
+            QVERIFY2(q.value(0).toInt() == 0, qPrintable(m.captured(0)));
+        }
+    }
+
     std::unique_ptr<test::PostgresServer> m_server;
     std::unique_ptr<ServerConnection> m_super;
 };
@@ -110,74 +148,53 @@ void ServerAttacksTest::initTestCase()
 }
 
 // A colleague with the client role's password watches the server's view of
-// every session and its log while jsmith logs in, records entries and
-// changes her password, some of it failing: neither ever shows a password
-// or a session token.
+// every session and its log while the security manager's back end logs
+// jsmith in, records entries and changes her password, some of it failing:
+// neither ever shows a password or a session token.
 void ServerAttacksTest::noSecretInQueryTextOrLog()
 {
     // A hash cost that keeps each call running for a while, so that the watcher sees it running.
     admin([](ServerAdministration& a, QString* e) { return a.setPolicy(5, 10, e); });
-    const std::unique_ptr<ServerConnection> workstation = openConnection(m_server->client());
-    ServerSession session(*workstation, QStringLiteral("pc"));
-    std::atomic<bool> watching{true};
-    QSet<QString> seen;
-    QThread* watcher = QThread::create([&] {
-        const std::unique_ptr<ServerConnection> observer = openConnection(m_server->client());
-        while (watching)
-            for (const QString& text : othersActivity(*observer))
-                seen.insert(text);
-    });
-    watcher->start();
+    SecuritySettings settings;
+    settings.backend = SecuritySettings::Backend::Server;
+    settings.server = m_server->client();
     QString error;
-    const ServerLogIn in = session.logIn(QStringLiteral("jsmith"), SecretBytes("correct horse"));
-    QCOMPARE(in.status, LogInStatus::Success);
-    QVERIFY(session.record(in.token, QStringLiteral("Reader"), QStringLiteral("Plate read"), &error) > 0);
-    QCOMPARE(
-        session.changePassword(in.token, SecretBytes("correct horse"), SecretBytes("new password 1"), &error),
-        ServerPasswordChange::Changed);
-
-    // A fault in the trail makes each of the calls fail, so the server logs them as errors.
-    superuser(
-        QStringLiteral("CREATE FUNCTION public.fail() RETURNS trigger LANGUAGE plpgsql AS "
-                       "$$ BEGIN RAISE EXCEPTION 'injected failure'; END $$; "
-                       "CREATE TRIGGER injected BEFORE INSERT ON nebra.audit_trail FOR EACH ROW EXECUTE "
-                       "FUNCTION public.fail()"));
-    QCOMPARE(session.logIn(QStringLiteral("jsmith"), SecretBytes("new password 1")).status,
-             LogInStatus::Error);
-    QCOMPARE(session.record(in.token, QStringLiteral("Reader"), QStringLiteral("Plate read"), &error), 0);
-    QCOMPARE(session.changePassword(in.token, SecretBytes("new password 1"), SecretBytes("new password 2"),
-                                    &error),
-             ServerPasswordChange::Error);
-    superuser(QStringLiteral("DROP TRIGGER injected ON nebra.audit_trail; DROP FUNCTION public.fail()"));
-    watching = false;
-    watcher->wait();
-    delete watcher;
-    admin([](ServerAdministration& a, QString* e) { return a.setPolicy(5, 4, e); });
+    const std::unique_ptr<ServerSecurityBackend> manager = ServerSecurityBackend::open(settings, &error);
+    QVERIFY2(manager, qPrintable(error));
+    const QString seen = watchedWhile([&] {
+        QCOMPARE(manager->logIn(QStringLiteral("jsmith"), SecretBytes("correct horse")).status,
+                 LogInStatus::Success);
+        QVERIFY(manager->append({}, QStringLiteral("Reader"), QStringLiteral("Plate read")).sequence > 0);
+        QVERIFY(manager->storeNewPassword({}, SecretBytes("correct horse"), SecretBytes("new password 1"),
+                                          &error));
+        // A fault in the trail makes each call fail, so the server logs them as errors.
+        superuser(QStringLiteral("CREATE FUNCTION public.fail() RETURNS trigger LANGUAGE plpgsql AS "
+                                 "$$ BEGIN RAISE EXCEPTION 'injected failure'; END $$; "
+                                 "CREATE TRIGGER injected BEFORE INSERT ON nebra.audit_trail FOR EACH ROW "
+                                 "EXECUTE FUNCTION public.fail()"));
+        QCOMPARE(manager->logIn(QStringLiteral("jsmith"), SecretBytes("new password 1")).status,
+                 LogInStatus::Error);
+        QCOMPARE(manager->append({}, QStringLiteral("Reader"), QStringLiteral("Plate read")).sequence, 0);
+        QVERIFY(!manager->storeNewPassword({}, SecretBytes("new password 1"), SecretBytes("new password 2"),
+                                           &error));
+        superuser(QStringLiteral("DROP TRIGGER injected ON nebra.audit_trail; DROP FUNCTION public.fail()"));
+    });
+    manager->endSession({}, QStringLiteral("Log out"));
+    admin([](ServerAdministration& a, QString* e) {
+        return a.setPolicy(5, 4, e) &&
+               a.setPassword(QStringLiteral("jsmith"), SecretBytes("correct horse"), false, e);
+    });
 
     const QString log = m_server->logText();
     QVERIFY2(log.contains(QLatin1String("injected failure")), qPrintable(log)); // the errors were logged
-    const QString everything = seen.values().join(QLatin1Char('\n')) + QLatin1Char('\n') + log;
     for (const char* secret : {"correct horse", "new password 1", "new password 2"})
-        QVERIFY2(!everything.contains(QLatin1String(secret)), secret);
-    // No session's token: whatever looks like one is checked against the tokens the server keeps.
-    static const QRegularExpression hex(QStringLiteral("[0-9a-f]{64}"));
-    for (const QRegularExpressionMatch& m : hex.globalMatch(everything)) {
-        const QByteArray hash = QCryptographicHash::hash(QByteArray::fromHex(m.captured(0).toLatin1()),
-                                                         QCryptographicHash::Sha256);
-        ServerResult q;
-        QVERIFY(m_super->exec(q, QStringLiteral("SELECT count(*) FROM nebra.sessions WHERE token_hash = ?"),
-                              {hash}, &error));
-        QVERIFY(q.next());
-        QVERIFY2(q.value(0).toInt() == 0, qPrintable(m.captured(0)));
-    }
-    QVERIFY(session.logOut(in.token, QStringLiteral("Log out"), &error));
-    admin([](ServerAdministration& a, QString* e) {
-        return a.setPassword(QStringLiteral("jsmith"), SecretBytes("correct horse"), false, e);
-    });
+        QVERIFY2(!seen.contains(QLatin1String(secret)) && !log.contains(QLatin1String(secret)), secret);
+    checkNoToken(seen + QLatin1Char('\n') + log);
     // The second layer is the server's: the client role cannot set it back.
+    const std::unique_ptr<ServerConnection> client = openConnection(m_server->client());
     for (const char* setting : {"SET track_activities = on", "SET log_min_error_statement = error"}) {
-        QVERIFY2(!workstation->execScript(QLatin1String(setting), &error), setting);
-        QCOMPARE(workstation->lastState(), InsufficientPrivilege);
+        QVERIFY2(!client->execScript(QLatin1String(setting), &error), setting);
+        QCOMPARE(client->lastState(), InsufficientPrivilege);
     }
 }
 
