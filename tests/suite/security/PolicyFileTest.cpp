@@ -1,4 +1,5 @@
 #include "SecurityStore.h"
+#include "SettingsStore.h"
 #include "SuiteSettings.h"
 #include "TestFiles.h"
 #include "UserFolders.h"
