@@ -207,6 +207,42 @@ private Q_SLOTS:
         QCOMPARE(secadmin({"grant", "mallory", "*", "*"}).exitCode, 1);
     }
 
+    // 8: the database written back from a copy made before a change, beside
+    // the head that recorded the change: the store does not open, verify
+    // names the entry the head knows and the database lacks, and no further
+    // change is made.
+    void aDatabaseBehindItsHeadIsFound()
+    {
+        QVERIFY(QFile::copy(database(), saved()));
+        administer({"disable-user", "mallory"});
+        QVERIFY(QFile::remove(database()));
+        QVERIFY(QFile::copy(saved(), database()));
+
+        QString error;
+        QVERIFY(!SecurityStore::open(m_fixture->settings(), &error));
+        const Run verify = secadmin({"verify"});
+        QCOMPARE(verify.exitCode, 1);
+        QVERIFY2(verify.out.contains(QLatin1String("the newest entry has been cut off")),
+                 qPrintable(verify.out));
+        QCOMPARE(secadmin({"enable-user", "mallory"}).exitCode, 1);
+    }
+
+    // A row whose MAC cannot be written while every row is sealed afresh
+    // (a fault injected in the database) fails the change as a whole:
+    // nothing of it is kept, and the store still verifies.
+    void aSealThatCannotBeWrittenChangesNothing()
+    {
+        m_fixture->tamper({"CREATE TRIGGER injected BEFORE UPDATE OF mac ON roles "
+                           "BEGIN SELECT RAISE(ABORT, 'injected failure'); END"});
+        const Run granted = secadmin({"grant", "mallory", "Layouts", "Edit"});
+        QCOMPARE(granted.exitCode, 1);
+        QVERIFY2(granted.err.contains(QLatin1String("injected failure")), qPrintable(granted.err));
+        m_fixture->tamper({"DROP TRIGGER injected"});
+        QVERIFY(!allowed(QStringLiteral("mallory"), QStringLiteral("Layouts"), QStringLiteral("Edit")));
+        const Run verify = secadmin({"verify"});
+        QVERIFY2(verify.exitCode == 0, qPrintable(verify.out));
+    }
+
     // 9: a password typed into the name field is recorded only as a label
     // that costs a password hash's work per guess: an attacker holding the
     // key, with a dictionary that holds the password, gets nowhere in a second.
