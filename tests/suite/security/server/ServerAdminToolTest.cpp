@@ -12,7 +12,6 @@
 #include "UserFolders.h"
 
 #include <QProcess>
-#include <QSqlQuery>
 #include <QtTest>
 
 #include <unistd.h>
@@ -98,7 +97,7 @@ private Q_SLOTS:
         const std::unique_ptr<ServerConnection> owner =
             connectTo(QStringLiteral("raced"), test::PostgresServer::Superuser);
         QVERIFY(owner);
-        QSqlQuery q(owner->database());
+        ServerResult q;
         QString error;
         QVERIFY2(owner->exec(q,
                              QStringLiteral("SELECT count(*), count(DISTINCT version), max(version) "
@@ -195,7 +194,7 @@ private Q_SLOTS:
         settings.database = QStringLiteral("migrated");
         QString error;
         const std::unique_ptr<ServerConnection> owner = ServerConnection::open(settings, &error);
-        QSqlQuery q(owner->database());
+        ServerResult q;
         QVERIFY(owner->exec(q, QStringLiteral("SELECT text FROM nebra.audit_trail ORDER BY seq LIMIT ?"),
                             {before.size()}, &error));
         QStringList copied;
@@ -274,7 +273,7 @@ private Q_SLOTS:
         QCOMPARE(cases.newestTexts(1), QStringList{"Audit chain head sealed afresh by the administrator"});
         QCOMPARE(cases.run({"add-role", "D"}).exitCode, 0);
         // The head's guard is back in force.
-        QSqlQuery q(owner->database());
+        ServerResult q;
         QVERIFY(owner->exec(q,
                             QStringLiteral("SELECT tgenabled FROM pg_trigger WHERE tgname = "
                                            "'audit_head_forward_only'"),

@@ -11,7 +11,6 @@
 
 #include <QProcess>
 #include <QSet>
-#include <QSqlQuery>
 #include <QtTest>
 
 using namespace nebra;
@@ -44,7 +43,7 @@ private:
     // The newest audit entry, as the owner reads it: user and text.
     std::pair<QString, QString> newestEntry()
     {
-        QSqlQuery q(m_owner->database());
+        ServerResult q;
         QString error;
         if (!m_owner->exec(
                 q, QStringLiteral("SELECT user_name, text FROM nebra.audit_trail ORDER BY seq DESC LIMIT 1"),
@@ -55,7 +54,7 @@ private:
     }
     void admin(const std::function<bool(ServerAdministration&, QString*)>& change)
     {
-        ServerAdministration administration(*m_owner, QStringLiteral("root"), QStringLiteral("pc"));
+        ServerAdministration administration(*m_owner, QStringLiteral("pc"));
         QString error;
         QVERIFY2(change(administration, &error), qPrintable(error));
     }
@@ -269,12 +268,12 @@ void ServerSessionTest::serverRestartsMidSession()
             0);
     m_owner = connect(m_server->superuser());
     m_client = connect(m_server->client());
-    QSqlQuery q(m_owner->database());
+    ServerResult q;
     QVERIFY(m_owner->exec(
         q, QStringLiteral("SELECT count(*) FROM nebra.audit_trail WHERE text = 'While down'"), {}, &error));
     QVERIFY(q.next());
     QCOMPARE(q.value(0).toInt(), 0);
-    ServerAdministration administration(*m_owner, QStringLiteral("root"), QStringLiteral("pc"));
+    ServerAdministration administration(*m_owner, QStringLiteral("pc"));
     QVERIFY(administration.verify().ok);
 }
 
@@ -283,7 +282,7 @@ void ServerSessionTest::serverRestartsMidSession()
 // writer's text, the sequence has no gaps and the chain holds.
 void ServerSessionTest::workstationsWritingAtOnceLoseNothing()
 {
-    ServerAdministration administration(*m_owner, QStringLiteral("root"), QStringLiteral("pc"));
+    ServerAdministration administration(*m_owner, QStringLiteral("pc"));
     const qint64 before = administration.verify().entryCount;
     std::vector<std::unique_ptr<QProcess>> writers;
     for (int i = 0; i < 8; ++i) {
@@ -309,7 +308,7 @@ void ServerSessionTest::workstationsWritingAtOnceLoseNothing()
     const AuditVerification verification = administration.verify();
     QVERIFY2(verification.ok, qPrintable(verification.message));
     QCOMPARE(verification.entryCount - before, reported);
-    QSqlQuery q(m_owner->database());
+    ServerResult q;
     QString error;
     QVERIFY(m_owner->exec(
         q, QStringLiteral("SELECT seq FROM nebra.audit_trail WHERE seq > ? AND text LIKE 'Plate read by %'"),
