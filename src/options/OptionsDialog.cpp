@@ -240,7 +240,7 @@ void OptionsDialog::fillDrivers()
             m_lstHLDs->addItem(driver.FullName);
     }
     if (m_lstHLDs->count() > 0) {
-        // A CurrentHLD outside the catalogue selects nothing, so OK leaves it as it is.
+        // A CurrentHLD outside the catalogue selects nothing; OK then stores 0.
         const int row = m_settings.CurrentHLD() - 1;
         if (row >= 0 && row < m_lstHLDs->count())
             m_lstHLDs->setCurrentRow(row);
@@ -265,8 +265,9 @@ void OptionsDialog::onOK()
 
 bool OptionsDialog::applyDriver()
 {
+    // No line selected is index -1: CurrentHLD becomes 0, and the change is handled like any other.
     const int row = m_lstHLDs->currentRow();
-    if (m_lstHLDs->count() == 0 || row < 0 || row == m_settings.CurrentHLD() - 1)
+    if (m_lstHLDs->count() == 0 || row == m_settings.CurrentHLD() - 1)
         return true;
     if (!m_settings.SetCurrentHLD(row + 1)) {
         Messages::show({QStringLiteral("The instrument driver could not be saved in the settings file, "

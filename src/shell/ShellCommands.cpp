@@ -3,6 +3,7 @@
 #include "CommandDispatcher.h"
 #include "Messages.h"
 #include "ToolBarsControl.h"
+#include "ToolDefinitions.h"
 
 #include <QAction>
 #include <QDesktopServices>
@@ -13,9 +14,8 @@ namespace nebra {
 
 void ShellCommands::Register(CommandDispatcher& commands, QObject* owner, const QString& productTitle)
 {
-    commands.setCommand(QStringLiteral("ID_About"),
-                        [owner, productTitle] { ShowAbout(owner, productTitle); });
-    commands.setCommand(QStringLiteral("ID_Quorvix"), [] { OpenMakerPage(); });
+    commands.setCommand(CommandId::About, [owner, productTitle] { ShowAbout(owner, productTitle); });
+    commands.setCommand(CommandId::Quorvix, [] { OpenMakerPage(); });
 }
 
 QString ShellCommands::aboutText(const QString& productTitle)
@@ -49,7 +49,7 @@ bool ShellCommands::ApplyMenuFont(ToolBarsControl& tools)
 
 void ShellCommands::AddShortcutKeys(ToolBarsControl& tools)
 {
-    if (QAction* help = tools.action(QStringLiteral("ID_HelpContext")))
+    if (QAction* help = tools.action(ToolDefinitions::toolId(CommandId::HelpContext)))
         help->setShortcut(QKeySequence::HelpContents);
 }
 

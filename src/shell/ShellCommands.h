@@ -18,7 +18,7 @@ public:
     static constexpr const char* MakerPageAddress = "https://www.quorvix.example/support";
     static constexpr const char* MenuFontFamily = "Tahoma";
 
-    // Sets the commands of ID_About and ID_Quorvix. The About box is owned by owner.
+    // Sets the commands About and Quorvix. The About box is owned by owner.
     static void Register(CommandDispatcher& commands, QObject* owner, const QString& productTitle);
 
     // The About box: the product title, the program's version and the Qt version.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 #include <functional>
 
@@ -25,9 +26,7 @@ struct WizardHooks
     // Refills the tree's Results node from the disk.
     std::function<void()> recreateResultsNode;
     // Starts the assay application on a newly made protocol (and its second file).
-    std::function<void(const QString& path)> openNewProtocol;
-    // Writes a line to the diagnostic log.
-    std::function<void(const QString& line)> logTrace;
+    std::function<void(const QStringList& files)> openNewProtocol;
 };
 
 } // namespace nebra

@@ -1,6 +1,7 @@
 #include "WizardRunner.h"
 
 #include "AssayProtocolWizard.h"
+#include "DiagnosticLog.h"
 #include "Messages.h"
 #include "SharedWizardState.h"
 #include "SuiteSettings.h"
@@ -54,15 +55,13 @@ bool WizardRunner::RunWizard(const WizardEntry& entry, QWidget* owner)
     AssayProtocolWizard* wizard = m_host.CreateWizard(entry.ProgID, &reason);
     hourglass.restore();
     if (!wizard) {
-        if (m_hooks.logTrace)
-            m_hooks.logTrace(
-                QStringLiteral("Wizard \"%1\" (%2) not started: %3").arg(entry.Name, entry.ProgID, reason));
-        m_newProtocolPath.clear();
+        LogNote(QStringLiteral("Wizard \"%1\" (%2) not started: %3").arg(entry.Name, entry.ProgID, reason));
+        m_newFiles.clear();
         return failed(owner);
     }
     const int result = m_host.Run(*wizard, owner, context);
     QCoreApplication::processEvents();
-    m_newProtocolPath.clear();
+    m_newFiles.clear();
     switch (result) {
     case WizardResult::Abandoned:
         return false;
@@ -87,9 +86,9 @@ bool WizardRunner::succeeded(const AssayProtocolWizard& wizard, QWidget* owner)
                         MessageIcon::Information, MessageButton::Ok, MessageButton::Ok, owner});
         return true;
     }
-    m_newProtocolPath = wizard.NewFileName();
+    m_newFiles = QStringList{wizard.NewFileName()};
     if (wizard.HasSecondFile())
-        m_newProtocolPath += QStringLiteral("; ") + wizard.SecondFileName();
+        m_newFiles.append(wizard.SecondFileName());
     return true;
 }
 
@@ -105,8 +104,8 @@ void WizardRunner::RunSelectedWizard(const WizardEntry& entry, QWidget* owner,
         if (unloadCaller)
             unloadCaller();
         QCoreApplication::processEvents();
-        if (!m_newProtocolPath.isEmpty() && m_hooks.openNewProtocol)
-            m_hooks.openNewProtocol(m_newProtocolPath);
+        if (!m_newFiles.isEmpty() && m_hooks.openNewProtocol)
+            m_hooks.openNewProtocol(m_newFiles);
     }
     if (m_hooks.recreateResultsNode)
         m_hooks.recreateResultsNode();

@@ -28,12 +28,13 @@ class WizardHost;
 //          SecondFileName when HasSecondFile); true, no box.
 //   other  a plain box "Error in Wizard"; false.
 // A wizard whose plug-in cannot be loaded is a failure as well: its
-// loader's reason goes to the diagnostic log and "Error in Wizard" is shown.
+// loader's reason goes out as a log note and "Error in Wizard" is shown.
 //
 // RunSelectedWizard: remembers CurrentHLD; RunWizard; sends the shared
 // state the end-of-run request (1048); calls handleChangedHLD when
 // CurrentHLD changed; after a success calls unloadCaller, lets pending
-// events run and opens NewProtocolPath when there is one; last, always,
+// events run and opens the new files when there are any (each is a
+// document of its own to the rest of the Organiser); last, always,
 // recreateResultsNode.
 class WizardRunner
 {
@@ -45,7 +46,8 @@ public:
     void RunSelectedWizard(const WizardEntry& entry, QWidget* owner,
                            const std::function<void()>& unloadCaller);
 
-    QString NewProtocolPath() const { return m_newProtocolPath; }
+    // The new files joined by "; ", as the protocol editor is given them.
+    QString NewProtocolPath() const { return m_newFiles.join(QStringLiteral("; ")); }
     const WizardHooks& hooks() const { return m_hooks; }
 
     static QString errorText() { return QStringLiteral("Error in Wizard"); }
@@ -59,7 +61,7 @@ private:
     SuiteSettings& m_settings;
     WizardHooks m_hooks;
     QString m_successTitle;
-    QString m_newProtocolPath;
+    QStringList m_newFiles;
 };
 
 } // namespace nebra

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 #include <QStringList>
 
@@ -70,6 +71,14 @@ public:
     // The documents last opened, run or created through the Organiser, newest first.
     QStringList RecentDocuments() const;
     bool SetRecentDocuments(const QStringList& paths);
+
+    // The help window's size and place (as QWidget::saveGeometry() gives
+    // them) and its text size in steps from the normal size, in the "[Help]"
+    // group. A setter that is given the stored value writes nothing.
+    QByteArray HelpWindowGeometry() const;
+    bool SetHelpWindowGeometry(const QByteArray& geometry);
+    int HelpTextSize() const;
+    bool SetHelpTextSize(int steps);
 
     // Bracket a run of folder creation; writes made in between reach the disk together.
     void BeginFolderUpdate();

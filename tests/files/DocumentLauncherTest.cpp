@@ -232,14 +232,18 @@ private Q_SLOTS:
         QCOMPARE(argv.mid(1), QByteArrayList{m_document.toUtf8()});
     }
 
+    // A wizard's two files reach the editor joined by "; ", as the rest of its command line, and
+    // are two recent documents.
     void aNewlyMadeProtocolOpensUnquotedUnchecked()
     {
-        const QString made = QStringLiteral("/data/Protocols/New Assay 1.apr");
+        const QStringList made{QStringLiteral("/data/Protocols/New Assay 1.apr"),
+                               QStringLiteral("/data/Layouts/New Assay 1.mlo")};
         const QString program = programFor(QStringLiteral("AssayApplicationPath"));
         m_launcher->OpenNewProtocol(made);
-        QCOMPARE(m_launcher->lastCommandLine().text, program + ' ' + made);
-        QCOMPARE(startedArgv(), QByteArrayList({QFile::encodeName(program), made.toUtf8()}));
+        QCOMPARE(m_launcher->lastCommandLine().text, program + ' ' + made.join("; "));
+        QCOMPARE(startedArgv(), QByteArrayList({QFile::encodeName(program), made.join("; ").toUtf8()}));
         QVERIFY(m_events.isEmpty());
+        QCOMPARE(m_used, made);
     }
 
     // Only a document whose program was started counts as used (recent documents).

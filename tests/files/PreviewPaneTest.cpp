@@ -65,7 +65,7 @@ private Q_SLOTS:
         m_nodePages.clear();
         m_pane = std::make_unique<PreviewPane>(
             *m_browser, *m_viewer, *m_paths,
-            PreviewPane::Hooks{[this] { return folderKindFromData(m_type); },
+            PreviewPane::Hooks{[this] { return documentTypeFromData(m_type); },
                                [this](const QString& page) { m_nodePages << page; }});
     }
 

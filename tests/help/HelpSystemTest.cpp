@@ -38,11 +38,10 @@ struct Fixture
             window = static_cast<HelpWindow*>(made.get());
             return made;
         });
-        help.setContextHooks([this] { calls << QStringLiteral("reset"); },
-                             [this] {
-                                 calls << QStringLiteral("kind");
-                                 return folderKind;
-                             });
+        help.setSelectedDocumentType([this] {
+            calls << QStringLiteral("kind");
+            return folderKind;
+        });
     }
 
     QUrl shownPage() const { return window ? window->browser().source() : QUrl(); }
@@ -55,7 +54,7 @@ class HelpSystemTest : public QObject
     Q_OBJECT
 
 private slots:
-    void contextHelpFollowsTheFolderKind_data()
+    void contextHelpFollowsTheDocumentType_data()
     {
         QTest::addColumn<int>("kind");
         QTest::addColumn<QString>("page"); // empty: nothing is shown
@@ -69,14 +68,14 @@ private slots:
         QTest::newRow("a negative kind") << -1 << "";
     }
 
-    void contextHelpFollowsTheFolderKind()
+    void contextHelpFollowsTheDocumentType()
     {
         QFETCH(int, kind);
         QFETCH(QString, page);
         Fixture f;
         f.folderKind = kind;
         f.help.ShowContextHelp();
-        QCOMPARE(f.calls, QStringList({"reset", "kind"}));
+        QCOMPARE(f.calls, QStringList({"kind"}));
         QCOMPARE(f.help.IsDisplayingHelp(), !page.isEmpty());
         if (page.isEmpty()) {
             QVERIFY(!f.window);

@@ -180,7 +180,8 @@ private Q_SLOTS:
         QTest::newRow("visited, kept") << two << 2 << true << 1 << -1 << 2;
         QTest::newRow("visited, another picked") << two << 2 << true << 1 << 0 << 1;
         QTest::newRow("no drivers installed") << QStringList() << 1 << true << -1 << -1 << 1;
-        QTest::newRow("current beyond the catalogue") << two << 5 << true << -1 << -1 << 5;
+        // No line selected is the index -1: the driver becomes 0, a change handled like any other.
+        QTest::newRow("current beyond the catalogue") << two << 5 << true << -1 << -1 << 0;
         QTest::newRow("beyond, then picked") << two << 5 << true << -1 << 1 << 2;
     }
 

@@ -1,5 +1,7 @@
 #include "Authorisation.h"
+#include "CommandControls.h"
 #include "DialogScript.h"
+#include "MainWindow.h"
 #include "MessageRecorder.h"
 #include "NebraSecurityManager.h"
 #include "SecurityFixture.h"
@@ -7,9 +9,8 @@
 #include "StatusBarControl.h"
 #include "SuiteSettings.h"
 #include "ToolBarsControl.h"
+#include "WindowParts.h"
 
-#include <QMainWindow>
-#include <QStatusBar>
 #include <QTest>
 
 using namespace nebra;
@@ -25,7 +26,8 @@ class AuthorisationTest : public QObject
 
     std::unique_ptr<SecuritySite> m_site;
     std::unique_ptr<MessageRecorder> m_messages;
-    std::unique_ptr<QMainWindow> m_window;
+    std::unique_ptr<MainWindow> m_window; // not loaded: its controls, and what a session's end closes
+    std::unique_ptr<CommandControls> m_switches;
     std::unique_ptr<SettingsStore> m_store;
     std::unique_ptr<SuiteSettings> m_settings;
     std::unique_ptr<SecuritySession> m_session;
@@ -39,13 +41,13 @@ class AuthorisationTest : public QObject
         m_store->setValue(QStringLiteral("Settings/SecurityConfigured"),
                           state != SecuritySession::State::NotConfigured);
         m_settings = std::make_unique<SuiteSettings>(*m_store);
-        auto* tools = new ToolBarsControl(m_window.get());
-        auto* panels = new StatusBarControl(m_window->statusBar(), 3);
+        m_switches = std::make_unique<CommandControls>(part<ToolBarsControl>(*m_window),
+                                                       part<FolderTreeControl>(*m_window));
         auto factory = [](QString* error) {
             return NebraSecurityManager::create(SettingsStore(), {}, error);
         };
-        m_session = std::make_unique<SecuritySession>(*m_settings, nullptr, *tools, *panels, factory,
-                                                      SecuritySessionHooks{});
+        m_session = std::make_unique<SecuritySession>(*m_settings, nullptr, *m_switches,
+                                                      part<StatusBarControl>(*m_window), factory, *m_window);
         DialogScript dialogs;
         dialogs.logIn(QStringLiteral("jsmith"), QStringLiteral("correct horse"));
         QCOMPARE(m_session->StartSecuritySession(), SecuritySession::StartOutcome::Continue);
@@ -61,7 +63,10 @@ private Q_SLOTS:
     {
         m_site = std::make_unique<SecuritySite>(
             QStringList{"AuthorisationsGeneral/RunProtocol", "Instrumentation/SelectDriver"});
-        m_window = std::make_unique<QMainWindow>();
+        MainWindowOptions options;
+        options.instanceName = QStringLiteral("AuthorisationTest-%1").arg(QCoreApplication::applicationPid());
+        options.endProcess = [] {};
+        m_window = std::make_unique<MainWindow>(options);
     }
 
     void cleanup()
@@ -69,6 +74,7 @@ private Q_SLOTS:
         m_messages.reset();
         m_authorisation.reset();
         m_session.reset();
+        m_switches.reset();
         m_window.reset();
     }
 

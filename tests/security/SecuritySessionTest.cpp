@@ -10,6 +10,7 @@
 #include "SuitePaths.h"
 #include "TimeOutWarning.h"
 #include "ToolBarsControl.h"
+#include "WindowParts.h"
 
 #include <QAction>
 #include <QApplication>
@@ -86,13 +87,13 @@ private Q_SLOTS:
     {
         const std::unique_ptr<MainWindow> window = load(false);
         QVERIFY(window);
-        QVERIFY(!window->securitySession().SecurityEnabled());
-        QVERIFY(!window->statusBarControl().isPanelVisible(SecuritySession::SessionPanel));
-        QVERIFY(!window->toolBars().isToolVisible(QStringLiteral("ID_LogOut")));
-        QVERIFY(!window->toolBars().isToolVisible(QStringLiteral("ID_ChangePassword")));
+        QVERIFY(!part<SecuritySession>(*window).SecurityEnabled());
+        QVERIFY(!part<StatusBarControl>(*window).isPanelVisible(SecuritySession::SessionPanel));
+        QVERIFY(!part<ToolBarsControl>(*window).isToolVisible(QStringLiteral("ID_LogOut")));
+        QVERIFY(!part<ToolBarsControl>(*window).isToolVisible(QStringLiteral("ID_ChangePassword")));
         for (const char* id : {"ID_LogOut", "ID_ChangePassword"})
-            window->commands().ToolClick(QLatin1String(id));
-        Q_EMIT window->statusBarControl().panelClick(SecuritySession::SessionPanel);
+            part<CommandDispatcher>(*window).ToolClick(QLatin1String(id));
+        Q_EMIT part<StatusBarControl>(*window).panelClick(SecuritySession::SessionPanel);
         QVERIFY(m_dialogs->shown().isEmpty());
         QCOMPARE(m_messages->count(), 0);
         QCOMPARE(m_processEnds, 0);
@@ -147,15 +148,16 @@ private Q_SLOTS:
     {
         const std::unique_ptr<MainWindow> window = load(true);
         QVERIFY(window);
-        QCOMPARE(window->securitySession().state(), SecuritySession::State::Active);
-        QCOMPARE(window->statusBarControl().panelText(SecuritySession::SessionPanel),
+        QCOMPARE(part<SecuritySession>(*window).state(), SecuritySession::State::Active);
+        QCOMPARE(part<StatusBarControl>(*window).panelText(SecuritySession::SessionPanel),
                  QStringLiteral("Logged in as: jsmith (Jane Smith)"));
-        QVERIFY(window->statusBarControl().isPanelVisible(SecuritySession::SessionPanel));
-        QVERIFY(window->toolBars().isToolVisible(QStringLiteral("ID_LogOut")));
-        QVERIFY(window->toolBars().isToolVisible(QStringLiteral("ID_ChangePassword")));
-        QCOMPARE(window->suite().paths->SecurityManager(),
-                 window->securitySession().NebraSecurityManagerObj());
-        QVERIFY(QFileInfo(window->suite().paths->SecuredFolder()).isDir());
+        QVERIFY(part<StatusBarControl>(*window).isPanelVisible(SecuritySession::SessionPanel));
+        QVERIFY(part<ToolBarsControl>(*window).isToolVisible(QStringLiteral("ID_LogOut")));
+        QVERIFY(part<ToolBarsControl>(*window).isToolVisible(QStringLiteral("ID_ChangePassword")));
+        SettingsStore store;
+        SuitePaths paths(store);
+        paths.Initialise();
+        QVERIFY(QFileInfo(paths.SecuredFolder()).isDir());
         QString error;
         const AuditEntry last = m_site->fixture.open()->audit().entries(&error).last();
         QCOMPARE(last.area + QLatin1Char('|') + last.text, QStringLiteral("General|Launch Welcome screen"));
@@ -207,7 +209,7 @@ private Q_SLOTS:
         hidden->hide();
         // What a command run while the end is announced would get: a right of the
         // user is allowed and recorded until then, refused and unrecorded from then on.
-        const Authorisation authorisation(window->securitySession(), nullptr);
+        const Authorisation authorisation(part<SecuritySession>(*window), nullptr);
         const auto tryToRun = [&] {
             const bool allowed =
                 authorisation.CanPerformSecurityOperation(Authorisation::GeneralArea, "RunProtocol", false);
@@ -223,15 +225,15 @@ private Q_SLOTS:
             m_now += 9 * 60 * 1000;
             QCoreApplication::processEvents();
             // A tool without a command still counts as activity: another ten minutes from here.
-            window->toolBars().action(QStringLiteral("ID_HelpHelp"))->trigger();
+            part<ToolBarsControl>(*window).action(QStringLiteral("ID_HelpHelp"))->trigger();
             m_now += 10 * 60 * 1000 - 1;
             QCoreApplication::processEvents();
             QCOMPARE(m_processEnds, 0);
             m_now += 1;
         } else if (how == QLatin1String("ID_LogOut")) {
-            window->toolBars().action(how)->trigger();
+            part<ToolBarsControl>(*window).action(how)->trigger();
         } else {
-            window->securitySession().NebraSecurityManagerObj_UserLoggedOut(QStringLiteral("jsmith"), 2);
+            part<SecuritySession>(*window).NebraSecurityManagerObj_UserLoggedOut(QStringLiteral("jsmith"), 2);
         }
         QTRY_COMPARE_WITH_TIMEOUT(m_processEnds, 1, 5000);
         QCOMPARE(passedWhileShown, 0);
@@ -242,7 +244,7 @@ private Q_SLOTS:
         QVERIFY(!other.isVisible());
         QTRY_VERIFY_WITH_TIMEOUT(hidden.isNull(), 5000);
         QVERIFY(!window->isVisible());
-        QVERIFY(!window->securitySession().SecurityEnabled());
+        QVERIFY(!part<SecuritySession>(*window).SecurityEnabled());
         if (!audit.isEmpty())
             QCOMPARE(m_site->fixture.auditTexts().last(), audit);
     }
@@ -279,7 +281,7 @@ private Q_SLOTS:
         const int warnAt = 10 * 60 - (warningSeconds < 0 ? 60 : warningSeconds);
         const std::unique_ptr<MainWindow> window = load(true);
         QVERIFY(window);
-        TimeOutWarning* warning = window->securitySession().timeOutWarning();
+        TimeOutWarning* warning = part<SecuritySession>(*window).timeOutWarning();
         QCOMPARE(warning == nullptr, action == QLatin1String("none shown"));
         m_now += qint64(warnAt) * 1000 - 1;
         QCoreApplication::processEvents();
@@ -298,7 +300,7 @@ private Q_SLOTS:
         if (action == QLatin1String("stay"))
             warning->stayButton()->click();
         else if (action == QLatin1String("command"))
-            window->toolBars().action(QStringLiteral("ID_HelpHelp"))->trigger();
+            part<ToolBarsControl>(*window).action(QStringLiteral("ID_HelpHelp"))->trigger();
         else if (action == QLatin1String("log out"))
             warning->logOutButton()->click();
         if (outcome == QLatin1String("running")) {
@@ -307,7 +309,7 @@ private Q_SLOTS:
             QCoreApplication::processEvents();
             QCOMPARE(m_processEnds, 0);
             QCOMPARE(m_messages->count(), 0);
-            QVERIFY(window->securitySession().SecurityEnabled());
+            QVERIFY(part<SecuritySession>(*window).SecurityEnabled());
             return;
         }
         if (action != QLatin1String("log out"))

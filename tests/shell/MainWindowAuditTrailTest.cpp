@@ -11,6 +11,7 @@
 #include "TestFiles.h"
 #include "ToolBarsControl.h"
 #include "WebEngineTestMain.h"
+#include "WindowParts.h"
 
 #include <QAbstractItemModel>
 #include <QAction>
@@ -57,14 +58,17 @@ class MainWindowAuditTrailTest : public QObject
         QCOMPARE(m_window->Load(), MainWindow::LoadOutcome::Loaded);
     }
 
-    QAction* command() const { return m_window->toolBars().action(QStringLiteral("ID_AuditTrail")); }
+    QAction* command() const
+    {
+        return part<ToolBarsControl>(*m_window).action(QStringLiteral("ID_AuditTrail"));
+    }
 
     // Opens the viewer with the right granted and waits for its first rows and chain check.
     AuditTrailWindow* openViewer()
     {
         load(true, {QStringLiteral("Security/ViewAuditTrail")});
         command()->trigger();
-        AuditTrailWindow* viewer = m_window->auditTrailWindow();
+        AuditTrailWindow* viewer = m_window->findChild<AuditTrailWindow*>();
         if (viewer && !QTest::qWaitFor([viewer] { return !viewer->chainStatus().checking(); }, 10000))
             qWarning("The chain check did not end");
         return viewer;
@@ -122,10 +126,11 @@ private Q_SLOTS:
         load(security, {QStringLiteral("Security/ViewAuditTrail")});
         QCOMPARE(command()->isVisible(), security);
         QCOMPARE(command()->isEnabled(), security);
-        QCOMPARE(m_window->toolBars().menu(QStringLiteral("ID_Tools"))->menuAction()->isVisible(), security);
+        QCOMPARE(part<ToolBarsControl>(*m_window).menu(QStringLiteral("ID_Tools"))->menuAction()->isVisible(),
+                 security);
         if (!security) {
-            m_window->commands().ToolClick(QStringLiteral("ID_AuditTrail"));
-            QVERIFY(!m_window->auditTrailWindow());
+            part<CommandDispatcher>(*m_window).ToolClick(QStringLiteral("ID_AuditTrail"));
+            QVERIFY(!m_window->findChild<AuditTrailWindow*>());
         }
     }
 
@@ -134,7 +139,7 @@ private Q_SLOTS:
         load(true, {});
         const int entries = m_site->fixture.auditTexts().size();
         command()->trigger();
-        QVERIFY(!m_window->auditTrailWindow());
+        QVERIFY(!m_window->findChild<AuditTrailWindow*>());
         QCOMPARE(m_messages->count(), 1);
         QCOMPARE(m_messages->last().text, Authorisation::permissionDeniedText());
         QCOMPARE(m_messages->last().title, QStringLiteral("Security Manager"));
@@ -166,7 +171,7 @@ private Q_SLOTS:
         viewer->filterBar().findChild<QPushButton*>(QStringLiteral("cmdClear"))->click();
         QTRY_COMPARE_WITH_TIMEOUT(rows(*viewer), all, 5000);
 
-        m_window->toolBars().action(QStringLiteral("ID_LogOut"))->trigger();
+        part<ToolBarsControl>(*m_window).action(QStringLiteral("ID_LogOut"))->trigger();
         QTRY_COMPARE_WITH_TIMEOUT(m_processEnds, 1, 5000);
         QTRY_VERIFY_WITH_TIMEOUT(open.isNull(), 5000);
         QVERIFY(!command()->isEnabled());

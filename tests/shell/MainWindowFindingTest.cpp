@@ -1,15 +1,15 @@
 #include "BrowserControl.h"
 #include "FileListControl.h"
 #include "FileListFilterBox.h"
+#include "FileView.h"
 #include "FolderTreeControl.h"
 #include "LoadedOrganiser.h"
 #include "MainWindow.h"
-#include "OrganiserTree.h"
-#include "RecentDocuments.h"
 #include "RecordingPrograms.h"
 #include "TestFiles.h"
 #include "ToolBarsControl.h"
 #include "WebEngineTestMain.h"
+#include "WindowParts.h"
 
 #include <QAction>
 #include <QMenu>
@@ -37,7 +37,8 @@ private:
 
     QMenu* recentMenu() const
     {
-        for (QAction* action : m_site->window->toolBars().menu(QStringLiteral("ID_File"))->actions())
+        for (QAction* action :
+             part<ToolBarsControl>(*m_site->window).menu(QStringLiteral("ID_File"))->actions())
             if (action->menu() && action->menu()->accessibleName() == QLatin1String("Recent documents"))
                 return action->menu();
         return nullptr;
@@ -45,9 +46,9 @@ private:
 
     void open(const QString& path)
     {
-        m_site->window->ShowDocument(path);
-        QCOMPARE(m_site->window->fileList().firstSelectedItem().path(), path);
-        m_site->window->PerformDocumentCommand(DocumentCommand::Open);
+        part<FileView>(*m_site->window).ShowDocument(path);
+        QCOMPARE(part<FileListControl>(*m_site->window).firstSelectedItem().path(), path);
+        tool(*m_site->window, CommandId::Open).trigger();
         m_programs->waitForRecords(1);
         m_programs->clear();
     }
@@ -55,9 +56,12 @@ private:
     int welcomeRecentLinks()
     {
         int links = -1;
-        m_site->window->browser()->view()->page()->runJavaScript(
-            QStringLiteral("document.querySelectorAll('#organiser-recent a').length"),
-            QWebEngineScript::ApplicationWorld, [&](const QVariant& result) { links = result.toInt(); });
+        part<BrowserControl>(*m_site->window)
+            .view()
+            ->page()
+            ->runJavaScript(QStringLiteral("document.querySelectorAll('#organiser-recent a').length"),
+                            QWebEngineScript::ApplicationWorld,
+                            [&](const QVariant& result) { links = result.toInt(); });
         if (!QTest::qWaitFor([&] { return links >= 0; }, 10000))
             qWarning("The page did not answer");
         return links;
@@ -95,10 +99,11 @@ private Q_SLOTS:
             for (const char* key : {"ShowFileListFilter", "ShowRecentDocuments", "ShowInFileManager"})
                 LoadedOrganiser::set(QStringLiteral("Settings/") + QLatin1String(key), false);
         MainWindow& window = load();
-        QCOMPARE(window.fileList().filterBox()->isVisible(), on);
+        QCOMPARE(part<FileListControl>(window).filterBox()->isVisible(), on);
         QCOMPARE(recentMenu() != nullptr, on);
-        QCOMPARE(window.recentDocuments() != nullptr, on);
-        QCOMPARE(window.fileList().findChild<QAction*>(QStringLiteral("ShowInFileManager")) != nullptr, on);
+        QCOMPARE(part<FileListControl>(window).findChild<QAction*>(QStringLiteral("ShowInFileManager")) !=
+                     nullptr,
+                 on);
     }
 
     // Opening documents fills File > Recent, newest first; choosing one
@@ -117,25 +122,26 @@ private Q_SLOTS:
         QCOMPARE(menu->actions().size(), 2);
         QCOMPARE(menu->actions().at(1)->text(), QStringLiteral("&2  BCA Protein Assay.apr"));
 
-        window.folderTree().setCurrentNode(window.organiserTree().layoutsNode());
-        window.fileList().setNameFilter(QStringLiteral("Kinetic"));
+        part<FolderTreeControl>(window).setCurrentNode(branch(window, DocumentType::Layouts));
+        part<FileListControl>(window).setNameFilter(QStringLiteral("Kinetic"));
         menu->actions().at(1)->trigger();
-        QCOMPARE(window.folderTree().currentNode().folderPath(), doc("Protocols"));
-        QCOMPARE(window.fileList().selectedCount(), 1);
-        QCOMPARE(window.fileList().firstSelectedItem().path(), bca);
+        QCOMPARE(part<FolderTreeControl>(window).currentNode().folderPath(), doc("Protocols"));
+        QCOMPARE(part<FileListControl>(window).selectedCount(), 1);
+        QCOMPARE(part<FileListControl>(window).firstSelectedItem().path(), bca);
 
-        window.folderTree().setCurrentNode(window.organiserTree().rootNode());
+        part<FolderTreeControl>(window).setCurrentNode(branch(window, DocumentType::None));
         QTRY_COMPARE_WITH_TIMEOUT(welcomeRecentLinks(), 2, 10000);
         bool cancel = false;
-        Q_EMIT window.browser()->BeforeNavigate2(QUrl(QStringLiteral("organiser:%5CRecent%201")), cancel);
+        Q_EMIT part<BrowserControl>(window).BeforeNavigate2(QUrl(QStringLiteral("organiser:%5CRecent%201")),
+                                                            cancel);
         QVERIFY(cancel);
-        QTRY_COMPARE_WITH_TIMEOUT(window.fileList().firstSelectedItem().path(), elisa, 5000);
+        QTRY_COMPARE_WITH_TIMEOUT(part<FileListControl>(window).firstSelectedItem().path(), elisa, 5000);
 
         // A vanished document leaves the lists; one outside the tree is reported.
         QVERIFY(QFile::remove(elisa));
         Q_EMIT menu->aboutToShow();
         QCOMPARE(menu->actions().size(), 1);
-        window.ShowDocument(m_site->folders.root() + "/elsewhere.apr");
+        part<FileView>(window).ShowDocument(m_site->folders.root() + "/elsewhere.apr");
         QCOMPARE(m_site->messages.count(), 1);
         QCOMPARE(m_site->messages.last().title, QStringLiteral("Recent Documents"));
     }

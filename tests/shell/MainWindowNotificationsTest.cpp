@@ -1,11 +1,12 @@
 #include "FileListControl.h"
 #include "FolderTreeControl.h"
+#include "FolderTreeModel.h"
 #include "LoadedOrganiser.h"
 #include "MainWindow.h"
-#include "OrganiserTree.h"
 #include "SecondProcess.h"
 #include "ShellNotifications.h"
 #include "WebEngineTestMain.h"
+#include "WindowParts.h"
 
 #include <QProcess>
 #include <QTest>
@@ -53,20 +54,19 @@ private Q_SLOTS:
         makeFolder(results + QStringLiteral("/Run1/sub"));
         makeFolder(site.folders.root() + QStringLiteral("/elsewhere"));
         MainWindow& window = site.load();
-        QVERIFY(window.shellNotifications().isActive());
-        OrganiserTree& organiser = window.organiserTree();
-        FolderTreeControl& tree = window.folderTree();
-        tree.setCurrentNode(organiser.resultsNode().child(0));
-        QCOMPARE(window.fileList().folder(), results + QStringLiteral("/Run1"));
+        QVERIFY(part<ShellNotifications>(window).isActive());
+        FolderTreeControl& tree = part<FolderTreeControl>(window);
+        tree.setCurrentNode(branch(tree, DocumentType::Results).child(0));
+        QCOMPARE(part<FileListControl>(window).folder(), results + QStringLiteral("/Run1"));
 
         runScript(results, script);
         const auto settled = [&] {
             for (const QString& folder : present) {
-                if (!organiser.DoesPathAlreadyExistInTree(results + QLatin1Char('/') + folder))
+                if (!tree.nodes().findFolderPath(results + QLatin1Char('/') + folder).isValid())
                     return false;
             }
             for (const QString& folder : absent) {
-                if (organiser.DoesPathAlreadyExistInTree(results + QLatin1Char('/') + folder))
+                if (tree.nodes().findFolderPath(results + QLatin1Char('/') + folder).isValid())
                     return false;
             }
             return true;
@@ -75,11 +75,11 @@ private Q_SLOTS:
         const FolderNode shown = tree.currentNode();
         QCOMPARE(shown.folderPath(),
                  current.isEmpty() ? QStringLiteral("Organiser") : results + QLatin1Char('/') + current);
-        QVERIFY(!organiser.DoesPathAlreadyExistInTree(site.folders.root() + QStringLiteral("/elsewhere/x")));
+        QVERIFY(!tree.nodes().findFolderPath(site.folders.root() + QStringLiteral("/elsewhere/x")).isValid());
         QVERIFY(site.messages.requests().isEmpty());
 
         window.close(); // shutdown stops following the disk
-        QTRY_VERIFY_WITH_TIMEOUT(!window.shellNotifications().isActive(), Bound);
+        QTRY_VERIFY_WITH_TIMEOUT(!part<ShellNotifications>(window).isActive(), Bound);
     }
 };
 

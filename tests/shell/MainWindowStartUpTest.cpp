@@ -3,10 +3,10 @@
 #include "FolderTreeControl.h"
 #include "LoadedOrganiser.h"
 #include "MainWindow.h"
-#include "OrganiserTree.h"
 #include "ShortcutsBar.h"
 #include "ToolBarsControl.h"
 #include "WebEngineTestMain.h"
+#include "WindowParts.h"
 
 #include <QAction>
 #include <QDir>
@@ -37,9 +37,10 @@ protected:
             states.append(m_window.windowState());
         if (event->type() == QEvent::Paint && !painted && m_window.MainWindowLoaded()) {
             painted = true;
-            engineStartedBefore = m_window.browser()->engineStarted();
-            panesVisible = m_window.folderTree().isVisible() && m_window.fileList().isVisible() &&
-                           m_window.shortcutsBar().isVisible();
+            engineStartedBefore = part<BrowserControl>(m_window).engineStarted();
+            panesVisible = part<FolderTreeControl>(m_window).isVisible() &&
+                           part<FileListControl>(m_window).isVisible() &&
+                           part<ShortcutsBar>(m_window).isVisible();
         }
         return QObject::eventFilter(watched, event);
     }
@@ -68,7 +69,8 @@ private Q_SLOTS:
         QCOMPARE(window.Load(), MainWindow::LoadOutcome::Loaded);
         QVERIFY(window.MainWindowLoaded());
         QCOMPARE(window.windowTitle(), QStringLiteral("Tallyo Plus"));
-        QVERIFY(!window.browser()->engineStarted());
+        BrowserControl& browser = part<BrowserControl>(window);
+        QVERIFY(!browser.engineStarted());
         const QByteArray log = readFile(site.folders.stateFolder() + QStringLiteral("/Nebra/NebraLog.txt"));
         QVERIFY(!log.isEmpty());
         QList<QByteArray> lines = log.split('\n');
@@ -82,18 +84,19 @@ private Q_SLOTS:
             else
                 QCOMPARE(line, QByteArray("Log trace: ") + QByteArray::number(++traces) + '\r');
         }
-        // 28 of the start-up itself, 8 of the data folder creation and 10 of building the tree
-        // with its welcome page; one block line each for the start-up, the notifications, the
-        // shortcuts bar setting, the tree and the shortcut icons, and two for the data folders.
-        QCOMPARE(traces, 46);
+        // 28 of the start-up itself, 8 of the data folder creation and one for each of the
+        // catalogue's 3 drivers, and 10 of building the tree with its welcome page; one block line
+        // each for the start-up, the notifications, the shortcuts bar setting, the tree and the
+        // shortcut icons, and two for the data folders.
+        QCOMPARE(traces, 49);
         QCOMPARE(blocks, 7);
 
-        QTRY_VERIFY_WITH_TIMEOUT(window.browser()->engineStarted(), 10000);
+        QTRY_VERIFY_WITH_TIMEOUT(browser.engineStarted(), 10000);
         QVERIFY(watcher.painted);
         QVERIFY(!watcher.engineStartedBefore);
         QVERIFY(watcher.panesVisible);
-        QTRY_COMPARE_WITH_TIMEOUT(window.browser()->ReadyState(), int(BrowserControl::Complete), 10000);
-        QVERIFY(window.browser()->LocationURL().fileName().endsWith(QLatin1String(".mht")));
+        QTRY_COMPARE_WITH_TIMEOUT(browser.ReadyState(), int(BrowserControl::Complete), 10000);
+        QVERIFY(browser.LocationURL().fileName().endsWith(QLatin1String(".mht")));
     }
 
     // With an unusable settings file every setting has its default: logging off.
@@ -145,7 +148,7 @@ private Q_SLOTS:
         QVERIFY2(messages.last().text.startsWith(QStringLiteral("The driver catalogue \"") + catalogue +
                                                  QStringLiteral("\" ") + reason),
                  qPrintable(messages.last().text));
-        QVERIFY(!window.organiserTree().instrumentNode().isValid());
+        QVERIFY(!branch(window, DocumentType::ReadConfigurations).isValid());
     }
 
     void missingFileSystemComponentEndsWithItsBox()
@@ -173,26 +176,27 @@ private Q_SLOTS:
 
     void exitStoresTheTreeModeThroughTheNormalShutdown_data()
     {
-        QTest::addColumn<int>("mode");
+        using Mode = FolderTreeControl::DisplayMode;
+        QTest::addColumn<Mode>("mode");
         QTest::addColumn<QString>("stored");
-        QTest::newRow("explorer mode") << 2 << QStringLiteral("true");
-        QTest::newRow("tree mode") << 1 << QStringLiteral("false");
+        QTest::newRow("explorer mode") << Mode::Explorer << QStringLiteral("true");
+        QTest::newRow("tree mode") << Mode::Compact << QStringLiteral("false");
     }
 
     void exitStoresTheTreeModeThroughTheNormalShutdown()
     {
-        QFETCH(int, mode);
+        QFETCH(FolderTreeControl::DisplayMode, mode);
         QFETCH(QString, stored);
         LoadedOrganiser site;
         {
             MainWindow& window = site.load();
-            window.folderTree().setDisplayMode(mode);
-            window.toolBars().action(QStringLiteral("ID_Exit"))->trigger();
+            part<FolderTreeControl>(window).setDisplayMode(mode);
+            tool(window, CommandId::Exit).trigger();
             QVERIFY(!window.isVisible());
             QCOMPARE(site.stored(QStringLiteral("Settings/ExplorerModeFlag")).toString(), stored);
         }
         // The next start shows the stored mode.
-        QCOMPARE(site.load().folderTree().displayMode(), mode);
+        QCOMPARE(part<FolderTreeControl>(site.load()).displayMode(), mode);
     }
 
     void panesFollowTheirSettings_data()
@@ -221,10 +225,10 @@ private Q_SLOTS:
         site.set(QStringLiteral("Settings/InstrumentDriversInUse"), drivers);
         site.set(QStringLiteral("Settings/ShowShortcutsBar"), !drivers);
         MainWindow& window = site.load();
-        QCOMPARE(window.folderTree().buttonKeys(), buttons);
-        QVERIFY(window.fileList().columns().contains(QStringLiteral("Comment")));
-        ShortcutsBar& bar = window.shortcutsBar();
-        QCOMPARE(bar.mode(), drivers ? 2 : 0);
+        QCOMPARE(part<FolderTreeControl>(window).buttonKeys(), buttons);
+        QVERIFY(part<FileListControl>(window).columns().contains(QStringLiteral("Comment")));
+        ShortcutsBar& bar = part<ShortcutsBar>(window);
+        QCOMPARE(bar.mode(), drivers ? ShortcutsBar::Mode::Collapsed : ShortcutsBar::Mode::Shown);
         QCOMPARE(bar.itemCaptions(0), (QStringList{"Organiser", "Protocols", "Results", "Reports"}));
         QCOMPARE(bar.itemCaptions(1), secondGroup);
         for (int item = 0; item < secondGroup.size(); ++item)

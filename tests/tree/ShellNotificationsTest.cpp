@@ -108,7 +108,7 @@ private Q_SLOTS:
         const FolderNode results = m_model.addNode(root, QStringLiteral("Results"));
         results.setFolderPath(m_results);
         results.setData(4);
-        m_branches.AddSubFolderNodes(m_results, results, FolderKind::Results);
+        m_branches.AddSubFolderNodes(m_results, results, DocumentType::Results);
         m_current = m_results + QStringLiteral("/Run1");
         m_log.clear();
         m_refreshes = m_previews = m_items = 0;

@@ -35,8 +35,8 @@ private Q_SLOTS:
         world.build();
         const OrganiserTree& organiser = world.organiser;
         TreeNavigation navigation(*world.tree, organiser);
-        const FolderNode nodes[] = {organiser.rootNode(), organiser.protocolsNode(),
-                                    organiser.protocolsNode().child(0)};
+        const FolderNode nodes[] = {organiser.rootNode(), organiser.node(DocumentType::Protocols),
+                                    organiser.node(DocumentType::Protocols).child(0)};
         world.tree->setButtonEnabled(504, !enabled);
         navigation.OnCurrentNodeChanged(nodes[level], state);
         QCOMPARE(world.tree->isButtonEnabled(504), enabled);

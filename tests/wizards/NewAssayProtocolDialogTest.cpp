@@ -29,7 +29,6 @@ private:
     std::unique_ptr<DocumentLauncher> m_launcher;
     std::unique_ptr<NewAssayProtocolDialog> m_dialog;
     QStringList m_events;
-    QStringList m_log;
     bool m_secured = false;
     QObject m_manager;
 
@@ -67,11 +66,10 @@ private:
         hooks.securityManager = [this] { return &m_manager; };
         hooks.handleChangedHLD = [this] { m_events << QStringLiteral("driver changed"); };
         hooks.recreateResultsNode = [this] { m_events << QStringLiteral("results"); };
-        hooks.openNewProtocol = [this](const QString& path) {
-            m_events << QStringLiteral("open ") + path;
-            m_launcher->OpenNewProtocol(path);
+        hooks.openNewProtocol = [this](const QStringList& files) {
+            m_events << QStringLiteral("open ") + files.join(QStringLiteral("; "));
+            m_launcher->OpenNewProtocol(files);
         };
-        hooks.logTrace = [this](const QString& line) { m_log << line; };
         return hooks;
     }
 
@@ -126,7 +124,6 @@ private Q_SLOTS:
                                               QStringLiteral(NEBRA_TEST_WIZARD_PLUGINS));
         m_launcher = std::make_unique<DocumentLauncher>(m_suite->paths, LaunchContext{});
         m_events.clear();
-        m_log.clear();
         m_secured = false;
         script("{}");
     }
@@ -259,6 +256,9 @@ private Q_SLOTS:
         const bool broken = QTest::currentDataTag() == QByteArray("broken plug-in");
         openDialog({broken ? "Generic=NebraTest.WrongInterface" : "Generic"});
         NewAssayProtocolDialogTest::script(script);
+        if (broken) // the loader's reason, for support
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral(
+                                                   "^Log note: .*does not implement the wizard interface")));
         press("OKButton");
 
         QCOMPARE(m_events, events);
@@ -270,10 +270,6 @@ private Q_SLOTS:
         }
         QCOMPARE(m_dialog->result() == QDialog::Accepted, closed);
         QCOMPARE(m_dialog->isVisible(), !closed);
-        QCOMPARE(m_log.size(), broken ? 1 : 0);
-        if (broken)
-            QVERIFY2(m_log.first().contains("does not implement the wizard interface"),
-                     qPrintable(m_log.first()));
         if (!editorArgs.isEmpty()) {
             QVERIFY(m_suite->programs.waitForRecords(1));
             QCOMPARE(m_suite->programs.records().first().mid(1), editorArgs);

@@ -9,6 +9,7 @@
 #include <QVBoxLayout>
 #include <QWebEngineLoadingInfo>
 #include <QWebEngineProfile>
+#include <QWebEngineSettings>
 #include <QWebEngineUrlScheme>
 #include <QWebEngineView>
 
@@ -47,6 +48,11 @@ void BrowserControl::StartEngine()
         m_view));
     m_view->setAcceptDrops(false);
     m_view->setAccessibleName(QStringLiteral("Preview"));
+    // No page runs a script of its own: none of the suite's pages needs one,
+    // and a page from elsewhere (a welcome page of the user's choosing, a
+    // document's preview) must not act by itself. Scripts of the program run
+    // in a world of their own, which this leaves alone.
+    m_view->page()->settings()->setAttribute(QWebEngineSettings::JavascriptEnabled, false);
     installSchemeHandler();
     connect(m_view->page(), &QWebEnginePage::loadingChanged, this, &BrowserControl::onLoadingChanged);
     connect(m_view, &QWebEngineView::loadProgress, this, [this](int progress) {

@@ -3,6 +3,8 @@
 
 #include <QSignalSpy>
 #include <QTemporaryDir>
+#include <QWebEnginePage>
+#include <QWebEngineScript>
 #include <QWebEngineView>
 #include <QtTest>
 
@@ -56,6 +58,25 @@ private Q_SLOTS:
         QVERIFY(navigated.wait(BrowserControl::DefaultWaitLimitMs)); // not cancelled: followed
         QCOMPARE(browser.LocationURL(), second);
         QCOMPARE(browser.ReadyState(), int(BrowserControl::Complete));
+    }
+
+    // A page runs no script of its own; the program's scripts run in a world of their own.
+    void pagesRunNoScriptButTheProgramsDo()
+    {
+        BrowserControl browser;
+        QFile file(m_dir.filePath(QStringLiteral("script.htm")));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("<html><head><title>quiet</title></head>"
+                   "<body><script>document.title = 'ran';</script></body></html>");
+        file.close();
+        browser.Navigate(QUrl::fromLocalFile(file.fileName()));
+        QVERIFY(browser.WaitUntilComplete());
+        QWebEngineView& view = *browser.view();
+        QCOMPARE(view.title(), QStringLiteral("quiet"));
+        view.page()->runJavaScript(QStringLiteral("document.title = 'the program'"),
+                                   QWebEngineScript::ApplicationWorld);
+        QTRY_COMPARE_WITH_TIMEOUT(view.title(), QStringLiteral("the program"),
+                                  BrowserControl::DefaultWaitLimitMs);
     }
 
     // A deferred engine keeps the newest navigation until it starts; a wait starts it.
