@@ -7,8 +7,6 @@
 #include "ServerAdministration.h"
 #include "ServerConnection.h"
 
-#include <QSqlQuery>
-
 #include <type_traits>
 
 namespace nebra::test {
@@ -51,7 +49,7 @@ public:
         m_settings = server().superuser();
         m_settings.database = QStringLiteral("site_%1").arg(++siteCount());
         QString error;
-        QVERIFY2(ServerSchema::createSite(m_settings, {}, &error), qPrintable(error));
+        QVERIFY2(ServerSchema::createSite(m_settings, &error), qPrintable(error));
         m_folders = std::make_unique<UserFolders>();
         administer([&rights](ServerAdministration& admin, QString* e) {
             bool ok = admin.setPolicy(SecuritySettings::DefaultLockoutThreshold, 4, e) &&
@@ -94,7 +92,7 @@ public:
         if constexpr (std::is_invocable_v<Change, ServerAdministration&, QString*>) {
             if (!m_embedded) {
                 const std::unique_ptr<ServerConnection> owner = PostgresServer::connect(m_settings);
-                ServerAdministration admin(*owner, QStringLiteral("admin"), QStringLiteral("pc"));
+                ServerAdministration admin(*owner, QStringLiteral("pc"));
                 QVERIFY2(change(admin, &error), qPrintable(error));
             }
         }
@@ -111,6 +109,14 @@ public:
         if (key == QLatin1String("LockoutThreshold"))
             administer(
                 [value](ServerAdministration& admin, QString* e) { return admin.setPolicy(value, 4, e); });
+        // The server enforces these itself (and tells the workstation at log-in).
+        if (key == QLatin1String("TimeOutMinutes"))
+            m_idleMinutes = value;
+        if (key == QLatin1String("PasswordMinimumLength"))
+            m_passwordMinimumLength = value;
+        administer([this](ServerAdministration& admin, QString* e) {
+            return admin.setSessionPolicy(m_idleMinutes, m_passwordMinimumLength, e);
+        });
     }
 
     QStringList auditTexts()
@@ -119,7 +125,7 @@ public:
             return m_embedded->fixture.auditTexts();
         QString error;
         const std::unique_ptr<ServerConnection> owner = PostgresServer::connect(m_settings);
-        QSqlQuery q(owner->database());
+        ServerResult q;
         QStringList texts;
         if (owner->exec(q, QStringLiteral("SELECT text FROM nebra.audit_trail ORDER BY seq"), {}, &error))
             while (q.next())
@@ -148,6 +154,18 @@ public:
             startServer();
     }
 
+    // Moves the last use of every open session on the server back by minutes (the server's clock).
+    void ageSessions(int minutes)
+    {
+        QString error;
+        const std::unique_ptr<ServerConnection> owner = ServerConnection::open(m_settings, &error);
+        QVERIFY2(owner && owner->execScript(QStringLiteral("UPDATE nebra.sessions SET last_used_utc = "
+                                                           "last_used_utc - interval '%1 minutes'")
+                                                .arg(minutes),
+                                            &error),
+                 qPrintable(error));
+    }
+
     void stopServer() { server().stop(); }
     void startServer() { QVERIFY2(server().start(), qPrintable(server().problem())); }
 
@@ -171,6 +189,8 @@ private:
     std::unique_ptr<SecuritySite> m_embedded;
     std::unique_ptr<UserFolders> m_folders;
     ServerSettings m_settings;
+    int m_idleMinutes = SecuritySettings::DefaultTimeOutMinutes;
+    int m_passwordMinimumLength = SecuritySettings::DefaultPasswordMinimumLength;
 };
 
 } // namespace nebra::test

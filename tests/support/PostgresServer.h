@@ -108,7 +108,7 @@ public:
     void createSite() const
     {
         QString error;
-        if (!ServerSchema::createSite(superuser(), {}, &error))
+        if (!ServerSchema::createSite(superuser(), &error))
             qFatal("Cannot create the security store on the test server: %s", qPrintable(error));
     }
 

@@ -12,7 +12,6 @@
 #include "UserFolders.h"
 
 #include <QProcess>
-#include <QSqlQuery>
 #include <QtTest>
 
 #include <unistd.h>
@@ -91,7 +90,7 @@ private Q_SLOTS:
         }
         const std::unique_ptr<ServerConnection> owner =
             connectTo(QStringLiteral("raced"), test::PostgresServer::Superuser);
-        QSqlQuery q(owner->database());
+        ServerResult q;
         QString error;
         QVERIFY2(owner->exec(q,
                              QStringLiteral("SELECT count(*), count(DISTINCT version), max(version) "
@@ -187,7 +186,7 @@ private Q_SLOTS:
         QString error;
         const std::unique_ptr<ServerConnection> owner =
             connectTo(QStringLiteral("migrated"), test::PostgresServer::Superuser);
-        QSqlQuery q(owner->database());
+        ServerResult q;
         QVERIFY(owner->exec(q, QStringLiteral("SELECT text FROM nebra.audit_trail ORDER BY seq LIMIT ?"),
                             {before.size()}, &error));
         QStringList copied;
@@ -265,7 +264,7 @@ private Q_SLOTS:
         QCOMPARE(cases.newestTexts(1), QStringList{"Audit chain head sealed afresh by the administrator"});
         QCOMPARE(cases.run({"add-role", "D"}).exitCode, 0);
         // The head's guard is back in force.
-        QSqlQuery q(owner->database());
+        ServerResult q;
         QVERIFY(owner->exec(q,
                             QStringLiteral("SELECT tgenabled FROM pg_trigger WHERE tgname = "
                                            "'audit_head_forward_only'"),

@@ -10,7 +10,6 @@
 #include "UserFolders.h"
 
 #include <QProcess>
-#include <QSqlQuery>
 #include <QTcpServer>
 #include <QtTest>
 
@@ -156,7 +155,7 @@ private Q_SLOTS:
             return;
         }
         QVERIFY2(connection, qPrintable(error));
-        QSqlQuery q(connection->database());
+        ServerResult q;
         QVERIFY2(connection->exec(q,
                                   QStringLiteral("SELECT ssl FROM pg_stat_ssl WHERE pid = pg_backend_pid()"),
                                   {}, &error),

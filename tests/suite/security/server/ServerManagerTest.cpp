@@ -7,6 +7,7 @@
 #include "ManagerSite.h"
 #include "MessageRecorder.h"
 #include "NebraSecurityManager.h"
+#include "ServerSecurityBackend.h"
 
 #include <QtTest>
 
@@ -97,6 +98,33 @@ private Q_SLOTS:
         QVERIFY(!texts.contains(QStringLiteral("While down")));
         QCOMPARE(texts.count(QStringLiteral("After the restart")), 1);
         QCOMPARE(texts.last(), QStringLiteral("Log out"));
+    }
+
+    // The server ended the session (its last use lies beyond the idle minutes):
+    // the next activity the Organiser reports ends it here too, as a time-out.
+    void theServerEndsAnIdleSession()
+    {
+        qputenv("NEBRA_TEST_SECURITY_BACKEND", "postgresql");
+        ManagerSite site({QStringLiteral("General/RunProtocol")});
+        MessageRecorder messages;
+        DialogScript dialogs;
+        qint64 now = 0;
+        QString error;
+        const std::unique_ptr<NebraSecurityManager> manager =
+            NebraSecurityManager::create(SettingsStore(), {[&now] { return now; }, 0}, &error);
+        QVERIFY2(manager, qPrintable(error));
+        dialogs.logIn(QStringLiteral("jsmith"), QStringLiteral("correct horse"));
+        QVERIFY(manager->LogIn(nullptr));
+        QSignalSpy loggedOut(manager.get(), &NebraSecurityManager::UserLoggedOut);
+        site.ageSessions(SecuritySettings::DefaultTimeOutMinutes + 1);
+        now += (ServerSecurityBackend::KeepAliveSeconds + 1) *
+               1000; // the workstation's own timer is far from its end
+        manager->ResetTimeOut();
+        QTRY_COMPARE(loggedOut.count(), 1);
+        QCOMPARE(loggedOut.first().at(1).toInt(), int(NebraSecurityManager::TimedOut));
+        QCOMPARE(site.auditTexts().last(),
+                 QStringLiteral("Session timed out on the server after 15 minutes without activity"));
+        QCOMPARE(messages.count(), 0);
     }
 };
 

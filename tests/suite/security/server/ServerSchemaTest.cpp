@@ -10,7 +10,6 @@
 #include "ServerConnection.h"
 #include "ServerSession.h"
 
-#include <QSqlQuery>
 #include <QtTest>
 
 using namespace nebra;
@@ -52,7 +51,7 @@ private:
         ServerSettings settings = m_server->superuser();
         settings.database = database;
         QString error;
-        if (!ServerSchema::createSite(settings, {}, &error))
+        if (!ServerSchema::createSite(settings, &error))
             qFatal("%s", qPrintable(error));
         return settings;
     }
@@ -68,7 +67,7 @@ private Q_SLOTS:
         m_server->createSite();
         // A user with a right, a role and a session, so that every table holds a row.
         const std::unique_ptr<ServerConnection> owner = test::PostgresServer::connect(m_server->superuser());
-        ServerAdministration admin(*owner, QStringLiteral("root"), QStringLiteral("pc"));
+        ServerAdministration admin(*owner, QStringLiteral("pc"));
         QString error;
         QVERIFY2(admin.addUser(QStringLiteral("jsmith"), QStringLiteral("Jane Smith"),
                                SecretBytes("correct horse"), &error) &&
@@ -84,10 +83,10 @@ private Q_SLOTS:
     void schemaIsAppliedOnce()
     {
         QString error;
-        QVERIFY2(ServerSchema::createSite(m_server->superuser(), {}, &error), qPrintable(error));
+        QVERIFY2(ServerSchema::createSite(m_server->superuser(), &error), qPrintable(error));
         const std::unique_ptr<ServerConnection> owner = test::PostgresServer::connect(m_server->superuser());
         QCOMPARE(ServerSchema::version(*owner, &error), ServerSchema::latestVersion());
-        QSqlQuery q(owner->database());
+        ServerResult q;
         QVERIFY(owner->exec(
             q, QStringLiteral("SELECT count(*), count(DISTINCT version) FROM nebra.schema_version"), {},
             &error));
@@ -103,7 +102,7 @@ private Q_SLOTS:
     void everyTableIsTried()
     {
         const std::unique_ptr<ServerConnection> owner = test::PostgresServer::connect(m_server->superuser());
-        QSqlQuery q(owner->database());
+        ServerResult q;
         QString error;
         QVERIFY(
             owner->exec(q,
@@ -138,17 +137,17 @@ private Q_SLOTS:
         QTest::newRow("function in the store") << QStringLiteral("CREATE FUNCTION nebra.name_key(p int) RETURNS text LANGUAGE sql AS 'SELECT 1::text'");
         QTest::newRow("append an entry") << QStringLiteral("SELECT nebra.append_audit('x', 'pc', 'Security', 'forged')");
         QTest::newRow("verify") << QStringLiteral("SELECT * FROM nebra.verify_audit()");
-        QTest::newRow("add a user") << QStringLiteral("SELECT nebra.admin_add_user('x', 'pc', 'eve', '', 'pw')");
-        QTest::newRow("grant") << QStringLiteral("SELECT nebra.admin_grant('x', 'pc', 'jsmith', '*', '*')");
-        QTest::newRow("unlock") << QStringLiteral("SELECT nebra.admin_unlock('x', 'pc', 'jsmith')");
-        QTest::newRow("set a password") << QStringLiteral("SELECT nebra.admin_set_password('x', 'pc', 'jsmith', 'mine', false)");
-        QTest::newRow("policy") << QStringLiteral("SELECT nebra.admin_set_policy('x', 'pc', 100, 4)");
+        QTest::newRow("add a user") << QStringLiteral("SELECT nebra.admin_add_user('pc', 'eve', '', 'pw')");
+        QTest::newRow("grant") << QStringLiteral("SELECT nebra.admin_grant('pc', 'jsmith', '*', '*')");
+        QTest::newRow("unlock") << QStringLiteral("SELECT nebra.admin_unlock('pc', 'jsmith')");
+        QTest::newRow("set a password") << QStringLiteral("SELECT nebra.admin_set_password('pc', 'jsmith', 'mine', false)");
+        QTest::newRow("policy") << QStringLiteral("SELECT nebra.admin_set_policy('pc', 100, 4)");
         QTest::newRow("unknown user label") << QStringLiteral("SELECT nebra.unknown_user_label('jsmith')");
         QTest::newRow("crypto") << QStringLiteral("SELECT nebra_crypto.gen_random_bytes(4)");
         QTest::newRow("list users") << QStringLiteral("SELECT * FROM nebra.admin_list_users()");
         QTest::newRow("read the trail") << QStringLiteral("SELECT * FROM nebra.admin_audit_entries(0, 10)");
-        QTest::newRow("reseal the head") << QStringLiteral("SELECT nebra.admin_reseal_head('x', 'pc')");
-        QTest::newRow("unassign a role") << QStringLiteral("SELECT nebra.admin_unassign_role('x', 'pc', 'jsmith', 'Analysts')");
+        QTest::newRow("reseal the head") << QStringLiteral("SELECT nebra.admin_reseal_head('pc')");
+        QTest::newRow("unassign a role") << QStringLiteral("SELECT nebra.admin_unassign_role('pc', 'jsmith', 'Analysts')");
         QTest::newRow("review without a session") << QStringLiteral("SELECT nebra.review_audit_count('', '', '', '', '', '', 0)");
         QTest::newRow("review's filter text") << QStringLiteral("SELECT nebra.review_where('', '', '', '', '', 0)");
         // clang-format on
@@ -224,7 +223,7 @@ private Q_SLOTS:
         const ServerSettings site = freshSite(
             QString::fromLatin1(QTest::currentDataTag()).replace(QLatin1Char(' '), QLatin1Char('_')));
         const std::unique_ptr<ServerConnection> owner = test::PostgresServer::connect(site);
-        ServerAdministration admin(*owner, QStringLiteral("root"), QStringLiteral("pc"));
+        ServerAdministration admin(*owner, QStringLiteral("pc"));
         QString error;
         for (int i = 0; i < 4; ++i) // entries 2..5 after the creation's
             QVERIFY2(admin.addRole(QStringLiteral("role%1").arg(i), &error), qPrintable(error));

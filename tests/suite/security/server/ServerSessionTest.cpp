@@ -15,7 +15,6 @@
 
 #include <QProcess>
 #include <QSet>
-#include <QSqlQuery>
 #include <QtTest>
 
 using namespace nebra;
@@ -28,7 +27,7 @@ private:
     // The newest audit entry, as the owner reads it: user and text.
     std::pair<QString, QString> newestEntry()
     {
-        QSqlQuery q(m_owner->database());
+        ServerResult q;
         QString error;
         if (!m_owner->exec(
                 q, QStringLiteral("SELECT user_name, text FROM nebra.audit_trail ORDER BY seq DESC LIMIT 1"),
@@ -39,7 +38,7 @@ private:
     }
     void admin(const std::function<bool(ServerAdministration&, QString*)>& change)
     {
-        ServerAdministration administration(*m_owner, QStringLiteral("root"), QStringLiteral("pc"));
+        ServerAdministration administration(*m_owner, QStringLiteral("pc"));
         QString error;
         QVERIFY2(change(administration, &error), qPrintable(error));
     }
@@ -196,7 +195,7 @@ private Q_SLOTS:
     // writer's text, the sequence has no gaps and the chain holds.
     void workstationsWritingAtOnceLoseNothing()
     {
-        ServerAdministration administration(*m_owner, QStringLiteral("root"), QStringLiteral("pc"));
+        ServerAdministration administration(*m_owner, QStringLiteral("pc"));
         const qint64 before = administration.verify().entryCount;
         std::vector<std::unique_ptr<QProcess>> writers;
         for (int i = 0; i < 8; ++i) {
@@ -222,7 +221,7 @@ private Q_SLOTS:
         const AuditVerification verification = administration.verify();
         QVERIFY2(verification.ok, qPrintable(verification.message));
         QCOMPARE(verification.entryCount - before, reported);
-        QSqlQuery q(m_owner->database());
+        ServerResult q;
         QString error;
         QVERIFY(m_owner->exec(
             q,
