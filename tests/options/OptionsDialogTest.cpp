@@ -1,4 +1,5 @@
 #include "OptionsDialog.h"
+#include "Accessibility.h"
 #include "Controls.h"
 #include "DataFolders.h"
 #include "DialogScript.h"
@@ -328,8 +329,8 @@ private Q_SLOTS:
         QCOMPARE(f.helpTopics, QList<int>{OptionsDialog::HelpTopic});
     }
 
-    // Every control is reached by Tab, Escape cancels, Enter confirms and the
-    // access keys reach the tabs.
+    // Every control is reached by Tab and heard by its caption, Escape cancels,
+    // Enter confirms and the access keys reach the tabs.
     void theKeyboardReachesEverything_data()
     {
         QTest::addColumn<int>("key");
@@ -357,6 +358,7 @@ private Q_SLOTS:
             int checked = 0;
             for (int page = 0; page < tabs->count(); ++page) {
                 tabs->setCurrentIndex(page);
+                verifyAccessibleNames(f.dialog, 4);
                 tabs->tabBar()->setFocus();
                 QSet<QWidget*> reached;
                 for (int i = 0; i < 8; ++i) {
