@@ -129,11 +129,8 @@ void DocumentLauncher::OpenNewProtocol(const QStringList& files)
     // The window state and activation of the original start have no
     // counterpart for a detached process on Linux; the desktop brings a newly
     // started program's window to the front itself.
-    if (!start(CommandLine::Unquoted(m_paths.AssayApplicationPath(), files.join(QStringLiteral("; "))),
-               QStringLiteral("AssayApplicationPath")))
-        return;
-    for (const QString& file : files)
-        noteUsed(file);
+    start(CommandLine::Unquoted(m_paths.AssayApplicationPath(), files.join(QStringLiteral("; "))),
+          QStringLiteral("AssayApplicationPath"));
 }
 
 bool DocumentLauncher::LaunchApplication(QString& programPath, QString& arguments, const QString& settingName)

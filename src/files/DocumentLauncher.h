@@ -53,7 +53,7 @@ public:
 
     // Opens what the new-protocol wizard has just written: the assay
     // application with the files joined by "; ", neither quoted, without check
-    // or audit. Each file is passed to the documentUsed hook.
+    // or audit. The wizard's run has already counted the files as used.
     void OpenNewProtocol(const QStringList& files);
 
     // Quotes programPath in place (see CommandLine::QuoteProgramPath), builds

@@ -44,14 +44,16 @@ SecuritySession::StartOutcome SecuritySession::StartSecuritySession()
     QString error;
     m_manager = m_factory(&error);
     if (!m_manager) {
-        // The box's text is fixed; the reason goes where an administrator looks.
+        // The box's text is fixed; the reason is its details, and goes to
+        // the log for an administrator who was not at the screen.
         qWarning("The security manager cannot be created: %s", qUtf8Printable(error));
         Messages::show({creationFailureText(),
                         {},
                         MessageIcon::NoIcon,
                         MessageButton::Ok,
                         MessageButton::NoButton,
-                        m_owner});
+                        m_owner,
+                        error});
         return StartOutcome::EndProcess;
     }
     connect(m_manager.get(), &NebraSecurityManager::UserLoggedOut, this,

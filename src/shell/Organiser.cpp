@@ -135,6 +135,10 @@ WizardHooks Organiser::wizardHooks()
     hooks.securityManager = [&paths = *m_suite.paths] { return paths.SecurityManager(); };
     hooks.recreateResultsNode = [&tree = m_tree] { tree.RecreateResultsNode(); };
     hooks.handleChangedHLD = [&tree = m_tree] { tree.HandleChangedHLD(); };
+    hooks.protocolMade = [&aids = *m_findingAids](const QStringList& files) {
+        for (const QString& file : files)
+            aids.documentUsed(file);
+    };
     hooks.openNewProtocol = [&launcher = m_launcher](const QStringList& files) {
         launcher.OpenNewProtocol(files);
     };

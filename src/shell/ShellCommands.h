@@ -25,8 +25,10 @@ public:
     static void ShowAbout(QObject* owner, const QString& productTitle);
     static QString aboutText(const QString& productTitle);
 
-    // Opens the maker's page with the desktop's browser; a failure is ignored.
-    static void OpenMakerPage();
+    // Opens the maker's page with the desktop's browser. When no browser can
+    // be started a box says so and gives the address (owned by owner).
+    static void OpenMakerPage(QObject* owner = nullptr);
+    static QString noBrowserText();
 
     // Uses the Tahoma menu font where it is installed; returns whether it is.
     static bool ApplyMenuFont(ToolBarsControl& tools);

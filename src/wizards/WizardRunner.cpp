@@ -56,11 +56,13 @@ bool WizardRunner::RunWizard(const WizardEntry& entry, QWidget* owner)
     hourglass.restore();
     if (!wizard) {
         LogNote(QStringLiteral("Wizard \"%1\" (%2) not started: %3").arg(entry.Name, entry.ProgID, reason));
+        m_madeFiles.clear();
         m_newFiles.clear();
         return failed(owner);
     }
     const int result = m_host.Run(*wizard, owner, context);
     QCoreApplication::processEvents();
+    m_madeFiles.clear();
     m_newFiles.clear();
     switch (result) {
     case WizardResult::Abandoned:
@@ -81,6 +83,10 @@ bool WizardRunner::failed(QWidget* owner)
 
 bool WizardRunner::succeeded(const AssayProtocolWizard& wizard, QWidget* owner)
 {
+    m_madeFiles = QStringList{wizard.NewFileName()};
+    if (wizard.HasSecondFile())
+        m_madeFiles.append(wizard.SecondFileName());
+    m_madeFiles.removeAll(QString());
     if (!wizard.OpenInEditor()) {
         Messages::show({storedAtText() + QStringLiteral("\r\n\r\n") + wizard.NewFileName(), m_successTitle,
                         MessageIcon::Information, MessageButton::Ok, MessageButton::Ok, owner});
@@ -104,6 +110,8 @@ void WizardRunner::RunSelectedWizard(const WizardEntry& entry, QWidget* owner,
         if (unloadCaller)
             unloadCaller();
         QCoreApplication::processEvents();
+        if (!m_madeFiles.isEmpty() && m_hooks.protocolMade)
+            m_hooks.protocolMade(m_madeFiles);
         if (!m_newFiles.isEmpty() && m_hooks.openNewProtocol)
             m_hooks.openNewProtocol(m_newFiles);
     }

@@ -33,8 +33,9 @@ class WizardHost;
 // RunSelectedWizard: remembers CurrentHLD; RunWizard; sends the shared
 // state the end-of-run request (1048); calls handleChangedHLD when
 // CurrentHLD changed; after a success calls unloadCaller, lets pending
-// events run and opens the new files when there are any (each is a
-// document of its own to the rest of the Organiser); last, always,
+// events run, reports the files the wizard made (protocolMade: each is a
+// document of its own to the rest of the Organiser, opened in the editor or
+// not) and opens them when the wizard asked for that; last, always,
 // recreateResultsNode.
 class WizardRunner
 {
@@ -61,7 +62,8 @@ private:
     SuiteSettings& m_settings;
     WizardHooks m_hooks;
     QString m_successTitle;
-    QStringList m_newFiles;
+    QStringList m_madeFiles; // by the last successful run
+    QStringList m_newFiles;  // those of m_madeFiles to open in the editor
 };
 
 } // namespace nebra

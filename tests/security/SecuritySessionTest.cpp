@@ -108,6 +108,10 @@ private Q_SLOTS:
         QCOMPARE(o.start(0), MainWindow::LoadOutcome::Ended);
         QCOMPARE(o.onlyMessage(), message);
         QCOMPARE(o.messages.last().icon, icon);
+        // The fixed text says nothing of the cause; the box's details do.
+        if (how == QLatin1String("no database"))
+            QVERIFY2(o.messages.last().details.contains(o.security->settings().databasePath),
+                     qPrintable(o.messages.last().details));
         QCOMPARE(o.dialogs.shown().size(), how == QLatin1String("no database") ? 0 : 1);
         if (how == QLatin1String("audit full"))
             QCOMPARE(o.security->auditTexts().last(), QStringLiteral("Session closed"));

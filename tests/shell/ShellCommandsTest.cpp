@@ -41,6 +41,22 @@ private Q_SLOTS:
         // The maker's page opens in the desktop's browser, once.
         QCOMPARE(receiver.urls.size(), 1);
         QCOMPARE(receiver.urls.first().scheme(), QStringLiteral("https"));
+        QCOMPARE(messages.count(), 1);
+    }
+
+    // With no browser to start, the command says so and gives the address.
+    void theMakersPageWithoutABrowserSaysSo()
+    {
+        test::MessageRecorder messages;
+        QTemporaryDir empty;
+        const QByteArray path = qgetenv("PATH");
+        qputenv("PATH", QFile::encodeName(empty.path()));
+        ShellCommands::OpenMakerPage();
+        qputenv("PATH", path);
+        QCOMPARE(messages.count(), 1);
+        QCOMPARE(messages.last().title, QStringLiteral("Quorvix on the Web"));
+        QCOMPARE(messages.last().text, ShellCommands::noBrowserText());
+        QVERIFY(messages.last().text.contains(QLatin1String(ShellCommands::MakerPageAddress)));
     }
 };
 

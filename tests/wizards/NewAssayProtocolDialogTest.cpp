@@ -78,6 +78,9 @@ struct Picker
         hooks.securityManager = [this] { return &manager; };
         hooks.handleChangedHLD = [this] { events << QStringLiteral("driver changed"); };
         hooks.recreateResultsNode = [this] { events << QStringLiteral("results"); };
+        hooks.protocolMade = [this](const QStringList& files) {
+            events << QStringLiteral("made ") + files.join(QStringLiteral(", "));
+        };
         hooks.openNewProtocol = [this](const QStringList& files) {
             events << QStringLiteral("open ") + files.join(QStringLiteral("; "));
             launcher.OpenNewProtocol(files);
@@ -221,9 +224,9 @@ private Q_SLOTS:
         const QString apr = QStringLiteral("/data/My Assays/Protocols/New Assay.apr");
         // clang-format off
         QTest::newRow("0: abandoned") << QByteArray(R"({"result":0})") << "" << false << QStringList{"close help", "results"} << QByteArrayList{};
-        QTest::newRow("1, not in the editor") << QByteArray(R"({"result":1,"newFile":"/data/My Assays/Protocols/New Assay.apr"})") << "The new Assay Protocol file is stored at: \r\n\r\n" + apr << true << QStringList{"close help", "results"} << QByteArrayList{};
-        QTest::newRow("1, in the editor") << QByteArray(R"({"result":1,"openInEditor":true,"newFile":"/data/My Assays/Protocols/New Assay.apr"})") << "" << true << QStringList{"close help", "open " + apr, "results"} << QByteArrayList{apr.toUtf8()};
-        QTest::newRow("1, in the editor, second file") << QByteArray(R"({"result":1,"openInEditor":true,"newFile":"/p/A.apr","secondFile":"/p/B.mlo"})") << "" << true << QStringList{"close help", "open /p/A.apr; /p/B.mlo", "results"} << QByteArrayList{"/p/A.apr; /p/B.mlo"};
+        QTest::newRow("1, not in the editor") << QByteArray(R"({"result":1,"newFile":"/data/My Assays/Protocols/New Assay.apr"})") << "The new Assay Protocol file is stored at: \r\n\r\n" + apr << true << QStringList{"close help", "made " + apr, "results"} << QByteArrayList{};
+        QTest::newRow("1, in the editor") << QByteArray(R"({"result":1,"openInEditor":true,"newFile":"/data/My Assays/Protocols/New Assay.apr"})") << "" << true << QStringList{"close help", "made " + apr, "open " + apr, "results"} << QByteArrayList{apr.toUtf8()};
+        QTest::newRow("1, in the editor, second file") << QByteArray(R"({"result":1,"openInEditor":true,"newFile":"/p/A.apr","secondFile":"/p/B.mlo"})") << "" << true << QStringList{"close help", "made /p/A.apr, /p/B.mlo", "open /p/A.apr; /p/B.mlo", "results"} << QByteArrayList{"/p/A.apr; /p/B.mlo"};
         QTest::newRow("2: failed") << QByteArray(R"({"result":2})") << "Error in Wizard" << false << QStringList{"close help", "results"} << QByteArrayList{};
         QTest::newRow("-1: failed") << QByteArray(R"({"result":-1,"openInEditor":true,"newFile":"/p/A.apr"})") << "Error in Wizard" << false << QStringList{"close help", "results"} << QByteArrayList{};
         QTest::newRow("driver changed") << QByteArray(R"({"result":0,"hld":2})") << "" << false << QStringList{"close help", "driver changed", "results"} << QByteArrayList{};

@@ -122,14 +122,19 @@ bool BrowserControl::acceptNavigation(const QUrl& url, int type)
     // Typed and reload navigations are the program's own (Navigate, Refresh).
     if (type == QWebEnginePage::NavigationTypeTyped || type == QWebEnginePage::NavigationTypeReload)
         return true;
+    // Counted as cancelled while the handler decides: a handler that shows a
+    // modal box lets the engine report this navigation's start meanwhile, and
+    // that start must not make the page look as if it were loading again
+    // (what waits for a complete page would then wait for ever).
+    m_cancelled.append(url);
     bool cancel = false;
     Q_EMIT BeforeNavigate2(url, cancel);
     if (!cancel) {
+        m_cancelled.removeOne(url);
         m_expected = url;
         m_refreshing = false;
         return true;
     }
-    m_cancelled.append(url);
     // After the handler has returned, as the page's command state may have changed.
     QMetaObject::invokeMethod(this, &BrowserControl::CommandStateChange, Qt::QueuedConnection);
     return false;
