@@ -1,9 +1,9 @@
 #include "Authenticator.h"
+#include "SecondProcess.h"
 #include "SecurityFixture.h"
 #include "UserFolders.h"
 
 #include <QElapsedTimer>
-#include <QProcess>
 #include <QScopeGuard>
 #include <QTest>
 
@@ -26,24 +26,12 @@ class StoreAttacksTest : public QObject
 {
     Q_OBJECT
 
-    struct Run
-    {
-        int exitCode = -1;
-        QString out;
-        QString err;
-    };
+    using Run = test::ProcessRun;
 
     Run secadmin(const QStringList& arguments, const QByteArray& input = {}) const
     {
-        QProcess process;
-        process.start(QStringLiteral(SECADMIN),
-                      QStringList{QStringLiteral("--database"), database()} + arguments);
-        process.write(input);
-        process.closeWriteChannel();
-        if (!process.waitForFinished(60000))
-            return {};
-        return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
-                QString::fromUtf8(process.readAllStandardError())};
+        return test::runProgram(QStringLiteral(SECADMIN),
+                                QStringList{QStringLiteral("--database"), database()} + arguments, input);
     }
     void administer(const QStringList& arguments) const
     {
