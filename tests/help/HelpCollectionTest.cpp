@@ -49,7 +49,7 @@ private slots:
         const auto engine = HelpCollection::open(collection, error);
         QVERIFY2(engine, qPrintable(error));
         QVERIFY(engine->collectionFile().startsWith(HelpCollection::cacheFolder()));
-        engine->setCustomValue(QStringLiteral("probe"), 1);
+        engine->setCustomValue("probe", 1);
         QVERIFY(nebra::test::readFile(collection) == before);
     }
 

@@ -39,7 +39,7 @@ struct Fixture
             return made;
         });
         help.setSelectedDocumentType([this] {
-            calls << QStringLiteral("kind");
+            calls << "kind";
             return folderKind;
         });
     }

@@ -45,7 +45,7 @@ QList<QUrl> pagesWith(QHelpEngine& engine, const QString& word)
 {
     QList<QUrl> pages;
     const QString space = engine.registeredDocumentations().value(0);
-    for (const QUrl& page : engine.files(space, QString(), QStringLiteral("html"))) {
+    for (const QUrl& page : engine.files(space, QString(), "html")) {
         QTextDocument document;
         document.setHtml(QString::fromUtf8(engine.fileData(page)));
         if (document.toPlainText().contains(word, Qt::CaseInsensitive))
@@ -120,7 +120,7 @@ private slots:
         if (index->model()->rowCount() == 0)
             QVERIFY(created.wait(10000));
         auto* filter = window->findChild<QLineEdit*>("indexFilter");
-        filter->setText(QStringLiteral("Reports"));
+        filter->setText("Reports");
         QTest::keyClick(filter, Qt::Key_Return);
         QCOMPARE(window->browser().source(), HelpTopics::pageUrl(HelpTopics::Reports));
     }

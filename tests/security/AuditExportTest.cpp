@@ -19,7 +19,7 @@ namespace {
 struct Store
 {
     UserFolders folders;
-    SecurityFixture fixture{folders.root() + QStringLiteral("/site")};
+    SecurityFixture fixture{folders.root() + "/site"};
     std::unique_ptr<SecurityStore> store;
 
     Store()
@@ -38,14 +38,12 @@ struct Store
     AuditExport::Recorder recorder()
     {
         return [this](const QString& text) {
-            return store->audit()
-                       .append(QStringLiteral("jsmith"), QStringLiteral("Security"), text)
-                       .sequence > 0;
+            return store->audit().append("jsmith", "Security", text).sequence > 0;
         };
     }
     void append(const QString& area, const QString& text)
     {
-        QVERIFY(store->audit().append(QStringLiteral("jsmith"), area, text).sequence > 0);
+        QVERIFY(store->audit().append("jsmith", area, text).sequence > 0);
     }
     QString path(const char* name) const { return folders.root() + QLatin1Char('/') + QLatin1String(name); }
 };
@@ -53,8 +51,7 @@ struct Store
 // The text of a PDF file, laid out as on the page.
 QString pdfText(const QString& file)
 {
-    return runProgram(QStringLiteral("pdftotext"), {QStringLiteral("-layout"), file, QStringLiteral("-")})
-        .out;
+    return runProgram("pdftotext", {"-layout", file, "-"}).out;
 }
 
 } // namespace
@@ -69,16 +66,16 @@ class AuditExportTest : public QObject
 private Q_SLOTS:
     void initTestCase()
     {
-        if (QStandardPaths::findExecutable(QStringLiteral("pdftotext")).isEmpty())
+        if (QStandardPaths::findExecutable("pdftotext").isEmpty())
             QFAIL("pdftotext (poppler-utils) is missing: run scripts/install-deps.sh");
     }
 
     void csvIsTheToolsFormatWithFormulasNeutralised()
     {
         Store o;
-        o.append(QStringLiteral("General"), QStringLiteral("=HYPERLINK(\"http://x\")"));
-        o.append(QStringLiteral("General"), QStringLiteral("Run protocol: a, \"b\".apr"));
-        AuditExport exporter(o.entries(), QStringLiteral("all entries"), o.recorder());
+        o.append("General", "=HYPERLINK(\"http://x\")");
+        o.append("General", "Run protocol: a, \"b\".apr");
+        AuditExport exporter(o.entries(), "all entries", o.recorder());
         QString error;
         QCOMPARE(exporter.writeCsv(o.path("trail.csv"), &error), AuditExport::Outcome::Written);
         QFile file(o.path("trail.csv"));
@@ -90,21 +87,19 @@ private Q_SLOTS:
         QVERIFY(lines[3].contains(",\"Run protocol: a, \"\"b\"\".apr\","));
         // The export's own entry follows the entries it wrote.
         const QString recorded = o.fixture.auditTexts().last();
-        QCOMPARE(recorded,
-                 QStringLiteral("Audit trail exported to CSV file \"%1\": 3 entries, filter: all entries")
-                     .arg(o.path("trail.csv")));
+        QCOMPARE(recorded, "Audit trail exported to CSV file \"%1\": 3 entries, filter: all entries".arg(
+                               o.path("trail.csv")));
     }
 
     void pdfHasTitleBlockPagesAndRows()
     {
         Store o;
-        const QString longText = QStringLiteral("Open results: ") + QString(30, QLatin1Char('w')).repeated(8);
-        o.append(QStringLiteral("General"), longText);
+        const QString longText = "Open results: " + QString(30, QLatin1Char('w')).repeated(8);
+        o.append("General", longText);
         for (int i = 0; i < 120; ++i)
-            o.append(QStringLiteral("General"), QStringLiteral("Run protocol: Assay %1.apr").arg(i));
-        AuditPrintoutTitle title{QStringLiteral("Cell Biology Lab"), QStringLiteral("jsmith (Jane Smith)"),
-                                 QDateTime::currentDateTime(), QStringLiteral("user jsmith"),
-                                 QStringLiteral("The audit trail holds 122 entries; all are intact.")};
+            o.append("General", QStringLiteral("Run protocol: Assay %1.apr").arg(i));
+        AuditPrintoutTitle title{"Cell Biology Lab", "jsmith (Jane Smith)", QDateTime::currentDateTime(),
+                                 "user jsmith", "The audit trail holds 122 entries; all are intact."};
         AuditExport exporter(o.entries(), title.filter, o.recorder());
         QString error;
         QCOMPARE(exporter.writePdf(o.path("trail.pdf"), title, &error), AuditExport::Outcome::Written);
@@ -120,7 +115,7 @@ private Q_SLOTS:
               "Assay 59\\.apr"})
             QVERIFY2(text.contains(QRegularExpression(QLatin1String(pattern))), pattern);
         // Every page is numbered out of the same total, and the long text is wrapped, not cut.
-        const QRegularExpression pageNumber(QStringLiteral("Page (\\d+) of (\\d+)"));
+        const QRegularExpression pageNumber("Page (\\d+) of (\\d+)");
         QStringList pages;
         QSet<QString> totals;
         for (auto it = pageNumber.globalMatch(text); it.hasNext();) {
@@ -129,12 +124,10 @@ private Q_SLOTS:
             totals << match.captured(2);
         }
         QVERIFY2(pages.size() >= 3, qPrintable(pages.join(',')));
-        QCOMPARE(pages.first(), QStringLiteral("1"));
+        QCOMPARE(pages.first(), "1");
         QCOMPARE(pages.last(), QString::number(pages.size()));
         QCOMPARE(totals, QSet<QString>{QString::number(pages.size())});
-        QVERIFY(QString(text)
-                    .remove(QRegularExpression(QStringLiteral("\\s")))
-                    .contains(QString(240, QLatin1Char('w'))));
+        QVERIFY(QString(text).remove(QRegularExpression("\\s")).contains(QString(240, QLatin1Char('w'))));
     }
 
     void anExportTheTrailCannotRecordIsNotWritten_data()
@@ -159,8 +152,8 @@ private Q_SLOTS:
             QVERIFY(old.open(QIODevice::WriteOnly));
             old.write("kept");
         }
-        o.fixture.fillUp(QStringLiteral("Security"));
-        AuditExport exporter(o.entries(), QStringLiteral("all entries"), o.recorder());
+        o.fixture.fillUp("Security");
+        AuditExport exporter(o.entries(), "all entries", o.recorder());
         QString error;
         const AuditExport::Outcome outcome =
             pdf ? exporter.writePdf(file, {}, &error) : exporter.writeCsv(file, &error);
@@ -181,7 +174,7 @@ private Q_SLOTS:
         const AuditEntrySource growing = [&readings](const AuditEntryVisitor& visit, QString*) {
             const int count = ++readings == 1 ? 2 : 3;
             for (int i = count; i >= 1; --i)
-                if (!visit(AuditEntry{i, QStringLiteral("2026-11-25T08:00:00.000Z"), {}, {}, {}, {}, {}}))
+                if (!visit(AuditEntry{i, "2026-11-25T08:00:00.000Z", {}, {}, {}, {}, {}}))
                     break;
             return true;
         };
@@ -189,8 +182,7 @@ private Q_SLOTS:
         AuditExport exporter(growing, {}, [&recorded](const QString&) { return recorded = true; });
         QString error;
         QCOMPARE(exporter.writePdf(o.path("trail.pdf"), {}, &error), AuditExport::Outcome::Failed);
-        QCOMPARE(error,
-                 QStringLiteral("The audit trail changed while it was being printed; please try again."));
+        QCOMPARE(error, "The audit trail changed while it was being printed; please try again.");
         QVERIFY(!recorded);
         QVERIFY(!QFile::exists(o.path("trail.pdf")));
     }
@@ -202,7 +194,7 @@ private Q_SLOTS:
         const QDateTime day(QDate(2026, 11, 1), QTime(0, 0));
         // clang-format off
         QTest::newRow("none") << AuditFilter{} << "all entries";
-        QTest::newRow("all") << AuditFilter{day, day.addDays(25), QStringLiteral("jsmith"), QStringLiteral("Security"), QStringLiteral("export")} << "from 2026-11-01 to 2026-11-25, user jsmith, area Security, text containing \"export\"";
+        QTest::newRow("all") << AuditFilter{day, day.addDays(25), "jsmith", "Security", "export"} << "from 2026-11-01 to 2026-11-25, user jsmith, area Security, text containing \"export\"";
         QTest::newRow("open start") << AuditFilter{{}, day.addDays(1), {}, {}, {}} << "to 2026-11-01";
         // clang-format on
     }

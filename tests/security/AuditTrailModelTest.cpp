@@ -23,7 +23,7 @@ class AuditTrailModelTest : public QObject
     Q_OBJECT
 
     static constexpr int Generated = 100000;
-    const QString ReviewRight = QStringLiteral("Security/ViewAuditTrail");
+    const QString ReviewRight = "Security/ViewAuditTrail";
 
     std::unique_ptr<SecuritySite> m_site;
     std::unique_ptr<MessageRecorder> m_messages;
@@ -57,12 +57,11 @@ class AuditTrailModelTest : public QObject
     void setRight(bool granted)
     {
         const std::unique_ptr<SecurityStore> store = m_site->fixture.open();
-        SecurityAdministration admin(*store, QStringLiteral("tester"));
+        SecurityAdministration admin(*store, "tester");
         QString error;
         const Right right{ReviewRight.section(QLatin1Char('/'), 0, 0),
                           ReviewRight.section(QLatin1Char('/'), 1)};
-        QVERIFY2(granted ? admin.grant(QStringLiteral("jsmith"), right, &error)
-                         : admin.revoke(QStringLiteral("jsmith"), right, &error),
+        QVERIFY2(granted ? admin.grant("jsmith", right, &error) : admin.revoke("jsmith", right, &error),
                  qPrintable(error));
     }
 
@@ -127,18 +126,18 @@ private Q_SLOTS:
         QTest::addColumn<AuditOrder>("order");
         const auto utcOf = [this](int i) { return QDateTime::fromString(m_all[i].utc, Qt::ISODateWithMs); };
         AuditFilter user, area, text, range, all, none;
-        user.userName = QStringLiteral("ALICE");
-        area.area = QStringLiteral("Reader");
-        text.text = QStringLiteral("plate 99");
+        user.userName = "ALICE";
+        area.area = "Reader";
+        text.text = "plate 99";
         range.from = utcOf(30000);
         range.to = utcOf(60000);
         all = range;
-        all.userName = QStringLiteral("bob");
-        all.area = QStringLiteral("General");
-        all.text = QStringLiteral("PLATE 1");
-        none.userName = QStringLiteral("nobody");
+        all.userName = "bob";
+        all.area = "General";
+        all.text = "PLATE 1";
+        none.userName = "nobody";
         AuditFilter wildcards;
-        wildcards.text = QStringLiteral("Plate _%");
+        wildcards.text = "Plate _%";
         using C = AuditColumn;
         // clang-format off
         QTest::newRow("all, newest first") << AuditFilter{} << AuditOrder{};
@@ -195,14 +194,13 @@ private Q_SLOTS:
         model.reload();
         const int before = model.rowCount();
         const qint64 newest = model.entryAt(0)->sequence;
-        QVERIFY(
-            m_manager->AddAuditTrailEntry(QStringLiteral("General"), QStringLiteral("Export: trail.csv")));
+        QVERIFY(m_manager->AddAuditTrailEntry("General", "Export: trail.csv"));
         // The view is one snapshot: a page first read now holds no later entry.
         QCOMPARE(model.entryAt(before - 1)->sequence, 1);
         QCOMPARE(model.entryAt(0)->sequence, newest);
         model.reload();
         QCOMPARE(model.rowCount(), before + 1);
-        QCOMPARE(model.entryAt(0)->text, QStringLiteral("Export: trail.csv"));
+        QCOMPARE(model.entryAt(0)->text, "Export: trail.csv");
         QString error;
         m_all = m_site->fixture.open()->audit().entries(&error);
     }
@@ -218,8 +216,7 @@ private Q_SLOTS:
         // A page not read yet is refused while a view paints; the table then empties.
         QVERIFY(!model.data(model.index(model.rowCount() - 1, int(AuditColumn::Text))).isValid());
         QVERIFY(failed.wait(5000));
-        QCOMPARE(failed.last().at(0).toString(),
-                 QStringLiteral("You do not have the right to view the audit trail."));
+        QCOMPARE(failed.last().at(0).toString(), "You do not have the right to view the audit trail.");
         QCOMPARE(model.rowCount(), 0);
         // Asked anew without the right, it is refused at once.
         model.sort(int(AuditColumn::User), Qt::AscendingOrder);

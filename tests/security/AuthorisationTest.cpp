@@ -35,8 +35,7 @@ struct Checked
         return options;
     }
 
-    SecuritySite site{{QStringLiteral("AuthorisationsGeneral/RunProtocol"),
-                       QStringLiteral("Instrumentation/SelectDriver")}};
+    SecuritySite site{{"AuthorisationsGeneral/RunProtocol", "Instrumentation/SelectDriver"}};
     MainWindow window{options()}; // not loaded: its controls, and what a session's end closes
     CommandControls switches{part<ToolBarsControl>(window), part<FolderTreeControl>(window)};
     SettingsStore store;
@@ -47,14 +46,13 @@ struct Checked
 
     explicit Checked(SecuritySession::State state)
     {
-        store.setValue(QStringLiteral("Settings/SecurityConfigured"),
-                       state != SecuritySession::State::NotConfigured);
+        store.setValue("Settings/SecurityConfigured", state != SecuritySession::State::NotConfigured);
         auto factory = [](QString* error) {
             return NebraSecurityManager::create(SettingsStore(), {}, error);
         };
         session.emplace(settings, nullptr, switches, part<StatusBarControl>(window), factory, window);
         DialogScript dialogs;
-        dialogs.logIn(QStringLiteral("jsmith"), QStringLiteral("correct horse"));
+        dialogs.logIn("jsmith", "correct horse");
         QCOMPARE(session->StartSecuritySession(), SecuritySession::StartOutcome::Continue);
         if (state == SecuritySession::State::Ended)
             session->LogOut();
@@ -98,18 +96,17 @@ private Q_SLOTS:
         QFETCH(bool, allowed);
         Checked o(state);
         const QStringList before = o.site.fixture.auditTexts();
-        QCOMPARE(o.authorisation->CanPerformSecurityOperation(QStringLiteral("AuthorisationsGeneral"),
-                                                              operation, showMessage),
-                 allowed);
+        QCOMPARE(
+            o.authorisation->CanPerformSecurityOperation("AuthorisationsGeneral", operation, showMessage),
+            allowed);
         // Nothing to record goes ahead; an ended session records nothing and refuses.
-        QCOMPARE(o.authorisation->AddAuditTrailEntryOperationGeneral(
-                     QStringLiteral("Run protocol: ELISA IgG.apr")),
+        QCOMPARE(o.authorisation->AddAuditTrailEntryOperationGeneral("Run protocol: ELISA IgG.apr"),
                  state != SecuritySession::State::Ended);
         QString error;
         const AuditEntry last = o.site.fixture.open()->audit().entries(&error).last();
         if (state == SecuritySession::State::Active)
             QCOMPARE(last.userName + '|' + last.area + '|' + last.text,
-                     QStringLiteral("jsmith|General|Run protocol: ELISA IgG.apr"));
+                     "jsmith|General|Run protocol: ELISA IgG.apr");
         else
             QCOMPARE(o.site.fixture.auditTexts(), before);
         const bool refusalShown = !allowed && showMessage && state == SecuritySession::State::Active;
@@ -120,7 +117,7 @@ private Q_SLOTS:
         QCOMPARE(box.text,
                  QStringLiteral("You do not have permission to perform this operation.  Please contact "
                                 "your security administrator for further information."));
-        QCOMPARE(box.title, QStringLiteral("Security Manager"));
+        QCOMPARE(box.title, "Security Manager");
         QCOMPARE(box.icon, MessageIcon::Information);
         QCOMPARE(box.buttons, int(MessageButton::Ok));
     }
@@ -129,23 +126,21 @@ private Q_SLOTS:
     {
         Checked o(SecuritySession::State::Active);
         o.site.fixture.fillUp();
-        QVERIFY(!o.authorisation->AddAuditTrailEntryOperationGeneral(QStringLiteral("Run protocol: a.apr")));
+        QVERIFY(!o.authorisation->AddAuditTrailEntryOperationGeneral("Run protocol: a.apr"));
         QCOMPARE(o.messages->count(), 1);
         QVERIFY2(o.messages->last().text.startsWith(NebraSecurityManager::auditWriteFailureText()),
                  qPrintable(o.messages->last().text));
         QCOMPARE(o.messages->last().icon, MessageIcon::Critical);
-        QVERIFY(!o.site.fixture.auditTexts().contains(QStringLiteral("Run protocol: a.apr")));
+        QVERIFY(!o.site.fixture.auditTexts().contains("Run protocol: a.apr"));
     }
 
     void otherAreasAreAskedAsGiven()
     {
         Checked o(SecuritySession::State::Active);
-        QVERIFY(o.authorisation->CanPerformSecurityOperation(QStringLiteral("Instrumentation"),
-                                                             QStringLiteral("SelectDriver"), true));
-        QVERIFY(!o.authorisation->CanPerformSecurityOperation(QStringLiteral("ParentDirectoryDataFiles"),
-                                                              QStringLiteral("Edit"), false));
+        QVERIFY(o.authorisation->CanPerformSecurityOperation("Instrumentation", "SelectDriver", true));
+        QVERIFY(!o.authorisation->CanPerformSecurityOperation("ParentDirectoryDataFiles", "Edit", false));
         // The general check asks only its own area, and shows the refusal.
-        QVERIFY(!o.authorisation->CanPerformGeneralOperation(QStringLiteral("SelectDriver")));
+        QVERIFY(!o.authorisation->CanPerformGeneralOperation("SelectDriver"));
         QCOMPARE(o.messages->count(), 1);
     }
 };

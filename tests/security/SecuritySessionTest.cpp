@@ -31,10 +31,7 @@ namespace {
 // shows whether the time-out has passed.
 struct Session : LoadedOrganiser
 {
-    explicit Session(bool logIn = true)
-    {
-        secure({QStringLiteral("AuthorisationsGeneral/RunProtocol")}, logIn);
-    }
+    explicit Session(bool logIn = true) { secure({"AuthorisationsGeneral/RunProtocol"}, logIn); }
 
     MainWindow& run() { return load(0); }
 
@@ -60,12 +57,12 @@ private Q_SLOTS:
     void withoutSecurityTheControlsAreHiddenAndCommandsDoNothing()
     {
         Session o(false);
-        o.set(QStringLiteral("Settings/SecurityConfigured"), false);
+        o.set("Settings/SecurityConfigured", false);
         MainWindow* window = &o.run();
         QVERIFY(!part<SecuritySession>(*window).SecurityEnabled());
         QVERIFY(!part<StatusBarControl>(*window).isPanelVisible(SecuritySession::SessionPanel));
-        QVERIFY(!part<ToolBarsControl>(*window).isToolVisible(QStringLiteral("ID_LogOut")));
-        QVERIFY(!part<ToolBarsControl>(*window).isToolVisible(QStringLiteral("ID_ChangePassword")));
+        QVERIFY(!part<ToolBarsControl>(*window).isToolVisible("ID_LogOut"));
+        QVERIFY(!part<ToolBarsControl>(*window).isToolVisible("ID_ChangePassword"));
         for (const char* id : {"ID_LogOut", "ID_ChangePassword"})
             part<CommandDispatcher>(*window).ToolClick(QLatin1String(id));
         Q_EMIT part<StatusBarControl>(*window).panelClick(SecuritySession::SessionPanel);
@@ -101,10 +98,10 @@ private Q_SLOTS:
                                                    "^The security manager cannot be created: ")));
         }
         if (how == QLatin1String("audit full"))
-            o.security->fillUp(QStringLiteral("General"));
+            o.security->fillUp("General");
         else
             o.dialogs.cancel();
-        o.dialogs.logIn(QStringLiteral("jsmith"), QStringLiteral("correct horse"));
+        o.dialogs.logIn("jsmith", "correct horse");
         QCOMPARE(o.start(0), MainWindow::LoadOutcome::Ended);
         QCOMPARE(o.onlyMessage(), message);
         QCOMPARE(o.messages.last().icon, icon);
@@ -114,7 +111,7 @@ private Q_SLOTS:
                      qPrintable(o.messages.last().details));
         QCOMPARE(o.dialogs.shown().size(), how == QLatin1String("no database") ? 0 : 1);
         if (how == QLatin1String("audit full"))
-            QCOMPARE(o.security->auditTexts().last(), QStringLiteral("Session closed"));
+            QCOMPARE(o.security->auditTexts().last(), "Session closed");
     }
 
     void aSessionFromLogInToClosingTheWindow()
@@ -123,17 +120,17 @@ private Q_SLOTS:
         MainWindow* window = &o.run();
         QCOMPARE(part<SecuritySession>(*window).state(), SecuritySession::State::Active);
         QCOMPARE(part<StatusBarControl>(*window).panelText(SecuritySession::SessionPanel),
-                 QStringLiteral("Logged in as: jsmith (Jane Smith)"));
+                 "Logged in as: jsmith (Jane Smith)");
         QVERIFY(part<StatusBarControl>(*window).isPanelVisible(SecuritySession::SessionPanel));
-        QVERIFY(part<ToolBarsControl>(*window).isToolVisible(QStringLiteral("ID_LogOut")));
-        QVERIFY(part<ToolBarsControl>(*window).isToolVisible(QStringLiteral("ID_ChangePassword")));
+        QVERIFY(part<ToolBarsControl>(*window).isToolVisible("ID_LogOut"));
+        QVERIFY(part<ToolBarsControl>(*window).isToolVisible("ID_ChangePassword"));
         SettingsStore store;
         SuitePaths paths(store);
         paths.Initialise();
         QVERIFY(QFileInfo(paths.SecuredFolder()).isDir());
         QString error;
         const AuditEntry last = o.security->open()->audit().entries(&error).last();
-        QCOMPARE(last.area + QLatin1Char('|') + last.text, QStringLiteral("General|Launch Welcome screen"));
+        QCOMPARE(last.area + QLatin1Char('|') + last.text, "General|Launch Welcome screen");
         QCOMPARE(o.messages.count(), 0);
 
         // A click on the session panel shows the session information box.
@@ -143,8 +140,7 @@ private Q_SLOTS:
                 panel = label;
         QVERIFY(panel);
         QTest::mouseClick(panel, Qt::LeftButton);
-        QCOMPARE(o.onlyMessage(),
-                 QStringLiteral("Logged in as: jsmith\r\n\r\nJane Smith|Security Information"));
+        QCOMPARE(o.onlyMessage(), "Logged in as: jsmith\r\n\r\nJane Smith|Security Information");
         QCOMPARE(o.messages.last().icon, MessageIcon::Information);
     }
 
@@ -167,7 +163,7 @@ private Q_SLOTS:
         QFETCH(QString, message);
         QFETCH(QString, audit);
         Session o;
-        o.set(QStringLiteral("Security/TimeOutMinutes"), 10);
+        o.set("Security/TimeOutMinutes", 10);
         MainWindow* window = &o.run();
         QDialog other; // another window of the program, open when the session ends
         other.show();
@@ -182,19 +178,17 @@ private Q_SLOTS:
         const auto tryToRun = [&] {
             const bool allowed =
                 authorisation.CanPerformSecurityOperation(Authorisation::GeneralArea, "RunProtocol", false);
-            return authorisation.AddAuditTrailEntryOperationGeneral(
-                       QStringLiteral("Run protocol: late.apr")) ||
-                   allowed;
+            return authorisation.AddAuditTrailEntryOperationGeneral("Run protocol: late.apr") || allowed;
         };
         QVERIFY(tryToRun());
-        QCOMPARE(o.security->auditTexts().last(), QStringLiteral("Run protocol: late.apr"));
+        QCOMPARE(o.security->auditTexts().last(), "Run protocol: late.apr");
         int passedWhileShown = 0;
         o.messages.whileShown([&](const MessageRequest&) { passedWhileShown += int(tryToRun()); });
         if (how == QLatin1String("time-out")) {
             o.now += 9 * 60 * 1000;
             QCoreApplication::processEvents();
             // A tool without a command still counts as activity: another ten minutes from here.
-            part<ToolBarsControl>(*window).action(QStringLiteral("ID_HelpHelp"))->trigger();
+            part<ToolBarsControl>(*window).action("ID_HelpHelp")->trigger();
             o.now += 10 * 60 * 1000 - 1;
             QCoreApplication::processEvents();
             QCOMPARE(o.processEnds, 0);
@@ -202,7 +196,7 @@ private Q_SLOTS:
         } else if (how == QLatin1String("ID_LogOut")) {
             part<ToolBarsControl>(*window).action(how)->trigger();
         } else {
-            part<SecuritySession>(*window).NebraSecurityManagerObj_UserLoggedOut(QStringLiteral("jsmith"), 2);
+            part<SecuritySession>(*window).NebraSecurityManagerObj_UserLoggedOut("jsmith", 2);
         }
         QTRY_COMPARE_WITH_TIMEOUT(o.processEnds, 1, 5000);
         QCOMPARE(passedWhileShown, 0);
@@ -226,8 +220,7 @@ private Q_SLOTS:
         QTest::addColumn<int>("warningSeconds"); // -1: not set
         QTest::addColumn<QString>("action");
         QTest::addColumn<QString>("outcome");
-        const QString timedOut =
-            QStringLiteral("Your session has timed out.  You have been logged out|Time Out");
+        const QString timedOut = "Your session has timed out.  You have been logged out|Time Out";
         // clang-format off
         QTest::newRow("countdown ends") << -1 << "nothing" << timedOut;
         QTest::newRow("stay logged in") << -1 << "stay" << "running";
@@ -244,9 +237,9 @@ private Q_SLOTS:
         QFETCH(QString, action);
         QFETCH(QString, outcome);
         Session o;
-        o.set(QStringLiteral("Security/TimeOutMinutes"), 10);
+        o.set("Security/TimeOutMinutes", 10);
         if (warningSeconds >= 0)
-            o.set(QStringLiteral("Security/TimeOutWarningSeconds"), warningSeconds);
+            o.set("Security/TimeOutWarningSeconds", warningSeconds);
         const int warnAt = 10 * 60 - (warningSeconds < 0 ? 60 : warningSeconds);
         MainWindow* window = &o.run();
         TimeOutWarning* warning = part<SecuritySession>(*window).timeOutWarning();
@@ -258,17 +251,16 @@ private Q_SLOTS:
             o.now += 1;
             QTRY_VERIFY_WITH_TIMEOUT(warning->isVisible(), 5000);
             QVERIFY(!warning->isModal());
-            QCOMPARE(warning->windowTitle(), QStringLiteral("Session Time-Out"));
+            QCOMPARE(warning->windowTitle(), "Session Time-Out");
             o.now += 20 * 1000;
             const QString expected =
-                QStringLiteral("Your session will time out in %1 seconds because of inactivity.")
-                    .arg(10 * 60 - warnAt - 20);
+                "Your session will time out in %1 seconds because of inactivity.".arg(10 * 60 - warnAt - 20);
             QTRY_COMPARE_WITH_TIMEOUT(warning->countdownText(), expected, 5000);
         }
         if (action == QLatin1String("stay"))
             warning->stayButton()->click();
         else if (action == QLatin1String("command"))
-            part<ToolBarsControl>(*window).action(QStringLiteral("ID_HelpHelp"))->trigger();
+            part<ToolBarsControl>(*window).action("ID_HelpHelp")->trigger();
         else if (action == QLatin1String("log out"))
             warning->logOutButton()->click();
         if (outcome == QLatin1String("running")) {

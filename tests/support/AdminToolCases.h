@@ -37,8 +37,7 @@ public:
     QStringList newestTexts(int count) const
     {
         QStringList texts;
-        for (const QString& line :
-             run({QStringLiteral("audit")}).out.split(QLatin1Char('\n'), Qt::SkipEmptyParts))
+        for (const QString& line : run({"audit"}).out.split(QLatin1Char('\n'), Qt::SkipEmptyParts))
             texts.append(line.section(QLatin1Char('\t'), 5));
         return texts.mid(qMax(0, texts.size() - count));
     }
@@ -59,7 +58,7 @@ public:
             {{"disable-user", "jsmith"}, "User disabled."},
         };
         QCOMPARE(run({"add-user", "jsmith", "--full-name", "Jane Smith"}, "correct horse\n").out,
-                 QStringLiteral("User added.\n"));
+                 "User added.\n");
         for (const auto& [arguments, said] : changes) {
             const AdminRun changed = run(arguments);
             QVERIFY2(changed.exitCode == 0, qPrintable(arguments.join(QLatin1Char(' ')) + changed.err));
@@ -78,7 +77,7 @@ public:
                               "User disabled: jsmith"}));
         const AdminRun refused = run({"add-user", "jsmith"}, "another password\n");
         QCOMPARE(refused.exitCode, 1);
-        QCOMPARE(refused.err, QStringLiteral("nebra-secadmin: There is already a user \"jsmith\".\n"));
+        QCOMPARE(refused.err, "nebra-secadmin: There is already a user \"jsmith\".\n");
         const AdminRun noRole = run({"unassign-role", "jsmith", "Nobody"});
         QCOMPARE(noRole.exitCode, 1);
         QVERIFY2(noRole.err.contains(QLatin1String("no role \"Nobody\"")), qPrintable(noRole.err));
@@ -103,7 +102,7 @@ public:
         QCOMPARE(replaced.exitCode, 1);
         QVERIFY2(replaced.out.contains(QLatin1String("is not the entry of the anchor")),
                  qPrintable(replaced.out));
-        const AdminRun ahead = run({"verify", "--anchor", QStringLiteral("9999:") + kept.section(':', 1)});
+        const AdminRun ahead = run({"verify", "--anchor", "9999:" + kept.section(':', 1)});
         QCOMPARE(ahead.exitCode, 1);
         QVERIFY(ahead.out.contains(QLatin1String("no longer reaches the anchor's entry 9999")));
         QCOMPARE(run({"verify", "--anchor", "12"}).exitCode, 2);

@@ -14,13 +14,12 @@ namespace nebra::test {
 // A security manager for the site that the settings name, with jsmith
 // logged in through the dialog seam; null, with the reason logged, when
 // either fails.
-inline std::unique_ptr<NebraSecurityManager>
-loggedInManager(const QString& password = QStringLiteral("correct horse"))
+inline std::unique_ptr<NebraSecurityManager> loggedInManager(const QString& password = "correct horse")
 {
     QString error;
     std::unique_ptr<NebraSecurityManager> manager = NebraSecurityManager::create(SettingsStore(), {}, &error);
     DialogScript dialogs;
-    dialogs.logIn(QStringLiteral("jsmith"), password);
+    dialogs.logIn("jsmith", password);
     if (!manager || !manager->LogIn(nullptr)) {
         qWarning("No session: %s", qPrintable(error));
         return nullptr;
@@ -53,19 +52,18 @@ public:
         m_folders = std::make_unique<UserFolders>();
         administer([&rights](ServerAdministration& admin, QString* e) {
             bool ok = admin.setPolicy(SecuritySettings::DefaultLockoutThreshold, 4, e) &&
-                      admin.addUser(QStringLiteral("jsmith"), QStringLiteral("Jane Smith"),
-                                    SecretBytes("correct horse"), e);
+                      admin.addUser("jsmith", "Jane Smith", SecretBytes("correct horse"), e);
             for (const QString& right : rights)
                 ok = ok &&
-                     admin.grant(QStringLiteral("jsmith"),
+                     admin.grant("jsmith",
                                  {right.section(QLatin1Char('/'), 0, 0), right.section(QLatin1Char('/'), 1)},
                                  e);
             return ok;
         });
-        setSystemValue(QStringLiteral("Settings/SecurityConfigured"), QStringLiteral("true"));
-        setSystemValue(QStringLiteral("Security/Backend"), QStringLiteral("postgresql"));
-        setSystemValue(QStringLiteral("Security/Server"), server().socketFolder());
-        setSystemValue(QStringLiteral("Security/ServerDatabase"), m_settings.database);
+        setSystemValue("Settings/SecurityConfigured", "true");
+        setSystemValue("Security/Backend", "postgresql");
+        setSystemValue("Security/Server", server().socketFolder());
+        setSystemValue("Security/ServerDatabase", m_settings.database);
     }
 
     ~ManagerSite()
@@ -84,7 +82,7 @@ public:
         if constexpr (std::is_invocable_v<Change, SecurityAdministration&, QString*>) {
             if (m_embedded) {
                 const std::unique_ptr<SecurityStore> store = m_embedded->fixture.open();
-                SecurityAdministration admin(*store, QStringLiteral("admin"));
+                SecurityAdministration admin(*store, "admin");
                 QVERIFY2(change(admin, &error), qPrintable(error));
                 return;
             }
@@ -92,7 +90,7 @@ public:
         if constexpr (std::is_invocable_v<Change, ServerAdministration&, QString*>) {
             if (!m_embedded) {
                 const std::unique_ptr<ServerConnection> owner = PostgresServer::connect(m_settings);
-                ServerAdministration admin(*owner, QStringLiteral("pc"));
+                ServerAdministration admin(*owner, "pc");
                 QVERIFY2(change(admin, &error), qPrintable(error));
             }
         }
@@ -102,10 +100,10 @@ public:
     void setPolicy(const QString& key, int value)
     {
         if (m_embedded) {
-            QVERIFY(SettingsStore().setValue(QStringLiteral("Security/") + key, value));
+            QVERIFY(SettingsStore().setValue("Security/" + key, value));
             return;
         }
-        setSystemValue(QStringLiteral("Security/") + key, QString::number(value));
+        setSystemValue("Security/" + key, QString::number(value));
         if (key == QLatin1String("LockoutThreshold"))
             administer(
                 [value](ServerAdministration& admin, QString* e) { return admin.setPolicy(value, 4, e); });
@@ -127,7 +125,7 @@ public:
         const std::unique_ptr<ServerConnection> owner = PostgresServer::connect(m_settings);
         ServerResult q;
         QStringList texts;
-        if (owner->exec(q, QStringLiteral("SELECT text FROM nebra.audit_trail ORDER BY seq"), {}, &error))
+        if (owner->exec(q, "SELECT text FROM nebra.audit_trail ORDER BY seq", {}, &error))
             while (q.next())
                 texts.append(q.value(0).toString());
         return texts;
@@ -139,17 +137,17 @@ public:
     {
         if (m_embedded) {
             m_embedded->fixture.fillUp();
-            return QStringLiteral("database or disk is full");
+            return "database or disk is full";
         }
         server().stop();
-        return QStringLiteral("The connection to the security server was lost");
+        return "The connection to the security server was lost";
     }
 
     // Undoes breakAppends.
     void repairAppends()
     {
         if (m_embedded)
-            m_embedded->fixture.tamper({QStringLiteral("DROP TRIGGER full")});
+            m_embedded->fixture.tamper({"DROP TRIGGER full"});
         else
             startServer();
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ServerAdministration.h"
 #include "ServerConnection.h"
 #include "ServerSchema.h"
 #include "ServerSettings.h"
@@ -11,6 +12,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -30,7 +32,7 @@ class PostgresServer
 public:
     static constexpr uid_t ServerUid = 65534; // nobody
     static constexpr gid_t ServerGid = 65534; // nogroup
-    static inline const QString Superuser = QStringLiteral("nebra_super");
+    static inline const QString Superuser = "nebra_super";
 
     enum class Durability
     {
@@ -54,8 +56,7 @@ public:
     {
         m_bin = binFolder();
         if (m_bin.isEmpty()) {
-            m_problem =
-                QStringLiteral("PostgreSQL's server programs are not installed (scripts/install-deps.sh)");
+            m_problem = "PostgreSQL's server programs are not installed (scripts/install-deps.sh)";
             return;
         }
         if (!prepareFolders() || !initialise())
@@ -68,10 +69,10 @@ public:
     // Empty when the server runs; else why it does not (a test skips with it).
     QString problem() const { return m_problem; }
     bool isRunning() const { return m_server.state() == QProcess::Running; }
-    QString socketFolder() const { return m_dir.path() + QStringLiteral("/socket"); }
+    QString socketFolder() const { return m_dir.path() + "/socket"; }
     QString logText() const
     {
-        QFile log(m_dir.path() + QStringLiteral("/server.log"));
+        QFile log(m_dir.path() + "/server.log");
         return log.open(QIODevice::ReadOnly) ? QString::fromUtf8(log.readAll()) : QString();
     }
 
@@ -115,24 +116,28 @@ public:
     // Starts the server (again); false, with problem() set, when it does not come up in time.
     bool start()
     {
-        QFile::remove(m_dir.path() + QStringLiteral("/server.log"));
-        m_server.setStandardOutputFile(m_dir.path() + QStringLiteral("/server.log"), QIODevice::Append);
-        m_server.setStandardErrorFile(m_dir.path() + QStringLiteral("/server.log"), QIODevice::Append);
-        QStringList arguments = asServer({QStringLiteral("--pdeathsig"), QStringLiteral("TERM")});
-        arguments << m_bin + QStringLiteral("/postgres") << QStringLiteral("-D") << dataFolder()
-                  << QStringLiteral("-k") << socketFolder() << QStringLiteral("-c")
-                  << QStringLiteral("listen_addresses=") << QStringLiteral("-c")
-                  << QStringLiteral("max_connections=60");
+        QFile::remove(m_dir.path() + "/server.log");
+        m_server.setStandardOutputFile(m_dir.path() + "/server.log", QIODevice::Append);
+        m_server.setStandardErrorFile(m_dir.path() + "/server.log", QIODevice::Append);
+        QStringList arguments = asServer({"--pdeathsig", "TERM"});
+        arguments << m_bin + "/postgres"
+                  << "-D" << dataFolder() << "-k" << socketFolder() << "-c"
+                  << "listen_addresses="
+                  << "-c"
+                  << "max_connections=60";
         if (m_durability == Durability::Fast)
-            arguments << QStringLiteral("-c") << QStringLiteral("fsync=off");
+            arguments << "-c"
+                      << "fsync=off";
         if (m_tls)
-            arguments << QStringLiteral("-p") << QString::number(m_tls->port) << QStringLiteral("-c")
-                      << QStringLiteral("listen_addresses=127.0.0.1") << QStringLiteral("-c")
-                      << QStringLiteral("ssl=on") << QStringLiteral("-c")
-                      << QStringLiteral("ssl_cert_file=") + m_tls->certificateFile << QStringLiteral("-c")
-                      << QStringLiteral("ssl_key_file=") + m_tls->keyFile << QStringLiteral("-c")
-                      << QStringLiteral("hba_file=") + m_tls->hbaFile;
-        m_server.start(QStringLiteral("setpriv"), arguments);
+            arguments << "-p" << QString::number(m_tls->port) << "-c"
+                      << "listen_addresses=127.0.0.1"
+                      << "-c"
+                      << "ssl=on"
+                      << "-c"
+                      << "ssl_cert_file=" + m_tls->certificateFile << "-c"
+                      << "ssl_key_file=" + m_tls->keyFile << "-c"
+                      << "hba_file=" + m_tls->hbaFile;
+        m_server.start("setpriv", arguments);
         const bool ready = QTest::qWaitFor(
             [this] {
                 return m_server.state() == QProcess::NotRunning ||
@@ -140,7 +145,7 @@ public:
             },
             60000);
         if (!ready || !isRunning()) {
-            m_problem = QStringLiteral("The test database server did not start:\n") + logText();
+            m_problem = "The test database server did not start:\n" + logText();
             return false;
         }
         return true;
@@ -152,10 +157,11 @@ public:
         if (!isRunning())
             return;
         QProcess pgCtl;
-        pgCtl.start(QStringLiteral("setpriv"),
-                    asServer({}) << m_bin + QStringLiteral("/pg_ctl") << QStringLiteral("stop")
-                                 << QStringLiteral("-D") << dataFolder() << QStringLiteral("-m")
-                                 << QStringLiteral("fast") << QStringLiteral("-w"));
+        pgCtl.start("setpriv", asServer({}) << m_bin + "/pg_ctl"
+                                            << "stop"
+                                            << "-D" << dataFolder() << "-m"
+                                            << "fast"
+                                            << "-w");
         if (!pgCtl.waitForFinished(60000) || !m_server.waitForFinished(60000)) {
             m_server.kill();
             m_server.waitForFinished(10000);
@@ -165,41 +171,41 @@ public:
 private:
     static QString binFolder()
     {
-        QDir lib(QStringLiteral("/usr/lib/postgresql"));
+        QDir lib("/usr/lib/postgresql");
         QStringList versions = lib.entryList(QDir::Dirs | QDir::NoDotAndDotDot);
         std::sort(versions.begin(), versions.end(),
                   [](const QString& a, const QString& b) { return a.toInt() > b.toInt(); });
         for (const QString& version : versions)
-            if (QFile::exists(lib.filePath(version + QStringLiteral("/bin/initdb"))))
-                return lib.filePath(version + QStringLiteral("/bin"));
+            if (QFile::exists(lib.filePath(version + "/bin/initdb")))
+                return lib.filePath(version + "/bin");
         return {};
     }
 
-    QString dataFolder() const { return m_dir.path() + QStringLiteral("/data"); }
+    QString dataFolder() const { return m_dir.path() + "/data"; }
 
     // setpriv's arguments that run a program as the server's id when we are root.
     static QStringList asServer(QStringList arguments)
     {
         if (::geteuid() == 0)
             arguments << QStringLiteral("--reuid=%1").arg(ServerUid)
-                      << QStringLiteral("--regid=%1").arg(ServerGid) << QStringLiteral("--clear-groups");
+                      << QStringLiteral("--regid=%1").arg(ServerGid) << "--clear-groups";
         return arguments;
     }
 
     bool prepareFolders()
     {
-        QDir(m_dir.path()).mkdir(QStringLiteral("socket"));
+        QDir(m_dir.path()).mkdir("socket");
         QFile::setPermissions(m_dir.path(), QFileDevice::ReadOwner | QFileDevice::WriteOwner |
                                                 QFileDevice::ExeOwner | QFileDevice::ReadOther |
                                                 QFileDevice::ExeOther | QFileDevice::ReadGroup |
                                                 QFileDevice::ExeGroup);
         if (::geteuid() == 0 && ::chown(qPrintable(socketFolder()), ServerUid, ServerGid) != 0) {
-            m_problem = QStringLiteral("Cannot hand the test server's folder to the server's id");
+            m_problem = "Cannot hand the test server's folder to the server's id";
             return false;
         }
         // The data folder is made by initdb itself, as the server's id.
         if (::geteuid() == 0 && ::chown(qPrintable(m_dir.path()), ServerUid, ServerGid) != 0) {
-            m_problem = QStringLiteral("Cannot hand the test server's folder to the server's id");
+            m_problem = "Cannot hand the test server's folder to the server's id";
             return false;
         }
         return true;
@@ -209,13 +215,13 @@ private:
     {
         QProcess initdb;
         initdb.setProcessChannelMode(QProcess::MergedChannels);
-        initdb.start(QStringLiteral("setpriv"),
-                     asServer({}) << m_bin + QStringLiteral("/initdb") << QStringLiteral("-D") << dataFolder()
-                                  << QStringLiteral("-U") << Superuser << QStringLiteral("--auth=trust")
-                                  << QStringLiteral("--encoding=UTF8") << QStringLiteral("--locale=C.UTF-8")
-                                  << QStringLiteral("--no-sync"));
+        initdb.start("setpriv", asServer({}) << m_bin + "/initdb"
+                                             << "-D" << dataFolder() << "-U" << Superuser << "--auth=trust"
+                                             << "--encoding=UTF8"
+                                             << "--locale=C.UTF-8"
+                                             << "--no-sync");
         if (!initdb.waitForFinished(120000) || initdb.exitCode() != 0) {
-            m_problem = QStringLiteral("initdb failed: ") + QString::fromLocal8Bit(initdb.readAll());
+            m_problem = "initdb failed: " + QString::fromLocal8Bit(initdb.readAll());
             return false;
         }
         return true;
@@ -223,10 +229,49 @@ private:
 
     Durability m_durability;
     std::optional<Tls> m_tls;
-    QTemporaryDir m_dir{QDir::tempPath() + QStringLiteral("/nebra-pg-XXXXXX")};
+    QTemporaryDir m_dir{QDir::tempPath() + "/nebra-pg-XXXXXX"};
     QString m_bin;
     QString m_problem;
     QProcess m_server;
 };
+
+// The first column of every row the query returns, as text. A query that
+// fails returns its error instead, so that the comparison that follows shows it.
+inline QStringList column(ServerConnection& connection, const QString& query, const QVariantList& values = {})
+{
+    ServerResult q;
+    QString error;
+    if (!connection.exec(q, query, values, &error))
+        return {"failed: " + error};
+    QStringList texts;
+    while (q.next())
+        texts.append(q.value(0).toString());
+    return texts;
+}
+
+// The newest audit entry as the connection reads it: user and text.
+inline std::pair<QString, QString> newestEntry(ServerConnection& connection)
+{
+    const QString entry =
+        column(connection, "SELECT user_name || '|' || text FROM nebra.audit_trail ORDER BY seq DESC LIMIT 1")
+            .value(0);
+    return {entry.section('|', 0, 0), entry.section('|', 1)};
+}
+
+// An administrator's change through the connection; the test fails when it is refused.
+inline void administer(ServerConnection& connection,
+                       const std::function<bool(ServerAdministration&, QString*)>& change)
+{
+    ServerAdministration administration(connection, "pc");
+    QString error;
+    QVERIFY2(change(administration, &error), qPrintable(error));
+}
+
+// Runs a script the test relies on; the test fails when it does not run.
+inline void script(ServerConnection& connection, const QString& text)
+{
+    QString error;
+    QVERIFY2(connection.execScript(text, &error), qPrintable(error));
+}
 
 } // namespace nebra::test

@@ -26,9 +26,9 @@ public:
     explicit SecurityFixture(const QString& folder)
     {
         QDir().mkpath(folder);
-        m_settings.databasePath = folder + QStringLiteral("/Security.db");
-        m_settings.siteKeyFile = folder + QStringLiteral("/Security.key");
-        m_settings.chainHeadFile = folder + QStringLiteral("/Security.head");
+        m_settings.databasePath = folder + "/Security.db";
+        m_settings.siteKeyFile = folder + "/Security.key";
+        m_settings.chainHeadFile = folder + "/Security.head";
     }
 
     SecuritySettings& settings() { return m_settings; }
@@ -38,8 +38,7 @@ public:
     void create()
     {
         QString error;
-        const std::unique_ptr<SecurityStore> store =
-            SecurityStore::create(m_settings, QStringLiteral("tester"), &error);
+        const std::unique_ptr<SecurityStore> store = SecurityStore::create(m_settings, "tester", &error);
         if (!store)
             qFatal("Cannot create the security database: %s", qPrintable(error));
     }
@@ -59,7 +58,7 @@ public:
                  const QStringList& rights = {})
     {
         const std::unique_ptr<SecurityStore> store = open();
-        SecurityAdministration admin(*store, QStringLiteral("tester"));
+        SecurityAdministration admin(*store, "tester");
         QString error;
         bool ok = admin.addUser(name, fullName, SecretBytes(password.toUtf8()), &error);
         for (const QString& right : rights)
@@ -75,8 +74,7 @@ public:
     void createSite(const QStringList& rights)
     {
         create();
-        addUser(QStringLiteral("jsmith"), QStringLiteral("correct horse"), QStringLiteral("Jane Smith"),
-                rights);
+        addUser("jsmith", "correct horse", "Jane Smith", rights);
         SettingsStore store;
         writeSettings(store);
     }
@@ -84,9 +82,9 @@ public:
     // Writes the "[Security]" group that names this database.
     void writeSettings(SettingsStore& store) const
     {
-        store.setValue(QStringLiteral("Security/DatabasePath"), m_settings.databasePath);
-        store.setValue(QStringLiteral("Security/SiteKeyFile"), m_settings.siteKeyFile);
-        store.setValue(QStringLiteral("Security/ChainHeadFile"), m_settings.chainHeadFile);
+        store.setValue("Security/DatabasePath", m_settings.databasePath);
+        store.setValue("Security/SiteKeyFile", m_settings.siteKeyFile);
+        store.setValue("Security/ChainHeadFile", m_settings.chainHeadFile);
     }
 
     // Runs statements on the database file through a connection of its own,
@@ -95,7 +93,7 @@ public:
     {
         const QString name = QUuid::createUuid().toString();
         {
-            QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
+            QSqlDatabase db = QSqlDatabase::addDatabase("QSQLITE", name);
             db.setDatabaseName(m_settings.databasePath);
             QVERIFY(db.open());
             QSqlQuery q(db);
@@ -137,7 +135,7 @@ private:
 struct SecuritySite
 {
     UserFolders folders;
-    SecurityFixture fixture{folders.root() + QStringLiteral("/site")};
+    SecurityFixture fixture{folders.root() + "/site"};
 
     explicit SecuritySite(const QStringList& rights = {}) { fixture.createSite(rights); }
 };

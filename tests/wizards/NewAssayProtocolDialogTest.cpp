@@ -27,8 +27,7 @@ struct Picker
 {
     test::RecordedSuite suite;
     test::MessageRecorder messages;
-    bool ready =
-        suite.store.setValue(QStringLiteral("Paths/WizardsParentFolder"), suite.folders.root() + "/suite");
+    bool ready = suite.store.setValue("Paths/WizardsParentFolder", suite.folders.root() + "/suite");
     SuiteSettings settings{suite.store};
     WizardHost host{suite.paths, settings, catalogueFile(), QStringLiteral(NEBRA_TEST_WIZARD_PLUGINS)};
     DocumentLauncher launcher{suite.paths, LaunchContext{}};
@@ -44,7 +43,7 @@ struct Picker
         script("{}");
     }
 
-    QString catalogueFile() const { return suite.folders.root() + QStringLiteral("/wizards.json"); }
+    QString catalogueFile() const { return suite.folders.root() + "/wizards.json"; }
 
     // Writes the catalogue; "Name" runs the scripted wizard, "Name=ProgID" another.
     void writeCatalogue(const QStringList& entries)
@@ -52,8 +51,8 @@ struct Picker
         QStringList json;
         for (const QString& entry : entries) {
             const QString name = entry.section(QLatin1Char('='), 0, 0);
-            const QString progId = entry.contains(QLatin1Char('=')) ? entry.section(QLatin1Char('='), 1)
-                                                                    : QStringLiteral("NebraTest.Scripted");
+            const QString progId =
+                entry.contains(QLatin1Char('=')) ? entry.section(QLatin1Char('='), 1) : "NebraTest.Scripted";
             json << QStringLiteral(R"({"Name":"%1","ProgID":"%2"})").arg(name, progId);
             test::writeFile(indexOf(name), "<html><body><h1>" + name.toUtf8() + "</h1></body></html>");
         }
@@ -62,27 +61,24 @@ struct Picker
     }
     QString indexOf(const QString& name) const
     {
-        return suite.paths.WizardsParentFolder() + QStringLiteral("/Wizards/") + name +
-               QStringLiteral("/Index.html");
+        return suite.paths.WizardsParentFolder() + "/Wizards/" + name + "/Index.html";
     }
 
     WizardHooks hooks()
     {
         WizardHooks hooks;
         hooks.closeHelpIfOpen = [this] {
-            events << QStringLiteral("close help");
+            events << "close help";
             return false;
         };
         hooks.displayHelp = [this](int topic) { events << QStringLiteral("help %1").arg(topic); };
         hooks.securityEnabled = [this] { return secured; };
         hooks.securityManager = [this] { return &manager; };
-        hooks.handleChangedHLD = [this] { events << QStringLiteral("driver changed"); };
-        hooks.recreateResultsNode = [this] { events << QStringLiteral("results"); };
-        hooks.protocolMade = [this](const QStringList& files) {
-            events << QStringLiteral("made ") + files.join(QStringLiteral(", "));
-        };
+        hooks.handleChangedHLD = [this] { events << "driver changed"; };
+        hooks.recreateResultsNode = [this] { events << "results"; };
+        hooks.protocolMade = [this](const QStringList& files) { events << "made " + files.join(", "); };
         hooks.openNewProtocol = [this](const QStringList& files) {
-            events << QStringLiteral("open ") + files.join(QStringLiteral("; "));
+            events << "open " + files.join("; ");
             launcher.OpenNewProtocol(files);
         };
         return hooks;
@@ -97,16 +93,13 @@ struct Picker
         dialog->setResult(-1);
         return *dialog;
     }
-    QListWidget* list() const { return dialog->findChild<QListWidget*>(QStringLiteral("ListView1")); }
+    QListWidget* list() const { return dialog->findChild<QListWidget*>("ListView1"); }
     QListWidgetItem* item(const QString& name) const
     {
         const auto found = list()->findItems(name, Qt::MatchExactly);
         return found.isEmpty() ? nullptr : found.first();
     }
-    BrowserControl* browser() const
-    {
-        return dialog->findChild<BrowserControl*>(QStringLiteral("WebBrowser1"));
-    }
+    BrowserControl* browser() const { return dialog->findChild<BrowserControl*>("WebBrowser1"); }
     void press(const char* button) { dialog->findChild<QPushButton*>(QLatin1String(button))->click(); }
     void clickItem(const QString& name, bool twice = false)
     {
@@ -156,7 +149,7 @@ private Q_SLOTS:
         QFETCH(bool, missingBox);
         Picker o;
         NewAssayProtocolDialog& dialog = o.openDialog(catalogue);
-        QCOMPARE(dialog.windowTitle(), QStringLiteral("Select New Assay Protocol Wizard"));
+        QCOMPARE(dialog.windowTitle(), "Select New Assay Protocol Wizard");
 
         QStringList listed;
         QStringList selectedNames;
@@ -177,8 +170,8 @@ private Q_SLOTS:
                                       10000);
         QCOMPARE(o.messages.count(), missingBox ? 1 : 0);
         if (missingBox) {
-            QCOMPARE(o.messages.last().text, QStringLiteral("No Wizard plug-ins were found on your system."));
-            QCOMPARE(o.messages.last().title, QStringLiteral("Missing Wizards"));
+            QCOMPARE(o.messages.last().text, "No Wizard plug-ins were found on your system.");
+            QCOMPARE(o.messages.last().title, "Missing Wizards");
             QCOMPARE(o.messages.last().icon, MessageIcon::Warning);
             QCOMPARE(o.messages.last().buttons, int(MessageButton::Ok));
         }
@@ -191,7 +184,7 @@ private Q_SLOTS:
         o.messages.clear();
         o.press("OKButton");
         QCOMPARE(o.messages.count(), 1);
-        QCOMPARE(o.messages.last().text, QStringLiteral("No item is selected in the list."));
+        QCOMPARE(o.messages.last().text, "No item is selected in the list.");
         QCOMPARE(o.messages.last().icon, MessageIcon::NoIcon);
         QCOMPARE(o.messages.last().title, Messages::applicationTitle());
         QVERIFY(o.dialog->isVisible());
@@ -204,13 +197,12 @@ private Q_SLOTS:
         Picker o;
         o.secured = true;
         o.openDialog({"Kinetic", "Generic", "ELISA"});
-        o.clickItem(QStringLiteral("ELISA"));
-        QCOMPARE(o.dialog->ClickedItem(), o.item(QStringLiteral("ELISA")));
-        QTRY_COMPARE_WITH_TIMEOUT(o.browser()->LocationURL(),
-                                  QUrl::fromLocalFile(o.indexOf(QStringLiteral("ELISA"))), 10000);
-        o.list()->setCurrentItem(o.item(QStringLiteral("Kinetic")));
+        o.clickItem("ELISA");
+        QCOMPARE(o.dialog->ClickedItem(), o.item("ELISA"));
+        QTRY_COMPARE_WITH_TIMEOUT(o.browser()->LocationURL(), QUrl::fromLocalFile(o.indexOf("ELISA")), 10000);
+        o.list()->setCurrentItem(o.item("Kinetic"));
         o.press("OKButton");
-        QCOMPARE(o.state("LastRun").toString(), QStringLiteral("Kinetic"));
+        QCOMPARE(o.state("LastRun").toString(), "Kinetic");
         QVERIFY(o.state("Secured").toBool());
     }
 
@@ -221,7 +213,7 @@ private Q_SLOTS:
         QTest::addColumn<bool>("closed");
         QTest::addColumn<QStringList>("events");
         QTest::addColumn<QByteArrayList>("editorArgs"); // the editor's arguments; empty: not started
-        const QString apr = QStringLiteral("/data/My Assays/Protocols/New Assay.apr");
+        const QString apr = "/data/My Assays/Protocols/New Assay.apr";
         // clang-format off
         QTest::newRow("0: abandoned") << QByteArray(R"({"result":0})") << "" << false << QStringList{"close help", "results"} << QByteArrayList{};
         QTest::newRow("1, not in the editor") << QByteArray(R"({"result":1,"newFile":"/data/My Assays/Protocols/New Assay.apr"})") << "The new Assay Protocol file is stored at: \r\n\r\n" + apr << true << QStringList{"close help", "made " + apr, "results"} << QByteArrayList{};
@@ -281,10 +273,10 @@ private Q_SLOTS:
         Picker o;
         o.openDialog({"Generic", "Kinetic"});
         o.dialog->resize(600, 600);
-        o.clickItem(QStringLiteral("Kinetic"));
+        o.clickItem("Kinetic");
         QVERIFY(o.dialog->ItemClicked());
         if (onItem) {
-            o.clickItem(QStringLiteral("Kinetic"), true);
+            o.clickItem("Kinetic", true);
         } else {
             const QPoint empty(o.list()->viewport()->width() - 3, o.list()->viewport()->height() - 3);
             QVERIFY(!o.list()->itemAt(empty));
@@ -292,7 +284,7 @@ private Q_SLOTS:
         }
         QCOMPARE(o.events, onItem ? QStringList({"close help", "results"}) : QStringList());
         QCOMPARE(o.host.HasSharedState() ? o.state("LastRun").toString() : QString(),
-                 onItem ? QStringLiteral("Kinetic") : QString());
+                 onItem ? "Kinetic" : QString());
     }
 
     void cancelAndHelp()
@@ -337,14 +329,13 @@ private Q_SLOTS:
         Picker o;
         o.writeCatalogue({"Generic"});
         o.script(R"({"result":1,"newFile":"/p/A.apr"})");
-        WizardRunner runner(o.host, o.settings, o.hooks(), QStringLiteral("Information"));
+        WizardRunner runner(o.host, o.settings, o.hooks(), "Information");
         QWidget window;
-        window.setObjectName(QStringLiteral("frmNMain"));
-        runner.RunSelectedWizard({QStringLiteral("Generic"), QStringLiteral("NebraTest.Scripted")}, &window,
-                                 {});
+        window.setObjectName("frmNMain");
+        runner.RunSelectedWizard({"Generic", "NebraTest.Scripted"}, &window, {});
         QCOMPARE(o.messages.count(), 1);
-        QCOMPARE(o.messages.last().title, QStringLiteral("Information"));
-        QCOMPARE(o.state("Owner").toString(), QStringLiteral("frmNMain"));
+        QCOMPARE(o.messages.last().title, "Information");
+        QCOMPARE(o.state("Owner").toString(), "frmNMain");
     }
 };
 

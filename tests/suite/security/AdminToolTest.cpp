@@ -13,19 +13,18 @@ namespace {
 struct Site
 {
     UserFolders folders;
-    SecurityFixture fixture{folders.root() + QStringLiteral("/site")};
+    SecurityFixture fixture{folders.root() + "/site"};
 
     Site()
     {
-        fixture.settings().siteKeyFile = fixture.settings().databasePath + QStringLiteral(".key");
-        fixture.settings().chainHeadFile = fixture.settings().databasePath + QStringLiteral(".head");
-        QCOMPARE(run({QStringLiteral("create"), QStringLiteral("--per-user")}).exitCode, 0);
+        fixture.settings().siteKeyFile = fixture.settings().databasePath + ".key";
+        fixture.settings().chainHeadFile = fixture.settings().databasePath + ".head";
+        QCOMPARE(run({"create", "--per-user"}).exitCode, 0);
     }
 
     AdminRun run(const QStringList& arguments, const QByteArray& input = {}) const
     {
-        return runAdminTool(
-            QStringList{QStringLiteral("--database"), fixture.settings().databasePath} + arguments, input);
+        return runAdminTool(QStringList{"--database", fixture.settings().databasePath} + arguments, input);
     }
     AdminToolCases cases() const
     {
@@ -47,7 +46,7 @@ private Q_SLOTS:
     {
         Site o;
         o.cases().administersUsersAndRights();
-        QCOMPARE(o.fixture.auditTexts().first(), QStringLiteral("Security database created"));
+        QCOMPARE(o.fixture.auditTexts().first(), "Security database created");
         QCOMPARE(o.run({"verify"}).exitCode, 0);
     }
 
@@ -61,9 +60,9 @@ private Q_SLOTS:
         QVERIFY(withArgument.err.contains(QLatin1String("never taken from the command line")));
         const AdminRun noInput = o.run({"add-user", "jsmith"});
         QCOMPARE(noInput.exitCode, 1);
-        QCOMPARE(noInput.err, QStringLiteral("nebra-secadmin: No password was given on standard input.\n"));
+        QCOMPARE(noInput.err, "nebra-secadmin: No password was given on standard input.\n");
         QCOMPARE(o.run({"list-users"}).out, QString());
-        QCOMPARE(o.run({QStringLiteral("fly")}).exitCode, 2);
+        QCOMPARE(o.run({"fly"}).exitCode, 2);
     }
 
     void unlockAfterLockout()
@@ -75,24 +74,24 @@ private Q_SLOTS:
             bool locked = false;
             QString error;
             for (int i = 0; i < 5; ++i)
-                QVERIFY(store->users().recordFailedLogIn(QStringLiteral("jsmith"), 5, &locked, &error));
+                QVERIFY(store->users().recordFailedLogIn("jsmith", 5, &locked, &error));
             QVERIFY(locked);
         }
         QVERIFY(o.run({"list-users"}).out.contains(QLatin1String("locked, 5 failed log-ins")));
         QCOMPARE(o.run({"unlock", "jsmith"}).exitCode, 0);
         QVERIFY(o.run({"list-users"}).out.contains(QLatin1String("\tenabled\t")));
-        QCOMPARE(o.fixture.auditTexts().last(), QStringLiteral("Account unlocked: jsmith"));
+        QCOMPARE(o.fixture.auditTexts().last(), "Account unlocked: jsmith");
     }
 
     void auditExportsCsv()
     {
         Site o;
-        const QString text = QStringLiteral("=HYPERLINK(\"http://x\",\"ELISA, IgG\")");
+        const QString text = "=HYPERLINK(\"http://x\",\"ELISA, IgG\")";
         {
             const std::unique_ptr<SecurityStore> store = o.fixture.open();
-            store->audit().append(QStringLiteral("jsmith"), QStringLiteral("General"), text);
+            store->audit().append("jsmith", "General", text);
         }
-        o.cases().auditExportsCsv(o.folders.root() + QStringLiteral("/audit.csv"), text);
+        o.cases().auditExportsCsv(o.folders.root() + "/audit.csv", text);
     }
 
     void verifyNamesTheFirstBadEntry_data()

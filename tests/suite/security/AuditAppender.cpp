@@ -28,9 +28,8 @@ int main(int argc, char** argv)
         return 1;
     }
     for (int i = 1;; ++i) {
-        const nebra::AuditAppendResult result =
-            store->audit().append(QStringLiteral("appender"), QStringLiteral("General"),
-                                  QStringLiteral("Entry number %1 of the appender").arg(i));
+        const nebra::AuditAppendResult result = store->audit().append(
+            "appender", "General", QStringLiteral("Entry number %1 of the appender").arg(i));
         if (result.sequence == 0 || !result.error.isEmpty()) {
             std::fprintf(stderr, "%s\n", qPrintable(result.error));
             return 1;

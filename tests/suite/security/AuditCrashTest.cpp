@@ -65,10 +65,7 @@ private Q_SLOTS:
         const AuditVerification verification = store->audit().verify();
         QVERIFY2(verification.ok, qPrintable(verification.message));
         // The trail goes on after the crash.
-        QCOMPARE(store->audit()
-                     .append(QStringLiteral("jsmith"), QStringLiteral("General"), QStringLiteral("After"))
-                     .sequence,
-                 entries.size() + 1);
+        QCOMPARE(store->audit().append("jsmith", "General", "After").sequence, entries.size() + 1);
         QVERIFY(store->audit().verify().ok);
     }
 };

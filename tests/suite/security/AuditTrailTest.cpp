@@ -52,8 +52,7 @@ private Q_SLOTS:
         const QDateTime before = QDateTime::currentDateTimeUtc();
         {
             const std::unique_ptr<SecurityStore> store = o.fixture.open();
-            const AuditAppendResult result = store->audit().append(
-                QStringLiteral("Jörg"), QStringLiteral("General"), QStringLiteral("a, \"b\"\nc"));
+            const AuditAppendResult result = store->audit().append("Jörg", "General", "a, \"b\"\nc");
             QCOMPARE(result.sequence, 7);
             QVERIFY(result.error.isEmpty());
         }
@@ -64,8 +63,7 @@ private Q_SLOTS:
         for (int i = 0; i < entries.size(); ++i)
             QCOMPARE(entries[i].sequence, i + 1);
         const AuditEntry& last = entries.last();
-        QCOMPARE(last.userName + '|' + last.area + '|' + last.text,
-                 QStringLiteral("Jörg|General|a, \"b\"\nc"));
+        QCOMPARE(last.userName + '|' + last.area + '|' + last.text, "Jörg|General|a, \"b\"\nc");
         QCOMPARE(last.workstation, AuditTrail::workstationName());
         const QDateTime stamp = QDateTime::fromString(last.utc, Qt::ISODateWithMs);
         QCOMPARE(stamp.timeSpec(), Qt::UTC);
@@ -79,11 +77,9 @@ private Q_SLOTS:
         const std::unique_ptr<SecurityStore> store = o.fixture.open();
         QSqlQuery q = store->database().newQuery();
         QString error;
-        QVERIFY(!store->database().exec(q, QStringLiteral("UPDATE audit_trail SET text = 'x' WHERE seq = 2"),
-                                        {}, &error));
+        QVERIFY(!store->database().exec(q, "UPDATE audit_trail SET text = 'x' WHERE seq = 2", {}, &error));
         QVERIFY2(error.contains(QLatin1String("cannot be changed")), qPrintable(error));
-        QVERIFY(
-            !store->database().exec(q, QStringLiteral("DELETE FROM audit_trail WHERE seq = 6"), {}, &error));
+        QVERIFY(!store->database().exec(q, "DELETE FROM audit_trail WHERE seq = 6", {}, &error));
         QVERIFY2(error.contains(QLatin1String("cannot be deleted")), qPrintable(error));
         QCOMPARE(store->audit().entries(&error).size(), 6);
     }
@@ -101,9 +97,8 @@ private Q_SLOTS:
                                << firstBad << message;
         };
         const QString altered =
-            QStringLiteral("Entry %1 has been altered, or entries have been moved or inserted before it.");
-        const QString cutOff =
-            QStringLiteral("Entries %1 to 6 are missing: the newest entries have been cut off.");
+            "Entry %1 has been altered, or entries have been moved or inserted before it.";
+        const QString cutOff = "Entries %1 to 6 are missing: the newest entries have been cut off.";
         // clang-format off
         row("text edited", {"UPDATE audit_trail SET text = 'Run protocol: other.apr' WHERE seq = 3"}, 3, altered.arg(3));
         row("user edited", {"UPDATE audit_trail SET user_name = 'admin' WHERE seq = 4"}, 4, altered.arg(4));

@@ -12,13 +12,13 @@ namespace {
 // The status of a log-in of jsmith with the password given.
 LogInStatus logIn(Authenticator& authenticator, const char* password)
 {
-    return authenticator.authenticate(QStringLiteral("jsmith"), SecretBytes(QByteArray(password))).status;
+    return authenticator.authenticate("jsmith", SecretBytes(QByteArray(password))).status;
 }
 
 bool isLocked(SecurityStore& store)
 {
     QString error;
-    return store.users().find(QStringLiteral("jsmith"), &error)->locked;
+    return store.users().find("jsmith", &error)->locked;
 }
 
 // A database of its own holding jsmith ("correct horse", "Jane Smith").
@@ -30,16 +30,15 @@ struct Site
     Site()
     {
         fixture.create();
-        fixture.addUser(QStringLiteral("jsmith"), QStringLiteral("correct horse"),
-                        QStringLiteral("Jane Smith"));
+        fixture.addUser("jsmith", "correct horse", "Jane Smith");
     }
 };
 
 } // namespace
 
 // Log-in decisions, lockout and hash upgrades, on a real database with the
-// production hash cost. That a locked or disabled account answers alike
-// whatever the password is proven by the attack on it (SecurityAttacksTest).
+// production hash cost. That a disabled account answers alike whatever the
+// password is proven by the attack on it (SecurityAttacksTest).
 class AuthenticatorTest : public QObject
 {
     Q_OBJECT
@@ -50,8 +49,8 @@ private Q_SLOTS:
         Site o;
         const std::unique_ptr<SecurityStore> store = o.fixture.open();
         Authenticator authenticator(*store);
-        const LogInResult unknown = authenticator.authenticate(
-            QStringLiteral("nobody"), SecretBytes(QByteArrayLiteral("correct horse")));
+        const LogInResult unknown =
+            authenticator.authenticate("nobody", SecretBytes(QByteArrayLiteral("correct horse")));
         QCOMPARE(unknown.status, LogInStatus::Refused);
         QVERIFY(unknown.error.isEmpty());
         QCOMPARE(logIn(authenticator, "wrong horse"), LogInStatus::Refused);
@@ -59,7 +58,7 @@ private Q_SLOTS:
         QCOMPARE(texts.mid(texts.size() - 2),
                  QStringList({"Failed log in: unknown user", "Failed log in: wrong password"}));
         QString error;
-        QCOMPARE(store->users().find(QStringLiteral("jsmith"), &error)->failedLogIns, 1);
+        QCOMPARE(store->users().find("jsmith", &error)->failedLogIns, 1);
     }
 
     void lockoutAtTheThresholdSurvivesRestartUntilUnlocked_data()
@@ -87,15 +86,33 @@ private Q_SLOTS:
         QCOMPARE(o.fixture.auditTexts().last(),
                  QStringLiteral("Account locked after %1 failed log ins").arg(threshold));
 
-        // A new process: the lock is still there, whatever password is typed.
+        // A new process: the lock is still there, whatever password is typed, and each attempt is recorded.
         const std::unique_ptr<SecurityStore> store = o.fixture.open();
         Authenticator authenticator(*store);
+        const int entries = o.fixture.auditTexts().size();
         QCOMPARE(logIn(authenticator, "guess"), LogInStatus::Locked);
         QCOMPARE(logIn(authenticator, "correct horse"), LogInStatus::Locked);
+        QCOMPARE(o.fixture.auditTexts().mid(entries),
+                 QStringList(2, QStringLiteral("Log in refused: account locked")));
         QString error;
-        QVERIFY(
-            SecurityAdministration(*store, QStringLiteral("admin")).unlock(QStringLiteral("jsmith"), &error));
+        QVERIFY(SecurityAdministration(*store, "admin").unlock("jsmith", &error));
         QCOMPARE(logIn(authenticator, "correct horse"), LogInStatus::Success);
+    }
+
+    // Guessing the current password in Change Password counts like failed log-ins.
+    void wrongCurrentPasswordsLockTheAccount()
+    {
+        Site o;
+        const std::unique_ptr<SecurityStore> store = o.fixture.open();
+        Authenticator authenticator(*store);
+        bool locked = false;
+        QString error;
+        for (int i = 1; i <= SecuritySettings::DefaultLockoutThreshold; ++i) {
+            QVERIFY(!authenticator.checkCurrentPassword("jsmith", SecretBytes("guess"), &locked, &error));
+            QCOMPARE(locked, i == SecuritySettings::DefaultLockoutThreshold);
+        }
+        QVERIFY(isLocked(*store));
+        QCOMPARE(logIn(authenticator, "correct horse"), LogInStatus::Locked);
     }
 
     void successLogsInAndResetsTheFailureCount()
@@ -105,12 +122,12 @@ private Q_SLOTS:
         const std::unique_ptr<SecurityStore> store = o.fixture.open();
         Authenticator authenticator(*store);
         QCOMPARE(logIn(authenticator, "guess"), LogInStatus::Refused);
-        const LogInResult result = authenticator.authenticate(
-            QStringLiteral("JSMITH"), SecretBytes(QByteArrayLiteral("correct horse")));
+        const LogInResult result =
+            authenticator.authenticate("JSMITH", SecretBytes(QByteArrayLiteral("correct horse")));
         QCOMPARE(result.status, LogInStatus::Success);
-        QCOMPARE(result.user.name, QStringLiteral("jsmith")); // names compare without regard to case
-        QCOMPARE(result.user.fullName, QStringLiteral("Jane Smith"));
-        QCOMPARE(o.fixture.auditTexts().last(), QStringLiteral("Log in"));
+        QCOMPARE(result.user.name, "jsmith"); // names compare without regard to case
+        QCOMPARE(result.user.fullName, "Jane Smith");
+        QCOMPARE(o.fixture.auditTexts().last(), "Log in");
         // Counted per run of failures: one more failure does not lock.
         QCOMPARE(logIn(authenticator, "guess"), LogInStatus::Refused);
         QVERIFY(!isLocked(*store));
@@ -120,14 +137,13 @@ private Q_SLOTS:
     {
         Site o;
         QString error;
-        const QByteArray before =
-            o.fixture.open()->users().find(QStringLiteral("jsmith"), &error)->passwordHash;
+        const QByteArray before = o.fixture.open()->users().find("jsmith", &error)->passwordHash;
         QVERIFY2(before.contains("m=19456,t=2"), before.constData()); // the production minimum
         o.fixture.settings().hashCost = {24, 3};
         const std::unique_ptr<SecurityStore> store = o.fixture.open();
         Authenticator authenticator(*store);
         QCOMPARE(logIn(authenticator, "correct horse"), LogInStatus::Success);
-        const QByteArray after = store->users().find(QStringLiteral("jsmith"), &error)->passwordHash;
+        const QByteArray after = store->users().find("jsmith", &error)->passwordHash;
         QVERIFY2(after.contains("m=24576,t=3"), after.constData());
         QCOMPARE(logIn(authenticator, "correct horse"), LogInStatus::Success);
     }

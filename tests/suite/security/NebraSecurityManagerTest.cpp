@@ -16,7 +16,7 @@ namespace {
 // A site of jsmith, who holds RunProtocol, with the manager's boxes and dialogs answered.
 struct Manager
 {
-    ManagerSite site{{QStringLiteral("AuthorisationsGeneral/RunProtocol")}};
+    ManagerSite site{{"AuthorisationsGeneral/RunProtocol"}};
     MessageRecorder messages;
     DialogScript dialogs;
 
@@ -47,7 +47,7 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("messages");
         QTest::addColumn<int>("dialogs");
 
-        const QString wrong = QStringLiteral("The user name or password is incorrect.");
+        const QString wrong = "The user name or password is incorrect.";
         // clang-format off
         QTest::newRow("cancelled") << QStringList{"cancel"} << QStringList() << 1;
         QTest::newRow("wrong, then cancelled") << QStringList{"jsmith", "guess", "cancel"} << QStringList{wrong} << 2;
@@ -75,12 +75,11 @@ private Q_SLOTS:
         QStringList shown;
         for (const MessageRequest& request : o.messages.requests()) {
             shown.append(request.text);
-            QCOMPARE(request.title, QStringLiteral("Security Manager"));
+            QCOMPARE(request.title, "Security Manager");
         }
         QCOMPARE(shown, messages);
         QVERIFY(manager->UserName().isEmpty());
-        QVERIFY(!manager->IsOperationAllowed(QStringLiteral("AuthorisationsGeneral"),
-                                             QStringLiteral("RunProtocol")));
+        QVERIFY(!manager->IsOperationAllowed("AuthorisationsGeneral", "RunProtocol"));
     }
 
     void rightsComeDirectlyOrThroughRoles()
@@ -95,16 +94,14 @@ private Q_SLOTS:
         QVERIFY(!allowed("EditLayout"));
         // Changes by the administrator take effect within the running session.
         o.site.administer([](auto& admin, QString* error) {
-            return admin.addRole(QStringLiteral("Editors"), error) &&
-                   admin.grantToRole(QStringLiteral("Editors"),
-                                     {QStringLiteral("AuthorisationsGeneral"), "*"}, error) &&
-                   admin.assignRole(QStringLiteral("jsmith"), QStringLiteral("Editors"), error);
+            return admin.addRole("Editors", error) &&
+                   admin.grantToRole("Editors", {"AuthorisationsGeneral", "*"}, error) &&
+                   admin.assignRole("jsmith", "Editors", error);
         });
         QVERIFY(allowed("EditLayout"));
         QVERIFY(!allowed("SelectDriver", "Instrumentation"));
-        o.site.administer([](auto& admin, QString* error) {
-            return admin.setDisabled(QStringLiteral("jsmith"), true, error);
-        });
+        o.site.administer(
+            [](auto& admin, QString* error) { return admin.setDisabled("jsmith", true, error); });
         QVERIFY(!allowed("RunProtocol"));
         QCOMPARE(o.messages.count(), 0);
     }
@@ -114,7 +111,7 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("fields"); // current, new, confirmation
         QTest::addColumn<QString>("message");
         QTest::addColumn<QString>("passwordAfter");
-        const QString kept = QStringLiteral("correct horse");
+        const QString kept = "correct horse";
         // clang-format off
         QTest::newRow("changed") << QStringList{kept, "battery staple", "battery staple"} << "Your password has been changed." << "battery staple";
         QTest::newRow("wrong current password") << QStringList{"guess", "battery staple", "battery staple"} << "The current password is incorrect." << kept;
@@ -132,7 +129,7 @@ private Q_SLOTS:
         QFETCH(QString, message);
         QFETCH(QString, passwordAfter);
         Manager o;
-        o.site.setPolicy(QStringLiteral("PasswordMinimumLength"), 10);
+        o.site.setPolicy("PasswordMinimumLength", 10);
         const std::unique_ptr<NebraSecurityManager> manager = loggedInManager();
         QVERIFY(manager);
         const QString reason = fields.size() > 3 ? o.site.breakAppends() : QString();
@@ -152,7 +149,7 @@ private Q_SLOTS:
             o.site.repairAppends();
         manager->SessionLogOut();
 
-        o.dialogs.logIn(QStringLiteral("jsmith"), passwordAfter);
+        o.dialogs.logIn("jsmith", passwordAfter);
         QVERIFY(manager->LogIn(nullptr));
     }
 
@@ -161,16 +158,14 @@ private Q_SLOTS:
         Manager o;
         const std::unique_ptr<NebraSecurityManager> manager = loggedInManager();
         QVERIFY(manager);
-        QVERIFY(
-            manager->AddAuditTrailEntry(QStringLiteral("General"), QStringLiteral("Run protocol: a.apr")));
+        QVERIFY(manager->AddAuditTrailEntry("General", "Run protocol: a.apr"));
         // The store fills up (every insert fails as SQLite reports a full disk), or the server goes away.
         const QString reason = o.site.breakAppends();
-        QVERIFY(
-            !manager->AddAuditTrailEntry(QStringLiteral("General"), QStringLiteral("Run protocol: b.apr")));
+        QVERIFY(!manager->AddAuditTrailEntry("General", "Run protocol: b.apr"));
         QCOMPARE(o.messages.count(), 1);
         const QString text = o.messages.last().text;
         QVERIFY2(text.startsWith(NebraSecurityManager::auditWriteFailureText() +
-                                 QStringLiteral("\n\nThe audit trail entry could not be recorded (")),
+                                 "\n\nThe audit trail entry could not be recorded ("),
                  qPrintable(text));
         QVERIFY2(text.contains(reason), qPrintable(text));
         QCOMPARE(o.messages.last().icon, MessageIcon::Critical);
@@ -179,20 +174,17 @@ private Q_SLOTS:
     void guessingTheCurrentPasswordEndsTheSession()
     {
         Manager o;
-        o.site.setPolicy(QStringLiteral("LockoutThreshold"), 2);
+        o.site.setPolicy("LockoutThreshold", 2);
         const std::unique_ptr<NebraSecurityManager> manager = loggedInManager();
         QVERIFY(manager);
         QSignalSpy loggedOut(manager.get(), &NebraSecurityManager::UserLoggedOut);
-        o.dialogs.changePassword(QStringLiteral("guess 1"), QStringLiteral("battery staple"),
-                                 QStringLiteral("battery staple"));
-        o.dialogs.changePassword(QStringLiteral("guess 2"), QStringLiteral("battery staple"),
-                                 QStringLiteral("battery staple"));
+        o.dialogs.changePassword("guess 1", "battery staple", "battery staple");
+        o.dialogs.changePassword("guess 2", "battery staple", "battery staple");
         manager->SessionChangePassword(nullptr);
         QCOMPARE(o.messages.count(), 2);
         QCOMPARE(loggedOut.count(), 1);
         QCOMPARE(manager->UserName(), QString());
-        QVERIFY(!manager->IsOperationAllowed(QStringLiteral("AuthorisationsGeneral"),
-                                             QStringLiteral("RunProtocol")));
+        QVERIFY(!manager->IsOperationAllowed("AuthorisationsGeneral", "RunProtocol"));
         QCOMPARE(
             o.site.auditTexts().mid(o.site.auditTexts().size() - 2),
             QStringList({"Account locked after 2 failed log ins", "Session ended: the account was locked"}));
@@ -202,23 +194,21 @@ private Q_SLOTS:
     {
         Manager o;
         o.site.administer([](auto& admin, QString* error) {
-            return admin.setPassword(QStringLiteral("jsmith"), SecretBytes("temporary1"), true, error);
+            return admin.setPassword("jsmith", SecretBytes("temporary1"), true, error);
         });
         const std::unique_ptr<NebraSecurityManager> manager = o.create();
-        o.dialogs.logIn(QStringLiteral("jsmith"), QStringLiteral("temporary1"));
+        o.dialogs.logIn("jsmith", "temporary1");
         o.dialogs.cancel(); // the forced change
         QVERIFY(!manager->LogIn(nullptr));
-        QCOMPARE(o.site.auditTexts().last(),
-                 QStringLiteral("Log in abandoned: the password had to be changed first"));
+        QCOMPARE(o.site.auditTexts().last(), "Log in abandoned: the password had to be changed first");
 
-        o.dialogs.logIn(QStringLiteral("jsmith"), QStringLiteral("temporary1"));
-        o.dialogs.accept({{QStringLiteral("txtNewPassword"), QStringLiteral("my own secret")},
-                          {QStringLiteral("txtConfirmPassword"), QStringLiteral("my own secret")}});
+        o.dialogs.logIn("jsmith", "temporary1");
+        o.dialogs.accept({{"txtNewPassword", "my own secret"}, {"txtConfirmPassword", "my own secret"}});
         QVERIFY(manager->LogIn(nullptr));
         QCOMPARE(o.dialogs.shown(),
                  QStringList({"frmLogIn", "frmChangePassword", "frmLogIn", "frmChangePassword"}));
         manager->SessionLogOut();
-        o.dialogs.logIn(QStringLiteral("jsmith"), QStringLiteral("my own secret"));
+        o.dialogs.logIn("jsmith", "my own secret");
         QVERIFY(manager->LogIn(nullptr));
         QCOMPARE(o.dialogs.remaining(), 0); // no further change asked for
     }
@@ -228,8 +218,8 @@ private Q_SLOTS:
         QTest::addColumn<bool>("session");
         QTest::addColumn<QString>("error");
         // clang-format off
-        QTest::newRow("no session") << false << QStringLiteral("No user is logged in.");
-        QTest::newRow("no right") << true << QStringLiteral("You do not have the right to view the audit trail.");
+        QTest::newRow("no session") << false << "No user is logged in.";
+        QTest::newRow("no right") << true << "You do not have the right to view the audit trail.";
         // clang-format on
     }
 
@@ -261,7 +251,7 @@ private Q_SLOTS:
     {
         Manager o;
         o.site.administer([](auto& admin, QString* error) {
-            return admin.grant(QStringLiteral("jsmith"),
+            return admin.grant("jsmith",
                                {QString::fromLatin1(NebraSecurityManager::ReviewArea),
                                 QString::fromLatin1(NebraSecurityManager::ReviewOperation)},
                                error);
@@ -269,15 +259,15 @@ private Q_SLOTS:
         const std::unique_ptr<NebraSecurityManager> manager = loggedInManager();
         QVERIFY(manager);
         for (int i = 1; i <= 5; ++i)
-            QVERIFY(manager->AddAuditTrailEntry(i % 2 ? QStringLiteral("General") : QStringLiteral("Reader"),
+            QVERIFY(manager->AddAuditTrailEntry(i % 2 ? "General" : "Reader",
                                                 QStringLiteral("Run protocol: P%1.apr").arg(i)));
         QString error;
         qint64 all = 0, runs = 0;
         QVERIFY2(manager->CountAuditEntries({}, &all, &error), qPrintable(error));
         QCOMPARE(all, qint64(o.site.auditTexts().size()));
         AuditFilter filter;
-        filter.userName = QStringLiteral("JSMITH");
-        filter.text = QStringLiteral("run PROTOCOL");
+        filter.userName = "JSMITH";
+        filter.text = "run PROTOCOL";
         QVERIFY2(manager->CountAuditEntries(filter, &runs, &error), qPrintable(error));
         QCOMPARE(runs, 5);
 
@@ -286,22 +276,22 @@ private Q_SLOTS:
         QVERIFY2(manager->ReadAuditEntries({}, {}, 1, 2, &page, &error), qPrintable(error));
         QCOMPARE(page.size(), 2);
         QCOMPARE(page[0].sequence, all - 1);
-        QCOMPARE(page[1].text, QStringLiteral("Run protocol: P3.apr"));
+        QCOMPARE(page[1].text, "Run protocol: P3.apr");
         QVERIFY2(manager->ReadAuditEntries({}, {AuditColumn::Sequence, Qt::AscendingOrder}, all - 2, 5, &page,
                                            &error),
                  qPrintable(error));
         QCOMPARE(page.size(), 2); // the last page is short
         QCOMPARE(page[0].sequence, all - 1);
-        QCOMPARE(page[1].text, QStringLiteral("Run protocol: P5.apr"));
+        QCOMPARE(page[1].text, "Run protocol: P5.apr");
         // A view pinned to an earlier moment leaves the later entries out.
         AuditFilter pinned;
         pinned.throughSequence = all - 2;
         QVERIFY2(manager->ReadAuditEntries(pinned, {}, 0, 1, &page, &error), qPrintable(error));
         QCOMPARE(page.value(0).sequence, all - 2);
-        pinned.area = QStringLiteral("Reader");
+        pinned.area = "Reader";
         QVERIFY2(manager->CountAuditEntries(pinned, &runs, &error), qPrintable(error));
         QCOMPARE(runs, 1); // P2; P4 came after
-        filter.area = QStringLiteral("General");
+        filter.area = "General";
         QVERIFY2(
             manager->ReadAuditEntries(filter, {AuditColumn::Text, Qt::DescendingOrder}, 0, 10, &page, &error),
             qPrintable(error));
@@ -310,7 +300,7 @@ private Q_SLOTS:
             texts.append(entry.text);
         QCOMPARE(texts,
                  QStringList({"Run protocol: P5.apr", "Run protocol: P3.apr", "Run protocol: P1.apr"}));
-        QCOMPARE(page[0].userName, QStringLiteral("jsmith"));
+        QCOMPARE(page[0].userName, "jsmith");
 
         const AuditVerification verification = manager->VerifyAuditTrail();
         QVERIFY2(verification.ok, qPrintable(verification.message));

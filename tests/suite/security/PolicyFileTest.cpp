@@ -1,3 +1,4 @@
+#include "SecondProcess.h"
 #include "SecurityStore.h"
 #include "SettingsStore.h"
 #include "SuiteSettings.h"
@@ -23,56 +24,36 @@ class PolicyFileTest : public QObject
 {
     Q_OBJECT
 
-    struct Run
-    {
-        int exitCode = -1;
-        QString out;
-        QString err;
-    };
-
-    static Run run(const QString& program, const QStringList& arguments)
-    {
-        QProcess process;
-        process.start(program, arguments);
-        if (!process.waitForFinished(60000))
-            return {};
-        return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
-                QString::fromUtf8(process.readAllStandardError())};
-    }
+    using Run = ProcessRun;
 
     // A site policy naming database, as the administrator's create leaves it.
     static void writePolicy(const QString& path, const QString& database)
     {
         QVERIFY(QDir().mkpath(QFileInfo(path).absolutePath()));
-        writeFile(path, QStringLiteral("[Settings]\nSecurityConfigured=true\n[Security]\nDatabasePath=%1\n")
-                            .arg(database)
-                            .toUtf8());
+        writeFile(
+            path,
+            "[Settings]\nSecurityConfigured=true\n[Security]\nDatabasePath=%1\n".arg(database).toUtf8());
         QVERIFY(QFile::setPermissions(path, QFileDevice::ReadOwner | QFileDevice::WriteOwner |
                                                 QFileDevice::ReadGroup | QFileDevice::ReadOther));
     }
 
-    std::unique_ptr<UserFolders> m_folders;
-
 private Q_SLOTS:
-    void init() { m_folders = std::make_unique<UserFolders>(); }
-    void cleanup() { m_folders.reset(); }
-
     // 5: XDG_CONFIG_HOME pointed at the policy's folder makes the policy the
     // user's own file: it stays the policy, and no personal store is used.
     void theUsersFileIsNeverThePolicy()
     {
-        const QString policy = m_folders->systemSettingsFile();
+        UserFolders folders;
+        const QString policy = folders.systemSettingsFile();
         writeFile(policy,
                   "[Settings]\nSecurityConfigured=true\n[Security]\nBackend=postgresql\nServer=/run/site\n");
-        qputenv("XDG_CONFIG_HOME",
-                QFile::encodeName(QFileInfo(policy).absolutePath() + QStringLiteral("/..")));
+        qputenv("XDG_CONFIG_HOME", QFile::encodeName(QFileInfo(policy).absolutePath() + "/.."));
         SettingsStore store;
         QVERIFY(!store.warning().isEmpty());
-        QVERIFY(!store.setValue(QStringLiteral("Settings/SecurityConfigured"), false));
+        QVERIFY(!store.setValue("Settings/SecurityConfigured", false));
         const SecuritySettings settings = SecuritySettings::fromStore(store);
         QVERIFY(settings.systemWide);
         QCOMPARE(settings.backend, SecuritySettings::Backend::Server);
-        QCOMPARE(settings.server.host, QStringLiteral("/run/site"));
+        QCOMPARE(settings.server.host, "/run/site");
     }
 
     // 5: a policy that others than its owner could change, or replace in its
@@ -93,12 +74,13 @@ private Q_SLOTS:
 
     void aPolicyOthersCanChangeIsRefused()
     {
+        UserFolders folders;
         QFETCH(QString, damage);
         QFETCH(QString, fix);
         if (damage == QLatin1String("owner") && ::geteuid() != 0)
             QSKIP("Giving the file to another user needs root.");
-        const QString policy = m_folders->systemSettingsFile();
-        writePolicy(policy, m_folders->root() + QStringLiteral("/site.db"));
+        const QString policy = folders.systemSettingsFile();
+        writePolicy(policy, folders.root() + "/site.db");
         const QString target =
             damage.startsWith(QLatin1String("folder")) ? QFileInfo(policy).absolutePath() : policy;
         if (damage == QLatin1String("owner"))
@@ -119,8 +101,9 @@ private Q_SLOTS:
     // the file (which may hold the server's password) to everyone.
     void aNonMemberIsToldTheGroup()
     {
-        const QString policy = m_folders->systemSettingsFile();
-        writePolicy(policy, m_folders->root() + QStringLiteral("/site.db"));
+        UserFolders folders;
+        const QString policy = folders.systemSettingsFile();
+        writePolicy(policy, folders.root() + "/site.db");
         QVERIFY(QFile::setPermissions(policy, QFileDevice::ReadOwner | QFileDevice::WriteOwner |
                                                   QFileDevice::ReadGroup));
         QString said;
@@ -129,11 +112,10 @@ private Q_SLOTS:
             const group* users = ::getgrnam("users");
             QVERIFY(users);
             QCOMPARE(::chown(QFile::encodeName(policy).constData(), 0, users->gr_gid), 0);
-            QVERIFY(QFile::setPermissions(m_folders->root(),
-                                          QFile::permissions(m_folders->root()) | QFileDevice::ExeOther));
-            const Run status =
-                run(QStringLiteral("setpriv"),
-                    {"--reuid=65534", "--regid=65534", "--clear-groups", QStringLiteral(SECADMIN), "status"});
+            QVERIFY(QFile::setPermissions(folders.root(),
+                                          QFile::permissions(folders.root()) | QFileDevice::ExeOther));
+            const Run status = runProgram("setpriv", {"--reuid=65534", "--regid=65534", "--clear-groups",
+                                                      QStringLiteral(SECADMIN), "status"});
             QCOMPARE(status.exitCode, 1);
             said = status.out;
         } else {
@@ -163,31 +145,32 @@ private Q_SLOTS:
 
     void theProgramReadsAndWritesOnlyTheFixedPolicy()
     {
+        UserFolders folders;
         QFETCH(QStringList, environment);
         QFETCH(QString, command);
         if (::geteuid() != 0)
             QSKIP(
                 "Showing the program a policy at /etc/xdg needs root (a bind mount in a private namespace).");
-        const QString etc = m_folders->root() + QStringLiteral("/etc-xdg");
-        const QString database = m_folders->root() + QStringLiteral("/site/Security.db");
+        const QString etc = folders.root() + "/etc-xdg";
+        const QString database = folders.root() + "/site/Security.db";
         if (command == QLatin1String("status")) {
-            writePolicy(etc + QStringLiteral("/Nebra/Suite.ini"), database);
+            writePolicy(etc + "/Nebra/Suite.ini", database);
             // The user's own folder, first in the list, holds a policy that switches security off.
             writeFile(
-                m_folders->root() + QStringLiteral("/desk/Nebra/Suite.ini"),
+                folders.root() + "/desk/Nebra/Suite.ini",
                 "[Settings]\nSecurityConfigured=false\n[Security]\nDatabasePath=/home/mallory/mine.db\n");
         }
-        QVERIFY(QDir().mkpath(etc + QStringLiteral("/xdg-desk")));
-        environment.replaceInStrings(QStringLiteral("DESK"), m_folders->root() + QStringLiteral("/desk"));
+        QVERIFY(QDir().mkpath(etc + "/xdg-desk"));
+        environment.replaceInStrings("DESK", folders.root() + "/desk");
         QStringList arguments{
             "-m", "--propagation", "private", "sh", "-c", "mount --bind \"$0\" /etc/xdg && exec \"$@\"", etc,
             "env"};
         arguments << environment << QStringLiteral(SECADMIN_PROGRAM) << command;
         if (command == QLatin1String("create"))
             arguments << "--database" << database;
-        const Run ran = run(QStringLiteral("unshare"), arguments);
+        const Run ran = runProgram("unshare", arguments);
         if (ran.err.contains(QLatin1String("unshare failed")) || ran.err.contains(QLatin1String("mount:")))
-            QSKIP(qPrintable(QStringLiteral("No private mount namespace here: ") + ran.err));
+            QSKIP(qPrintable("No private mount namespace here: " + ran.err));
         QVERIFY2(ran.exitCode == 0, qPrintable(ran.out + ran.err));
         if (command == QLatin1String("status")) {
             QVERIFY2(ran.out.contains(
@@ -198,8 +181,8 @@ private Q_SLOTS:
         } else {
             QVERIFY2(ran.out.contains(QLatin1String("\"/etc/xdg/Nebra/Suite.ini\" now turns security on")),
                      qPrintable(ran.out));
-            QVERIFY(!QFileInfo::exists(etc + QStringLiteral("/xdg-desk/Nebra/Suite.ini")));
-            QVERIFY(QFileInfo::exists(etc + QStringLiteral("/Nebra/Suite.ini")));
+            QVERIFY(!QFileInfo::exists(etc + "/xdg-desk/Nebra/Suite.ini"));
+            QVERIFY(QFileInfo::exists(etc + "/Nebra/Suite.ini"));
         }
     }
 };

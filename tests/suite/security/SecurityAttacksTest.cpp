@@ -1,10 +1,7 @@
-#include "Authenticator.h"
 #include "IdleTimer.h"
-#include "SecondProcess.h"
-#include "SecurityFixture.h"
 #include "SuiteSettings.h"
 #include "TestFiles.h"
-#include "UserFolders.h"
+#include "ToolSite.h"
 
 #include <QProcess>
 #include <QTest>
@@ -27,40 +24,17 @@ QString myGroup()
     return QString::fromLocal8Bit(getgrgid(getegid())->gr_name);
 }
 
-// A site in the test's own user folders, set up as an administrator does
-// with nebra-secadmin: a system-wide policy naming the database, jsmith with
-// one right, mallory with none, and a role "Admins" with every right.
-struct Site
+// A site set up as an administrator does with nebra-secadmin: a system-wide
+// policy naming the database, jsmith with one right, mallory with none, and a
+// role "Admins" with every right.
+struct Site : ToolSite
 {
-    UserFolders folders;
-    SecurityFixture fixture{folders.root() + QStringLiteral("/site")};
-
     explicit Site(const QStringList& createOptions = {})
+        : ToolSite(QStringList{"--admin-group", myGroup()} + createOptions,
+                   {{"grant", "jsmith", "AuthorisationsGeneral", "OpenProtocol"},
+                    {"add-role", "Admins"},
+                    {"grant-role", "Admins", "*", "*"}})
     {
-        fixture.settings().siteKeyFile = database() + QStringLiteral(".key");
-        fixture.settings().chainHeadFile = database() + QStringLiteral(".head");
-        const ProcessRun created =
-            secadmin(QStringList{"create", "--admin-group", myGroup()} + createOptions);
-        QVERIFY2(created.exitCode == 0, qPrintable(created.err));
-        QCOMPARE(secadmin({"add-user", "jsmith"}, "correct horse\n").exitCode, 0);
-        QCOMPARE(secadmin({"add-user", "mallory"}, "battery staple\n").exitCode, 0);
-        QCOMPARE(secadmin({"grant", "jsmith", "AuthorisationsGeneral", "OpenProtocol"}).exitCode, 0);
-        QCOMPARE(secadmin({"add-role", "Admins"}).exitCode, 0);
-        QCOMPARE(secadmin({"grant-role", "Admins", "*", "*"}).exitCode, 0);
-    }
-
-    QString database() const { return fixture.settings().databasePath; }
-
-    ProcessRun secadmin(const QStringList& arguments, const QByteArray& input = {}) const
-    {
-        return runProgram(QStringLiteral(SECADMIN),
-                          QStringList{QStringLiteral("--database"), database()} + arguments, input);
-    }
-
-    LogInStatus logIn(const QString& name, const QString& password) const
-    {
-        const std::unique_ptr<SecurityStore> store = fixture.open(SecurityStore::HeadCheck::Skipped);
-        return Authenticator(*store).authenticate(name, SecretBytes(password.toUtf8())).status;
     }
 
     void setSystemValue(const QString& key, const QString& value) const
@@ -112,8 +86,7 @@ private Q_SLOTS:
         SettingsStore store;
         const SecuritySettings s = SecuritySettings::fromStore(store);
         const QHash<QString, QString> values = {
-            {"Settings/SecurityConfigured",
-             SuiteSettings(store).SecurityConfigured() ? QStringLiteral("true") : QStringLiteral("false")},
+            {"Settings/SecurityConfigured", SuiteSettings(store).SecurityConfigured() ? "true" : "false"},
             {"Security/DatabasePath", s.databasePath},
             {"Security/SiteKeyFile", s.siteKeyFile},
             {"Security/ChainHeadFile", s.chainHeadFile},
@@ -122,10 +95,10 @@ private Q_SLOTS:
             {"Security/PasswordMinimumLength", QString::number(s.passwordMinimumLength)}};
         QCOMPARE(values.value(key), QString(effective).replace(QLatin1String("db"), o.database()));
         // status names where each value came from.
-        const ProcessRun status = runProgram(QStringLiteral(SECADMIN), {QStringLiteral("status")});
+        const ProcessRun status = runProgram(QStringLiteral(SECADMIN), {"status"});
         QCOMPARE(status.exitCode, 0);
-        QVERIFY2(status.out.contains(QStringLiteral("DatabasePath = %1 (system file \"%2\")")
-                                         .arg(o.database(), o.folders.systemSettingsFile())),
+        QVERIFY2(status.out.contains("DatabasePath = %1 (system file \"%2\")".arg(
+                     o.database(), o.folders.systemSettingsFile())),
                  qPrintable(status.out));
     }
 
@@ -158,25 +131,24 @@ private Q_SLOTS:
                                                     ? QFileDevice::Permissions()
                                                     : QFileDevice::Permissions(0x6666)));
         }
-        QVERIFY(SettingsStore().setValue(QStringLiteral("Settings/SecurityConfigured"), false));
+        QVERIFY(SettingsStore().setValue("Settings/SecurityConfigured", false));
         SettingsStore store;
         QVERIFY(!store.systemProblem().isEmpty());
         QVERIFY(SuiteSettings(store).SecurityConfigured());
         QString error;
         QVERIFY(!SecurityStore::open(SecuritySettings::fromStore(store), &error));
         QCOMPARE(error, store.systemProblem());
-        QCOMPARE(runProgram(QStringLiteral(SECADMIN), {QStringLiteral("status")}).exitCode, 1);
+        QCOMPARE(runProgram(QStringLiteral(SECADMIN), {"status"}).exitCode, 1);
     }
 
     // 2a, 6: no file of the store can be read by other users; a shared store belongs to the site group.
     void storeFilesAreClosedToOtherUsers()
     {
-        Site o({QStringLiteral("--group"), myGroup()});
+        Site o({"--group", myGroup()});
         // SQLite removes the -wal and -shm files when the last connection closes: keep one open.
         const std::unique_ptr<SecurityStore> store = o.fixture.open();
-        QCOMPARE(
-            Authenticator(*store).authenticate(QStringLiteral("jsmith"), SecretBytes("correct horse")).status,
-            LogInStatus::Success);
+        QCOMPARE(Authenticator(*store).authenticate("jsmith", SecretBytes("correct horse")).status,
+                 LogInStatus::Success);
         struct stat folder = {};
         QCOMPARE(::stat(QFile::encodeName(QFileInfo(o.database()).absolutePath()).constData(), &folder), 0);
         QCOMPARE(folder.st_mode & 07777, mode_t(02770));
@@ -250,22 +222,19 @@ private Q_SLOTS:
             QCOMPARE(o.secadmin({"disable-user", "jsmith"}).exitCode, 0);
         for (int i = 0; prepare == QLatin1String("lock") && i < SecuritySettings::DefaultLockoutThreshold;
              ++i)
-            QCOMPARE(o.logIn(QStringLiteral("jsmith"), QStringLiteral("guess")), LogInStatus::Refused);
+            QCOMPARE(o.logIn("jsmith", "guess"), LogInStatus::Refused);
         o.fixture.tamper(statements);
         const bool changesJsmith = statements.first().startsWith(QLatin1String("UPDATE users"));
         if (changesJsmith)
-            QCOMPARE(o.logIn(QStringLiteral("jsmith"), password), LogInStatus::Refused);
+            QCOMPARE(o.logIn("jsmith", password), LogInStatus::Refused);
         const std::unique_ptr<SecurityStore> store = o.fixture.open();
         QString error;
-        QVERIFY(!store->users().isOperationAllowed(QStringLiteral("mallory"),
-                                                   QStringLiteral("AuthorisationsGeneral"),
-                                                   QStringLiteral("RunProtocol"), &error));
-        QCOMPARE(store->users().isOperationAllowed(QStringLiteral("jsmith"),
-                                                   QStringLiteral("AuthorisationsGeneral"),
-                                                   QStringLiteral("OpenProtocol"), &error),
+        QVERIFY(
+            !store->users().isOperationAllowed("mallory", "AuthorisationsGeneral", "RunProtocol", &error));
+        QCOMPARE(store->users().isOperationAllowed("jsmith", "AuthorisationsGeneral", "OpenProtocol", &error),
                  mayOpenProtocol);
         QVERIFY(error.isEmpty());
-        const ProcessRun verify = o.secadmin({QStringLiteral("verify")});
+        const ProcessRun verify = o.secadmin({"verify"});
         QCOMPARE(verify.exitCode, 1);
         QVERIFY2(verify.out.contains(QLatin1String("altered")), qPrintable(verify.out));
     }
@@ -275,7 +244,7 @@ private Q_SLOTS:
     {
         if (geteuid() != 0)
             QSKIP("Running as another user needs root (setpriv).");
-        Site o({QStringLiteral("--group"), QStringLiteral("users")});
+        Site o({"--group", "users"});
         QVERIFY(QFile::setPermissions(o.folders.root(),
                                       QFile::permissions(o.folders.root()) | QFileDevice::ExeOther));
         const ProcessRun refused =
@@ -283,7 +252,7 @@ private Q_SLOTS:
         QCOMPARE(refused.exitCode, 1);
         QVERIFY2(refused.err.contains(QLatin1String("may administer")), qPrintable(refused.err));
         QString error;
-        QVERIFY(o.fixture.open()->users().rightsOf(QStringLiteral("mallory"), &error).isEmpty());
+        QVERIFY(o.fixture.open()->users().rightsOf("mallory", &error).isEmpty());
     }
 
     // 3, 2c: entries cut off behind the head stay missing: nothing is chained on, no change is made
@@ -298,17 +267,13 @@ private Q_SLOTS:
         QVERIFY2(error.contains(QLatin1String("cut off")), qPrintable(error));
         const std::unique_ptr<SecurityStore> store = o.fixture.open(SecurityStore::HeadCheck::Skipped);
         const QString before = store->audit().verify().message;
-        QCOMPARE(store->audit()
-                     .append(QStringLiteral("mallory"), QStringLiteral("General"), QStringLiteral("Cover"))
-                     .sequence,
-                 0);
-        QCOMPARE(o.logIn(QStringLiteral("jsmith"), QStringLiteral("correct horse")), LogInStatus::Error);
+        QCOMPARE(store->audit().append("mallory", "General", "Cover").sequence, 0);
+        QCOMPARE(o.logIn("jsmith", "correct horse"), LogInStatus::Error);
         QCOMPARE(o.secadmin({"grant", "mallory", "*", "*"}).exitCode, 1);
         // The change shares the entry's transaction: refused together.
-        QVERIFY(!SecurityAdministration(*store, QStringLiteral("admin"))
-                     .grant(QStringLiteral("mallory"), {"*", "*"}, &error));
-        QVERIFY(store->users().rightsOf(QStringLiteral("mallory"), &error).isEmpty());
-        const ProcessRun verify = o.secadmin({QStringLiteral("verify")});
+        QVERIFY(!SecurityAdministration(*store, "admin").grant("mallory", {"*", "*"}, &error));
+        QVERIFY(store->users().rightsOf("mallory", &error).isEmpty());
+        const ProcessRun verify = o.secadmin({"verify"});
         QCOMPARE(verify.exitCode, 1);
         QVERIFY(verify.out.contains(before));
     }
@@ -317,12 +282,12 @@ private Q_SLOTS:
     void rollbackIsCaughtByTheAnchor()
     {
         Site o;
-        o.fixture.tamper({QStringLiteral("PRAGMA wal_checkpoint(TRUNCATE)")});
-        const QString copy = o.folders.root() + QStringLiteral("/copy");
+        o.fixture.tamper({"PRAGMA wal_checkpoint(TRUNCATE)"});
+        const QString copy = o.folders.root() + "/copy";
         for (const char* suffix : {"", ".head"})
             QVERIFY(QFile::copy(o.database() + suffix, copy + suffix));
         QCOMPARE(o.secadmin({"disable-user", "mallory"}).exitCode, 0);
-        const ProcessRun anchor = o.secadmin({QStringLiteral("anchor")});
+        const ProcessRun anchor = o.secadmin({"anchor"});
         QCOMPARE(anchor.exitCode, 0);
         const QString point = anchor.out.trimmed();
         QCOMPARE(o.secadmin({"verify", "--anchor", point}).exitCode, 0);
@@ -332,37 +297,21 @@ private Q_SLOTS:
         for (const char* suffix : {"", ".head"})
             QVERIFY(QFile::copy(copy + suffix, o.database() + suffix));
         QVERIFY(QFile::setPermissions(o.database(), QFileDevice::ReadOwner | QFileDevice::WriteOwner));
-        QCOMPARE(o.secadmin({QStringLiteral("verify")}).exitCode, 0); // the embedded store's limit
+        QCOMPARE(o.secadmin({"verify"}).exitCode, 0); // the embedded store's limit
         const ProcessRun caught = o.secadmin({"verify", "--anchor", point});
         QCOMPARE(caught.exitCode, 1);
         QVERIFY2(caught.out.contains(QLatin1String("no longer reaches the anchor")), qPrintable(caught.out));
     }
 
-    // 5: a locked or disabled account answers alike whatever password is typed, and every attempt is
-    // recorded.
-    void lockedAccountIsNoPasswordOracle_data()
+    // 5: a disabled account answers alike whatever password is typed, and every attempt is recorded
+    // (a locked one: AuthenticatorTest).
+    void disabledAccountIsNoPasswordOracle()
     {
-        QTest::addColumn<QString>("command");
-        QTest::addColumn<int>("expected");
-        // clang-format off
-        QTest::newRow("locked") << "" << int(LogInStatus::Locked);
-        QTest::newRow("disabled") << "disable-user" << int(LogInStatus::Disabled);
-        // clang-format on
-    }
-
-    void lockedAccountIsNoPasswordOracle()
-    {
-        QFETCH(QString, command);
-        QFETCH(int, expected);
         Site o;
-        if (command.isEmpty())
-            for (int i = 0; i < SecuritySettings::DefaultLockoutThreshold; ++i)
-                o.logIn(QStringLiteral("jsmith"), QStringLiteral("guess"));
-        else
-            QCOMPARE(o.secadmin({command, "jsmith"}).exitCode, 0);
+        QCOMPARE(o.secadmin({"disable-user", "jsmith"}).exitCode, 0);
         const int entries = o.fixture.auditTexts().size();
-        QCOMPARE(int(o.logIn(QStringLiteral("jsmith"), QStringLiteral("wrong"))), expected);
-        QCOMPARE(int(o.logIn(QStringLiteral("jsmith"), QStringLiteral("correct horse"))), expected);
+        QCOMPARE(o.logIn("jsmith", "wrong"), LogInStatus::Disabled);
+        QCOMPARE(o.logIn("jsmith", "correct horse"), LogInStatus::Disabled);
         QCOMPARE(o.fixture.auditTexts().size(), entries + 2);
     }
 
@@ -371,19 +320,19 @@ private Q_SLOTS:
     {
         if (geteuid() != 0)
             QSKIP("Running as another user needs root (setpriv).");
-        Site o({QStringLiteral("--group"), QStringLiteral("users")});
+        Site o({"--group", "users"});
         QVERIFY(QFile::setPermissions(o.folders.root(),
                                       QFile::permissions(o.folders.root()) | QFileDevice::ExeOther));
-        QCOMPARE(o.logIn(QStringLiteral("jsmith"), QStringLiteral("correct horse")), LogInStatus::Success);
-        const QString lock = o.database() + QStringLiteral(".head.lock");
+        QCOMPARE(o.logIn("jsmith", "correct horse"), LogInStatus::Success);
+        const QString lock = o.database() + ".head.lock";
         QVERIFY(QFile::setPermissions(lock, QFileDevice::ReadOwner | QFileDevice::WriteOwner |
                                                 QFileDevice::ReadGroup | QFileDevice::ReadOther));
         const ProcessRun second =
             runProgram(QStringLiteral(LOG_IN_ATTEMPTS), {"jsmith", "correct horse", "1"}, {}, AsAnotherUser);
         QVERIFY2(second.exitCode == 0, qPrintable(second.err));
         QCOMPARE(second.out, QStringLiteral("%1\n").arg(int(LogInStatus::Success)));
-        QCOMPARE(o.fixture.auditTexts().last(), QStringLiteral("Log in"));
-        QCOMPARE(o.secadmin({QStringLiteral("verify")}).exitCode, 0);
+        QCOMPARE(o.fixture.auditTexts().last(), "Log in");
+        QCOMPARE(o.secadmin({"verify"}).exitCode, 0);
     }
 
     // 8, 2c: with the store full nothing happens unrecorded: no log-in, no
@@ -406,24 +355,24 @@ private Q_SLOTS:
         for (int i = 0;
              command.value(0) == QLatin1String("unlock") && i < SecuritySettings::DefaultLockoutThreshold;
              ++i)
-            o.logIn(QStringLiteral("jsmith"), QStringLiteral("guess"));
+            o.logIn("jsmith", "guess");
         const QStringList before = o.fixture.auditTexts();
         QString error;
-        const UserRecord jsmith = *o.fixture.open()->users().find(QStringLiteral("jsmith"), &error);
+        const UserRecord jsmith = *o.fixture.open()->users().find("jsmith", &error);
         o.fixture.fillUp();
         if (command.isEmpty()) {
-            QCOMPARE(o.logIn(QStringLiteral("jsmith"), QStringLiteral("correct horse")), LogInStatus::Error);
+            QCOMPARE(o.logIn("jsmith", "correct horse"), LogInStatus::Error);
         } else {
             const ProcessRun refused = o.secadmin(command);
             QCOMPARE(refused.exitCode, 1);
             QVERIFY2(refused.err.contains(QLatin1String("disk is full")), qPrintable(refused.err));
         }
         const std::unique_ptr<SecurityStore> store = o.fixture.open();
-        const UserRecord after = *store->users().find(QStringLiteral("jsmith"), &error);
+        const UserRecord after = *store->users().find("jsmith", &error);
         QCOMPARE(after.locked, jsmith.locked);
         QCOMPARE(after.disabled, jsmith.disabled);
         QCOMPARE(after.failedLogIns, jsmith.failedLogIns);
-        QVERIFY(store->users().rightsOf(QStringLiteral("mallory"), &error).isEmpty());
+        QVERIFY(store->users().rightsOf("mallory", &error).isEmpty());
         QCOMPARE(o.fixture.auditTexts(), before);
     }
 
@@ -436,29 +385,12 @@ private Q_SLOTS:
         QVERIFY(qAbs(IdleTimer::bootClock()() - expected) < 1000);
     }
 
-    // 11: guessing the current password in Change Password counts like failed log-ins.
-    void wrongCurrentPasswordsLockTheAccount()
-    {
-        Site o;
-        const std::unique_ptr<SecurityStore> store = o.fixture.open();
-        Authenticator authenticator(*store);
-        bool locked = false;
-        QString error;
-        for (int i = 1; i <= SecuritySettings::DefaultLockoutThreshold; ++i) {
-            QVERIFY(!authenticator.checkCurrentPassword(QStringLiteral("jsmith"), SecretBytes("guess"),
-                                                        &locked, &error));
-            QCOMPARE(locked, i == SecuritySettings::DefaultLockoutThreshold);
-        }
-        QVERIFY(store->users().find(QStringLiteral("jsmith"), &error)->locked);
-        QCOMPARE(o.logIn(QStringLiteral("jsmith"), QStringLiteral("correct horse")), LogInStatus::Locked);
-    }
-
     // 12: a password typed into the name field never lands in the audit table.
     void mistypedNamesAreNotRecorded()
     {
         Site o;
-        QCOMPARE(o.logIn(QStringLiteral("correct horse"), QStringLiteral("jsmith")), LogInStatus::Refused);
-        QCOMPARE(o.logIn(QStringLiteral("CORRECT HORSE"), QStringLiteral("x")), LogInStatus::Refused);
+        QCOMPARE(o.logIn("correct horse", "jsmith"), LogInStatus::Refused);
+        QCOMPARE(o.logIn("CORRECT HORSE", "x"), LogInStatus::Refused);
         const std::unique_ptr<SecurityStore> store = o.fixture.open();
         QString error;
         const QList<AuditEntry> entries = store->audit().entries(&error);
@@ -487,13 +419,10 @@ private Q_SLOTS:
     {
         QFETCH(QString, text);
         Site o;
-        QVERIFY(o.fixture.open()
-                    ->audit()
-                    .append(QStringLiteral("jsmith"), QStringLiteral("General"), text)
-                    .error.isEmpty());
+        QVERIFY(o.fixture.open()->audit().append("jsmith", "General", text).error.isEmpty());
         const ProcessRun csv = o.secadmin({"audit", "--csv", "-"});
         QCOMPARE(csv.exitCode, 0);
-        const QString lastLine = csv.out.trimmed().split(QStringLiteral("\r\n")).last();
+        const QString lastLine = csv.out.trimmed().split("\r\n").last();
         const QString cell = lastLine.section(QLatin1Char(','), 5, 5);
         QVERIFY2(cell.startsWith(QLatin1String("'")) || cell.startsWith(QLatin1String("\"'")),
                  qPrintable(cell));
@@ -503,7 +432,7 @@ private Q_SLOTS:
     void parallelGuessesStopAtTheLock()
     {
         Site o;
-        o.setSystemValue(QStringLiteral("Security/LockoutThreshold"), QStringLiteral("3"));
+        o.setSystemValue("Security/LockoutThreshold", "3");
         std::vector<std::unique_ptr<QProcess>> guessers;
         for (int i = 0; i < 4; ++i) {
             guessers.push_back(std::make_unique<QProcess>());
@@ -512,11 +441,11 @@ private Q_SLOTS:
         for (const auto& guesser : guessers)
             QVERIFY(guesser->waitForFinished(60000));
         const QStringList texts = o.fixture.auditTexts();
-        QCOMPARE(texts.count(QStringLiteral("Failed log in: wrong password")), 3);
-        QCOMPARE(texts.count(QStringLiteral("Account locked after 3 failed log ins")), 1);
-        QCOMPARE(texts.count(QStringLiteral("Log in refused: account locked")), 16 - 3);
+        QCOMPARE(texts.count("Failed log in: wrong password"), 3);
+        QCOMPARE(texts.count("Account locked after 3 failed log ins"), 1);
+        QCOMPARE(texts.count("Log in refused: account locked"), 16 - 3);
         QString error;
-        QCOMPARE(o.fixture.open()->users().find(QStringLiteral("jsmith"), &error)->failedLogIns, 3);
+        QCOMPARE(o.fixture.open()->users().find("jsmith", &error)->failedLogIns, 3);
     }
 
     // 13: user names compare without case in every script.
@@ -524,8 +453,7 @@ private Q_SLOTS:
     {
         Site o;
         QCOMPARE(o.secadmin({"add-user", "Ærøskøbing"}, "correct horse\n").exitCode, 0);
-        QCOMPARE(o.logIn(QStringLiteral("ærØSKØBING"), QStringLiteral("correct horse")),
-                 LogInStatus::Success);
+        QCOMPARE(o.logIn("ærØSKØBING", "correct horse"), LogInStatus::Success);
         const ProcessRun twin = o.secadmin({"add-user", "ÆRØSKØBING"}, "another horse\n");
         QCOMPARE(twin.exitCode, 1);
         QVERIFY2(twin.err.contains(QLatin1String("already a user")), qPrintable(twin.err));

@@ -29,10 +29,8 @@ private Q_SLOTS:
         };
         const QByteArray before = bytes();
         QString error;
-        QVERIFY(!SecurityStore::create(fixture.settings(), QStringLiteral("tester"), &error));
-        QCOMPARE(error,
-                 QStringLiteral("The security database \"%1\" already exists; it has not been changed.")
-                     .arg(path));
+        QVERIFY(!SecurityStore::create(fixture.settings(), "tester", &error));
+        QCOMPARE(error, "The security database \"%1\" already exists; it has not been changed.".arg(path));
         QCOMPARE(bytes(), before);
         // The site key that seals the audit chain is for its owner only.
         QCOMPARE(QFile::permissions(fixture.settings().siteKeyFile),
@@ -44,7 +42,7 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("damage");
         QTest::addColumn<QString>("message"); // %1 database, %2 key file, %3 head file
-        const QString notOurs = QStringLiteral("The security database \"%1\" is not a security database.");
+        const QString notOurs = "The security database \"%1\" is not a security database.";
         // clang-format off
         QTest::newRow("missing") << "delete" << "The security database \"%1\" does not exist.";
         QTest::newRow("not SQLite") << "text" << "The security database \"%1\" is not a security database (it is not an SQLite file).";
@@ -72,7 +70,7 @@ private Q_SLOTS:
         if (damage == QLatin1String("delete") || damage == QLatin1String("foreign")) {
             QVERIFY(QFile::remove(s.databasePath));
             if (damage == QLatin1String("foreign"))
-                SecurityFixture(dir.path()).tamper({QStringLiteral("CREATE TABLE plates(id INTEGER)")});
+                SecurityFixture(dir.path()).tamper({"CREATE TABLE plates(id INTEGER)"});
         } else if (damage == QLatin1String("text") || damage == QLatin1String("empty")) {
             writeFile(s.databasePath, damage == QLatin1String("text") ? "This is a text file.\n" : "");
         } else if (damage == QLatin1String("truncate")) {

@@ -18,10 +18,10 @@ private Q_SLOTS:
         SettingsStore store(dir.filePath("Suite.ini"));
         QVERIFY(
             SecuritySettings::fromStore(store).databasePath.endsWith(QLatin1String("/Nebra/Security.db")));
-        QVERIFY(store.setValue(QStringLiteral("Security/DatabasePath"), QStringLiteral("/srv/lab/Site.db")));
+        QVERIFY(store.setValue("Security/DatabasePath", "/srv/lab/Site.db"));
         const SecuritySettings s = SecuritySettings::fromStore(SettingsStore(store.filePath()));
-        QCOMPARE(s.siteKeyFile, QStringLiteral("/srv/lab/Site.db.key"));
-        QCOMPARE(s.chainHeadFile, QStringLiteral("/srv/lab/Site.db.head"));
+        QCOMPARE(s.siteKeyFile, "/srv/lab/Site.db.key");
+        QCOMPARE(s.chainHeadFile, "/srv/lab/Site.db.head");
     }
 
     void valuesTakeEffectWithinTheirLimits_data()
@@ -45,7 +45,7 @@ private Q_SLOTS:
         QFETCH(int, expected);
         QTemporaryDir dir;
         SettingsStore store(dir.filePath("Suite.ini"));
-        QVERIFY(store.setValue(QStringLiteral("Security/") + key, value));
+        QVERIFY(store.setValue("Security/" + key, value));
         const SecuritySettings s = SecuritySettings::fromStore(SettingsStore(store.filePath()));
         const QHash<QString, int> fields = {{"TimeOutMinutes", s.timeOutMinutes},
                                             {"LockoutThreshold", s.lockoutThreshold},

@@ -1,7 +1,4 @@
-#include "Authenticator.h"
-#include "SecondProcess.h"
-#include "SecurityFixture.h"
-#include "UserFolders.h"
+#include "ToolSite.h"
 
 #include <QElapsedTimer>
 #include <QScopeGuard>
@@ -17,6 +14,24 @@
 using namespace nebra;
 using namespace nebra::test;
 
+namespace {
+
+// A site of jsmith and mallory with the roles "Readers" (Reader/Run) and "Admins" (every right).
+struct Site : ToolSite
+{
+    Site()
+        : ToolSite({"--per-user"}, {{"add-role", "Readers"},
+                                    {"grant-role", "Readers", "Reader", "Run"},
+                                    {"add-role", "Admins"},
+                                    {"grant-role", "Admins", "*", "*"}})
+    {
+    }
+
+    QString saved() const { return folders.root() + "/saved.db"; }
+};
+
+} // namespace
+
 // Attacks on the embedded store that need no site key, carried out with an
 // SQLite connection and file copies of their own, as any member of the
 // site group could: rows written back from before a revoke, rows removed,
@@ -28,57 +43,7 @@ class StoreAttacksTest : public QObject
 
     using Run = test::ProcessRun;
 
-    Run secadmin(const QStringList& arguments, const QByteArray& input = {}) const
-    {
-        return test::runProgram(QStringLiteral(SECADMIN),
-                                QStringList{QStringLiteral("--database"), database()} + arguments, input);
-    }
-    void administer(const QStringList& arguments) const
-    {
-        const Run run = secadmin(arguments);
-        QVERIFY2(run.exitCode == 0,
-                 qPrintable(arguments.join(QLatin1Char(' ')) + QLatin1Char(' ') + run.err));
-    }
-    QString database() const { return m_fixture->settings().databasePath; }
-    QString saved() const { return m_folders->root() + QStringLiteral("/saved.db"); }
-
-    bool allowed(const QString& user, const QString& area, const QString& operation) const
-    {
-        const std::unique_ptr<SecurityStore> store = m_fixture->open(SecurityStore::HeadCheck::Skipped);
-        QString error;
-        return store && store->users().isOperationAllowed(user, area, operation, &error);
-    }
-    LogInStatus logIn(const QString& name, const QString& password) const
-    {
-        const std::unique_ptr<SecurityStore> store = m_fixture->open(SecurityStore::HeadCheck::Skipped);
-        return Authenticator(*store).authenticate(name, SecretBytes(password.toUtf8())).status;
-    }
-
-    std::unique_ptr<UserFolders> m_folders;
-    std::unique_ptr<SecurityFixture> m_fixture;
-
 private Q_SLOTS:
-    void init()
-    {
-        m_folders = std::make_unique<UserFolders>();
-        m_fixture = std::make_unique<SecurityFixture>(m_folders->root() + QStringLiteral("/site"));
-        m_fixture->settings().siteKeyFile = database() + QStringLiteral(".key");
-        m_fixture->settings().chainHeadFile = database() + QStringLiteral(".head");
-        administer({"create", "--per-user"});
-        QCOMPARE(secadmin({"add-user", "jsmith"}, "correct horse\n").exitCode, 0);
-        QCOMPARE(secadmin({"add-user", "mallory"}, "battery staple\n").exitCode, 0);
-        administer({"add-role", "Readers"});
-        administer({"grant-role", "Readers", "Reader", "Run"});
-        administer({"add-role", "Admins"});
-        administer({"grant-role", "Admins", "*", "*"});
-    }
-
-    void cleanup()
-    {
-        m_fixture.reset();
-        m_folders.reset();
-    }
-
     // 7: a row kept from before an administrator took something away, and
     // written back afterwards, carries its old MAC: it grants nothing, and
     // verify names it.
@@ -89,34 +54,30 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("takeAway");
         QTest::addColumn<QString>("writeBack");
         // clang-format off
-        QTest::newRow("right, after revoke") << QStringList{"grant", "mallory", "Layouts", "Edit"} << "user_rights"
-            << QStringList{"revoke", "mallory", "Layouts", "Edit"} << "INSERT INTO main.user_rights SELECT * FROM saved.kept";
-        QTest::newRow("membership, after unassign-role") << QStringList{"assign-role", "mallory", "Admins"} << "user_roles"
-            << QStringList{"unassign-role", "mallory", "Admins"} << "INSERT INTO main.user_roles SELECT * FROM saved.kept";
-        QTest::newRow("user, after disable-user") << QStringList{"grant", "mallory", "Layouts", "Edit"} << "users"
-            << QStringList{"disable-user", "mallory"}
-            << "UPDATE main.users SET disabled = 0, mac = (SELECT mac FROM saved.kept WHERE name = 'mallory') WHERE name = 'mallory'";
+        QTest::newRow("right, after revoke") << QStringList{"grant", "mallory", "Layouts", "Edit"} << "user_rights" << QStringList{"revoke", "mallory", "Layouts", "Edit"} << "INSERT INTO main.user_rights SELECT * FROM saved.kept";
+        QTest::newRow("membership, after unassign-role") << QStringList{"assign-role", "mallory", "Admins"} << "user_roles" << QStringList{"unassign-role", "mallory", "Admins"} << "INSERT INTO main.user_roles SELECT * FROM saved.kept";
+        QTest::newRow("user, after disable-user") << QStringList{"grant", "mallory", "Layouts", "Edit"} << "users" << QStringList{"disable-user", "mallory"} << "UPDATE main.users SET disabled = 0, mac = (SELECT mac FROM saved.kept WHERE name = 'mallory') WHERE name = 'mallory'";
         // clang-format on
     }
 
     void rowsWrittenBackGrantNothing()
     {
+        Site o;
         QFETCH(QStringList, give);
         QFETCH(QString, table);
         QFETCH(QStringList, takeAway);
         QFETCH(QString, writeBack);
-        administer(give);
-        QVERIFY(allowed(QStringLiteral("mallory"), QStringLiteral("Layouts"), QStringLiteral("Edit")));
-        m_fixture->tamper({QStringLiteral("ATTACH '%1' AS saved").arg(saved()),
-                           QStringLiteral("CREATE TABLE saved.kept AS SELECT * FROM main.%1").arg(table)});
-        administer(takeAway);
-        m_fixture->tamper({QStringLiteral("ATTACH '%1' AS saved").arg(saved()), writeBack});
+        o.administer(give);
+        QVERIFY(o.allowed("mallory", "Layouts", "Edit"));
+        o.fixture.tamper({QStringLiteral("ATTACH '%1' AS saved").arg(o.saved()),
+                          QStringLiteral("CREATE TABLE saved.kept AS SELECT * FROM main.%1").arg(table)});
+        o.administer(takeAway);
+        o.fixture.tamper({QStringLiteral("ATTACH '%1' AS saved").arg(o.saved()), writeBack});
 
-        QVERIFY(!allowed(QStringLiteral("mallory"), QStringLiteral("Layouts"), QStringLiteral("Edit")));
+        QVERIFY(!o.allowed("mallory", "Layouts", "Edit"));
         if (table == QLatin1String("users"))
-            QCOMPARE(logIn(QStringLiteral("mallory"), QStringLiteral("battery staple")),
-                     LogInStatus::Refused);
-        const Run verify = secadmin({"verify"});
+            QCOMPARE(o.logIn("mallory", "battery staple"), LogInStatus::Refused);
+        const Run verify = o.secadmin({"verify"});
         QCOMPARE(verify.exitCode, 1);
         QVERIFY2(verify.out.contains(QLatin1String("altered")), qPrintable(verify.out));
     }
@@ -132,11 +93,12 @@ private Q_SLOTS:
 
     void removedRowsAreReported()
     {
+        Site o;
         QFETCH(QString, removal);
-        administer({"assign-role", "jsmith", "Readers"});
-        QCOMPARE(secadmin({"verify"}).exitCode, 0);
-        m_fixture->tamper({removal});
-        const Run verify = secadmin({"verify"});
+        o.administer({"assign-role", "jsmith", "Readers"});
+        QCOMPARE(o.secadmin({"verify"}).exitCode, 0);
+        o.fixture.tamper({removal});
+        const Run verify = o.secadmin({"verify"});
         QCOMPARE(verify.exitCode, 1);
         QVERIFY2(verify.out.contains(QLatin1String("have been removed")), qPrintable(verify.out));
     }
@@ -145,17 +107,17 @@ private Q_SLOTS:
     // refused instead of giving the other role, and the roles grant nothing.
     void swappedRoleNamesAreRefused()
     {
-        administer({"assign-role", "jsmith", "Readers"});
-        m_fixture->tamper({"UPDATE roles SET name = 'swap' WHERE name = 'Readers'",
-                           "UPDATE roles SET name = 'Readers' WHERE name = 'Admins'",
-                           "UPDATE roles SET name = 'Admins' WHERE name = 'swap'"});
-        const Run assigned = secadmin({"assign-role", "mallory", "Readers"});
+        Site o;
+        o.administer({"assign-role", "jsmith", "Readers"});
+        o.fixture.tamper({"UPDATE roles SET name = 'swap' WHERE name = 'Readers'",
+                          "UPDATE roles SET name = 'Readers' WHERE name = 'Admins'",
+                          "UPDATE roles SET name = 'Admins' WHERE name = 'swap'"});
+        const Run assigned = o.secadmin({"assign-role", "mallory", "Readers"});
         QCOMPARE(assigned.exitCode, 1);
         QVERIFY2(assigned.err.contains(QLatin1String("changed outside the suite")), qPrintable(assigned.err));
-        QVERIFY(!allowed(QStringLiteral("mallory"), QStringLiteral("Instrumentation"),
-                         QStringLiteral("SelectDriver")));
-        QVERIFY(!allowed(QStringLiteral("jsmith"), QStringLiteral("Reader"), QStringLiteral("Run")));
-        const Run verify = secadmin({"verify"});
+        QVERIFY(!o.allowed("mallory", "Instrumentation", "SelectDriver"));
+        QVERIFY(!o.allowed("jsmith", "Reader", "Run"));
+        const Run verify = o.secadmin({"verify"});
         QCOMPARE(verify.exitCode, 1);
         QVERIFY2(verify.out.contains(QLatin1String("The record of role \"Readers\" has been altered")),
                  qPrintable(verify.out));
@@ -173,26 +135,27 @@ private Q_SLOTS:
 
     void anOlderHeadIsFound()
     {
+        Site o;
         QFETCH(bool, cutOff);
         QFETCH(QString, said);
-        const QString head = m_fixture->settings().chainHeadFile;
-        QVERIFY(QFile::copy(head, m_folders->root() + QStringLiteral("/older.head")));
-        const int kept = m_fixture->auditTexts().size();
-        administer({"disable-user", "mallory"});
-        administer({"grant", "jsmith", "*", "*"});
+        const QString head = o.fixture.settings().chainHeadFile;
+        QVERIFY(QFile::copy(head, o.folders.root() + "/older.head"));
+        const int kept = o.fixture.auditTexts().size();
+        o.administer({"disable-user", "mallory"});
+        o.administer({"grant", "jsmith", "*", "*"});
         if (cutOff)
-            m_fixture->tamper({"DROP TRIGGER audit_trail_no_delete",
-                               QStringLiteral("DELETE FROM audit_trail WHERE seq > %1").arg(kept)});
+            o.fixture.tamper({"DROP TRIGGER audit_trail_no_delete",
+                              QStringLiteral("DELETE FROM audit_trail WHERE seq > %1").arg(kept)});
         QVERIFY(QFile::remove(head));
-        QVERIFY(QFile::copy(m_folders->root() + QStringLiteral("/older.head"), head));
+        QVERIFY(QFile::copy(o.folders.root() + "/older.head", head));
 
         QString error;
-        QVERIFY(!SecurityStore::open(m_fixture->settings(), &error));
+        QVERIFY(!SecurityStore::open(o.fixture.settings(), &error));
         QVERIFY2(error.contains(said), qPrintable(error));
-        const Run verify = secadmin({"verify"});
+        const Run verify = o.secadmin({"verify"});
         QCOMPARE(verify.exitCode, 1);
         QVERIFY2(verify.out.contains(said), qPrintable(verify.out));
-        QCOMPARE(secadmin({"grant", "mallory", "*", "*"}).exitCode, 1);
+        QCOMPARE(o.secadmin({"grant", "mallory", "*", "*"}).exitCode, 1);
     }
 
     // 8: the database written back from a copy made before a change, beside
@@ -201,18 +164,19 @@ private Q_SLOTS:
     // change is made.
     void aDatabaseBehindItsHeadIsFound()
     {
-        QVERIFY(QFile::copy(database(), saved()));
-        administer({"disable-user", "mallory"});
-        QVERIFY(QFile::remove(database()));
-        QVERIFY(QFile::copy(saved(), database()));
+        Site o;
+        QVERIFY(QFile::copy(o.database(), o.saved()));
+        o.administer({"disable-user", "mallory"});
+        QVERIFY(QFile::remove(o.database()));
+        QVERIFY(QFile::copy(o.saved(), o.database()));
 
         QString error;
-        QVERIFY(!SecurityStore::open(m_fixture->settings(), &error));
-        const Run verify = secadmin({"verify"});
+        QVERIFY(!SecurityStore::open(o.fixture.settings(), &error));
+        const Run verify = o.secadmin({"verify"});
         QCOMPARE(verify.exitCode, 1);
         QVERIFY2(verify.out.contains(QLatin1String("the newest entry has been cut off")),
                  qPrintable(verify.out));
-        QCOMPARE(secadmin({"enable-user", "mallory"}).exitCode, 1);
+        QCOMPARE(o.secadmin({"enable-user", "mallory"}).exitCode, 1);
     }
 
     // A row whose MAC cannot be written while every row is sealed afresh
@@ -220,14 +184,15 @@ private Q_SLOTS:
     // nothing of it is kept, and the store still verifies.
     void aSealThatCannotBeWrittenChangesNothing()
     {
-        m_fixture->tamper({"CREATE TRIGGER injected BEFORE UPDATE OF mac ON roles "
-                           "BEGIN SELECT RAISE(ABORT, 'injected failure'); END"});
-        const Run granted = secadmin({"grant", "mallory", "Layouts", "Edit"});
+        Site o;
+        o.fixture.tamper({"CREATE TRIGGER injected BEFORE UPDATE OF mac ON roles "
+                          "BEGIN SELECT RAISE(ABORT, 'injected failure'); END"});
+        const Run granted = o.secadmin({"grant", "mallory", "Layouts", "Edit"});
         QCOMPARE(granted.exitCode, 1);
         QVERIFY2(granted.err.contains(QLatin1String("injected failure")), qPrintable(granted.err));
-        m_fixture->tamper({"DROP TRIGGER injected"});
-        QVERIFY(!allowed(QStringLiteral("mallory"), QStringLiteral("Layouts"), QStringLiteral("Edit")));
-        const Run verify = secadmin({"verify"});
+        o.fixture.tamper({"DROP TRIGGER injected"});
+        QVERIFY(!o.allowed("mallory", "Layouts", "Edit"));
+        const Run verify = o.secadmin({"verify"});
         QVERIFY2(verify.exitCode == 0, qPrintable(verify.out));
     }
 
@@ -236,12 +201,13 @@ private Q_SLOTS:
     // key, with a dictionary that holds the password, gets nowhere in a second.
     void unknownNamesCannotBeGuessedBack()
     {
-        QCOMPARE(logIn(QStringLiteral("Tr0ub4dor&3"), QStringLiteral("jsmith")), LogInStatus::Refused);
-        QCOMPARE(logIn(QStringLiteral("tr0ub4dor&3"), QStringLiteral("jsmith")), LogInStatus::Refused);
+        Site o;
+        QCOMPARE(o.logIn("Tr0ub4dor&3", "jsmith"), LogInStatus::Refused);
+        QCOMPARE(o.logIn("tr0ub4dor&3", "jsmith"), LogInStatus::Refused);
         const QStringList users = [this] {
             QStringList names;
             QString error;
-            for (const AuditEntry& entry : m_fixture->open()->audit().entries(&error))
+            for (const AuditEntry& entry : o.fixture.open()->audit().entries(&error))
                 names.append(entry.userName);
             return names;
         }();
@@ -252,8 +218,8 @@ private Q_SLOTS:
         QStringList dictionary;
         for (int i = 0; i < 5000; ++i)
             dictionary.append(QStringLiteral("guess%1").arg(i));
-        dictionary.insert(4000, QStringLiteral("Tr0ub4dor&3"));
-        const std::unique_ptr<SecurityStore> store = m_fixture->open();
+        dictionary.insert(4000, "Tr0ub4dor&3");
+        const std::unique_ptr<SecurityStore> store = o.fixture.open();
         const Authenticator attacker(*store);
         QElapsedTimer clock;
         clock.start();
@@ -270,13 +236,14 @@ private Q_SLOTS:
     // opens with every entry that was committed, and verifies.
     void aFullDiskDoesNotLockTheStoreOut()
     {
+        Site o;
         if (::geteuid() != 0)
             QSKIP(
                 "Filling a small file system of its own needs root (a tmpfs in a private mount namespace).");
         if (::unshare(CLONE_NEWNS) != 0 || ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0)
-            QSKIP(qPrintable(QStringLiteral("No private mount namespace for a small file system: %1")
-                                 .arg(QString::fromLocal8Bit(strerror(errno)))));
-        const QString disk = m_folders->root() + QStringLiteral("/disk");
+            QSKIP(qPrintable("No private mount namespace for a small file system: %1".arg(
+                QString::fromLocal8Bit(strerror(errno)))));
+        const QString disk = o.folders.root() + "/disk";
         QVERIFY(QDir().mkpath(disk));
         QVERIFY2(::mount("tmpfs", QFile::encodeName(disk).constData(), "tmpfs", 0, "size=512k") == 0,
                  strerror(errno));
@@ -285,7 +252,7 @@ private Q_SLOTS:
             qScopeGuard([&disk] { ::umount2(QFile::encodeName(disk).constData(), MNT_DETACH); });
         SecurityFixture small(disk);
         small.create();
-        const QString spare = disk + QStringLiteral("/spare");
+        const QString spare = disk + "/spare";
         QFile reserve(spare);
         QVERIFY(reserve.open(QIODevice::WriteOnly) &&
                 reserve.write(QByteArray(64 * 1024, '\0')) == 64 * 1024);
@@ -295,8 +262,8 @@ private Q_SLOTS:
             const std::unique_ptr<SecurityStore> store = small.open();
             QVERIFY(store);
             for (;;) {
-                const AuditAppendResult result = store->audit().append(
-                    QStringLiteral("jsmith"), QStringLiteral("General"), QString(300, QLatin1Char('x')));
+                const AuditAppendResult result =
+                    store->audit().append("jsmith", "General", QString(300, QLatin1Char('x')));
                 if (result.sequence == 0)
                     break;
                 committed = result.sequence;

@@ -31,15 +31,12 @@ class StoreUpgradeTest : public QObject
         return database && database->exec(q, statement, {}, &error) && q.next() ? q.value(0).toLongLong()
                                                                                 : -1;
     }
-    qint64 schemaVersion() const
-    {
-        return number(QStringLiteral("SELECT value FROM meta WHERE key = 'schema_version'"));
-    }
+    qint64 schemaVersion() const { return number("SELECT value FROM meta WHERE key = 'schema_version'"); }
 
 private Q_SLOTS:
     void init()
     {
-        m_fixture = std::make_unique<SecurityFixture>(m_dir.path() + QStringLiteral("/site"));
+        m_fixture = std::make_unique<SecurityFixture>(m_dir.path() + "/site");
         const SecuritySettings& s = m_fixture->settings();
         const QString data = QStringLiteral(STORE_DATA "/schema2/Security.db");
         for (const auto& [from, to] :
@@ -53,7 +50,7 @@ private Q_SLOTS:
 
     void upgradesOnFirstOpening()
     {
-        const qint64 entries = number(QStringLiteral("SELECT count(*) FROM audit_trail"));
+        const qint64 entries = number("SELECT count(*) FROM audit_trail");
         QCOMPARE(schemaVersion(), qint64(SecurityDatabase::UpgradableVersion));
         QString error;
         const std::unique_ptr<SecurityStore> store = SecurityStore::open(m_fixture->settings(), &error);
@@ -66,15 +63,11 @@ private Q_SLOTS:
         const QStringList altered = store->users().alteredRows(&error);
         QCOMPARE(altered, QStringList{"The right */* of user id 2 has been altered or slipped in."});
 
-        QCOMPARE(
-            Authenticator(*store).authenticate(QStringLiteral("jsmith"), SecretBytes("correct horse")).status,
-            LogInStatus::Success);
-        QVERIFY(store->users().isOperationAllowed(QStringLiteral("jsmith"), QStringLiteral("Reader"),
-                                                  QStringLiteral("Run"), &error));
-        QVERIFY(store->users().isOperationAllowed(QStringLiteral("mallory"), QStringLiteral("Reports"),
-                                                  QStringLiteral("Print"), &error));
-        QVERIFY(!store->users().isOperationAllowed(QStringLiteral("mallory"), QStringLiteral("Layouts"),
-                                                   QStringLiteral("Edit"), &error));
+        QCOMPARE(Authenticator(*store).authenticate("jsmith", SecretBytes("correct horse")).status,
+                 LogInStatus::Success);
+        QVERIFY(store->users().isOperationAllowed("jsmith", "Reader", "Run", &error));
+        QVERIFY(store->users().isOperationAllowed("mallory", "Reports", "Print", &error));
+        QVERIFY(!store->users().isOperationAllowed("mallory", "Layouts", "Edit", &error));
         QVERIFY(store->audit().verify().ok);
     }
 

@@ -20,35 +20,30 @@ private Q_SLOTS:
     {
         const QString data = qEnvironmentVariable("NEBRA_TEST_DATA_DIR");
         QString error;
-        const auto templateProtocol =
-            AssayProtocol::Load(data + QStringLiteral("/Wizards/ELISA/Template.apr"), error);
+        const auto templateProtocol = AssayProtocol::Load(data + "/Wizards/ELISA/Template.apr", error);
         QVERIFY2(templateProtocol, qPrintable(error));
         QTemporaryDir protocols;
-        ElisaWizard wizard(*templateProtocol, protocols.path(),
-                           data + QStringLiteral("/Example Assays/Microplate Layouts"));
+        ElisaWizard wizard(*templateProtocol, protocols.path(), data + "/Example Assays/Microplate Layouts");
         wizard.show();
         QVERIFY(!wizard.button(QWizard::FinishButton)->isEnabled());
-        wizard.findChild<QLineEdit*>(QStringLiteral("txtProtocolName"))
-            ->setText(QStringLiteral("IL-6 ELISA"));
-        wizard.findChild<QComboBox*>(QStringLiteral("cboUnits"))->setCurrentText(QStringLiteral("pg/mL"));
-        QCOMPARE(wizard.findChild<QComboBox*>(QStringLiteral("cboLayout"))->currentText(),
-                 templateProtocol->layout);
+        wizard.findChild<QLineEdit*>("txtProtocolName")->setText("IL-6 ELISA");
+        wizard.findChild<QComboBox*>("cboUnits")->setCurrentText("pg/mL");
+        QCOMPARE(wizard.findChild<QComboBox*>("cboLayout")->currentText(), templateProtocol->layout);
         wizard.button(QWizard::FinishButton)->click();
 
         const auto made = AssayProtocol::Load(wizard.NewFileName(), error);
         QVERIFY2(made, qPrintable(error));
-        QCOMPARE(made->name, QStringLiteral("IL-6 ELISA"));
-        QCOMPARE(made->units, QStringLiteral("pg/mL"));
+        QCOMPARE(made->name, "IL-6 ELISA");
+        QCOMPARE(made->units, "pg/mL");
         QCOMPARE(made->read, templateProtocol->read);
         QCOMPARE(made->settings->referenceWavelength, 620);
-        QVERIFY(QFileInfo::exists(protocols.filePath(QStringLiteral("IL-6 ELISA.mht"))));
+        QVERIFY(QFileInfo::exists(protocols.filePath("IL-6 ELISA.mht")));
     }
 
     void theInstalledPluginLoads()
     {
         QString reason;
-        QVERIFY2(WizardPlugins(WizardPlugins::DefaultFolder())
-                     .Create(QStringLiteral("NebraWizards.Elisa"), &reason),
+        QVERIFY2(WizardPlugins(WizardPlugins::DefaultFolder()).Create("NebraWizards.Elisa", &reason),
                  qPrintable(reason));
     }
 };

@@ -34,17 +34,17 @@ struct Wizard
 
     Wizard()
     {
-        QDir(dir.path()).mkpath(QStringLiteral("Protocols"));
-        QDir(dir.path()).mkpath(QStringLiteral("Microplate Layouts"));
+        QDir(dir.path()).mkpath("Protocols");
+        QDir(dir.path()).mkpath("Microplate Layouts");
         const QDir examples(qEnvironmentVariable("NEBRA_TEST_DATA_DIR") +
-                            QStringLiteral("/Example Assays/Microplate Layouts"));
+                            "/Example Assays/Microplate Layouts");
         for (const QString& file : examples.entryList(QDir::Files))
             QVERIFY(QFile::copy(examples.filePath(file), layouts() + QLatin1Char('/') + file));
-        test::writeFile(protocols() + QStringLiteral("/Existing.apr"));
+        test::writeFile(protocols() + "/Existing.apr");
     }
 
-    QString protocols() const { return dir.filePath(QStringLiteral("Protocols")); }
-    QString layouts() const { return dir.filePath(QStringLiteral("Microplate Layouts")); }
+    QString protocols() const { return dir.filePath("Protocols"); }
+    QString layouts() const { return dir.filePath("Microplate Layouts"); }
 
     template <typename T> T* control(const char* name) const { return test::control<T>(*wizard, name); }
     bool nextEnabled() const { return wizard->button(QWizard::NextButton)->isEnabled(); }
@@ -56,7 +56,7 @@ struct Wizard
     }
     void toLayoutPage()
     {
-        control<QLineEdit>("txtProtocolName")->setText(QStringLiteral("A"));
+        control<QLineEdit>("txtProtocolName")->setText("A");
         wizard->next();
     }
     // Fills the pages up to the last one with a fluorescence kinetic read.
@@ -72,7 +72,7 @@ struct Wizard
         control<QRadioButton>("optKinetic")->setChecked(true);
         control<QSpinBox>("spnReads")->setValue(20);
         control<QSpinBox>("spnInterval")->setValue(30);
-        control<QComboBox>("cboShaking")->setCurrentText(QStringLiteral("Orbital"));
+        control<QComboBox>("cboShaking")->setCurrentText("Orbital");
         control<QSpinBox>("spnShakingTime")->setValue(10);
         control<QCheckBox>("chkTemperature")->setChecked(true);
         control<QDoubleSpinBox>("spnTemperature")->setValue(37.0);
@@ -116,11 +116,10 @@ private Q_SLOTS:
     void layoutPageShowsTheChosenLayout()
     {
         Wizard o;
-        o.start(QStringLiteral("Kinetic 384.mlo"));
+        o.start("Kinetic 384.mlo");
         o.toLayoutPage();
         QCOMPARE(o.control<QListWidget>("lstLayouts")->count(), 3);
-        QCOMPARE(o.control<QListWidget>("lstLayouts")->currentItem()->text(),
-                 QStringLiteral("Kinetic 384.mlo"));
+        QCOMPARE(o.control<QListWidget>("lstLayouts")->currentItem()->text(), "Kinetic 384.mlo");
         const auto* viewer = o.control<PlateLayoutViewer>("PlateLayoutViewer1");
         QVERIFY2(viewer->hasPlateLayout(), qPrintable(viewer->errorText()));
         QCOMPARE(viewer->plateLayout()->rows(), 16);
@@ -132,16 +131,14 @@ private Q_SLOTS:
     void pipesAndSocketsAreNotOffered()
     {
         Wizard o;
-        test::makeFifo(o.layouts() + QStringLiteral("/A pipe.mlo"));
-        const test::BoundSocket socket(o.layouts() + QStringLiteral("/A socket.mlo"));
+        test::makeFifo(o.layouts() + "/A pipe.mlo");
+        const test::BoundSocket socket(o.layouts() + "/A socket.mlo");
         QVERIFY(socket.isBound());
-        const test::PipeWatchdog watchdog(o.layouts() + QStringLiteral("/A pipe.mlo"));
-        o.start(QStringLiteral("A pipe.mlo"));
+        const test::PipeWatchdog watchdog(o.layouts() + "/A pipe.mlo");
+        o.start("A pipe.mlo");
         o.toLayoutPage();
         QCOMPARE(o.control<QListWidget>("lstLayouts")->count(), 3);
-        QVERIFY(o.control<QListWidget>("lstLayouts")
-                    ->findItems(QStringLiteral("A "), Qt::MatchStartsWith)
-                    .isEmpty());
+        QVERIFY(o.control<QListWidget>("lstLayouts")->findItems("A ", Qt::MatchStartsWith).isEmpty());
         QVERIFY2(!watchdog.released(), "the wizard blocked on the pipe");
     }
 
@@ -153,7 +150,7 @@ private Q_SLOTS:
         o.start();
         o.toLayoutPage();
         QVERIFY(!o.nextEnabled());
-        QVERIFY(o.control<QLabel>("lblNoLayouts")->text().startsWith(QStringLiteral("There are no layouts")));
+        QVERIFY(o.control<QLabel>("lblNoLayouts")->text().startsWith("There are no layouts"));
     }
 
     void impossibleFiltersAreRefused()
@@ -168,30 +165,30 @@ private Q_SLOTS:
         const int page = o.wizard->currentId();
         o.wizard->next();
         QCOMPARE(o.wizard->currentId(), page);
-        QVERIFY(o.control<QLabel>("lblReadProblem")->text().contains(QStringLiteral("emission")));
+        QVERIFY(o.control<QLabel>("lblReadProblem")->text().contains("emission"));
     }
 
     void finishWritesAProtocolThatReadsBack()
     {
         Wizard o;
-        o.start(QStringLiteral("ELISA 96 Standard Curve.mlo"));
-        o.fillUpToAnalysis(QStringLiteral("TNF kinetic"));
-        o.control<QComboBox>("cboAnalysis")->setCurrentText(QStringLiteral("4-parameter logistic"));
-        o.control<QComboBox>("cboUnits")->setCurrentText(QStringLiteral("ng/mL"));
+        o.start("ELISA 96 Standard Curve.mlo");
+        o.fillUpToAnalysis("TNF kinetic");
+        o.control<QComboBox>("cboAnalysis")->setCurrentText("4-parameter logistic");
+        o.control<QComboBox>("cboUnits")->setCurrentText("ng/mL");
         o.wizard->button(QWizard::FinishButton)->click();
         QCOMPARE(o.wizard->result(), int(QDialog::Accepted));
-        QCOMPARE(o.wizard->NewFileName(), o.protocols() + QStringLiteral("/TNF kinetic.apr"));
+        QCOMPARE(o.wizard->NewFileName(), o.protocols() + "/TNF kinetic.apr");
 
         QString error;
         const auto protocol = AssayProtocol::Load(o.wizard->NewFileName(), error);
         QVERIFY2(protocol, qPrintable(error));
-        QCOMPARE(protocol->layout, QStringLiteral("ELISA 96 Standard Curve.mlo"));
-        QCOMPARE(protocol->read, QStringLiteral("Fluorescence Ex 485 nm / Em 528 nm, 20 reads every 30 s"));
-        QCOMPARE(protocol->analysis, QStringLiteral("4-parameter logistic"));
-        QCOMPARE(protocol->units, QStringLiteral("ng/mL"));
+        QCOMPARE(protocol->layout, "ELISA 96 Standard Curve.mlo");
+        QCOMPARE(protocol->read, "Fluorescence Ex 485 nm / Em 528 nm, 20 reads every 30 s");
+        QCOMPARE(protocol->analysis, "4-parameter logistic");
+        QCOMPARE(protocol->units, "ng/mL");
         QCOMPARE(protocol->settings->shaking, ReadSettings::Shaking::Orbital);
         QCOMPARE(protocol->settings->temperature.value_or(0), 37.0);
-        const QFileInfo preview(o.protocols() + QStringLiteral("/TNF kinetic.mht"));
+        const QFileInfo preview(o.protocols() + "/TNF kinetic.mht");
         QVERIFY(preview.exists());
         QVERIFY(preview.lastModified() >= QFileInfo(o.wizard->NewFileName()).lastModified());
     }
@@ -201,8 +198,8 @@ private Q_SLOTS:
     {
         Wizard o;
         o.start();
-        o.fillUpToAnalysis(QStringLiteral("Raw"));
-        QCOMPARE(o.control<QComboBox>("cboUnits")->currentText(), QStringLiteral("RFU"));
+        o.fillUpToAnalysis("Raw");
+        QCOMPARE(o.control<QComboBox>("cboUnits")->currentText(), "RFU");
         QVERIFY(QDir(o.protocols()).removeRecursively());
         QFile blocker(o.protocols());
         QVERIFY(blocker.open(QIODevice::WriteOnly)); // a file where the folder should be
@@ -210,17 +207,14 @@ private Q_SLOTS:
         o.wizard->button(QWizard::FinishButton)->click();
         QVERIFY(o.wizard->isVisible());
         QVERIFY(o.wizard->NewFileName().isEmpty());
-        QVERIFY2(o.control<QLabel>("lblSaveProblem")
-                     ->text()
-                     .startsWith(QStringLiteral("The protocol was not saved.")),
+        QVERIFY2(o.control<QLabel>("lblSaveProblem")->text().startsWith("The protocol was not saved."),
                  qPrintable(o.control<QLabel>("lblSaveProblem")->text()));
     }
 
     void theInstalledPluginLoads()
     {
         QString reason;
-        QVERIFY2(WizardPlugins(WizardPlugins::DefaultFolder())
-                     .Create(QStringLiteral("NebraWizards.Generic"), &reason),
+        QVERIFY2(WizardPlugins(WizardPlugins::DefaultFolder()).Create("NebraWizards.Generic", &reason),
                  qPrintable(reason));
     }
 };

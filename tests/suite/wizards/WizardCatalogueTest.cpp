@@ -21,9 +21,9 @@ private Q_SLOTS:
         QTest::newRow("registration order, not sorted") << QByteArray(R"({"wizards":[{"Name":"Kinetic","ProgID":"A.K"},{"Name":"Generic","ProgID":"A.G"},)" R"({"Name":"ELISA","ProgID":"A.E"}]})") << QStringList{"Kinetic=A.K", "Generic=A.G", "ELISA=A.E"} << QString();
         QTest::newRow("empty list") << QByteArray(R"({"wizards":[]})") << QStringList{} << QString();
         QTest::newRow("two names, one plug-in") << QByteArray(R"({"wizards":[{"Name":"One","ProgID":"A.X"},{"Name":"Two","ProgID":"A.X"}]})") << QStringList{"One=A.X", "Two=A.X"} << QString();
-        QTest::newRow("entries without name or ProgID skipped, the rest kept") << QByteArray(R"({"wizards":[{"ProgID":"A.X"},{"Name":"Kept","ProgID":"A.K"},{"Name":"NoId"}]})") << QStringList{"Kept=A.K"} << QStringLiteral("(1, 3)");
-        QTest::newRow("not JSON") << QByteArray("Generic=A.G") << QStringList{} << QStringLiteral("is not a valid catalogue: ");
-        QTest::newRow("no wizards list") << QByteArray(R"({"drivers":[]})") << QStringList{} << QStringLiteral("is not a valid catalogue.");
+        QTest::newRow("entries without name or ProgID skipped, the rest kept") << QByteArray(R"({"wizards":[{"ProgID":"A.X"},{"Name":"Kept","ProgID":"A.K"},{"Name":"NoId"}]})") << QStringList{"Kept=A.K"} << "(1, 3)";
+        QTest::newRow("not JSON") << QByteArray("Generic=A.G") << QStringList{} << "is not a valid catalogue: ";
+        QTest::newRow("no wizards list") << QByteArray(R"({"drivers":[]})") << QStringList{} << "is not a valid catalogue.";
         // clang-format on
     }
     void reading()
@@ -51,7 +51,7 @@ private Q_SLOTS:
 
     void missingFileMeansNoWizards()
     {
-        const WizardCatalogue catalogue(QStringLiteral("/nonexistent/wizards.json"));
+        const WizardCatalogue catalogue("/nonexistent/wizards.json");
         QCOMPARE(catalogue.Wizards().Count(), 0);
         QVERIFY(catalogue.errorString().isEmpty());
     }
@@ -75,7 +75,7 @@ private Q_SLOTS:
         const WizardCatalogue catalogue(WizardCatalogue::FileIn(qEnvironmentVariable("NEBRA_TEST_DATA_DIR")));
         QVERIFY(catalogue.errorString().isEmpty());
         QVERIFY(catalogue.Wizards().Count() >= 1);
-        QCOMPARE(catalogue.Wizards().Item(1).Name, QStringLiteral("Generic"));
+        QCOMPARE(catalogue.Wizards().Item(1).Name, "Generic");
     }
 };
 

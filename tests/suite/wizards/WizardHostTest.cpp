@@ -24,7 +24,7 @@ struct Host
     AssayProtocolWizard* scripted()
     {
         QString reason;
-        AssayProtocolWizard* wizard = host.CreateWizard(QStringLiteral("NebraTest.Scripted"), &reason);
+        AssayProtocolWizard* wizard = host.CreateWizard("NebraTest.Scripted", &reason);
         if (!wizard)
             qWarning("%s", qPrintable(reason));
         return wizard;
@@ -79,16 +79,15 @@ private Q_SLOTS:
         QVERIFY(!o.host.HasSharedState());
         QObject manager;
         qputenv("NEBRA_TEST_WIZARD_SCRIPT", R"({"result":1,"newFile":"/p/New.apr"})");
-        std::unique_ptr<QObject> context =
-            o.host.CreateContext(QStringLiteral("Kinetic"), withManager ? &manager : nullptr);
+        std::unique_ptr<QObject> context = o.host.CreateContext("Kinetic", withManager ? &manager : nullptr);
         QObject* companion = context->property("Companion").value<QObject*>();
         QVERIFY(companion);
         QCOMPARE(companion->property("ProtocolsFolder").toString(), o.paths.ProtocolsFolder());
         QCOMPARE(companion->property("LayoutsFolder").toString(), o.paths.LayoutsFolder());
 
         QCOMPARE(o.host.Run(*wizard, nullptr, context), int(WizardResult::Created));
-        QCOMPARE(wizard->NewFileName(), QStringLiteral("/p/New.apr"));
-        QCOMPARE(o.stateValue("LastRun").toString(), QStringLiteral("Kinetic"));
+        QCOMPARE(wizard->NewFileName(), "/p/New.apr");
+        QCOMPARE(o.stateValue("LastRun").toString(), "Kinetic");
         QCOMPARE(o.stateValue("Secured").toBool(), withManager);
         QCOMPARE(o.stateValue("Modal").toBool(), true);
     }
@@ -108,10 +107,10 @@ private Q_SLOTS:
         QCOMPARE(o.stateValue("run/Scratch").toInt(), 1);
         QVERIFY(o.host.SendRequest(SharedWizardState::EndOfRun));
         QVERIFY(!o.stateValue("run/Scratch").isValid());
-        QCOMPARE(o.stateValue("LastRun").toString(), QStringLiteral("Generic"));
+        QCOMPARE(o.stateValue("LastRun").toString(), "Generic");
         QVERIFY(!o.host.SendRequest(1047));
 
-        context = o.host.CreateContext(QStringLiteral("Other"), nullptr);
+        context = o.host.CreateContext("Other", nullptr);
         o.host.Run(*wizard, nullptr, context);
         QCOMPARE(o.host.SharedState(), state);
         QVERIFY(o.host.SendRequest(SharedWizardState::EndOfRun));

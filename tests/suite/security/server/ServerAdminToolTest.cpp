@@ -25,14 +25,14 @@ class ServerAdminToolTest : public QObject
     using Run = test::AdminRun;
     Run run(const QStringList& arguments, const QByteArray& input = {})
     {
-        return test::runAdminTool(
-            arguments + QStringList{QStringLiteral("--server-user"), test::PostgresServer::Superuser}, input);
+        return test::runAdminTool(arguments + QStringList{"--server-user", test::PostgresServer::Superuser},
+                                  input);
     }
     // The tool on a store of its own on the same server: database name.
     QStringList on(const QString& database) const
     {
-        return {QStringLiteral("--backend"), QStringLiteral("postgresql"),        QStringLiteral("--server"),
-                m_server->socketFolder(),    QStringLiteral("--server-database"), database};
+        return {"--backend",         "postgresql", "--server", m_server->socketFolder(),
+                "--server-database", database};
     }
     test::AdminToolCases casesOn(const QString& database)
     {
@@ -48,15 +48,17 @@ class ServerAdminToolTest : public QObject
     std::unique_ptr<QProcess> writer(uid_t uid)
     {
         auto process = std::make_unique<QProcess>();
-        QStringList arguments{QStringLiteral(SERVER_WRITER),   m_server->socketFolder(),
-                              ServerSettings::DefaultDatabase, QStringLiteral("jsmith"),
-                              QStringLiteral("correct horse"), QStringLiteral("1500")};
+        QStringList arguments{QStringLiteral(SERVER_WRITER),
+                              m_server->socketFolder(),
+                              ServerSettings::DefaultDatabase,
+                              "jsmith",
+                              "correct horse",
+                              "1500"};
         if (uid != 0)
             arguments = QStringList{QStringLiteral("--reuid=%1").arg(uid),
-                                    QStringLiteral("--regid=%1").arg(uid), QStringLiteral("--clear-groups")} +
+                                    QStringLiteral("--regid=%1").arg(uid), "--clear-groups"} +
                         arguments;
-        process->start(QStringLiteral("setpriv"),
-                       uid != 0 ? arguments : QStringList{QStringLiteral("--")} + arguments);
+        process->start("setpriv", uid != 0 ? arguments : QStringList{"--"} + arguments);
         return process;
     }
 
@@ -76,39 +78,31 @@ private Q_SLOTS:
     // the other waits and finds it made; every change is applied once.
     void twoCreatesAtOnce()
     {
-        const QStringList create{QStringLiteral("create"), QStringLiteral("--per-user")};
+        const QStringList create{"create", "--per-user"};
         QList<std::shared_ptr<QProcess>> racers;
         for (int i = 0; i < 2; ++i) {
             racers.append(std::make_shared<QProcess>());
-            racers.last()->start(QStringLiteral(SECADMIN), create + on(QStringLiteral("raced")) +
-                                                               QStringList{QStringLiteral("--server-user"),
-                                                                           test::PostgresServer::Superuser});
+            racers.last()->start(QStringLiteral(SECADMIN),
+                                 create + on("raced") +
+                                     QStringList{"--server-user", test::PostgresServer::Superuser});
         }
         for (const std::shared_ptr<QProcess>& racer : racers) {
             QVERIFY(racer->waitForFinished(60000));
             QVERIFY2(racer->exitCode() == 0, racer->readAllStandardError().constData());
         }
-        const std::unique_ptr<ServerConnection> owner =
-            connectTo(QStringLiteral("raced"), test::PostgresServer::Superuser);
-        ServerResult q;
-        QString error;
-        QVERIFY2(owner->exec(q,
-                             QStringLiteral("SELECT count(*), count(DISTINCT version), max(version) "
-                                            "FROM nebra.schema_version"),
-                             {}, &error),
-                 qPrintable(error));
-        QVERIFY(q.next());
-        QCOMPARE(q.value(0).toInt(), ServerSchema::migrations().size());
-        QCOMPARE(q.value(1).toInt(), ServerSchema::migrations().size());
-        QCOMPARE(q.value(2).toInt(), ServerSchema::latestVersion());
-        QCOMPARE(run(QStringList{QStringLiteral("verify")} + on(QStringLiteral("raced"))).exitCode, 0);
+        const std::unique_ptr<ServerConnection> owner = connectTo("raced", test::PostgresServer::Superuser);
+        const QString migrations = QString::number(ServerSchema::migrations().size());
+        QCOMPARE(test::column(*owner,
+                              "SELECT count(*) || ' ' || count(DISTINCT version) || ' ' || max(version) "
+                              "FROM nebra.schema_version"),
+                 QStringList{migrations + ' ' + migrations + ' ' +
+                             QString::number(ServerSchema::latestVersion())});
+        QCOMPARE(run(QStringList{"verify"} + on("raced")).exitCode, 0);
     }
 
     void createTwiceThenAdminister()
     {
-        const QStringList create{QStringLiteral("create"), QStringLiteral("--backend"),
-                                 QStringLiteral("postgresql"), QStringLiteral("--server"),
-                                 m_server->socketFolder()};
+        const QStringList create{"create", "--backend", "postgresql", "--server", m_server->socketFolder()};
         for (int i = 0; i < 2; ++i) {
             const Run created = run(create);
             QVERIFY2(created.exitCode == 0, qPrintable(created.err));
@@ -116,11 +110,9 @@ private Q_SLOTS:
         }
         // Every workstation now finds the server in the system-wide file, and only the client role there.
         SettingsStore system(m_folders->systemSettingsFile());
-        QCOMPARE(system.value(QStringLiteral("Security/Backend"), {}).toString(),
-                 QStringLiteral("postgresql"));
-        QCOMPARE(system.value(QStringLiteral("Security/Server"), {}).toString(), m_server->socketFolder());
-        QCOMPARE(system.value(QStringLiteral("Security/ServerUser"), {}).toString(),
-                 ServerSettings::ClientRole);
+        QCOMPARE(system.value("Security/Backend", {}).toString(), "postgresql");
+        QCOMPARE(system.value("Security/Server", {}).toString(), m_server->socketFolder());
+        QCOMPARE(system.value("Security/ServerUser", {}).toString(), ServerSettings::ClientRole);
 
         // Without --backend the tool follows the system-wide file.
         QCOMPARE(run({"add-user", "jsmith", "--full-name", "Jane Smith"}, "correct horse\n").exitCode, 0);
@@ -157,96 +149,74 @@ private Q_SLOTS:
     // passwords must be set anew.
     void migrateFromTheEmbeddedStore()
     {
-        test::SecurityFixture site(m_folders->root() + QStringLiteral("/embedded"));
+        test::SecurityFixture site(m_folders->root() + "/embedded");
         // Where the tool looks for them beside --database.
-        site.settings().siteKeyFile = site.settings().databasePath + QStringLiteral(".key");
-        site.settings().chainHeadFile = site.settings().databasePath + QStringLiteral(".head");
+        site.settings().siteKeyFile = site.settings().databasePath + ".key";
+        site.settings().chainHeadFile = site.settings().databasePath + ".head";
         site.create();
-        site.addUser(QStringLiteral("jsmith"), QStringLiteral("correct horse"), QStringLiteral("Jane Smith"),
-                     {QStringLiteral("Reader/Run")});
+        site.addUser("jsmith", "correct horse", "Jane Smith", {"Reader/Run"});
         const QStringList before = site.auditTexts();
-        const QStringList server{QStringLiteral("--backend"),         QStringLiteral("postgresql"),
-                                 QStringLiteral("--server"),          m_server->socketFolder(),
-                                 QStringLiteral("--server-database"), QStringLiteral("migrated")};
-        QCOMPARE(run(QStringList{QStringLiteral("create"), QStringLiteral("--per-user")} + server).exitCode,
-                 0);
-        const QStringList embedded{QStringLiteral("--database"), site.settings().databasePath};
-        const Run migrated = run(QStringList{QStringLiteral("migrate")} + embedded + server);
+        const QStringList server = on("migrated");
+        QCOMPARE(run(QStringList{"create", "--per-user"} + server).exitCode, 0);
+        const QStringList embedded{"--database", site.settings().databasePath};
+        const Run migrated = run(QStringList{"migrate"} + embedded + server);
         QVERIFY2(migrated.exitCode == 0, qPrintable(migrated.err));
         QVERIFY(migrated.out.contains(QLatin1String("reset-password")));
         // Once is all: the store is no longer empty.
-        QCOMPARE(run(QStringList{QStringLiteral("migrate")} + embedded + server).exitCode, 1);
+        QCOMPARE(run(QStringList{"migrate"} + embedded + server).exitCode, 1);
 
-        QCOMPARE(run(QStringList{QStringLiteral("verify")} + server).exitCode, 0);
-        QCOMPARE(
-            run(QStringList{QStringLiteral("verify"), QStringLiteral("--backend"), QStringLiteral("sqlite")} +
-                embedded)
-                .exitCode,
-            0);
+        QCOMPARE(run(QStringList{"verify"} + server).exitCode, 0);
+        QCOMPARE(run(QStringList{"verify", "--backend", "sqlite"} + embedded).exitCode, 0);
         QString error;
         const std::unique_ptr<ServerConnection> owner =
-            connectTo(QStringLiteral("migrated"), test::PostgresServer::Superuser);
-        ServerResult q;
-        QVERIFY(owner->exec(q, QStringLiteral("SELECT text FROM nebra.audit_trail ORDER BY seq LIMIT ?"),
-                            {before.size()}, &error));
-        QStringList copied;
-        while (q.next())
-            copied.append(q.value(0).toString());
-        QCOMPARE(copied, before);
+            connectTo("migrated", test::PostgresServer::Superuser);
+        QCOMPARE(
+            test::column(*owner, "SELECT text FROM nebra.audit_trail ORDER BY seq LIMIT ?", {before.size()}),
+            before);
 
-        QCOMPARE(run(QStringList{QStringLiteral("reset-password"), QStringLiteral("jsmith")} + server,
-                     "battery staple\n")
-                     .exitCode,
-                 0);
-        const std::unique_ptr<ServerConnection> client =
-            connectTo(QStringLiteral("migrated"), ServerSettings::ClientRole);
-        ServerSession session(*client, QStringLiteral("pc"));
-        const ServerLogIn in = session.logIn(QStringLiteral("jsmith"), SecretBytes("battery staple"));
+        QCOMPARE(run(QStringList{"reset-password", "jsmith"} + server, "battery staple\n").exitCode, 0);
+        const std::unique_ptr<ServerConnection> client = connectTo("migrated", ServerSettings::ClientRole);
+        ServerSession session(*client, "pc");
+        const ServerLogIn in = session.logIn("jsmith", SecretBytes("battery staple"));
         QCOMPARE(in.status, LogInStatus::Success);
         QVERIFY(in.mustChangePassword);
-        QCOMPARE(session.isAllowed(in.token, QStringLiteral("Reader"), QStringLiteral("Run"), &error),
-                 std::optional<bool>(true));
+        QCOMPARE(session.isAllowed(in.token, "Reader", "Run", &error), std::optional<bool>(true));
     }
 
     // The commands that read and undo, as on the embedded database.
     void sameCommandsAsOnTheEmbeddedDatabase()
     {
-        const QString database = QStringLiteral("cases");
-        QCOMPARE(
-            run(QStringList{QStringLiteral("create"), QStringLiteral("--per-user")} + on(database)).exitCode,
-            0);
+        const QString database = "cases";
+        QCOMPARE(run(QStringList{"create", "--per-user"} + on(database)).exitCode, 0);
         const test::AdminToolCases cases = casesOn(database);
         cases.administersUsersAndRights();
         cases.anchorIsCheckedByVerify();
         // An entry a workstation wrote, which a spreadsheet would take for a formula.
         QCOMPARE(cases.run({"add-user", "pjones"}, "battery staple\n").exitCode, 0);
         const std::unique_ptr<ServerConnection> client = connectTo(database, ServerSettings::ClientRole);
-        ServerSession session(*client, QStringLiteral("pc"));
-        const ServerLogIn in = session.logIn(QStringLiteral("pjones"), SecretBytes("battery staple"));
+        ServerSession session(*client, "pc");
+        const ServerLogIn in = session.logIn("pjones", SecretBytes("battery staple"));
         QCOMPARE(in.status, LogInStatus::Success);
-        const QString text = QStringLiteral("=HYPERLINK(\"http://x\",\"ELISA, IgG\")");
+        const QString text = "=HYPERLINK(\"http://x\",\"ELISA, IgG\")";
         QString error;
-        QVERIFY2(session.record(in.token, QStringLiteral("General"), text, &error) > 0, qPrintable(error));
-        cases.auditExportsCsv(m_folders->root() + QStringLiteral("/audit.csv"), text);
+        QVERIFY2(session.record(in.token, "General", text, &error) > 0, qPrintable(error));
+        cases.auditExportsCsv(m_folders->root() + "/audit.csv", text);
     }
 
     // Entries removed behind the triggers' back stop every append until the
     // administrator, having looked, seals the head afresh at what is left.
     void resealHeadAfterEntriesWereRemoved()
     {
-        const QString database = QStringLiteral("resealed");
+        const QString database = "resealed";
         const test::AdminToolCases cases = casesOn(database);
         QCOMPARE(cases.run({"create", "--per-user"}).exitCode, 0);
         for (const char* role : {"A", "B", "C"})
             QCOMPARE(cases.run({"add-role", role}).exitCode, 0);
         const std::unique_ptr<ServerConnection> owner = connectTo(database, test::PostgresServer::Superuser);
-        QString error;
-        QVERIFY2(owner->execScript(QStringLiteral("SET ROLE nebra_owner; "
-                                                  "ALTER TABLE nebra.audit_trail DISABLE TRIGGER USER; "
-                                                  "DELETE FROM nebra.audit_trail WHERE seq > 1; "
-                                                  "ALTER TABLE nebra.audit_trail ENABLE TRIGGER USER"),
-                                   &error),
-                 qPrintable(error));
+        test::script(*owner, QStringLiteral("SET ROLE nebra_owner; "
+                                            "ALTER TABLE nebra.audit_trail DISABLE TRIGGER USER; "
+                                            "DELETE FROM nebra.audit_trail WHERE seq > 1; "
+                                            "ALTER TABLE nebra.audit_trail ENABLE TRIGGER USER"));
         const Run cut = cases.run({"verify"});
         QCOMPARE(cut.exitCode, 1);
         QVERIFY2(
@@ -264,26 +234,18 @@ private Q_SLOTS:
         QCOMPARE(cases.newestTexts(1), QStringList{"Audit chain head sealed afresh by the administrator"});
         QCOMPARE(cases.run({"add-role", "D"}).exitCode, 0);
         // The head's guard is back in force.
-        ServerResult q;
-        QVERIFY(owner->exec(q,
-                            QStringLiteral("SELECT tgenabled FROM pg_trigger WHERE tgname = "
-                                           "'audit_head_forward_only'"),
-                            {}, &error));
-        QVERIFY(q.next());
-        QCOMPARE(q.value(0).toString(), QStringLiteral("O"));
+        QCOMPARE(
+            test::column(*owner, "SELECT tgenabled FROM pg_trigger WHERE tgname = 'audit_head_forward_only'"),
+            QStringList{"O"});
     }
 
     void verifyFindsTamperingOnTheServer()
     {
-        QString error;
         const std::unique_ptr<ServerConnection> owner = test::PostgresServer::connect(m_server->superuser());
-        QVERIFY2(
-            owner->execScript(QStringLiteral("SET ROLE nebra_owner; "
-                                             "DROP TRIGGER audit_trail_append_only ON nebra.audit_trail; "
-                                             "UPDATE nebra.audit_trail SET text = 'Role added: Admins' "
-                                             "WHERE seq = 2"),
-                              &error),
-            qPrintable(error));
+        test::script(*owner, QStringLiteral("SET ROLE nebra_owner; "
+                                            "DROP TRIGGER audit_trail_append_only ON nebra.audit_trail; "
+                                            "UPDATE nebra.audit_trail SET text = 'Role added: Admins' "
+                                            "WHERE seq = 2"));
         const Run verified = run({"verify"});
         QCOMPARE(verified.exitCode, 1);
         QVERIFY2(verified.out.contains(QLatin1String("Entry 2 has been altered")), qPrintable(verified.out));

@@ -27,7 +27,7 @@ class ServerConnectionTest : public QObject
         QProcess process;
         process.setWorkingDirectory(m_certificates.path());
         process.setProcessChannelMode(QProcess::MergedChannels);
-        process.start(QStringLiteral("openssl"), arguments);
+        process.start("openssl", arguments);
         if (process.waitForFinished(30000) && process.exitCode() == 0)
             return true;
         qWarning("openssl %s: %s", qPrintable(arguments.join(QLatin1Char(' '))),
@@ -39,16 +39,13 @@ class ServerConnectionTest : public QObject
     {
         const auto words = [](const char* text) { return QString::fromLatin1(text).split(QLatin1Char(' ')); };
         const QStringList key = words("-newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes -days 2") +
-                                QStringList{QStringLiteral("-subj"), subject, QStringLiteral("-keyout"),
-                                            name + QStringLiteral(".key")};
+                                QStringList{"-subj", subject, "-keyout", name + ".key"};
         if (ca.isEmpty())
-            return openssl(words("req -x509 -out") + QStringList{name + QStringLiteral(".crt")} + key);
-        return openssl(words("req -out") + QStringList{name + QStringLiteral(".csr")} + key) &&
+            return openssl(words("req -x509 -out") + QStringList{name + ".crt"} + key);
+        return openssl(words("req -out") + QStringList{name + ".csr"} + key) &&
                openssl(words("x509 -req -CAcreateserial -days 2 -extfile san.ext -in") +
-                       QStringList{name + QStringLiteral(".csr"), QStringLiteral("-CA"),
-                                   ca + QStringLiteral(".crt"), QStringLiteral("-CAkey"),
-                                   ca + QStringLiteral(".key"), QStringLiteral("-out"),
-                                   name + QStringLiteral(".crt")});
+                       QStringList{name + ".csr", "-CA", ca + ".crt", "-CAkey", ca + ".key", "-out",
+                                   name + ".crt"});
     }
     bool writeFile(const QString& name, const QByteArray& text)
     {
@@ -95,26 +92,25 @@ private Q_SLOTS:
         QVERIFY(QFile::setPermissions(
             m_certificates.path(), QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner |
                                        QFileDevice::ReadOther | QFileDevice::ExeOther));
-        if (QStandardPaths::findExecutable(QStringLiteral("openssl")).isEmpty())
+        if (QStandardPaths::findExecutable("openssl").isEmpty())
             QSKIP("openssl is not installed (scripts/install-deps.sh)");
-        QVERIFY(certificate(QStringLiteral("ca"), QStringLiteral("/CN=Lab Test Authority"), {}));
-        QVERIFY(certificate(QStringLiteral("other-ca"), QStringLiteral("/CN=Another Authority"), {}));
+        QVERIFY(certificate("ca", "/CN=Lab Test Authority", {}));
+        QVERIFY(certificate("other-ca", "/CN=Another Authority", {}));
         // The certificate names localhost only, not the address it is reached at as well.
-        QVERIFY(writeFile(QStringLiteral("san.ext"), "subjectAltName=DNS:localhost\n"));
-        QVERIFY(certificate(QStringLiteral("server"), QStringLiteral("/CN=localhost"), QStringLiteral("ca")));
+        QVERIFY(writeFile("san.ext", "subjectAltName=DNS:localhost\n"));
+        QVERIFY(certificate("server", "/CN=localhost", "ca"));
         // TCP with TLS only: no "host" line, which would take plain connections as well.
-        QVERIFY(writeFile(QStringLiteral("pg_hba.conf"),
-                          "local all all trust\nhostssl all all 127.0.0.1/32 trust\n"));
-        QVERIFY(handToServer(QStringLiteral("server.key"), QFileDevice::ReadOwner));
-        QVERIFY(handToServer(QStringLiteral("server.crt"), QFileDevice::ReadOwner | QFileDevice::ReadOther));
-        QVERIFY(handToServer(QStringLiteral("pg_hba.conf"), QFileDevice::ReadOwner));
+        QVERIFY(writeFile("pg_hba.conf", "local all all trust\nhostssl all all 127.0.0.1/32 trust\n"));
+        QVERIFY(handToServer("server.key", QFileDevice::ReadOwner));
+        QVERIFY(handToServer("server.crt", QFileDevice::ReadOwner | QFileDevice::ReadOther));
+        QVERIFY(handToServer("pg_hba.conf", QFileDevice::ReadOwner));
         m_port = freePort();
         QVERIFY(m_port > 0);
         m_server = std::make_unique<test::PostgresServer>(
             test::PostgresServer::Durability::Fast,
-            test::PostgresServer::Tls{m_certificates.filePath(QStringLiteral("server.crt")),
-                                      m_certificates.filePath(QStringLiteral("server.key")),
-                                      m_certificates.filePath(QStringLiteral("pg_hba.conf")), m_port});
+            test::PostgresServer::Tls{m_certificates.filePath("server.crt"),
+                                      m_certificates.filePath("server.key"),
+                                      m_certificates.filePath("pg_hba.conf"), m_port});
         if (!m_server->problem().isEmpty())
             QSKIP(qPrintable(m_server->problem()));
     }
@@ -156,9 +152,7 @@ private Q_SLOTS:
         }
         QVERIFY2(connection, qPrintable(error));
         ServerResult q;
-        QVERIFY2(connection->exec(q,
-                                  QStringLiteral("SELECT ssl FROM pg_stat_ssl WHERE pid = pg_backend_pid()"),
-                                  {}, &error),
+        QVERIFY2(connection->exec(q, "SELECT ssl FROM pg_stat_ssl WHERE pid = pg_backend_pid()", {}, &error),
                  qPrintable(error));
         QVERIFY(q.next());
         QVERIFY(q.value(0).toBool());

@@ -41,12 +41,12 @@ private Q_SLOTS:
         QFETCH(bool, problem);
         UserFolders folders;
         SettingsStore user;
-        QVERIFY(user.setValue(QStringLiteral("Security/Backend"), userBackend));
-        QVERIFY(user.setValue(QStringLiteral("Security/Server"), QStringLiteral("/tmp/not-the-site")));
+        QVERIFY(user.setValue("Security/Backend", userBackend));
+        QVERIFY(user.setValue("Security/Server", "/tmp/not-the-site"));
         if (!systemBackend.isEmpty()) {
             SettingsStore system(folders.systemSettingsFile());
-            QVERIFY(system.setValue(QStringLiteral("Settings/SecurityConfigured"), QStringLiteral("true")));
-            QVERIFY(system.setValue(QStringLiteral("Security/Backend"), systemBackend));
+            QVERIFY(system.setValue("Settings/SecurityConfigured", "true"));
+            QVERIFY(system.setValue("Security/Backend", systemBackend));
         }
         const SecuritySettings settings = SecuritySettings::fromStore(SettingsStore());
         QCOMPARE(settings.backend == SecuritySettings::Backend::Server, server);
@@ -58,10 +58,9 @@ private Q_SLOTS:
     {
         UserFolders folders;
         SettingsStore system(folders.systemSettingsFile());
-        QVERIFY(system.setValue(QStringLiteral("Settings/SecurityConfigured"), QStringLiteral("true")));
-        QVERIFY(system.setValue(QStringLiteral("Security/Backend"), QStringLiteral("postgresql")));
-        QVERIFY(system.setValue(QStringLiteral("Security/Server"),
-                                folders.root() + QStringLiteral("/no-server")));
+        QVERIFY(system.setValue("Settings/SecurityConfigured", "true"));
+        QVERIFY(system.setValue("Security/Backend", "postgresql"));
+        QVERIFY(system.setValue("Security/Server", folders.root() + "/no-server"));
         QString error;
         QVERIFY(!NebraSecurityManager::create(SettingsStore(), {}, &error));
         QVERIFY2(error.startsWith(QLatin1String("The security server cannot be reached")), qPrintable(error));
@@ -70,34 +69,33 @@ private Q_SLOTS:
     void lostConnectionRefusesUntilTheServerIsBack()
     {
         qputenv("NEBRA_TEST_SECURITY_BACKEND", "postgresql");
-        ManagerSite site({QStringLiteral("General/RunProtocol")});
+        ManagerSite site({"General/RunProtocol"});
         MessageRecorder messages;
         const std::unique_ptr<NebraSecurityManager> manager = loggedInManager();
         QVERIFY(manager);
-        QVERIFY(manager->IsOperationAllowed(QStringLiteral("General"), QStringLiteral("RunProtocol")));
+        QVERIFY(manager->IsOperationAllowed("General", "RunProtocol"));
 
         site.stopServer();
-        QVERIFY(!manager->IsOperationAllowed(QStringLiteral("General"), QStringLiteral("RunProtocol")));
+        QVERIFY(!manager->IsOperationAllowed("General", "RunProtocol"));
         QCOMPARE(messages.count(), 1);
         QVERIFY2(messages.last().text.startsWith(QLatin1String("The security database cannot be read.")),
                  qPrintable(messages.last().text));
-        QVERIFY(!manager->AddAuditTrailEntry(QStringLiteral("General"), QStringLiteral("While down")));
+        QVERIFY(!manager->AddAuditTrailEntry("General", "While down"));
         QCOMPARE(messages.count(), 2);
-        QVERIFY2(messages.last().text.startsWith(
-                     NebraSecurityManager::auditWriteFailureText() +
-                     QStringLiteral("\n\nThe audit trail entry could not be recorded")),
+        QVERIFY2(messages.last().text.startsWith(NebraSecurityManager::auditWriteFailureText() +
+                                                 "\n\nThe audit trail entry could not be recorded"),
                  qPrintable(messages.last().text));
         QCOMPARE(messages.last().icon, MessageIcon::Critical);
 
         site.startServer();
-        QVERIFY(manager->IsOperationAllowed(QStringLiteral("General"), QStringLiteral("RunProtocol")));
-        QVERIFY(manager->AddAuditTrailEntry(QStringLiteral("General"), QStringLiteral("After the restart")));
+        QVERIFY(manager->IsOperationAllowed("General", "RunProtocol"));
+        QVERIFY(manager->AddAuditTrailEntry("General", "After the restart"));
         QCOMPARE(messages.count(), 2);
         manager->SessionLogOut();
         const QStringList texts = site.auditTexts();
-        QVERIFY(!texts.contains(QStringLiteral("While down")));
-        QCOMPARE(texts.count(QStringLiteral("After the restart")), 1);
-        QCOMPARE(texts.last(), QStringLiteral("Log out"));
+        QVERIFY(!texts.contains("While down"));
+        QCOMPARE(texts.count("After the restart"), 1);
+        QCOMPARE(texts.last(), "Log out");
     }
 
     // The server ended the session (its last use lies beyond the idle minutes):
@@ -105,7 +103,7 @@ private Q_SLOTS:
     void theServerEndsAnIdleSession()
     {
         qputenv("NEBRA_TEST_SECURITY_BACKEND", "postgresql");
-        ManagerSite site({QStringLiteral("General/RunProtocol")});
+        ManagerSite site({"General/RunProtocol"});
         MessageRecorder messages;
         DialogScript dialogs;
         qint64 now = 0;
@@ -113,7 +111,7 @@ private Q_SLOTS:
         const std::unique_ptr<NebraSecurityManager> manager =
             NebraSecurityManager::create(SettingsStore(), {[&now] { return now; }, 0}, &error);
         QVERIFY2(manager, qPrintable(error));
-        dialogs.logIn(QStringLiteral("jsmith"), QStringLiteral("correct horse"));
+        dialogs.logIn("jsmith", "correct horse");
         QVERIFY(manager->LogIn(nullptr));
         QSignalSpy loggedOut(manager.get(), &NebraSecurityManager::UserLoggedOut);
         site.ageSessions(SecuritySettings::DefaultTimeOutMinutes + 1);
@@ -123,7 +121,7 @@ private Q_SLOTS:
         QTRY_COMPARE(loggedOut.count(), 1);
         QCOMPARE(loggedOut.first().at(1).toInt(), int(NebraSecurityManager::TimedOut));
         QCOMPARE(site.auditTexts().last(),
-                 QStringLiteral("Session timed out on the server after 15 minutes without activity"));
+                 "Session timed out on the server after 15 minutes without activity");
         QCOMPARE(messages.count(), 0);
     }
 };

@@ -24,23 +24,10 @@ class ServerSessionTest : public QObject
     Q_OBJECT
 
 private:
-    // The newest audit entry, as the owner reads it: user and text.
-    std::pair<QString, QString> newestEntry()
-    {
-        ServerResult q;
-        QString error;
-        if (!m_owner->exec(
-                q, QStringLiteral("SELECT user_name, text FROM nebra.audit_trail ORDER BY seq DESC LIMIT 1"),
-                {}, &error) ||
-            !q.next())
-            return {};
-        return {q.value(0).toString(), q.value(1).toString()};
-    }
+    std::pair<QString, QString> newestEntry() { return test::newestEntry(*m_owner); }
     void admin(const std::function<bool(ServerAdministration&, QString*)>& change)
     {
-        ServerAdministration administration(*m_owner, QStringLiteral("pc"));
-        QString error;
-        QVERIFY2(change(administration, &error), qPrintable(error));
+        test::administer(*m_owner, change);
     }
 
     std::unique_ptr<test::PostgresServer> m_server;
@@ -58,17 +45,12 @@ private Q_SLOTS:
         m_client = test::PostgresServer::connect(m_server->client());
         admin([](ServerAdministration& a, QString* e) {
             return a.setPolicy(3, 4, e) &&
-                   a.addUser(QStringLiteral("jsmith"), QStringLiteral("Jane Smith"),
-                             SecretBytes("correct horse"), e) &&
-                   a.grant(QStringLiteral("jsmith"), {QStringLiteral("Reader"), QStringLiteral("Run")}, e) &&
-                   a.addRole(QStringLiteral("Analyst"), e) &&
-                   a.grantToRole(QStringLiteral("Analyst"), {QStringLiteral("Reports"), QStringLiteral("*")},
-                                 e) &&
-                   a.assignRole(QStringLiteral("jsmith"), QStringLiteral("Analyst"), e) &&
-                   a.addUser(QStringLiteral("bob"), {}, SecretBytes("bobs secret"), e) &&
-                   a.setDisabled(QStringLiteral("bob"), true, e) &&
-                   a.addUser(QStringLiteral("Ådne"), {}, SecretBytes("fjord fjell"), e) &&
-                   a.addUser(QStringLiteral("nopass"), {}, SecretBytes(), e);
+                   a.addUser("jsmith", "Jane Smith", SecretBytes("correct horse"), e) &&
+                   a.grant("jsmith", {"Reader", "Run"}, e) && a.addRole("Analyst", e) &&
+                   a.grantToRole("Analyst", {"Reports", "*"}, e) && a.assignRole("jsmith", "Analyst", e) &&
+                   a.addUser("bob", {}, SecretBytes("bobs secret"), e) && a.setDisabled("bob", true, e) &&
+                   a.addUser("Ådne", {}, SecretBytes("fjord fjell"), e) &&
+                   a.addUser("nopass", {}, SecretBytes(), e);
         });
     }
 
@@ -98,7 +80,7 @@ private Q_SLOTS:
         QFETCH(LogInStatus, status);
         QFETCH(QString, recordedUser);
         QFETCH(QString, recordedText);
-        ServerSession session(*m_client, QStringLiteral("pc"));
+        ServerSession session(*m_client, "pc");
         const ServerLogIn in = session.logIn(name, SecretBytes(password));
         QCOMPARE(in.status, status);
         QCOMPARE(in.token.isEmpty(), status != LogInStatus::Success);
@@ -111,61 +93,55 @@ private Q_SLOTS:
             QCOMPARE(user, recordedUser);
         }
         // Failures before the threshold are forgotten at the next success.
-        QVERIFY(session.logIn(QStringLiteral("jsmith"), SecretBytes("correct horse")).status ==
-                LogInStatus::Success);
+        QVERIFY(session.logIn("jsmith", SecretBytes("correct horse")).status == LogInStatus::Success);
     }
 
     void lockoutAtTheThreshold()
     {
         admin([](ServerAdministration& a, QString* e) {
-            return a.addUser(QStringLiteral("lee"), {}, SecretBytes("lee password"), e);
+            return a.addUser("lee", {}, SecretBytes("lee password"), e);
         });
-        ServerSession session(*m_client, QStringLiteral("pc"));
+        ServerSession session(*m_client, "pc");
         for (int i = 0; i < 3; ++i)
-            QCOMPARE(session.logIn(QStringLiteral("lee"), SecretBytes("guess")).status, LogInStatus::Refused);
-        QCOMPARE(newestEntry().second, QStringLiteral("Account locked after 3 failed log ins"));
+            QCOMPARE(session.logIn("lee", SecretBytes("guess")).status, LogInStatus::Refused);
+        QCOMPARE(newestEntry().second, "Account locked after 3 failed log ins");
         // Locked: the right password gets the same answer as a wrong one.
-        QCOMPARE(session.logIn(QStringLiteral("lee"), SecretBytes("lee password")).status,
-                 LogInStatus::Locked);
-        QCOMPARE(session.logIn(QStringLiteral("lee"), SecretBytes("guess")).status, LogInStatus::Locked);
-        QCOMPARE(newestEntry().second, QStringLiteral("Log in refused: account locked"));
-        admin([](ServerAdministration& a, QString* e) { return a.unlock(QStringLiteral("lee"), e); });
-        QCOMPARE(session.logIn(QStringLiteral("lee"), SecretBytes("lee password")).status,
-                 LogInStatus::Success);
+        QCOMPARE(session.logIn("lee", SecretBytes("lee password")).status, LogInStatus::Locked);
+        QCOMPARE(session.logIn("lee", SecretBytes("guess")).status, LogInStatus::Locked);
+        QCOMPARE(newestEntry().second, "Log in refused: account locked");
+        admin([](ServerAdministration& a, QString* e) { return a.unlock("lee", e); });
+        QCOMPARE(session.logIn("lee", SecretBytes("lee password")).status, LogInStatus::Success);
     }
 
     // The rights themselves are the manager's test, on either back end; here
     // what only a server session has: a forged token, and the session once ended, have none.
     void rightsNeedTheSessionsToken()
     {
-        ServerSession session(*m_client, QStringLiteral("pc"));
-        const ServerLogIn in = session.logIn(QStringLiteral("jsmith"), SecretBytes("correct horse"));
+        ServerSession session(*m_client, "pc");
+        const ServerLogIn in = session.logIn("jsmith", SecretBytes("correct horse"));
         QString error;
         const auto allowed = [&](const QString& token) {
-            return session.isAllowed(token, QStringLiteral("Reports"), QStringLiteral("Print"), &error);
+            return session.isAllowed(token, "Reports", "Print", &error);
         };
         QCOMPARE(allowed(in.token), std::optional<bool>(true));
         QCOMPARE(allowed(QString(64, QLatin1Char('0'))), std::optional<bool>(false));
-        QVERIFY(allowed(QStringLiteral("not a token")) != std::optional<bool>(true));
-        QVERIFY(session.logOut(in.token, QStringLiteral("Log out"), &error));
+        QVERIFY(allowed("not a token") != std::optional<bool>(true));
+        QVERIFY(session.logOut(in.token, "Log out", &error));
         QCOMPARE(allowed(in.token), std::optional<bool>(false));
     }
 
     void entriesNeedAnOpenSession()
     {
-        ServerSession session(*m_client, QStringLiteral("pc 7"));
-        const ServerLogIn in = session.logIn(QStringLiteral("jsmith"), SecretBytes("correct horse"));
+        ServerSession session(*m_client, "pc 7");
+        const ServerLogIn in = session.logIn("jsmith", SecretBytes("correct horse"));
         QString error;
-        const qint64 first =
-            session.record(in.token, QStringLiteral("Reader"), QStringLiteral("Plate read"), &error);
-        QCOMPARE(session.record(in.token, QStringLiteral("Reader"), QStringLiteral("Plate read"), &error),
-                 first + 1);
+        const qint64 first = session.record(in.token, "Reader", "Plate read", &error);
+        QCOMPARE(session.record(in.token, "Reader", "Plate read", &error), first + 1);
         QCOMPARE(newestEntry(), std::make_pair(QStringLiteral("jsmith"), QStringLiteral("Plate read")));
-        QVERIFY(session.logOut(in.token, QStringLiteral("Log out"), &error));
-        QCOMPARE(session.record(in.token, QStringLiteral("Reader"), QStringLiteral("After the end"), &error),
-                 0);
+        QVERIFY(session.logOut(in.token, "Log out", &error));
+        QCOMPARE(session.record(in.token, "Reader", "After the end", &error), 0);
         QVERIFY(!error.isEmpty());
-        QCOMPARE(newestEntry().second, QStringLiteral("Log out"));
+        QCOMPARE(newestEntry().second, "Log out");
     }
 
     // Wrong current passwords count like failed log-ins: at the site's threshold of 3 the change
@@ -173,17 +149,17 @@ private Q_SLOTS:
     void passwordChangeAnswers()
     {
         admin([](ServerAdministration& a, QString* e) {
-            return a.addUser(QStringLiteral("kim"), {}, SecretBytes("first secret"), e);
+            return a.addUser("kim", {}, SecretBytes("first secret"), e);
         });
-        ServerSession session(*m_client, QStringLiteral("pc"));
-        ServerLogIn in = session.logIn(QStringLiteral("kim"), SecretBytes("first secret"));
+        ServerSession session(*m_client, "pc");
+        ServerLogIn in = session.logIn("kim", SecretBytes("first secret"));
         QString error;
         const auto change = [&](const char* current, const char* fresh) {
             return session.changePassword(in.token, SecretBytes(current), SecretBytes(fresh), &error);
         };
         QCOMPARE(change("first secret", "first secret"), ServerPasswordChange::Same);
         QCOMPARE(change("first secret", "second secret"), ServerPasswordChange::Changed);
-        in = session.logIn(QStringLiteral("kim"), SecretBytes("second secret"));
+        in = session.logIn("kim", SecretBytes("second secret"));
         QCOMPARE(in.status, LogInStatus::Success);
         QCOMPARE(change("guess", "x"), ServerPasswordChange::Incorrect);
         QCOMPARE(change("guess", "x"), ServerPasswordChange::Incorrect);
@@ -195,15 +171,14 @@ private Q_SLOTS:
     // writer's text, the sequence has no gaps and the chain holds.
     void workstationsWritingAtOnceLoseNothing()
     {
-        ServerAdministration administration(*m_owner, QStringLiteral("pc"));
+        ServerAdministration administration(*m_owner, "pc");
         const qint64 before = administration.verify().entryCount;
         std::vector<std::unique_ptr<QProcess>> writers;
         for (int i = 0; i < 8; ++i) {
             writers.push_back(std::make_unique<QProcess>());
             writers.back()->start(QStringLiteral(SERVER_WRITER),
-                                  {m_server->socketFolder(), ServerSettings::DefaultDatabase,
-                                   QStringLiteral("jsmith"), QStringLiteral("correct horse"),
-                                   QStringLiteral("3000")});
+                                  {m_server->socketFolder(), ServerSettings::DefaultDatabase, "jsmith",
+                                   "correct horse", "3000"});
         }
         qint64 reported = 0;
         QSet<qint64> sequences;
@@ -221,15 +196,11 @@ private Q_SLOTS:
         const AuditVerification verification = administration.verify();
         QVERIFY2(verification.ok, qPrintable(verification.message));
         QCOMPARE(verification.entryCount - before, reported);
-        ServerResult q;
-        QString error;
-        QVERIFY(m_owner->exec(
-            q,
-            QStringLiteral("SELECT seq FROM nebra.audit_trail WHERE seq > ? AND text LIKE 'Plate read by %'"),
-            {before}, &error));
         QSet<qint64> stored;
-        while (q.next())
-            stored.insert(q.value(0).toLongLong());
+        for (const QString& seq : test::column(
+                 *m_owner, "SELECT seq FROM nebra.audit_trail WHERE seq > ? AND text LIKE 'Plate read by %'",
+                 {before}))
+            stored.insert(seq.toLongLong());
         QCOMPARE(stored, sequences);
     }
 };

@@ -29,15 +29,15 @@ bool oneSession(ServerSession& session, const QString& user, const QString& pass
     QString error;
     for (int i = 0; i < 3; ++i) {
         const qint64 sequence = session.record(
-            in.token, QStringLiteral("Reader"),
-            QStringLiteral("Plate read by %1").arg(QCoreApplication::applicationPid()), &error);
+            in.token, "Reader", QStringLiteral("Plate read by %1").arg(QCoreApplication::applicationPid()),
+            &error);
         if (sequence == 0) {
             std::fprintf(stderr, "record: %s\n", qPrintable(error));
             return false;
         }
         std::printf("R %lld\n", static_cast<long long>(sequence));
     }
-    if (!session.logOut(in.token, QStringLiteral("Log out"), &error)) {
+    if (!session.logOut(in.token, "Log out", &error)) {
         std::fprintf(stderr, "log-out: %s\n", qPrintable(error));
         return false;
     }
