@@ -29,9 +29,6 @@
 using namespace nebra;
 using namespace nebra::test;
 
-// Tools > Audit Trail... in the running Organiser, on a real security store:
-// shown only in a session, refused without the right, recorded when opened;
-// the viewer's filter, chain status, exports and printing; closed at log-out.
 namespace {
 
 // The Organiser in a session of jsmith, who holds the rights given, or out of one.

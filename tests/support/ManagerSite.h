@@ -78,21 +78,18 @@ public:
     // or ServerAdministration, which take the same calls.
     template <typename Change> void administer(const Change& change)
     {
-        QString error;
         if constexpr (std::is_invocable_v<Change, SecurityAdministration&, QString*>) {
             if (m_embedded) {
                 const std::unique_ptr<SecurityStore> store = m_embedded->fixture.open();
                 SecurityAdministration admin(*store, "admin");
+                QString error;
                 QVERIFY2(change(admin, &error), qPrintable(error));
                 return;
             }
         }
         if constexpr (std::is_invocable_v<Change, ServerAdministration&, QString*>) {
-            if (!m_embedded) {
-                const std::unique_ptr<ServerConnection> owner = PostgresServer::connect(m_settings);
-                ServerAdministration admin(*owner, "pc");
-                QVERIFY2(change(admin, &error), qPrintable(error));
-            }
+            if (!m_embedded)
+                test::administer(*PostgresServer::connect(m_settings), change);
         }
     }
 
@@ -121,14 +118,8 @@ public:
     {
         if (m_embedded)
             return m_embedded->fixture.auditTexts();
-        QString error;
-        const std::unique_ptr<ServerConnection> owner = PostgresServer::connect(m_settings);
-        ServerResult q;
-        QStringList texts;
-        if (owner->exec(q, "SELECT text FROM nebra.audit_trail ORDER BY seq", {}, &error))
-            while (q.next())
-                texts.append(q.value(0).toString());
-        return texts;
+        return column(*PostgresServer::connect(m_settings),
+                      "SELECT text FROM nebra.audit_trail ORDER BY seq");
     }
 
     // Makes every further audit entry fail: the embedded store fills up, the
@@ -155,13 +146,10 @@ public:
     // Moves the last use of every open session on the server back by minutes (the server's clock).
     void ageSessions(int minutes)
     {
-        QString error;
-        const std::unique_ptr<ServerConnection> owner = ServerConnection::open(m_settings, &error);
-        QVERIFY2(owner && owner->execScript(QStringLiteral("UPDATE nebra.sessions SET last_used_utc = "
-                                                           "last_used_utc - interval '%1 minutes'")
-                                                .arg(minutes),
-                                            &error),
-                 qPrintable(error));
+        script(
+            *PostgresServer::connect(m_settings),
+            QStringLiteral("UPDATE nebra.sessions SET last_used_utc = last_used_utc - interval '%1 minutes'")
+                .arg(minutes));
     }
 
     void stopServer() { server().stop(); }

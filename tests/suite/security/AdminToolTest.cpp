@@ -94,33 +94,22 @@ private Q_SLOTS:
         o.cases().auditExportsCsv(o.folders.root() + "/audit.csv", text);
     }
 
-    void verifyNamesTheFirstBadEntry_data()
-    {
-        QTest::addColumn<QStringList>("statements");
-        QTest::addColumn<QString>("firstBad");
-        // clang-format off
-        QTest::newRow("edited") << QStringList{"DROP TRIGGER audit_trail_no_update", "UPDATE audit_trail SET text = 'User added: mallory' WHERE seq = 3"} << "First bad entry: 3\nEntry 3 has been altered";
-        QTest::newRow("cut off") << QStringList{"DROP TRIGGER audit_trail_no_delete", "DELETE FROM audit_trail WHERE seq > 1"} << "First bad entry: 2\nEntries 2 to 3 are missing";
-        // clang-format on
-    }
-
+    // What verify finds is the trail's own test; here the tool says it, and
+    // refuses changes while the trail is cut off until it is sealed afresh.
     void verifyNamesTheFirstBadEntry()
     {
-        QFETCH(QStringList, statements);
-        QFETCH(QString, firstBad);
         Site o;
         QCOMPARE(o.run({"add-user", "jsmith"}, "correct horse\n").exitCode, 0);
         QCOMPARE(o.run({"add-user", "pjones"}, "battery staple\n").exitCode, 0);
-        o.fixture.tamper(statements);
+        o.fixture.tamper({"DROP TRIGGER audit_trail_no_delete", "DELETE FROM audit_trail WHERE seq > 1"});
         const AdminRun verify = o.run({"verify"});
         QCOMPARE(verify.exitCode, 1);
-        QVERIFY2(verify.out.startsWith(firstBad), qPrintable(verify.out));
+        QVERIFY2(verify.out.startsWith("First bad entry: 2\nEntries 2 to 3 are missing"),
+                 qPrintable(verify.out));
         QVERIFY(verify.out.endsWith(QLatin1String("The audit trail is NOT intact.\n")));
-        // Changes are refused while the trail is cut off, until the administrator re-seals it.
-        if (QTest::currentDataTag() == QLatin1String("cut off")) {
-            QCOMPARE(o.run({"reseal-head"}).exitCode, 0);
-            QCOMPARE(o.run({"verify"}).exitCode, 0);
-        }
+        QCOMPARE(o.run({"add-role", "Readers"}).exitCode, 1);
+        QCOMPARE(o.run({"reseal-head"}).exitCode, 0);
+        QCOMPARE(o.run({"verify"}).exitCode, 0);
     }
 };
 

@@ -385,22 +385,6 @@ private Q_SLOTS:
         QVERIFY(qAbs(IdleTimer::bootClock()() - expected) < 1000);
     }
 
-    // 12: a password typed into the name field never lands in the audit table.
-    void mistypedNamesAreNotRecorded()
-    {
-        Site o;
-        QCOMPARE(o.logIn("correct horse", "jsmith"), LogInStatus::Refused);
-        QCOMPARE(o.logIn("CORRECT HORSE", "x"), LogInStatus::Refused);
-        const std::unique_ptr<SecurityStore> store = o.fixture.open();
-        QString error;
-        const QList<AuditEntry> entries = store->audit().entries(&error);
-        const AuditEntry first = entries.at(entries.size() - 2);
-        QVERIFY2(first.userName.startsWith(QLatin1String("unknown user #")), qPrintable(first.userName));
-        QCOMPARE(entries.last().userName, first.userName); // the same name is recognisable
-        const ProcessRun csv = o.secadmin({"audit", "--csv", "-"});
-        QVERIFY(!csv.out.contains(QLatin1String("horse"), Qt::CaseInsensitive));
-    }
-
     // 12: audit texts that a spreadsheet would run as formulas are exported inert.
     void csvCellsCannotRunAsFormulas_data()
     {
