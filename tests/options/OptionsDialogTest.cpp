@@ -13,7 +13,6 @@
 
 #include <QApplication>
 #include <QCheckBox>
-#include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -314,13 +313,7 @@ private Q_SLOTS:
             user();
             return f.dialog.result();
         });
-        script.then([&](QDialog& chooser) {
-            auto* files = qobject_cast<QFileDialog*>(&chooser);
-            if (!files)
-                return int(QDialog::Rejected);
-            files->selectFile(chosen);
-            return int(QDialog::Accepted);
-        });
+        script.chooseFile(chosen);
         MessageRecorder recorder;
         recorder.answer(MessageButton::Yes);
         QVERIFY(f.dialog.run());

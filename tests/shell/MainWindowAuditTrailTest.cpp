@@ -15,7 +15,6 @@
 #include <QAbstractItemModel>
 #include <QAction>
 #include <QApplication>
-#include <QFileDialog>
 #include <QLineEdit>
 #include <QMenu>
 #include <QPointer>
@@ -55,18 +54,6 @@ struct Site : LoadedOrganiser
         if (viewer && !QTest::qWaitFor([viewer] { return !viewer->chainStatus().checking(); }, 10000))
             qWarning("The chain check did not end");
         return viewer;
-    }
-
-    // Answers the next file dialog with path.
-    void chooseFile(const QString& path)
-    {
-        dialogs.then([path](QDialog& dialog) {
-            auto* files = qobject_cast<QFileDialog*>(&dialog);
-            if (!files)
-                return int(QDialog::Rejected);
-            files->selectFile(path);
-            return int(QDialog::Accepted);
-        });
     }
 };
 
@@ -201,7 +188,7 @@ private Q_SLOTS:
             });
             viewer->Print();
         } else {
-            site.chooseFile(file);
+            site.dialogs.chooseFile(file);
             kind == QLatin1String("csv") ? viewer->ExportCsv() : viewer->ExportPdf();
         }
         QCOMPARE(QFileInfo::exists(file), !auditFull);
@@ -239,7 +226,7 @@ private Q_SLOTS:
         QVERIFY(viewer);
         const QString file = site.folders.root() + QStringLiteral("/trail.csv");
         writeFile(file, "old");
-        site.chooseFile(file);
+        site.dialogs.chooseFile(file);
         site.messages.answer(answer);
         viewer->ExportCsv();
         QCOMPARE(site.messages.count(), 1);

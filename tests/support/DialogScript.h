@@ -3,6 +3,7 @@
 #include "Dialogs.h"
 
 #include <QDialog>
+#include <QFileDialog>
 #include <QLineEdit>
 #include <QQueue>
 #include <QStringList>
@@ -56,6 +57,17 @@ public:
         accept({{QStringLiteral("txtCurrentPassword"), current},
                 {QStringLiteral("txtNewPassword"), fresh},
                 {QStringLiteral("txtConfirmPassword"), confirmation}});
+    }
+    // Answers a file dialog with path (a save dialog only when saving is said); any other is cancelled.
+    void chooseFile(const QString& path, bool saving = false)
+    {
+        then([path, saving](QDialog& dialog) {
+            auto* files = qobject_cast<QFileDialog*>(&dialog);
+            if (!files || (saving && files->acceptMode() != QFileDialog::AcceptSave))
+                return int(QDialog::Rejected);
+            files->selectFile(path);
+            return int(QDialog::Accepted);
+        });
     }
     void cancel()
     {

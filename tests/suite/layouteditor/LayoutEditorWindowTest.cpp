@@ -10,7 +10,6 @@
 #include <QAbstractSpinBox>
 #include <QAction>
 #include <QComboBox>
-#include <QFileDialog>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTemporaryDir>
@@ -150,13 +149,7 @@ private Q_SLOTS:
         QTemporaryDir dir;
         const QString path = dir.filePath("Drawn.mlo");
         test::DialogScript dialogs;
-        dialogs.then([&](QDialog& dialog) {
-            auto* files = qobject_cast<QFileDialog*>(&dialog);
-            if (!files || files->acceptMode() != QFileDialog::AcceptSave)
-                return int(QDialog::Rejected);
-            files->selectFile(path);
-            return int(QDialog::Accepted);
-        });
+        dialogs.chooseFile(path, true);
         test::MessageRecorder messages;
         messages.answer(answer);
         o.document.rename("Drawn");
