@@ -104,15 +104,11 @@ private Q_SLOTS:
         row("user edited", {"UPDATE audit_trail SET user_name = 'admin' WHERE seq = 4"}, 4, altered.arg(4));
         row("time edited", {"UPDATE audit_trail SET utc = '2020-01-01T00:00:00.000Z' WHERE seq = 2"}, 2, altered.arg(2));
         row("row deleted", {"DELETE FROM audit_trail WHERE seq = 3"}, 3, "Entry 3 is missing.");
-        row("row deleted and the rest renumbered", {"DELETE FROM audit_trail WHERE seq = 3",
-            "UPDATE audit_trail SET seq = seq - 1 WHERE seq > 3"}, 3, altered.arg(3));
-        row("rows swapped", {"UPDATE audit_trail SET seq = 100 WHERE seq = 2", "UPDATE audit_trail SET seq = 2 WHERE seq = 4",
-            "UPDATE audit_trail SET seq = 4 WHERE seq = 100"}, 2, altered.arg(2));
-        row("row inserted at the end", {"INSERT INTO audit_trail SELECT 7, utc, user_name, workstation, area, 'Forged', mac "
-            "FROM audit_trail WHERE seq = 6"}, 7, altered.arg(7));
+        row("row deleted and the rest renumbered", {"DELETE FROM audit_trail WHERE seq = 3", "UPDATE audit_trail SET seq = seq - 1 WHERE seq > 3"}, 3, altered.arg(3));
+        row("rows swapped", {"UPDATE audit_trail SET seq = 100 WHERE seq = 2", "UPDATE audit_trail SET seq = 2 WHERE seq = 4", "UPDATE audit_trail SET seq = 4 WHERE seq = 100"}, 2, altered.arg(2));
+        row("row inserted at the end", {"INSERT INTO audit_trail SELECT 7, utc, user_name, workstation, area, 'Forged', mac FROM audit_trail WHERE seq = 6"}, 7, altered.arg(7));
         row("newest rows cut off", {"DELETE FROM audit_trail WHERE seq >= 5"}, 5, cutOff.arg(5));
-        row("newest row cut off", {"DELETE FROM audit_trail WHERE seq = 6"}, 6,
-            "Entry 6 is missing: the newest entry has been cut off.");
+        row("newest row cut off", {"DELETE FROM audit_trail WHERE seq = 6"}, 6, "Entry 6 is missing: the newest entry has been cut off.");
         row("everything cut off", {"DELETE FROM audit_trail"}, 1, cutOff.arg(1));
         // clang-format on
     }
