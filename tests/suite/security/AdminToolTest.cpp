@@ -95,7 +95,7 @@ private Q_SLOTS:
     }
 
     // What verify finds is the trail's own test; here the tool says it, and
-    // refuses changes while the trail is cut off until it is sealed afresh.
+    // the head sealed afresh ends it.
     void verifyNamesTheFirstBadEntry()
     {
         Site o;
@@ -107,7 +107,6 @@ private Q_SLOTS:
         QVERIFY2(verify.out.startsWith("First bad entry: 2\nEntries 2 to 3 are missing"),
                  qPrintable(verify.out));
         QVERIFY(verify.out.endsWith(QLatin1String("The audit trail is NOT intact.\n")));
-        QCOMPARE(o.run({"add-role", "Readers"}).exitCode, 1);
         QCOMPARE(o.run({"reseal-head"}).exitCode, 0);
         QCOMPARE(o.run({"verify"}).exitCode, 0);
     }
