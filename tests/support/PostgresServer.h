@@ -119,24 +119,19 @@ public:
         QFile::remove(m_dir.path() + "/server.log");
         m_server.setStandardOutputFile(m_dir.path() + "/server.log", QIODevice::Append);
         m_server.setStandardErrorFile(m_dir.path() + "/server.log", QIODevice::Append);
-        QStringList arguments = asServer({"--pdeathsig", "TERM"});
-        arguments << m_bin + "/postgres"
-                  << "-D" << dataFolder() << "-k" << socketFolder() << "-c"
-                  << "listen_addresses="
-                  << "-c"
-                  << "max_connections=60";
+        QStringList arguments =
+            asServer({"--pdeathsig", "TERM"}) +
+            QStringList{m_bin + "/postgres", "-D", dataFolder(),        "-k", socketFolder(), "-c",
+                        "listen_addresses=", "-c", "max_connections=60"};
         if (m_durability == Durability::Fast)
-            arguments << "-c"
-                      << "fsync=off";
+            arguments += QStringList{"-c", "fsync=off"};
         if (m_tls)
-            arguments << "-p" << QString::number(m_tls->port) << "-c"
-                      << "listen_addresses=127.0.0.1"
-                      << "-c"
-                      << "ssl=on"
-                      << "-c"
-                      << "ssl_cert_file=" + m_tls->certificateFile << "-c"
-                      << "ssl_key_file=" + m_tls->keyFile << "-c"
-                      << "hba_file=" + m_tls->hbaFile;
+            arguments += QStringList{"-p", QString::number(m_tls->port),
+                                     "-c", "listen_addresses=127.0.0.1",
+                                     "-c", "ssl=on",
+                                     "-c", "ssl_cert_file=" + m_tls->certificateFile,
+                                     "-c", "ssl_key_file=" + m_tls->keyFile,
+                                     "-c", "hba_file=" + m_tls->hbaFile};
         m_server.start("setpriv", arguments);
         const bool ready = QTest::qWaitFor(
             [this] {
@@ -157,11 +152,8 @@ public:
         if (!isRunning())
             return;
         QProcess pgCtl;
-        pgCtl.start("setpriv", asServer({}) << m_bin + "/pg_ctl"
-                                            << "stop"
-                                            << "-D" << dataFolder() << "-m"
-                                            << "fast"
-                                            << "-w");
+        pgCtl.start("setpriv", asServer({}) + QStringList{m_bin + "/pg_ctl", "stop", "-D", dataFolder(), "-m",
+                                                          "fast", "-w"});
         if (!pgCtl.waitForFinished(60000) || !m_server.waitForFinished(60000)) {
             m_server.kill();
             m_server.waitForFinished(10000);
@@ -215,11 +207,9 @@ private:
     {
         QProcess initdb;
         initdb.setProcessChannelMode(QProcess::MergedChannels);
-        initdb.start("setpriv", asServer({}) << m_bin + "/initdb"
-                                             << "-D" << dataFolder() << "-U" << Superuser << "--auth=trust"
-                                             << "--encoding=UTF8"
-                                             << "--locale=C.UTF-8"
-                                             << "--no-sync");
+        initdb.start("setpriv", asServer({}) + QStringList{m_bin + "/initdb", "-D", dataFolder(), "-U",
+                                                           Superuser, "--auth=trust", "--encoding=UTF8",
+                                                           "--locale=C.UTF-8", "--no-sync"});
         if (!initdb.waitForFinished(120000) || initdb.exitCode() != 0) {
             m_problem = "initdb failed: " + QString::fromLocal8Bit(initdb.readAll());
             return false;
