@@ -87,8 +87,9 @@ private Q_SLOTS:
         QVERIFY(lines[3].contains(",\"Run protocol: a, \"\"b\"\".apr\","));
         // The export's own entry follows the entries it wrote.
         const QString recorded = o.fixture.auditTexts().last();
-        QCOMPARE(recorded, "Audit trail exported to CSV file \"%1\": 3 entries, filter: all entries".arg(
-                               o.path("trail.csv")));
+        QCOMPARE(recorded,
+                 QStringLiteral("Audit trail exported to CSV file \"%1\": 3 entries, filter: all entries")
+                     .arg(o.path("trail.csv")));
     }
 
     void pdfHasTitleBlockPagesAndRows()

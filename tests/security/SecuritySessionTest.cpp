@@ -254,7 +254,8 @@ private Q_SLOTS:
             QCOMPARE(warning->windowTitle(), "Session Time-Out");
             o.now += 20 * 1000;
             const QString expected =
-                "Your session will time out in %1 seconds because of inactivity.".arg(10 * 60 - warnAt - 20);
+                QStringLiteral("Your session will time out in %1 seconds because of inactivity.")
+                    .arg(10 * 60 - warnAt - 20);
             QTRY_COMPARE_WITH_TIMEOUT(warning->countdownText(), expected, 5000);
         }
         if (action == QLatin1String("stay"))

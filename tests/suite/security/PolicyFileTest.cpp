@@ -30,9 +30,9 @@ class PolicyFileTest : public QObject
     static void writePolicy(const QString& path, const QString& database)
     {
         QVERIFY(QDir().mkpath(QFileInfo(path).absolutePath()));
-        writeFile(
-            path,
-            "[Settings]\nSecurityConfigured=true\n[Security]\nDatabasePath=%1\n".arg(database).toUtf8());
+        writeFile(path, QStringLiteral("[Settings]\nSecurityConfigured=true\n[Security]\nDatabasePath=%1\n")
+                            .arg(database)
+                            .toUtf8());
         QVERIFY(QFile::setPermissions(path, QFileDevice::ReadOwner | QFileDevice::WriteOwner |
                                                 QFileDevice::ReadGroup | QFileDevice::ReadOther));
     }

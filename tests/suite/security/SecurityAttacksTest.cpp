@@ -97,8 +97,8 @@ private Q_SLOTS:
         // status names where each value came from.
         const ProcessRun status = runProgram(QStringLiteral(SECADMIN), {"status"});
         QCOMPARE(status.exitCode, 0);
-        QVERIFY2(status.out.contains("DatabasePath = %1 (system file \"%2\")".arg(
-                     o.database(), o.folders.systemSettingsFile())),
+        QVERIFY2(status.out.contains(QStringLiteral("DatabasePath = %1 (system file \"%2\")")
+                                         .arg(o.database(), o.folders.systemSettingsFile())),
                  qPrintable(status.out));
     }
 

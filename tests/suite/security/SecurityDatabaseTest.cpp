@@ -30,7 +30,9 @@ private Q_SLOTS:
         const QByteArray before = bytes();
         QString error;
         QVERIFY(!SecurityStore::create(fixture.settings(), "tester", &error));
-        QCOMPARE(error, "The security database \"%1\" already exists; it has not been changed.".arg(path));
+        QCOMPARE(error,
+                 QStringLiteral("The security database \"%1\" already exists; it has not been changed.")
+                     .arg(path));
         QCOMPARE(bytes(), before);
         // The site key that seals the audit chain is for its owner only.
         QCOMPARE(QFile::permissions(fixture.settings().siteKeyFile),

@@ -239,8 +239,8 @@ private Q_SLOTS:
             QSKIP(
                 "Filling a small file system of its own needs root (a tmpfs in a private mount namespace).");
         if (::unshare(CLONE_NEWNS) != 0 || ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0)
-            QSKIP(qPrintable("No private mount namespace for a small file system: %1".arg(
-                QString::fromLocal8Bit(strerror(errno)))));
+            QSKIP(qPrintable(QStringLiteral("No private mount namespace for a small file system: %1")
+                                 .arg(QString::fromLocal8Bit(strerror(errno)))));
         const QString disk = o.folders.root() + "/disk";
         QVERIFY(QDir().mkpath(disk));
         QVERIFY2(::mount("tmpfs", QFile::encodeName(disk).constData(), "tmpfs", 0, "size=512k") == 0,
