@@ -14,7 +14,6 @@
 #include "WebEngineTestMain.h"
 #include "WindowParts.h"
 
-#include <QAbstractButton>
 #include <QApplication>
 #include <QLineEdit>
 #include <QTest>
@@ -25,24 +24,12 @@ using namespace nebra::test;
 
 namespace {
 
-// What a screen reader says for a widget: its accessible name, a button's caption.
+// What a screen reader says for the focus: the nearest accessible name.
 QString spokenName(const QWidget* widget)
 {
-    for (; widget; widget = widget->parentWidget()) {
-        if (!widget->accessibleName().isEmpty())
-            return widget->accessibleName();
-        if (auto* button = qobject_cast<const QAbstractButton*>(widget))
-            return button->text();
-    }
-    return {};
-}
-
-template <typename T> T* topLevel()
-{
-    for (QWidget* window : QApplication::topLevelWidgets())
-        if (auto* found = qobject_cast<T*>(window); found && found->isVisible())
-            return found;
-    return nullptr;
+    while (widget && widget->accessibleName().isEmpty())
+        widget = widget->parentWidget();
+    return widget ? widget->accessibleName() : QString();
 }
 
 } // namespace
@@ -93,11 +80,11 @@ private Q_SLOTS:
         tool(window, CommandId::New).trigger();
 
         tool(window, CommandId::AuditTrail).trigger();
-        QTRY_VERIFY(topLevel<AuditTrailWindow>());
-        verifyAccessibleNames(*topLevel<AuditTrailWindow>(), 4);
+        QTRY_VERIFY(shownWindow<AuditTrailWindow>());
+        verifyAccessibleNames(*shownWindow<AuditTrailWindow>(), 4);
         tool(window, CommandId::ContentsIndex).trigger();
-        QTRY_VERIFY(topLevel<HelpWindow>());
-        verifyAccessibleNames(*topLevel<HelpWindow>(), 2);
+        QTRY_VERIFY(shownWindow<HelpWindow>());
+        verifyAccessibleNames(*shownWindow<HelpWindow>(), 2);
         // The time-out warning, as it would show.
         TimeOutWarning* warning = part<SecuritySession>(window).timeOutWarning();
         QVERIFY(warning);

@@ -86,14 +86,6 @@ void verifyShownCentred(QDialog& dialog)
         QVERIFY((dialog.frameGeometry().center() - owner.center()).manhattanLength() < 40);
 }
 
-template <typename T> T* shown()
-{
-    for (QWidget* window : QApplication::topLevelWidgets())
-        if (auto* found = qobject_cast<T*>(window); found && found->isVisible())
-            return found;
-    return nullptr;
-}
-
 } // namespace
 
 // The windows a user meets first on a small screen or with large text (the
@@ -130,8 +122,8 @@ private Q_SLOTS:
         QCOMPARE(dialogs.size(), 2);
 
         tool(window, CommandId::AuditTrail).trigger();
-        QTRY_VERIFY(shown<AuditTrailWindow>());
-        verifyNothingCut(*shown<AuditTrailWindow>());
+        QTRY_VERIFY(shownWindow<AuditTrailWindow>());
+        verifyNothingCut(*shownWindow<AuditTrailWindow>());
     }
 };
 
