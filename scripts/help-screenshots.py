@@ -8,8 +8,13 @@ saves it as a PNG in docs/help/images. Xvfb keeps its screen in a file (XWD
 format, -fbdir), which this script reads itself, so that no screen-grabbing
 tool is needed.
 
-    scripts/help-screenshots.py [BUILD_DIR]
+    scripts/help-screenshots.py [BUILD_DIR] [--size WxH] [--scale N] [--output FILE]
+
+With --size, --scale or --output it takes the main window at another screen
+size or scale factor (QT_SCALE_FACTOR) into FILE instead, for checking the
+window on small screens and with large text.
 """
+import argparse
 import os
 import shutil
 import struct
@@ -20,7 +25,7 @@ import time
 import zlib
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
-WIDTH, HEIGHT = 1100, 720
+WIDTH, HEIGHT = 1100, 720  # the user guide's pictures; --size changes them
 SETTLE_SECONDS, TIME_LIMIT_SECONDS = 2.0, 60.0
 
 
@@ -82,18 +87,28 @@ def seed_home(home):
 
 
 def main():
-    build = os.path.abspath(sys.argv[1] if len(sys.argv) > 1 else os.path.join(ROOT, "build"))
+    global WIDTH, HEIGHT
+    parser = argparse.ArgumentParser(description="Pictures of the Organiser's main window.")
+    parser.add_argument("build", nargs="?", default=os.path.join(ROOT, "build"))
+    parser.add_argument("--size", default=f"{WIDTH}x{HEIGHT}", help="screen size, WIDTHxHEIGHT")
+    parser.add_argument("--scale", default="1", help="QT_SCALE_FACTOR of the program")
+    parser.add_argument("--output", help="the PNG to write (default: the user guide's picture)")
+    args = parser.parse_args()
+    WIDTH, HEIGHT = (int(n) for n in args.size.split("x"))
+    build = os.path.abspath(args.build)
     program = os.path.join(build, "src", "NMain5")
     if not os.access(program, os.X_OK):
         raise SystemExit(f"{program} is not built: cmake --build {build} --target NMain5")
-    out = os.path.join(ROOT, "docs", "help", "images")
-    os.makedirs(out, exist_ok=True)
+    target = os.path.abspath(args.output) if args.output else os.path.join(ROOT, "docs", "help", "images",
+                                                                           "organiser-window.png")
+    os.makedirs(os.path.dirname(target), exist_ok=True)
     with tempfile.TemporaryDirectory() as tmp:
         home = os.path.join(tmp, "home")
         seed_home(home)
         env = dict(os.environ, HOME=home, XDG_CONFIG_HOME=home + "/.config", XDG_STATE_HOME=home + "/.state",
                    XDG_DATA_HOME=home + "/.data", XDG_CACHE_HOME=home + "/.cache",
-                   XDG_RUNTIME_DIR=home + "/.runtime", QTWEBENGINE_DISABLE_SANDBOX="1", QT_QPA_PLATFORM="xcb")
+                   XDG_RUNTIME_DIR=home + "/.runtime", QTWEBENGINE_DISABLE_SANDBOX="1", QT_QPA_PLATFORM="xcb",
+                   QT_SCALE_FACTOR=args.scale)
         display = f":{90 + os.getpid() % 100}"
         env["DISPLAY"] = display
         started = []
@@ -108,9 +123,8 @@ def main():
             started.append(subprocess.Popen(["openbox"], env=env, stderr=subprocess.DEVNULL))
             started.append(subprocess.Popen([program], env=env, stderr=subprocess.DEVNULL))
             wait_until_settled(screen_file)
-            target = os.path.join(out, "organiser-window.png")
             write_png(target, *read_screen(screen_file))
-            print(f"wrote {os.path.relpath(target, ROOT)}")
+            print(f"wrote {target}")
         finally:
             for process in reversed(started):
                 process.terminate()

@@ -76,6 +76,7 @@ constexpr DocumentTypeDescription readConfigurations()
     row.icon = "drive-harddisk";
     row.filter = "*.daq";
     row.typeCaption = "Data Acquisition";
+    row.documentIcon = "application-x-nebra-read-configuration";
     row.preview = PreviewKind::Page;
     row.helpTopic = 9005;
     row.newCommand = newItem(
@@ -93,6 +94,7 @@ constexpr DocumentTypeDescription layouts()
     row.inFoldersGroup = true;
     row.filter = "*.mlo";
     row.typeCaption = "Layout";
+    row.documentIcon = "application-x-nebra-layout";
     row.preview = PreviewKind::Layout;
     row.previewedWithoutDrivers = true;
     row.followsOptions = true;
@@ -110,6 +112,7 @@ constexpr DocumentTypeDescription protocols()
     row.inTasksGroup = row.inFoldersGroup = true;
     row.filter = "*.apr";
     row.typeCaption = "Assay Protocol";
+    row.documentIcon = "application-x-nebra-protocol";
     row.preview = PreviewKind::Page;
     row.followsOptions = true;
     row.helpTopic = 9001;
@@ -128,6 +131,7 @@ constexpr DocumentTypeDescription results()
     row.inTasksGroup = row.inFoldersGroup = true;
     row.filter = "*.ars";
     row.typeCaption = "Assay Results";
+    row.documentIcon = "application-x-nebra-results";
     row.preview = PreviewKind::Page;
     row.followsOptions = true;
     row.helpTopic = 9002;

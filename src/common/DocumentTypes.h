@@ -92,6 +92,10 @@ struct DocumentTypeDescription
     const char* filter = "";
     bool filterAfterListing = false;
     const char* typeCaption = "";
+    // The picture of the type's documents in the list: the icon the package
+    // installs for the file manager ("application-x-nebra-protocol"); "" for
+    // the generic picture of a file.
+    const char* documentIcon = "";
 
     // The preview: what it shows, and whether it is shown without
     // instrument drivers in use (with drivers every type is previewed).

@@ -6,6 +6,7 @@
 #include "FolderTreeModel.h"
 #include "Messages.h"
 #include "RenameExtensionRule.h"
+#include "StyleIcons.h"
 #include "SuitePaths.h"
 #include "SuiteSettings.h"
 
@@ -61,6 +62,7 @@ void FileView::ShowFolder(const FolderNode& node)
     if (*type.typeCaption)
         m_currentDocumentTypeName = QLatin1String(type.typeCaption);
     if (type.listsFolder) {
+        m_list.setDocumentIcon(StyleIcons::document(QLatin1String(type.documentIcon)));
         m_listingComplete = false;
         m_list.setFolder(node.folderPath());
         if (type.filterAfterListing)

@@ -15,6 +15,7 @@
 #include <QHelpSearchResultWidget>
 #include <QLineEdit>
 #include <QSplitter>
+#include <QTabBar>
 #include <QTabWidget>
 #include <QToolBar>
 #include <QVBoxLayout>
@@ -36,6 +37,7 @@ HelpWindow::HelpWindow(std::unique_ptr<QHelpEngine> engine, SuiteSettings* setti
     m_browser = new HelpBrowser(*m_engine, this);
     m_navigation = new QTabWidget(this);
     m_navigation->setAccessibleName(QStringLiteral("Help navigation"));
+    m_navigation->tabBar()->setAccessibleName(QStringLiteral("Help navigation"));
     m_navigation->addTab(createContentsPane(), QStringLiteral("&Contents"));
     m_navigation->addTab(createIndexPane(), QStringLiteral("&Index"));
     m_navigation->addTab(createSearchPane(), QStringLiteral("&Search"));
@@ -106,6 +108,13 @@ QWidget* HelpWindow::createContentsPane()
     QHelpContentWidget* contents = m_engine->contentWidget();
     contents->setAccessibleName(QStringLiteral("Help contents"));
     connect(contents, &QHelpContentWidget::linkActivated, this, &HelpWindow::display);
+    // The arrow keys move through the contents and show each page, as a click does.
+    connect(contents->selectionModel(), &QItemSelectionModel::currentChanged, this,
+            [this](const QModelIndex& current) {
+                const QHelpContentItem* item = m_engine->contentModel()->contentItemAt(current);
+                if (item && m_browser->hasPage(item->url()) && m_browser->source() != item->url())
+                    m_browser->setSource(item->url());
+            });
     connect(m_engine->contentModel(), &QHelpContentModel::contentsCreated, this,
             [this] { followContents(m_browser->source()); });
     return contents;

@@ -128,6 +128,9 @@ void OptionsDialog::buildData()
                             QStringLiteral("lblRootDataPath"));
     m_txtParentDirectoryPath = named(new QLineEdit, QStringLiteral("txtParentDirectoryPath"), label->text());
     label->setBuddy(m_txtParentDirectoryPath);
+    // Room for a usual path in full, in the font the dialog is shown with.
+    m_txtParentDirectoryPath->setMinimumWidth(m_txtParentDirectoryPath->fontMetrics().averageCharWidth() *
+                                              60);
     m_browse =
         captioned(new QPushButton(QStringLiteral("&Browse...")), QStringLiteral("cmdBrowseParentDirectory"));
     m_browse->setAutoDefault(false);

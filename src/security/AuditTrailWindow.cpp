@@ -19,6 +19,7 @@
 #include <QTableView>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <optional>
 
 namespace nebra {
@@ -77,6 +78,16 @@ void AuditTrailWindow::createTable()
     m_table->horizontalHeader()->setStretchLastSection(true);
     m_table->horizontalHeader()->setSortIndicator(0, Qt::DescendingOrder); // newest first
     m_table->setSortingEnabled(true);
+    // Columns grow to show their entries in full (only the rows on screen are
+    // measured); the text, last, takes what is left.
+    connect(m_table->model(), &QAbstractItemModel::modelReset, m_table, [this] {
+        const QAbstractItemView* table = m_table;
+        QHeaderView* header = m_table->horizontalHeader();
+        for (int column = 0; column + 1 < header->count(); ++column)
+            header->resizeSection(
+                column, std::max(header->sectionSize(column), std::max(table->sizeHintForColumn(column),
+                                                                       header->sectionSizeHint(column))));
+    });
     m_status = new QLabel(this);
     m_status->setObjectName(QStringLiteral("lblStatus"));
     m_status->setAccessibleName(QStringLiteral("Status"));

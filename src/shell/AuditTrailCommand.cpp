@@ -6,6 +6,7 @@
 #include "Authorisation.h"
 #include "CommandDispatcher.h"
 #include "CommandSwitches.h"
+#include "Dialogs.h"
 #include "NebraSecurityManager.h"
 #include "SecurityAdministration.h"
 #include "SecuritySession.h"
@@ -113,6 +114,7 @@ void AuditTrailCommand::ShowAuditTrail()
     model->setParent(m_viewer);
     connect(model, &AuditTrailModel::readFailed, m_viewer, &AuditTrailWindow::showReadFailure);
     model->reload();
+    Dialogs::place(*m_viewer);
     m_viewer->show();
 }
 

@@ -3,6 +3,7 @@
 #include "BrowserControl.h"
 #include "DiagnosticLog.h"
 #include "FileListControl.h"
+#include "FileListFilterBox.h"
 #include "FolderTreeControl.h"
 #include "InstalledDrivers.h"
 #include "MainWindowControls.h"
@@ -28,6 +29,8 @@
 #include <QSplitter>
 #include <QStatusBar>
 #include <QTimer>
+
+#include <algorithm>
 
 namespace nebra {
 
@@ -126,6 +129,33 @@ void MainWindow::createPreviewArea(QSplitter* splitter)
     grid->addWidget(m_plateViewer, 0, 0);
     m_plateViewer->hide();
     m_plateViewer->raise();
+}
+
+// Tab moves through the panes in the order they are read: the folder tree,
+// the documents, the preview, the shortcuts bar (each group's button, and
+// the open group's items), then the documents' filter box, and round again.
+// From anywhere else (the tool bar) Tab moves as the widgets lie.
+bool MainWindow::focusNextPrevChild(bool next)
+{
+    QList<QWidget*> stops{m_folderTree->focusProxy(), m_fileList->focusProxy(),
+                          m_plateViewer->isVisible() ? static_cast<QWidget*>(m_plateViewer) : m_browser};
+    stops += m_shortcutsBar->keyboardStops();
+    stops.append(m_fileList->filterBox());
+    stops.removeAll(nullptr);
+    QWidget* const focus = QApplication::focusWidget();
+    const auto holds = [focus](const QWidget* stop) { return stop == focus || stop->isAncestorOf(focus); };
+    const qsizetype at = std::find_if(stops.cbegin(), stops.cend(), holds) - stops.cbegin();
+    if (!focus || at == stops.size())
+        return QMainWindow::focusNextPrevChild(next);
+    for (qsizetype step = 1; step < stops.size(); ++step) {
+        QWidget* stop = stops.at((at + (next ? step : stops.size() - step)) % stops.size());
+        if (stop->isVisible() && stop->isEnabled() &&
+            (stop->focusPolicy() & Qt::TabFocus || stop->focusProxy())) {
+            stop->setFocus(next ? Qt::TabFocusReason : Qt::BacktabFocusReason);
+            return true;
+        }
+    }
+    return true;
 }
 
 MainWindowControls MainWindow::controls() const

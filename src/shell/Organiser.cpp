@@ -200,6 +200,11 @@ void Organiser::connectControls()
             });
     // The root's page is the welcome page; it shows whenever the root is selected.
     connect(&tree, &FolderTreeControl::currentNodeChanged, m_preview, &PreviewPane::ShowRootPage);
+    connect(&tree, &FolderTreeControl::currentNodeChanged, this,
+            [&welcome = m_welcome](const FolderNode& node) {
+                if (node.level() != 0)
+                    welcome.forgetPendingCommands();
+            });
     m_fileView->connectEvents();
     m_fileView->setPreviewHandlers(
         [&preview = *m_preview](const FileListItem& item) {

@@ -95,6 +95,11 @@ void WelcomePage::WebBrowser1_CommandStateChange()
         call(m_actions.exit);
 }
 
+void WelcomePage::forgetPendingCommands()
+{
+    m_runProtocol = m_analyseData = m_createTemplate = m_exit = false;
+}
+
 void WelcomePage::ShowOrganiserSelectionError() const
 {
     // "Organizer" with a z in this one title, as it has always been written.

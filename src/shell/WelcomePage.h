@@ -43,7 +43,8 @@ struct WelcomeActions
 //                            these links to the page itself)
 //
 // Pending commands are performed once the page is complete, in the order
-// run-protocol, analyse-data, create-template, exit.
+// run-protocol, analyse-data, create-template, exit, and forgotten when the
+// page goes.
 class WelcomePage
 {
 public:
@@ -66,6 +67,9 @@ public:
     void WebBrowser1_CommandStateChange();
 
     void ShowOrganiserSelectionError() const;
+    // The page is no longer shown (the tree left the root): a click queued
+    // while it loaded must not act later on whatever is shown then.
+    void forgetPendingCommands();
 
     bool runProtocolPending() const { return m_runProtocol; }
     bool analyseDataPending() const { return m_analyseData; }

@@ -4,6 +4,7 @@
 #include "DiagnosticLog.h"
 #include "Dialogs.h"
 #include "Messages.h"
+#include "StyleIcons.h"
 #include "SuitePaths.h"
 #include "WizardHost.h"
 
@@ -107,7 +108,8 @@ void NewAssayProtocolDialog::LoadList()
     m_catalogue = m_host.ReadCatalogue();
     if (!m_catalogue.errorString().isEmpty())
         LogNote(m_catalogue.errorString());
-    const QIcon icon = style()->standardIcon(QStyle::SP_FileDialogNewFolder);
+    // Every wizard makes a protocol: its picture is the protocols' own.
+    const QIcon icon = StyleIcons::document(QStringLiteral("application-x-nebra-protocol"));
     bool genericFound = false;
     const WizardCollection& wizards = m_catalogue.Wizards();
     for (int i = 1; i <= wizards.Count(); ++i) {

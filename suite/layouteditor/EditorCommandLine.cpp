@@ -56,7 +56,7 @@ QString EditorCommandLine::usage()
     return QStringLiteral(
         "Usage: nebra-layout-editor [LAYOUT | \"layoutsfolder:FOLDER\" | --help | --version]\n"
         "Draws and edits microplate layouts (.mlo files).\n\n"
-        "  (nothing)                 a new, untitled layout\n"
+        "  (nothing)                 a new, untitled layout, saved in the suite's layouts folder\n"
         "  LAYOUT                    the layout file to edit (blanks need no quoting)\n"
         "  \"layoutsfolder:FOLDER\"    a new layout that can be saved only into FOLDER\n"
         "  --help                    this text\n"

@@ -231,10 +231,7 @@ bool LayoutEditorWindow::saveDocument()
 
 bool LayoutEditorWindow::saveDocumentAs()
 {
-    const QString folder = !m_document.folderRestriction().isEmpty() ? m_document.folderRestriction()
-                           : m_document.path().isEmpty()             ? QDir::homePath()
-                                                                     : QFileInfo(m_document.path()).path();
-    QFileDialog dialog(this, QStringLiteral("Save Layout As"), folder,
+    QFileDialog dialog(this, QStringLiteral("Save Layout As"), saveAsFolder(),
                        QStringLiteral("Microplate layouts (*.mlo)"));
     dialog.setAccessibleName(QStringLiteral("Save layout as"));
     dialog.setAcceptMode(QFileDialog::AcceptSave);
@@ -251,6 +248,18 @@ bool LayoutEditorWindow::saveDocumentAs()
     if (result == LayoutDocument::SaveResult::Failed)
         showError(error);
     return result == LayoutDocument::SaveResult::Saved;
+}
+
+QString LayoutEditorWindow::saveAsFolder() const
+{
+    if (!m_document.folderRestriction().isEmpty())
+        return m_document.folderRestriction();
+    if (!m_document.path().isEmpty())
+        return QFileInfo(m_document.path()).path();
+    // A layout saved anywhere else never shows up in the Organiser's list.
+    if (!m_startFolder.isEmpty() && QFileInfo(m_startFolder).isDir())
+        return m_startFolder;
+    return QDir::homePath();
 }
 
 bool LayoutEditorWindow::maybeSave()

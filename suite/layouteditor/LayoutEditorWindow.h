@@ -34,6 +34,12 @@ public:
     // Saves to the document's file, or asks for one; false when nothing was saved.
     bool saveDocument();
     bool saveDocumentAs();
+    // The folder "Save Layout As" opens in: the folder the document may only be
+    // saved to, else its own file's folder, else the start folder when it
+    // exists, else the home folder.
+    QString saveAsFolder() const;
+    // Where a new layout is saved by default (the suite's layouts folder).
+    void setStartFolder(const QString& folder) { m_startFolder = folder; }
     // True when there are no unsaved changes left (saved or discarded) and the caller may go on.
     bool maybeSave();
 
@@ -65,6 +71,7 @@ private:
     QScrollArea* m_scroll = nullptr;
     EditorPanel* m_panel = nullptr;
     QLabel* m_folderLabel = nullptr;
+    QString m_startFolder;
 };
 
 } // namespace nebra

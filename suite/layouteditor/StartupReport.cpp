@@ -34,7 +34,8 @@ void StartupReport::write(const LayoutEditorWindow& window, const LayoutDocument
                       QStringLiteral("path=") + document.path(),
                       QStringLiteral("wells=%1").arg(document.layout().wellCount()),
                       QStringLiteral("name=") + document.layout().name(),
-                      QStringLiteral("folder=") + document.folderRestriction()};
+                      QStringLiteral("folder=") + document.folderRestriction(),
+                      QStringLiteral("saveas=") + window.saveAsFolder()};
     for (const QString& message : std::as_const(m_messages))
         lines.append(QStringLiteral("message=") + message);
     QSaveFile file(m_path);

@@ -12,9 +12,9 @@ class LayoutEditorWindow;
 
 // A start-up check for installations and tests: when the environment names a
 // report file, the editor starts as usual, then writes what it opened (title,
-// wells, the folder it may save to, the messages it would have shown) into
-// that file and quits instead of waiting for a user. Without it, nothing
-// changes. Messages are recorded rather than shown while it is active.
+// wells, the folder it may save to, the folder "Save Layout As" opens in, the
+// messages it would have shown) into that file and quits instead of waiting
+// for a user. Without it, nothing changes. Messages are recorded rather than shown while it is active.
 class StartupReport
 {
 public:

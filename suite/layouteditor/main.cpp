@@ -5,7 +5,9 @@
 #include "LayoutDocument.h"
 #include "LayoutEditorWindow.h"
 #include "Messages.h"
+#include "SettingsStore.h"
 #include "StartupReport.h"
+#include "SuitePaths.h"
 
 #include <QApplication>
 #include <QTimer>
@@ -64,6 +66,14 @@ int main(int argc, char** argv)
     LayoutDocument document;
     const QString message = prepare(line, document);
     LayoutEditorWindow window(document);
+    {
+        // The Organiser lists layouts from the suite's layouts folder only, and
+        // starts a new layout without naming it outside a security session.
+        SettingsStore store;
+        SuitePaths paths(store);
+        paths.Initialise();
+        window.setStartFolder(paths.LayoutsFolder());
+    }
     window.show();
     if (!message.isEmpty())
         QTimer::singleShot(0, &window, [message, &window] {

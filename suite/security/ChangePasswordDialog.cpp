@@ -1,5 +1,6 @@
 #include "ChangePasswordDialog.h"
 
+#include "Dialogs.h"
 #include "SecretBytes.h"
 
 #include <QDialogButtonBox>
@@ -51,6 +52,7 @@ ChangePasswordDialog::ChangePasswordDialog(QWidget* owner, const QString& userNa
 
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
     buttons->setAccessibleName(QStringLiteral("Change password buttons"));
+    Dialogs::nameButtons(*buttons);
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
 

@@ -1,5 +1,6 @@
 #include "LogInDialog.h"
 
+#include "Dialogs.h"
 #include "SecretBytes.h"
 
 #include <QDialogButtonBox>
@@ -34,6 +35,7 @@ LogInDialog::LogInDialog(QWidget* owner) : QDialog(owner)
     form->addRow(QStringLiteral("&Password:"), m_password);
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
     buttons->setAccessibleName(QStringLiteral("Log in buttons"));
+    Dialogs::nameButtons(*buttons);
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
 

@@ -2,6 +2,7 @@
 #include "MessageRecorder.h"
 #include "OrganiserTree.h"
 #include "OrganiserWorld.h"
+#include "StyleIcons.h"
 
 #include <QTreeView>
 
@@ -83,6 +84,9 @@ private Q_SLOTS:
         QCOMPARE(o.list->sortColumn(), QStringLiteral("Date Modified"));
         QCOMPARE(o.previews, QStringList{QStringLiteral("show Newest.apr")});
         QCOMPARE(o.view.CurrentDocumentTypeName(), QStringLiteral("Assay Protocol"));
+        const qint64 plainPage = StyleIcons::icon(QStyle::SP_FileIcon).cacheKey();
+        const qint64 protocolPicture = o.list->documentIcon().cacheKey();
+        QVERIFY(protocolPicture != plainPage);
         QCOMPARE(o.commands(), QStringLiteral("111/111"));
         // Without a wizard to start, New cannot make a protocol.
         o.view.setCanCreateProtocol(false);
@@ -110,8 +114,11 @@ private Q_SLOTS:
             o.organiser.node(DocumentType::Reports)); // every file, with or without extension
         QCOMPARE(o.list->filter(), QStringLiteral("*.*"));
         QCOMPARE(o.list->itemCount(), 2);
+        QCOMPARE(o.list->documentIcon().cacheKey(), plainPage); // a report may be any kind of file
         o.tree->setCurrentNode(o.organiser.node(DocumentType::Results));
         QCOMPARE(o.view.CurrentDocumentTypeName(), QStringLiteral("Assay Results"));
+        QVERIFY(o.list->documentIcon().cacheKey() != plainPage);
+        QVERIFY(o.list->documentIcon().cacheKey() != protocolPicture);
         QCOMPARE(o.previews.last(), QStringLiteral("clear")); // an empty folder clears the preview
     }
 

@@ -7,6 +7,7 @@
 #include "UserFolders.h"
 
 #include <QAction>
+#include <QHelpContentWidget>
 #include <QHelpEngine>
 #include <QHelpIndexWidget>
 #include <QHelpSearchEngine>
@@ -123,6 +124,21 @@ private slots:
         filter->setText("Reports");
         QTest::keyClick(filter, Qt::Key_Return);
         QCOMPARE(window->browser().source(), HelpTopics::pageUrl(HelpTopics::Reports));
+    }
+
+    void theArrowKeysInTheContentsShowEachPage()
+    {
+        UserFolders folders;
+        const auto window = openWindow();
+        QVERIFY(window->showContents(HelpTopics::contentsUrl()));
+        QHelpContentWidget* contents = window->engine().contentWidget();
+        QTRY_VERIFY(contents->currentIndex().isValid());
+        contents->expandAll();
+        const QUrl first = window->browser().source();
+        QTest::keyClick(contents, Qt::Key_Down);
+        QVERIFY(window->browser().source() != first);
+        QCOMPARE(window->browser().source(),
+                 window->engine().contentModel()->contentItemAt(contents->currentIndex())->url());
     }
 
     // Size, place and text size come back in the next window.

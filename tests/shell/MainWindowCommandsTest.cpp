@@ -15,17 +15,6 @@
 using namespace nebra;
 using namespace nebra::test;
 
-namespace {
-// The help window on the screen, if any.
-HelpWindow* shownHelp()
-{
-    for (QWidget* window : QApplication::topLevelWidgets())
-        if (auto* help = qobject_cast<HelpWindow*>(window); help && help->isVisible())
-            return help;
-    return nullptr;
-}
-} // namespace
-
 // Receives the addresses the desktop would open.
 class AddressReceiver : public QObject
 {
@@ -80,11 +69,11 @@ private Q_SLOTS:
                 continue;
             const int boxes = messages.count();
             const int opened = addresses.opened;
-            if (HelpWindow* help = shownHelp())
+            if (HelpWindow* help = shownWindow<HelpWindow>())
                 help->close();
             action->trigger();
-            const bool seen =
-                messages.count() > boxes || addresses.opened > opened || shownHelp() || !window.isVisible();
+            const bool seen = messages.count() > boxes || addresses.opened > opened ||
+                              shownWindow<HelpWindow>() || !window.isVisible();
             QVERIFY2(seen, qPrintable(id + QStringLiteral(" is enabled but does nothing")));
         }
         QDesktopServices::unsetUrlHandler(QStringLiteral("https"));

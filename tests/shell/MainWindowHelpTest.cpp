@@ -15,20 +15,6 @@
 using namespace nebra;
 using namespace nebra::test;
 
-namespace {
-
-// The help window on the screen, if any.
-HelpWindow* shownHelp()
-{
-    for (QWidget* window : QApplication::topLevelWidgets()) {
-        if (auto* help = qobject_cast<HelpWindow*>(window); help && help->isVisible())
-            return help;
-    }
-    return nullptr;
-}
-
-} // namespace
-
 // Every help command of the loaded Organiser reaches its page in the help
 // window, and the window goes with the program.
 class MainWindowHelpTest : public QObject
@@ -63,7 +49,7 @@ private Q_SLOTS:
             QVERIFY(part<ToolBarsControl>(window).isToolEnabled(command));
             part<ToolBarsControl>(window).action(command)->trigger();
         }
-        HelpWindow* help = shownHelp();
+        HelpWindow* help = shownWindow<HelpWindow>();
         QVERIFY(help);
         QCOMPARE(help->browser().source(), HelpTopics::guideUrl(page));
         QCOMPARE(site.messages.count(), 0);
@@ -85,12 +71,12 @@ private Q_SLOTS:
         LoadedOrganiser site;
         MainWindow& window = site.load();
         part<ToolBarsControl>(window).action(QStringLiteral("ID_ContentsIndex"))->trigger();
-        QVERIFY(shownHelp());
+        QVERIFY(shownWindow<HelpWindow>());
         if (forcedLogOut)
             window.UnloadAllExceptMain();
         else
             window.close();
-        QVERIFY(!shownHelp());
+        QVERIFY(!shownWindow<HelpWindow>());
     }
 };
 

@@ -1,3 +1,4 @@
+#include "BrowserControl.h"
 #include "FileListControl.h"
 #include "FolderTreeControl.h"
 #include "FolderTreeModel.h"
@@ -39,6 +40,23 @@ private Q_SLOTS:
         QVERIFY(tree.isButtonEnabled(treeButton(CommandId::Run)));
         QVERIFY(tree.isButtonEnabled(FolderTreeControl::UpButton));
         QCOMPARE(site.messages.count(), 0);
+    }
+
+    // A welcome link that waits for the page is forgotten once the tree leaves the root.
+    void aQueuedWelcomeLinkDoesNotActOnAnotherFolder()
+    {
+        LoadedOrganiser site;
+        MainWindow& window = site.load();
+        FolderTreeControl& tree = part<FolderTreeControl>(window);
+        BrowserControl& browser = part<BrowserControl>(window);
+        bool cancel = false;
+        Q_EMIT browser.BeforeNavigate2(QUrl(QStringLiteral("organiser:\\Analyse data")), cancel);
+        QVERIFY(cancel);
+        tree.setCurrentNode(branch(tree, DocumentType::Protocols));
+        Q_EMIT browser.CommandStateChange();
+        QVERIFY(browser.WaitUntilComplete());
+        Q_EMIT browser.CommandStateChange();
+        QCOMPARE(tree.currentNode(), branch(tree, DocumentType::Protocols));
     }
 };
 

@@ -7,6 +7,7 @@
 #include "ToolDefinitions.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QObject>
 #include <QWidget>
 
@@ -57,6 +58,15 @@ inline QWidget& panes(const QObject& window)
     if (!found)
         qFatal("No panes");
     return *found;
+}
+
+// The shown top-level window of the type (the help, the audit trail viewer), if any.
+template <typename T> T* shownWindow()
+{
+    for (QWidget* window : QApplication::topLevelWidgets())
+        if (auto* found = qobject_cast<T*>(window); found && found->isVisible())
+            return found;
+    return nullptr;
 }
 
 // The key of the tree's button for a command.

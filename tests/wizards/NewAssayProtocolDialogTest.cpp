@@ -298,13 +298,6 @@ private Q_SLOTS:
         QVERIFY(!o.host.HasSharedState());
     }
 
-    void everyControlIsNamedForAccessibility()
-    {
-        Picker o;
-        NewAssayProtocolDialog& dialog = o.openDialog({"Generic"});
-        test::verifyAccessibleNames(dialog, 4, {o.browser()});
-    }
-
     // The picker opens through the dialog seam, previewed, and is gone afterwards.
     void showNewMakesAFreshPickerEachTime()
     {

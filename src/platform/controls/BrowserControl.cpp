@@ -33,6 +33,7 @@ BrowserControl::BrowserControl(QWidget* parent, EngineStart start) : QWidget(par
     layout->setContentsMargins(0, 0, 0, 0);
     setAcceptDrops(false);
     setAccessibleName(QStringLiteral("Preview pane"));
+    setFocusPolicy(Qt::StrongFocus); // Tab reaches the preview before its engine has started too
     if (start == EngineStart::Immediately)
         StartEngine();
 }
@@ -48,6 +49,7 @@ void BrowserControl::StartEngine()
         m_view));
     m_view->setAcceptDrops(false);
     m_view->setAccessibleName(QStringLiteral("Preview"));
+    setFocusProxy(m_view); // the keys reach the page when the preview is given the focus
     // No page runs a script of its own: none of the suite's pages needs one,
     // and a page from elsewhere (a welcome page of the user's choosing, a
     // document's preview) must not act by itself. Scripts of the program run

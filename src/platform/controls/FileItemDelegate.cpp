@@ -8,11 +8,14 @@ namespace nebra {
 
 void FileItemDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const
 {
-    QStyledItemDelegate::initStyleOption(option, index);
+    FocusVisibleDelegate::initStyleOption(option, index);
     if (index.column() != 0)
         return;
     const bool folder = index.data(FileListModel::IsFolderRole).toBool();
-    option->icon = StyleIcons::icon(folder ? QStyle::SP_DirIcon : QStyle::SP_FileIcon);
+    if (folder)
+        option->icon = StyleIcons::icon(QStyle::SP_DirIcon);
+    else
+        option->icon = m_documentIcon.isNull() ? StyleIcons::icon(QStyle::SP_FileIcon) : m_documentIcon;
     option->features |= QStyleOptionViewItem::HasDecoration;
 }
 

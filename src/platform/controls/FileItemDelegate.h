@@ -1,18 +1,26 @@
 #pragma once
 
-#include <QStyledItemDelegate>
+#include "FocusVisibleDelegate.h"
+
+#include <QIcon>
 
 namespace nebra {
 
-// Folder and file pictures in the file list's name column.
-class FileItemDelegate : public QStyledItemDelegate
+// Folder and file pictures in the file list's name column: a file shows the
+// picture of the listed type's documents, or a plain page without one.
+class FileItemDelegate : public FocusVisibleDelegate
 {
     Q_OBJECT
 public:
-    using QStyledItemDelegate::QStyledItemDelegate;
+    using FocusVisibleDelegate::FocusVisibleDelegate;
+    void setDocumentIcon(const QIcon& icon) { m_documentIcon = icon; }
+    QIcon documentIcon() const { return m_documentIcon; }
 
 protected:
     void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override;
+
+private:
+    QIcon m_documentIcon;
 };
 
 } // namespace nebra

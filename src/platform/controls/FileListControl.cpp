@@ -1,5 +1,6 @@
 #include "FileListControl.h"
 
+#include "FileItemDelegate.h"
 #include "FileListFilterBox.h"
 #include "FileListView.h"
 
@@ -52,6 +53,7 @@ FileListControl::FileListControl(QWidget* parent)
     setUpView();
     connectEvents();
     setAccessibleName(QStringLiteral("File list pane"));
+    setFocusProxy(m_view);
 }
 
 void FileListControl::connectEvents()
@@ -248,6 +250,17 @@ void FileListControl::addColumn(const QString& name)
 {
     m_model->addColumn(name);
     applyColumnVisibility();
+}
+
+void FileListControl::setDocumentIcon(const QIcon& icon)
+{
+    static_cast<FileItemDelegate*>(m_view->itemDelegate())->setDocumentIcon(icon);
+    m_view->viewport()->update();
+}
+
+QIcon FileListControl::documentIcon() const
+{
+    return static_cast<FileItemDelegate*>(m_view->itemDelegate())->documentIcon();
 }
 
 QStringList FileListControl::columns() const

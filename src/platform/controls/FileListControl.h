@@ -62,6 +62,9 @@ public:
     void setNameFilter(const QString& text);
     QString nameFilter() const;
     void setFilterBoxShown(bool shown);
+    // The picture of every file listed (the listed type's); a null icon: a plain page.
+    void setDocumentIcon(const QIcon& icon);
+    QIcon documentIcon() const;
     FileListFilterBox* filterBox() const { return m_filterBox; }
     // An action on the view's context menu, acting on the selected items.
     void addContextAction(QAction* action);

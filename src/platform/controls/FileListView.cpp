@@ -6,6 +6,8 @@
 #include <QHeaderView>
 #include <QLineEdit>
 
+#include <algorithm>
+
 namespace nebra {
 
 FileListView::FileListView(FileListModel* model, QWidget* parent) : QTreeView(parent)
@@ -26,9 +28,37 @@ FileListView::FileListView(FileListModel* model, QWidget* parent) : QTreeView(pa
     columns->setContextMenuPolicy(Qt::CustomContextMenu);
     columns->setAccessibleName(QStringLiteral("File list columns"));
     // Names are the longest; dates need room for the date and the time.
-    columns->resizeSection(0, 300);
+    columns->resizeSection(0, m_nameWidth);
+    connect(columns, &QHeaderView::sectionResized, this, [this](int column, int, int size) {
+        if (column == 0 && !m_fitting)
+            m_nameWidth = size; // the user's choice, kept when room comes back
+    });
     columns->resizeSection(model->columnOf(FileListModel::DateModifiedColumn),
                            fontMetrics().horizontalAdvance(QStringLiteral("00 MMM 0000 00:00")) + 32);
+}
+
+void FileListView::resizeEvent(QResizeEvent* event)
+{
+    QTreeView::resizeEvent(event);
+    fitColumns();
+}
+
+void FileListView::fitColumns()
+{
+    QHeaderView* columns = header();
+    const int last = columns->logicalIndex(columns->count() - 1);
+    int others = 0;
+    for (int column = 1; column < columns->count(); ++column) {
+        if (columns->isSectionHidden(column))
+            continue;
+        // The last column stretches over what is left, but not below its usual size.
+        others += column == last ? std::max(columns->sectionSizeHint(column), columns->defaultSectionSize())
+                                 : columns->sectionSize(column);
+    }
+    const int room = viewport()->width() - others;
+    m_fitting = true;
+    columns->resizeSection(0, std::max(columns->sectionSizeHint(0), std::min(m_nameWidth, room)));
+    m_fitting = false;
 }
 
 bool FileListView::edit(const QModelIndex& index, EditTrigger trigger, QEvent* event)

@@ -1,8 +1,10 @@
 #include "FolderTreeControl.h"
 
+#include "FocusVisibleDelegate.h"
 #include "FolderTreeModel.h"
 #include "StyleIcons.h"
 
+#include <QAction>
 #include <QHeaderView>
 #include <QLabel>
 #include <QMenu>
@@ -24,15 +26,15 @@ constexpr int HomeStyle = 7;
 
 // Draws a node from the model's display roles: bold caption, caption
 // colour and the picture of its display style.
-class FolderNodeDelegate : public QStyledItemDelegate
+class FolderNodeDelegate : public FocusVisibleDelegate
 {
 public:
-    using QStyledItemDelegate::QStyledItemDelegate;
+    using FocusVisibleDelegate::FocusVisibleDelegate;
 
 protected:
     void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override
     {
-        QStyledItemDelegate::initStyleOption(option, index);
+        FocusVisibleDelegate::initStyleOption(option, index);
         if (index.data(FolderTreeModel::BoldRole).toBool())
             option->font.setBold(true);
         const quint32 colour = index.data(FolderTreeModel::ColourRole).toUInt();
@@ -64,6 +66,9 @@ FolderTreeControl::FolderTreeControl(QWidget* parent)
     m_caption->setAccessibleName(QStringLiteral("Folder tree caption"));
     m_buttonBar->setAccessibleName(QStringLiteral("Folder tree buttons"));
     m_buttonBar->setToolButtonStyle(Qt::ToolButtonTextOnly);
+    // The buttons that do not fit a narrow pane fold into the bar's ">>"
+    // menu: the pane is not held wider than the documents beside it.
+    m_buttonBar->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
     m_view->setAccessibleName(QStringLiteral("Folder tree"));
     m_view->header()->hide();
     m_view->setUniformRowHeights(true);
@@ -73,6 +78,7 @@ FolderTreeControl::FolderTreeControl(QWidget* parent)
     m_view->setContextMenuPolicy(Qt::CustomContextMenu);
     m_view->setModel(m_model);
     setAccessibleName(QStringLiteral("Folder tree pane"));
+    setFocusProxy(m_view);
 
     connect(m_view->selectionModel(), &QItemSelectionModel::currentChanged, this,
             &FolderTreeControl::onCurrentChanged);
@@ -117,6 +123,19 @@ void FolderTreeControl::addButton(int key, const QString& caption)
     button->setAutoRaise(true);
     if (isBlank(caption))
         button->setEnabled(false);
+    // The tree's own navigation has the keys a file manager gives it.
+    const QKeySequence keys = key == BackButton      ? QKeySequence(QKeySequence::Back)
+                              : key == ForwardButton ? QKeySequence(QKeySequence::Forward)
+                              : key == UpButton      ? QKeySequence(Qt::ALT | Qt::Key_Up)
+                                                     : QKeySequence();
+    if (!keys.isEmpty()) {
+        // On the pane, not the button: a button folded into the bar's menu takes no keys.
+        auto* shortcut = new QAction(caption, this);
+        shortcut->setShortcut(keys);
+        connect(shortcut, &QAction::triggered, this, [this, key] { clickButton(key); });
+        addAction(shortcut);
+        button->setToolTip(QStringLiteral("%1 (%2)").arg(caption, keys.toString(QKeySequence::NativeText)));
+    }
     connect(button, &QToolButton::clicked, this, [this, key] { onButton(key); });
     m_buttonBar->addWidget(button);
     m_buttons.insert(key, button);

@@ -1,5 +1,8 @@
 #include "ShortcutsBar.h"
 
+#include "FocusVisibleDelegate.h"
+
+#include <QAbstractButton>
 #include <QListWidget>
 #include <QToolBox>
 #include <QVBoxLayout>
@@ -35,11 +38,18 @@ int ShortcutsBar::addGroup(const QString& caption)
     list->setAccessibleName(caption);
     list->setViewMode(QListView::ListMode);
     list->setIconSize(QSize(32, 32));
+    list->setItemDelegate(new FocusVisibleDelegate(list));
     connect(list, &QListWidget::itemActivated, this,
             [this](QListWidgetItem* item) { Q_EMIT itemClicked(item->data(KeyRole).toString()); });
     connect(list, &QListWidget::itemClicked, this,
             [this](QListWidgetItem* item) { Q_EMIT itemClicked(item->data(KeyRole).toString()); });
     m_toolBox->addItem(list, caption);
+    // The group buttons take no focus of their own: Tab must reach them, or
+    // only the open group's items could be reached without a mouse.
+    const QList<QAbstractButton*> buttons = m_toolBox->findChildren<QAbstractButton*>();
+    buttons.constLast()->setFocusPolicy(Qt::StrongFocus);
+    buttons.constLast()->setAccessibleName(caption);
+    m_groupButtons.append(buttons.constLast());
     m_groups.append(list);
     return int(m_groups.size()) - 1;
 }
@@ -102,6 +112,17 @@ QStringList ShortcutsBar::itemCaptions(int group) const
 QString ShortcutsBar::itemKey(int group, int item) const
 {
     return m_groups.at(group)->item(item)->data(KeyRole).toString();
+}
+
+QList<QWidget*> ShortcutsBar::keyboardStops() const
+{
+    QList<QWidget*> stops;
+    for (int group = 0; group < m_groups.size(); ++group) {
+        stops.append(m_groupButtons.at(group));
+        if (m_toolBox->currentIndex() == group)
+            stops.append(m_groups.at(group));
+    }
+    return stops;
 }
 
 bool ShortcutsBar::itemHasIcon(int group, int item) const

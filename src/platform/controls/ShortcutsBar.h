@@ -41,6 +41,9 @@ public:
     QStringList itemCaptions(int group) const;
     QString itemKey(int group, int item) const;
     bool itemHasIcon(int group, int item) const;
+    // What Tab stops at, in order: each group's button, and after the open
+    // group's button its items.
+    QList<QWidget*> keyboardStops() const;
 
 Q_SIGNALS:
     void itemClicked(const QString& key);
@@ -48,6 +51,7 @@ Q_SIGNALS:
 private:
     QToolBox* m_toolBox;
     QList<QListWidget*> m_groups;
+    QList<QWidget*> m_groupButtons;
     Mode m_mode = Mode::Shown;
 };
 

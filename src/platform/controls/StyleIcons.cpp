@@ -1,6 +1,7 @@
 #include "StyleIcons.h"
 
 #include <QApplication>
+#include <QFile>
 #include <QHash>
 #include <QPointer>
 
@@ -12,6 +13,7 @@ struct Made
 {
     QPointer<QStyle> by;
     QHash<int, QIcon> icons;
+    QHash<QString, QIcon> documents;
 };
 
 Made& made()
@@ -28,14 +30,36 @@ QIcon StyleIcons::icon(QStyle::StandardPixmap picture)
     QStyle* const style = QApplication::style();
     if (cache.by != style) { // the first time, or the application's style changed
         if (!cache.by)
-            qAddPostRoutine([] { made().icons.clear(); }); // no picture outlives the application
+            qAddPostRoutine([] { // no picture outlives the application
+                made().icons.clear();
+                made().documents.clear();
+            });
         cache.icons.clear();
+        cache.documents.clear();
         cache.by = style;
     }
     auto known = cache.icons.constFind(int(picture));
     if (known == cache.icons.cend())
         known = cache.icons.insert(int(picture), style->standardIcon(picture));
     return *known;
+}
+
+QIcon StyleIcons::document(const QString& name)
+{
+    icon(QStyle::SP_FileIcon); // the cache's first use
+    Made& cache = made();
+    auto known = cache.documents.constFind(name);
+    if (known != cache.documents.cend())
+        return *known;
+    QIcon picture;
+    for (int size : {16, 32, 64}) {
+        const QString file = QStringLiteral(":/document-icons/%1-%2.png").arg(name).arg(size);
+        if (QFile::exists(file))
+            picture.addFile(file, QSize(size, size));
+    }
+    if (picture.isNull())
+        picture = icon(QStyle::SP_FileIcon);
+    return *cache.documents.insert(name, picture);
 }
 
 QIcon StyleIcons::named(const QString& name)

@@ -17,6 +17,10 @@ public:
     // The style's picture for a freedesktop icon name: "user-home",
     // "drive-harddisk", "view-list-details"; any other name is a folder.
     static QIcon named(const QString& name);
+    // A document type's picture by its freedesktop icon name
+    // ("application-x-nebra-protocol"), the one installed for the file
+    // manager; the style's file picture for any other name.
+    static QIcon document(const QString& name);
 };
 
 } // namespace nebra

@@ -156,6 +156,8 @@ private Q_SLOTS:
         const auto report = waitForReport();
         QCOMPARE(report.value("path"), edit ? m_layout : QString());
         QCOMPARE(report.value("folder"), secured ? paths.LayoutsFolder() : QString());
+        // Where the Organiser lists it, whether or not the folder was handed over.
+        QCOMPARE(report.value("saveas"), edit ? QFileInfo(m_layout).path() : paths.LayoutsFolder());
         QCOMPARE(report.values("message"), QStringList());
     }
 };

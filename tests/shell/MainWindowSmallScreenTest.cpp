@@ -1,0 +1,131 @@
+#include "AuditTrailWindow.h"
+#include "FileListControl.h"
+#include "FolderTreeControl.h"
+#include "LoadedOrganiser.h"
+#include "MainWindow.h"
+#include "TestFiles.h"
+#include "WebEngineTestMain.h"
+#include "WindowParts.h"
+
+#include <QAbstractSpinBox>
+#include <QApplication>
+#include <QComboBox>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QScreen>
+#include <QTableView>
+#include <QTest>
+#include <QTreeView>
+
+using namespace nebra;
+using namespace nebra::test;
+
+namespace {
+
+// What is cut in a shown window: the window beyond the screen, a label
+// narrower than its text, a column beyond its view or narrower than its
+// caption and its entries on screen, a line editor narrower than its text.
+QStringList cutParts(const QWidget& window)
+{
+    QStringList cut;
+    const QRect screen = window.screen()->availableGeometry();
+    if (!screen.contains(window.frameGeometry()))
+        cut << QStringLiteral("the window %1 beyond the screen").arg(window.accessibleName());
+    for (const QLabel* label : window.findChildren<QLabel*>())
+        if (label->isVisibleTo(&window) && !label->wordWrap() && !label->text().isEmpty() &&
+            label->width() < label->sizeHint().width())
+            cut << QStringLiteral("the label \"%1\"").arg(label->text());
+    for (const QLineEdit* edit : window.findChildren<QLineEdit*>())
+        if (edit->isVisibleTo(&window) && !qobject_cast<const QAbstractSpinBox*>(edit->parentWidget()) &&
+            !qobject_cast<const QComboBox*>(edit->parentWidget()) &&
+            edit->width() < edit->fontMetrics().horizontalAdvance(edit->text()) + 12)
+            cut << QStringLiteral("the editor \"%1\"").arg(edit->accessibleName());
+    for (const QAbstractItemView* view : window.findChildren<QAbstractItemView*>()) {
+        const auto* table = qobject_cast<const QTableView*>(view);
+        const auto* tree = qobject_cast<const QTreeView*>(view);
+        QHeaderView* header = table ? table->horizontalHeader() : tree ? tree->header() : nullptr;
+        if (!header || !view->isVisibleTo(&window))
+            continue;
+        const int last = header->logicalIndex(header->count() - 1);
+        for (int column = 0; column < header->count(); ++column) {
+            if (header->isSectionHidden(column))
+                continue;
+            const int right = header->sectionViewportPosition(column) + header->sectionSize(column);
+            const int caption = header->isHidden() ? 0 : header->sectionSizeHint(column);
+            const int needed = std::max(view->sizeHintForColumn(column), caption);
+            // Names may be elided and the last column takes what is left; the others show their entries
+            // whole.
+            const bool whole = column != last && column != header->logicalIndex(0);
+            if (right > view->viewport()->width() || header->sectionSize(column) < (whole ? needed : caption))
+                cut << QStringLiteral("the column \"%1\" of %2 (%3 to %4 of %5)")
+                           .arg(view->model()->headerData(column, Qt::Horizontal).toString(),
+                                view->accessibleName())
+                           .arg(header->sectionViewportPosition(column))
+                           .arg(right)
+                           .arg(view->viewport()->width());
+        }
+    }
+    return cut;
+}
+
+void verifyNothingCut(QWidget& window)
+{
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    const QStringList cut = cutParts(window);
+    QVERIFY2(cut.isEmpty(), qPrintable(cut.join(QStringLiteral(", "))));
+}
+
+// A dialog fits, and opens centred on the window it belongs to.
+void verifyShownCentred(QDialog& dialog)
+{
+    dialog.show();
+    verifyNothingCut(dialog);
+    const QRect owner = dialog.parentWidget()->window()->frameGeometry();
+    if (owner.width() > dialog.frameGeometry().width() + 40)
+        QVERIFY((dialog.frameGeometry().center() - owner.center()).manhattanLength() < 40);
+}
+
+} // namespace
+
+// The windows a user meets first on a small screen or with large text (the
+// screen and the scale are the test's environment): everything fits.
+class MainWindowSmallScreenTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void everyWindowFitsItsContentAndTheScreen()
+    {
+        LoadedOrganiser site;
+        writeFile(site.doc(QStringLiteral("Protocols/Enzyme linked immunosorbent assay, plate 12.apr")));
+        site.secure({QStringLiteral("Security/ViewAuditTrail"),
+                     QStringLiteral("AuthorisationsGeneral/CreateProtocol")});
+        MainWindow& window = site.load();
+        FolderTreeControl& tree = part<FolderTreeControl>(window);
+        tree.setCurrentNode(branch(tree, DocumentType::Protocols));
+        verifyNothingCut(window);
+        // The documents, not the tree, take the room.
+        QVERIFY(part<FileListControl>(window).width() > tree.width());
+
+        QStringList dialogs;
+        const auto showThenCancel = [&dialogs](QDialog& dialog) {
+            verifyShownCentred(dialog);
+            dialogs << dialog.windowTitle();
+            dialog.hide();
+            return int(QDialog::Rejected);
+        };
+        site.dialogs.then(showThenCancel);
+        tool(window, CommandId::Options).trigger();
+        site.dialogs.then(showThenCancel);
+        tool(window, CommandId::New).trigger();
+        QCOMPARE(dialogs.size(), 2);
+
+        tool(window, CommandId::AuditTrail).trigger();
+        QTRY_VERIFY(shownWindow<AuditTrailWindow>());
+        verifyNothingCut(*shownWindow<AuditTrailWindow>());
+    }
+};
+
+NEBRA_WEBENGINE_TEST_MAIN(MainWindowSmallScreenTest)
+#include "MainWindowSmallScreenTest.moc"
