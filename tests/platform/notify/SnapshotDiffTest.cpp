@@ -1,4 +1,5 @@
 #include "SnapshotDiff.h"
+#include "ChangeLines.h"
 #include "FolderEntries.h"
 #include "FolderSnapshot.h"
 #include "SecondProcess.h"
@@ -12,22 +13,11 @@ using nebra::test::runScript;
 
 namespace {
 
-// "MKDIR <path>", "RENAMEFOLDER <old>|<new>": the changes as the rows write them.
 QStringList described(const std::vector<FolderChange>& changes, const QString& root)
 {
-    static const QHash<quint32, QString> kinds{
-        {ShellEvent::SHCNE_MKDIR, QStringLiteral("MKDIR")},
-        {ShellEvent::SHCNE_RMDIR, QStringLiteral("RMDIR")},
-        {ShellEvent::SHCNE_RENAMEFOLDER, QStringLiteral("RENAMEFOLDER")},
-        {ShellEvent::SHCNE_UPDATEITEM, QStringLiteral("UPDATEITEM")},
-        {ShellEvent::SHCNE_DELETE, QStringLiteral("DELETE")}};
     QStringList lines;
-    for (const FolderChange& change : changes) {
-        QString line = kinds.value(change.event) + QLatin1Char(' ') + change.path1;
-        if (!change.path2.isEmpty())
-            line += QLatin1Char('|') + change.path2;
-        lines << line.replace(root, QStringLiteral("$R"));
-    }
+    for (const FolderChange& change : changes)
+        lines << test::changeLine(change, root, QStringLiteral("$R"));
     return lines;
 }
 
