@@ -45,7 +45,7 @@ class FolderPoller : public QObject
 public:
     // Every how many tree polls the folders are all read again, however
     // unchanged their times (for servers that keep times in whole seconds).
-    static constexpr int FullReadEvery = 6;
+    static constexpr int FullReadEvery = 30;
 
     explicit FolderPoller(FolderReaders& readers, QObject* parent = nullptr);
     ~FolderPoller() override;

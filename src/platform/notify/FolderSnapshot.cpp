@@ -15,10 +15,10 @@ namespace nebra {
 
 namespace {
 
-FolderSnapshot::Folder folderOf(const char* name, const struct stat& st, bool link)
+FolderSnapshot::Folder folderOf(const QByteArray& name, const struct stat& st, bool link)
 {
     FolderSnapshot::Folder folder;
-    folder.name = QByteArray(name);
+    folder.name = name; // shared with the previous snapshot's, when it comes from there
     folder.inode = quint64(st.st_ino);
     folder.link = link;
     folder.listed = link; // nothing below a link is looked at
@@ -42,10 +42,10 @@ Look failed()
 }
 
 // The entry name of the open folder fd.
-Look lookAt(int fd, const char* name, FolderSnapshot::Folder& folder)
+Look lookAt(int fd, const QByteArray& name, FolderSnapshot::Folder& folder)
 {
     struct stat st = {};
-    if (::fstatat(fd, name, &st, AT_SYMLINK_NOFOLLOW) != 0)
+    if (::fstatat(fd, name.constData(), &st, AT_SYMLINK_NOFOLLOW) != 0)
         return failed();
     if (S_ISDIR(st.st_mode)) {
         folder = folderOf(name, st, false);
@@ -54,7 +54,7 @@ Look lookAt(int fd, const char* name, FolderSnapshot::Folder& folder)
     if (!S_ISLNK(st.st_mode))
         return Look::NotAFolder;
     const quint64 linkInode = quint64(st.st_ino);
-    if (::fstatat(fd, name, &st, 0) != 0 || !S_ISDIR(st.st_mode))
+    if (::fstatat(fd, name.constData(), &st, 0) != 0 || !S_ISDIR(st.st_mode))
         return Look::NotAFolder; // a broken link, or one to a file
     folder = folderOf(name, st, true);
     folder.inode = linkInode; // the link's own, which moves with it
@@ -91,7 +91,8 @@ FolderSnapshot FolderSnapshot::take(const QByteArray& root, const FolderSnapshot
             ::close(fd);
         return snapshot;
     }
-    snapshot.m_folders.push_back(folderOf("", st, false));
+    snapshot.m_folders.reserve(previous ? size_t(previous->count()) : 256);
+    snapshot.m_folders.push_back(folderOf(QByteArray(), st, false));
     Walk walk{previous && !previous->isEmpty() ? previous : nullptr, fullRead};
     snapshot.visit(walk, fd, 0, walk.previous ? 0 : -1);
     ::close(fd);
@@ -116,7 +117,7 @@ bool FolderSnapshot::listFromDisk(int fd, int index)
     const int error = readDirectoryEntries(fd, [&](const char* name, unsigned char type, quint64) {
         Folder child;
         if ((type == DT_DIR || type == DT_LNK || type == DT_UNKNOWN) &&
-            lookAt(fd, name, child) == Look::Folder)
+            lookAt(fd, QByteArray(name), child) == Look::Folder)
             children.push_back(std::move(child));
     });
     if (error != 0)
@@ -135,7 +136,7 @@ void FolderSnapshot::listFromPrevious(Walk& walk, int fd, int index, int previou
     for (int i = 0; i < before.childCount; ++i) {
         const Folder& old = walk.previous->folder(before.firstChild + i);
         Folder child;
-        const Look look = lookAt(fd, old.name.constData(), child);
+        const Look look = lookAt(fd, old.name, child);
         if (look == Look::Folder)
             children.push_back(std::move(child));
         else if (look == Look::Unknown)
@@ -146,8 +147,9 @@ void FolderSnapshot::listFromPrevious(Walk& walk, int fd, int index, int previou
 
 void FolderSnapshot::appendChildren(int index, std::vector<Folder>& children)
 {
-    std::sort(children.begin(), children.end(),
-              [](const Folder& a, const Folder& b) { return a.name < b.name; });
+    const auto byName = [](const Folder& a, const Folder& b) { return a.name < b.name; };
+    if (!std::is_sorted(children.begin(), children.end(), byName)) // those of the previous snapshot are
+        std::sort(children.begin(), children.end(), byName);
     Folder& folder = m_folders[size_t(index)];
     folder.firstChild = int(m_folders.size());
     folder.childCount = int(children.size());
