@@ -18,7 +18,6 @@
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
-#include <QSqlQuery>
 #include <QThread>
 
 #include <algorithm>
@@ -66,7 +65,7 @@ public:
     }
     void insert(qint64 seq, const QString& text)
     {
-        QSqlQuery q(m_connection.database());
+        ServerResult q;
         QString error;
         if (!m_connection.exec(q, QStringLiteral("INSERT INTO bare_trail VALUES (?, ?, ?, ?, ?, ?, ?)"),
                                {seq, QStringLiteral("2026-04-02T10:11:12.345Z"), QStringLiteral("jsmith"),
@@ -162,7 +161,7 @@ int main(int argc, char** argv)
     {
         const std::unique_ptr<ServerConnection> owner = connect(server.superuser());
         QString error;
-        if (!ServerAdministration(*owner, QStringLiteral("bench"), QStringLiteral("pc"))
+        if (!ServerAdministration(*owner, QStringLiteral("pc"))
                  .addUser(QStringLiteral("jsmith"), {}, SecretBytes("correct horse"), &error))
             qFatal("%s", qPrintable(error));
         const std::unique_ptr<ServerConnection> client = connect(server.client());
@@ -176,9 +175,7 @@ int main(int argc, char** argv)
         std::printf("%d writer(s): %.0f entries/s\n", writers,
                     appendsPerSecond(server.client(), writers, seconds));
     const std::unique_ptr<ServerConnection> owner = connect(server.superuser());
-    std::printf(
-        "verify: %s\n",
-        qPrintable(
-            ServerAdministration(*owner, QStringLiteral("bench"), QStringLiteral("pc")).verify().message));
+    std::printf("verify: %s\n",
+                qPrintable(ServerAdministration(*owner, QStringLiteral("pc")).verify().message));
     return 0;
 }

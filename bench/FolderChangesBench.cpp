@@ -111,7 +111,7 @@ struct World
         const FolderNode data = model.addNode(top, QStringLiteral("data"));
         data.setFolderPath(root);
         model.beginUpdate();
-        branches.AddSubFolderNodes(root, data, FolderKind::Results);
+        branches.AddSubFolderNodes(root, data, DocumentType::Results);
         model.endUpdate();
         NotificationTargets targets;
         targets.IsThisFolderANebraFolder = [this](const QString& p) {

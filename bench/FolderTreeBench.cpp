@@ -149,7 +149,7 @@ double organiserBuild(const QString& results, int& nodes)
     branch.setDisplayFlagA(true);
     FolderBranches(control.nodes(), [] {
         return 0xff000000u;
-    }).AddSubFolderNodes(results, branch, FolderKind::Results);
+    }).AddSubFolderNodes(results, branch, DocumentType::Results);
     control.endUpdate();
     control.grab(); // lays out and paints the visible rows
     nodes = control.count() - 1;
@@ -302,7 +302,7 @@ void run(const QString& work, int folders, int rounds)
         const FolderNode branch = model.addNode(QStringLiteral("Results"));
         branch.setFolderPath(results);
         model.beginUpdate();
-        FolderBranches(model, [] { return 0u; }).AddSubFolderNodes(results, branch, FolderKind::Results);
+        FolderBranches(model, [] { return 0u; }).AddSubFolderNodes(results, branch, DocumentType::Results);
         model.endUpdate();
         const size_t after = heapInUse();
         std::printf("  node store: %.0f bytes per folder node\n",

@@ -24,7 +24,7 @@ void paint(QTextBrowser& browser)
     browser.viewport()->repaint();
 }
 
-// F1 with the given folder kind selected, until the page is painted.
+// F1 with a folder of the given document type selected, until the page is painted.
 double contextHelp(HelpSystem& help, HelpWindow*& window)
 {
     QElapsedTimer timer;
@@ -54,7 +54,7 @@ int main(int argc, char** argv)
     QApplication app(argc, argv);
     const int runs = argc > 1 ? std::max(1, std::atoi(argv[1])) : 15;
     const QString pages = QStringLiteral(NEBRA_HELP_PAGES);
-    int kind = 5; // Reports, then the other kinds in turn
+    int type = 5; // Reports, then the other document types in turn
     bench::Samples first, later, bare;
     for (int i = 0; i < runs; ++i) {
         HelpWindow* window = nullptr;
@@ -64,10 +64,10 @@ int main(int argc, char** argv)
             return made;
         });
         help.setHelpFilePath(HelpSystem::defaultHelpFile());
-        help.setContextHooks([] {}, [&kind] { return kind; });
+        help.setSelectedDocumentType([&type] { return type; });
         first.ms << contextHelp(help, window);
         for (int k = 0; k < 6; ++k) {
-            kind = (kind + 1) % 6;
+            type = (type + 1) % 6;
             later.ms << contextHelp(help, window);
         }
         bare.ms << bareShow(pages + QStringLiteral("/reports.html"));

@@ -90,7 +90,7 @@ int main(int argc, char** argv)
     host.resize(900, 600);
     host.show();
     int type = 3;
-    PreviewPane pane(*browser, *viewer, paths, {[&type] { return folderKindFromData(type); }, {}});
+    PreviewPane pane(*browser, *viewer, paths, {[&type] { return documentTypeFromData(type); }, {}});
     QWebEngineView bare;
     bare.resize(900, 600);
     bare.show();

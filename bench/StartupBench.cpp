@@ -88,7 +88,7 @@ int organiser()
     if (window.Load() != nebra::MainWindow::LoadOutcome::Loaded)
         return 1;
     const long long loaded = monotonicNs();
-    nebra::BrowserControl& browser = *window.browser();
+    auto& browser = *window.findChild<nebra::BrowserControl*>();
     runUntil([&] { return paint.at != 0 && browser.ReadyState() == nebra::BrowserControl::Complete; });
     std::printf("%lld %lld %s %lld %lld %lld\n", paint.at, monotonicNs(),
                 browser.LocationURL().toEncoded().constData(), made, loaded, paint.cpu);

@@ -86,10 +86,15 @@ done
 kill -0 "$organiser" 2>/dev/null || fail "the Organiser ended after start-up: $(cat "$work/organiser.log")"
 echo "The installed Organiser is running, has copied the example assays and read the driver catalogue."
 
-# The site's policy file goes to a folder of the check's own: one in /etc/xdg
-# would secure every later run of the suite on this machine, its tests too.
-XDG_CONFIG_DIRS="$work/xdg" nebra-secadmin --database "$work/Security.db" create || fail "nebra-secadmin create"
-XDG_CONFIG_DIRS="$work/xdg" nebra-secadmin --database "$work/Security.db" verify || fail "nebra-secadmin verify"
-[ ! -e /etc/xdg/Nebra/Suite.ini ] || fail "nebra-secadmin create wrote /etc/xdg/Nebra/Suite.ini"
+# create writes the site's policy to /etc/xdg/Nebra/Suite.ini and nowhere else. One there would
+# secure every later run of the suite on this machine, its tests too, so a folder of the check's own
+# is bound over /etc/xdg in a mount namespace of the check's own.
+mkdir -p "$work/xdg"
+unshare -m --propagation private sh -c 'mount --bind "$1/xdg" /etc/xdg &&
+    nebra-secadmin --database "$1/Security.db" create && nebra-secadmin --database "$1/Security.db" verify &&
+    test -f /etc/xdg/Nebra/Suite.ini' sh "$work" ||
+  fail "nebra-secadmin create and verify, with /etc/xdg of their own (unshare -m)"
+[ -f "$work/xdg/Nebra/Suite.ini" ] || fail "nebra-secadmin create did not write the policy to /etc/xdg/Nebra/Suite.ini"
+[ ! -e /etc/xdg/Nebra/Suite.ini ] || fail "nebra-secadmin create wrote the machine's /etc/xdg/Nebra/Suite.ini"
 man -w NMain5 >/dev/null && man -w 8 nebra-secadmin >/dev/null || fail "the manual pages are not found by man"
 echo "The installed package works."

@@ -1,12 +1,13 @@
 #!/usr/bin/env bash
-# Builds the Organiser and the suite's layout editor (built beside NMain5, where
-# the Organiser looks for it when no LayoutEditorPath is set), installs the
-# example assays where the program looks for them, and starts it. Without a
-# display it runs under Xvfb and says so.
+# Builds the Organiser and what it starts from the build tree (the suite's
+# layout editor, built beside NMain5 where the Organiser looks for it when no
+# LayoutEditorPath is set, the wizard plug-ins and the help), but not the
+# tests and benchmarks; installs the example assays where the program looks
+# for them, and starts it. Without a display it runs under Xvfb and says so.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 build=${BUILD_DIR:-$root/build}
-"$root/scripts/build.sh"
+"$root/scripts/build.sh" --target nebra_programs
 "$root/scripts/install-examples.sh"
 
 # QtWebEngine refuses to start as root with its sandbox on.

@@ -7,81 +7,19 @@
 
 namespace nebra {
 
-DocumentCommands::DocumentCommands(FolderTreeControl& tree, std::function<void()> resetTimeOut)
-    : m_tree(tree), m_resetTimeOut(std::move(resetTimeOut))
+DocumentCommands::DocumentCommands(FolderTreeControl& tree, DocumentLauncher& launcher)
+    : m_tree(tree), m_launcher(launcher)
 {
 }
 
-void DocumentCommands::PerformDocumentCommand(DocumentCommand command)
+void DocumentCommands::PerformDocumentCommand(CommandId command)
 {
-    if (m_resetTimeOut)
-        m_resetTimeOut();
-    const FolderKind type = folderKindFromData(m_tree.currentNode().data());
-    switch (command) {
-    case DocumentCommand::New:
-        performNew(type);
-        break;
-    case DocumentCommand::Open:
-        performOpen(type);
-        break;
-    case DocumentCommand::Run:
-        if (type == FolderKind::Protocols && m_launcher)
-            m_launcher->RunProtocol();
-        break;
-    case DocumentCommand::Help:
-        if (const int topic = DocumentTypes::helpContextId(type); topic != 0 && m_help)
-            m_help(topic);
-        break;
-    }
-    if (m_resetTimeOut)
-        m_resetTimeOut();
-}
-
-void DocumentCommands::performNew(FolderKind type)
-{
-    // Read configurations and layouts are made only in their primary
-    // folder; protocols anywhere in their branch.
-    switch (type) {
-    case FolderKind::ReadConfigurations:
-        if (EnsurePrimaryFolderSelected() && m_launcher)
-            m_launcher->CreateReadConfiguration();
-        break;
-    case FolderKind::Layouts:
-        if (EnsurePrimaryFolderSelected() && m_launcher)
-            m_launcher->CreateLayout();
-        break;
-    case FolderKind::Protocols:
-        if (m_launcher)
-            m_launcher->CreateProtocol();
-        break;
-    default:
-        break;
-    }
-}
-
-void DocumentCommands::performOpen(FolderKind type)
-{
-    if (!m_launcher)
+    const DocumentCommandEntry* entry = DocumentTypes::of(m_tree.currentNode().data()).command(command);
+    if (!entry || entry->launch.starts == DocumentLaunch::Starts::Nothing)
         return;
-    switch (type) {
-    case FolderKind::ReadConfigurations:
-        m_launcher->OpenReadConfiguration();
-        break;
-    case FolderKind::Layouts:
-        m_launcher->EditLayout();
-        break;
-    case FolderKind::Protocols:
-        m_launcher->OpenProtocol();
-        break;
-    case FolderKind::Results:
-        m_launcher->OpenResults();
-        break;
-    case FolderKind::Reports:
-        m_launcher->OpenReport();
-        break;
-    default:
-        break;
-    }
+    if (entry->primaryFolderOnly && !EnsurePrimaryFolderSelected())
+        return;
+    m_launcher.Launch(entry->launch);
 }
 
 bool DocumentCommands::EnsurePrimaryFolderSelected()

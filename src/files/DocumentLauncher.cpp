@@ -11,15 +11,18 @@ DocumentLauncher::DocumentLauncher(const SuitePaths& paths, LaunchContext contex
 {
 }
 
-bool DocumentLauncher::allowedAndAudited(const QString& operation, const QString& entry)
+namespace {
+const DocumentTypeDescription& typeOf(DocumentType type)
 {
-    if (!m_context.canPerform || !m_context.canPerform(operation))
-        return false;
-    return audited(entry);
+    return DocumentTypes::of(type);
 }
+} // namespace
 
-bool DocumentLauncher::audited(const QString& entry)
+// A launch without an operation is recorded but never checked.
+bool DocumentLauncher::allowedAndAudited(const DocumentLaunch& launch, const QString& entry)
 {
+    if (launch.operation && (!m_context.canPerform || !m_context.canPerform(QLatin1String(launch.operation))))
+        return false;
     return !m_context.audit || m_context.audit(entry);
 }
 
@@ -28,16 +31,45 @@ QString DocumentLauncher::selectedPath() const
     return m_context.selectedDocumentPath ? m_context.selectedDocumentPath() : QString();
 }
 
-void DocumentLauncher::launch(const Launch& launch)
+bool DocumentLauncher::CanLaunch(const DocumentLaunch& launch) const
 {
-    const bool withDocument = launch.argumentPrefix != nullptr;
-    const QString document = withDocument ? selectedPath() : QString();
-    const QString entry = QLatin1String(launch.auditText) + document;
-    if (!allowedAndAudited(QLatin1String(launch.operation), entry))
+    return launch.starts != DocumentLaunch::Starts::NewProtocolWizard ||
+           bool(m_context.startNewProtocolWizard);
+}
+
+void DocumentLauncher::Launch(const DocumentLaunch& launch)
+{
+    // No entry is written for an operation that cannot then be carried out.
+    if (launch.starts == DocumentLaunch::Starts::Nothing || !CanLaunch(launch))
         return;
+    const QString document = launch.documentPrefix ? selectedPath() : QString();
+    if (!allowedAndAudited(launch, QLatin1String(launch.auditText) + document))
+        return;
+    switch (launch.starts) {
+    case DocumentLaunch::Starts::NewProtocolWizard:
+        m_context.startNewProtocolWizard();
+        break;
+    case DocumentLaunch::Starts::FileOpener:
+        if (start(CommandLine::Opener(QLatin1String(ReportOpener), document), QString()))
+            noteUsed(document);
+        break;
+    default:
+        startProgram(launch, document);
+        break;
+    }
+}
+
+void DocumentLauncher::startProgram(const DocumentLaunch& launch, const QString& document)
+{
     QString program = (m_paths.*launch.program)();
-    QString arguments = withDocument ? QLatin1String(launch.argumentPrefix) + document : QString();
-    if (LaunchApplication(program, arguments, QLatin1String(launch.setting)) && withDocument)
+    QString arguments;
+    if (launch.documentPrefix) {
+        arguments = QLatin1String(launch.documentPrefix) + document;
+    } else if (launch.layoutsFolderWhenSecured && m_context.securityEnabled && m_context.securityEnabled()) {
+        // Only a secured layout editor is told where the layouts live.
+        arguments = QStringLiteral("\"layoutsfolder:") + m_paths.LayoutsFolder() + QLatin1Char('"');
+    }
+    if (LaunchApplication(program, arguments, QLatin1String(launch.programSetting)) && launch.documentPrefix)
         noteUsed(document);
 }
 
@@ -49,77 +81,56 @@ void DocumentLauncher::noteUsed(const QString& document)
 
 void DocumentLauncher::CreateProtocol()
 {
-    // No entry is written for an operation that cannot then be carried out.
-    if (!m_context.startNewProtocolWizard)
-        return;
-    if (!allowedAndAudited(QStringLiteral("CreateProtocol"), QStringLiteral("Create new protocol")))
-        return;
-    m_context.startNewProtocolWizard();
+    Launch(typeOf(DocumentType::Protocols).newCommand.launch);
 }
 
 void DocumentLauncher::CreateLayout()
 {
-    if (!allowedAndAudited(QStringLiteral("CreateLayout"), QStringLiteral("Create new layout template")))
-        return;
-    QString program = m_paths.LayoutEditorPath();
-    // Only a secured layout editor is told where the layouts live.
-    const bool secured = m_context.securityEnabled && m_context.securityEnabled();
-    QString arguments =
-        secured ? QStringLiteral("\"layoutsfolder:") + m_paths.LayoutsFolder() + QLatin1Char('"') : QString();
-    LaunchApplication(program, arguments, QStringLiteral("LayoutEditorPath"));
+    Launch(typeOf(DocumentType::Layouts).newCommand.launch);
 }
 
 void DocumentLauncher::CreateReadConfiguration()
 {
-    launch({"CreateReadConfiguration", "Create new read configuration",
-            &SuitePaths::ReadConfigurationEditorPath, "ReadConfigurationEditorPath", nullptr});
+    Launch(typeOf(DocumentType::ReadConfigurations).newCommand.launch);
 }
 
 void DocumentLauncher::EditLayout()
 {
-    launch({"EditLayout", "Edit layout: ", &SuitePaths::LayoutEditorPath, "LayoutEditorPath", ""});
+    Launch(typeOf(DocumentType::Layouts).openCommand.launch);
 }
 
 void DocumentLauncher::OpenResults()
 {
-    launch({"OpenResults", "Open results: ", &SuitePaths::AssayApplicationPath, "AssayApplicationPath", ""});
+    Launch(typeOf(DocumentType::Results).openCommand.launch);
 }
 
 void DocumentLauncher::OpenProtocol()
 {
-    launch({"OpenProtocol", "Open protocol for edit: ", &SuitePaths::AssayApplicationPath,
-            "AssayApplicationPath", "/edit "});
+    Launch(typeOf(DocumentType::Protocols).openCommand.launch);
 }
 
 void DocumentLauncher::OpenReadConfiguration()
 {
-    launch({"OpenReadConfiguration", "Open read configuration: ", &SuitePaths::ReadConfigurationEditorPath,
-            "ReadConfigurationEditorPath", ""});
+    Launch(typeOf(DocumentType::ReadConfigurations).openCommand.launch);
 }
 
 void DocumentLauncher::RunProtocol()
 {
-    launch({"RunProtocol", "Run protocol: ", &SuitePaths::AssayApplicationPath, "AssayApplicationPath", ""});
+    Launch(typeOf(DocumentType::Protocols).runCommand.launch);
 }
 
 void DocumentLauncher::OpenReport()
 {
-    const QString document = selectedPath();
-    // Reports are recorded but never checked.
-    if (!audited(QStringLiteral("Open report: ") + document))
-        return;
-    if (start(CommandLine::Opener(QLatin1String(ReportOpener), document), QString()))
-        noteUsed(document);
+    Launch(typeOf(DocumentType::Reports).openCommand.launch);
 }
 
-void DocumentLauncher::OpenNewProtocol(const QString& path)
+void DocumentLauncher::OpenNewProtocol(const QStringList& files)
 {
     // The window state and activation of the original start have no
     // counterpart for a detached process on Linux; the desktop brings a newly
     // started program's window to the front itself.
-    if (start(CommandLine::Unquoted(m_paths.AssayApplicationPath(), path),
-              QStringLiteral("AssayApplicationPath")))
-        noteUsed(path);
+    start(CommandLine::Unquoted(m_paths.AssayApplicationPath(), files.join(QStringLiteral("; "))),
+          QStringLiteral("AssayApplicationPath"));
 }
 
 bool DocumentLauncher::LaunchApplication(QString& programPath, QString& arguments, const QString& settingName)

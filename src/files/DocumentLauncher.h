@@ -1,47 +1,45 @@
 #pragma once
 
 #include "CommandLine.h"
+#include "DocumentTypes.h"
 #include "LaunchContext.h"
 
 #include <QString>
+#include <QStringList>
 
 namespace nebra {
 
 class SuitePaths;
 
-// Starts the suite's programs on documents. Each launch procedure, in this
-// order and stopping at the first step that fails: asks the security layer
-// for its operation; writes its audit entry (texts ending in ": " are
-// followed by the selected document's full path), and goes no further when
-// the entry could not be written; reads the program's path
-// from SuitePaths afresh; builds the arguments and calls LaunchApplication.
+// Starts the suite's programs on documents, as the document type table's
+// launches say (DocumentLaunch). Each launch, in this order and stopping at
+// the first step that fails: asks the security layer for its operation (a
+// launch without one is recorded but never checked); writes its audit entry
+// (texts ending in ": " are followed by the selected document's full path),
+// and goes no further when the entry could not be written; reads the
+// program's path from SuitePaths afresh; builds the arguments and calls
+// LaunchApplication. The document path is never quoted, even with blanks in
+// it. A program that cannot be started is reported in a message box naming
+// its setting and path; the audit entry written before stays, and the
+// Organiser goes on. A document whose program was started is passed to the
+// documentUsed hook.
 //
-//   procedure                operation / audit text                    program, arguments
-//   CreateProtocol           "CreateProtocol" / "Create new protocol"  the new-protocol wizard
-//   CreateLayout             "CreateLayout" / "Create new layout template"
-//                                         LayoutEditorPath, "\"layoutsfolder:<LayoutsFolder>\"" in a
-//                                         security session, otherwise none
-//   CreateReadConfiguration  "CreateReadConfiguration" / "Create new read configuration"
-//                                         ReadConfigurationEditorPath, none
-//   EditLayout               "EditLayout" / "Edit layout: "            LayoutEditorPath, path
-//   OpenResults              "OpenResults" / "Open results: "          AssayApplicationPath, path
-//   OpenProtocol             "OpenProtocol" / "Open protocol for edit: "
-//                                         AssayApplicationPath, "/edit " + path
-//   OpenReadConfiguration    "OpenReadConfiguration" / "Open read configuration: "
-//                                         ReadConfigurationEditorPath, path
-//   RunProtocol              "RunProtocol" / "Run protocol: "          AssayApplicationPath, path
-//
-// The document path is never quoted, even with blanks in it. A program that
-// cannot be started is reported in a message box naming its setting and
-// path; the audit entry written before stays, and the Organiser goes on.
-// A document whose program was started is passed to the documentUsed hook.
+// The named procedures are the launches of the table's rows:
+//   CreateProtocol, OpenProtocol, RunProtocol   protocols' New, Open, Run
+//   CreateLayout, EditLayout                    layouts' New, Open
+//   CreateReadConfiguration, OpenReadConfiguration  read configurations' New, Open
+//   OpenResults                                 results' Open
+//   OpenReport                                  reports' Open: the desktop's opener (xdg-open)
 class DocumentLauncher
 {
 public:
     DocumentLauncher(const SuitePaths& paths, LaunchContext context);
 
-    // False while there is no new-protocol wizard to start.
-    bool CanCreateProtocol() const { return bool(m_context.startNewProtocolWizard); }
+    // Carries out a launch of the document type table; Starts::Nothing does nothing.
+    void Launch(const DocumentLaunch& launch);
+    // False for a launch that cannot be carried out: the new-protocol wizard while there is none.
+    bool CanLaunch(const DocumentLaunch& launch) const;
+
     void CreateProtocol();
     void CreateLayout();
     void CreateReadConfiguration();
@@ -51,14 +49,12 @@ public:
     void OpenReadConfiguration();
     void RunProtocol();
 
-    // Open on a report: no permission is asked; the audit entry
-    // "Open report: " + path is written and, once it is, the desktop's opener (xdg-open)
-    // is started with the path as its one argument.
     void OpenReport();
 
-    // Opens a protocol that the new-protocol wizard has just written: the
-    // assay application with the path, neither quoted, without check or audit.
-    void OpenNewProtocol(const QString& path);
+    // Opens what the new-protocol wizard has just written: the assay
+    // application with the files joined by "; ", neither quoted, without check
+    // or audit. The wizard's run has already counted the files as used.
+    void OpenNewProtocol(const QStringList& files);
 
     // Quotes programPath in place (see CommandLine::QuoteProgramPath), builds
     // the command line and starts it detached. settingName names where the
@@ -73,18 +69,8 @@ public:
     static constexpr const char* ReportOpener = "xdg-open";
 
 private:
-    using ProgramPath = QString (SuitePaths::*)() const;
-    struct Launch
-    {
-        const char* operation;
-        const char* auditText;
-        ProgramPath program;
-        const char* setting;
-        const char* argumentPrefix; // nullptr: no document argument
-    };
-    void launch(const Launch& launch);
-    bool allowedAndAudited(const QString& operation, const QString& entry);
-    bool audited(const QString& entry);
+    bool allowedAndAudited(const DocumentLaunch& launch, const QString& entry);
+    void startProgram(const DocumentLaunch& launch, const QString& document);
     QString selectedPath() const;
     bool start(const CommandLine& line, const QString& settingName);
     void noteUsed(const QString& document);

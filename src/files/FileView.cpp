@@ -1,15 +1,15 @@
 #include "FileView.h"
 
-#include "DocumentCommand.h"
-#include "DocumentTypes.h"
+#include "CommandSwitches.h"
 #include "FileListControl.h"
 #include "FolderTreeControl.h"
+#include "FolderTreeModel.h"
 #include "Messages.h"
 #include "RenameExtensionRule.h"
 #include "SuitePaths.h"
 #include "SuiteSettings.h"
-#include "ToolBarsControl.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
@@ -17,14 +17,13 @@ namespace nebra {
 
 namespace {
 const QString DateModifiedColumn = QStringLiteral("Date Modified");
-const QString AllFiles = QStringLiteral("*.*");
 } // namespace
 
-FileView::FileView(FolderTreeControl& tree, FileListControl& list, ToolBarsControl& tools,
+FileView::FileView(FolderTreeControl& tree, FileListControl& list, CommandSwitches& commands,
                    const SuiteSettings& settings, const SuitePaths& paths, bool instrumentDriversInUse,
-                   std::function<void()> resetTimeOut, SortByColumnTimer::Clock clock, QObject* parent)
-    : QObject(parent), m_tree(tree), m_list(list), m_tools(tools), m_settings(settings), m_paths(paths),
-      m_instrumentDriversInUse(instrumentDriversInUse), m_resetTimeOut(std::move(resetTimeOut)),
+                   SortByColumnTimer::Clock clock, QObject* parent)
+    : QObject(parent), m_tree(tree), m_list(list), m_commands(commands), m_settings(settings), m_paths(paths),
+      m_instrumentDriversInUse(instrumentDriversInUse),
       m_sortTimer([this] { showSelectionAfterSort(); }, std::move(clock))
 {
 }
@@ -48,24 +47,24 @@ void FileView::setPreviewHandlers(ShowPreview show, ClearPreview clear)
     m_clearPreview = std::move(clear);
 }
 
-FolderKind FileView::selectedType() const
+const DocumentTypeDescription& FileView::selectedType() const
 {
-    return folderKindFromData(m_tree.currentNode().data());
+    return DocumentTypes::of(m_tree.currentNode().data());
 }
 
 void FileView::ShowFolder(const FolderNode& node)
 {
-    const FolderKind type = folderKindFromData(node.data());
-    // The reports' filter is set once the folder is listed.
-    if (isDocumentFolder(type) && type != FolderKind::Reports)
-        m_list.setFilter(DocumentTypes::filter(type));
-    if (isDocumentFolder(type))
-        m_currentDocumentTypeName = DocumentTypes::caption(type);
-    if (type != FolderKind::None) {
+    const DocumentTypeDescription& type = DocumentTypes::of(node.data());
+    const QString filter = QLatin1String(type.filter);
+    if (!filter.isEmpty() && !type.filterAfterListing)
+        m_list.setFilter(filter);
+    if (*type.typeCaption)
+        m_currentDocumentTypeName = QLatin1String(type.typeCaption);
+    if (type.listsFolder) {
         m_listingComplete = false;
         m_list.setFolder(node.folderPath());
-        if (type == FolderKind::Reports)
-            m_list.setFilter(AllFiles);
+        if (type.filterAfterListing)
+            m_list.setFilter(filter);
         m_listingComplete = true;
         m_list.sortByColumn(DateModifiedColumn);
         if (const int count = m_list.itemCount(); count >= 1) {
@@ -84,18 +83,51 @@ void FileView::UpdateDocumentCommands()
     bool singleFile = false;
     if (m_list.selectedCount() == 1)
         singleFile = m_list.firstSelectedItem().attributes(FileListItem::FolderAttribute) == 0;
-    std::optional<DocumentTypes::CommandStates> states =
-        DocumentTypes::commandStates(selectedType(), singleFile);
-    if (!states)
+    const DocumentTypeDescription& type = selectedType();
+    for (const CommandId id : {CommandId::New, CommandId::Open, CommandId::Run}) {
+        const DocumentCommandEntry& entry = *type.command(id);
+        bool enabled = entry.availability == CommandAvailability::On;
+        if (entry.availability == CommandAvailability::SingleFile)
+            enabled = singleFile;
+        else if (entry.availability == CommandAvailability::Unchanged)
+            continue;
+        // Without a wizard to start, New cannot make a protocol.
+        if (entry.launch.starts == DocumentLaunch::Starts::NewProtocolWizard && !m_canCreateProtocol)
+            enabled = false;
+        m_commands.setCommandEnabled(id, enabled);
+    }
+}
+
+void FileView::selectFolder(const QString& folder)
+{
+    const FolderNode node = m_tree.nodes().findFolderPath(folder);
+    if (node.isValid())
+        m_tree.setCurrentNode(node);
+}
+
+void FileView::ShowDocument(const QString& path)
+{
+    const QString folder = QFileInfo(path).absolutePath();
+    selectFolder(folder);
+    if (QDir::cleanPath(m_tree.currentNode().folderPath()).compare(folder, Qt::CaseInsensitive) != 0 ||
+        !QFileInfo(path).isFile()) {
+        Messages::show(
+            {tr("The document cannot be shown: it is no longer in a folder of the Organiser.\n\n%1")
+                 .arg(QDir::toNativeSeparators(path)),
+             tr("Recent Documents"), MessageIcon::Information, MessageButton::Ok, MessageButton::Ok,
+             &m_list});
         return;
-    if (selectedType() == FolderKind::Protocols && !m_canCreateProtocol)
-        states->newEnabled = false;
-    m_tree.setButtonEnabled(buttonKey(DocumentCommand::New), states->newEnabled);
-    m_tree.setButtonEnabled(buttonKey(DocumentCommand::Open), states->openEnabled);
-    m_tree.setButtonEnabled(buttonKey(DocumentCommand::Run), states->runEnabled);
-    m_tools.setToolEnabled(QStringLiteral("ID_New"), states->newEnabled);
-    m_tools.setToolEnabled(QStringLiteral("ID_Open"), states->openEnabled);
-    m_tools.setToolEnabled(QStringLiteral("ID_Run"), states->runEnabled);
+    }
+    for (const FileListItem& selected : m_list.selectedItems())
+        selected.setSelected(false);
+    for (int i = 1; i <= m_list.itemCount(); ++i) {
+        const FileListItem item = m_list.item(i);
+        if (QDir::cleanPath(item.path()) == QDir::cleanPath(path)) {
+            item.ensureVisible();
+            item.setSelected(true);
+            return;
+        }
+    }
 }
 
 void FileView::OnColumnAboutToBeShown(const QString& name, bool& show)
@@ -121,12 +153,12 @@ void FileView::showSelectionAfterSort()
 
 void FileView::OnSelectionChanged(const FileListItem&)
 {
-    const FolderKind type = selectedType();
-    if (type == FolderKind::None)
+    const DocumentTypeDescription& type = selectedType();
+    if (!type.listsFolder)
         return;
     // Read afresh: the Options dialog may have changed it.
     const bool previewOn = m_settings.ShowPreviewPane();
-    if (previewOn && (type == FolderKind::Layouts || m_instrumentDriversInUse)) {
+    if (previewOn && (type.previewedWithoutDrivers || m_instrumentDriversInUse)) {
         if (m_list.selectedCount() == 1) {
             if (m_showPreview)
                 m_showPreview(m_list.firstSelectedItem());
@@ -135,8 +167,6 @@ void FileView::OnSelectionChanged(const FileListItem&)
         }
     }
     UpdateDocumentCommands();
-    if (m_resetTimeOut)
-        m_resetTimeOut();
 }
 
 void FileView::OnItemActivated(const FileListItem& item, bool& handled)

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "DocumentTypes.h"
 #include "FileListItem.h"
-#include "FolderKind.h"
 #include "FolderNode.h"
 #include "SortByColumnTimer.h"
 
@@ -11,16 +11,17 @@
 
 namespace nebra {
 
+class CommandSwitches;
 class FileListControl;
 class FolderTreeControl;
 class SuitePaths;
 class SuiteSettings;
-class ToolBarsControl;
 
 // The Organiser's side of the file list: what it shows for the folder
 // selected in the tree, the columns it refuses, keeping the selection in
 // view after a sort, what a selection change and a double-click set off,
-// the rename rule, and the enabled state of the document commands.
+// the rename rule, and the enabled state of the document commands, each as
+// the document type table says for the selected node's type.
 class FileView : public QObject
 {
     Q_OBJECT
@@ -30,9 +31,8 @@ public:
 
     // instrumentDriversInUse is read once at start-up: with drivers in use
     // every document folder previews its documents, without only layouts do.
-    FileView(FolderTreeControl& tree, FileListControl& list, ToolBarsControl& tools,
+    FileView(FolderTreeControl& tree, FileListControl& list, CommandSwitches& commands,
              const SuiteSettings& settings, const SuitePaths& paths, bool instrumentDriversInUse,
-             std::function<void()> resetTimeOut,
              SortByColumnTimer::Clock clock = &SortByColumnTimer::secondsSinceMidnight,
              QObject* parent = nullptr);
 
@@ -50,6 +50,12 @@ public:
     // New, Open and Run on the tree's buttons and the tool bar, by the
     // selected node's type and the list's selection.
     void UpdateDocumentCommands();
+    // Selects the document's folder in the tree and the document in the list
+    // (File > Recent, the welcome page's recent links); a document no longer
+    // in a folder of the tree is reported.
+    void ShowDocument(const QString& path);
+    // Selects the tree's node of the folder; a folder not in the tree selects nothing.
+    void selectFolder(const QString& folder);
 
     // The caption of the last document folder shown; a visit to the root leaves it.
     QString CurrentDocumentTypeName() const { return m_currentDocumentTypeName; }
@@ -73,18 +79,17 @@ Q_SIGNALS:
     void folderVanished(const QString& path);
 
 private:
-    FolderKind selectedType() const;
+    const DocumentTypeDescription& selectedType() const;
     void showSelectionAfterSort();
     FolderNode trackedChild(const FileListItem& item, bool& tracked) const;
     void renamePreviewFile(const QString& oldPath, const QString& newPath);
 
     FolderTreeControl& m_tree;
     FileListControl& m_list;
-    ToolBarsControl& m_tools;
+    CommandSwitches& m_commands;
     const SuiteSettings& m_settings;
     const SuitePaths& m_paths;
     bool m_instrumentDriversInUse;
-    std::function<void()> m_resetTimeOut;
     SortByColumnTimer m_sortTimer;
     ShowPreview m_showPreview;
     ClearPreview m_clearPreview;

@@ -1,6 +1,7 @@
 #include "PreviewPane.h"
 
 #include "BrowserControl.h"
+#include "DocumentTypes.h"
 #include "PlateLayoutViewer.h"
 #include "PreviewAge.h"
 #include "SuitePaths.h"
@@ -38,16 +39,15 @@ void PreviewPane::ShowPreview(const PreviewItem* item)
         ClearPreview(m_wait);
         return;
     }
-    switch (m_hooks.documentType ? m_hooks.documentType() : FolderKind::None) {
-    case FolderKind::ReadConfigurations:
-    case FolderKind::Protocols:
-    case FolderKind::Results:
+    const DocumentType type = m_hooks.documentType ? m_hooks.documentType() : DocumentType::None;
+    switch (DocumentTypes::of(type).preview) {
+    case PreviewKind::Page:
         showDocumentPage(item->path);
         break;
-    case FolderKind::Layouts:
+    case PreviewKind::Layout:
         showLayout(item->path);
         break;
-    default:
+    case PreviewKind::None:
         // Reports are deliberately not previewed; the pane keeps what it shows.
         break;
     }
@@ -94,6 +94,12 @@ void PreviewPane::ShowPage(const QString& address)
         m_browser.Refresh();
         QCoreApplication::processEvents();
     }
+}
+
+void PreviewPane::ShowRootPage(const FolderNode& node)
+{
+    if (node.level() == 0 && !node.page().isEmpty())
+        ShowPage(node.page());
 }
 
 void PreviewPane::ClearPreview(bool waitUntilLoaded)

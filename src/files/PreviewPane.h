@@ -1,6 +1,7 @@
 #pragma once
 
-#include "FolderKind.h"
+#include "DocumentType.h"
+#include "FolderNode.h"
 
 #include <QObject>
 #include <QString>
@@ -36,8 +37,8 @@ class PreviewPane : public QObject
 public:
     struct Hooks
     {
-        // The folder kind of the tree's selected node. Empty: None.
-        std::function<FolderKind()> documentType;
+        // The document type of the tree's selected node. Empty: None.
+        std::function<DocumentType()> documentType;
         // Stores an address as the selected node's page. Empty: not stored.
         std::function<void(const QString& address)> setNodePage;
     };
@@ -48,10 +49,11 @@ public:
                 QObject* parent = nullptr);
 
     // Shows the preview of the item (nothing for a null item): a folder
-    // clears the pane; read configurations, protocols and results show their
-    // preview page when it exists and is not out of date, otherwise the
-    // preview-not-available page; a layout is drawn by the plate layout
-    // viewer, the browser left as it is; a report changes nothing.
+    // clears the pane; otherwise what the document type table says for the
+    // selected node's type: a preview page (read configurations, protocols,
+    // results) when it exists and is not out of date, otherwise the
+    // preview-not-available page; a layout drawn by the plate layout viewer,
+    // the browser left as it is; nothing (reports).
     void ShowPreview(const PreviewItem* item);
 
     // Points the browser at an address (a local file path or a URL) and
@@ -62,6 +64,8 @@ public:
 
     // Blank page, stored in the selected node too; hides the plate layout viewer.
     void ClearPreview(bool waitUntilLoaded);
+    // The tree's current node changed: the root shows its page (the welcome page).
+    void ShowRootPage(const FolderNode& node);
 
     QString CurrentPage() const { return m_currentPage; }
     // The preview-not-available page: "pna.htm" in the suite's data folder.

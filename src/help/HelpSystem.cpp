@@ -1,5 +1,6 @@
 #include "HelpSystem.h"
 
+#include "DocumentTypes.h"
 #include "HelpTopics.h"
 #include "Messages.h"
 
@@ -30,13 +31,6 @@ QString HelpSystem::defaultHelpFile()
     if (QFileInfo::exists(installed))
         return installed;
     return QStringLiteral(NEBRA_BUILD_HELP_DIR "/") + name;
-}
-
-void HelpSystem::setContextHooks(std::function<void()> resetLogOutTimeOut,
-                                 std::function<int()> currentFolderKind)
-{
-    m_resetTimeOut = std::move(resetLogOutTimeOut);
-    m_folderKind = std::move(currentFolderKind);
 }
 
 bool HelpSystem::IsDisplayingHelp() const
@@ -73,11 +67,9 @@ void HelpSystem::DisplayHelpContext(int topic)
 
 void HelpSystem::ShowContextHelp()
 {
-    if (m_resetTimeOut)
-        m_resetTimeOut();
-    if (!m_folderKind)
+    if (!m_selectedData)
         return;
-    if (const int topic = HelpTopics::forFolderKind(m_folderKind()); topic != 0)
+    if (const int topic = DocumentTypes::of(m_selectedData()).helpTopic; topic != 0)
         DisplayHelpContext(topic);
 }
 

@@ -10,7 +10,8 @@
 namespace nebra {
 
 // The program's entry points to help: the table of contents, context topics
-// by number or by the kind of folder selected, and the help window it opened.
+// by number or by the document type of the folder selected, and the help
+// window it opened.
 //
 // The window itself comes from a factory (the widget layer's help window), made
 // on the first display and kept, hidden, when the user closes it, so that later
@@ -37,9 +38,11 @@ public:
     QString helpFilePath() const { return m_helpFile; }
     void setViewerFactory(ViewerFactory factory) { m_factory = std::move(factory); }
 
-    // Context help reads the selected folder's kind through this hook and
-    // resets the security session's inactivity timer through the other first.
-    void setContextHooks(std::function<void()> resetLogOutTimeOut, std::function<int()> currentFolderKind);
+    // Context help reads the selected tree node's Data (its document type) through this.
+    void setSelectedDocumentType(std::function<int()> selectedData)
+    {
+        m_selectedData = std::move(selectedData);
+    }
 
     // True while the help window this object opened is on the screen.
     bool IsDisplayingHelp() const;
@@ -50,8 +53,8 @@ public:
     void DisplayeHelpTOC();
     // The page of a context topic; an unknown topic shows the table of contents.
     void DisplayHelpContext(int topic);
-    // Context help: resets the time-out, then shows the topic of the selected
-    // folder's kind; a kind without a topic shows nothing.
+    // Context help: the topic of the selected folder's document type (the
+    // document type table's); a type without a topic shows nothing.
     void ShowContextHelp();
 
     // The topic of the last display request, 0 before any (for the shell's tests).
@@ -63,8 +66,7 @@ private:
 
     ViewerFactory m_factory;
     QString m_helpFile;
-    std::function<void()> m_resetTimeOut;
-    std::function<int()> m_folderKind;
+    std::function<int()> m_selectedData;
     std::unique_ptr<HelpViewer> m_viewer;
     bool m_displayed = false;
     int m_lastContext = 0;

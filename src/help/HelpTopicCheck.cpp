@@ -1,7 +1,8 @@
 // Build step: fails when a context topic of the program has no page in the
 // compiled help collection, or when the guide's index does not give that page
-// the topic's number as its id.
+// the topic's number as its id, or when a document type's topic has no page.
 
+#include "DocumentTypes.h"
 #include "HelpTopics.h"
 
 #include <QCoreApplication>
@@ -51,5 +52,12 @@ int main(int argc, char* argv[])
         std::fprintf(stderr, "the guide's first page is not in the collection\n");
     for (const HelpTopics::Entry& entry : HelpTopics::all())
         good = check(engine, entry) && good;
+    for (const nebra::DocumentTypeDescription& type : nebra::DocumentTypes::all()) {
+        if (type.helpTopic != 0 && HelpTopics::pageUrl(type.helpTopic).isEmpty()) {
+            std::fprintf(stderr, "help topic %d of document type %d has no page\n", type.helpTopic,
+                         nebra::toData(type.type));
+            good = false;
+        }
+    }
     return good ? 0 : 1;
 }

@@ -1,7 +1,5 @@
 #include "HelpTopics.h"
 
-#include "FolderKind.h"
-
 namespace nebra {
 
 namespace {
@@ -44,25 +42,6 @@ QUrl HelpTopics::pageUrl(int topic)
 QUrl HelpTopics::contentsUrl()
 {
     return guideUrl(QStringLiteral("index.html"));
-}
-
-int HelpTopics::forFolderKind(int kind)
-{
-    switch (folderKindFromData(kind)) {
-    case FolderKind::None:
-        return GettingStarted;
-    case FolderKind::ReadConfigurations:
-        return InstrumentData;
-    case FolderKind::Layouts:
-        return Layouts;
-    case FolderKind::Protocols:
-        return Protocols;
-    case FolderKind::Results:
-        return Results;
-    case FolderKind::Reports:
-        return Reports;
-    }
-    return 0; // a kind made by another program: no topic
 }
 
 } // namespace nebra

@@ -8,9 +8,10 @@
 namespace nebra {
 
 // The help topics the program opens by number, and the page of the user guide
-// that answers each. The numbers are those the suite's programs and dialogs use
-// for context help; the guide's index gives each page the same number as its id,
-// and the build checks both against the compiled collection.
+// that answers each. The topics of the folders are those of the document type
+// table; the build checks that each has its page here. The numbers are those the suite's programs and dialogs
+// use for context help; the guide's index gives each page the same number as its id, and the build checks
+// both against the compiled collection.
 class HelpTopics
 {
 public:
@@ -41,10 +42,6 @@ public:
     static QUrl contentsUrl();
     // The address of a page of the guide by file name.
     static QUrl guideUrl(const QString& page);
-
-    // The context topic of a folder kind (a tree node's data, see FolderKind);
-    // 0 when the kind has none, and then nothing is shown.
-    static int forFolderKind(int kind);
 };
 
 } // namespace nebra

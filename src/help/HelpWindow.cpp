@@ -3,7 +3,7 @@
 #include "HelpBrowser.h"
 #include "HelpCollection.h"
 #include "HelpTopics.h"
-#include "SettingsStore.h"
+#include "SuiteSettings.h"
 
 #include <QAction>
 #include <QHelpContentWidget>
@@ -26,14 +26,9 @@ namespace {
 
 constexpr int kMaxTextSteps = 8;
 
-QString key(const char* name)
-{
-    return QStringLiteral("Help/") + QLatin1String(name);
-}
-
 } // namespace
 
-HelpWindow::HelpWindow(std::unique_ptr<QHelpEngine> engine, SettingsStore* settings, QWidget* parent)
+HelpWindow::HelpWindow(std::unique_ptr<QHelpEngine> engine, SuiteSettings* settings, QWidget* parent)
     : QWidget(parent, Qt::Window), m_engine(std::move(engine)), m_settings(settings)
 {
     setWindowTitle(QStringLiteral("Organiser Help"));
@@ -68,7 +63,7 @@ HelpWindow::~HelpWindow()
     delete m_browser;
 }
 
-HelpSystem::ViewerFactory HelpWindow::factory(SettingsStore* settings)
+HelpSystem::ViewerFactory HelpWindow::factory(SuiteSettings* settings)
 {
     return [settings](const QString& helpFile, QString& error) -> std::unique_ptr<HelpViewer> {
         std::unique_ptr<QHelpEngine> engine = HelpCollection::open(helpFile, error);
@@ -229,20 +224,16 @@ void HelpWindow::restoreSettings()
     resize(960, 680);
     if (!m_settings)
         return;
-    restoreGeometry(m_settings->value(key("Geometry"), QByteArray()).toByteArray());
-    changeTextSize(m_settings->value(key("TextSize"), 0).toInt());
+    restoreGeometry(m_settings->HelpWindowGeometry());
+    changeTextSize(m_settings->HelpTextSize());
 }
 
-// Written only when changed, so that showing help does not rewrite the file.
 void HelpWindow::saveSettings()
 {
     if (!m_settings)
         return;
-    const QByteArray geometry = saveGeometry();
-    if (m_settings->value(key("Geometry"), QByteArray()).toByteArray() != geometry)
-        m_settings->setValue(key("Geometry"), geometry);
-    if (m_settings->value(key("TextSize"), 0).toInt() != m_textSteps)
-        m_settings->setValue(key("TextSize"), m_textSteps);
+    m_settings->SetHelpWindowGeometry(saveGeometry());
+    m_settings->SetHelpTextSize(m_textSteps);
 }
 
 } // namespace nebra

@@ -15,22 +15,22 @@ class QToolBar;
 namespace nebra {
 
 class HelpBrowser;
-class SettingsStore;
+class SuiteSettings;
 
 // The help window: the user guide's contents, keyword index and full-text
 // search beside the page viewer, with back, forward and text size. It is not
 // modal; closing it only hides it. Its size and place, and the text size,
-// are kept in the suite's settings (group "Help") when a store is given.
+// are kept as the suite's settings' properties when settings are given.
 class HelpWindow : public QWidget, public HelpViewer
 {
     Q_OBJECT
 
 public:
-    HelpWindow(std::unique_ptr<QHelpEngine> engine, SettingsStore* settings, QWidget* parent = nullptr);
+    HelpWindow(std::unique_ptr<QHelpEngine> engine, SuiteSettings* settings, QWidget* parent = nullptr);
     ~HelpWindow() override;
 
     // A factory for HelpSystem: opens the collection and makes the window.
-    static HelpSystem::ViewerFactory factory(SettingsStore* settings);
+    static HelpSystem::ViewerFactory factory(SuiteSettings* settings);
 
     bool showContents(const QUrl& page) override;
     bool showPage(const QUrl& page) override;
@@ -66,7 +66,7 @@ private:
     void saveSettings();
 
     std::unique_ptr<QHelpEngine> m_engine;
-    SettingsStore* m_settings;
+    SuiteSettings* m_settings;
     HelpBrowser* m_browser = nullptr;
     QTabWidget* m_navigation = nullptr;
     QToolBar* m_toolBar = nullptr;

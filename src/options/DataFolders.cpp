@@ -104,6 +104,7 @@ void DataFolders::createDriverFolders()
     LogTraceBlock();
     const HLDCollection& drivers = m_drivers();
     for (const HLDElement& driver : drivers.Items()) {
+        LogTrace(); // one milestone per driver, the driver's name being the step
         const QString folder = m_paths.ReadConfigurationsFolder() + QLatin1Char('/') + driver.FullName;
         // A name the file system cannot hold is skipped; the other drivers still get their folders.
         if (!m_fileSystem->FolderExists(folder))

@@ -18,6 +18,7 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
+#include <QTabBar>
 #include <QTabWidget>
 #include <QVBoxLayout>
 
@@ -35,18 +36,25 @@ QString restrictionText()
     return QStringLiteral("Security restrictions do not allow you to edit this setting");
 }
 
-// Object name and accessible name are the control's name, so that
-// assistive technology and the tests find each control the same way.
-template <typename Widget> Widget* named(Widget* widget, const QString& name)
+// The object name is the control's name for the program and its tests; the
+// accessible name is what the control shows (without the access key's mark),
+// so that a screen reader says what a sighted user reads.
+template <typename Widget> Widget* named(Widget* widget, const QString& name, const QString& shown)
 {
     widget->setObjectName(name);
-    widget->setAccessibleName(name);
+    widget->setAccessibleName(QString(shown).remove(QLatin1Char('&')));
     return widget;
+}
+
+// A control that shows its own caption is heard by it.
+template <typename Widget> Widget* captioned(Widget* widget, const QString& name)
+{
+    return named(widget, name, widget->text());
 }
 
 QLabel* lockImage(const QString& name)
 {
-    auto* image = named(new QLabel, name);
+    auto* image = named(new QLabel, name, QStringLiteral("Locked"));
     image->setPixmap(lockPicture());
     image->setHidden(true);
     return image;
@@ -54,7 +62,7 @@ QLabel* lockImage(const QString& name)
 
 QLabel* restrictionLabel(const QString& name)
 {
-    auto* label = named(new QLabel(restrictionText()), name);
+    auto* label = named(new QLabel(restrictionText()), name, restrictionText());
     label->setWordWrap(true);
     label->setHidden(true);
     return label;
@@ -77,13 +85,14 @@ OptionsDialog::OptionsDialog(SuiteSettings& settings, SuitePaths& paths, DataFol
     : QDialog(parent), m_settings(settings), m_paths(paths), m_folders(folders), m_hooks(std::move(hooks))
 {
     setObjectName(QStringLiteral("frmOptions"));
-    setAccessibleName(QStringLiteral("frmOptions"));
+    setAccessibleName(QStringLiteral("Options"));
     setWindowTitle(QStringLiteral("Options"));
     setWindowIcon(QApplication::windowIcon());
     setModal(true);
 
     // Tab order is the order of construction: the tabs, each page's controls, then the buttons.
-    m_tabs = named(new QTabWidget, QStringLiteral("tabOptions"));
+    m_tabs = named(new QTabWidget, QStringLiteral("tabOptions"), QStringLiteral("Options"));
+    m_tabs->tabBar()->setAccessibleName(QStringLiteral("Options"));
     buildView();
     buildData();
     buildDrivers();
@@ -97,9 +106,11 @@ OptionsDialog::~OptionsDialog() = default;
 
 void OptionsDialog::buildView()
 {
-    auto* page = named(new QWidget, QStringLiteral("panelView"));
-    m_chkShortcuts = named(new QCheckBox(QStringLiteral("Show &shortcuts:")), QStringLiteral("chkShortcuts"));
-    m_chkPreview = named(new QCheckBox(QStringLiteral("Show &preview pane:")), QStringLiteral("chkPreview"));
+    auto* page = named(new QWidget, QStringLiteral("panelView"), QStringLiteral("View"));
+    m_chkShortcuts =
+        captioned(new QCheckBox(QStringLiteral("Show &shortcuts:")), QStringLiteral("chkShortcuts"));
+    m_chkPreview =
+        captioned(new QCheckBox(QStringLiteral("Show &preview pane:")), QStringLiteral("chkPreview"));
     // The caption ends in a colon: the box stands to its right, as in the suite's other programs.
     m_chkShortcuts->setLayoutDirection(Qt::RightToLeft);
     m_chkPreview->setLayoutDirection(Qt::RightToLeft);
@@ -112,13 +123,13 @@ void OptionsDialog::buildView()
 
 void OptionsDialog::buildData()
 {
-    auto* page = named(new QWidget, QStringLiteral("panelData"));
-    auto* label = named(new QLabel(QStringLiteral("Parent directory for data &files:")),
-                        QStringLiteral("lblRootDataPath"));
-    m_txtParentDirectoryPath = named(new QLineEdit, QStringLiteral("txtParentDirectoryPath"));
+    auto* page = named(new QWidget, QStringLiteral("panelData"), QStringLiteral("Data"));
+    auto* label = captioned(new QLabel(QStringLiteral("Parent directory for data &files:")),
+                            QStringLiteral("lblRootDataPath"));
+    m_txtParentDirectoryPath = named(new QLineEdit, QStringLiteral("txtParentDirectoryPath"), label->text());
     label->setBuddy(m_txtParentDirectoryPath);
     m_browse =
-        named(new QPushButton(QStringLiteral("&Browse...")), QStringLiteral("cmdBrowseParentDirectory"));
+        captioned(new QPushButton(QStringLiteral("&Browse...")), QStringLiteral("cmdBrowseParentDirectory"));
     m_browse->setAutoDefault(false);
     connect(m_browse, &QPushButton::clicked, this, &OptionsDialog::chooseFolder);
     m_labelSecurity = restrictionLabel(QStringLiteral("LabelSecurity"));
@@ -138,9 +149,9 @@ void OptionsDialog::buildData()
 
 void OptionsDialog::buildDrivers()
 {
-    auto* page = named(new QWidget, QStringLiteral("panelDrivers"));
-    auto* label = named(new QLabel(QStringLiteral("&Installed drivers:")), QStringLiteral("Label1"));
-    m_lstHLDs = named(new QListWidget, QStringLiteral("lstHLDs"));
+    auto* page = named(new QWidget, QStringLiteral("panelDrivers"), QStringLiteral("Drivers"));
+    auto* label = captioned(new QLabel(QStringLiteral("&Installed drivers:")), QStringLiteral("Label1"));
+    m_lstHLDs = named(new QListWidget, QStringLiteral("lstHLDs"), label->text());
     m_lstHLDs->setSelectionMode(QAbstractItemView::SingleSelection);
     label->setBuddy(m_lstHLDs);
     m_labelSecurityDrivers = restrictionLabel(QStringLiteral("LabelSecurityDrivers"));
@@ -158,9 +169,9 @@ void OptionsDialog::buildDrivers()
 
 void OptionsDialog::buildButtons()
 {
-    m_ok = named(new QPushButton(QStringLiteral("&OK")), QStringLiteral("OKButton"));
-    m_cancel = named(new QPushButton(QStringLiteral("&Cancel")), QStringLiteral("CancelButton"));
-    m_help = named(new QPushButton(QStringLiteral("&Help")), QStringLiteral("Help"));
+    m_ok = captioned(new QPushButton(QStringLiteral("&OK")), QStringLiteral("OKButton"));
+    m_cancel = captioned(new QPushButton(QStringLiteral("&Cancel")), QStringLiteral("CancelButton"));
+    m_help = captioned(new QPushButton(QStringLiteral("&Help")), QStringLiteral("Help"));
     // Enter confirms wherever the focus is; Escape cancels through reject().
     m_ok->setDefault(true);
     m_cancel->setAutoDefault(false);
@@ -240,7 +251,7 @@ void OptionsDialog::fillDrivers()
             m_lstHLDs->addItem(driver.FullName);
     }
     if (m_lstHLDs->count() > 0) {
-        // A CurrentHLD outside the catalogue selects nothing, so OK leaves it as it is.
+        // A CurrentHLD outside the catalogue selects nothing; OK then stores 0.
         const int row = m_settings.CurrentHLD() - 1;
         if (row >= 0 && row < m_lstHLDs->count())
             m_lstHLDs->setCurrentRow(row);
@@ -265,8 +276,9 @@ void OptionsDialog::onOK()
 
 bool OptionsDialog::applyDriver()
 {
+    // No line selected is index -1: CurrentHLD becomes 0, and the change is handled like any other.
     const int row = m_lstHLDs->currentRow();
-    if (m_lstHLDs->count() == 0 || row < 0 || row == m_settings.CurrentHLD() - 1)
+    if (m_lstHLDs->count() == 0 || row == m_settings.CurrentHLD() - 1)
         return true;
     if (!m_settings.SetCurrentHLD(row + 1)) {
         Messages::show({QStringLiteral("The instrument driver could not be saved in the settings file, "
@@ -290,7 +302,7 @@ void OptionsDialog::chooseFolder()
 {
     QFileDialog chooser(this, QStringLiteral("Parent directory for data files"));
     chooser.setObjectName(QStringLiteral("dlgParentDirectory"));
-    chooser.setAccessibleName(QStringLiteral("dlgParentDirectory"));
+    chooser.setAccessibleName(chooser.windowTitle());
     chooser.setFileMode(QFileDialog::Directory);
     chooser.setOptions(QFileDialog::ShowDirsOnly | QFileDialog::DontUseNativeDialog);
     const QString typed = m_txtParentDirectoryPath->text().trimmed();

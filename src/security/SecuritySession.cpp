@@ -1,33 +1,30 @@
 #include "SecuritySession.h"
 
+#include "CommandSwitches.h"
 #include "Messages.h"
 #include "NebraSecurityManager.h"
 #include "SecuritySettings.h"
 #include "StatusBarControl.h"
 #include "SuiteSettings.h"
-#include "ToolBarsControl.h"
 
 #include <QWidget>
 
 namespace nebra {
 
 namespace {
-const QString ChangePasswordTool = QStringLiteral("ID_ChangePassword");
-const QString LogOutTool = QStringLiteral("ID_LogOut");
-
 void inform(QWidget* owner, const QString& text, const QString& title)
 {
     Messages::show({text, title, MessageIcon::Information, MessageButton::Ok, MessageButton::Ok, owner});
 }
 } // namespace
 
-SecuritySession::SecuritySession(const SuiteSettings& settings, QWidget* owner, ToolBarsControl& tools,
-                                 StatusBarControl& statusBar, ManagerFactory factory,
-                                 SecuritySessionHooks hooks)
-    : QObject(nullptr), m_settings(settings), m_owner(owner), m_tools(tools), m_statusBar(statusBar),
-      m_factory(std::move(factory)), m_hooks(std::move(hooks))
+SecuritySession::SecuritySession(const SuiteSettings& settings, QWidget* owner, CommandSwitches& commands,
+                                 StatusBarControl& statusBar, ManagerFactory factory, SessionEnding& ending,
+                                 QObject* parent)
+    : QObject(parent), m_settings(settings), m_owner(owner), m_commands(commands), m_statusBar(statusBar),
+      m_factory(std::move(factory)), m_ending(ending)
 {
-    m_tools.setToolVisible(ChangePasswordTool, false);
+    m_commands.setCommandVisible(CommandId::ChangePassword, false);
 }
 
 SecuritySession::~SecuritySession() = default;
@@ -47,14 +44,16 @@ SecuritySession::StartOutcome SecuritySession::StartSecuritySession()
     QString error;
     m_manager = m_factory(&error);
     if (!m_manager) {
-        // The box's text is fixed; the reason goes where an administrator looks.
+        // The box's text is fixed; the reason is its details, and goes to
+        // the log for an administrator who was not at the screen.
         qWarning("The security manager cannot be created: %s", qUtf8Printable(error));
         Messages::show({creationFailureText(),
                         {},
                         MessageIcon::NoIcon,
                         MessageButton::Ok,
                         MessageButton::NoButton,
-                        m_owner});
+                        m_owner,
+                        error});
         return StartOutcome::EndProcess;
     }
     connect(m_manager.get(), &NebraSecurityManager::UserLoggedOut, this,
@@ -95,11 +94,11 @@ void SecuritySession::showSecurityControls()
     const bool groupLibrary =
         m_manager->AuthenticationLibrary() == QLatin1String(SecuritySettings::GroupLibrary);
     const bool changeAllowed = m_manager->PasswordChangeAllowed();
-    m_tools.setToolVisible(ChangePasswordTool, changeAllowed || groupLibrary);
+    m_commands.setCommandVisible(CommandId::ChangePassword, changeAllowed || groupLibrary);
     // The service library is asked about as well; the answer changes nothing.
     [[maybe_unused]] const bool serviceLibrary =
         m_manager->AuthenticationLibrary() == QLatin1String(SecuritySettings::ServiceLibrary);
-    m_tools.setToolVisible(LogOutTool, true);
+    m_commands.setCommandVisible(CommandId::LogOut, true);
     m_statusBar.setPanelText(SessionPanel, QStringLiteral("Logged in as: ") + m_manager->UserName() +
                                                QStringLiteral(" (") + m_manager->UserDetail() +
                                                QLatin1Char(')'));
@@ -108,7 +107,7 @@ void SecuritySession::showSecurityControls()
 void SecuritySession::HideSecurityControls()
 {
     m_statusBar.setPanelVisible(SessionPanel, false);
-    m_tools.setToolVisible(LogOutTool, false);
+    m_commands.setCommandVisible(CommandId::LogOut, false);
 }
 
 void SecuritySession::ChangePassword()
@@ -139,6 +138,12 @@ void SecuritySession::ShowSessionInformation()
            QStringLiteral("Security Information"));
 }
 
+void SecuritySession::OnPanelClick(int panel)
+{
+    if (panel == SessionPanel)
+        ShowSessionInformation();
+}
+
 void SecuritySession::NebraSecurityManagerObj_UserLoggedOut(const QString& userName, int reason)
 {
     Q_UNUSED(userName);
@@ -150,12 +155,9 @@ void SecuritySession::NebraSecurityManagerObj_UserLoggedOut(const QString& userN
                QStringLiteral("Time Out"));
     else if (reason == NebraSecurityManager::LoggedOut)
         inform(m_owner, QStringLiteral("The program will now exit."), QStringLiteral("Logged Out"));
-    if (m_hooks.unloadAllExceptMain)
-        m_hooks.unloadAllExceptMain();
-    if (m_hooks.unloadMainWindow)
-        m_hooks.unloadMainWindow();
-    if (m_hooks.endProcess)
-        m_hooks.endProcess();
+    m_ending.UnloadAllExceptMain();
+    m_ending.unloadMainWindow();
+    m_ending.endProcess();
 }
 
 void SecuritySession::CloseSession()

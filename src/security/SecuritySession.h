@@ -12,17 +12,22 @@ class QWidget;
 
 namespace nebra {
 
+class CommandSwitches;
 class NebraSecurityManager;
 class StatusBarControl;
 class SuiteSettings;
-class ToolBarsControl;
 
-// What the session asks of the main window when the manager ends it.
-struct SecuritySessionHooks
+// What the session asks of the program when the manager ends the session,
+// in this order: close every other window, unload the main window, end the process.
+class SessionEnding
 {
-    std::function<void()> unloadAllExceptMain;
-    std::function<void()> unloadMainWindow;
-    std::function<void()> endProcess;
+public:
+    virtual void UnloadAllExceptMain() = 0;
+    virtual void unloadMainWindow() = 0;
+    virtual void endProcess() = 0;
+
+protected:
+    ~SessionEnding() = default;
 };
 
 // The Organiser's side of the security session: log-in at start-up, the
@@ -52,9 +57,10 @@ public:
 
     static constexpr int SessionPanel = 2;
 
-    // Hides ID_ChangePassword: the tool is shown only by a session that allows it.
-    SecuritySession(const SuiteSettings& settings, QWidget* owner, ToolBarsControl& tools,
-                    StatusBarControl& statusBar, ManagerFactory factory, SecuritySessionHooks hooks);
+    // Hides Change Password: the command is shown only by a session that allows it.
+    SecuritySession(const SuiteSettings& settings, QWidget* owner, CommandSwitches& commands,
+                    StatusBarControl& statusBar, ManagerFactory factory, SessionEnding& ending,
+                    QObject* parent = nullptr);
     ~SecuritySession() override;
 
     // Called once by the start-up. EndProcess: the failure has been reported
@@ -74,6 +80,8 @@ public:
     void NebraSecurityManagerObj_UserLoggedOut(const QString& userName, int reason);
     // The status bar's session panel was clicked.
     void ShowSessionInformation();
+    // A click on a panel of the status bar: the session panel shows the information.
+    void OnPanelClick(int panel);
     // Ends the session quietly as the main window unloads.
     void CloseSession();
 
@@ -90,10 +98,10 @@ private:
 
     const SuiteSettings& m_settings;
     QWidget* m_owner;
-    ToolBarsControl& m_tools;
+    CommandSwitches& m_commands;
     StatusBarControl& m_statusBar;
     ManagerFactory m_factory;
-    SecuritySessionHooks m_hooks;
+    SessionEnding& m_ending;
     std::unique_ptr<NebraSecurityManager> m_manager;
     State m_state = State::NotConfigured;
     QPointer<TimeOutWarning> m_timeOutWarning;

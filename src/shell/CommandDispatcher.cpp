@@ -1,57 +1,60 @@
 #include "CommandDispatcher.h"
 
 #include "ToolBarsControl.h"
+#include "ToolDefinitions.h"
+#include "UserActivity.h"
 
 namespace nebra {
 
-CommandDispatcher::CommandDispatcher(ToolBarsControl& tools, std::function<void()> resetTimeOut,
-                                     QObject* parent)
-    : QObject(parent), m_tools(tools), m_resetTimeOut(std::move(resetTimeOut))
+CommandDispatcher::CommandDispatcher(ToolBarsControl& tools, UserActivity& activity, QObject* parent)
+    : QObject(parent), m_tools(tools), m_activity(activity)
 {
-    for (const QString& id : commandIds())
-        m_tools.setToolEnabled(id, false);
+    for (const CommandId id : commandIds())
+        m_tools.setToolEnabled(ToolDefinitions::toolId(id), false);
 }
 
-QStringList CommandDispatcher::commandIds()
+QList<CommandId> CommandDispatcher::commandIds()
 {
-    return {QStringLiteral("ID_New"),
-            QStringLiteral("ID_Open"),
-            QStringLiteral("ID_Run"),
-            QStringLiteral("ID_Options"),
-            QStringLiteral("ID_ChangePassword"),
-            QStringLiteral("ID_LogOut"),
-            QStringLiteral("ID_Exit"),
-            QStringLiteral("ID_About"),
-            QStringLiteral("ID_HelpContext"),
-            QStringLiteral("ID_ContentsIndex"),
-            QStringLiteral("ID_GettingStarted"),
-            QStringLiteral("ID_Quorvix"),
-            QStringLiteral("ID_AuditTrail")};
+    using enum CommandId;
+    return {New,   Open,        Run,           Options,        ChangePassword, LogOut,    Exit,
+            About, HelpContext, ContentsIndex, GettingStarted, Quorvix,        AuditTrail};
 }
 
-bool CommandDispatcher::setCommand(const QString& id, Command command)
+void CommandDispatcher::setCommand(CommandId id, Command command)
 {
-    if (!commandIds().contains(id))
-        return false;
+    Q_ASSERT_X(commandIds().contains(id), "CommandDispatcher::setCommand", "not a command");
     const bool enabled = bool(command);
-    m_commands.insert(id, std::move(command));
-    m_tools.setToolEnabled(id, enabled);
-    return true;
+    m_commands[std::size_t(id)] = std::move(command);
+    m_tools.setToolEnabled(ToolDefinitions::toolId(id), enabled);
 }
 
-bool CommandDispatcher::hasCommand(const QString& id) const
+bool CommandDispatcher::hasCommand(CommandId id) const
 {
-    const auto it = m_commands.constFind(id);
-    return it != m_commands.cend() && *it;
+    return bool(m_commands[std::size_t(id)]);
 }
 
-void CommandDispatcher::ToolClick(const QString& id)
+void CommandDispatcher::perform(std::optional<CommandId> id)
 {
-    m_resetTimeOut();
-    // The IDs are distinct, so the first match of the ordered test is the only match.
-    if (const auto it = m_commands.constFind(id); it != m_commands.cend() && *it)
-        (*it)();
-    m_resetTimeOut();
+    m_activity.note();
+    // A copy: a command may change the commands (a log-out takes the audit trail's away).
+    if (const Command command = id ? m_commands[std::size_t(*id)] : Command(); command)
+        command();
+    m_activity.note();
+}
+
+void CommandDispatcher::run(CommandId id)
+{
+    perform(id);
+}
+
+void CommandDispatcher::ToolClick(const QString& toolId)
+{
+    perform(ToolDefinitions::commandOfTool(toolId));
+}
+
+void CommandDispatcher::TreeButtonClick(int key)
+{
+    perform(ToolDefinitions::commandOfTreeButton(key));
 }
 
 } // namespace nebra

@@ -1,46 +1,29 @@
 #include "MainWindow.h"
 
-#include "Authorisation.h"
 #include "BrowserControl.h"
-#include "CommandDispatcher.h"
-#include "DataFolders.h"
 #include "DiagnosticLog.h"
-#include "DocumentCommands.h"
-#include "DocumentLauncher.h"
 #include "FileListControl.h"
-#include "FileView.h"
 #include "FolderTreeControl.h"
-#include "HelpSystem.h"
-#include "HelpTopics.h"
-#include "HelpWindow.h"
 #include "InstalledDrivers.h"
-#include "NebraSecurityManager.h"
-#include "NewProtocolWizards.h"
-#include "OptionsCommand.h"
-#include "OrganiserTree.h"
+#include "MainWindowControls.h"
+#include "Messages.h"
+#include "Organiser.h"
+#include "PanesGeometry.h"
 #include "PlateLayoutViewer.h"
-#include "PreviewPane.h"
-#include "RecentDocuments.h"
 #include "Resources.h"
 #include "RuntimeErrors.h"
-#include "SecuritySession.h"
-#include "ShellCommands.h"
-#include "ShellNotifications.h"
+#include "SettingsStore.h"
 #include "ShortcutsBar.h"
 #include "SingleInstance.h"
 #include "SplashScreen.h"
-#include "StartUpSequence.h"
 #include "StatusBarControl.h"
 #include "SuitePaths.h"
 #include "SuiteSettings.h"
 #include "ToolBarsControl.h"
 #include "ToolDefinitions.h"
-#include "TreeNavigation.h"
-#include "WelcomePage.h"
 
 #include <QApplication>
 #include <QCloseEvent>
-#include <QDir>
 #include <QGridLayout>
 #include <QSplitter>
 #include <QStatusBar>
@@ -50,35 +33,42 @@ namespace nebra {
 
 namespace {
 constexpr int TwipsPerInch = 1440;
+
+// One step of the loading after the splash: its action (false ends the
+// start-up) and the number of trace lines written after it.
+struct Step
+{
+    int traceLines;
+    std::function<bool()> action;
+};
+
+template <typename Action> std::function<bool()> done(Action action)
+{
+    return [action] {
+        action();
+        return true;
+    };
 }
+} // namespace
 
 MainWindow::MainWindow(Options options)
     : m_options(std::move(options)),
-      m_singleInstance(std::make_unique<SingleInstance>(m_options.instanceName)),
-      m_notifications(std::make_unique<ShellNotifications>()), m_help(std::make_unique<HelpSystem>())
+      m_singleInstance(std::make_unique<SingleInstance>(m_options.instanceName))
 {
     setObjectName(QStringLiteral("frmNMain"));
     setAccessibleName(QStringLiteral("Organiser"));
     setGeometry(DesignGeometry);
     createControls();
-    connectCommands();
     connect(m_singleInstance.get(), &SingleInstance::activationRequested, this,
             &MainWindow::showFromOtherInstance);
 }
 
 MainWindow::~MainWindow()
 {
-    // The panes outlive the objects that handle their events.
-    m_folderTree->disconnect(this);
-    m_shortcutsBar->disconnect(this);
+    // The subsystems go before the controls they act on.
+    m_organiser.reset();
     if (m_splash)
         m_splash->close();
-}
-
-void MainWindow::showSplash()
-{
-    m_splash = new SplashScreen(this, windowTitle());
-    m_splash->show();
 }
 
 void MainWindow::createControls()
@@ -119,26 +109,157 @@ void MainWindow::createControls()
     m_fileList->hide();
 }
 
+// The browser and the plate layout viewer share one place; the viewer, when
+// shown, lies over the browser. The browser's web engine starts right after
+// the window's first paint once loaded (or when a page is first waited for),
+// so the window shows before the engine's processes start.
 void MainWindow::createPreviewArea(QSplitter* splitter)
 {
-    // The browser and the plate layout viewer share one place; the viewer,
-    // when shown, lies over the browser.
     m_previewArea = new QWidget(splitter);
     m_previewArea->setObjectName(QStringLiteral("previewArea"));
     m_previewArea->setAccessibleName(QStringLiteral("Preview area"));
     auto* grid = new QGridLayout(m_previewArea);
     grid->setContentsMargins(0, 0, 0, 0);
+    m_browser = new BrowserControl(m_previewArea, BrowserControl::EngineStart::Deferred);
+    grid->addWidget(m_browser, 0, 0);
     m_plateViewer = new PlateLayoutViewer(m_previewArea);
     grid->addWidget(m_plateViewer, 0, 0);
     m_plateViewer->hide();
+    m_plateViewer->raise();
 }
 
-void MainWindow::createBrowser()
+MainWindowControls MainWindow::controls() const
 {
-    m_browser = new BrowserControl(m_previewArea, BrowserControl::EngineStart::Deferred);
-    static_cast<QGridLayout*>(m_previewArea->layout())->addWidget(m_browser, 0, 0);
-    m_plateViewer->raise();
-    createPreviewAndLaunching();
+    return {*m_toolBars,    *m_statusBar,   *m_shortcutsBar, *m_folderTree, *m_fileList,
+            *m_previewArea, *m_plateViewer, *m_browser,      *m_panes};
+}
+
+QString MainWindow::fileSystemMissingText()
+{
+    return QStringLiteral("SCRRUN.DLL cannot be found on this system.\r\n"
+                          "\r\n"
+                          "Please install the Microsoft Scripting Runtime module.\r\n"
+                          "\r\n"
+                          "Contact your system administrator or refer to the\r\n"
+                          "software installation guide for more information.");
+}
+
+MainWindow::LoadOutcome MainWindow::Load()
+{
+    m_suite.resources = std::make_unique<Resources>();
+    Messages::setApplicationTitle(m_suite.resources->LoadResString(Resources::ProductTitle));
+    if (activatePreviousInstance())
+        return LoadOutcome::DuplicateInstance;
+    recordDesignGeometry();
+    createSettingsAndPaths();
+    openDiagnosticLog();
+    m_organiser = std::make_unique<Organiser>(*this, controls(), m_suite, m_options);
+    LogTraceBlock();
+    if (!m_organiser->startSecurity())
+        return LoadOutcome::Ended;
+    m_splash = new SplashScreen(this, windowTitle());
+    m_splash->show();
+    if (!runLoadingSteps())
+        return LoadOutcome::Ended;
+    m_mainWindowLoaded = true;
+    constexpr int UnpaintedWindowMs = 500;
+    QTimer::singleShot(UnpaintedWindowMs, this, &MainWindow::startBrowserEngineSoon);
+    return LoadOutcome::Loaded;
+}
+
+bool MainWindow::runLoadingSteps()
+{
+    const PaneSetup& panes = m_organiser->panes();
+    Organiser& organiser = *m_organiser;
+    const QList<Step> steps{
+        {1, done([] { QCoreApplication::processEvents(); })}, // lets the splash paint
+        {2, [this] { return createFileSystemObject(); }},
+        {1, done([&organiser] { organiser.ActivateSHCNENotification(); })},
+        {2, done([] {
+             QApplication::setOverrideCursor(Qt::WaitCursor);
+             QApplication::restoreOverrideCursor();
+         })},
+        {3, done([&panes] { panes.ApplyShortcutsBarSetting(); })},
+        {0, done([&panes] { panes.applyTreeDisplayMode(); })},
+        {2, done([&organiser] { organiser.CreateAnyMissingNebraDirectories(); })},
+        {2, done([] {})}, // the browser was made with the window and refuses dropped files
+        {2, done([] {})}, // the panes' image lists are the style's icons: nothing to load
+        {3, done([&panes] { panes.configureTreeAndFileList(); })},
+        {2, done([&panes] { panes.addTreeButtons(); })},
+        {2, done([&organiser] { organiser.InitialiseOrganiserTree(); })},
+        {2, done([&panes] {
+             panes.buildShortcutsBar();
+             panes.SetShortcutBarIcons();
+         })},
+        {2, done([&panes] { panes.showPanes(); })},
+        {2, done([this] { restoreDesignGeometryAndMaximise(); })},
+    };
+    for (const Step& step : steps) {
+        if (!step.action())
+            return false;
+        for (int i = 0; i < step.traceLines; ++i)
+            LogTrace();
+    }
+    return true;
+}
+
+bool MainWindow::activatePreviousInstance()
+{
+    if (!m_singleInstance->IsAnotherInstanceRunning())
+        return false;
+    const QString duplicate = QStringLiteral("... duplicate instance.");
+    Messages::setApplicationTitle(duplicate);
+    QCoreApplication::setApplicationName(duplicate);
+    setWindowTitle(duplicate);
+    m_singleInstance->ActivatePreviousInstance();
+    return true;
+}
+
+void MainWindow::createSettingsAndPaths()
+{
+    m_suite.store = std::make_unique<SettingsStore>();
+    m_suite.settings = std::make_unique<SuiteSettings>(*m_suite.store);
+    setWindowTitle(m_suite.settings->PlusCaption()
+                       ? QStringLiteral("Tallyo Plus")
+                       : m_suite.resources->LoadResString(Resources::ProductTitle));
+    m_suite.paths = std::make_unique<SuitePaths>(*m_suite.store);
+    m_suite.paths->Initialise();
+    m_suite.drivers = std::make_unique<InstalledDrivers>(*m_suite.paths);
+    // The Organiser goes on without drivers, but the user and the administrator learn why.
+    m_suite.drivers->setErrorReport([this](const QString& reason) {
+        qWarning("%s", qUtf8Printable(reason));
+        Messages::show({reason, {}, MessageIcon::Warning, MessageButton::Ok, MessageButton::Ok, this});
+    });
+    m_suite.instrumentDriversInUse = m_suite.settings->InstrumentDriversInUse();
+    if (!m_suite.store->warning().isEmpty())
+        Messages::show(
+            {m_suite.store->warning(), {}, MessageIcon::Warning, MessageButton::Ok, MessageButton::Ok, this});
+}
+
+void MainWindow::openDiagnosticLog()
+{
+    SuiteSettings* settings = m_suite.settings.get();
+    m_suite.log = std::make_unique<DiagnosticLog>([settings] { return settings->DiagnosticLogLevel(); });
+    DiagnosticLog::setProcessWide(m_suite.log.get());
+    if (settings->DiagnosticLogLevel() > 0 && !m_suite.log->Open(m_suite.paths->LogFolder()))
+        Messages::show({QStringLiteral("The diagnostic log \"%1\" cannot be written (%2). "
+                                       "The Organiser runs without it.")
+                            .arg(m_suite.log->filePath(), m_suite.log->errorString()),
+                        {},
+                        MessageIcon::Warning,
+                        MessageButton::Ok,
+                        MessageButton::Ok,
+                        this});
+}
+
+bool MainWindow::createFileSystemObject()
+{
+    m_suite.fileSystem = m_options.fileSystemFactory();
+    if (m_suite.fileSystem)
+        return true;
+    Messages::show({fileSystemMissingText(), QStringLiteral("File Not Found"), MessageIcon::Critical,
+                    MessageButton::Ok, MessageButton::Ok, this});
+    return false;
 }
 
 // Starting the web engine takes most of a start-up; it waits for the
@@ -146,10 +267,10 @@ void MainWindow::createBrowser()
 // that is never painted (minimised at start) gets its engine a little later.
 void MainWindow::startBrowserEngineSoon()
 {
-    if (m_engineStartQueued || !m_browser || m_browser->engineStarted())
+    if (m_engineStartQueued || m_browser->engineStarted())
         return;
     m_engineStartQueued = true;
-    QTimer::singleShot(0, this, [this] { m_browser->StartEngine(); });
+    QTimer::singleShot(0, m_browser, &BrowserControl::StartEngine);
 }
 
 bool MainWindow::event(QEvent* event)
@@ -158,273 +279,6 @@ bool MainWindow::event(QEvent* event)
     if (event->type() == QEvent::Paint && m_mainWindowLoaded)
         startBrowserEngineSoon();
     return handled;
-}
-
-void MainWindow::createPreviewAndLaunching()
-{
-    PreviewPane::Hooks previewHooks;
-    previewHooks.documentType = [this] { return folderKindFromData(m_folderTree->currentNode().data()); };
-    previewHooks.setNodePage = [this](const QString& address) {
-        m_folderTree->currentNode().setPage(address);
-    };
-    m_preview = new PreviewPane(*m_browser, *m_plateViewer, *m_suite.paths, std::move(previewHooks), this);
-    m_fileView->setPreviewHandlers(
-        [this](const FileListItem& item) {
-            const PreviewItem preview{item.path(), item.isFolder()};
-            m_preview->ShowPreview(&preview);
-        },
-        [this](bool waitUntilLoaded) { m_preview->ClearPreview(waitUntilLoaded); });
-    // The root's page is the welcome page; it shows whenever the root is selected.
-    connect(m_folderTree, &FolderTreeControl::currentNodeChanged, this, [this](const FolderNode& node, int) {
-        if (node.level() == 0 && !node.page().isEmpty())
-            m_preview->ShowPage(node.page());
-    });
-    createLauncher();
-    createWelcomePage();
-    createFindingAids();
-}
-
-void MainWindow::createLauncher()
-{
-    LaunchContext launching;
-    launching.canPerform = [this](const QString& operation) {
-        return m_authorisation->CanPerformGeneralOperation(operation);
-    };
-    launching.audit = [this](const QString& entry) {
-        return m_authorisation->AddAuditTrailEntryOperationGeneral(entry);
-    };
-    launching.securityEnabled = [this] { return m_security->SecurityEnabled(); };
-    // Open and Run act on the file list's (first) selected document; the
-    // enabling rules make sure there is exactly one.
-    launching.selectedDocumentPath = [this] {
-        const QList<FileListItem> selected = m_fileList->selectedItems();
-        return selected.isEmpty() ? QString() : selected.first().path();
-    };
-    launching.startNewProtocolWizard = [this] { m_wizards->ShowPicker(this); };
-    launching.documentUsed = [this](const QString& path) {
-        if (m_recent)
-            m_recent->add(path);
-    };
-    launching.owner = this;
-    m_launcher = std::make_unique<DocumentLauncher>(*m_suite.paths, std::move(launching));
-    createWizards();
-    m_documentCommands->setLauncher(m_launcher.get());
-    m_fileView->setCanCreateProtocol(m_launcher->CanCreateProtocol());
-}
-
-void MainWindow::createWizards()
-{
-    WizardHooks hooks;
-    hooks.closeHelpIfOpen = [this] { return m_help->CloseHelpIfOpen(); };
-    hooks.displayHelp = [this](int topic) { m_help->DisplayHelpContext(topic); };
-    hooks.securityEnabled = [this] { return m_security->SecurityEnabled(); };
-    hooks.securityManager = [this] { return m_suite.paths->SecurityManager(); };
-    hooks.recreateResultsNode = [this] { m_organiserTree->RecreateResultsNode(); };
-    hooks.handleChangedHLD = [this] { HandleChangedHLD(); };
-    hooks.openNewProtocol = [this](const QString& path) { m_launcher->OpenNewProtocol(path); };
-    hooks.logTrace = [this](const QString& line) {
-        if (m_suite.log)
-            m_suite.log->LogNote(line);
-    };
-    m_wizards = std::make_unique<NewProtocolWizards>(*m_suite.paths, *m_suite.settings, std::move(hooks));
-}
-
-void MainWindow::createWelcomePage()
-{
-    WelcomeActions welcome;
-    welcome.resetTimeOut = [this] { resetLogOutTimeOut(); };
-    welcome.readyState = [this] { return m_browser->ReadyState(); };
-    welcome.selectProtocolsNode = [this] { m_folderTree->setCurrentNode(m_organiserTree->protocolsNode()); };
-    welcome.selectResultsNode = [this] { m_folderTree->setCurrentNode(m_organiserTree->resultsNode()); };
-    welcome.createProtocol = [this] { m_launcher->CreateProtocol(); };
-    welcome.createLayoutTemplate = [this] { m_launcher->CreateLayout(); };
-    welcome.exit = [this] { close(); };
-    if (m_suite.settings->ShowRecentDocuments())
-        welcome.openRecent = [this](int index) {
-            // Not from inside the browser's navigation callback: showing the
-            // document navigates the same browser to its preview.
-            if (index < m_welcomeRecent.size())
-                QTimer::singleShot(0, this, [this, path = m_welcomeRecent[index]] { ShowDocument(path); });
-        };
-    welcome.owner = this;
-    m_welcome = std::make_unique<WelcomePage>(std::move(welcome));
-    connect(
-        m_browser, &BrowserControl::BeforeNavigate2, this,
-        [this](const QUrl& url, bool& cancel) { m_welcome->WebBrowser1_BeforeNavigate2(url, cancel); },
-        Qt::DirectConnection);
-    connect(m_browser, &BrowserControl::CommandStateChange, this,
-            [this] { m_welcome->WebBrowser1_CommandStateChange(); });
-}
-
-void MainWindow::resetLogOutTimeOut()
-{
-    if (m_security)
-        m_security->ResetLogOutTimeOutTimer();
-}
-
-void MainWindow::connectCommands()
-{
-    m_commands = new CommandDispatcher(
-        *m_toolBars, [this] { resetLogOutTimeOut(); }, this);
-    connect(m_toolBars, &ToolBarsControl::toolClick, m_commands, &CommandDispatcher::ToolClick);
-    m_commands->setCommand(QStringLiteral("ID_Exit"), [this] { close(); });
-    ShellCommands::Register(*m_commands, this, Resources().LoadResString(Resources::ProductTitle));
-    ShellCommands::ApplyMenuFont(*m_toolBars);
-    ShellCommands::AddShortcutKeys(*m_toolBars);
-    connectHelp();
-    hideAuditTrailCommand();
-}
-
-// The help window is made on first use, with the settings of the start-up;
-// context help follows the kind of folder selected (the root's topic is the
-// getting-started one).
-void MainWindow::connectHelp()
-{
-    m_help->setViewerFactory([this](const QString& file, QString& error) {
-        return HelpWindow::factory(m_suite.store.get())(file, error);
-    });
-    m_commands->setCommand(QStringLiteral("ID_Options"), [this] { ShowOptions(); });
-    m_help->setContextHooks([this] { resetLogOutTimeOut(); },
-                            [this] { return m_folderTree->currentNode().data(); });
-    m_commands->setCommand(QStringLiteral("ID_HelpContext"), [this] { m_help->ShowContextHelp(); });
-    m_commands->setCommand(QStringLiteral("ID_ContentsIndex"), [this] { m_help->DisplayeHelpTOC(); });
-    m_commands->setCommand(QStringLiteral("ID_GettingStarted"),
-                           [this] { m_help->DisplayHelpContext(HelpTopics::GettingStarted); });
-}
-
-// The subsystems' objects, made once the suite components exist, each with
-// the components it uses.
-void MainWindow::createSubsystems()
-{
-    createSecuritySession();
-    createOrganiser();
-    connectOrganiser();
-    m_commands->setCommand(QStringLiteral("ID_New"),
-                           [this] { PerformDocumentCommand(DocumentCommand::New); });
-    m_commands->setCommand(QStringLiteral("ID_Open"),
-                           [this] { PerformDocumentCommand(DocumentCommand::Open); });
-    m_commands->setCommand(QStringLiteral("ID_Run"),
-                           [this] { PerformDocumentCommand(DocumentCommand::Run); });
-    m_commands->setCommand(QStringLiteral("ID_ChangePassword"), [this] { m_security->ChangePassword(); });
-    m_commands->setCommand(QStringLiteral("ID_LogOut"), [this] { m_security->LogOut(); });
-    connect(m_statusBar, &StatusBarControl::panelClick, this, [this](int panel) {
-        if (panel == SecuritySession::SessionPanel)
-            m_security->ShowSessionInformation();
-    });
-}
-
-// The folder tree, the file list's logic and the document commands.
-void MainWindow::createOrganiser()
-{
-    auto reset = [this] { resetLogOutTimeOut(); };
-    OrganiserTreeSources sources{*m_suite.resources,
-                                 *m_suite.settings,
-                                 *m_suite.paths,
-                                 *m_suite.drivers,
-                                 m_suite.instrumentDriversInUse,
-                                 [this] { return WelcomePage::PageFile(*m_suite.settings, *m_suite.paths); }};
-    m_organiserTree =
-        std::make_unique<OrganiserTree>(*m_folderTree, *m_fileList, *m_shortcutsBar, std::move(sources));
-    m_treeNavigation = std::make_unique<TreeNavigation>(*m_folderTree, *m_organiserTree);
-    m_fileView = std::make_unique<FileView>(*m_folderTree, *m_fileList, *m_toolBars, *m_suite.settings,
-                                            *m_suite.paths, m_suite.instrumentDriversInUse, reset);
-    m_documentCommands = std::make_unique<DocumentCommands>(*m_folderTree, reset);
-    m_documentCommands->setHelp([this](int topic) { m_help->DisplayHelpContext(topic); });
-    connectShellNotifications();
-}
-
-// The change notifications act on the tree's branch operations, the file
-// list and the preview; they watch the parent folder of the data folders.
-void MainWindow::connectShellNotifications()
-{
-    NotificationTargets targets;
-    OrganiserTree& tree = *m_organiserTree;
-    targets.IsThisFolderANebraFolder = [&tree](const QString& p) { return tree.IsThisFolderANebraFolder(p); };
-    targets.IsThisCurrentFolder = [&tree](const QString& p) { return tree.IsThisCurrentFolder(p); };
-    targets.IsThisFileInCurrentFolder = [&tree](const QString& p) {
-        return tree.IsThisFileInCurrentFolder(p);
-    };
-    targets.AddExplorerBranch = [&tree](const QString& p) { return tree.AddExplorerBranch(p); };
-    targets.RemoveExplorerBranch = [&tree](const QString& p) { return tree.RemoveExplorerBranch(p); };
-    targets.RenameExplorerBranch = [&tree](const QString& from, const QString& to) {
-        return tree.RenameExplorerBranch(from, to);
-    };
-    targets.GoToOrganiserNode = [this] { m_treeNavigation->GoToOrganiserNode(); };
-    targets.refreshFileList = [this] { m_fileList->refresh(); };
-    targets.fileListItemCount = [this] { return m_fileList->itemCount(); };
-    targets.previewCurrentItem = [this] {
-        const FileListItem item = m_fileList->currentItem();
-        if (!item.isValid() || !m_preview)
-            return;
-        const PreviewItem preview{item.path(), item.isFolder()};
-        m_preview->ShowPreview(&preview);
-    };
-    m_notifications->setTargets(std::move(targets));
-    // Watching starts before the data folders are made on a first start, so
-    // their parent is made here if need be (making the data folders would
-    // make it a moment later anyway).
-    m_notifications->setWatchedRoots([this] {
-        const QString parent = m_suite.paths->ParentDirectory();
-        QDir().mkpath(parent);
-        return QStringList{parent};
-    });
-    m_notifications->setWindowId([this] { return quintptr(winId()); });
-}
-
-// The events that tie the organiser's objects to the controls.
-void MainWindow::connectOrganiser()
-{
-    connect(
-        m_folderTree, &FolderTreeControl::currentNodeChanged, this,
-        [this](const FolderNode& node, int state) { m_treeNavigation->OnCurrentNodeChanged(node, state); });
-    m_fileView->connectEvents();
-    // The tree's button keys are the document commands' numbers; other keys are not commands.
-    connect(m_folderTree, &FolderTreeControl::buttonClicked, this,
-            [this](int key) { PerformDocumentCommand(static_cast<DocumentCommand>(key)); });
-    connect(m_fileView.get(), &FileView::folderAppeared, this,
-            [this](const QString& path) { m_organiserTree->AddExplorerBranch(path); });
-    connect(m_fileView.get(), &FileView::folderVanished, this,
-            [this](const QString& path) { m_organiserTree->RemoveExplorerBranch(path); });
-    // A shortcuts-bar item's key is the folder kind of the node it leads to.
-    connect(m_shortcutsBar, &ShortcutsBar::itemClicked, this, [this](const QString& key) {
-        m_folderTree->setCurrentNode(m_organiserTree->nodeForKind(folderKindFromData(key.toInt())));
-    });
-}
-
-void MainWindow::PerformDocumentCommand(DocumentCommand command)
-{
-    m_documentCommands->PerformDocumentCommand(command);
-}
-
-void MainWindow::createSecuritySession()
-{
-    auto factory = [this](QString* error) {
-        return NebraSecurityManager::create(*m_suite.store, m_options.securityManager, error);
-    };
-    SecuritySessionHooks hooks{[this] { UnloadAllExceptMain(); }, [this] { close(); }, m_options.endProcess};
-    m_security = std::make_unique<SecuritySession>(*m_suite.settings, this, *m_toolBars, *m_statusBar,
-                                                   factory, std::move(hooks));
-    m_authorisation = std::make_unique<Authorisation>(*m_security, this);
-}
-
-void MainWindow::createDataFolders()
-{
-    m_dataFolders = std::make_unique<DataFolders>(
-        *m_suite.paths, *m_suite.settings,
-        [this]() -> const HLDCollection& { return m_suite.drivers->collection(); },
-        m_options.fileSystemFactory);
-}
-
-MainWindow::LoadOutcome MainWindow::Load()
-{
-    StartUpSequence sequence(*this);
-    const LoadOutcome outcome = sequence.run();
-    if (outcome == LoadOutcome::Loaded) {
-        m_mainWindowLoaded = true;
-        constexpr int UnpaintedWindowMs = 500;
-        QTimer::singleShot(UnpaintedWindowMs, this, [this] { startBrowserEngineSoon(); });
-    }
-    return outcome;
 }
 
 void MainWindow::recordDesignGeometry()
@@ -461,6 +315,31 @@ void MainWindow::changeEvent(QEvent* event)
     QMainWindow::changeEvent(event);
 }
 
+void MainWindow::resizeEvent(QResizeEvent* event)
+{
+    QMainWindow::resizeEvent(event);
+    applyResizeRule();
+}
+
+void MainWindow::applyResizeRule()
+{
+    if (isMinimized())
+        return;
+    QWidget* client = centralWidget();
+    const PanesGeometry geometry(logicalDpiX(), logicalDpiY());
+    m_panes->move(0, geometry.topPixels());
+    const QStatusBar* status = statusBar();
+    const int statusHeight = status->isVisible() ? status->height() : 0;
+    const std::optional<QSize> size =
+        geometry.panesSizePixels(frameGeometry().size(), client->width(), statusHeight);
+    if (!size)
+        return;
+    // The rule measures the whole window; the client area below the menu and
+    // tool bars can be smaller, and the panes never reach under the status bar.
+    const int room = std::max(0, client->height() - geometry.topPixels());
+    m_panes->resize(size->width(), std::min(size->height(), room));
+}
+
 void MainWindow::showFromOtherInstance()
 {
     if (isMinimized())
@@ -472,12 +351,8 @@ void MainWindow::showFromOtherInstance()
 
 void MainWindow::UnloadAllExceptMain()
 {
-    // The session has ended: its viewer goes first, and its command with it.
-    closeAuditTrail();
-    hideAuditTrailCommand();
-    if (m_optionsCommand)
-        m_optionsCommand->Unload();
-    m_help->CloseHelpIfOpen();
+    if (m_organiser)
+        m_organiser->unloadSessionWindows();
     QWidget* active = QApplication::activeWindow();
     if (active && active != this)
         active->close();
@@ -486,6 +361,17 @@ void MainWindow::UnloadAllExceptMain()
     for (QWidget* window : QApplication::topLevelWidgets())
         if (window != this && !(window->windowType() == Qt::Popup || window->windowType() == Qt::ToolTip))
             window->close();
+}
+
+void MainWindow::unloadMainWindow()
+{
+    close();
+}
+
+void MainWindow::endProcess()
+{
+    if (m_options.endProcess)
+        m_options.endProcess();
 }
 
 void MainWindow::closeEvent(QCloseEvent* event)
@@ -499,17 +385,9 @@ void MainWindow::Unload()
     if (m_unloaded)
         return;
     m_unloaded = true;
-    // A window whose load did not complete keeps the stored mode unchanged.
-    if (m_mainWindowLoaded)
-        m_suite.settings->SetExplorerModeFlag(m_folderTree->displayMode() == 2);
-    m_help->CloseHelpIfOpen();
-    m_notifications->TerminateSHCNENotification();
-    if (m_optionsCommand)
-        m_optionsCommand->Unload();
-    closeAuditTrail();
-    // A window whose start-up ended early may have no session.
-    if (m_security)
-        m_security->CloseSession();
+    // A window whose start-up ended before the subsystems existed has nothing to end.
+    if (m_organiser)
+        m_organiser->unload(m_mainWindowLoaded);
 }
 
 } // namespace nebra

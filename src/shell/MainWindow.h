@@ -1,8 +1,8 @@
 #pragma once
 
-#include "DocumentCommand.h"
 #include "FileSystemObject.h"
 #include "SecurityManagerOptions.h"
+#include "SecuritySession.h"
 #include "SuiteComponents.h"
 
 #include <QCoreApplication>
@@ -16,32 +16,17 @@ class QSplitter;
 
 namespace nebra {
 
-class AuditTrailWindow;
-class Authorisation;
 class BrowserControl;
-class CommandDispatcher;
-class DataFolders;
-class DocumentLauncher;
-class DocumentCommands;
 class FileListControl;
-class FileView;
 class FolderTreeControl;
-class HelpSystem;
-class NewProtocolWizards;
+class Organiser;
 class PlateLayoutViewer;
-class PreviewPane;
-class SecuritySession;
-class ShellNotifications;
 class ShortcutsBar;
 class SingleInstance;
 class SplashScreen;
 class StatusBarControl;
 class ToolBarsControl;
-class WelcomePage;
-class OptionsCommand;
-class RecentDocuments;
-class OrganiserTree;
-class TreeNavigation;
+struct MainWindowControls;
 
 struct MainWindowOptions
 {
@@ -56,9 +41,12 @@ struct MainWindowOptions
     SecurityManagerOptions securityManager;
 };
 
-// The Organiser's main window. Load() runs the start-up sequence; closing
-// the window runs the shutdown sequence.
-class MainWindow : public QMainWindow
+// The Organiser's main window: it makes its controls, and Load() runs the
+// start-up in its fixed order, making the suite components and then the
+// subsystems (Organiser) that act on the controls. Closing the window runs
+// the shutdown. The controls and subsystems are reached through the window's
+// object tree (by type and accessible name), not through the window.
+class MainWindow : public QMainWindow, public SessionEnding
 {
     Q_OBJECT
 public:
@@ -77,65 +65,17 @@ public:
     explicit MainWindow(Options options = Options());
     ~MainWindow() override;
 
+    // The start-up sequence. With logging on it writes one block line after
+    // opening the log and 28 trace lines, one or more after each major step;
+    // the steps it calls write their own.
     LoadOutcome Load();
     bool MainWindowLoaded() const { return m_mainWindowLoaded; }
 
     // Closes every other window of the program (used by a forced log-out).
-    void UnloadAllExceptMain();
+    void UnloadAllExceptMain() override;
 
-    // The suite components, once the start-up has made them.
-    const SuiteComponents& suite() const { return m_suite; }
-    const Options& options() const { return m_options; }
-    ToolBarsControl& toolBars() const { return *m_toolBars; }
-    StatusBarControl& statusBarControl() const { return *m_statusBar; }
-    ShortcutsBar& shortcutsBar() const { return *m_shortcutsBar; }
-    FolderTreeControl& folderTree() const { return *m_folderTree; }
-    FileListControl& fileList() const { return *m_fileList; }
-    PlateLayoutViewer& plateLayoutViewer() const { return *m_plateViewer; }
-    CommandDispatcher& commands() const { return *m_commands; }
-    // Made by the start-up once the suite components exist.
-    OrganiserTree& organiserTree() const { return *m_organiserTree; }
-    ShellNotifications& shellNotifications() const { return *m_notifications; }
-    SecuritySession& securitySession() const { return *m_security; }
-    // The browser, the preview pane and the launcher of the suite's programs
-    // exist once the start-up has created the browser. The browser's web
-    // engine starts right after the window's first paint once loaded (or when
-    // a page is first waited for), so the window shows before the engine's
-    // processes start.
-    BrowserControl* browser() const { return m_browser; }
-    PreviewPane* previewPane() const { return m_preview; }
-    DocumentLauncher* launcher() const { return m_launcher.get(); }
-    HelpSystem& help() const { return *m_help; }
-    // Made by the first Options command.
-    OptionsCommand* optionsCommand() const { return m_optionsCommand.get(); }
-    // The container of the panes, placed by the resize rule in the client area.
-    QWidget& panes() const { return *m_panes; }
-
-    // The Options command.
-    void ShowOptions();
-    // Re-points the instrument node at the driver CurrentHLD selects now.
-    void HandleChangedHLD();
-    // The shortcuts bar and the preview pane shown or hidden; the other panes take the room.
-    void setShortcutsBarShown(bool shown);
-    void setPreviewPaneShown(bool shown);
-    // The new-protocol wizards, once the launcher exists.
-    NewProtocolWizards* wizards() const { return m_wizards.get(); }
-
-    // Selects the document's folder in the tree and the document in the list
-    // (File > Recent, the welcome page's recent links).
-    void ShowDocument(const QString& path);
-    // Made at start-up unless the recent documents are switched off.
-    RecentDocuments* recentDocuments() const { return m_recent.get(); }
-
-    // The document commands of the tree's buttons and the tool bar.
-    void PerformDocumentCommand(DocumentCommand command);
-
-    // Tools > Audit Trail...: opens the audit trail viewer for a user with
-    // the right "Security"/"ViewAuditTrail", recording the opening. The
-    // command is shown and enabled only while a security session is active.
-    void ShowAuditTrail();
-    // The open viewer, if any.
-    AuditTrailWindow* auditTrailWindow() const;
+    // The texts of the box shown when the file-system component is missing.
+    static QString fileSystemMissingText();
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -144,44 +84,26 @@ protected:
     bool event(QEvent* event) override;
 
 private:
-    friend class StartUpSequence;
+    // The session ends the program through these.
+    void unloadMainWindow() override;
+    void endProcess() override;
 
     void createControls();
     void createPreviewArea(QSplitter* splitter);
-    void connectCommands();
-    void createSubsystems();
-    void connectHelp();
-    void createOrganiser();
-    void connectShellNotifications();
-    void connectOrganiser();
-    void resetLogOutTimeOut();
-    void createSecuritySession();
-    void createDataFolders();
-    void createBrowser();
+    MainWindowControls controls() const;
+    bool activatePreviousInstance();
+    void createSettingsAndPaths();
+    void openDiagnosticLog();
+    bool createFileSystemObject();
+    bool runLoadingSteps();
     void startBrowserEngineSoon();
-    void createPreviewAndLaunching();
-    void createLauncher();
-    void createWizards();
-    void createWelcomePage();
-    void createOptionsCommand();
-    void createFindingAids();
-    void hideAuditTrailCommand();
-    void offerAuditTrailCommand();
-    void closeAuditTrail();
-    void createRecentDocuments();
-    void showRecentOnWelcomePage();
-    void showSelectionInFileManager();
-    void refreshPreview();
-    void selectFolder(const QString& folder);
     void applyResizeRule();
     void recordDesignGeometry();
     void restoreDesignGeometryAndMaximise();
     void showFromOtherInstance();
-    void showSplash();
     void Unload();
 
     Options m_options;
-    SuiteComponents m_suite;
     std::unique_ptr<SingleInstance> m_singleInstance;
     ToolBarsControl* m_toolBars = nullptr;
     StatusBarControl* m_statusBar = nullptr;
@@ -192,27 +114,12 @@ private:
     QWidget* m_panes = nullptr;
     PlateLayoutViewer* m_plateViewer = nullptr;
     BrowserControl* m_browser = nullptr;
-    bool m_engineStartQueued = false;
-    PreviewPane* m_preview = nullptr;
-    std::unique_ptr<DocumentLauncher> m_launcher;
-    std::unique_ptr<NewProtocolWizards> m_wizards;
-    std::unique_ptr<WelcomePage> m_welcome;
-    CommandDispatcher* m_commands = nullptr;
-    std::unique_ptr<SecuritySession> m_security;
-    std::unique_ptr<Authorisation> m_authorisation;
-    std::unique_ptr<ShellNotifications> m_notifications;
-    std::unique_ptr<HelpSystem> m_help;
-    std::unique_ptr<DataFolders> m_dataFolders;
-    std::unique_ptr<OrganiserTree> m_organiserTree;
-    std::unique_ptr<TreeNavigation> m_treeNavigation;
-    std::unique_ptr<FileView> m_fileView;
-    std::unique_ptr<DocumentCommands> m_documentCommands;
-    std::unique_ptr<OptionsCommand> m_optionsCommand;
-    std::unique_ptr<RecentDocuments> m_recent;
-    QStringList m_welcomeRecent; // the recent documents the welcome page lists, in its order
+    SuiteComponents m_suite;
+    // Made by the start-up once the suite components exist; goes before the controls.
+    std::unique_ptr<Organiser> m_organiser;
     QPointer<SplashScreen> m_splash;
-    QPointer<AuditTrailWindow> m_auditTrail;
     std::array<short, 4> m_designTwips{};
+    bool m_engineStartQueued = false;
     bool m_mainWindowLoaded = false;
     bool m_unloaded = false;
     bool m_holdMaximised = false;

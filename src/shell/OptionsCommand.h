@@ -1,59 +1,67 @@
 #pragma once
 
+#include "OptionsDialog.h"
+
 #include <QString>
 
-#include <functional>
 #include <memory>
+
+class QWidget;
 
 namespace nebra {
 
-class OptionsDialog;
+class Authorisation;
+class DataFolders;
+class FileView;
+class FolderTreeControl;
+class HelpSystem;
+class InstalledDrivers;
+class OrganiserTree;
+class PaneSetup;
+class PreviewPane;
 class SuitePaths;
 class SuiteSettings;
 
-// What the Options command changes in the main window.
-struct OptionsCommandHooks
+// What the Options command reads and changes.
+struct OptionsCommandParts
 {
-    // Makes the dialog, on the command's first use.
-    std::function<std::unique_ptr<OptionsDialog>()> createDialog;
-    std::function<void(bool shown)> showShortcutsBar;
-    std::function<void(bool shown)> showPreviewPane;
-    // Shows the selected node's page or document in the preview pane again.
-    std::function<void()> refreshPreview;
-    // The selected tree node's folder kind and folder path.
-    std::function<int()> selectedKind;
-    std::function<QString()> selectedFolder;
-    std::function<void()> rebuildTree;
-    // Selects the node of the folder; a folder not in the tree selects nothing.
-    std::function<void(const QString& folder)> selectFolder;
+    SuiteSettings& settings;
+    SuitePaths& paths;
+    DataFolders& folders;
+    InstalledDrivers& drivers;
+    const Authorisation& authorisation;
+    HelpSystem& help;
+    FolderTreeControl& tree;
+    OrganiserTree& organiser;
+    FileView& fileView;
+    PreviewPane& preview;
+    const PaneSetup& panes;
+    QWidget& owner; // of the dialog
 };
 
 // The main window's Options command: shows the Options dialog (made once,
 // kept hidden between showings) and, after OK, applies the view options and
-// follows a changed parent directory with the tree.
+// follows a changed parent directory with the tree. The preview is refreshed
+// and the folder followed only for a node whose document type follows the
+// options (the document type table's followsOptions).
 class OptionsCommand
 {
 public:
-    OptionsCommand(SuiteSettings& settings, SuitePaths& paths, OptionsCommandHooks hooks);
+    explicit OptionsCommand(OptionsCommandParts parts);
     ~OptionsCommand();
 
     void ShowOptions();
     // Destroys the dialog (the window's shutdown, a forced log-out).
     void Unload();
-    OptionsDialog* dialog() const { return m_dialog.get(); }
-
-    // The kinds whose preview and selection follow the options: the root,
-    // layouts, protocols and results.
-    static bool FollowsOptions(int kind);
 
 private:
-    void applyPreview(int kind);
+    std::unique_ptr<OptionsDialog> createDialog();
+    void applyPreview(bool follows);
     void applyShortcuts();
-    void followParentDirectory(const QString& oldParent, int kind, const QString& oldFolder);
+    void followParentDirectory(const QString& oldParent, bool follows, const QString& oldFolder);
+    void refreshPreview();
 
-    SuiteSettings& m_settings;
-    SuitePaths& m_paths;
-    OptionsCommandHooks m_hooks;
+    OptionsCommandParts m_parts;
     std::unique_ptr<OptionsDialog> m_dialog;
 };
 

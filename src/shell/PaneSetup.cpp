@@ -1,135 +1,135 @@
 #include "PaneSetup.h"
 
 #include "DiagnosticLog.h"
-#include "DocumentCommand.h"
+#include "DocumentTypes.h"
 #include "FileListControl.h"
-#include "FolderKind.h"
 #include "FolderTreeControl.h"
-#include "MainWindow.h"
+#include "MainWindowControls.h"
 #include "PlateLayoutViewer.h"
 #include "Resources.h"
 #include "ShortcutsBar.h"
 #include "StyleIcons.h"
+#include "SuiteComponents.h"
 #include "SuiteSettings.h"
-
-#include <QStyle>
+#include "ToolDefinitions.h"
 
 namespace nebra {
 
 namespace {
 constexpr int SpacedButtonsFlag = 32;
 
-// Keys of the shortcuts-bar items: the folder kind of the tree node each leads to.
-QString keyOf(FolderKind kind)
+void addButton(FolderTreeControl& tree, CommandId command)
 {
-    return QString::number(toData(kind));
+    const ToolDefinitions::Command& row = ToolDefinitions::command(command);
+    tree.addButton(row.treeButton, QString::fromLatin1(row.caption).remove(QLatin1Char('&')));
 }
-const QString OrganiserKey = keyOf(FolderKind::None);
-const QString InstrumentKey = keyOf(FolderKind::ReadConfigurations);
-const QString LayoutsKey = keyOf(FolderKind::Layouts);
-const QString ProtocolsKey = keyOf(FolderKind::Protocols);
-const QString ResultsKey = keyOf(FolderKind::Results);
-const QString ReportsKey = keyOf(FolderKind::Reports);
 
 void addDocumentButtons(FolderTreeControl& tree)
 {
-    tree.addButton(buttonKey(DocumentCommand::New), QStringLiteral("New"));
-    tree.addButton(buttonKey(DocumentCommand::Open), QStringLiteral("Open"));
-    tree.addButton(buttonKey(DocumentCommand::Run), QStringLiteral("Run"));
+    addButton(tree, CommandId::New);
+    addButton(tree, CommandId::Open);
+    addButton(tree, CommandId::Run);
 }
 
-QStyle::StandardPixmap pictureForKey(const QString& key)
+QString captionOf(const Resources& resources, const DocumentTypeDescription& type)
 {
-    if (key == OrganiserKey)
-        return QStyle::SP_DirHomeIcon;
-    if (key == InstrumentKey)
-        return QStyle::SP_DriveHDIcon;
-    if (key == ReportsKey)
-        return QStyle::SP_FileDialogDetailedView;
-    return QStyle::SP_DirIcon;
+    return type.captionResource ? resources.LoadResString(type.captionResource)
+                                : QLatin1String(type.captionText);
 }
 } // namespace
 
-PaneSetup::PaneSetup(MainWindow& window) : m_window(window) {}
+PaneSetup::PaneSetup(const MainWindowControls& controls, const SuiteComponents& suite)
+    : m_controls(controls), m_suite(suite)
+{
+}
 
 void PaneSetup::ApplyShortcutsBarSetting() const
 {
     LogTraceBlock();
-    m_window.shortcutsBar().setMode(m_window.suite().settings->ShowShortcutsBar() ? 0 : 2);
+    m_controls.shortcuts.setMode(m_suite.settings->ShowShortcutsBar() ? ShortcutsBar::Mode::Shown
+                                                                      : ShortcutsBar::Mode::Collapsed);
 }
 
 void PaneSetup::applyTreeDisplayMode() const
 {
-    FolderTreeControl& tree = m_window.folderTree();
-    tree.setDisplayMode(1);
-    if (m_window.suite().settings->ExplorerModeFlag())
-        tree.setDisplayMode(2);
+    FolderTreeControl& tree = m_controls.tree;
+    tree.setDisplayMode(FolderTreeControl::DisplayMode::Compact);
+    if (m_suite.settings->ExplorerModeFlag())
+        tree.setDisplayMode(FolderTreeControl::DisplayMode::Explorer);
 }
 
 void PaneSetup::configureTreeAndFileList() const
 {
-    m_window.fileList().addColumn(QStringLiteral("Comment"));
+    m_controls.list.addColumn(QStringLiteral("Comment"));
 }
 
 void PaneSetup::addTreeButtons() const
 {
-    FolderTreeControl& tree = m_window.folderTree();
-    tree.addButton(Back, QStringLiteral("Back"));
-    tree.addButton(Forward, QStringLiteral("Forward"));
-    tree.addButton(Up, QStringLiteral("Up"));
-    if (m_window.suite().settings->ToolbarFlags() & SpacedButtonsFlag) {
-        for (int key = FirstSpacer; key <= LastSpacer; ++key)
+    using ToolDefinitions::Separator;
+    FolderTreeControl& tree = m_controls.tree;
+    tree.addButton(FolderTreeControl::BackButton, QStringLiteral("Back"));
+    tree.addButton(FolderTreeControl::ForwardButton, QStringLiteral("Forward"));
+    tree.addButton(FolderTreeControl::UpButton, QStringLiteral("Up"));
+    if (m_suite.settings->ToolbarFlags() & SpacedButtonsFlag) {
+        for (int key = ToolDefinitions::FirstSpacer; key <= ToolDefinitions::LastSpacer; ++key)
             tree.addButton(key, QStringLiteral(" "));
         addDocumentButtons(tree);
     } else {
         tree.addSeparator(Separator);
         addDocumentButtons(tree);
         tree.addSeparator(Separator);
-        tree.addButton(buttonKey(DocumentCommand::Help), QStringLiteral("Help"));
+        addButton(tree, CommandId::HelpContext);
         tree.addSeparator(Separator);
     }
-    tree.setButtonEnabled(Back, false);
-    tree.setButtonEnabled(Forward, false);
-    tree.setButtonEnabled(Up, false);
+    tree.setButtonEnabled(FolderTreeControl::BackButton, false);
+    tree.setButtonEnabled(FolderTreeControl::ForwardButton, false);
+    tree.setButtonEnabled(FolderTreeControl::UpButton, false);
 }
 
 void PaneSetup::buildShortcutsBar() const
 {
-    const Resources& res = *m_window.suite().resources;
-    ShortcutsBar& bar = m_window.shortcutsBar();
+    const Resources& res = *m_suite.resources;
+    ShortcutsBar& bar = m_controls.shortcuts;
     const int tasks = bar.addGroup(res.LoadResString(Resources::TasksGroupCaption));
-    bar.addItem(tasks, res.LoadResString(Resources::OrganiserCaption), OrganiserKey);
-    bar.addItem(tasks, res.LoadResString(Resources::ProtocolsCaption), ProtocolsKey);
-    bar.addItem(tasks, res.LoadResString(Resources::ResultsCaption), ResultsKey);
-    bar.addItem(tasks, QStringLiteral("Reports"), ReportsKey);
-
+    for (const DocumentTypeDescription& type : DocumentTypes::all())
+        if (type.inTasksGroup)
+            bar.addItem(tasks, captionOf(res, type), type.shortcutKey());
     const int folders = bar.addGroup(res.LoadResString(Resources::FoldersGroupCaption));
-    bar.addItem(folders, res.LoadResString(Resources::OrganiserCaption), OrganiserKey);
-    if (m_window.suite().instrumentDriversInUse)
-        bar.addItem(folders, res.LoadResString(Resources::InstrumentDataCaption), InstrumentKey);
-    bar.addItem(folders, res.LoadResString(Resources::LayoutsCaption), LayoutsKey);
-    bar.addItem(folders, res.LoadResString(Resources::ProtocolsCaption), ProtocolsKey);
-    bar.addItem(folders, res.LoadResString(Resources::ResultsCaption), ResultsKey);
-    bar.addItem(folders, QStringLiteral("Reports"), ReportsKey);
+    for (const DocumentTypeDescription& type : DocumentTypes::all())
+        if (type.inFoldersGroup && (!type.perDriver || m_suite.instrumentDriversInUse))
+            bar.addItem(folders, captionOf(res, type), type.shortcutKey());
 }
 
 void PaneSetup::SetShortcutBarIcons() const
 {
     LogTraceBlock();
-    ShortcutsBar& bar = m_window.shortcutsBar();
+    ShortcutsBar& bar = m_controls.shortcuts;
     for (int group = 0; group < bar.groupCount(); ++group)
         for (int item = 0; item < bar.itemCaptions(group).size(); ++item)
-            bar.setItemIcon(group, item, StyleIcons::icon(pictureForKey(bar.itemKey(group, item))));
+            bar.setItemIcon(
+                group, item,
+                StyleIcons::named(QLatin1String(DocumentTypes::of(bar.itemKey(group, item).toInt()).icon)));
 }
 
 void PaneSetup::showPanes() const
 {
-    m_window.plateLayoutViewer().setBkColour(QColor(0xf4, 0xf6, 0xf8));
-    const SuiteSettings& settings = *m_window.suite().settings;
-    m_window.setShortcutsBarShown(settings.ShowShortcutsBar());
-    m_window.setPreviewPaneShown(settings.ShowPreviewPane());
-    m_window.folderTree().show();
-    m_window.fileList().show();
+    m_controls.plateViewer.setBkColour(QColor(0xf4, 0xf6, 0xf8));
+    const SuiteSettings& settings = *m_suite.settings;
+    setShortcutsBarShown(settings.ShowShortcutsBar());
+    setPreviewPaneShown(settings.ShowPreviewPane());
+    m_controls.tree.show();
+    m_controls.list.show();
+}
+
+void PaneSetup::setShortcutsBarShown(bool shown) const
+{
+    m_controls.shortcuts.setMode(shown ? ShortcutsBar::Mode::Shown : ShortcutsBar::Mode::Collapsed);
+    m_controls.shortcuts.setVisible(shown);
+}
+
+void PaneSetup::setPreviewPaneShown(bool shown) const
+{
+    m_controls.previewArea.setVisible(shown);
 }
 
 } // namespace nebra

@@ -3,6 +3,7 @@
 #include "CommandDispatcher.h"
 #include "Messages.h"
 #include "ToolBarsControl.h"
+#include "ToolDefinitions.h"
 
 #include <QAction>
 #include <QDesktopServices>
@@ -13,9 +14,8 @@ namespace nebra {
 
 void ShellCommands::Register(CommandDispatcher& commands, QObject* owner, const QString& productTitle)
 {
-    commands.setCommand(QStringLiteral("ID_About"),
-                        [owner, productTitle] { ShowAbout(owner, productTitle); });
-    commands.setCommand(QStringLiteral("ID_Quorvix"), [] { OpenMakerPage(); });
+    commands.setCommand(CommandId::About, [owner, productTitle] { ShowAbout(owner, productTitle); });
+    commands.setCommand(CommandId::Quorvix, [owner] { OpenMakerPage(owner); });
 }
 
 QString ShellCommands::aboutText(const QString& productTitle)
@@ -31,9 +31,20 @@ void ShellCommands::ShowAbout(QObject* owner, const QString& productTitle)
                     MessageIcon::Information, MessageButton::Ok, MessageButton::Ok, owner});
 }
 
-void ShellCommands::OpenMakerPage()
+QString ShellCommands::noBrowserText()
 {
-    QDesktopServices::openUrl(QUrl(QLatin1String(MakerPageAddress)));
+    return QStringLiteral("No web browser could be started to show the page. Open this address in a web "
+                          "browser:\n\n%1")
+        .arg(QLatin1String(MakerPageAddress));
+}
+
+void ShellCommands::OpenMakerPage(QObject* owner)
+{
+    if (QDesktopServices::openUrl(QUrl(QLatin1String(MakerPageAddress))))
+        return;
+    const QString title = QString::fromLatin1(ToolDefinitions::command(CommandId::Quorvix).caption);
+    Messages::show({noBrowserText(), QString(title).remove(QLatin1Char('&')), MessageIcon::Warning,
+                    MessageButton::Ok, MessageButton::Ok, owner});
 }
 
 bool ShellCommands::ApplyMenuFont(ToolBarsControl& tools)
@@ -49,7 +60,7 @@ bool ShellCommands::ApplyMenuFont(ToolBarsControl& tools)
 
 void ShellCommands::AddShortcutKeys(ToolBarsControl& tools)
 {
-    if (QAction* help = tools.action(QStringLiteral("ID_HelpContext")))
+    if (QAction* help = tools.action(ToolDefinitions::toolId(CommandId::HelpContext)))
         help->setShortcut(QKeySequence::HelpContents);
 }
 

@@ -18,15 +18,17 @@ public:
     static constexpr const char* MakerPageAddress = "https://www.quorvix.example/support";
     static constexpr const char* MenuFontFamily = "Tahoma";
 
-    // Sets the commands of ID_About and ID_Quorvix. The About box is owned by owner.
+    // Sets the commands About and Quorvix. The About box is owned by owner.
     static void Register(CommandDispatcher& commands, QObject* owner, const QString& productTitle);
 
     // The About box: the product title, the program's version and the Qt version.
     static void ShowAbout(QObject* owner, const QString& productTitle);
     static QString aboutText(const QString& productTitle);
 
-    // Opens the maker's page with the desktop's browser; a failure is ignored.
-    static void OpenMakerPage();
+    // Opens the maker's page with the desktop's browser. When no browser can
+    // be started a box says so and gives the address (owned by owner).
+    static void OpenMakerPage(QObject* owner = nullptr);
+    static QString noBrowserText();
 
     // Uses the Tahoma menu font where it is installed; returns whether it is.
     static bool ApplyMenuFont(ToolBarsControl& tools);

@@ -48,7 +48,6 @@ void WelcomePage::call(const std::function<void()>& action)
 
 void WelcomePage::WebBrowser1_BeforeNavigate2(const QUrl& target, bool& cancel)
 {
-    call(m_actions.resetTimeOut);
     cancel = true;
     const QString name = CommandName(target);
     if (name == QLatin1String("Run a protocol"))

@@ -16,7 +16,6 @@ class SuiteSettings;
 // What the welcome page's links do, given as hooks.
 struct WelcomeActions
 {
-    std::function<void()> resetTimeOut;         // the security session's log-out time-out
     std::function<int()> readyState;            // the browser's ready state, 0 to 4
     std::function<void()> selectProtocolsNode;  // makes the tree's protocols node the selected node
     std::function<void()> selectResultsNode;    // makes the tree's Results node the selected node
@@ -59,7 +58,9 @@ public:
     // The decoded target's text after its last backslash; the whole target when it has none.
     static QString CommandName(const QUrl& target);
 
-    // A link of the page was clicked: counts as user activity, always cancels.
+    // The page started a navigation (a link, a form, a script): always
+    // cancelled. It is not the user's activity: the click on a link is,
+    // and the program's input watch sees that.
     void WebBrowser1_BeforeNavigate2(const QUrl& target, bool& cancel);
     // Performs the pending commands when the page is complete.
     void WebBrowser1_CommandStateChange();

@@ -41,7 +41,7 @@ struct FolderBranches::Scan
     std::vector<QByteArray> rawNames; // the names from the walk's start down to the folder being listed
     QByteArray rawStart;
     quint32 colour = 0;
-    FolderKind kind = FolderKind::None;
+    DocumentType type = DocumentType::None;
 
     QByteArray rawPathOf(const QByteArray& name) const
     {
@@ -58,15 +58,15 @@ FolderBranches::FolderBranches(FolderTreeModel& nodes, ColourSource colour)
 }
 
 void FolderBranches::SetFolderNodeAttributes(const FolderNode& node, const QString& path,
-                                             FolderKind kind) const
+                                             DocumentType type) const
 {
     node.setFolderPath(path);
-    setAttributes(node, kind, m_colour ? m_colour() : 0);
+    setAttributes(node, type, m_colour ? m_colour() : 0);
 }
 
-void FolderBranches::setAttributes(const FolderNode& node, FolderKind kind, quint32 colour)
+void FolderBranches::setAttributes(const FolderNode& node, DocumentType type, quint32 colour)
 {
-    node.setData(toData(kind));
+    node.setData(toData(type));
     node.setDisplayFlagA(false);
     node.setDisplayStyle(FolderStyle);
     node.setDisplayFlagB(false);
@@ -74,11 +74,11 @@ void FolderBranches::setAttributes(const FolderNode& node, FolderKind kind, quin
 }
 
 void FolderBranches::AddSubFolderNodes(const QString& folderPath, const FolderNode& parentNode,
-                                       FolderKind kind) const
+                                       DocumentType type) const
 {
     Scan scan;
     scan.colour = m_colour ? m_colour() : 0;
-    scan.kind = kind;
+    scan.type = type;
     startScan(QFile::encodeName(folderPath), parentNode, scan, nullptr);
     if (scan.links.empty())
         return;
@@ -130,7 +130,7 @@ void FolderBranches::scanFolder(DirectoryReader::OpenFolder folder, quint64 devi
     for (const DirectoryReader::Subfolder& entry : listing.folders) {
         const FolderNode node = m_nodes.addNode(parent, entry.name);
         m_nodes.setDerivedFolderPath(node);
-        setAttributes(node, scan.kind, scan.colour);
+        setAttributes(node, scan.type, scan.colour);
         if (entry.isLink) {
             scan.links.push_back({scan.rawPathOf(entry.rawName), node, entry.target});
             continue;
@@ -171,7 +171,7 @@ bool FolderBranches::AddExplorerBranch(const QString& path) const
     if (!parent.isValid())
         return false;
     const FolderNode node = m_nodes.addNode(parent, path.mid(separator + 1));
-    SetFolderNodeAttributes(node, path, folderKindFromData(parent.data()));
+    SetFolderNodeAttributes(node, path, documentTypeFromData(parent.data()));
     return true;
 }
 

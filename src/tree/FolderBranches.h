@@ -1,7 +1,7 @@
 #pragma once
 
 #include "DirectoryReader.h"
-#include "FolderKind.h"
+#include "DocumentType.h"
 #include "FolderNode.h"
 
 #include <QString>
@@ -25,14 +25,14 @@ public:
     FolderBranches(FolderTreeModel& nodes, ColourSource colour);
 
     // The attributes every folder node below a top-level node carries.
-    void SetFolderNodeAttributes(const FolderNode& node, const QString& path, FolderKind kind) const;
+    void SetFolderNodeAttributes(const FolderNode& node, const QString& path, DocumentType type) const;
 
     // Adds one child per subfolder of folderPath, in the listing's order, and
     // fills each the same way. Hidden folders count. A link to a folder is
     // shown once, as a node; its contents are shown only when no other node
     // shows that folder already, so link loops end and nothing repeats. An
     // unreadable or vanished folder simply gets no children.
-    void AddSubFolderNodes(const QString& folderPath, const FolderNode& parentNode, FolderKind kind) const;
+    void AddSubFolderNodes(const QString& folderPath, const FolderNode& parentNode, DocumentType type) const;
 
     bool DoesPathAlreadyExistInTree(const QString& path) const;
     // The first node whose folder path is path (ignoring case), or none.
@@ -49,7 +49,7 @@ public:
 
 private:
     struct Scan;
-    static void setAttributes(const FolderNode& node, FolderKind kind, quint32 colour);
+    static void setAttributes(const FolderNode& node, DocumentType type, quint32 colour);
     static void markListed(Scan& scan, const DirectoryReader::FolderId& id);
     void startScan(const QByteArray& rawPath, const FolderNode& parent, Scan& scan,
                    const DirectoryReader::FolderId* known) const;

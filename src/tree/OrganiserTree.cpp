@@ -13,14 +13,16 @@
 #include "SuiteSettings.h"
 #include "TreePathRules.h"
 
-#include <QStyle>
-
 namespace nebra {
 
 namespace {
 const QString RootPath = QStringLiteral("Organiser");
-const QString InstrumentKey = QString::number(toData(FolderKind::ReadConfigurations));
 constexpr int FoldersGroup = 1;
+
+const DocumentTypeDescription& instrumentType()
+{
+    return DocumentTypes::of(DocumentType::ReadConfigurations);
+}
 } // namespace
 
 OrganiserTree::OrganiserTree(FolderTreeControl& tree, FileListControl& list, ShortcutsBar& shortcuts,
@@ -35,7 +37,7 @@ void OrganiserTree::InitialiseOrganiserTree()
     LogTraceBlock();
     m_tree.setCaption(m_sources.resources.LoadResString(Resources::TreeCaption));
     m_tree.clear();
-    m_instrument = {};
+    m_nodes = {};
     LogTrace();
     // The whole build reaches the view in one go.
     m_tree.beginUpdate();
@@ -52,61 +54,79 @@ void OrganiserTree::InitialiseOrganiserTree()
 
 void OrganiserTree::addRootNode()
 {
-    m_root = m_tree.addNode(m_sources.resources.LoadResString(Resources::OrganiserCaption));
-    m_root.setFolderPath(RootPath);
-    m_root.setData(toData(FolderKind::None));
-    m_root.setDisplayFlagA(true);
-    m_root.setDisplayStyle(RootStyle);
+    const FolderNode root = m_tree.addNode(caption(DocumentType::None));
+    slot(DocumentType::None) = root;
+    root.setFolderPath(RootPath);
+    root.setData(toData(DocumentType::None));
+    root.setDisplayFlagA(true);
+    root.setDisplayStyle(RootStyle);
     LogTrace();
-    m_root.setPage(m_sources.welcomePage ? m_sources.welcomePage() : QString());
+    root.setPage(m_sources.welcomePage ? m_sources.welcomePage() : QString());
     LogTrace();
 }
 
+QString OrganiserTree::caption(DocumentType type) const
+{
+    const DocumentTypeDescription& row = DocumentTypes::of(type);
+    return row.captionResource ? m_sources.resources.LoadResString(row.captionResource)
+                               : QLatin1String(row.captionText);
+}
+
+QString OrganiserTree::folder(DocumentType type) const
+{
+    return (m_sources.paths.*DocumentTypes::of(type).folder)();
+}
+
+void OrganiserTree::addBranch(DocumentType type)
+{
+    slot(type) = addBranchNode(caption(type), folder(type), type);
+}
+
+// The branches in the tree's order, with the milestones where they have always been.
 void OrganiserTree::addBranchNodes()
 {
-    const Resources& res = m_sources.resources;
-    const SuitePaths& paths = m_sources.paths;
     if (m_sources.instrumentDriversInUse) {
         const QString driver = selectedDriverName();
         if (!driver.isEmpty())
-            m_instrument = addBranchNode(instrumentCaption(driver),
-                                         paths.ReadConfigurationsFolder() + QLatin1Char('/') + driver,
-                                         FolderKind::ReadConfigurations);
+            slot(DocumentType::ReadConfigurations) =
+                addBranchNode(instrumentCaption(driver),
+                              folder(DocumentType::ReadConfigurations) + QLatin1Char('/') + driver,
+                              DocumentType::ReadConfigurations);
     }
     LogTrace();
-    m_layouts = addBranchNode(res.LoadResString(Resources::LayoutsCaption), paths.LayoutsFolder(),
-                              FolderKind::Layouts);
-    m_protocols = addBranchNode(res.LoadResString(Resources::ProtocolsCaption), paths.ProtocolsFolder(),
-                                FolderKind::Protocols);
+    addBranch(DocumentType::Layouts);
+    addBranch(DocumentType::Protocols);
     LogTrace();
     AddResultsNode();
     LogTrace();
-    m_reports = addBranchNode(QStringLiteral("Reports"), paths.ReportsFolder(), FolderKind::Reports);
+    addBranch(DocumentType::Reports);
     LogTrace();
 }
 
 void OrganiserTree::fillBranches()
 {
-    const SuitePaths& paths = m_sources.paths;
+    auto fill = [this](DocumentType type) {
+        if (const FolderNode branch = node(type); branch.isValid())
+            AddSubFolderNodes(branch.folderPath(), branch, type);
+    };
     if (!m_sources.settings.SuppressLayoutsBranch())
-        AddSubFolderNodes(paths.LayoutsFolder(), m_layouts, FolderKind::Layouts);
-    if (m_instrument.isValid())
-        AddSubFolderNodes(m_instrument.folderPath(), m_instrument, FolderKind::ReadConfigurations);
+        fill(DocumentType::Layouts);
+    fill(DocumentType::ReadConfigurations);
     LogTrace();
-    AddSubFolderNodes(paths.ResultsFolder(), m_results, FolderKind::Results);
-    AddSubFolderNodes(paths.ProtocolsFolder(), m_protocols, FolderKind::Protocols);
-    AddSubFolderNodes(paths.ReportsFolder(), m_reports, FolderKind::Reports);
+    fill(DocumentType::Results);
+    fill(DocumentType::Protocols);
+    fill(DocumentType::Reports);
     LogTrace();
 }
 
-FolderNode OrganiserTree::addBranchNode(const QString& caption, const QString& path, FolderKind kind,
+FolderNode OrganiserTree::addBranchNode(const QString& caption, const QString& path, DocumentType type,
                                         int position)
 {
     FolderTreeModel& nodes = m_tree.nodes();
     const FolderNode node =
-        position < 0 ? nodes.addNode(m_root, caption) : nodes.insertNode(m_root, position, caption);
+        position < 0 ? nodes.addNode(rootNode(), caption) : nodes.insertNode(rootNode(), position, caption);
     node.setFolderPath(path);
-    node.setData(toData(kind));
+    node.setData(toData(type));
     node.setDisplayFlagA(true);
     node.setDisplayStyle(BranchStyle);
     node.setDisplayFlagB(true);
@@ -116,8 +136,7 @@ FolderNode OrganiserTree::addBranchNode(const QString& caption, const QString& p
 
 void OrganiserTree::AddResultsNode()
 {
-    m_results = addBranchNode(m_sources.resources.LoadResString(Resources::ResultsCaption),
-                              m_sources.paths.ResultsFolder(), FolderKind::Results);
+    addBranch(DocumentType::Results);
 }
 
 // The stored driver index is put right when it names no installed driver.
@@ -138,23 +157,24 @@ QString OrganiserTree::selectedDriverName() const
 QString OrganiserTree::instrumentCaption(const QString& driverName) const
 {
     if (m_sources.settings.InstrumentFlags() & InstrumentCaptionFlag)
-        return m_sources.resources.LoadResString(Resources::InstrumentDataCaption);
+        return caption(DocumentType::ReadConfigurations);
     return driverName;
 }
 
 void OrganiserTree::AddSubFolderNodes(const QString& folderPath, const FolderNode& parentNode,
-                                      FolderKind kind)
+                                      DocumentType type)
 {
-    m_branches.AddSubFolderNodes(folderPath, parentNode, kind);
+    m_branches.AddSubFolderNodes(folderPath, parentNode, type);
 }
 
 void OrganiserTree::RecreateResultsNode()
 {
-    if (!m_results.isValid())
+    const FolderNode results = node(DocumentType::Results);
+    if (!results.isValid())
         return;
     m_tree.beginUpdate();
-    m_tree.nodes().removeChildren(m_results);
-    AddSubFolderNodes(m_sources.paths.ResultsFolder(), m_results, FolderKind::Results);
+    m_tree.nodes().removeChildren(results);
+    AddSubFolderNodes(folder(DocumentType::Results), results, DocumentType::Results);
     m_tree.endUpdate();
 }
 
@@ -204,55 +224,60 @@ bool OrganiserTree::IsFileInFileView(const QString& fileName) const
 
 void OrganiserTree::SetupHLDNode(const QString& caption)
 {
-    if (!m_root.isValid())
+    if (!rootNode().isValid())
         return;
     const QString driver = selectedDriverName();
-    const bool wasCurrent = m_instrument.isValid() && m_tree.currentNode() == m_instrument;
+    FolderNode& instrument = slot(DocumentType::ReadConfigurations);
+    const bool wasCurrent = instrument.isValid() && m_tree.currentNode() == instrument;
+    // First below the root, where the start-up puts it, when there was none.
     int position = 0;
-    if (m_instrument.isValid()) {
-        position = m_tree.nodes().indexOf(m_instrument).row();
-        m_tree.removeNode(m_instrument);
+    if (instrument.isValid()) {
+        position = m_tree.nodes().indexOf(instrument).row();
+        m_tree.removeNode(instrument);
     }
-    m_instrument =
-        addBranchNode(caption, m_sources.paths.ReadConfigurationsFolder() + QLatin1Char('/') + driver,
-                      FolderKind::ReadConfigurations, position);
-    AddSubFolderNodes(m_instrument.folderPath(), m_instrument, FolderKind::ReadConfigurations);
+    instrument = addBranchNode(caption, folder(DocumentType::ReadConfigurations) + QLatin1Char('/') + driver,
+                               DocumentType::ReadConfigurations, position);
+    AddSubFolderNodes(instrument.folderPath(), instrument, DocumentType::ReadConfigurations);
     addInstrumentShortcut(caption);
     if (wasCurrent)
-        m_tree.setCurrentNode(m_instrument);
+        m_tree.setCurrentNode(instrument);
+}
+
+void OrganiserTree::HandleChangedHLD()
+{
+    // The instrument node exists only while the suite runs with instrument drivers.
+    if (!m_sources.instrumentDriversInUse)
+        return;
+    // A fresh collection: the catalogue may have changed since it was last read.
+    const HLDCollection& drivers = m_sources.drivers.fresh();
+    const int index = m_sources.settings.CurrentHLD();
+    if (index < 1 || index > drivers.Count())
+        return;
+    SetupHLDNode(instrumentCaption(drivers.Item(index).FullName));
 }
 
 void OrganiserTree::addInstrumentShortcut(const QString& caption)
 {
     if (m_shortcuts.groupCount() <= FoldersGroup)
         return;
-    m_instrumentShortcut = m_shortcuts.itemIndex(FoldersGroup, InstrumentKey);
+    const QString key = instrumentType().shortcutKey();
+    m_instrumentShortcut = m_shortcuts.itemIndex(FoldersGroup, key);
     if (m_instrumentShortcut >= 0) {
         m_shortcuts.setItemCaption(FoldersGroup, m_instrumentShortcut, caption);
         return;
     }
     // After the Organiser item, where start-up puts it.
-    m_instrumentShortcut = m_shortcuts.insertItem(FoldersGroup, 1, caption, InstrumentKey);
-    m_shortcuts.setItemIcon(FoldersGroup, m_instrumentShortcut, StyleIcons::icon(QStyle::SP_DriveHDIcon));
+    m_instrumentShortcut = m_shortcuts.insertItem(FoldersGroup, 1, caption, key);
+    m_shortcuts.setItemIcon(FoldersGroup, m_instrumentShortcut,
+                            StyleIcons::named(QLatin1String(instrumentType().icon)));
 }
 
-FolderNode OrganiserTree::nodeForKind(FolderKind kind) const
+FolderNode OrganiserTree::node(DocumentType type) const
 {
-    switch (kind) {
-    case FolderKind::None:
-        return m_root;
-    case FolderKind::ReadConfigurations:
-        return m_instrument;
-    case FolderKind::Layouts:
-        return m_layouts;
-    case FolderKind::Protocols:
-        return m_protocols;
-    case FolderKind::Results:
-        return m_results;
-    case FolderKind::Reports:
-        return m_reports;
-    }
-    return {};
+    const int index = toData(type);
+    if (index < 0 || index >= int(m_nodes.size()))
+        return {};
+    return m_nodes[std::size_t(index)];
 }
 
 } // namespace nebra

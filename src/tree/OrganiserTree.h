@@ -1,11 +1,12 @@
 #pragma once
 
+#include "DocumentTypes.h"
 #include "FolderBranches.h"
-#include "FolderKind.h"
 #include "FolderNode.h"
 
 #include <QString>
 
+#include <array>
 #include <functional>
 
 namespace nebra {
@@ -33,10 +34,12 @@ struct OrganiserTreeSources
 };
 
 // The Organiser's folder tree: the "Organiser" root, one top-level branch
-// per kind of document folder, each filled from the disk, and the branch
-// operations by path. It keeps the main window's module state: the root and
-// the top-level nodes, and the shortcuts-bar item of the instrument node.
-// Each node's Data is its FolderKind.
+// per document type, each filled from the disk, and the branch operations by
+// path. Each branch's caption and folder come from the document type table;
+// the read configurations' branch is the instrument node, the selected
+// driver's folder. It keeps the main window's module state: the root and the
+// top-level nodes, and the shortcuts-bar item of the instrument node. Each
+// node's Data is its DocumentType.
 class OrganiserTree
 {
 public:
@@ -52,7 +55,7 @@ public:
     // to the diagnostic log.
     void InitialiseOrganiserTree();
     void AddResultsNode();
-    void AddSubFolderNodes(const QString& folderPath, const FolderNode& parentNode, FolderKind kind);
+    void AddSubFolderNodes(const QString& folderPath, const FolderNode& parentNode, DocumentType type);
     void RecreateResultsNode();
 
     bool DoesPathAlreadyExistInTree(const QString& path) const;
@@ -69,24 +72,30 @@ public:
     // driver) under the root, in place of the one there, with its item in
     // the shortcuts bar's second group.
     void SetupHLDNode(const QString& caption);
+    // After CurrentHLD changed: the instrument node is set up for the driver
+    // it selects in a fresh read of the catalogue, made when there is none
+    // yet. Without instrument drivers in use, or with an index that names no
+    // driver, nothing changes.
+    void HandleChangedHLD();
     // The instrument node's caption for a driver: its name, or the generic
     // caption when the instrument settings ask for it.
     QString instrumentCaption(const QString& driverName) const;
 
-    FolderNode rootNode() const { return m_root; }
-    FolderNode instrumentNode() const { return m_instrument; }
-    FolderNode layoutsNode() const { return m_layouts; }
-    FolderNode protocolsNode() const { return m_protocols; }
-    FolderNode resultsNode() const { return m_results; }
-    FolderNode reportsNode() const { return m_reports; }
-    // The top-level node of a kind (the root for None); invalid for other values.
-    FolderNode nodeForKind(FolderKind kind) const;
+    FolderNode rootNode() const { return node(DocumentType::None); }
+    // The top-level node of a type (the root for None); invalid for other
+    // values and for a branch not made (the instrument node without drivers).
+    FolderNode node(DocumentType type) const;
 
 private:
     void addRootNode();
     void addBranchNodes();
     void fillBranches();
-    FolderNode addBranchNode(const QString& caption, const QString& path, FolderKind kind, int position = -1);
+    void addBranch(DocumentType type);
+    FolderNode addBranchNode(const QString& caption, const QString& path, DocumentType type,
+                             int position = -1);
+    QString caption(DocumentType type) const;
+    QString folder(DocumentType type) const;
+    FolderNode& slot(DocumentType type) { return m_nodes[std::size_t(toData(type))]; }
     QString selectedDriverName() const;
     void addInstrumentShortcut(const QString& caption);
 
@@ -96,13 +105,8 @@ private:
     OrganiserTreeSources m_sources;
     FolderBranches m_branches;
 
-    FolderNode m_root;
-    FolderNode m_instrument;
-    FolderNode m_layouts;
-    FolderNode m_protocols;
-    FolderNode m_results;
-    FolderNode m_reports;
-    int m_instrumentShortcut = -1; // index in the shortcuts bar's second group
+    std::array<FolderNode, 6> m_nodes; // the root and the top-level node of each type, by type
+    int m_instrumentShortcut = -1;     // index in the shortcuts bar's second group
 };
 
 } // namespace nebra

@@ -1,6 +1,7 @@
 #include "NewAssayProtocolDialog.h"
 
 #include "BrowserControl.h"
+#include "DiagnosticLog.h"
 #include "Dialogs.h"
 #include "Messages.h"
 #include "SuitePaths.h"
@@ -104,8 +105,8 @@ void NewAssayProtocolDialog::LoadList()
     m_clickedItem = nullptr;
     m_itemClicked = false;
     m_catalogue = m_host.ReadCatalogue();
-    if (!m_catalogue.errorString().isEmpty() && m_runner.hooks().logTrace)
-        m_runner.hooks().logTrace(m_catalogue.errorString());
+    if (!m_catalogue.errorString().isEmpty())
+        LogNote(m_catalogue.errorString());
     const QIcon icon = style()->standardIcon(QStyle::SP_FileDialogNewFolder);
     bool genericFound = false;
     const WizardCollection& wizards = m_catalogue.Wizards();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 #include <functional>
 
@@ -24,10 +25,11 @@ struct WizardHooks
     std::function<void()> handleChangedHLD;
     // Refills the tree's Results node from the disk.
     std::function<void()> recreateResultsNode;
+    // A wizard made these files (the protocol, and its second file): each is
+    // a document the user has used, whether or not it opens in the editor.
+    std::function<void(const QStringList& files)> protocolMade;
     // Starts the assay application on a newly made protocol (and its second file).
-    std::function<void(const QString& path)> openNewProtocol;
-    // Writes a line to the diagnostic log.
-    std::function<void(const QString& line)> logTrace;
+    std::function<void(const QStringList& files)> openNewProtocol;
 };
 
 } // namespace nebra

@@ -1,6 +1,7 @@
 #include "WizardRunner.h"
 
 #include "AssayProtocolWizard.h"
+#include "DiagnosticLog.h"
 #include "Messages.h"
 #include "SharedWizardState.h"
 #include "SuiteSettings.h"
@@ -54,15 +55,15 @@ bool WizardRunner::RunWizard(const WizardEntry& entry, QWidget* owner)
     AssayProtocolWizard* wizard = m_host.CreateWizard(entry.ProgID, &reason);
     hourglass.restore();
     if (!wizard) {
-        if (m_hooks.logTrace)
-            m_hooks.logTrace(
-                QStringLiteral("Wizard \"%1\" (%2) not started: %3").arg(entry.Name, entry.ProgID, reason));
-        m_newProtocolPath.clear();
+        LogNote(QStringLiteral("Wizard \"%1\" (%2) not started: %3").arg(entry.Name, entry.ProgID, reason));
+        m_madeFiles.clear();
+        m_newFiles.clear();
         return failed(owner);
     }
     const int result = m_host.Run(*wizard, owner, context);
     QCoreApplication::processEvents();
-    m_newProtocolPath.clear();
+    m_madeFiles.clear();
+    m_newFiles.clear();
     switch (result) {
     case WizardResult::Abandoned:
         return false;
@@ -82,14 +83,18 @@ bool WizardRunner::failed(QWidget* owner)
 
 bool WizardRunner::succeeded(const AssayProtocolWizard& wizard, QWidget* owner)
 {
+    m_madeFiles = QStringList{wizard.NewFileName()};
+    if (wizard.HasSecondFile())
+        m_madeFiles.append(wizard.SecondFileName());
+    m_madeFiles.removeAll(QString());
     if (!wizard.OpenInEditor()) {
         Messages::show({storedAtText() + QStringLiteral("\r\n\r\n") + wizard.NewFileName(), m_successTitle,
                         MessageIcon::Information, MessageButton::Ok, MessageButton::Ok, owner});
         return true;
     }
-    m_newProtocolPath = wizard.NewFileName();
+    m_newFiles = QStringList{wizard.NewFileName()};
     if (wizard.HasSecondFile())
-        m_newProtocolPath += QStringLiteral("; ") + wizard.SecondFileName();
+        m_newFiles.append(wizard.SecondFileName());
     return true;
 }
 
@@ -105,8 +110,10 @@ void WizardRunner::RunSelectedWizard(const WizardEntry& entry, QWidget* owner,
         if (unloadCaller)
             unloadCaller();
         QCoreApplication::processEvents();
-        if (!m_newProtocolPath.isEmpty() && m_hooks.openNewProtocol)
-            m_hooks.openNewProtocol(m_newProtocolPath);
+        if (!m_madeFiles.isEmpty() && m_hooks.protocolMade)
+            m_hooks.protocolMade(m_madeFiles);
+        if (!m_newFiles.isEmpty() && m_hooks.openNewProtocol)
+            m_hooks.openNewProtocol(m_newFiles);
     }
     if (m_hooks.recreateResultsNode)
         m_hooks.recreateResultsNode();

@@ -28,12 +28,14 @@ class WizardHost;
 //          SecondFileName when HasSecondFile); true, no box.
 //   other  a plain box "Error in Wizard"; false.
 // A wizard whose plug-in cannot be loaded is a failure as well: its
-// loader's reason goes to the diagnostic log and "Error in Wizard" is shown.
+// loader's reason goes out as a log note and "Error in Wizard" is shown.
 //
 // RunSelectedWizard: remembers CurrentHLD; RunWizard; sends the shared
 // state the end-of-run request (1048); calls handleChangedHLD when
 // CurrentHLD changed; after a success calls unloadCaller, lets pending
-// events run and opens NewProtocolPath when there is one; last, always,
+// events run, reports the files the wizard made (protocolMade: each is a
+// document of its own to the rest of the Organiser, opened in the editor or
+// not) and opens them when the wizard asked for that; last, always,
 // recreateResultsNode.
 class WizardRunner
 {
@@ -45,7 +47,8 @@ public:
     void RunSelectedWizard(const WizardEntry& entry, QWidget* owner,
                            const std::function<void()>& unloadCaller);
 
-    QString NewProtocolPath() const { return m_newProtocolPath; }
+    // The new files joined by "; ", as the protocol editor is given them.
+    QString NewProtocolPath() const { return m_newFiles.join(QStringLiteral("; ")); }
     const WizardHooks& hooks() const { return m_hooks; }
 
     static QString errorText() { return QStringLiteral("Error in Wizard"); }
@@ -59,7 +62,8 @@ private:
     SuiteSettings& m_settings;
     WizardHooks m_hooks;
     QString m_successTitle;
-    QString m_newProtocolPath;
+    QStringList m_madeFiles; // by the last successful run
+    QStringList m_newFiles;  // those of m_madeFiles to open in the editor
 };
 
 } // namespace nebra

@@ -27,6 +27,8 @@ int Messages::show(MessageRequest request)
     if (const Handler& handler = handlerSlot())
         return handler(request);
     std::fprintf(stderr, "%s: %s\n", qPrintable(request.title), qPrintable(request.text));
+    if (!request.details.isEmpty())
+        std::fprintf(stderr, "%s\n", qPrintable(request.details));
     return request.defaultButton != MessageButton::NoButton ? request.defaultButton : MessageButton::Ok;
 }
 

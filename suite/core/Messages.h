@@ -37,6 +37,7 @@ struct MessageRequest
     int buttons = MessageButton::Ok;
     int defaultButton = MessageButton::NoButton;
     QObject* owner = nullptr; // the window the box belongs to, if any
+    QString details = {};     // shown on request below the text ("Show Details..."); empty: none
 };
 
 // The one seam through which every modal message box of the suite is shown.

@@ -1,5 +1,7 @@
 #include "SettingsStore.h"
 
+#include "SystemFileCheck.h"
+
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
@@ -42,14 +44,45 @@ QString problemWithText(const QByteArray& bytes)
     return {};
 }
 
+// Where the system-wide file is, and who must own it: fixed for the programs.
+struct SystemFile
+{
+    QString path = SettingsStore::SitePolicyFile;
+    uid_t owner = 0;
+};
+
+SystemFile& systemFile()
+{
+    static SystemFile file;
+    return file;
+}
+
 } // namespace
 
-SettingsStore::SettingsStore() : SettingsStore(defaultFilePath()) {}
+SettingsStore::SettingsStore() : m_filePath(defaultFilePath())
+{
+    if (!refuseSystemFileAsOwn())
+        open();
+    openSystem();
+}
 
 SettingsStore::SettingsStore(const QString& filePath) : m_filePath(filePath)
 {
     open();
     openSystem();
+}
+
+bool SettingsStore::refuseSystemFileAsOwn()
+{
+    // XDG_CONFIG_HOME pointed at the policy's folder would make the policy the
+    // user's own file, and an own file sets no policy: it is left alone instead.
+    if (!SystemFileCheck::sameFile(m_filePath, systemFilePath()))
+        return false;
+    m_isSystemFile = true;
+    m_warning = QStringLiteral("The settings file \"%1\" is the system-wide settings file, so it is not used "
+                               "as your own. Default settings are in effect.")
+                    .arg(QDir::toNativeSeparators(m_filePath));
+    return true;
 }
 
 SettingsStore::SettingsStore(const QString& filePath, SystemScope) : m_filePath(filePath)
@@ -60,32 +93,29 @@ SettingsStore::SettingsStore(const QString& filePath, SystemScope) : m_filePath(
 void SettingsStore::openSystem()
 {
     const QString path = systemFilePath();
-    // The user's own file never doubles as the system file, even when a
-    // test or a curious user points XDG_CONFIG_DIRS at it.
-    if (QFileInfo(path).absoluteFilePath() == QFileInfo(m_filePath).absoluteFilePath())
+    // Opened as a store of the named file (the administration tool editing the
+    // policy itself), the file is not read a second time as its own policy.
+    if (!m_isSystemFile && QFileInfo(path).absoluteFilePath() == QFileInfo(m_filePath).absoluteFilePath())
         return;
-    if (QFileInfo::exists(path))
-        m_system.reset(new SettingsStore(path, SystemScope{}));
+    if (!QFileInfo::exists(path))
+        return;
+    m_systemDistrust = SystemFileCheck::distrust(path, systemFileOwner());
+    m_system.reset(new SettingsStore(path, SystemScope{}));
 }
 
 QString SettingsStore::systemFilePath()
 {
-    const QString name = QStringLiteral("/Nebra/Suite.ini");
-    // A user can change their own environment but not /etc: a file there is
-    // the site's, whatever XDG_CONFIG_DIRS says.
-    const QString administrators = QStringLiteral("/etc/xdg") + name;
-    if (QFileInfo::exists(administrators))
-        return administrators;
-    QStringList folders;
-    for (const QString& folder : qEnvironmentVariable("XDG_CONFIG_DIRS").split(QLatin1Char(':')))
-        if (QDir::isAbsolutePath(folder))
-            folders.append(QDir::cleanPath(folder));
-    if (folders.isEmpty())
-        folders.append(QStringLiteral("/etc/xdg"));
-    for (const QString& folder : folders)
-        if (QFileInfo::exists(folder + name))
-            return folder + name;
-    return folders.first() + name;
+    return systemFile().path;
+}
+
+uid_t SettingsStore::systemFileOwner()
+{
+    return systemFile().owner;
+}
+
+void SettingsStore::useSystemFile(const QString& path, uid_t owner)
+{
+    systemFile() = {path, owner};
 }
 
 bool SettingsStore::systemSetsSecurityPolicy() const
@@ -107,17 +137,17 @@ QString SettingsStore::systemProblem() const
 {
     if (!m_system)
         return {};
-    const QFileInfo info(m_system->m_filePath);
-    if (m_system->m_settings && info.permissions().testFlag(QFileDevice::WriteOther))
-        return QStringLiteral("The system-wide settings file \"%1\" can be changed by every user, so the "
-                              "security policy it sets cannot be trusted. Ask your administrator to run "
-                              "\"chmod 0644\" on it.")
-            .arg(QDir::toNativeSeparators(m_system->m_filePath));
+    if (!m_systemDistrust.isEmpty())
+        return m_systemDistrust;
     if (m_system->m_settings)
         return {};
-    return QStringLiteral("The system-wide settings file \"%1\" cannot be read, so the security policy it "
-                          "may set is unknown. Ask your administrator to make it readable (mode 0644).")
-        .arg(QDir::toNativeSeparators(m_system->m_filePath));
+    const QFileInfo info(m_system->m_filePath);
+    if (info.isFile() && !info.isReadable())
+        return SystemFileCheck::unreadable(m_system->m_filePath);
+    return QStringLiteral(
+               "The system-wide settings file \"%1\" cannot be used (%2), so the security policy it "
+               "may set is unknown. Ask your administrator to repair it.")
+        .arg(QDir::toNativeSeparators(m_system->m_filePath), m_system->m_unusable);
 }
 
 SettingsStore::~SettingsStore() = default;
@@ -141,6 +171,7 @@ void SettingsStore::open()
         else
             problem = problemWithText(file.readAll());
         if (!problem.isEmpty()) {
+            m_unusable = problem;
             m_warning = QStringLiteral("The settings file \"%1\" cannot be used (%2). "
                                        "Default settings are in effect; the file has not been changed.")
                             .arg(QDir::toNativeSeparators(m_filePath), problem);
@@ -150,6 +181,7 @@ void SettingsStore::open()
     m_settings = std::make_unique<QSettings>(m_filePath, QSettings::IniFormat);
     m_settings->setAtomicSyncRequired(true);
     if (m_settings->status() != QSettings::NoError) {
+        m_unusable = QStringLiteral("it cannot be read");
         m_warning = QStringLiteral("The settings file \"%1\" cannot be read. "
                                    "Default settings are in effect; the file has not been changed.")
                         .arg(QDir::toNativeSeparators(m_filePath));
@@ -184,6 +216,10 @@ bool SettingsStore::setAside()
 bool SettingsStore::setValue(const QString& key, const QVariant& value)
 {
     m_lastError.clear();
+    if (m_isSystemFile) {
+        m_lastError = m_warning;
+        return false;
+    }
     if (!m_settings && !setAside())
         return false;
     QDir().mkpath(QFileInfo(m_filePath).absolutePath());

@@ -5,6 +5,8 @@
 
 #include <memory>
 
+#include <sys/types.h>
+
 class QSettings;
 
 namespace nebra {
@@ -19,11 +21,14 @@ namespace nebra {
 // atomically.
 //
 // Beside the user's file, the store reads the administrator's system-wide
-// file (the same name under the first folder of XDG_CONFIG_DIRS, normally
-// "/etc/xdg/Nebra/Suite.ini") and keeps it apart: values that decide the
-// site's security policy are taken from there (see SecuritySettings), so a
-// user cannot weaken them by editing the file of their own. The store never
-// writes the system file.
+// file, "/etc/xdg/Nebra/Suite.ini" and nowhere else (no environment variable
+// moves it), and keeps it apart: values that decide the site's security
+// policy are taken from there (see SecuritySettings), so a user cannot weaken
+// them by editing the file of their own. The system file is trusted only
+// while root owns it and its folder and neither is writable by group or
+// others. The user's file is never the system file: when the environment
+// makes the user's file that same file, the user's file is left unread and
+// unwritten. The store never writes the system file.
 class SettingsStore
 {
 public:
@@ -34,15 +39,24 @@ public:
     SettingsStore& operator=(const SettingsStore&) = delete;
 
     static QString defaultFilePath();
-    // Where the system-wide file is looked for: "/etc/xdg/Nebra/Suite.ini"
-    // when it exists (whatever the environment says), else the first folder
-    // of XDG_CONFIG_DIRS that holds one, else the first folder listed.
+    // The system-wide file of every installation.
+    static inline const QString SitePolicyFile = QStringLiteral("/etc/xdg/Nebra/Suite.ini");
+    // Where the system-wide file is read and written: SitePolicyFile.
     static QString systemFilePath();
+    // The only user who may own the system-wide file and its folder: root.
+    static uid_t systemFileOwner();
+    // Moves the system-wide file, and names the user who must own it, for
+    // the rest of the process. Only the composition root of a test calls
+    // this, to keep the tests away from the machine's own policy; the
+    // programs never do, so nothing outside a program can move its policy.
+    static void useSystemFile(const QString& path, uid_t owner);
 
     // The system-wide file as read at construction; null when there is none.
     const SettingsStore* system() const { return m_system.get(); }
     // Empty when the system-wide file is absent or healthy; otherwise why it
-    // cannot be used. Security must then refuse to start, never run unsecured.
+    // cannot be used (unreadable, not a settings file, or open to changes by
+    // others than root) and what fixes it. Security must then refuse to
+    // start, never run unsecured.
     QString systemProblem() const;
     // True when the system-wide file turns security on ("[Settings]
     // SecurityConfigured=true") or names a security database: every
@@ -76,15 +90,20 @@ private:
     SettingsStore(const QString& filePath, SystemScope);
     void openSystem();
     void open();
+    // Keeps the user's file shut when it is the system-wide file itself.
+    bool refuseSystemFileAsOwn();
     bool setAside();
     bool flush();
 
     QString m_filePath;
     QString m_warning;
+    QString m_unusable; // why the file cannot be used, when it cannot
     QString m_lastError;
     std::unique_ptr<QSettings> m_settings; // null while the file is unusable
     int m_batchDepth = 0;
+    bool m_isSystemFile = false;             // the user's file is the system-wide file: never written
     std::unique_ptr<SettingsStore> m_system; // only in a user's store
+    QString m_systemDistrust;                // why the system-wide file cannot be trusted, if it cannot
 };
 
 } // namespace nebra

@@ -180,4 +180,30 @@ void SuiteSettings::EndFolderUpdate()
     m_store.endBatch();
 }
 
+namespace {
+const QString HelpGeometryKey = QStringLiteral("Help/Geometry");
+const QString HelpTextSizeKey = QStringLiteral("Help/TextSize");
+} // namespace
+
+QByteArray SuiteSettings::HelpWindowGeometry() const
+{
+    return m_store.value(HelpGeometryKey, QByteArray()).toByteArray();
+}
+
+// Showing help must not rewrite the settings file when nothing changed.
+bool SuiteSettings::SetHelpWindowGeometry(const QByteArray& geometry)
+{
+    return geometry == HelpWindowGeometry() || m_store.setValue(HelpGeometryKey, geometry);
+}
+
+int SuiteSettings::HelpTextSize() const
+{
+    return m_store.value(HelpTextSizeKey, 0).toInt();
+}
+
+bool SuiteSettings::SetHelpTextSize(int steps)
+{
+    return steps == HelpTextSize() || m_store.setValue(HelpTextSizeKey, steps);
+}
+
 } // namespace nebra

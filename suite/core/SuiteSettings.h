@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 #include <QStringList>
 
@@ -87,6 +88,14 @@ public:
     int NetworkTreePollSeconds() const;
     // "auto", "notify" or "poll", without regard to case; anything else is auto.
     FolderWatchMode WatchMode() const;
+
+    // The help window's size and place (as QWidget::saveGeometry() gives
+    // them) and its text size in steps from the normal size, in the "[Help]"
+    // group. A setter that is given the stored value writes nothing.
+    QByteArray HelpWindowGeometry() const;
+    bool SetHelpWindowGeometry(const QByteArray& geometry);
+    int HelpTextSize() const;
+    bool SetHelpTextSize(int steps);
 
     // Bracket a run of folder creation; writes made in between reach the disk together.
     void BeginFolderUpdate();

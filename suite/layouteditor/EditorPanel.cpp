@@ -14,16 +14,16 @@ namespace nebra {
 
 namespace {
 // Every control is named for screen readers after the text of its row.
-template <typename Control> Control* named(Control* control, const QString& name)
+template <typename Control> Control* named(Control* control, const QString& caption)
 {
-    control->setAccessibleName(name);
+    control->setAccessibleName(caption);
     return control;
 }
 
-QPushButton* button(const QString& text, const QString& name)
+QPushButton* button(const QString& text, const QString& caption)
 {
     auto* result = new QPushButton(text);
-    result->setAccessibleName(name);
+    result->setAccessibleName(caption);
     return result;
 }
 } // namespace

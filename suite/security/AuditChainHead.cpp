@@ -21,7 +21,8 @@
 namespace nebra {
 
 namespace {
-const QByteArray Magic = QByteArrayLiteral("nebra-audit-head 1");
+const QByteArray Magic = QByteArrayLiteral("nebra-audit-head 2");
+const QByteArray FirstMagic = QByteArrayLiteral("nebra-audit-head 1");
 // Every record is padded with line feeds to this size, so that a record
 // written over another never leaves bytes of the older one behind and the
 // file keeps its size (its fdatasync then writes no metadata).
@@ -84,11 +85,18 @@ AuditChainHead::AuditChainHead(QString path, const SiteKey& key, QByteArray data
 
 QByteArray AuditChainHead::sealedMessage(const Record& record) const
 {
-    QByteArray message = QByteArrayLiteral("nebra-audit-head-v1") + m_databaseId;
-    char count[8];
-    qToBigEndian<qint64>(record.count, count);
-    message.append(count, sizeof count);
+    const bool first = record.changes < 0;
+    QByteArray message =
+        (first ? QByteArrayLiteral("nebra-audit-head-v1") : QByteArrayLiteral("nebra-audit-head-v2")) +
+        m_databaseId;
+    char number[8];
+    qToBigEndian<qint64>(record.count, number);
+    message.append(number, sizeof number);
     message.append(record.mac);
+    if (!first) {
+        qToBigEndian<qint64>(record.changes, number);
+        message.append(number, sizeof number);
+    }
     return message;
 }
 
@@ -108,18 +116,24 @@ AuditChainHead::ReadStatus AuditChainHead::read(Record* record, QString* error) 
     Record r;
     QByteArray sealed;
     bool countOk = false;
-    if (lines.size() == 4 && lines[0].trimmed() == Magic) {
+    bool changesOk = true;
+    const bool first = lines.size() == 4 && lines[0].trimmed() == FirstMagic;
+    if (first || (lines.size() == 5 && lines[0].trimmed() == Magic)) {
+        changesOk = first;
         for (const QByteArray& line : lines.mid(1)) {
             const QByteArray value = line.mid(line.indexOf('=') + 1).trimmed();
             if (line.startsWith("count="))
                 r.count = value.toLongLong(&countOk);
             else if (line.startsWith("mac="))
                 r.mac = QByteArray::fromHex(value);
+            else if (line.startsWith("changes="))
+                r.changes = value.toLongLong(&changesOk);
             else if (line.startsWith("seal="))
                 sealed = QByteArray::fromHex(value);
         }
     }
-    if (!countOk || r.count < 0 || !m_key.verify(sealed, sealedMessage(r))) {
+    if (!countOk || !changesOk || r.count < 0 || (!first && r.changes < 0) ||
+        !m_key.verify(sealed, sealedMessage(r))) {
         *error =
             QStringLiteral("The audit chain head file \"%1\" has been altered or does not belong to this "
                            "database.")
@@ -135,6 +149,7 @@ QByteArray AuditChainHead::recordText(const Record& record) const
     QByteArray text = Magic + '\n';
     text += "count=" + QByteArray::number(record.count) + '\n';
     text += "mac=" + record.mac.toHex() + '\n';
+    text += "changes=" + QByteArray::number(record.changes) + '\n';
     text += "seal=" + m_key.mac(sealedMessage(record)).toHex() + '\n';
     text.append(RecordSize - text.size(), '\n');
     return text;
@@ -203,7 +218,7 @@ bool AuditChainHead::advance(const Record& record, QString* error)
     Record current;
     if (read(&current, error) != ReadStatus::Ok)
         return false;
-    if (current.count >= record.count)
+    if (current.changes >= record.changes && current.count >= record.count)
         return true; // another writer got further already
     return overwrite(record, error);
 }

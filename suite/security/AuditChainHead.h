@@ -8,24 +8,29 @@ namespace nebra {
 class SiteKey;
 
 // The newest audit entry as last recorded, kept in a small file outside the
-// database: the number of entries and the MAC of the newest one, sealed with
-// the site key. The database may hold more entries than the head says (the
-// head is written just after each commit, and a process may end in
-// between), never fewer: fewer means the newest entries were cut off.
+// database: the number of entries, the MAC of the newest one and the number
+// of changes the database had committed then (see StoreState), sealed with
+// the site key. The database may be one change ahead of the head (the head
+// is written just after each commit, and a process may end in between),
+// never behind it: behind means entries were cut off or the database was
+// rolled back; further ahead means the head is an older copy.
 //
-//   nebra-audit-head 1
+//   nebra-audit-head 2
 //   count=<n>
 //   mac=<hex>
+//   changes=<n>
 //   seal=<hex>
 //
-// padded with line feeds to a fixed size.
+// padded with line feeds to a fixed size. A head of format 1 (without the
+// changes) still reads, as changes -1, until it is next written.
 class AuditChainHead
 {
 public:
     struct Record
     {
         qint64 count = 0;
-        QByteArray mac; // empty while count is 0
+        QByteArray mac;      // empty while count is 0
+        qint64 changes = -1; // -1: not recorded (a head of format 1)
     };
 
     enum class ReadStatus
@@ -42,8 +47,8 @@ public:
     ReadStatus read(Record* record, QString* error) const;
 
     // Writes the record over the one in the file (under a lock file shared
-    // with other writers, synced before it returns) when it is newer than
-    // the one on disk. Refuses, with *error set, when the file on disk is
+    // with other writers, synced before it returns) when it records more
+    // changes than the one on disk. Refuses, with *error set, when the file on disk is
     // missing or altered.
     bool advance(const Record& record, QString* error);
     // Replaces the file (atomically) with the record, unconditionally: when

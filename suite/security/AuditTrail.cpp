@@ -2,6 +2,7 @@
 
 #include "SecurityDatabase.h"
 #include "SiteKey.h"
+#include "StoreState.h"
 
 #include <QDateTime>
 #include <QSqlQuery>
@@ -38,8 +39,9 @@ AuditEntry entryFrom(const QSqlQuery& q)
 
 } // namespace
 
-AuditTrail::AuditTrail(SecurityDatabase& database, const SiteKey& key, const QString& headPath)
-    : m_database(database), m_key(key), m_head(headPath, key, database.databaseId())
+AuditTrail::AuditTrail(SecurityDatabase& database, const SiteKey& key, AuditChainHead& head,
+                       StoreState& state)
+    : m_database(database), m_key(key), m_head(head), m_state(state)
 {
 }
 
@@ -92,11 +94,22 @@ std::optional<AuditAnchor> AuditAnchor::parse(const QString& text)
     return anchor;
 }
 
-bool AuditTrail::extendsHead(qint64 newestSequence, const QByteArray& newestMac, QString* error) const
+bool AuditTrail::agrees(qint64 newestSequence, const QByteArray& newestMac, QString* error) const
 {
     AuditChainHead::Record head;
-    if (m_head.read(&head, error) != AuditChainHead::ReadStatus::Ok)
+    StoreState::Record state;
+    if (m_head.read(&head, error) != AuditChainHead::ReadStatus::Ok ||
+        !extendsHead(newestSequence, newestMac, head, error))
         return false;
+    if (m_state.check(&state, head, error))
+        return true;
+    *error = StoreState::forUsers(*error);
+    return false;
+}
+
+bool AuditTrail::extendsHead(qint64 newestSequence, const QByteArray& newestMac,
+                             const AuditChainHead::Record& head, QString* error) const
+{
     if (newestSequence < head.count) {
         *error =
             QStringLiteral("The audit trail ends at entry %1, but its chain head knows of %2 entries: the "
@@ -154,19 +167,28 @@ AuditAppendResult AuditTrail::commit(const std::function<bool(QList<AuditRecord>
                                      bool overHead)
 {
     AuditEntry last;
+    StoreState::Record state;
     QString error;
     const bool committed = m_database.writeTransaction(
         [&](QString* why) {
             if (!newest(&last.sequence, &last.mac, why) ||
-                (!overHead && !extendsHead(last.sequence, last.mac, why)))
+                (!overHead && !agrees(last.sequence, last.mac, why)))
                 return false;
             QList<AuditRecord> records;
-            return work(&records, why) && insert(records, &last, why);
+            if (!work(&records, why) || !insert(records, &last, why))
+                return false;
+            // The work may have moved the record on (rows changed): read it afresh.
+            if (!m_state.read(&state, why))
+                return false;
+            ++state.changes;
+            state.entries = last.sequence;
+            state.newestMac = last.sequence > 0 ? last.mac : QByteArray();
+            return m_state.write(state, why);
         },
         &error);
     if (!committed)
         return {0, QStringLiteral("The audit trail entry could not be recorded (%1).").arg(error)};
-    if (!overHead && !m_head.advance({last.sequence, last.mac}, &error))
+    if (!overHead && !m_head.advance({last.sequence, last.mac, state.changes}, &error))
         return {last.sequence, error};
     return {last.sequence, {}};
 }
@@ -268,16 +290,27 @@ AuditVerification AuditTrail::verifyChain(const AuditChainHead::Record& head,
 
 AuditVerification AuditTrail::verify(const std::optional<AuditAnchor>& anchor) const
 {
-    // The head is read before the entries: writers only ever add entries, so
-    // a head read first can never be ahead of the snapshot read after it.
+    // The head and the store's record are read before the entries: writers
+    // only ever add entries, so neither can be ahead of the snapshot after.
     AuditChainHead::Record head;
+    StoreState::Record state;
     QString error;
-    if (m_head.read(&head, &error) != AuditChainHead::ReadStatus::Ok)
+    if (m_head.read(&head, &error) != AuditChainHead::ReadStatus::Ok || !m_state.read(&state, &error))
         return {false, 0, 0, error, {}};
     qint64 count = 0;
     const AuditVerification chain = verifyChain(head, anchor, &count);
     if (!chain.ok)
         return chain;
+    const auto missing = [&](qint64 known) -> AuditVerification {
+        return {false,
+                count,
+                count + 1,
+                count + 1 == known
+                    ? QStringLiteral("Entry %1 is missing: the newest entry has been cut off.").arg(known)
+                    : QStringLiteral("Entries %1 to %2 are missing: the newest entries have been cut off.")
+                          .arg(QString::number(count + 1), QString::number(known)),
+                {}};
+    };
     if (anchor && count < anchor->count)
         return {
             false,
@@ -288,19 +321,11 @@ AuditVerification AuditTrail::verify(const std::optional<AuditAnchor>& anchor) c
                 .arg(count)
                 .arg(anchor->count),
             {}};
-    if (count + 1 == head.count)
-        return {false,
-                count,
-                count + 1,
-                QStringLiteral("Entry %1 is missing: the newest entry has been cut off.").arg(head.count),
-                {}};
-    if (count < head.count)
-        return {false,
-                count,
-                count + 1,
-                QStringLiteral("Entries %1 to %2 are missing: the newest entries have been cut off.")
-                    .arg(QString::number(count + 1), QString::number(head.count)),
-                {}};
+    if (count < qMax(head.count, state.entries))
+        return missing(qMax(head.count, state.entries));
+    StoreState::Record checked;
+    if (!m_state.check(&checked, &error))
+        return {false, count, 0, error, {}};
     return {true, count, 0, QStringLiteral("The audit trail holds %1 entries; all are intact.").arg(count),
             chain.newestMac};
 }
@@ -311,7 +336,7 @@ bool AuditTrail::checkHead(QString* error) const
         [&](QString* why) {
             qint64 sequence = 0;
             QByteArray mac;
-            return newest(&sequence, &mac, why) && extendsHead(sequence, mac, why);
+            return newest(&sequence, &mac, why) && agrees(sequence, mac, why);
         },
         error);
 }
@@ -330,12 +355,14 @@ bool AuditTrail::resealHead(const QString& actor, const QString& area, const QSt
     }
     qint64 sequence = 0;
     QByteArray mac;
-    return newest(&sequence, &mac, error) && m_head.reset({sequence, mac}, error);
+    StoreState::Record state;
+    return newest(&sequence, &mac, error) && m_state.read(&state, error) &&
+           m_head.reset({sequence, mac, state.changes}, error);
 }
 
 bool AuditTrail::initialiseHead(QString* error)
 {
-    return m_head.reset({0, {}}, error);
+    return m_head.reset({0, {}, 0}, error);
 }
 
 } // namespace nebra

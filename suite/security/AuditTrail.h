@@ -13,6 +13,7 @@ namespace nebra {
 
 class SecurityDatabase;
 class SiteKey;
+class StoreState;
 
 struct AuditEntry
 {
@@ -62,13 +63,16 @@ struct AuditAnchor
 // The tamper-evident audit trail. Each entry carries a keyed MAC (site key)
 // over its own fields and the MAC of the entry before it, so an entry that
 // is edited, deleted, moved or slipped in breaks the chain at that point;
-// the chain head outside the database catches newest entries cut off. No
-// entry is added to a trail that has lost entries the head knows of: the
-// loss stays visible instead of being chained over.
+// the database's sealed record of itself (StoreState) and the chain head
+// outside the database catch newest entries cut off, also when an older
+// copy of the head is written back. No entry is added to a trail that has
+// lost entries those know of: the loss stays visible instead of being
+// chained over. Every write transaction moves the store's record and the
+// head on by one change.
 class AuditTrail
 {
 public:
-    AuditTrail(SecurityDatabase& database, const SiteKey& key, const QString& headPath);
+    AuditTrail(SecurityDatabase& database, const SiteKey& key, AuditChainHead& head, StoreState& state);
 
     // Records an entry. When this returns with a sequence number the entry is
     // committed to the disk; the chain head is advanced just after.
@@ -86,12 +90,14 @@ public:
     QList<AuditEntry> entries(QString* error) const;
 
     // Checks every entry's MAC, the order and gaplessness of the sequence,
-    // and that no entry the chain head knows of is gone.
+    // that no entry the chain head or the store's record knows of is gone,
+    // and that the head is not an older copy.
     // With an anchor, also that the trail still holds the anchored entry.
     AuditVerification verify(const std::optional<AuditAnchor>& anchor = {}) const;
 
-    // False, with *error set, when the chain head file is missing or altered,
-    // or the database no longer holds the entry it seals.
+    // False, with *error set, when the chain head file is missing, altered or
+    // an older copy, the database no longer holds the entry it seals, or the
+    // store's record of itself is altered or does not match the trail.
     bool checkHead(QString* error) const;
     // Records the administrator's entry and seals the chain head afresh at it
     // (see AuditChainHead::reset), even after entries were cut off.
@@ -107,14 +113,18 @@ private:
     bool newest(qint64* sequence, QByteArray* mac, QString* error) const;
     AuditVerification verifyChain(const AuditChainHead::Record& head,
                                   const std::optional<AuditAnchor>& anchor, qint64* count) const;
-    bool extendsHead(qint64 newestSequence, const QByteArray& newestMac, QString* error) const;
+    bool extendsHead(qint64 newestSequence, const QByteArray& newestMac, const AuditChainHead::Record& head,
+                     QString* error) const;
+    // The head as read, the trail extending it and the store's record agreeing with both.
+    bool agrees(qint64 newestSequence, const QByteArray& newestMac, QString* error) const;
     // Inserts the entries after the newest one; sets *last to the newest inserted.
     bool insert(const QList<AuditRecord>& records, AuditEntry* last, QString* error);
     AuditAppendResult commit(const std::function<bool(QList<AuditRecord>*, QString*)>& work, bool overHead);
 
     SecurityDatabase& m_database;
     const SiteKey& m_key;
-    AuditChainHead m_head;
+    AuditChainHead& m_head;
+    StoreState& m_state;
 };
 
 } // namespace nebra

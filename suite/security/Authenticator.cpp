@@ -9,6 +9,7 @@ namespace nebra {
 struct Authenticator::Attempt
 {
     QString typedName;
+    QString unknownLabel; // worked out before the transaction, for a name that is no user's
     bool passwordRight = false;
     QByteArray checkedHash; // the hash the password was checked against
     LogInResult result;
@@ -18,9 +19,10 @@ Authenticator::Authenticator(SecurityStore& store) : m_store(store) {}
 
 QString Authenticator::unknownUserLabel(const QString& typedName) const
 {
-    const QByteArray mac = m_store.key().mac(QByteArrayLiteral("nebra-unknown-user-v1") +
-                                             UserStore::nameKey(typedName).toUtf8());
-    return QStringLiteral("unknown user #") + QString::fromLatin1(mac.left(6).toHex());
+    const QByteArray salt = m_store.key().mac(QByteArrayLiteral("nebra-unknown-user-salt-v2")).left(16);
+    const QByteArray hash = m_store.hasher().derive(UserStore::nameKey(typedName).toUtf8(), salt);
+    return QStringLiteral("unknown user #") +
+           (hash.isEmpty() ? QStringLiteral("?") : QString::fromLatin1(hash.left(6).toHex()));
 }
 
 bool Authenticator::countFailure(const UserRecord& user, QList<AuditRecord>* records, bool* lockedNow,
@@ -49,8 +51,9 @@ bool Authenticator::decide(Attempt& attempt, QList<AuditRecord>* records, QStrin
         return true;
     };
     if (!user)
-        return refuse(unknownUserLabel(attempt.typedName), QStringLiteral("Failed log in: unknown user"),
-                      LogInStatus::Refused);
+        return refuse(attempt.unknownLabel.isEmpty() ? unknownUserLabel(attempt.typedName)
+                                                     : attempt.unknownLabel,
+                      QStringLiteral("Failed log in: unknown user"), LogInStatus::Refused);
     if (user->passwordHash.isEmpty())
         return refuse(user->name, QStringLiteral("Failed log in: no password set"), LogInStatus::Refused);
     if (!user->intact)
@@ -83,12 +86,15 @@ LogInResult Authenticator::authenticate(const QString& userName, const SecretByt
     const std::optional<UserRecord> user = m_store.users().find(userName, &error);
     if (!error.isEmpty())
         return {LogInStatus::Error, {}, error};
-    Attempt attempt{userName, false, {}, {}};
+    Attempt attempt{userName, {}, false, {}, {}};
     // The hash is checked outside the transaction (it takes a while); every
-    // account that will be refused anyway costs the same dummy work instead.
+    // account that will be refused anyway costs the same work instead: the
+    // label of a name that is no user's, or a dummy check.
     if (user && !user->passwordHash.isEmpty() && user->intact && !user->locked && !user->disabled) {
         attempt.checkedHash = user->passwordHash;
         attempt.passwordRight = hasher.verify(user->passwordHash, password);
+    } else if (!user) {
+        attempt.unknownLabel = unknownUserLabel(userName);
     } else {
         hasher.verifyDummy(password);
     }
@@ -97,10 +103,16 @@ LogInResult Authenticator::authenticate(const QString& userName, const SecretByt
     if (recorded.sequence == 0)
         return {LogInStatus::Error, {}, recorded.error};
     if (attempt.result.status == LogInStatus::Success && hasher.needsRehash(attempt.checkedHash)) {
+        // A change of its own, recorded in the store's count of changes like any other.
         const QByteArray upgraded = hasher.hash(password);
-        if (!upgraded.isEmpty() &&
-            m_store.users().setPasswordHash(attempt.result.user.name, upgraded,
-                                            attempt.result.user.mustChangePassword, &error))
+        const QString name = attempt.result.user.name;
+        const bool mustChange = attempt.result.user.mustChangePassword;
+        if (!upgraded.isEmpty() && m_store.audit()
+                                       .record([&](QList<AuditRecord>*, QString* why) {
+                                           return m_store.users().setPasswordHash(name, upgraded, mustChange,
+                                                                                  why);
+                                       })
+                                       .error.isEmpty())
             attempt.result.user.passwordHash = upgraded;
     }
     return attempt.result;

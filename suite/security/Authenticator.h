@@ -29,8 +29,10 @@ struct LogInResult
 // Checks a user name and password against the user store and records the
 // outcome in the audit trail (area "Security"). An unknown user name is
 // refused exactly like a wrong password, after the same hashing work, and
-// recorded as a keyed hash of what was typed (it may be a password typed
-// into the wrong field). Wrong passwords count against the account; at the
+// recorded as a slow hash of what was typed (it may be a password typed into
+// the wrong field, and every member of the site group holds the key): the
+// label is that hashing work, so guessing it back costs what guessing a
+// password does. Wrong passwords count against the account; at the
 // lockout threshold the account locks, and stays locked, across restarts,
 // until an administrator unlocks it. A locked or disabled account is refused
 // without its password being checked, so the answer tells nothing about the
@@ -54,7 +56,8 @@ public:
                               QString* error);
 
     // How an unknown user name is recorded: "unknown user #" and a short
-    // keyed hash, the same for the same name.
+    // Argon2id hash at the password hashes' cost, salted from the site key,
+    // the same for the same name (in any case).
     QString unknownUserLabel(const QString& typedName) const;
 
 private:

@@ -34,7 +34,7 @@ std::unique_ptr<NebraSecurityManager> NebraSecurityManager::create(const Setting
     const SecuritySettings securitySettings = SecuritySettings::fromStore(settings);
     std::unique_ptr<SecurityBackend> backend;
     if (securitySettings.backend == SecuritySettings::Backend::Server) {
-        backend = ServerSecurityBackend::open(securitySettings, error);
+        backend = ServerSecurityBackend::open(securitySettings, error, options.clock);
     } else if (std::unique_ptr<SecurityStore> store = SecurityStore::open(securitySettings, error)) {
         backend = std::make_unique<EmbeddedSecurityBackend>(std::move(store));
     }
@@ -197,7 +197,15 @@ bool NebraSecurityManager::IsOperationAllowed(const QString& area, const QString
 
 void NebraSecurityManager::ResetTimeOut()
 {
+    if (!m_user)
+        return;
     m_idle.reset();
+    // A store that ends idle sessions itself learns that the user is at
+    // work; one that has ended the session already ends it here too, as a
+    // time-out, once the command that reset the timer has run.
+    QString ended;
+    if (!m_backend->keepAlive(&ended))
+        QMetaObject::invokeMethod(this, &NebraSecurityManager::timeOut, Qt::QueuedConnection);
 }
 
 int NebraSecurityManager::TimeOutWarningSeconds() const

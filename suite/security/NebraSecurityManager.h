@@ -74,6 +74,8 @@ public:
     void SessionChangePassword(QWidget* owner);
     // False without a session and for a disabled or locked account.
     bool IsOperationAllowed(const QString& area, const QString& operation) const;
+    // Restarts the inactivity time-out and tells a store that ends idle
+    // sessions itself that the user is at work.
     void ResetTimeOut();
     // Time left before the session times out; 0 without a session.
     qint64 TimeOutRemainingMs() const { return m_idle.remainingMs(); }

@@ -61,6 +61,17 @@ void PasswordHasher::prepareDummy() const
     m_dummyHash = hash(unused);
 }
 
+QByteArray PasswordHasher::derive(const QByteArray& text, const QByteArray& salt) const
+{
+    unsigned char out[16] = {};
+    if (salt.size() != crypto_pwhash_SALTBYTES ||
+        crypto_pwhash(out, sizeof out, text.constData(), static_cast<unsigned long long>(text.size()),
+                      reinterpret_cast<const unsigned char*>(salt.constData()), opsLimit(), memLimit(),
+                      crypto_pwhash_ALG_ARGON2ID13) != 0)
+        return {};
+    return QByteArray(reinterpret_cast<const char*>(out), sizeof out);
+}
+
 void PasswordHasher::verifyDummy(const SecretBytes& password) const
 {
     prepareDummy();

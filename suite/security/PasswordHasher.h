@@ -30,6 +30,11 @@ public:
     // Makes the dummy hash now, so that its making is not timed with the first refusal.
     void prepareDummy() const;
 
+    // Argon2id of text with the salt given (16 bytes), at the hasher's cost:
+    // the same for the same text and salt, and as slow to guess as a
+    // password. 16 bytes; empty when the memory for it cannot be had.
+    QByteArray derive(const QByteArray& text, const QByteArray& salt) const;
+
 private:
     unsigned long long opsLimit() const;
     size_t memLimit() const;

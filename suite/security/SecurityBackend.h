@@ -42,6 +42,11 @@ public:
                                   const SecretBytes& fresh, QString* error) = 0;
     // Ends the session that logIn opened and records text (area "Security").
     virtual AuditAppendResult endSession(const QString& userName, const QString& text) = 0;
+    // The user is at work: a store that ends idle sessions itself marks the
+    // session used. False, with *error, only when the store has ended the
+    // session already (it timed out there); a store that cannot be asked
+    // now leaves that to the next check or entry.
+    virtual bool keepAlive(QString* error) = 0;
 
     // The reviewer's reading of the audit trail. Whether the user may read
     // it is the caller's check; the server checks it again for its session.

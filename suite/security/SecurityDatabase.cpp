@@ -42,8 +42,8 @@ QStringList schema()
                        "locked INTEGER NOT NULL DEFAULT 0, "
                        "must_change_password INTEGER NOT NULL DEFAULT 0, "
                        "mac BLOB NOT NULL DEFAULT x'')"),
-        QStringLiteral(
-            "CREATE TABLE roles(id INTEGER PRIMARY KEY, name TEXT NOT NULL UNIQUE COLLATE NOCASE)"),
+        QStringLiteral("CREATE TABLE roles(id INTEGER PRIMARY KEY, name TEXT NOT NULL UNIQUE COLLATE NOCASE, "
+                       "mac BLOB NOT NULL DEFAULT x'')"),
         QStringLiteral("CREATE TABLE user_rights("
                        "user_id INTEGER NOT NULL REFERENCES users(id) ON DELETE CASCADE, "
                        "area TEXT NOT NULL, operation TEXT NOT NULL, mac BLOB NOT NULL DEFAULT x'', "
@@ -60,6 +60,10 @@ QStringList schema()
             "CREATE TABLE audit_trail("
             "seq INTEGER PRIMARY KEY, utc TEXT NOT NULL, user_name TEXT NOT NULL, "
             "workstation TEXT NOT NULL, area TEXT NOT NULL, text TEXT NOT NULL, mac BLOB NOT NULL)"),
+        QStringLiteral(
+            "CREATE TABLE store_state(id INTEGER PRIMARY KEY CHECK (id = 1), changes INTEGER NOT NULL, "
+            "row_changes INTEGER NOT NULL, rows_digest BLOB, entries INTEGER NOT NULL, "
+            "newest_mac BLOB, seal BLOB)"),
         QStringLiteral("CREATE TRIGGER audit_trail_no_update BEFORE UPDATE ON audit_trail "
                        "BEGIN SELECT RAISE(ABORT, 'audit trail entries cannot be changed'); END"),
         QStringLiteral("CREATE TRIGGER audit_trail_no_delete BEFORE DELETE ON audit_trail "
@@ -195,12 +199,46 @@ std::unique_ptr<SecurityDatabase> SecurityDatabase::open(const QString& path, QS
         *error = exposed;
     else if (const FileKind kind = inspect(path); kind == FileKind::NotSqlite)
         *error = db->describe(QStringLiteral("is not a security database (it is not an SQLite file)."));
-    else if (kind == FileKind::Truncated)
-        *error = db->describe(QStringLiteral("is truncated."));
-    else if (db->connect(error) && db->checkIdentity(error) && db->applyPragmas(error) &&
+    else if (kind == FileKind::Truncated && !db->completeFromJournal(error))
+        return nullptr;
+    else if ((db->isOpen() || db->connect(error)) && db->checkIdentity(error) && db->applyPragmas(error) &&
              db->checkReadableAndWritable(error) && db->addReviewIndexes(error))
         return db;
     return nullptr;
+}
+
+bool SecurityDatabase::isOpen() const
+{
+    return QSqlDatabase::database(m_connectionName, false).isOpen();
+}
+
+// A checkpoint cut short (a full disk) leaves a file whose header already
+// counts pages that only its write-ahead journal holds; SQLite itself reads
+// them from there. Writing them back makes the file whole, and is all there
+// is to do. A file whose journal does not hold the pages it lacks has lost
+// them.
+bool SecurityDatabase::completeFromJournal(QString* error)
+{
+    const bool journal = QFileInfo(m_path + QStringLiteral("-wal")).size() > 0;
+    if (!journal || !connect(error)) {
+        if (error->isEmpty())
+            *error = describe(QStringLiteral("is truncated."));
+        return false;
+    }
+    QSqlQuery q = newQuery();
+    QString why;
+    const bool written = exec(q, QStringLiteral("PRAGMA wal_checkpoint(TRUNCATE)"), {}, &why) && q.next() &&
+                         q.value(0).toInt() == 0;
+    q.finish();
+    if (inspect(m_path) == FileKind::Sqlite)
+        return true;
+    *error = describe(
+        written ? QStringLiteral("is truncated.")
+                : QStringLiteral("is incomplete: its journal holds the rest, but it cannot be written "
+                                 "back (%1). Free space on its disk, close the other programs that "
+                                 "use it, and try again.")
+                      .arg(why.isEmpty() ? QStringLiteral("the database is busy") : why));
+    return false;
 }
 
 bool SecurityDatabase::checkIdentity(QString* error)
@@ -219,7 +257,8 @@ bool SecurityDatabase::checkIdentity(QString* error)
     bool versionOk = false;
     const int version = metaValue(QStringLiteral("schema_version")).toInt(&versionOk);
     m_databaseId = QByteArray::fromHex(metaValue(QStringLiteral("database_id")).toLatin1());
-    if (!versionOk || version != SchemaVersion || m_databaseId.size() != 16) {
+    m_schemaVersion = version;
+    if (!versionOk || version < UpgradableVersion || version > SchemaVersion || m_databaseId.size() != 16) {
         *error = describe(
             versionOk && version > SchemaVersion ? QStringLiteral("was made by a newer version of the suite.")
             : versionOk && version > 0
@@ -228,6 +267,18 @@ bool SecurityDatabase::checkIdentity(QString* error)
                 : QStringLiteral("is damaged (its version record is missing)."));
         return false;
     }
+    return true;
+}
+
+bool SecurityDatabase::upgradeSchema(const QStringList& statements, QString* error)
+{
+    QSqlQuery q = newQuery();
+    for (const QString& statement : statements)
+        if (!exec(q, statement, {}, error))
+            return false;
+    if (!setMetaValue(QStringLiteral("schema_version"), QString::number(SchemaVersion), error))
+        return false;
+    m_schemaVersion = SchemaVersion;
     return true;
 }
 

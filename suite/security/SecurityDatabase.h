@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QSqlQuery>
 #include <QString>
+#include <QStringList>
 #include <QVariantList>
 
 #include <functional>
@@ -17,13 +18,15 @@ namespace nebra {
 //
 //   meta(key, value)                    schema version, database id, key check
 //   users(...)                          one row per user, with password hash and lockout state
-//   roles(id, name)                     named sets of rights
+//   roles(id, name, mac)                named sets of rights
 //   user_rights / role_rights           rights (area, operation), "*" matching any
 //   user_roles(user_id, role_id)
+//   store_state(changes, row_changes, rows_digest, entries, newest_mac, seal)
 //
-// Users, rights and role memberships carry a MAC made with the site key (see
-// UserStore), so that a row edited or slipped in behind the suite's back is
-// noticed. The file and its companions are created 0600, or 0660 in a
+// Users, roles, rights and role memberships carry a MAC made with the site
+// key (see RowSeals), so that a row edited, slipped in or written back behind
+// the suite's back is noticed; store_state holds the database's sealed
+// record of its own changes (StoreState). The file and its companions are created 0600, or 0660 in a
 // folder shared by the site group (SecureFiles); a database that every user
 // could read or write is refused.
 //   audit_trail(seq, utc, user_name, workstation, area, text, mac)
@@ -37,7 +40,9 @@ class SecurityDatabase
 {
 public:
     static constexpr int ApplicationId = 0x4E425345; // "NBSE"
-    static constexpr int SchemaVersion = 2;
+    static constexpr int SchemaVersion = 3;
+    // The oldest schema that SecurityStore brings up to date on opening.
+    static constexpr int UpgradableVersion = 2;
 
     ~SecurityDatabase();
     SecurityDatabase(const SecurityDatabase&) = delete;
@@ -46,6 +51,8 @@ public:
     // Opens an existing security database for reading and writing. Null, with
     // *error set to a sentence for the user, when the file is missing,
     // read-only, truncated, not SQLite, damaged or not a security database.
+    // A file left short by a checkpoint that a full disk cut off is made
+    // whole from its write-ahead journal first.
     static std::unique_ptr<SecurityDatabase> open(const QString& path, QString* error);
 
     // Makes a new, empty security database. Refuses when the file exists; a
@@ -53,6 +60,10 @@ public:
     static std::unique_ptr<SecurityDatabase> create(const QString& path, QString* error);
 
     QString path() const { return m_path; }
+    // SchemaVersion, or UpgradableVersion until the store has upgraded it.
+    int schemaVersion() const { return m_schemaVersion; }
+    // Inside the caller's transaction: runs the statements and records the current schema version.
+    bool upgradeSchema(const QStringList& statements, QString* error);
     // Random identity given at creation; binds the audit chain to this file.
     QByteArray databaseId() const { return m_databaseId; }
 
@@ -76,6 +87,8 @@ private:
     explicit SecurityDatabase(QString path);
 
     bool connect(QString* error);
+    bool isOpen() const;
+    bool completeFromJournal(QString* error);
     bool applyPragmas(QString* error);
     bool createSchema(QString* error);
     bool checkIdentity(QString* error);
@@ -87,6 +100,7 @@ private:
     QString m_connectionName;
     QByteArray m_databaseId;
     mutable int m_transactionDepth = 0;
+    int m_schemaVersion = 0;
 };
 
 } // namespace nebra

@@ -1,5 +1,8 @@
 #include "SecurityStore.h"
 
+#include "RowSeals.h"
+#include "StoreUpgrade.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -14,12 +17,24 @@ const QByteArray KeyCheckMessage = QByteArrayLiteral("nebra-site-key-check-v1");
 SecurityStore::SecurityStore(const SecuritySettings& settings, std::unique_ptr<SecurityDatabase> database,
                              SiteKey key)
     : m_settings(settings), m_database(std::move(database)), m_key(std::move(key)),
-      m_audit(*m_database, m_key, settings.chainHeadFile), m_users(*m_database, m_key),
+      m_head(settings.chainHeadFile, m_key, m_database->databaseId()), m_state(*m_database, m_key, m_head),
+      m_audit(*m_database, m_key, m_head, m_state), m_users(*m_database, m_key, m_state),
       m_hasher(settings.hashCost), m_policy(settings.passwordMinimumLength)
 {
 }
 
 SecurityStore::~SecurityStore() = default;
+
+bool SecurityStore::initialiseState(QString* error)
+{
+    StoreState::Record fresh;
+    return m_database->writeTransaction(
+        [&](QString* why) {
+            return RowSeals(*m_database, m_key, m_state).digest(0, &fresh.rowsDigest, why) &&
+                   m_state.write(fresh, why);
+        },
+        error);
+}
 
 bool SecurityStore::checkKey(SecurityDatabase& database, const SiteKey& key, const QString& keyPath,
                              QString* error)
@@ -46,6 +61,11 @@ std::unique_ptr<SecurityStore> SecurityStore::open(const SecuritySettings& setti
     if (!key || !checkKey(*database, *key, settings.siteKeyFile, error))
         return nullptr;
     std::unique_ptr<SecurityStore> store(new SecurityStore(settings, std::move(database), std::move(*key)));
+    if (store->m_database->schemaVersion() < SecurityDatabase::SchemaVersion) {
+        RowSeals seals(*store->m_database, store->m_key, store->m_state);
+        if (!StoreUpgrade(*store->m_database, store->m_key, store->m_head, store->m_state, seals).run(error))
+            return nullptr;
+    }
     if (headCheck == HeadCheck::Required && !store->m_audit.checkHead(error))
         return nullptr;
     return store;
@@ -78,7 +98,7 @@ std::unique_ptr<SecurityStore> SecurityStore::create(const SecuritySettings& set
     std::unique_ptr<SecurityStore> store;
     if (database->setMetaValue(KeyCheckName, check, error)) {
         store.reset(new SecurityStore(settings, std::move(database), std::move(*key)));
-        if (store->m_audit.initialiseHead(error)) {
+        if (store->initialiseState(error) && store->m_audit.initialiseHead(error)) {
             const AuditAppendResult first = store->m_audit.append(
                 actor, QStringLiteral("Administration"), QStringLiteral("Security database created"));
             if (first.error.isEmpty())

@@ -1,11 +1,13 @@
 #pragma once
 
+#include "AuditChainHead.h"
 #include "AuditTrail.h"
 #include "PasswordHasher.h"
 #include "PasswordPolicy.h"
 #include "SecurityDatabase.h"
 #include "SecuritySettings.h"
 #include "SiteKey.h"
+#include "StoreState.h"
 #include "UserStore.h"
 
 #include <memory>
@@ -14,8 +16,9 @@ namespace nebra {
 
 // Everything a security manager or the administration tool works on, opened
 // together from the "[Security]" settings: the database, the site key (which
-// must be the one the database was made with), the audit trail with its
-// chain head, the users, the password hasher and the password policy.
+// must be the one the database was made with), the database's sealed record
+// of itself, the audit trail with its chain head, the users, the password
+// hasher and the password policy.
 class SecurityStore
 {
 public:
@@ -59,10 +62,14 @@ private:
 
     static bool checkKey(SecurityDatabase& database, const SiteKey& key, const QString& keyPath,
                          QString* error);
+    // The record of a new, empty database: no changes yet.
+    bool initialiseState(QString* error);
 
     SecuritySettings m_settings;
     std::unique_ptr<SecurityDatabase> m_database;
     SiteKey m_key;
+    AuditChainHead m_head;
+    StoreState m_state;
     AuditTrail m_audit;
     UserStore m_users;
     PasswordHasher m_hasher;

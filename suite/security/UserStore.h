@@ -1,5 +1,7 @@
 #pragma once
 
+#include "RowSeals.h"
+
 #include <QByteArray>
 #include <QList>
 #include <QString>
@@ -15,6 +17,7 @@ namespace nebra {
 
 class SecurityDatabase;
 class SiteKey;
+class StoreState;
 
 struct UserRecord
 {
@@ -44,19 +47,28 @@ struct Right
 // caller's; none is audited here (the callers record what they changed and
 // who changed it, in the same transaction).
 //
-// Each user row, right and role membership carries a MAC made with the site
-// key over its security-relevant fields. A row whose MAC does not match was
-// changed behind the suite's back: such a user is marked not intact (and is
-// refused at log-in), such a right or membership grants nothing, and
-// alteredRows() names them all. Only administrative changes seal a user row
-// afresh; the bookkeeping of log-ins refuses to touch an altered one.
+// Each user row, role, right and role membership carries a MAC made with the
+// site key over its security-relevant fields and the store's count of row
+// changes (RowSeals). A row whose MAC does not match was changed behind the
+// suite's back, or written back from an older state: such a user is marked
+// not intact (and is refused at log-in), such a role cannot be given and
+// grants nothing, such a right or membership grants nothing, and
+// alteredRows() names them all, and rows removed as well. Only
+// administrative changes seal an altered user row afresh; the bookkeeping
+// of log-ins refuses to touch one. Rights are granted only while the store's
+// record of itself agrees with its audit trail and chain head.
 class UserStore
 {
 public:
-    UserStore(SecurityDatabase& database, const SiteKey& key);
+    UserStore(SecurityDatabase& database, const SiteKey& key, StoreState& state);
 
     // The form in which user names are compared: NFC, case folded.
     static QString nameKey(const QString& name);
+
+    // The columns of a user row, the MAC last, and the record they hold (without its seal checked).
+    static inline const QString Columns = QStringLiteral(
+        "id, name, full_name, password_hash, disabled, failed_logins, locked, must_change_password, mac");
+    static UserRecord recordOf(const QSqlQuery& row);
 
     std::optional<UserRecord> find(const QString& name, QString* error) const;
     QList<UserRecord> users(QString* error) const;
@@ -87,38 +99,38 @@ public:
     QList<Right> rightsOf(const QString& user, QString* error) const;
     QStringList rolesOf(const QString& user, QString* error) const;
 
-    // One sentence per user, right or membership whose MAC does not match.
+    // One sentence per user, role, right or membership whose MAC does not
+    // match, and one when rows have been removed or written back.
     QStringList alteredRows(QString* error) const;
 
 private:
-    QByteArray userMac(const UserRecord& user) const;
-    QByteArray rightMac(const char* table, qint64 ownerId, const QString& area,
-                        const QString& operation) const;
-    QByteArray membershipMac(qint64 userId, qint64 roleId) const;
-    bool macMatches(const QByteArray& mac, const QByteArray& expected) const;
-    UserRecord userFrom(const QSqlQuery& q) const;
+    UserRecord userFrom(const QSqlQuery& q, qint64 rowChanges) const;
+    void alteredRights(const char* table, const char* owner, qint64 rowChanges, QStringList* found,
+                       QString* error) const;
     // Runs "UPDATE users SET <assignments>" on the named user and seals the row afresh.
     bool updateUser(const QString& name, const QString& assignments, const QVariantList& values,
                     bool requireIntact, QString* error);
     bool sealUser(qint64 id, QString* error);
-    bool allowedByOwnRights(qint64 userId, const QString& area, const QString& operation,
+    bool allowedByOwnRights(qint64 userId, const QString& area, const QString& operation, qint64 rowChanges,
                             QString* error) const;
-    bool allowedByRoles(qint64 userId, const QString& area, const QString& operation, QString* error) const;
+    bool allowedByRoles(qint64 userId, const QString& area, const QString& operation, qint64 rowChanges,
+                        QString* error) const;
     struct Link
     {
         const char* table; // "users" or "roles"
         QString name;
         QString notFound;
     };
-    using Binder = std::function<QVariantList(const QList<qint64>& ids)>;
-    // Runs sql with the values that bind gives for the ids of the named rows;
-    // fails when a name is unknown.
+    using Binder = std::function<QVariantList(const QList<qint64>& ids, qint64 rowChanges)>;
+    // Runs sql with the values that bind gives for the ids of the named rows,
+    // then seals every row afresh; fails when a name is unknown or a role altered.
     bool linkChange(const QString& sql, const QList<Link>& links, const Binder& bind, QString* error);
-    std::optional<qint64> idOf(const char* table, const QString& name, const QString& what,
+    std::optional<qint64> idOf(const char* table, const QString& name, const QString& what, qint64 rowChanges,
                                QString* error) const;
 
     SecurityDatabase& m_database;
-    const SiteKey& m_key;
+    StoreState& m_state;
+    RowSeals m_seals;
 };
 
 } // namespace nebra

@@ -24,6 +24,7 @@ int showMessageBox(const MessageRequest& request)
                     QMessageBox::StandardButtons(request.buttons), owner);
     if (request.defaultButton != MessageButton::NoButton)
         box.setDefaultButton(static_cast<QMessageBox::StandardButton>(request.defaultButton));
+    box.setDetailedText(request.details);
     box.setAccessibleName(request.title);
     return box.exec();
 }

@@ -1,4 +1,5 @@
 #include "DocumentCommands.h"
+#include "DocumentLauncher.h"
 #include "MessageRecorder.h"
 #include "OrganiserTree.h"
 #include "OrganiserWorld.h"
@@ -12,10 +13,11 @@ using nebra::test::TreeWorld;
 
 namespace {
 
+// No program is allowed to start: the launcher's context allows nothing.
 struct Commands : TreeWorld
 {
-    int resets = 0;
-    DocumentCommands commands{*tree, [this] { ++resets; }};
+    DocumentLauncher launcher{paths, {}};
+    DocumentCommands commands{*tree, launcher};
 
     Commands()
     {
@@ -37,13 +39,13 @@ private Q_SLOTS:
         QTest::addColumn<QString>("where");
         QTest::addColumn<int>("answer");
         QTest::addColumn<QString>("whereAfter"); // empty: no question
-        QTest::newRow("layouts sub-folder, OK")
-            << "layouts sub-folder" << int(MessageButton::Ok) << "layouts";
-        QTest::newRow("layouts sub-folder, Cancel")
-            << "layouts sub-folder" << int(MessageButton::Cancel) << "layouts sub-folder";
+        // clang-format off
+        QTest::newRow("layouts sub-folder, OK") << "layouts sub-folder" << int(MessageButton::Ok) << "layouts";
+        QTest::newRow("layouts sub-folder, Cancel") << "layouts sub-folder" << int(MessageButton::Cancel) << "layouts sub-folder";
         QTest::newRow("the layouts node itself") << "layouts" << 0 << "";
         QTest::newRow("a protocols sub-folder") << "protocols sub-folder" << 0 << "";
         QTest::newRow("the root") << "root" << 0 << "";
+        // clang-format on
     }
 
     void newAsksToMoveToThePrimaryFolderOnlyBelowLayouts()
@@ -54,18 +56,17 @@ private Q_SLOTS:
         Commands c;
         MessageRecorder messages;
         const QMap<QString, FolderNode> nodes{
-            {"layouts", c.organiser.layoutsNode()},
-            {"protocols sub-folder", c.organiser.protocolsNode().child(0)},
+            {"layouts", c.organiser.node(DocumentType::Layouts)},
+            {"protocols sub-folder", c.organiser.node(DocumentType::Protocols).child(0)},
             {"root", c.organiser.rootNode()},
-            {"layouts sub-folder", c.organiser.layoutsNode().child(0).child(0)}};
+            {"layouts sub-folder", c.organiser.node(DocumentType::Layouts).child(0).child(0)}};
         c.tree->setCurrentNode(nodes[where]);
         if (answer)
             messages.answer(answer);
-        c.commands.PerformDocumentCommand(DocumentCommand::New);
-        QCOMPARE(c.resets, 2); // before and after
+        c.commands.PerformDocumentCommand(CommandId::New);
         QCOMPARE(c.tree->currentNode(), nodes.value(whereAfter, nodes[where]));
-        c.commands.PerformDocumentCommand(DocumentCommand::Open);
-        c.commands.PerformDocumentCommand(static_cast<DocumentCommand>(999));
+        c.commands.PerformDocumentCommand(CommandId::Open);
+        c.commands.PerformDocumentCommand(CommandId::About); // not a document command
         QCOMPARE(messages.count(), whereAfter.isEmpty() ? 0 : 1);
         if (whereAfter.isEmpty())
             return;

@@ -8,19 +8,40 @@
 
 using namespace nebra;
 
-class DocumentLauncherTest : public QObject
-{
-    Q_OBJECT
+namespace {
 
-private:
-    std::unique_ptr<test::RecordedSuite> m_suite;
-    std::unique_ptr<DocumentLauncher> m_launcher;
-    QStringList m_events;
-    QStringList m_used;
-    bool m_allow = true;
-    bool m_auditWritten = true;
-    bool m_secured = false;
-    QString m_document = QStringLiteral("/data/My Assays/Protocols/ELISA IgG Quantitation.apr");
+const QString Protocol = QStringLiteral("/data/My Assays/Protocols/ELISA IgG Quantitation.apr");
+
+// The launcher over a recorded suite; its checks, entries and wizard starts
+// are logged in events, as allow and auditWritten answer them.
+struct Launch
+{
+    test::RecordedSuite suite;
+    QStringList events;
+    QStringList used;
+    bool allow = true;
+    bool auditWritten = true;
+    bool secured = false;
+    QString document = Protocol;
+    DocumentLauncher launcher{suite.paths, context()};
+
+    LaunchContext context()
+    {
+        LaunchContext context;
+        context.canPerform = [this](const QString& operation) {
+            events << "check " + operation;
+            return allow;
+        };
+        context.audit = [this](const QString& entry) {
+            events << "audit " + entry;
+            return auditWritten;
+        };
+        context.selectedDocumentPath = [this] { return document; };
+        context.securityEnabled = [this] { return secured; };
+        context.startNewProtocolWizard = [this] { events << QStringLiteral("wizard"); };
+        context.documentUsed = [this](const QString& path) { used << path; };
+        return context;
+    }
 
     // The recording copy that stands in for the program a setting names.
     QString programFor(const QString& setting) const
@@ -29,11 +50,11 @@ private:
             {"LayoutEditorPath", "Layout Editor"},
             {"AssayApplicationPath", "Assay Application"},
             {"ReadConfigurationEditorPath", "Read Configuration Editor"}};
-        return m_suite->programs.program(names.value(setting));
+        return suite.programs.program(names.value(setting));
     }
     void setProgram(const QString& setting, const QString& path)
     {
-        QVERIFY(m_suite->store.setValue(QStringLiteral("Paths/") + setting, path));
+        QVERIFY(suite.store.setValue(QStringLiteral("Paths/") + setting, path));
     }
     void run(const QString& procedure)
     {
@@ -46,49 +67,31 @@ private:
             {"CreateReadConfiguration", &DocumentLauncher::CreateReadConfiguration},
             {"CreateProtocol", &DocumentLauncher::CreateProtocol},
             {"OpenReport", &DocumentLauncher::OpenReport}};
-        (m_launcher.get()->*procedures.value(procedure))();
+        (launcher.*procedures.value(procedure))();
     }
     QByteArrayList startedArgv() const
     {
-        return m_suite->programs.waitForRecords(1) ? m_suite->programs.records().constFirst()
-                                                   : QByteArrayList();
+        return suite.programs.waitForRecords(1) ? suite.programs.records().constFirst() : QByteArrayList();
     }
     // Nothing was started before: a start that had happened would be recorded before this later one.
     void nothingStartedBefore()
     {
-        m_allow = true;
-        m_auditWritten = true;
-        m_launcher->OpenResults();
-        QVERIFY(m_suite->programs.waitForRecords(1));
-        QCOMPARE(m_suite->programs.records().size(), 1);
-        QCOMPARE(m_suite->programs.records().constFirst().value(1), m_document.toUtf8());
+        allow = true;
+        auditWritten = true;
+        launcher.OpenResults();
+        QVERIFY(suite.programs.waitForRecords(1));
+        QCOMPARE(suite.programs.records().size(), 1);
+        QCOMPARE(suite.programs.records().constFirst().value(1), document.toUtf8());
     }
+};
+
+} // namespace
+
+class DocumentLauncherTest : public QObject
+{
+    Q_OBJECT
 
 private Q_SLOTS:
-    void init()
-    {
-        m_suite = std::make_unique<test::RecordedSuite>();
-        m_events.clear();
-        m_used.clear();
-        m_allow = true;
-        m_auditWritten = true;
-        m_secured = false;
-        LaunchContext context;
-        context.canPerform = [this](const QString& operation) {
-            m_events << "check " + operation;
-            return m_allow;
-        };
-        context.audit = [this](const QString& entry) {
-            m_events << "audit " + entry;
-            return m_auditWritten;
-        };
-        context.selectedDocumentPath = [this] { return m_document; };
-        context.securityEnabled = [this] { return m_secured; };
-        context.startNewProtocolWizard = [this] { m_events << QStringLiteral("wizard"); };
-        context.documentUsed = [this](const QString& path) { m_used << path; };
-        m_launcher = std::make_unique<DocumentLauncher>(m_suite->paths, std::move(context));
-    }
-
     void startsTheProgramWithTheExpectedCommandLine_data()
     {
         QTest::addColumn<QString>("procedure");
@@ -99,7 +102,7 @@ private Q_SLOTS:
         QTest::addColumn<bool>("secured");
         QTest::addColumn<QString>("arguments");
         QTest::addColumn<QString>("audit");
-        const QString apr = m_document;
+        const QString apr = Protocol;
         const QString ars = QStringLiteral("/data/Results/Run \"final\" 2026.ars");
         const QString mlo = QStringLiteral("/data/Layouts/Plättchen 96 – été.mlo");
         const QString daq = QStringLiteral("/data/Read Configurations/Abs 450.daq");
@@ -129,42 +132,49 @@ private Q_SLOTS:
         QFETCH(bool, secured);
         QFETCH(QString, arguments);
         QFETCH(QString, audit);
-        const QString program = programFor(setting);
-        setProgram(setting, stored.arg(program));
-        arguments.replace(QLatin1String("LAYOUTS"), m_suite->paths.LayoutsFolder());
-        m_document = document;
-        m_secured = secured;
-        run(procedure);
-        QCOMPARE(m_launcher->lastCommandLine().text, inText.arg(program) + ' ' + arguments);
-        QCOMPARE(m_events, QStringList({"check " + procedure, "audit " + audit}));
+        Launch o;
+        const QString program = o.programFor(setting);
+        o.setProgram(setting, stored.arg(program));
+        arguments.replace(QLatin1String("LAYOUTS"), o.suite.paths.LayoutsFolder());
+        o.document = document;
+        o.secured = secured;
+        o.run(procedure);
+        QCOMPARE(o.launcher.lastCommandLine().text, inText.arg(program) + ' ' + arguments);
+        QCOMPARE(o.events, QStringList({"check " + procedure, "audit " + audit}));
         QByteArrayList expected{QFile::encodeName(program)};
         if (!arguments.isEmpty())
             expected << arguments.toUtf8();
-        QCOMPARE(startedArgv(), expected);
+        QCOMPARE(o.startedArgv(), expected);
     }
 
+    // Another program of the suite moves the assay application while the Organiser runs.
     void programPathIsReadAtEachLaunch()
     {
-        m_launcher->RunProtocol();
-        QCOMPARE(startedArgv().value(0),
-                 QFile::encodeName(programFor(QStringLiteral("AssayApplicationPath"))));
-        m_suite->programs.clear();
-        setProgram(QStringLiteral("AssayApplicationPath"), programFor(QStringLiteral("LayoutEditorPath")));
-        m_launcher->RunProtocol();
-        QCOMPARE(startedArgv().value(0), QFile::encodeName(programFor(QStringLiteral("LayoutEditorPath"))));
+        Launch o;
+        o.launcher.RunProtocol();
+        QCOMPARE(o.startedArgv().value(0),
+                 QFile::encodeName(o.programFor(QStringLiteral("AssayApplicationPath"))));
+        o.suite.programs.clear();
+        SettingsStore other(o.suite.folders.settingsFile());
+        QVERIFY(other.setValue(QStringLiteral("Paths/AssayApplicationPath"),
+                               o.programFor(QStringLiteral("LayoutEditorPath"))));
+        o.launcher.RunProtocol();
+        QCOMPARE(o.startedArgv().value(0),
+                 QFile::encodeName(o.programFor(QStringLiteral("LayoutEditorPath"))));
     }
 
     void aDeniedOperationIsNeitherAuditedNorStarted()
     {
-        m_launcher->CreateProtocol();
-        QCOMPARE(m_events, QStringList({"check CreateProtocol", "audit Create new protocol", "wizard"}));
-        m_events.clear();
-        m_used.clear();
-        m_allow = false;
-        m_launcher->RunProtocol();
-        m_launcher->CreateProtocol();
-        QCOMPARE(m_events, QStringList({"check RunProtocol", "check CreateProtocol"}));
-        nothingStartedBefore();
+        Launch o;
+        o.launcher.CreateProtocol();
+        QCOMPARE(o.events, QStringList({"check CreateProtocol", "audit Create new protocol", "wizard"}));
+        o.events.clear();
+        o.used.clear();
+        o.allow = false;
+        o.launcher.RunProtocol();
+        o.launcher.CreateProtocol();
+        QCOMPARE(o.events, QStringList({"check RunProtocol", "check CreateProtocol"}));
+        o.nothingStartedBefore();
     }
 
     void anOperationWhoseEntryIsNotWrittenIsNotCarriedOut_data()
@@ -172,10 +182,10 @@ private Q_SLOTS:
         QTest::addColumn<QString>("procedure");
         QTest::addColumn<QString>("audit");
         // clang-format off
-        QTest::newRow("run") << "RunProtocol" << "Run protocol: " + m_document;
+        QTest::newRow("run") << "RunProtocol" << "Run protocol: " + Protocol;
         QTest::newRow("new layout") << "CreateLayout" << "Create new layout template";
         QTest::newRow("new protocol: no wizard") << "CreateProtocol" << "Create new protocol";
-        QTest::newRow("report, never checked") << "OpenReport" << "Open report: " + m_document;
+        QTest::newRow("report, never checked") << "OpenReport" << "Open report: " + Protocol;
         // clang-format on
     }
 
@@ -183,12 +193,13 @@ private Q_SLOTS:
     {
         QFETCH(QString, procedure);
         QFETCH(QString, audit);
-        m_auditWritten = false;
-        run(procedure);
-        QCOMPARE(m_events.last(), "audit " + audit);
-        QVERIFY(!m_events.contains(QStringLiteral("wizard")));
-        QVERIFY(m_launcher->lastCommandLine().text.isEmpty());
-        nothingStartedBefore();
+        Launch o;
+        o.auditWritten = false;
+        o.run(procedure);
+        QCOMPARE(o.events.last(), "audit " + audit);
+        QVERIFY(!o.events.contains(QStringLiteral("wizard")));
+        QVERIFY(o.launcher.lastCommandLine().text.isEmpty());
+        o.nothingStartedBefore();
     }
 
     void aFailedStartIsReportedAndTheAuditEntryStays_data()
@@ -207,12 +218,13 @@ private Q_SLOTS:
     {
         QFETCH(QString, program);
         QFETCH(QString, reason);
-        program.replace(QLatin1String("HOME"), m_suite->folders.home());
+        Launch o;
+        program.replace(QLatin1String("HOME"), o.suite.folders.home());
         QFile(program).open(QIODevice::WriteOnly); // only where the row names a file in HOME
-        setProgram(QStringLiteral("AssayApplicationPath"), program);
+        o.setProgram(QStringLiteral("AssayApplicationPath"), program);
         test::MessageRecorder messages;
-        m_launcher->RunProtocol();
-        QCOMPARE(m_events.last(), "audit Run protocol: " + m_document);
+        o.launcher.RunProtocol();
+        QCOMPARE(o.events.last(), "audit Run protocol: " + o.document);
         QCOMPARE(messages.count(), 1);
         QCOMPARE(messages.last().title, DocumentLauncher::startFailureTitle());
         for (const QString& part : {QStringLiteral("AssayApplicationPath"), reason, program})
@@ -221,25 +233,29 @@ private Q_SLOTS:
 
     void aReportOpensWithTheDesktopOpenerWithoutACheck()
     {
+        Launch o;
         const QByteArray path = qgetenv("PATH");
-        qputenv("PATH", QFile::encodeName(m_suite->programs.binFolder()) + ':' + path);
-        m_document = QStringLiteral("/data/Reports/ELISA IgG Summary Report.mht");
-        m_launcher->OpenReport();
-        const QByteArrayList argv = startedArgv();
+        qputenv("PATH", QFile::encodeName(o.suite.programs.binFolder()) + ':' + path);
+        o.document = QStringLiteral("/data/Reports/ELISA IgG Summary Report.mht");
+        o.launcher.OpenReport();
+        const QByteArrayList argv = o.startedArgv();
         qputenv("PATH", path);
-        QCOMPARE(m_events, QStringList({"audit Open report: " + m_document}));
+        QCOMPARE(o.events, QStringList({"audit Open report: " + o.document}));
         QVERIFY(argv.value(0).endsWith("xdg-open"));
-        QCOMPARE(argv.mid(1), QByteArrayList{m_document.toUtf8()});
+        QCOMPARE(argv.mid(1), QByteArrayList{o.document.toUtf8()});
     }
 
+    // A wizard's two files reach the editor joined by "; ", as the rest of its command line.
     void aNewlyMadeProtocolOpensUnquotedUnchecked()
     {
-        const QString made = QStringLiteral("/data/Protocols/New Assay 1.apr");
-        const QString program = programFor(QStringLiteral("AssayApplicationPath"));
-        m_launcher->OpenNewProtocol(made);
-        QCOMPARE(m_launcher->lastCommandLine().text, program + ' ' + made);
-        QCOMPARE(startedArgv(), QByteArrayList({QFile::encodeName(program), made.toUtf8()}));
-        QVERIFY(m_events.isEmpty());
+        Launch o;
+        const QStringList made{QStringLiteral("/data/Protocols/New Assay 1.apr"),
+                               QStringLiteral("/data/Layouts/New Assay 1.mlo")};
+        const QString program = o.programFor(QStringLiteral("AssayApplicationPath"));
+        o.launcher.OpenNewProtocol(made);
+        QCOMPARE(o.launcher.lastCommandLine().text, program + ' ' + made.join("; "));
+        QCOMPARE(o.startedArgv(), QByteArrayList({QFile::encodeName(program), made.join("; ").toUtf8()}));
+        QVERIFY(o.events.isEmpty());
     }
 
     // Only a document whose program was started counts as used (recent documents).
@@ -249,10 +265,12 @@ private Q_SLOTS:
         QTest::addColumn<bool>("allowed");
         QTest::addColumn<bool>("programThere");
         QTest::addColumn<bool>("used");
+        // clang-format off
         QTest::newRow("run") << "RunProtocol" << true << true << true;
         QTest::newRow("refused") << "RunProtocol" << false << true << false;
         QTest::newRow("program missing") << "OpenProtocol" << true << false << false;
         QTest::newRow("no document") << "CreateReadConfiguration" << true << true << false;
+        // clang-format on
     }
 
     void onlyStartedDocumentsCountAsUsed()
@@ -261,14 +279,15 @@ private Q_SLOTS:
         QFETCH(bool, allowed);
         QFETCH(bool, programThere);
         QFETCH(bool, used);
+        Launch o;
         test::MessageRecorder messages;
         for (const char* setting : {"AssayApplicationPath", "ReadConfigurationEditorPath"})
-            setProgram(QLatin1String(setting), programThere
-                                                   ? programFor(QLatin1String(setting))
-                                                   : m_suite->folders.root() + QStringLiteral("/missing"));
-        m_allow = allowed;
-        run(procedure);
-        QCOMPARE(m_used, used ? QStringList{m_document} : QStringList{});
+            o.setProgram(QLatin1String(setting), programThere
+                                                     ? o.programFor(QLatin1String(setting))
+                                                     : o.suite.folders.root() + QStringLiteral("/missing"));
+        o.allow = allowed;
+        o.run(procedure);
+        QCOMPARE(o.used, used ? QStringList{o.document} : QStringList{});
         QCOMPARE(messages.count(), programThere ? 0 : 1);
     }
 };

@@ -5,8 +5,7 @@
 
 using namespace nebra;
 
-using States = std::optional<DocumentTypes::CommandStates>;
-Q_DECLARE_METATYPE(States)
+Q_DECLARE_METATYPE(nebra::CommandAvailability)
 
 class DocumentTypesTest : public QObject
 {
@@ -16,23 +15,30 @@ private Q_SLOTS:
     void commandStates_data()
     {
         QTest::addColumn<int>("type");
-        QTest::addColumn<bool>("singleFile");
-        QTest::addColumn<States>("expected");
-        using S = DocumentTypes::CommandStates;
+        QTest::addColumn<CommandAvailability>("newCommand");
+        QTest::addColumn<CommandAvailability>("open");
+        QTest::addColumn<CommandAvailability>("run");
+        using enum CommandAvailability;
         // The root and the protocols (one file, two, a folder) are checked through the commands in
         // FileViewTest.
-        QTest::newRow("layouts, no single file") << 2 << false << States(S{true, false, false});
-        QTest::newRow("results, one file") << 4 << true << States(S{false, true, false});
-        QTest::newRow("negative counts as type 1") << -3 << true << States(S{true, true, false});
-        QTest::newRow("unknown leaves them") << 6 << true << States();
+        // clang-format off
+        QTest::newRow("layouts") << 2 << On << SingleFile << Off;
+        QTest::newRow("results") << 4 << Off << SingleFile << Off;
+        QTest::newRow("negative counts as type 1") << -3 << On << SingleFile << Off;
+        QTest::newRow("unknown leaves them") << 6 << Unchanged << Unchanged << Unchanged;
+        // clang-format on
     }
 
     void commandStates()
     {
         QFETCH(int, type);
-        QFETCH(bool, singleFile);
-        QFETCH(States, expected);
-        QCOMPARE(DocumentTypes::commandStates(folderKindFromData(type), singleFile), expected);
+        QFETCH(CommandAvailability, newCommand);
+        QFETCH(CommandAvailability, open);
+        QFETCH(CommandAvailability, run);
+        const DocumentTypeDescription& row = DocumentTypes::of(type);
+        QCOMPARE(row.newCommand.availability, newCommand);
+        QCOMPARE(row.openCommand.availability, open);
+        QCOMPARE(row.runCommand.availability, run);
     }
 
     void renameKeepsTheExtension_data()

@@ -18,11 +18,11 @@ namespace {
 struct Organiser : TreeWorld
 {
     double clock = 1000.0;
-    FileView view{*tree, *list, *tools, settings, paths, true, {}, [this] { return clock; }};
+    FileView view{*tree, *list, *switches, settings, paths, true, [this] { return clock; }};
     QStringList previews; // "show <name>" or "clear"
 
     // Writes the files (relative to My Assays), builds the tree and selects the node.
-    void open(const QStringList& files, FolderNode (OrganiserTree::*node)() const)
+    void open(const QStringList& files, DocumentType type)
     {
         for (const QString& file : files)
             writeFile(data(file), file.toUtf8());
@@ -35,7 +35,7 @@ struct Organiser : TreeWorld
         QObject::connect(&view, &FileView::folderVanished, tree,
                          [this](const QString& path) { organiser.RemoveExplorerBranch(path); });
         build();
-        tree->setCurrentNode((organiser.*node)());
+        tree->setCurrentNode(organiser.node(type));
     }
 
     FileListItem item(const QString& name) const
@@ -49,11 +49,12 @@ struct Organiser : TreeWorld
     QString commands() const // New, Open, Run as "tree/tools" bits, e.g. "110/110"
     {
         QString text;
-        for (DocumentCommand command : {DocumentCommand::New, DocumentCommand::Open, DocumentCommand::Run})
-            text += tree->isButtonEnabled(buttonKey(command)) ? '1' : '0';
+        const CommandId documentCommands[] = {CommandId::New, CommandId::Open, CommandId::Run};
+        for (const CommandId command : documentCommands)
+            text += tree->isButtonEnabled(ToolDefinitions::command(command).treeButton) ? '1' : '0';
         text += '/';
-        for (const char* id : {"ID_New", "ID_Open", "ID_Run"})
-            text += tools->isToolEnabled(QLatin1String(id)) ? '1' : '0';
+        for (const CommandId command : documentCommands)
+            text += switches->isCommandEnabled(command) ? '1' : '0';
         return text;
     }
 
@@ -75,7 +76,7 @@ private Q_SLOTS:
         writeFile(o.data("Protocols/Same second.apr"), {}, 1700000000, 100);
         writeFile(o.data("Protocols/Newest.mht"), {}, 1800000000);
         makeFolder(o.data("Protocols/Sub"));
-        o.open({"Reports/no extension", "Reports/data.csv"}, &OrganiserTree::protocolsNode);
+        o.open({"Reports/no extension", "Reports/data.csv"}, DocumentType::Protocols);
         QCOMPARE(o.list->filter(), QStringLiteral("*.apr"));
         QCOMPARE(o.list->itemCount(), 4);
         QCOMPARE(o.list->selectedCount(), 1);
@@ -105,10 +106,11 @@ private Q_SLOTS:
         QCOMPARE(o.view.CurrentDocumentTypeName(), QStringLiteral("Assay Protocol"));
         QCOMPARE(o.list->folder(), o.paths.ProtocolsFolder());
         QCOMPARE(o.commands(), QStringLiteral("000/000"));
-        o.tree->setCurrentNode(o.organiser.reportsNode()); // every file, with or without extension
+        o.tree->setCurrentNode(
+            o.organiser.node(DocumentType::Reports)); // every file, with or without extension
         QCOMPARE(o.list->filter(), QStringLiteral("*.*"));
         QCOMPARE(o.list->itemCount(), 2);
-        o.tree->setCurrentNode(o.organiser.resultsNode());
+        o.tree->setCurrentNode(o.organiser.node(DocumentType::Results));
         QCOMPARE(o.view.CurrentDocumentTypeName(), QStringLiteral("Assay Results"));
         QCOMPARE(o.previews.last(), QStringLiteral("clear")); // an empty folder clears the preview
     }
@@ -117,7 +119,7 @@ private Q_SLOTS:
     {
         Organiser o;
         MessageRecorder messages;
-        o.open({"Protocols/P.apr"}, &OrganiserTree::protocolsNode);
+        o.open({"Protocols/P.apr"}, DocumentType::Protocols);
         QVERIFY(!o.list->renameItem(o.item(QStringLiteral("P.apr")), QStringLiteral("Q.txt")));
         QCOMPARE(o.files("Protocols"), QStringList{"P.apr"});
         QCOMPARE(messages.count(), 1);
@@ -138,12 +140,9 @@ private Q_SLOTS:
         QTest::addColumn<QString>("newName");
         QTest::addColumn<QStringList>("after");
         // clang-format off
-        QTest::newRow("results: renamed along")
-            << QStringList{"Run.ars", "Run.mht"} << "Run 2.ars" << QStringList{"Run 2.ars", "Run 2.mht"};
-        QTest::newRow("results: new name taken")
-            << QStringList{"A.ars", "A.mht", "B.mht"} << "B.ars" << QStringList{"A.mht", "B.ars", "B.mht"};
-        QTest::newRow("protocol: dropped")
-            << QStringList{"P.apr", "P.mht"} << "Q.apr" << QStringList{"Q.apr"};
+        QTest::newRow("results: renamed along") << QStringList{"Run.ars", "Run.mht"} << "Run 2.ars" << QStringList{"Run 2.ars", "Run 2.mht"};
+        QTest::newRow("results: new name taken") << QStringList{"A.ars", "A.mht", "B.mht"} << "B.ars" << QStringList{"A.mht", "B.ars", "B.mht"};
+        QTest::newRow("protocol: dropped") << QStringList{"P.apr", "P.mht"} << "Q.apr" << QStringList{"Q.apr"};
         // clang-format on
     }
 
@@ -157,7 +156,7 @@ private Q_SLOTS:
         const QString folder = protocol ? "Protocols/" : "Results/";
         for (QString& name : files)
             name.prepend(folder);
-        o.open(files, protocol ? &OrganiserTree::protocolsNode : &OrganiserTree::resultsNode);
+        o.open(files, protocol ? DocumentType::Protocols : DocumentType::Results);
         QVERIFY(o.list->renameItem(o.item(QFileInfo(files.first()).fileName()), newName));
         QCOMPARE(o.files(folder), after);
         if (after.contains("B.mht")) { // the other document's preview is left alone
@@ -171,15 +170,15 @@ private Q_SLOTS:
     {
         Organiser o;
         makeFolder(o.data("Results/2026"));
-        o.open({}, &OrganiserTree::rootNode);
+        o.open({}, DocumentType::None);
         makeFolder(o.data("Results/Later")); // no node for it
-        o.tree->setCurrentNode(o.organiser.resultsNode());
+        o.tree->setCurrentNode(o.organiser.node(DocumentType::Results));
         for (const QString& name : {QStringLiteral("Later"), QStringLiteral("2026")}) {
             bool handled = false;
             o.view.OnItemActivated(o.item(name), handled);
             QVERIFY(handled);
         }
-        QCOMPARE(o.tree->currentNode(), o.organiser.resultsNode().child(0));
+        QCOMPARE(o.tree->currentNode(), o.organiser.node(DocumentType::Results).child(0));
         QCOMPARE(o.list->folder(), o.data("Results/2026"));
         bool handled = false;
         writeFile(o.data("Results/2026/r.ars"));
@@ -195,7 +194,7 @@ private Q_SLOTS:
             writeFile(o.data(QStringLiteral("Protocols/%1.apr").arg(i)), {}, 1600000000 + i);
         o.window.show();
         QVERIFY(QTest::qWaitForWindowExposed(&o.window));
-        o.open({}, &OrganiserTree::protocolsNode);
+        o.open({}, DocumentType::Protocols);
         QTreeView* view = o.list->view();
         auto selectedInView = [&] {
             const QModelIndex index = view->selectionModel()->selectedRows().value(0);
@@ -213,12 +212,12 @@ private Q_SLOTS:
     void subFoldersAppearingInTheListReachTheTree()
     {
         Organiser o;
-        o.open({}, &OrganiserTree::resultsNode);
+        o.open({}, DocumentType::Results);
         makeFolder(o.data("Results/New Run"));
-        QTRY_COMPARE_WITH_TIMEOUT(o.organiser.resultsNode().childCount(), 1, 5000);
-        QCOMPARE(o.organiser.resultsNode().child(0).folderPath(), o.data("Results/New Run"));
+        QTRY_COMPARE_WITH_TIMEOUT(o.organiser.node(DocumentType::Results).childCount(), 1, 5000);
+        QCOMPARE(o.organiser.node(DocumentType::Results).child(0).folderPath(), o.data("Results/New Run"));
         QVERIFY(QDir(o.data("Results/New Run")).removeRecursively());
-        QTRY_COMPARE_WITH_TIMEOUT(o.organiser.resultsNode().childCount(), 0, 5000);
+        QTRY_COMPARE_WITH_TIMEOUT(o.organiser.node(DocumentType::Results).childCount(), 0, 5000);
     }
 };
 

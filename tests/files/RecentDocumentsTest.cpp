@@ -23,11 +23,9 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("used");
         QTest::addColumn<QStringList>("deleted");
         QTest::addColumn<QStringList>("shown");
-        QTest::newRow("newest first")
-            << QStringList{"a.apr", "b.ars"} << QStringList{} << QStringList{"b.ars", "a.apr"};
-        QTest::newRow("used again moves to the front")
-            << QStringList{"a.apr", "b.ars", "c.mlo", "a.apr"} << QStringList{}
-            << QStringList{"a.apr", "c.mlo", "b.ars"};
+        // clang-format off
+        QTest::newRow("newest first") << QStringList{"a.apr", "b.ars"} << QStringList{} << QStringList{"b.ars", "a.apr"};
+        QTest::newRow("used again moves to the front") << QStringList{"a.apr", "b.ars", "c.mlo", "a.apr"} << QStringList{} << QStringList{"a.apr", "c.mlo", "b.ars"};
         QStringList twelve;
         for (int i = 1; i <= 12; ++i)
             twelve << QStringLiteral("run %1.ars").arg(i);
@@ -35,8 +33,8 @@ private Q_SLOTS:
         for (int i = 12; i >= 3; --i)
             lastTen << QStringLiteral("run %1.ars").arg(i);
         QTest::newRow("ten at most") << twelve << QStringList{} << lastTen;
-        QTest::newRow("missing files dropped") << QStringList{"a.apr", "b.ars", "c.mlo"}
-                                               << QStringList{"b.ars", "c.mlo"} << QStringList{"a.apr"};
+        QTest::newRow("missing files dropped") << QStringList{"a.apr", "b.ars", "c.mlo"} << QStringList{"b.ars", "c.mlo"} << QStringList{"a.apr"};
+        // clang-format on
     }
 
     void theListAsShown()

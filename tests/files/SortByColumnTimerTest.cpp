@@ -14,8 +14,10 @@ private Q_SLOTS:
         QTest::addColumn<double>("clicked");
         QTest::addColumn<double>("early");
         QTest::addColumn<double>("late");
+        // clang-format off
         QTest::newRow("midday") << 43200.0 << 43200.04 << 43200.06;
         QTest::newRow("across midnight") << 86399.98 << 0.02 << 0.04;
+        // clang-format on
     }
 
     void showsTheSelectionOnceTheDelayHasPassed()

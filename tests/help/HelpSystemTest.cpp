@@ -38,11 +38,10 @@ struct Fixture
             window = static_cast<HelpWindow*>(made.get());
             return made;
         });
-        help.setContextHooks([this] { calls << QStringLiteral("reset"); },
-                             [this] {
-                                 calls << QStringLiteral("kind");
-                                 return folderKind;
-                             });
+        help.setSelectedDocumentType([this] {
+            calls << QStringLiteral("kind");
+            return folderKind;
+        });
     }
 
     QUrl shownPage() const { return window ? window->browser().source() : QUrl(); }
@@ -55,10 +54,11 @@ class HelpSystemTest : public QObject
     Q_OBJECT
 
 private slots:
-    void contextHelpFollowsTheFolderKind_data()
+    void contextHelpFollowsTheDocumentType_data()
     {
         QTest::addColumn<int>("kind");
         QTest::addColumn<QString>("page"); // empty: nothing is shown
+        // clang-format off
         QTest::newRow("root") << 0 << "getting-started.html";
         QTest::newRow("instrument data") << 1 << "instrument-data.html";
         QTest::newRow("layouts") << 2 << "layouts.html";
@@ -67,16 +67,17 @@ private slots:
         QTest::newRow("reports") << 5 << "reports.html";
         QTest::newRow("a kind beyond the table") << 6 << "";
         QTest::newRow("a negative kind") << -1 << "";
+        // clang-format on
     }
 
-    void contextHelpFollowsTheFolderKind()
+    void contextHelpFollowsTheDocumentType()
     {
         QFETCH(int, kind);
         QFETCH(QString, page);
         Fixture f;
         f.folderKind = kind;
         f.help.ShowContextHelp();
-        QCOMPARE(f.calls, QStringList({"reset", "kind"}));
+        QCOMPARE(f.calls, QStringList({"kind"}));
         QCOMPARE(f.help.IsDisplayingHelp(), !page.isEmpty());
         if (page.isEmpty()) {
             QVERIFY(!f.window);
@@ -113,9 +114,11 @@ private slots:
     {
         QTest::addColumn<bool>("open");
         QTest::addColumn<bool>("userClosed");
+        // clang-format off
         QTest::newRow("shown") << true << false;
         QTest::newRow("closed by the user") << true << true;
         QTest::newRow("never opened") << false << false;
+        // clang-format on
     }
 
     void closeHelpIfOpen()
@@ -153,9 +156,11 @@ private slots:
         QTest::addColumn<bool>("exists");
         QTest::addColumn<QByteArray>("content");
         QTest::addColumn<QString>("words");
+        // clang-format off
         QTest::newRow("missing") << false << QByteArray() << "is missing";
         QTest::newRow("not a collection") << true << QByteArray("not a help file\n") << "is damaged";
         QTest::newRow("empty") << true << QByteArray() << "is damaged";
+        // clang-format on
     }
 
     void aBadHelpFileIsReportedOncePerRequest()

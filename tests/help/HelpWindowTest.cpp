@@ -3,6 +3,7 @@
 #include "HelpCollection.h"
 #include "HelpTopics.h"
 #include "SettingsStore.h"
+#include "SuiteSettings.h"
 #include "UserFolders.h"
 
 #include <QAction>
@@ -21,7 +22,7 @@ namespace {
 
 const QString BuiltHelp = QStringLiteral(NEBRA_BUILT_HELP_FILE);
 
-std::unique_ptr<HelpWindow> openWindow(SettingsStore* settings = nullptr)
+std::unique_ptr<HelpWindow> openWindow(SuiteSettings* settings = nullptr)
 {
     QString error;
     auto engine = HelpCollection::open(BuiltHelp, error);
@@ -129,9 +130,10 @@ private slots:
     {
         UserFolders folders;
         SettingsStore store(folders.settingsFile());
+        SuiteSettings settings(store);
         QFont shown;
         {
-            const auto window = openWindow(&store);
+            const auto window = openWindow(&settings);
             QVERIFY(window->showContents(HelpTopics::contentsUrl()));
             window->resize(720, 530);
             tool(*window, "Larger Text")->trigger();
@@ -139,7 +141,7 @@ private slots:
             shown = window->browser().font();
             window->close();
         }
-        const auto again = openWindow(&store);
+        const auto again = openWindow(&settings);
         QVERIFY(again->showPage(HelpTopics::pageUrl(HelpTopics::Results)));
         QCOMPARE(again->size(), QSize(720, 530));
         QCOMPARE(again->browser().font().pointSizeF(), shown.pointSizeF());

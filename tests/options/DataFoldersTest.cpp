@@ -210,14 +210,12 @@ private Q_SLOTS:
                                                     "the folder it belongs in cannot be written to.");
         // clang-format off
         QTest::newRow("empty") << "   " << "Please type the parent directory for data files." << false;
-        QTest::newRow("relative") << "Data/Assays" << "The specified parent directory path is incomplete.\r\n"
-                                      "Type the full path of the folder, beginning with /." << false;
+        QTest::newRow("relative") << "Data/Assays" << "The specified parent directory path is incomplete.\r\nType the full path of the folder, beginning with /." << false;
         QTest::newRow("a name too long") << "%1/" + QString(300, 'a') << tooLong << false;
         QTest::newRow("a path too long") << "%1" + QString("/abcdefghij").repeated(400) << tooLong << false;
         QTest::newRow("a file") << "%1/notes.txt" << "The specified parent directory is a file, not a folder." << false;
         QTest::newRow("new in a read-only folder") << "%1/Locked/New" << cannotCreate << true;
-        QTest::newRow("read-only, subfolders missing") << "%1/Locked"
-            << ParentDirectoryRules::readOnlySubfoldersText() << true;
+        QTest::newRow("read-only, subfolders missing") << "%1/Locked" << ParentDirectoryRules::readOnlySubfoldersText() << true;
         // clang-format on
     }
 

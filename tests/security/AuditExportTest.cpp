@@ -1,9 +1,9 @@
 #include "AuditExport.h"
+#include "SecondProcess.h"
 #include "SecurityFixture.h"
 
 #include <QFile>
 #include <QGuiApplication>
-#include <QProcess>
 #include <QRegularExpression>
 #include <QStandardPaths>
 #include <QTest>
@@ -13,48 +13,58 @@ using namespace nebra::test;
 
 Q_DECLARE_METATYPE(nebra::AuditFilter)
 
-// The reviewer's exports on a real security store: the CSV in the
-// administration tool's form, the PDF read back as text, and the rule that
-// an export the trail cannot record is not written.
-class AuditExportTest : public QObject
-{
-    Q_OBJECT
+namespace {
 
-    std::unique_ptr<UserFolders> m_folders;
-    std::unique_ptr<SecurityFixture> m_fixture;
-    std::unique_ptr<SecurityStore> m_store;
+// A store of its own whose exports are recorded by jsmith.
+struct Store
+{
+    UserFolders folders;
+    SecurityFixture fixture{folders.root() + QStringLiteral("/site")};
+    std::unique_ptr<SecurityStore> store;
+
+    Store()
+    {
+        fixture.create();
+        store = fixture.open();
+        QVERIFY(store);
+    }
 
     AuditEntrySource entries()
     {
         return [this](const AuditEntryVisitor& visit, QString* error) {
-            return m_store->audit().forEachEntry(visit, error);
+            return store->audit().forEachEntry(visit, error);
         };
     }
     AuditExport::Recorder recorder()
     {
         return [this](const QString& text) {
-            return m_store->audit()
+            return store->audit()
                        .append(QStringLiteral("jsmith"), QStringLiteral("Security"), text)
                        .sequence > 0;
         };
     }
     void append(const QString& area, const QString& text)
     {
-        QVERIFY(m_store->audit().append(QStringLiteral("jsmith"), area, text).sequence > 0);
+        QVERIFY(store->audit().append(QStringLiteral("jsmith"), area, text).sequence > 0);
     }
-    QString path(const char* name) const
-    {
-        return m_folders->root() + QLatin1Char('/') + QLatin1String(name);
-    }
+    QString path(const char* name) const { return folders.root() + QLatin1Char('/') + QLatin1String(name); }
+};
 
-    static QString pdfText(const QString& file)
-    {
-        QProcess pdftotext;
-        pdftotext.start(QStringLiteral("pdftotext"), {QStringLiteral("-layout"), file, QStringLiteral("-")});
-        if (!pdftotext.waitForFinished(30000) || pdftotext.exitCode() != 0)
-            return QStringLiteral("pdftotext failed: ") + QString::fromUtf8(pdftotext.readAllStandardError());
-        return QString::fromUtf8(pdftotext.readAllStandardOutput());
-    }
+// The text of a PDF file, laid out as on the page.
+QString pdfText(const QString& file)
+{
+    return runProgram(QStringLiteral("pdftotext"), {QStringLiteral("-layout"), file, QStringLiteral("-")})
+        .out;
+}
+
+} // namespace
+
+// The reviewer's exports on a real security store: the CSV in the
+// administration tool's form, the PDF read back as text, and the rule that
+// an export the trail cannot record is not written.
+class AuditExportTest : public QObject
+{
+    Q_OBJECT
 
 private Q_SLOTS:
     void initTestCase()
@@ -63,30 +73,15 @@ private Q_SLOTS:
             QFAIL("pdftotext (poppler-utils) is missing: run scripts/install-deps.sh");
     }
 
-    void init()
-    {
-        m_folders = std::make_unique<UserFolders>();
-        m_fixture = std::make_unique<SecurityFixture>(m_folders->root() + QStringLiteral("/site"));
-        m_fixture->create();
-        m_store = m_fixture->open();
-        QVERIFY(m_store);
-    }
-
-    void cleanup()
-    {
-        m_store.reset();
-        m_fixture.reset();
-        m_folders.reset();
-    }
-
     void csvIsTheToolsFormatWithFormulasNeutralised()
     {
-        append(QStringLiteral("General"), QStringLiteral("=HYPERLINK(\"http://x\")"));
-        append(QStringLiteral("General"), QStringLiteral("Run protocol: a, \"b\".apr"));
-        AuditExport exporter(entries(), QStringLiteral("all entries"), recorder());
+        Store o;
+        o.append(QStringLiteral("General"), QStringLiteral("=HYPERLINK(\"http://x\")"));
+        o.append(QStringLiteral("General"), QStringLiteral("Run protocol: a, \"b\".apr"));
+        AuditExport exporter(o.entries(), QStringLiteral("all entries"), o.recorder());
         QString error;
-        QCOMPARE(exporter.writeCsv(path("trail.csv"), &error), AuditExport::Outcome::Written);
-        QFile file(path("trail.csv"));
+        QCOMPARE(exporter.writeCsv(o.path("trail.csv"), &error), AuditExport::Outcome::Written);
+        QFile file(o.path("trail.csv"));
         QVERIFY(file.open(QIODevice::ReadOnly));
         const QList<QByteArray> lines = file.readAll().split('\n');
         QCOMPARE(lines.first(), QByteArray("Sequence,Time (UTC),User,Workstation,Area,Text,MAC\r"));
@@ -94,26 +89,27 @@ private Q_SLOTS:
         QVERIFY(lines[2].contains(",General,\"'=HYPERLINK(\"\"http://x\"\")\","));
         QVERIFY(lines[3].contains(",\"Run protocol: a, \"\"b\"\".apr\","));
         // The export's own entry follows the entries it wrote.
-        const QString recorded = m_fixture->auditTexts().last();
+        const QString recorded = o.fixture.auditTexts().last();
         QCOMPARE(recorded,
                  QStringLiteral("Audit trail exported to CSV file \"%1\": 3 entries, filter: all entries")
-                     .arg(path("trail.csv")));
+                     .arg(o.path("trail.csv")));
     }
 
     void pdfHasTitleBlockPagesAndRows()
     {
+        Store o;
         const QString longText = QStringLiteral("Open results: ") + QString(30, QLatin1Char('w')).repeated(8);
-        append(QStringLiteral("General"), longText);
+        o.append(QStringLiteral("General"), longText);
         for (int i = 0; i < 120; ++i)
-            append(QStringLiteral("General"), QStringLiteral("Run protocol: Assay %1.apr").arg(i));
+            o.append(QStringLiteral("General"), QStringLiteral("Run protocol: Assay %1.apr").arg(i));
         AuditPrintoutTitle title{QStringLiteral("Cell Biology Lab"), QStringLiteral("jsmith (Jane Smith)"),
                                  QDateTime::currentDateTime(), QStringLiteral("user jsmith"),
                                  QStringLiteral("The audit trail holds 122 entries; all are intact.")};
-        AuditExport exporter(entries(), title.filter, recorder());
+        AuditExport exporter(o.entries(), title.filter, o.recorder());
         QString error;
-        QCOMPARE(exporter.writePdf(path("trail.pdf"), title, &error), AuditExport::Outcome::Written);
+        QCOMPARE(exporter.writePdf(o.path("trail.pdf"), title, &error), AuditExport::Outcome::Written);
         QCOMPARE(exporter.entryCount(), 122);
-        const QString text = pdfText(path("trail.pdf"));
+        const QString text = pdfText(o.path("trail.pdf"));
         for (const char* pattern :
              {"Audit Trail", "Site:\\s+Cell Biology Lab", "Printed by:\\s+jsmith \\(Jane Smith\\)",
               "Printed:\\s+\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d \\S+", "Filter:\\s+user jsmith",
@@ -145,23 +141,26 @@ private Q_SLOTS:
     {
         QTest::addColumn<bool>("pdf");
         QTest::addColumn<bool>("existing");
+        // clang-format off
         QTest::newRow("csv") << false << false;
         QTest::newRow("pdf") << true << false;
         QTest::newRow("csv over a file") << false << true;
+        // clang-format on
     }
 
     void anExportTheTrailCannotRecordIsNotWritten()
     {
         QFETCH(bool, pdf);
         QFETCH(bool, existing);
-        const QString file = path(pdf ? "trail.pdf" : "trail.csv");
+        Store o;
+        const QString file = o.path(pdf ? "trail.pdf" : "trail.csv");
         if (existing) {
             QFile old(file);
             QVERIFY(old.open(QIODevice::WriteOnly));
             old.write("kept");
         }
-        m_fixture->fillUp(QStringLiteral("Security"));
-        AuditExport exporter(entries(), QStringLiteral("all entries"), recorder());
+        o.fixture.fillUp(QStringLiteral("Security"));
+        AuditExport exporter(o.entries(), QStringLiteral("all entries"), o.recorder());
         QString error;
         const AuditExport::Outcome outcome =
             pdf ? exporter.writePdf(file, {}, &error) : exporter.writeCsv(file, &error);
@@ -172,11 +171,12 @@ private Q_SLOTS:
             QVERIFY(old.open(QIODevice::ReadOnly));
             QCOMPARE(old.readAll(), QByteArray("kept"));
         }
-        QCOMPARE(QDir(m_folders->root()).entryList(QDir::Files).size(), existing ? 1 : 0);
+        QCOMPARE(QDir(o.folders.root()).entryList(QDir::Files).size(), existing ? 1 : 0);
     }
 
     void aTrailThatChangesWhilePrintedIsRefused()
     {
+        Store o;
         int readings = 0;
         const AuditEntrySource growing = [&readings](const AuditEntryVisitor& visit, QString*) {
             const int count = ++readings == 1 ? 2 : 3;
@@ -188,11 +188,11 @@ private Q_SLOTS:
         bool recorded = false;
         AuditExport exporter(growing, {}, [&recorded](const QString&) { return recorded = true; });
         QString error;
-        QCOMPARE(exporter.writePdf(path("trail.pdf"), {}, &error), AuditExport::Outcome::Failed);
+        QCOMPARE(exporter.writePdf(o.path("trail.pdf"), {}, &error), AuditExport::Outcome::Failed);
         QCOMPARE(error,
                  QStringLiteral("The audit trail changed while it was being printed; please try again."));
         QVERIFY(!recorded);
-        QVERIFY(!QFile::exists(path("trail.pdf")));
+        QVERIFY(!QFile::exists(o.path("trail.pdf")));
     }
 
     void filterInWords_data()
@@ -200,12 +200,11 @@ private Q_SLOTS:
         QTest::addColumn<AuditFilter>("filter");
         QTest::addColumn<QString>("words");
         const QDateTime day(QDate(2026, 11, 1), QTime(0, 0));
+        // clang-format off
         QTest::newRow("none") << AuditFilter{} << "all entries";
-        QTest::newRow("all")
-            << AuditFilter{day, day.addDays(25), QStringLiteral("jsmith"), QStringLiteral("Security"),
-                           QStringLiteral("export")}
-            << "from 2026-11-01 to 2026-11-25, user jsmith, area Security, text containing \"export\"";
+        QTest::newRow("all") << AuditFilter{day, day.addDays(25), QStringLiteral("jsmith"), QStringLiteral("Security"), QStringLiteral("export")} << "from 2026-11-01 to 2026-11-25, user jsmith, area Security, text containing \"export\"";
         QTest::newRow("open start") << AuditFilter{{}, day.addDays(1), {}, {}, {}} << "to 2026-11-01";
+        // clang-format on
     }
 
     void filterInWords()

@@ -1,8 +1,6 @@
 #include "AuditTrailModel.h"
-#include "DialogScript.h"
+#include "ManagerSite.h"
 #include "MessageRecorder.h"
-#include "NebraSecurityManager.h"
-#include "SecurityFixture.h"
 
 #include <QAbstractItemModelTester>
 #include <QSignalSpy>
@@ -116,11 +114,9 @@ private Q_SLOTS:
         m_site = std::make_unique<SecuritySite>(QStringList{ReviewRight});
         generate(*m_site->fixture.open());
         m_messages = std::make_unique<MessageRecorder>();
-        DialogScript dialogs;
-        dialogs.logIn(QStringLiteral("jsmith"), QStringLiteral("correct horse"));
+        m_manager = loggedInManager();
+        QVERIFY(m_manager);
         QString error;
-        m_manager = NebraSecurityManager::create(SettingsStore(), {}, &error);
-        QVERIFY2(m_manager && m_manager->LogIn(nullptr), qPrintable(error));
         m_all = m_site->fixture.open()->audit().entries(&error);
         QVERIFY(m_all.size() > Generated);
     }
@@ -144,17 +140,18 @@ private Q_SLOTS:
         AuditFilter wildcards;
         wildcards.text = QStringLiteral("Plate _%");
         using C = AuditColumn;
+        // clang-format off
         QTest::newRow("all, newest first") << AuditFilter{} << AuditOrder{};
         QTest::newRow("all, oldest first") << AuditFilter{} << AuditOrder{C::Sequence, Qt::AscendingOrder};
         QTest::newRow("all, by user") << AuditFilter{} << AuditOrder{C::User, Qt::AscendingOrder};
         QTest::newRow("user in any case, by time") << user << AuditOrder{C::Time, Qt::DescendingOrder};
         QTest::newRow("area, by user") << area << AuditOrder{C::User, Qt::DescendingOrder};
         QTest::newRow("part of the text, by text") << text << AuditOrder{C::Text, Qt::AscendingOrder};
-        QTest::newRow("time range, by workstation")
-            << range << AuditOrder{C::Workstation, Qt::DescendingOrder};
+        QTest::newRow("time range, by workstation") << range << AuditOrder{C::Workstation, Qt::DescendingOrder};
         QTest::newRow("every filter, by area") << all << AuditOrder{C::Area, Qt::AscendingOrder};
         QTest::newRow("nothing matches") << none << AuditOrder{};
         QTest::newRow("wildcards are plain text") << wildcards << AuditOrder{};
+        // clang-format on
     }
 
     void viewsMatchAPlainFilter()
@@ -237,12 +234,11 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("utc");
         QTest::addColumn<QString>("shown");
-        QTest::newRow("winter") << "2026-11-25T08:14:03.120Z"
-                                << "2026-11-25 09:14:03 CET";
-        QTest::newRow("summer") << "2026-07-01T22:30:00.000Z"
-                                << "2026-07-02 00:30:00 CEST";
-        QTest::newRow("not a time, shown as recorded") << "yesterday"
-                                                       << "yesterday";
+        // clang-format off
+        QTest::newRow("winter") << "2026-11-25T08:14:03.120Z" << "2026-11-25 09:14:03 CET";
+        QTest::newRow("summer") << "2026-07-01T22:30:00.000Z" << "2026-07-02 00:30:00 CEST";
+        QTest::newRow("not a time, shown as recorded") << "yesterday" << "yesterday";
+        // clang-format on
     }
 
     void timesAreShownInTheLocalZone()

@@ -1,15 +1,14 @@
 #include "SecuritySession.h"
 #include "Authorisation.h"
 #include "CommandDispatcher.h"
-#include "DialogScript.h"
+#include "LoadedOrganiser.h"
 #include "MainWindow.h"
-#include "MessageRecorder.h"
 #include "NebraSecurityManager.h"
-#include "SecurityFixture.h"
 #include "StatusBarControl.h"
 #include "SuitePaths.h"
 #include "TimeOutWarning.h"
 #include "ToolBarsControl.h"
+#include "WindowParts.h"
 
 #include <QAction>
 #include <QApplication>
@@ -25,6 +24,31 @@ using namespace nebra::test;
 
 Q_DECLARE_METATYPE(nebra::MessageIcon)
 
+namespace {
+
+// The Organiser over a site where jsmith holds RunProtocol; the security
+// manager's clock is polled at every turn of the event loop, so one turn
+// shows whether the time-out has passed.
+struct Session : LoadedOrganiser
+{
+    explicit Session(bool logIn = true)
+    {
+        secure({QStringLiteral("AuthorisationsGeneral/RunProtocol")}, logIn);
+    }
+
+    MainWindow& run() { return load(0); }
+
+    // The one message box shown so far as "text|title".
+    QString onlyMessage() const
+    {
+        if (messages.count() != 1)
+            return QStringLiteral("%1 messages").arg(messages.count());
+        return messages.last().text + QLatin1Char('|') + messages.last().title;
+    }
+};
+
+} // namespace
+
 // The security session in the running Organiser: start-up with and without
 // a session, the session's controls, and the end of the program when the
 // manager ends the session.
@@ -32,72 +56,24 @@ class SecuritySessionTest : public QObject
 {
     Q_OBJECT
 
-    std::unique_ptr<SecuritySite> m_site;
-    std::unique_ptr<MessageRecorder> m_messages;
-    std::unique_ptr<DialogScript> m_dialogs;
-    qint64 m_now = 0;
-    int m_processEnds = 0;
-
-    // Poll interval 0: one turn of the event loop shows whether the time-out has passed.
-    std::unique_ptr<MainWindow> load(bool security,
-                                     MainWindow::LoadOutcome expected = MainWindow::LoadOutcome::Loaded)
-    {
-        if (security)
-            m_dialogs->logIn(QStringLiteral("jsmith"), QStringLiteral("correct horse"));
-        SettingsStore().setValue(QStringLiteral("Settings/SecurityConfigured"), security);
-        MainWindowOptions options;
-        options.instanceName =
-            QStringLiteral("SecuritySessionTest-%1").arg(QCoreApplication::applicationPid());
-        options.endProcess = [this] { ++m_processEnds; };
-        options.securityManager.clock = [this] { return m_now; };
-        options.securityManager.pollIntervalMs = 0;
-        auto window = std::make_unique<MainWindow>(options);
-        const MainWindow::LoadOutcome outcome = window->Load();
-        if (outcome != expected)
-            qWarning("Load ended with %d, not %d", int(outcome), int(expected));
-        return outcome == expected ? std::move(window) : nullptr;
-    }
-
-    // The one message box shown so far as "text|title".
-    QString onlyMessage() const
-    {
-        if (m_messages->count() != 1)
-            return QStringLiteral("%1 messages").arg(m_messages->count());
-        return m_messages->last().text + QLatin1Char('|') + m_messages->last().title;
-    }
-
 private Q_SLOTS:
-    void init()
-    {
-        m_site =
-            std::make_unique<SecuritySite>(QStringList{QStringLiteral("AuthorisationsGeneral/RunProtocol")});
-        m_messages = std::make_unique<MessageRecorder>();
-        m_dialogs = std::make_unique<DialogScript>();
-        m_processEnds = 0;
-    }
-
-    void cleanup()
-    {
-        m_dialogs.reset();
-        m_messages.reset();
-    }
-
     void withoutSecurityTheControlsAreHiddenAndCommandsDoNothing()
     {
-        const std::unique_ptr<MainWindow> window = load(false);
-        QVERIFY(window);
-        QVERIFY(!window->securitySession().SecurityEnabled());
-        QVERIFY(!window->statusBarControl().isPanelVisible(SecuritySession::SessionPanel));
-        QVERIFY(!window->toolBars().isToolVisible(QStringLiteral("ID_LogOut")));
-        QVERIFY(!window->toolBars().isToolVisible(QStringLiteral("ID_ChangePassword")));
+        Session o(false);
+        o.set(QStringLiteral("Settings/SecurityConfigured"), false);
+        MainWindow* window = &o.run();
+        QVERIFY(!part<SecuritySession>(*window).SecurityEnabled());
+        QVERIFY(!part<StatusBarControl>(*window).isPanelVisible(SecuritySession::SessionPanel));
+        QVERIFY(!part<ToolBarsControl>(*window).isToolVisible(QStringLiteral("ID_LogOut")));
+        QVERIFY(!part<ToolBarsControl>(*window).isToolVisible(QStringLiteral("ID_ChangePassword")));
         for (const char* id : {"ID_LogOut", "ID_ChangePassword"})
-            window->commands().ToolClick(QLatin1String(id));
-        Q_EMIT window->statusBarControl().panelClick(SecuritySession::SessionPanel);
-        QVERIFY(m_dialogs->shown().isEmpty());
-        QCOMPARE(m_messages->count(), 0);
-        QCOMPARE(m_processEnds, 0);
+            part<CommandDispatcher>(*window).ToolClick(QLatin1String(id));
+        Q_EMIT part<StatusBarControl>(*window).panelClick(SecuritySession::SessionPanel);
+        QVERIFY(o.dialogs.shown().isEmpty());
+        QCOMPARE(o.messages.count(), 0);
+        QCOMPARE(o.processEnds, 0);
         // Created, user added, right granted: nothing from the Organiser.
-        QCOMPARE(m_site->fixture.auditTexts().size(), 3);
+        QCOMPARE(o.security->auditTexts().size(), 3);
     }
 
     void aFailedStartOfTheSessionEndsTheStartUp_data()
@@ -105,20 +81,12 @@ private Q_SLOTS:
         QTest::addColumn<QString>("how");
         QTest::addColumn<QString>("message");
         QTest::addColumn<MessageIcon>("icon");
-        QTest::newRow("no database")
-            << "no database"
-            << "Cannot create NebraSecurity.NebraSecurityManager check that it is "
-               "installed and registered with RegAsm NebraSecurity.dll|Tallyo Organiser"
-            << MessageIcon::NoIcon;
-        QTest::newRow("log-in refused")
-            << "cancel"
-            << "Security log in failed.|Security Manager" << MessageIcon::Information;
+        // clang-format off
+        QTest::newRow("no database") << "no database" << "Cannot create NebraSecurity.NebraSecurityManager check that it is installed and registered with RegAsm NebraSecurity.dll|Tallyo Organiser" << MessageIcon::NoIcon;
+        QTest::newRow("log-in refused") << "cancel" << "Security log in failed.|Security Manager" << MessageIcon::Information;
         // The log-in itself is recorded (area "Security"); the session's start is not.
-        QTest::newRow("start not recorded") << "audit full"
-                                            << NebraSecurityManager::auditWriteFailureText() +
-                                                   "\n\nThe audit trail entry could not be recorded "
-                                                   "(database or disk is full).|Security Manager"
-                                            << MessageIcon::Critical;
+        QTest::newRow("start not recorded") << "audit full" << NebraSecurityManager::auditWriteFailureText() + "\n\nThe audit trail entry could not be recorded (database or disk is full).|Security Manager" << MessageIcon::Critical;
+        // clang-format on
     }
 
     void aFailedStartOfTheSessionEndsTheStartUp()
@@ -126,40 +94,47 @@ private Q_SLOTS:
         QFETCH(QString, how);
         QFETCH(QString, message);
         QFETCH(MessageIcon, icon);
+        Session o(false);
         if (how == QLatin1String("no database")) {
-            QVERIFY(QFile::remove(m_site->fixture.settings().databasePath));
+            QVERIFY(QFile::remove(o.security->settings().databasePath));
             QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral(
                                                    "^The security manager cannot be created: ")));
         }
         if (how == QLatin1String("audit full"))
-            m_site->fixture.fillUp(QStringLiteral("General"));
+            o.security->fillUp(QStringLiteral("General"));
         else
-            m_dialogs->cancel(); // ahead of the log-in step queued by load()
-        QVERIFY(load(true, MainWindow::LoadOutcome::Ended));
-        QCOMPARE(onlyMessage(), message);
-        QCOMPARE(m_messages->last().icon, icon);
-        QCOMPARE(m_dialogs->shown().size(), how == QLatin1String("no database") ? 0 : 1);
+            o.dialogs.cancel();
+        o.dialogs.logIn(QStringLiteral("jsmith"), QStringLiteral("correct horse"));
+        QCOMPARE(o.start(0), MainWindow::LoadOutcome::Ended);
+        QCOMPARE(o.onlyMessage(), message);
+        QCOMPARE(o.messages.last().icon, icon);
+        // The fixed text says nothing of the cause; the box's details do.
+        if (how == QLatin1String("no database"))
+            QVERIFY2(o.messages.last().details.contains(o.security->settings().databasePath),
+                     qPrintable(o.messages.last().details));
+        QCOMPARE(o.dialogs.shown().size(), how == QLatin1String("no database") ? 0 : 1);
         if (how == QLatin1String("audit full"))
-            QCOMPARE(m_site->fixture.auditTexts().last(), QStringLiteral("Session closed"));
+            QCOMPARE(o.security->auditTexts().last(), QStringLiteral("Session closed"));
     }
 
     void aSessionFromLogInToClosingTheWindow()
     {
-        const std::unique_ptr<MainWindow> window = load(true);
-        QVERIFY(window);
-        QCOMPARE(window->securitySession().state(), SecuritySession::State::Active);
-        QCOMPARE(window->statusBarControl().panelText(SecuritySession::SessionPanel),
+        Session o;
+        MainWindow* window = &o.run();
+        QCOMPARE(part<SecuritySession>(*window).state(), SecuritySession::State::Active);
+        QCOMPARE(part<StatusBarControl>(*window).panelText(SecuritySession::SessionPanel),
                  QStringLiteral("Logged in as: jsmith (Jane Smith)"));
-        QVERIFY(window->statusBarControl().isPanelVisible(SecuritySession::SessionPanel));
-        QVERIFY(window->toolBars().isToolVisible(QStringLiteral("ID_LogOut")));
-        QVERIFY(window->toolBars().isToolVisible(QStringLiteral("ID_ChangePassword")));
-        QCOMPARE(window->suite().paths->SecurityManager(),
-                 window->securitySession().NebraSecurityManagerObj());
-        QVERIFY(QFileInfo(window->suite().paths->SecuredFolder()).isDir());
+        QVERIFY(part<StatusBarControl>(*window).isPanelVisible(SecuritySession::SessionPanel));
+        QVERIFY(part<ToolBarsControl>(*window).isToolVisible(QStringLiteral("ID_LogOut")));
+        QVERIFY(part<ToolBarsControl>(*window).isToolVisible(QStringLiteral("ID_ChangePassword")));
+        SettingsStore store;
+        SuitePaths paths(store);
+        paths.Initialise();
+        QVERIFY(QFileInfo(paths.SecuredFolder()).isDir());
         QString error;
-        const AuditEntry last = m_site->fixture.open()->audit().entries(&error).last();
+        const AuditEntry last = o.security->open()->audit().entries(&error).last();
         QCOMPARE(last.area + QLatin1Char('|') + last.text, QStringLiteral("General|Launch Welcome screen"));
-        QCOMPARE(m_messages->count(), 0);
+        QCOMPARE(o.messages.count(), 0);
 
         // A click on the session panel shows the session information box.
         QLabel* panel = nullptr;
@@ -168,9 +143,9 @@ private Q_SLOTS:
                 panel = label;
         QVERIFY(panel);
         QTest::mouseClick(panel, Qt::LeftButton);
-        QCOMPARE(onlyMessage(),
+        QCOMPARE(o.onlyMessage(),
                  QStringLiteral("Logged in as: jsmith\r\n\r\nJane Smith|Security Information"));
-        QCOMPARE(m_messages->last().icon, MessageIcon::Information);
+        QCOMPARE(o.messages.last().icon, MessageIcon::Information);
     }
 
     void theEndOfTheSessionEndsTheProgram_data()
@@ -178,16 +153,12 @@ private Q_SLOTS:
         QTest::addColumn<QString>("how");
         QTest::addColumn<QString>("message"); // "text|title"
         QTest::addColumn<QString>("audit");   // the last entry, or empty to skip
-        QTest::newRow("time-out") << "time-out"
-                                  << "Your session has timed out.  You have been logged out|Time Out"
-                                  << "Session timed out after 10 minutes without activity";
+        // clang-format off
+        QTest::newRow("time-out") << "time-out" << "Your session has timed out.  You have been logged out|Time Out" << "Session timed out after 10 minutes without activity";
         // The unload after the log-out closes no session: it has ended already.
-        QTest::newRow("log-out") << "ID_LogOut"
-                                 << "The program will now exit.|Logged Out"
-                                 << "Log out";
-        QTest::newRow("other reason") << "reason 2"
-                                      << "0 messages"
-                                      << "";
+        QTest::newRow("log-out") << "ID_LogOut" << "The program will now exit.|Logged Out" << "Log out";
+        QTest::newRow("other reason") << "reason 2" << "0 messages" << "";
+        // clang-format on
     }
 
     void theEndOfTheSessionEndsTheProgram()
@@ -195,9 +166,9 @@ private Q_SLOTS:
         QFETCH(QString, how);
         QFETCH(QString, message);
         QFETCH(QString, audit);
-        SettingsStore().setValue(QStringLiteral("Security/TimeOutMinutes"), 10);
-        const std::unique_ptr<MainWindow> window = load(true);
-        QVERIFY(window);
+        Session o;
+        o.set(QStringLiteral("Security/TimeOutMinutes"), 10);
+        MainWindow* window = &o.run();
         QDialog other; // another window of the program, open when the session ends
         other.show();
         // A window hidden between showings (as the Options dialog is) must not outlive the session.
@@ -207,7 +178,7 @@ private Q_SLOTS:
         hidden->hide();
         // What a command run while the end is announced would get: a right of the
         // user is allowed and recorded until then, refused and unrecorded from then on.
-        const Authorisation authorisation(window->securitySession(), nullptr);
+        const Authorisation authorisation(part<SecuritySession>(*window), nullptr);
         const auto tryToRun = [&] {
             const bool allowed =
                 authorisation.CanPerformSecurityOperation(Authorisation::GeneralArea, "RunProtocol", false);
@@ -216,35 +187,35 @@ private Q_SLOTS:
                    allowed;
         };
         QVERIFY(tryToRun());
-        QCOMPARE(m_site->fixture.auditTexts().last(), QStringLiteral("Run protocol: late.apr"));
+        QCOMPARE(o.security->auditTexts().last(), QStringLiteral("Run protocol: late.apr"));
         int passedWhileShown = 0;
-        m_messages->whileShown([&](const MessageRequest&) { passedWhileShown += int(tryToRun()); });
+        o.messages.whileShown([&](const MessageRequest&) { passedWhileShown += int(tryToRun()); });
         if (how == QLatin1String("time-out")) {
-            m_now += 9 * 60 * 1000;
+            o.now += 9 * 60 * 1000;
             QCoreApplication::processEvents();
             // A tool without a command still counts as activity: another ten minutes from here.
-            window->toolBars().action(QStringLiteral("ID_HelpHelp"))->trigger();
-            m_now += 10 * 60 * 1000 - 1;
+            part<ToolBarsControl>(*window).action(QStringLiteral("ID_HelpHelp"))->trigger();
+            o.now += 10 * 60 * 1000 - 1;
             QCoreApplication::processEvents();
-            QCOMPARE(m_processEnds, 0);
-            m_now += 1;
+            QCOMPARE(o.processEnds, 0);
+            o.now += 1;
         } else if (how == QLatin1String("ID_LogOut")) {
-            window->toolBars().action(how)->trigger();
+            part<ToolBarsControl>(*window).action(how)->trigger();
         } else {
-            window->securitySession().NebraSecurityManagerObj_UserLoggedOut(QStringLiteral("jsmith"), 2);
+            part<SecuritySession>(*window).NebraSecurityManagerObj_UserLoggedOut(QStringLiteral("jsmith"), 2);
         }
-        QTRY_COMPARE_WITH_TIMEOUT(m_processEnds, 1, 5000);
+        QTRY_COMPARE_WITH_TIMEOUT(o.processEnds, 1, 5000);
         QCOMPARE(passedWhileShown, 0);
         QVERIFY(!tryToRun());
-        QCOMPARE(onlyMessage(), message);
-        if (m_messages->count() == 1)
-            QCOMPARE(m_messages->last().icon, MessageIcon::Information);
+        QCOMPARE(o.onlyMessage(), message);
+        if (o.messages.count() == 1)
+            QCOMPARE(o.messages.last().icon, MessageIcon::Information);
         QVERIFY(!other.isVisible());
         QTRY_VERIFY_WITH_TIMEOUT(hidden.isNull(), 5000);
         QVERIFY(!window->isVisible());
-        QVERIFY(!window->securitySession().SecurityEnabled());
+        QVERIFY(!part<SecuritySession>(*window).SecurityEnabled());
         if (!audit.isEmpty())
-            QCOMPARE(m_site->fixture.auditTexts().last(), audit);
+            QCOMPARE(o.security->auditTexts().last(), audit);
     }
 
     // Ten minutes' time-out, warned a minute before by default. Each row:
@@ -257,15 +228,14 @@ private Q_SLOTS:
         QTest::addColumn<QString>("outcome");
         const QString timedOut =
             QStringLiteral("Your session has timed out.  You have been logged out|Time Out");
+        // clang-format off
         QTest::newRow("countdown ends") << -1 << "nothing" << timedOut;
-        QTest::newRow("stay logged in") << -1 << "stay"
-                                        << "running";
-        QTest::newRow("a command elsewhere") << -1 << "command"
-                                             << "running";
-        QTest::newRow("log out now") << -1 << "log out"
-                                     << "The program will now exit.|Logged Out";
+        QTest::newRow("stay logged in") << -1 << "stay" << "running";
+        QTest::newRow("a command elsewhere") << -1 << "command" << "running";
+        QTest::newRow("log out now") << -1 << "log out" << "The program will now exit.|Logged Out";
         QTest::newRow("switched off") << 0 << "none shown" << timedOut;
         QTest::newRow("five minutes") << 300 << "nothing" << timedOut;
+        // clang-format on
     }
 
     void theWarningBeforeTheTimeOut()
@@ -273,23 +243,23 @@ private Q_SLOTS:
         QFETCH(int, warningSeconds);
         QFETCH(QString, action);
         QFETCH(QString, outcome);
-        SettingsStore().setValue(QStringLiteral("Security/TimeOutMinutes"), 10);
+        Session o;
+        o.set(QStringLiteral("Security/TimeOutMinutes"), 10);
         if (warningSeconds >= 0)
-            SettingsStore().setValue(QStringLiteral("Security/TimeOutWarningSeconds"), warningSeconds);
+            o.set(QStringLiteral("Security/TimeOutWarningSeconds"), warningSeconds);
         const int warnAt = 10 * 60 - (warningSeconds < 0 ? 60 : warningSeconds);
-        const std::unique_ptr<MainWindow> window = load(true);
-        QVERIFY(window);
-        TimeOutWarning* warning = window->securitySession().timeOutWarning();
+        MainWindow* window = &o.run();
+        TimeOutWarning* warning = part<SecuritySession>(*window).timeOutWarning();
         QCOMPARE(warning == nullptr, action == QLatin1String("none shown"));
-        m_now += qint64(warnAt) * 1000 - 1;
+        o.now += qint64(warnAt) * 1000 - 1;
         QCoreApplication::processEvents();
         QVERIFY(!warning || !warning->isVisible());
         if (warning) {
-            m_now += 1;
+            o.now += 1;
             QTRY_VERIFY_WITH_TIMEOUT(warning->isVisible(), 5000);
             QVERIFY(!warning->isModal());
             QCOMPARE(warning->windowTitle(), QStringLiteral("Session Time-Out"));
-            m_now += 20 * 1000;
+            o.now += 20 * 1000;
             const QString expected =
                 QStringLiteral("Your session will time out in %1 seconds because of inactivity.")
                     .arg(10 * 60 - warnAt - 20);
@@ -298,22 +268,22 @@ private Q_SLOTS:
         if (action == QLatin1String("stay"))
             warning->stayButton()->click();
         else if (action == QLatin1String("command"))
-            window->toolBars().action(QStringLiteral("ID_HelpHelp"))->trigger();
+            part<ToolBarsControl>(*window).action(QStringLiteral("ID_HelpHelp"))->trigger();
         else if (action == QLatin1String("log out"))
             warning->logOutButton()->click();
         if (outcome == QLatin1String("running")) {
             QTRY_VERIFY_WITH_TIMEOUT(!warning->isVisible(), 5000);
-            m_now += 10 * 60 * 1000 - 1; // a full period again from the activity
+            o.now += 10 * 60 * 1000 - 1; // a full period again from the activity
             QCoreApplication::processEvents();
-            QCOMPARE(m_processEnds, 0);
-            QCOMPARE(m_messages->count(), 0);
-            QVERIFY(window->securitySession().SecurityEnabled());
+            QCOMPARE(o.processEnds, 0);
+            QCOMPARE(o.messages.count(), 0);
+            QVERIFY(part<SecuritySession>(*window).SecurityEnabled());
             return;
         }
         if (action != QLatin1String("log out"))
-            m_now += 10 * 60 * 1000; // the countdown runs out
-        QTRY_COMPARE_WITH_TIMEOUT(m_processEnds, 1, 5000);
-        QCOMPARE(onlyMessage(), outcome);
+            o.now += 10 * 60 * 1000; // the countdown runs out
+        QTRY_COMPARE_WITH_TIMEOUT(o.processEnds, 1, 5000);
+        QCOMPARE(o.onlyMessage(), outcome);
         QVERIFY(!warning || !warning->isVisible());
     }
 };

@@ -1,69 +1,119 @@
 #include "CommandDispatcher.h"
+#include "FolderTreeControl.h"
 #include "ToolBarsControl.h"
 #include "ToolDefinitions.h"
+#include "UserActivity.h"
 
+#include <QAction>
 #include <QMainWindow>
 #include <QTest>
 
 using namespace nebra;
 
-class CommandDispatcherTest : public QObject
-{
-    Q_OBJECT
+namespace {
 
-    // A window with the Organiser's tools and menus.
-    static std::unique_ptr<QMainWindow> windowWithTools(ToolBarsControl*& tools)
+// A window with the Organiser's tools, menus and the tree's command buttons,
+// a dispatcher over them, and every command and every noted activity recorded.
+struct Dispatching
+{
+    QMainWindow window;
+    ToolBarsControl* tools = withTheTools(new ToolBarsControl(&window));
+    FolderTreeControl* tree = new FolderTreeControl(&window);
+    UserActivity activity;
+    CommandDispatcher dispatcher{*tools, activity};
+    QStringList calls;
+
+    static ToolBarsControl* withTheTools(ToolBarsControl* tools)
     {
-        auto window = std::make_unique<QMainWindow>();
-        tools = new ToolBarsControl(window.get());
         for (const ToolDefinition& tool : ToolDefinitions::tools())
             tools->addTool(tool);
         for (const auto& [menu, items] : ToolDefinitions::menus())
             tools->addMenu(menu, items);
-        return window;
+        return tools;
     }
+
+    Dispatching()
+    {
+        QObject::connect(tools, &ToolBarsControl::toolClick, &dispatcher, &CommandDispatcher::ToolClick);
+        for (const ToolDefinitions::Command& row : ToolDefinitions::commands())
+            if (row.treeButton)
+                tree->addButton(row.treeButton, QLatin1String(row.caption));
+        QObject::connect(&activity, &UserActivity::activity, &window,
+                         [this] { calls << QStringLiteral("activity"); });
+        QObject::connect(tree, &FolderTreeControl::buttonClicked, &dispatcher,
+                         &CommandDispatcher::TreeButtonClick);
+    }
+
+    void recordEveryCommand()
+    {
+        for (const CommandId id : CommandDispatcher::commandIds())
+            dispatcher.setCommand(id, [this, id] { calls << ToolDefinitions::toolId(id); });
+    }
+};
+
+} // namespace
+
+class CommandDispatcherTest : public QObject
+{
+    Q_OBJECT
 
 private Q_SLOTS:
     void everyClickRestartsTheTimeOutBeforeAndAfter_data()
     {
         QTest::addColumn<QString>("id");
         QTest::addColumn<QStringList>("expected");
-        QTest::newRow("command") << QStringLiteral("ID_Exit") << QStringList{"reset", "ID_Exit", "reset"};
-        QTest::newRow("drop-down without command")
-            << QStringLiteral("ID_File") << QStringList{"reset", "reset"};
-        QTest::newRow("help drop-down tool")
-            << QStringLiteral("ID_HelpHelp") << QStringList{"reset", "reset"};
-        QTest::newRow("case matters") << QStringLiteral("id_exit") << QStringList{"reset", "reset"};
+        // clang-format off
+        QTest::newRow("command") << QStringLiteral("ID_Exit") << QStringList{"activity", "ID_Exit", "activity"};
+        QTest::newRow("drop-down without command") << QStringLiteral("ID_File") << QStringList{"activity", "activity"};
+        QTest::newRow("help drop-down tool") << QStringLiteral("ID_HelpHelp") << QStringList{"activity", "activity"};
+        QTest::newRow("case matters") << QStringLiteral("id_exit") << QStringList{"activity", "activity"};
+        // clang-format on
     }
 
     void everyClickRestartsTheTimeOutBeforeAndAfter()
     {
         QFETCH(QString, id);
         QFETCH(QStringList, expected);
-        QStringList calls;
-        ToolBarsControl* tools = nullptr;
-        const auto window = windowWithTools(tools);
-        CommandDispatcher dispatcher(*tools, [&calls] { calls << QStringLiteral("reset"); });
-        for (const QString& command : CommandDispatcher::commandIds())
-            QVERIFY(dispatcher.setCommand(command, [&calls, command] { calls << command; }));
-        dispatcher.ToolClick(id);
-        QCOMPARE(calls, expected);
+        Dispatching d;
+        d.recordEveryCommand();
+        d.dispatcher.ToolClick(id);
+        QCOMPARE(d.calls, expected);
+    }
+
+    // Whichever way a command is reached, and whichever command it is (the
+    // table's, so a command added later too), it runs between two notes of
+    // the user's activity.
+    void noCommandRunsWithoutActivity()
+    {
+        Dispatching d;
+        d.recordEveryCommand();
+        for (const CommandId id : CommandDispatcher::commandIds()) {
+            const QString toolId = ToolDefinitions::toolId(id);
+            const QStringList once{QStringLiteral("activity"), toolId, QStringLiteral("activity")};
+            d.calls.clear();
+            d.tools->action(toolId)->trigger();
+            QCOMPARE(d.calls, once);
+            if (const int key = ToolDefinitions::command(id).treeButton) {
+                d.calls.clear();
+                d.tree->clickButton(key);
+                QCOMPARE(d.calls, once);
+            }
+        }
     }
 
     // A tool that does nothing must not look as if it did something.
     void aToolIsEnabledExactlyWhileItHasACommand()
     {
-        ToolBarsControl* tools = nullptr;
-        const auto window = windowWithTools(tools);
-        CommandDispatcher dispatcher(*tools, [] {});
-        for (const QString& id : CommandDispatcher::commandIds())
-            QVERIFY2(!tools->isToolEnabled(id), qPrintable(id));
-        QVERIFY(tools->isToolEnabled(QStringLiteral("ID_HelpHelp"))); // a drop-down, not a command
-        QVERIFY(dispatcher.setCommand(QStringLiteral("ID_Options"), [] {}));
-        QVERIFY(tools->isToolEnabled(QStringLiteral("ID_Options")));
-        QVERIFY(!tools->isToolEnabled(QStringLiteral("ID_ContentsIndex")));
-        QVERIFY(dispatcher.setCommand(QStringLiteral("ID_Options"), {}));
-        QVERIFY(!tools->isToolEnabled(QStringLiteral("ID_Options")));
+        Dispatching d;
+        for (const CommandId id : CommandDispatcher::commandIds())
+            QVERIFY2(!d.tools->isToolEnabled(ToolDefinitions::toolId(id)),
+                     qPrintable(ToolDefinitions::toolId(id)));
+        QVERIFY(d.tools->isToolEnabled(ToolDefinitions::toolId(CommandId::HelpHelp))); // not a command
+        d.dispatcher.setCommand(CommandId::Options, [] {});
+        QVERIFY(d.tools->isToolEnabled(ToolDefinitions::toolId(CommandId::Options)));
+        QVERIFY(!d.tools->isToolEnabled(ToolDefinitions::toolId(CommandId::ContentsIndex)));
+        d.dispatcher.setCommand(CommandId::Options, {});
+        QVERIFY(!d.tools->isToolEnabled(ToolDefinitions::toolId(CommandId::Options)));
     }
 };
 

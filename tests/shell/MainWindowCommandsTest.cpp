@@ -1,18 +1,30 @@
 #include "FolderTreeControl.h"
-#include "HelpSystem.h"
+#include "HelpWindow.h"
 #include "LoadedOrganiser.h"
 #include "MainWindow.h"
-#include "OrganiserTree.h"
 #include "ToolBarsControl.h"
 #include "ToolDefinitions.h"
 #include "WebEngineTestMain.h"
+#include "WindowParts.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QDesktopServices>
 #include <QTest>
 
 using namespace nebra;
 using namespace nebra::test;
+
+namespace {
+// The help window on the screen, if any.
+HelpWindow* shownHelp()
+{
+    for (QWidget* window : QApplication::topLevelWidgets())
+        if (auto* help = qobject_cast<HelpWindow*>(window); help && help->isVisible())
+            return help;
+    return nullptr;
+}
+} // namespace
 
 // Receives the addresses the desktop would open.
 class AddressReceiver : public QObject
@@ -57,24 +69,22 @@ private Q_SLOTS:
         MainWindow& window = site.load();
         const MessageRecorder& messages = site.messages;
         // A protocol selected: the document commands have something to act on.
-        window.folderTree().setCurrentNode(window.organiserTree().protocolsNode());
+        part<FolderTreeControl>(window).setCurrentNode(branch(window, DocumentType::Protocols));
         AddressReceiver addresses;
         QDesktopServices::setUrlHandler(QStringLiteral("https"), &addresses, "open");
 
         for (const QString& id : reachableIds()) {
-            QAction* action = window.toolBars().action(id);
+            QAction* action = part<ToolBarsControl>(window).action(id);
             QVERIFY2(action, qPrintable(id));
-            if (!action->isEnabled() || !window.toolBars().isToolVisible(id))
+            if (!action->isEnabled() || !part<ToolBarsControl>(window).isToolVisible(id))
                 continue;
             const int boxes = messages.count();
             const int opened = addresses.opened;
-            window.help().CloseHelpIfOpen();
-            window.help().DisplayHelpContext(0);
-            window.help().CloseHelpIfOpen();
+            if (HelpWindow* help = shownHelp())
+                help->close();
             action->trigger();
-            const bool seen = messages.count() > boxes || addresses.opened > opened ||
-                              window.help().lastContext() != 0 || window.help().IsDisplayingHelp() ||
-                              !window.isVisible();
+            const bool seen =
+                messages.count() > boxes || addresses.opened > opened || shownHelp() || !window.isVisible();
             QVERIFY2(seen, qPrintable(id + QStringLiteral(" is enabled but does nothing")));
         }
         QDesktopServices::unsetUrlHandler(QStringLiteral("https"));

@@ -1,15 +1,15 @@
 #include "BrowserControl.h"
 #include "FileListControl.h"
 #include "FileListFilterBox.h"
+#include "FileView.h"
 #include "FolderTreeControl.h"
 #include "LoadedOrganiser.h"
 #include "MainWindow.h"
-#include "OrganiserTree.h"
-#include "RecentDocuments.h"
 #include "RecordingPrograms.h"
 #include "TestFiles.h"
 #include "ToolBarsControl.h"
 #include "WebEngineTestMain.h"
+#include "WindowParts.h"
 
 #include <QAction>
 #include <QMenu>
@@ -21,23 +21,24 @@
 using namespace nebra;
 using namespace nebra::test;
 
-// Finding documents in the loaded main window: the filter box, the recent
-// documents in the File menu and on the welcome page, and the file list's
-// "Show in file manager"; each can be switched off.
-class MainWindowFindingTest : public QObject
+namespace {
+
+// The Organiser with two protocols and a layout, the assay application recording its starts.
+struct Finding : LoadedOrganiser
 {
-    Q_OBJECT
+    RecordingPrograms programs;
 
-private:
-    std::unique_ptr<LoadedOrganiser> m_site;
-    std::unique_ptr<RecordingPrograms> m_programs;
-
-    QString doc(const QString& relative) const { return m_site->doc(relative); }
-    MainWindow& load() { return m_site->load(); }
+    Finding()
+    {
+        set("Paths/AssayApplicationPath", programs.program(QStringLiteral("Assay Application")));
+        for (const char* name : {"Protocols/BCA Protein Assay.apr", "Protocols/ELISA IgG Quantitation.apr",
+                                 "Microplate Layouts/Kinetic 384.mlo"})
+            writeFile(doc(QLatin1String(name)));
+    }
 
     QMenu* recentMenu() const
     {
-        for (QAction* action : m_site->window->toolBars().menu(QStringLiteral("ID_File"))->actions())
+        for (QAction* action : part<ToolBarsControl>(*window).menu(QStringLiteral("ID_File"))->actions())
             if (action->menu() && action->menu()->accessibleName() == QLatin1String("Recent documents"))
                 return action->menu();
         return nullptr;
@@ -45,60 +46,57 @@ private:
 
     void open(const QString& path)
     {
-        m_site->window->ShowDocument(path);
-        QCOMPARE(m_site->window->fileList().firstSelectedItem().path(), path);
-        m_site->window->PerformDocumentCommand(DocumentCommand::Open);
-        m_programs->waitForRecords(1);
-        m_programs->clear();
+        part<FileView>(*window).ShowDocument(path);
+        QCOMPARE(part<FileListControl>(*window).firstSelectedItem().path(), path);
+        tool(*window, CommandId::Open).trigger();
+        programs.waitForRecords(1);
+        programs.clear();
     }
 
     int welcomeRecentLinks()
     {
         int links = -1;
-        m_site->window->browser()->view()->page()->runJavaScript(
+        part<BrowserControl>(*window).view()->page()->runJavaScript(
             QStringLiteral("document.querySelectorAll('#organiser-recent a').length"),
             QWebEngineScript::ApplicationWorld, [&](const QVariant& result) { links = result.toInt(); });
         if (!QTest::qWaitFor([&] { return links >= 0; }, 10000))
             qWarning("The page did not answer");
         return links;
     }
+};
+
+} // namespace
+
+// Finding documents in the loaded main window: the filter box, the recent
+// documents in the File menu and on the welcome page, and the file list's
+// "Show in file manager"; each can be switched off.
+class MainWindowFindingTest : public QObject
+{
+    Q_OBJECT
 
 private Q_SLOTS:
-    void init()
-    {
-        m_site = std::make_unique<LoadedOrganiser>();
-        m_programs = std::make_unique<RecordingPrograms>();
-        LoadedOrganiser::set("Paths/AssayApplicationPath",
-                             m_programs->program(QStringLiteral("Assay Application")));
-        for (const char* name : {"Protocols/BCA Protein Assay.apr", "Protocols/ELISA IgG Quantitation.apr",
-                                 "Microplate Layouts/Kinetic 384.mlo"})
-            writeFile(doc(QLatin1String(name)));
-    }
-
-    void cleanup()
-    {
-        m_site.reset();
-        m_programs.reset();
-    }
-
     void eachAidCanBeSwitchedOff_data()
     {
         QTest::addColumn<bool>("on");
+        // clang-format off
         QTest::newRow("on, as by default") << true;
         QTest::newRow("switched off") << false;
+        // clang-format on
     }
 
     void eachAidCanBeSwitchedOff()
     {
         QFETCH(bool, on);
+        Finding o;
         if (!on)
             for (const char* key : {"ShowFileListFilter", "ShowRecentDocuments", "ShowInFileManager"})
-                LoadedOrganiser::set(QStringLiteral("Settings/") + QLatin1String(key), false);
-        MainWindow& window = load();
-        QCOMPARE(window.fileList().filterBox()->isVisible(), on);
-        QCOMPARE(recentMenu() != nullptr, on);
-        QCOMPARE(window.recentDocuments() != nullptr, on);
-        QCOMPARE(window.fileList().findChild<QAction*>(QStringLiteral("ShowInFileManager")) != nullptr, on);
+                o.set(QStringLiteral("Settings/") + QLatin1String(key), false);
+        MainWindow& window = o.load();
+        QCOMPARE(part<FileListControl>(window).filterBox()->isVisible(), on);
+        QCOMPARE(o.recentMenu() != nullptr, on);
+        QCOMPARE(part<FileListControl>(window).findChild<QAction*>(QStringLiteral("ShowInFileManager")) !=
+                     nullptr,
+                 on);
     }
 
     // Opening documents fills File > Recent, newest first; choosing one
@@ -106,38 +104,40 @@ private Q_SLOTS:
     // its links do the same.
     void recentDocumentsAreShownInTheirFolders()
     {
-        MainWindow& window = load();
-        const QString bca = doc("Protocols/BCA Protein Assay.apr");
-        const QString elisa = doc("Protocols/ELISA IgG Quantitation.apr");
-        open(bca);
-        open(elisa);
-        QMenu* menu = recentMenu();
+        Finding o;
+        MainWindow& window = o.load();
+        const QString bca = o.doc("Protocols/BCA Protein Assay.apr");
+        const QString elisa = o.doc("Protocols/ELISA IgG Quantitation.apr");
+        o.open(bca);
+        o.open(elisa);
+        QMenu* menu = o.recentMenu();
         QVERIFY(menu);
         Q_EMIT menu->aboutToShow();
         QCOMPARE(menu->actions().size(), 2);
         QCOMPARE(menu->actions().at(1)->text(), QStringLiteral("&2  BCA Protein Assay.apr"));
 
-        window.folderTree().setCurrentNode(window.organiserTree().layoutsNode());
-        window.fileList().setNameFilter(QStringLiteral("Kinetic"));
+        part<FolderTreeControl>(window).setCurrentNode(branch(window, DocumentType::Layouts));
+        part<FileListControl>(window).setNameFilter(QStringLiteral("Kinetic"));
         menu->actions().at(1)->trigger();
-        QCOMPARE(window.folderTree().currentNode().folderPath(), doc("Protocols"));
-        QCOMPARE(window.fileList().selectedCount(), 1);
-        QCOMPARE(window.fileList().firstSelectedItem().path(), bca);
+        QCOMPARE(part<FolderTreeControl>(window).currentNode().folderPath(), o.doc("Protocols"));
+        QCOMPARE(part<FileListControl>(window).selectedCount(), 1);
+        QCOMPARE(part<FileListControl>(window).firstSelectedItem().path(), bca);
 
-        window.folderTree().setCurrentNode(window.organiserTree().rootNode());
-        QTRY_COMPARE_WITH_TIMEOUT(welcomeRecentLinks(), 2, 10000);
+        part<FolderTreeControl>(window).setCurrentNode(branch(window, DocumentType::None));
+        QTRY_COMPARE_WITH_TIMEOUT(o.welcomeRecentLinks(), 2, 10000);
         bool cancel = false;
-        Q_EMIT window.browser()->BeforeNavigate2(QUrl(QStringLiteral("organiser:%5CRecent%201")), cancel);
+        Q_EMIT part<BrowserControl>(window).BeforeNavigate2(QUrl(QStringLiteral("organiser:%5CRecent%201")),
+                                                            cancel);
         QVERIFY(cancel);
-        QTRY_COMPARE_WITH_TIMEOUT(window.fileList().firstSelectedItem().path(), elisa, 5000);
+        QTRY_COMPARE_WITH_TIMEOUT(part<FileListControl>(window).firstSelectedItem().path(), elisa, 5000);
 
         // A vanished document leaves the lists; one outside the tree is reported.
         QVERIFY(QFile::remove(elisa));
         Q_EMIT menu->aboutToShow();
         QCOMPARE(menu->actions().size(), 1);
-        window.ShowDocument(m_site->folders.root() + "/elsewhere.apr");
-        QCOMPARE(m_site->messages.count(), 1);
-        QCOMPARE(m_site->messages.last().title, QStringLiteral("Recent Documents"));
+        part<FileView>(window).ShowDocument(o.folders.root() + "/elsewhere.apr");
+        QCOMPARE(o.messages.count(), 1);
+        QCOMPARE(o.messages.last().title, QStringLiteral("Recent Documents"));
     }
 };
 

@@ -1,20 +1,19 @@
-#include "FolderKind.h"
+#include "DocumentType.h"
 #include "FolderTreeControl.h"
 #include "HelpBrowser.h"
-#include "HelpSystem.h"
 #include "HelpTopics.h"
 #include "HelpWindow.h"
 #include "LoadedOrganiser.h"
 #include "MainWindow.h"
-#include "OrganiserTree.h"
 #include "ToolBarsControl.h"
 #include "WebEngineTestMain.h"
+#include "WindowParts.h"
 
 #include <QTabWidget>
 #include <QTest>
 
 using namespace nebra;
-using nebra::test::LoadedOrganiser;
+using namespace nebra::test;
 
 namespace {
 
@@ -39,34 +38,34 @@ class MainWindowHelpTest : public QObject
 private Q_SLOTS:
     void helpCommandsOpenTheirPages_data()
     {
-        QTest::addColumn<QString>("command");   // a tool, or "608" for the tree's Help button
-        QTest::addColumn<FolderKind>("folder"); // the kind of folder selected first
+        QTest::addColumn<QString>("command");     // a tool, or "tree" for the tree's Help button
+        QTest::addColumn<DocumentType>("folder"); // the kind of folder selected first
         QTest::addColumn<QString>("page");
-        QTest::newRow("F1 on Reports") << "ID_HelpContext" << FolderKind::Reports << "reports.html";
-        QTest::newRow("Getting Started")
-            << "ID_GettingStarted" << FolderKind::Protocols << "getting-started.html";
-        QTest::newRow("Contents and Index") << "ID_ContentsIndex" << FolderKind::Results << "index.html";
-        QTest::newRow("the tree's Help on Protocols") << "608" << FolderKind::Protocols << "protocols.html";
+        // clang-format off
+        QTest::newRow("F1 on Reports") << "ID_HelpContext" << DocumentType::Reports << "reports.html";
+        QTest::newRow("Getting Started") << "ID_GettingStarted" << DocumentType::Protocols << "getting-started.html";
+        QTest::newRow("Contents and Index") << "ID_ContentsIndex" << DocumentType::Results << "index.html";
+        QTest::newRow("the tree's Help on Protocols") << "tree" << DocumentType::Protocols << "protocols.html";
+        // clang-format on
     }
 
     void helpCommandsOpenTheirPages()
     {
         QFETCH(QString, command);
-        QFETCH(FolderKind, folder);
+        QFETCH(DocumentType, folder);
         QFETCH(QString, page);
         LoadedOrganiser site;
         MainWindow& window = site.load();
-        window.folderTree().setCurrentNode(window.organiserTree().nodeForKind(folder));
-        if (command == "608") {
-            window.folderTree().clickButton(608);
+        part<FolderTreeControl>(window).setCurrentNode(branch(window, folder));
+        if (command == "tree") {
+            part<FolderTreeControl>(window).clickButton(treeButton(CommandId::HelpContext));
         } else {
-            QVERIFY(window.toolBars().isToolEnabled(command));
-            window.toolBars().action(command)->trigger();
+            QVERIFY(part<ToolBarsControl>(window).isToolEnabled(command));
+            part<ToolBarsControl>(window).action(command)->trigger();
         }
         HelpWindow* help = shownHelp();
         QVERIFY(help);
         QCOMPARE(help->browser().source(), HelpTopics::guideUrl(page));
-        QVERIFY(window.help().IsDisplayingHelp());
         QCOMPARE(site.messages.count(), 0);
         window.close();
     }
@@ -74,8 +73,10 @@ private Q_SLOTS:
     void theHelpWindowGoesWithTheProgram_data()
     {
         QTest::addColumn<bool>("forcedLogOut");
+        // clang-format off
         QTest::newRow("shutdown") << false;
         QTest::newRow("forced log-out") << true;
+        // clang-format on
     }
 
     void theHelpWindowGoesWithTheProgram()
@@ -83,14 +84,13 @@ private Q_SLOTS:
         QFETCH(bool, forcedLogOut);
         LoadedOrganiser site;
         MainWindow& window = site.load();
-        window.toolBars().action(QStringLiteral("ID_ContentsIndex"))->trigger();
+        part<ToolBarsControl>(window).action(QStringLiteral("ID_ContentsIndex"))->trigger();
         QVERIFY(shownHelp());
         if (forcedLogOut)
             window.UnloadAllExceptMain();
         else
             window.close();
         QVERIFY(!shownHelp());
-        QVERIFY(!window.help().IsDisplayingHelp());
     }
 };
 

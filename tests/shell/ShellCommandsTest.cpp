@@ -1,8 +1,5 @@
 #include "ShellCommands.h"
-#include "CommandDispatcher.h"
-#include "MainWindow.h"
 #include "MessageRecorder.h"
-#include "UserFolders.h"
 
 #include <QDesktopServices>
 #include <QtTest>
@@ -26,10 +23,9 @@ class ShellCommandsTest : public QObject
 private Q_SLOTS:
     void aboutAndTheMakersPage()
     {
-        test::UserFolders folders;
         test::MessageRecorder messages;
-        MainWindow window;
-        window.commands().ToolClick(QStringLiteral("ID_About"));
+        QWidget window;
+        ShellCommands::ShowAbout(&window, QStringLiteral("Tallyo Organiser"));
         QCOMPARE(messages.count(), 1);
         QCOMPARE(messages.last().title, QStringLiteral("About Tallyo Organiser"));
         for (const QString& part :
@@ -40,11 +36,27 @@ private Q_SLOTS:
 
         UrlReceiver receiver;
         QDesktopServices::setUrlHandler(QStringLiteral("https"), &receiver, "open");
-        window.commands().ToolClick(QStringLiteral("ID_Quorvix"));
+        ShellCommands::OpenMakerPage();
         QDesktopServices::unsetUrlHandler(QStringLiteral("https"));
         // The maker's page opens in the desktop's browser, once.
         QCOMPARE(receiver.urls.size(), 1);
         QCOMPARE(receiver.urls.first().scheme(), QStringLiteral("https"));
+        QCOMPARE(messages.count(), 1);
+    }
+
+    // With no browser to start, the command says so and gives the address.
+    void theMakersPageWithoutABrowserSaysSo()
+    {
+        test::MessageRecorder messages;
+        QTemporaryDir empty;
+        const QByteArray path = qgetenv("PATH");
+        qputenv("PATH", QFile::encodeName(empty.path()));
+        ShellCommands::OpenMakerPage();
+        qputenv("PATH", path);
+        QCOMPARE(messages.count(), 1);
+        QCOMPARE(messages.last().title, QStringLiteral("Quorvix on the Web"));
+        QCOMPARE(messages.last().text, ShellCommands::noBrowserText());
+        QVERIFY(messages.last().text.contains(QLatin1String(ShellCommands::MakerPageAddress)));
     }
 };
 

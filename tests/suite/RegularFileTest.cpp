@@ -37,21 +37,20 @@ private Q_SLOTS:
         QTest::addColumn<qint64>("limit");
         QTest::addColumn<Status>("status");
         QTest::addColumn<QByteArray>("bytes");
-        QTest::newRow("exactly the limit")
-            << "ten.txt" << qint64(10) << Status::Read << QByteArray("0123456789");
+        // clang-format off
+        QTest::newRow("exactly the limit") << "ten.txt" << qint64(10) << Status::Read << QByteArray("0123456789");
         QTest::newRow("one byte over") << "ten.txt" << qint64(9) << Status::TooLarge << QByteArray();
         QTest::newRow("empty") << "empty.txt" << qint64(0) << Status::Read << QByteArray();
-        QTest::newRow("link to a file")
-            << "link to file" << qint64(10) << Status::Read << QByteArray("0123456789");
+        QTest::newRow("link to a file") << "link to file" << qint64(10) << Status::Read << QByteArray("0123456789");
         // The file system calls it empty; what is read says otherwise.
-        QTest::newRow("size reported as 0")
-            << "/proc/self/status" << qint64(64) << Status::TooLarge << QByteArray();
+        QTest::newRow("size reported as 0") << "/proc/self/status" << qint64(64) << Status::TooLarge << QByteArray();
         QTest::newRow("missing") << "nothing here" << qint64(10) << Status::Missing << QByteArray();
         QTest::newRow("folder") << "folder" << qint64(10) << Status::NotAFile << QByteArray();
         QTest::newRow("pipe") << "pipe" << qint64(10) << Status::NotAFile << QByteArray();
         QTest::newRow("link to a pipe") << "link to pipe" << qint64(10) << Status::NotAFile << QByteArray();
         QTest::newRow("socket") << "socket" << qint64(10) << Status::NotAFile << QByteArray();
         QTest::newRow("endless device") << "/dev/zero" << qint64(10) << Status::NotAFile << QByteArray();
+        // clang-format on
     }
 
     void readsOnlyRegularFilesWithinTheLimit()

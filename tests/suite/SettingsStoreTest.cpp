@@ -38,10 +38,12 @@ private Q_SLOTS:
     void unusableFilesMeanDefaultsAndAreLeftAlone_data()
     {
         QTest::addColumn<QByteArray>("content");
+        // clang-format off
         QTest::newRow("binary") << QByteArray("[Settings]\nDiagnosticLogLevel=3\n\0\0\x01", 35);
         QTest::newRow("not utf-8") << QByteArray("[Settings]\nPlusCaption=\xff\xfe true\n");
         QTest::newRow("truncated mid-word") << QByteArray("[Settings]\nDiagnosticLogLevel=3\nShowPrev");
         QTest::newRow("some other file") << QByteArray("#!/bin/sh\necho hello\n");
+        // clang-format on
     }
 
     void unusableFilesMeanDefaultsAndAreLeftAlone()
@@ -82,9 +84,11 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("line");
         QTest::addColumn<bool>("showShortcuts");
         QTest::addColumn<int>("level");
+        // clang-format off
         QTest::newRow("words") << QByteArray("ShowShortcutsBar=banana\nDiagnosticLogLevel=high") << true << 0;
         QTest::newRow("numbers") << QByteArray("ShowShortcutsBar=0\nDiagnosticLogLevel= 2 ") << false << 2;
         QTest::newRow("yes/no") << QByteArray("ShowShortcutsBar=No\nDiagnosticLogLevel=-1") << false << -1;
+        // clang-format on
     }
 
     void valuesThatDoNotParseReadAsDefaults()

@@ -37,11 +37,13 @@ private Q_SLOTS:
         QTest::addColumn<QString>("setting");
         QTest::addColumn<bool>("installed");
         QTest::addColumn<QString>("expected"); // "EDITOR": the one beside the program
+        // clang-format off
         QTest::newRow("no setting, editor installed") << false << "" << true << "EDITOR";
         QTest::newRow("no setting, no editor") << false << "" << false << "";
         QTest::newRow("empty on purpose") << true << "" << true << "";
         QTest::newRow("blanks on purpose") << true << "  " << true << "";
         QTest::newRow("explicit wins") << true << "/opt/other/editor" << true << "/opt/other/editor";
+        // clang-format on
     }
 
     void layoutEditorDefaultsToTheSuitesOwn()

@@ -4,8 +4,9 @@
 // embedded database's test and the security server's test with their own
 // way of starting the tool.
 
+#include "SecondProcess.h"
+
 #include <QFile>
-#include <QProcess>
 #include <QStringList>
 #include <QTest>
 
@@ -13,26 +14,12 @@
 
 namespace nebra::test {
 
-struct AdminRun
-{
-    int exitCode = -1;
-    QString out;
-    QString err;
-};
+using AdminRun = ProcessRun;
 
 // Starts nebra-secadmin with the arguments and the standard input.
 inline AdminRun runAdminTool(const QStringList& arguments, const QByteArray& input = {})
 {
-    QProcess process;
-    process.start(QStringLiteral(SECADMIN), arguments);
-    if (!process.waitForStarted(10000))
-        return {};
-    process.write(input);
-    process.closeWriteChannel();
-    if (!process.waitForFinished(60000))
-        return {};
-    return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
-            QString::fromUtf8(process.readAllStandardError())};
+    return runProgram(QStringLiteral(SECADMIN), arguments, input);
 }
 
 class AdminToolCases

@@ -3,6 +3,7 @@
 #include "DialogScript.h"
 #include "MainWindow.h"
 #include "MessageRecorder.h"
+#include "SecurityFixture.h"
 #include "SettingsStore.h"
 #include "TestFiles.h"
 #include "UserFolders.h"
@@ -11,18 +12,23 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace nebra::test {
 
 // The Organiser's main window over redirected user folders, its data folders
 // under "<root>/Lab Data", with every message box and dialog answered by the
-// test. Settings are written with set() before load(). One per test function;
-// the window is destroyed first, before the folders and seams it uses.
+// test. Settings are written with set() before load(); secure() adds a
+// security site first. One per test function; the window is destroyed
+// first, before the folders and seams it uses.
 struct LoadedOrganiser
 {
     UserFolders folders;
     MessageRecorder messages;
     DialogScript dialogs;
+    std::optional<SecurityFixture> security; // made by secure()
+    int processEnds = 0;                     // the window's calls to end the process
+    qint64 now = 0;                          // the security manager's clock, in milliseconds
     std::unique_ptr<MainWindow> window;
 
     LoadedOrganiser()
@@ -41,21 +47,42 @@ struct LoadedOrganiser
     static void set(const QString& key, const QVariant& value) { SettingsStore().setValue(key, value); }
     static QVariant stored(const QString& key) { return SettingsStore().value(key, {}); }
 
-    // Creates and loads the window, in place of one loaded earlier; the test
-    // program ends if it does not load.
-    // The window's end of the process after a forced log-out is a no-op unless
-    // adjust sets it.
-    MainWindow& load(const std::function<void(MainWindowOptions&)>& adjust = {})
+    // Switches security on with a site whose one user, jsmith ("correct
+    // horse", "Jane Smith"), holds the rights given, and queues jsmith's log-in
+    // unless told not to.
+    SecurityFixture& secure(const QStringList& rights = {}, bool logIn = true)
+    {
+        security.emplace(folders.root() + QStringLiteral("/site"));
+        security->createSite(rights);
+        set(QStringLiteral("Settings/SecurityConfigured"), true);
+        if (logIn)
+            dialogs.logIn(QStringLiteral("jsmith"), QStringLiteral("correct horse"));
+        return *security;
+    }
+
+    // Creates and loads the window, in place of one loaded earlier. The
+    // window's end of the process counts processEnds; its security manager
+    // reads the clock from now, polled as often as pollIntervalMs says.
+    MainWindow::LoadOutcome start(int pollIntervalMs = 1000,
+                                  const std::function<void(MainWindowOptions&)>& adjust = {})
     {
         MainWindowOptions options;
         options.instanceName = QStringLiteral("%1-%2").arg(
             QCoreApplication::applicationName(), QString::number(QCoreApplication::applicationPid()));
-        options.endProcess = [] {};
+        options.endProcess = [this] { ++processEnds; };
+        options.securityManager.clock = [this] { return now; };
+        options.securityManager.pollIntervalMs = pollIntervalMs;
         if (adjust)
             adjust(options);
         window.reset(); // a window loaded earlier ends before the next starts
         window = std::make_unique<MainWindow>(options);
-        if (window->Load() != MainWindow::LoadOutcome::Loaded)
+        return window->Load();
+    }
+
+    // As start(); the test program ends if the window does not load.
+    MainWindow& load(int pollIntervalMs = 1000)
+    {
+        if (start(pollIntervalMs) != MainWindow::LoadOutcome::Loaded)
             qFatal("The Organiser did not load");
         return *window;
     }

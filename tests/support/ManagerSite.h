@@ -1,15 +1,32 @@
 #pragma once
 
+#include "DialogScript.h"
+#include "NebraSecurityManager.h"
 #include "PostgresServer.h"
 #include "SecurityFixture.h"
 #include "ServerAdministration.h"
 #include "ServerConnection.h"
 
-#include <QSqlQuery>
-
 #include <type_traits>
 
 namespace nebra::test {
+
+// A security manager for the site that the settings name, with jsmith
+// logged in through the dialog seam; null, with the reason logged, when
+// either fails.
+inline std::unique_ptr<NebraSecurityManager>
+loggedInManager(const QString& password = QStringLiteral("correct horse"))
+{
+    QString error;
+    std::unique_ptr<NebraSecurityManager> manager = NebraSecurityManager::create(SettingsStore(), {}, &error);
+    DialogScript dialogs;
+    dialogs.logIn(QStringLiteral("jsmith"), password);
+    if (!manager || !manager->LogIn(nullptr)) {
+        qWarning("No session: %s", qPrintable(error));
+        return nullptr;
+    }
+    return manager;
+}
 
 // A security site for the manager's behaviour tests, on the back end that
 // NEBRA_TEST_SECURITY_BACKEND names: "sqlite" (the default) or
@@ -32,7 +49,7 @@ public:
         m_settings = server().superuser();
         m_settings.database = QStringLiteral("site_%1").arg(++siteCount());
         QString error;
-        QVERIFY2(ServerSchema::createSite(m_settings, {}, &error), qPrintable(error));
+        QVERIFY2(ServerSchema::createSite(m_settings, &error), qPrintable(error));
         m_folders = std::make_unique<UserFolders>();
         administer([&rights](ServerAdministration& admin, QString* e) {
             bool ok = admin.setPolicy(SecuritySettings::DefaultLockoutThreshold, 4, e) &&
@@ -74,9 +91,8 @@ public:
         }
         if constexpr (std::is_invocable_v<Change, ServerAdministration&, QString*>) {
             if (!m_embedded) {
-                const std::unique_ptr<ServerConnection> owner = ServerConnection::open(m_settings, &error);
-                QVERIFY2(owner, qPrintable(error));
-                ServerAdministration admin(*owner, QStringLiteral("admin"), QStringLiteral("pc"));
+                const std::unique_ptr<ServerConnection> owner = PostgresServer::connect(m_settings);
+                ServerAdministration admin(*owner, QStringLiteral("pc"));
                 QVERIFY2(change(admin, &error), qPrintable(error));
             }
         }
@@ -93,6 +109,14 @@ public:
         if (key == QLatin1String("LockoutThreshold"))
             administer(
                 [value](ServerAdministration& admin, QString* e) { return admin.setPolicy(value, 4, e); });
+        // The server enforces these itself (and tells the workstation at log-in).
+        if (key == QLatin1String("TimeOutMinutes"))
+            m_idleMinutes = value;
+        if (key == QLatin1String("PasswordMinimumLength"))
+            m_passwordMinimumLength = value;
+        administer([this](ServerAdministration& admin, QString* e) {
+            return admin.setSessionPolicy(m_idleMinutes, m_passwordMinimumLength, e);
+        });
     }
 
     QStringList auditTexts()
@@ -100,8 +124,8 @@ public:
         if (m_embedded)
             return m_embedded->fixture.auditTexts();
         QString error;
-        const std::unique_ptr<ServerConnection> owner = ServerConnection::open(m_settings, &error);
-        QSqlQuery q(owner->database());
+        const std::unique_ptr<ServerConnection> owner = PostgresServer::connect(m_settings);
+        ServerResult q;
         QStringList texts;
         if (owner->exec(q, QStringLiteral("SELECT text FROM nebra.audit_trail ORDER BY seq"), {}, &error))
             while (q.next())
@@ -130,6 +154,18 @@ public:
             startServer();
     }
 
+    // Moves the last use of every open session on the server back by minutes (the server's clock).
+    void ageSessions(int minutes)
+    {
+        QString error;
+        const std::unique_ptr<ServerConnection> owner = ServerConnection::open(m_settings, &error);
+        QVERIFY2(owner && owner->execScript(QStringLiteral("UPDATE nebra.sessions SET last_used_utc = "
+                                                           "last_used_utc - interval '%1 minutes'")
+                                                .arg(minutes),
+                                            &error),
+                 qPrintable(error));
+    }
+
     void stopServer() { server().stop(); }
     void startServer() { QVERIFY2(server().start(), qPrintable(server().problem())); }
 
@@ -153,6 +189,8 @@ private:
     std::unique_ptr<SecuritySite> m_embedded;
     std::unique_ptr<UserFolders> m_folders;
     ServerSettings m_settings;
+    int m_idleMinutes = SecuritySettings::DefaultTimeOutMinutes;
+    int m_passwordMinimumLength = SecuritySettings::DefaultPasswordMinimumLength;
 };
 
 } // namespace nebra::test

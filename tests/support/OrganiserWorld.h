@@ -1,6 +1,6 @@
 #pragma once
 
-#include "DocumentCommand.h"
+#include "CommandControls.h"
 #include "FileListControl.h"
 #include "FolderTreeControl.h"
 #include "InstalledDrivers.h"
@@ -12,18 +12,22 @@
 #include "SuiteSettings.h"
 #include "TestFiles.h"
 #include "ToolBarsControl.h"
+#include "ToolDefinitions.h"
 
 #include <QHBoxLayout>
 #include <QMainWindow>
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <memory>
+
 namespace nebra::test {
 
 // The Organiser's pieces without its main window: settings and paths in a
 // temporary folder, the data folders under it, a driver catalogue of two
 // drivers, and the real controls the tree and list logic act on, with the
-// tree's buttons and the shortcuts bar's groups as start-up makes them.
+// tools, the tree's buttons and the shortcuts bar's groups as start-up makes
+// them, and the switches that enable the commands on them.
 struct OrganiserWorld
 {
     QTemporaryDir dir;
@@ -37,6 +41,7 @@ struct OrganiserWorld
     ShortcutsBar* shortcuts = nullptr;
     FolderTreeControl* tree = nullptr;
     FileListControl* list = nullptr;
+    std::unique_ptr<CommandControls> switches;
 
     OrganiserWorld()
     {
@@ -70,10 +75,9 @@ private:
     void createControls()
     {
         tools = new ToolBarsControl(&window);
-        for (const char* id : {"ID_New", "ID_Open", "ID_Run"})
-            tools->addTool({QLatin1String(id), QLatin1String(id + 3), QStringLiteral("FileDropDown"), {}});
-        tools->addToolBarItems(
-            {QStringLiteral("ID_New"), QStringLiteral("ID_Open"), QStringLiteral("ID_Run")});
+        for (const ToolDefinition& tool : ToolDefinitions::tools())
+            tools->addTool(tool);
+        tools->addToolBarItems(ToolDefinitions::toolBarItems());
         auto* central = new QWidget(&window);
         auto* layout = new QHBoxLayout(central);
         shortcuts = new ShortcutsBar(central);
@@ -83,14 +87,18 @@ private:
         layout->addWidget(tree);
         layout->addWidget(list);
         window.setCentralWidget(central);
+        const auto keyOf = [](CommandId id) { return ToolDefinitions::command(id).treeButton; };
+        constexpr int Separator = ToolDefinitions::Separator;
         // clang-format off
-        for (const auto& [key, caption] : {std::pair{501, "Back"}, {500, "Forward"}, {504, "Up"}, {609, ""},
-                                           {buttonKey(DocumentCommand::New), "New"},
-                                           {buttonKey(DocumentCommand::Open), "Open"},
-                                           {buttonKey(DocumentCommand::Run), "Run"}, {609, ""},
-                                           {buttonKey(DocumentCommand::Help), "Help"}})
-            key == 609 ? tree->addSeparator(key) : tree->addButton(key, QLatin1String(caption));
+        for (const auto& [key, caption] : {std::pair{int(FolderTreeControl::BackButton), "Back"},
+                                           {FolderTreeControl::ForwardButton, "Forward"},
+                                           {FolderTreeControl::UpButton, "Up"}, {Separator, ""},
+                                           {keyOf(CommandId::New), "New"}, {keyOf(CommandId::Open), "Open"},
+                                           {keyOf(CommandId::Run), "Run"}, {Separator, ""},
+                                           {keyOf(CommandId::HelpContext), "Help"}})
+            key == Separator ? tree->addSeparator(key) : tree->addButton(key, QLatin1String(caption));
         // clang-format on
+        switches = std::make_unique<CommandControls>(*tools, *tree);
         list->addColumn(QStringLiteral("Comment"));
         const int tasks = shortcuts->addGroup(QStringLiteral("Tasks"));
         shortcuts->addItem(tasks, QStringLiteral("Organiser"), QStringLiteral("0"));

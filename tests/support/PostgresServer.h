@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ServerConnection.h"
 #include "ServerSchema.h"
 #include "ServerSettings.h"
 
@@ -10,6 +11,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <memory>
 #include <optional>
 
 #include <unistd.h>
@@ -82,13 +84,31 @@ public:
         return settings;
     }
     ServerSettings superuser() const { return settingsFor(Superuser); }
+    // The settings of role on another database of this server.
+    ServerSettings settingsFor(const QString& user, const QString& database) const
+    {
+        ServerSettings settings = settingsFor(user);
+        settings.database = database;
+        return settings;
+    }
+
+    // A connection with the settings; the test program ends without one, as
+    // every later step would fail on it.
+    static std::unique_ptr<ServerConnection> connect(const ServerSettings& settings)
+    {
+        QString error;
+        std::unique_ptr<ServerConnection> connection = ServerConnection::open(settings, &error);
+        if (!connection)
+            qFatal("Cannot connect to the test server: %s", qPrintable(error));
+        return connection;
+    }
     ServerSettings client() const { return settingsFor(ServerSettings::ClientRole); }
 
     // Makes the security store's roles, database and schema; fails the test when it cannot.
     void createSite() const
     {
         QString error;
-        if (!ServerSchema::createSite(superuser(), {}, &error))
+        if (!ServerSchema::createSite(superuser(), &error))
             qFatal("Cannot create the security store on the test server: %s", qPrintable(error));
     }
 

@@ -18,14 +18,7 @@ struct RecordedSuite
     SettingsStore store{folders.settingsFile()};
     SuitePaths paths{store};
 
-    RecordedSuite()
-    {
-        for (const auto& [setting, program] : {std::pair{"AssayApplicationPath", "Assay Application"},
-                                               {"LayoutEditorPath", "Layout Editor"},
-                                               {"ReadConfigurationEditorPath", "Read Configuration Editor"}})
-            QVERIFY(store.setValue(QStringLiteral("Paths/") + QLatin1String(setting),
-                                   programs.program(QLatin1String(program))));
-    }
+    RecordedSuite() { programs.configure(store); }
 };
 
 } // namespace nebra::test

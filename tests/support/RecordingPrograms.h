@@ -1,5 +1,7 @@
 #pragma once
 
+#include "SettingsStore.h"
+
 #include <QByteArrayList>
 #include <QDir>
 #include <QTemporaryDir>
@@ -29,6 +31,17 @@ public:
         return m_dir.filePath(QStringLiteral("Suite Programs/") + name);
     }
     QString binFolder() const { return m_dir.filePath(QStringLiteral("bin")); }
+
+    // Sets the suite's programs (assay application, layout editor, read
+    // configuration editor) in the store to the recording copies.
+    void configure(SettingsStore& store) const
+    {
+        for (const auto& [setting, name] : {std::pair{"AssayApplicationPath", "Assay Application"},
+                                            {"LayoutEditorPath", "Layout Editor"},
+                                            {"ReadConfigurationEditorPath", "Read Configuration Editor"}})
+            QVERIFY(store.setValue(QStringLiteral("Paths/") + QLatin1String(setting),
+                                   program(QLatin1String(name))));
+    }
 
     // The argv of every finished start so far, in no particular order.
     QList<QByteArrayList> records() const

@@ -2,9 +2,39 @@
 
 #include <QProcess>
 #include <QString>
+#include <QStringList>
 #include <QTest>
 
 namespace nebra::test {
+
+// What a program run to its end said and how it ended; exitCode -1 when it
+// did not start or did not end in time.
+struct ProcessRun
+{
+    int exitCode = -1;
+    QString out;
+    QString err;
+};
+
+// Runs program with the arguments, writing input to its standard input; a
+// prefix (such as setpriv and its options) runs it through another program.
+inline ProcessRun runProgram(const QString& program, const QStringList& arguments,
+                             const QByteArray& input = {}, const QStringList& prefix = {})
+{
+    QProcess process;
+    if (prefix.isEmpty())
+        process.start(program, arguments);
+    else
+        process.start(prefix.first(), prefix.mid(1) + QStringList{program} + arguments);
+    if (!process.waitForStarted(10000))
+        return {};
+    process.write(input);
+    process.closeWriteChannel();
+    if (!process.waitForFinished(60000))
+        return {};
+    return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
+            QString::fromUtf8(process.readAllStandardError())};
+}
 
 // Runs a shell script in folder as a separate process, to its end: the
 // changes it makes reach the program as another program's would.

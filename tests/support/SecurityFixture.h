@@ -32,6 +32,7 @@ public:
     }
 
     SecuritySettings& settings() { return m_settings; }
+    const SecuritySettings& settings() const { return m_settings; }
 
     // Creates the database; fails the test when it cannot.
     void create()
@@ -67,6 +68,17 @@ public:
                            &error);
         if (!ok)
             qFatal("Cannot add the user %s: %s", qPrintable(name), qPrintable(error));
+    }
+
+    // Creates the database with jsmith ("correct horse", "Jane Smith")
+    // holding the rights given, and names it in the user's "[Security]" settings.
+    void createSite(const QStringList& rights)
+    {
+        create();
+        addUser(QStringLiteral("jsmith"), QStringLiteral("correct horse"), QStringLiteral("Jane Smith"),
+                rights);
+        SettingsStore store;
+        writeSettings(store);
     }
 
     // Writes the "[Security]" group that names this database.
@@ -127,14 +139,7 @@ struct SecuritySite
     UserFolders folders;
     SecurityFixture fixture{folders.root() + QStringLiteral("/site")};
 
-    explicit SecuritySite(const QStringList& rights = {})
-    {
-        fixture.create();
-        fixture.addUser(QStringLiteral("jsmith"), QStringLiteral("correct horse"),
-                        QStringLiteral("Jane Smith"), rights);
-        SettingsStore store;
-        fixture.writeSettings(store);
-    }
+    explicit SecuritySite(const QStringList& rights = {}) { fixture.createSite(rights); }
 };
 
 } // namespace nebra::test

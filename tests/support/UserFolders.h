@@ -1,10 +1,15 @@
 #pragma once
 
+#include "SettingsStore.h"
+
 #include <QByteArray>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QStandardPaths>
 #include <QTemporaryDir>
+
+#include <unistd.h>
 
 namespace nebra::test {
 
@@ -30,11 +35,25 @@ public:
         qputenv("HOME", (root + QStringLiteral("/home")).toUtf8());
         qputenv("XDG_CONFIG_HOME", (root + QStringLiteral("/config")).toUtf8());
         // The administrator's system-wide settings too: a test never reads or writes /etc/xdg.
+        // The programs take it from nowhere but /etc/xdg; the test's own process, and the test
+        // builds of the programs it starts (adoptTestPolicyFile), are pointed here instead.
         qputenv("XDG_CONFIG_DIRS", (root + QStringLiteral("/sysconfig")).toUtf8());
+        SettingsStore::useSystemFile(systemSettingsFile(), ::geteuid());
+        qputenv("NEBRA_TEST_POLICY_FILE", QFile::encodeName(systemSettingsFile()));
+        qputenv("NEBRA_TEST_POLICY_OWNER", QByteArray::number(::geteuid()));
         qputenv("XDG_STATE_HOME", (root + QStringLiteral("/state")).toUtf8());
         qputenv("XDG_DATA_HOME", (root + QStringLiteral("/data")).toUtf8());
         qputenv("XDG_RUNTIME_DIR", (root + QStringLiteral("/runtime")).toUtf8());
         QStandardPaths::setTestModeEnabled(false);
+    }
+
+    // For the main() of a test build of a program: reads the system-wide file
+    // where the test that started it put it (see above).
+    static void adoptTestPolicyFile()
+    {
+        if (qEnvironmentVariableIsSet("NEBRA_TEST_POLICY_FILE"))
+            SettingsStore::useSystemFile(qEnvironmentVariable("NEBRA_TEST_POLICY_FILE"),
+                                         uid_t(qEnvironmentVariableIntValue("NEBRA_TEST_POLICY_OWNER")));
     }
 
     QString root() const { return m_dir.path(); }

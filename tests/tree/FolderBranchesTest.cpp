@@ -43,7 +43,7 @@ struct Branch
         results.setData(4);
     }
     QString path(const QString& relative) const { return dir.filePath(relative); }
-    void fill() { branches.AddSubFolderNodes(results.folderPath(), results, FolderKind::Results); }
+    void fill() { branches.AddSubFolderNodes(results.folderPath(), results, DocumentType::Results); }
 };
 
 } // namespace

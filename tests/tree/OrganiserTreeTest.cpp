@@ -8,6 +8,7 @@
 
 using namespace nebra;
 using nebra::test::makeFolder;
+using nebra::test::readFile;
 using nebra::test::TreeWorld;
 using nebra::test::writeFile;
 
@@ -56,9 +57,10 @@ private Q_SLOTS:
                                 "Reports [5] ~/Reports"));
         for (int i = 0; i < 5; ++i) // every branch is filled, its folders of its kind
             QCOMPARE(root.child(i).child(0).data(), i + 1);
-        QCOMPARE(o.organiser.resultsNode().child(0).child(0).folderPath(),
+        QCOMPARE(o.organiser.node(DocumentType::Results).child(0).child(0).folderPath(),
                  folders + QStringLiteral("/Results/2026/Run 1"));
-        for (int key : {500, 501, 504})
+        for (int key :
+             {FolderTreeControl::BackButton, FolderTreeControl::ForwardButton, FolderTreeControl::UpButton})
             QVERIFY(!o.tree->isButtonEnabled(key));
         QCOMPARE(o.tree->currentNode(), root);
     }
@@ -70,11 +72,13 @@ private Q_SLOTS:
         QTest::addColumn<int>("flags");
         QTest::addColumn<QString>("caption");
         QTest::addColumn<int>("indexAfter");
+        // clang-format off
         QTest::newRow("second driver") << true << 2 << 0 << "Reader Two" << 2;
         QTest::newRow("index 0 means the first") << true << 0 << 0 << "Reader One" << 1;
         QTest::newRow("index past the drivers") << true << 9 << 0 << "Reader One" << 1;
         QTest::newRow("generic caption") << true << 1 << 0x20 << "Instrument Data" << 1;
         QTest::newRow("no drivers in use") << false << 2 << 0 << "" << 2;
+        // clang-format on
     }
 
     void theInstrumentNodeFollowsTheSettings()
@@ -88,12 +92,13 @@ private Q_SLOTS:
         o.settings.SetCurrentHLD(storedIndex);
         o.store.setValue(QStringLiteral("Settings/InstrumentFlags"), flags);
         o.build();
-        QCOMPARE(o.organiser.instrumentNode().text(), caption);
+        QCOMPARE(o.organiser.node(DocumentType::ReadConfigurations).text(), caption);
         QCOMPARE(o.organiser.rootNode().childCount(), driversInUse ? 5 : 4);
         QCOMPARE(o.settings.CurrentHLD(), indexAfter);
         if (driversInUse)
-            QVERIFY(o.organiser.instrumentNode().folderPath().endsWith(indexAfter == 2 ? "/Reader Two"
-                                                                                       : "/Reader One"));
+            QVERIFY(o.organiser.node(DocumentType::ReadConfigurations)
+                        .folderPath()
+                        .endsWith(indexAfter == 2 ? "/Reader Two" : "/Reader One"));
     }
 
     void recreatingResultsFollowsTheDiskAndKeepsTheSelection()
@@ -103,17 +108,19 @@ private Q_SLOTS:
         makeFolder(o.data("Results/Run 0"));
         makeFolder(o.data("Results/Run 1/raw"));
         o.organiser.RecreateResultsNode(); // no children yet: only fills
-        QCOMPARE(o.organiser.resultsNode().childCount(), 2);
+        QCOMPARE(o.organiser.node(DocumentType::Results).childCount(), 2);
 
-        o.tree->setCurrentNode(o.organiser.protocolsNode());
+        o.tree->setCurrentNode(o.organiser.node(DocumentType::Protocols));
         QSignalSpy selected(o.tree, &FolderTreeControl::nodeSelected);
         for (const char* run : {"Results/Run 0", "Results/Run 1"})
             QVERIFY(QDir(o.data(QLatin1String(run))).removeRecursively());
         makeFolder(o.data("Results/Run 2"));
         o.organiser.RecreateResultsNode();
-        QCOMPARE(childRows(o.organiser.resultsNode()), QStringList{"Run 2 [4] " + o.data("Results/Run 2")});
-        QCOMPARE(o.tree->currentNode(), o.organiser.protocolsNode());
+        QCOMPARE(childRows(o.organiser.node(DocumentType::Results)),
+                 QStringList{"Run 2 [4] " + o.data("Results/Run 2")});
+        QCOMPARE(o.tree->currentNode(), o.organiser.node(DocumentType::Protocols));
         QCOMPARE(selected.count(), 0);
+        QVERIFY(!o.tree->nodes().isUpdating()); // the views hear of later changes again
     }
 
     void lookupsByPathAndName()
@@ -133,24 +140,37 @@ private Q_SLOTS:
         QVERIFY(o.organiser.IsThisCurrentFolder(o.paths.ProtocolsFolder()));
     }
 
-    void anotherDriverReplacesTheInstrumentNodeInPlace()
+    void aChangedDriverSetsUpTheInstrumentNode_data()
     {
+        QTest::addColumn<bool>("nodeBefore"); // the catalogue had the drivers when the tree was built
+        QTest::newRow("another driver replaces the node in place") << true;
+        QTest::newRow("the first driver makes the node") << false;
+    }
+
+    void aChangedDriverSetsUpTheInstrumentNode()
+    {
+        QFETCH(bool, nodeBefore);
         TreeWorld o;
+        const QString catalogue = o.dir.filePath("drivers.json");
+        const QByteArray drivers = readFile(catalogue);
+        if (!nodeBefore)
+            writeFile(catalogue, R"({"drivers":[]})");
         o.build();
         QAbstractItemModelTester tester(&o.tree->nodes(),
                                         QAbstractItemModelTester::FailureReportingMode::QtTest);
-        o.tree->setCurrentNode(o.organiser.instrumentNode());
+        o.tree->setCurrentNode(
+            o.organiser.node(nodeBefore ? DocumentType::ReadConfigurations : DocumentType::None));
+        writeFile(catalogue, drivers);
         makeFolder(o.paths.ReadConfigurationsFolder() + QStringLiteral("/Reader Two/Plates"));
         o.settings.SetCurrentHLD(2);
-        o.organiser.SetupHLDNode(QStringLiteral("Reader Two"));
-        const FolderNode node = o.organiser.instrumentNode();
+        o.organiser.HandleChangedHLD();
+        const FolderNode node = o.organiser.node(DocumentType::ReadConfigurations);
         QCOMPARE(o.organiser.rootNode().child(0), node);
         QCOMPARE(o.organiser.rootNode().childCount(), 5);
         QCOMPARE(node.text(), QStringLiteral("Reader Two"));
         QCOMPARE(node.child(0).text(), QStringLiteral("Plates"));
-        QCOMPARE(o.tree->currentNode(), node);
+        QCOMPARE(o.tree->currentNode() == node, nodeBefore);
         QCOMPARE(o.shortcuts->itemCaptions(1).at(1), QStringLiteral("Reader Two"));
-        QCOMPARE(o.organiser.nodeForKind(FolderKind::ReadConfigurations), node);
     }
 };
 

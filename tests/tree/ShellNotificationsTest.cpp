@@ -108,7 +108,7 @@ private Q_SLOTS:
         const FolderNode results = m_model.addNode(root, QStringLiteral("Results"));
         results.setFolderPath(m_results);
         results.setData(4);
-        m_branches.AddSubFolderNodes(m_results, results, FolderKind::Results);
+        m_branches.AddSubFolderNodes(m_results, results, DocumentType::Results);
         m_current = m_results + QStringLiteral("/Run1");
         m_log.clear();
         m_refreshes = m_previews = m_items = 0;
@@ -131,23 +131,13 @@ private Q_SLOTS:
         QTest::addColumn<QString>("current");
         const QString run1 = QStringLiteral("My Assays/Results/Run1");
         const QString results = QStringLiteral("My Assays/Results");
-        QTest::newRow("folder made in Results: a childless node")
-            << "mkdir Run7" << QStringList{"add My Assays/Results/Run7 1"}
-            << QStringList{results, run1, run1 + "/sub", results + "/Run7"} << m_current;
-        QTest::newRow("folder made outside the data folders: nothing")
-            << "mkdir ../../../elsewhere/x ../../x" << QStringList{"add x 0"}
-            << QStringList{results, run1, run1 + "/sub"} << m_current;
-        QTest::newRow("shown folder deleted: node removed, then to the root")
-            << "rm -r Run1"
-            << QStringList{"remove My Assays/Results/Run1/sub 1", "remove " + run1 + " 1", "go to Organiser"}
-            << QStringList{results} << "Organiser";
-        QTest::newRow("shown folder renamed: to the root, then a fresh node")
-            << "mv Run1 Run9"
-            << QStringList{"go to Organiser", "rename " + run1 + " My Assays/Results/Run9 1"}
-            << QStringList{results, results + "/Run9"} << "Organiser";
-        QTest::newRow("renamed out of the data folders: removed, nothing added")
-            << "mv Run1/sub ../../../elsewhere/" << QStringList{"remove My Assays/Results/Run1/sub 1"}
-            << QStringList{results, run1} << m_current;
+        // clang-format off
+        QTest::newRow("folder made in Results: a childless node") << "mkdir Run7" << QStringList{"add My Assays/Results/Run7 1"} << QStringList{results, run1, run1 + "/sub", results + "/Run7"} << m_current;
+        QTest::newRow("folder made outside the data folders: nothing") << "mkdir ../../../elsewhere/x ../../x" << QStringList{"add x 0"} << QStringList{results, run1, run1 + "/sub"} << m_current;
+        QTest::newRow("shown folder deleted: node removed, then to the root") << "rm -r Run1" << QStringList{"remove My Assays/Results/Run1/sub 1", "remove " + run1 + " 1", "go to Organiser"} << QStringList{results} << "Organiser";
+        QTest::newRow("shown folder renamed: to the root, then a fresh node") << "mv Run1 Run9" << QStringList{"go to Organiser", "rename " + run1 + " My Assays/Results/Run9 1"} << QStringList{results, results + "/Run9"} << "Organiser";
+        QTest::newRow("renamed out of the data folders: removed, nothing added") << "mv Run1/sub ../../../elsewhere/" << QStringList{"remove My Assays/Results/Run1/sub 1"} << QStringList{results, run1} << m_current;
+        // clang-format on
     }
     void treeFollowsAnotherProcess()
     {
@@ -250,10 +240,12 @@ private Q_SLOTS:
         QTest::addColumn<int>("items");
         QTest::addColumn<int>("refreshes");
         QTest::addColumn<int>("previews");
+        // clang-format off
         QTest::newRow("in the current folder, with items") << "Run1/a.ars" << 2 << 1 << 1;
         QTest::newRow("in a subfolder of it") << "Run1/sub/a.ars" << 1 << 1 << 1;
         QTest::newRow("empty list: no preview") << "Run1/a.ars" << 0 << 1 << 0;
         QTest::newRow("elsewhere: nothing") << "a.ars" << 2 << 0 << 0;
+        // clang-format on
     }
     void refreshGuard()
     {

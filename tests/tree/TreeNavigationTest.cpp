@@ -18,11 +18,13 @@ private Q_SLOTS:
         QTest::addColumn<int>("level");
         QTest::addColumn<int>("state");
         QTest::addColumn<bool>("enabled");
+        // clang-format off
         QTest::newRow("root") << 0 << 0 << false;
         QTest::newRow("root, navigated") << 0 << 1 << false;
         QTest::newRow("primary folder") << 1 << 0 << true;
         QTest::newRow("primary folder, navigated") << 1 << 1 << false;
         QTest::newRow("sub-folder, navigated") << 2 << 1 << true;
+        // clang-format on
     }
 
     void upIsEnabledWhereItLeadsSomewhere()
@@ -35,11 +37,11 @@ private Q_SLOTS:
         world.build();
         const OrganiserTree& organiser = world.organiser;
         TreeNavigation navigation(*world.tree, organiser);
-        const FolderNode nodes[] = {organiser.rootNode(), organiser.protocolsNode(),
-                                    organiser.protocolsNode().child(0)};
-        world.tree->setButtonEnabled(504, !enabled);
+        const FolderNode nodes[] = {organiser.rootNode(), organiser.node(DocumentType::Protocols),
+                                    organiser.node(DocumentType::Protocols).child(0)};
+        world.tree->setButtonEnabled(FolderTreeControl::UpButton, !enabled);
         navigation.OnCurrentNodeChanged(nodes[level], state);
-        QCOMPARE(world.tree->isButtonEnabled(504), enabled);
+        QCOMPARE(world.tree->isButtonEnabled(FolderTreeControl::UpButton), enabled);
     }
 };
 

@@ -17,8 +17,9 @@ private Q_SLOTS:
         QTest::addColumn<bool>("expected");
         auto row = [](const char* tag, const char* rule, const char* path, const char* reference,
                       bool expected) {
-            QTest::newRow(tag) << QString::fromUtf8(rule) << QString::fromUtf8(path)
-                               << QString::fromUtf8(reference) << expected;
+            // clang-format off
+            QTest::newRow(tag) << QString::fromUtf8(rule) << QString::fromUtf8(path) << QString::fromUtf8(reference) << expected;
+            // clang-format on
         };
         const char* data = "/home/u/Nebra Data";
         row("data folder: inside", "nebra", "/home/u/Nebra Data/My Assays/Results", data, true);

@@ -1,4 +1,5 @@
 #include "NewAssayProtocolDialog.h"
+#include "Accessibility.h"
 #include "BrowserControl.h"
 #include "DialogScript.h"
 #include "DocumentLauncher.h"
@@ -18,22 +19,32 @@
 
 using namespace nebra;
 
-class NewAssayProtocolDialogTest : public QObject
+namespace {
+
+// The picker over a recorded suite, its wizards from a catalogue the test
+// writes, its hooks logged in events.
+struct Picker
 {
-    Q_OBJECT
+    test::RecordedSuite suite;
+    test::MessageRecorder messages;
+    bool ready =
+        suite.store.setValue(QStringLiteral("Paths/WizardsParentFolder"), suite.folders.root() + "/suite");
+    SuiteSettings settings{suite.store};
+    WizardHost host{suite.paths, settings, catalogueFile(), QStringLiteral(NEBRA_TEST_WIZARD_PLUGINS)};
+    DocumentLauncher launcher{suite.paths, LaunchContext{}};
+    std::unique_ptr<NewAssayProtocolDialog> dialog;
+    QStringList events;
+    bool secured = false;
+    QObject manager;
 
-private:
-    std::unique_ptr<test::RecordedSuite> m_suite;
-    std::unique_ptr<SuiteSettings> m_settings;
-    std::unique_ptr<WizardHost> m_host;
-    std::unique_ptr<DocumentLauncher> m_launcher;
-    std::unique_ptr<NewAssayProtocolDialog> m_dialog;
-    QStringList m_events;
-    QStringList m_log;
-    bool m_secured = false;
-    QObject m_manager;
+    Picker()
+    {
+        QVERIFY(ready);
+        QVERIFY(settings.SetCurrentHLD(1));
+        script("{}");
+    }
 
-    QString catalogueFile() const { return m_suite->folders.root() + QStringLiteral("/wizards.json"); }
+    QString catalogueFile() const { return suite.folders.root() + QStringLiteral("/wizards.json"); }
 
     // Writes the catalogue; "Name" runs the scripted wizard, "Name=ProgID" another.
     void writeCatalogue(const QStringList& entries)
@@ -51,7 +62,7 @@ private:
     }
     QString indexOf(const QString& name) const
     {
-        return m_suite->paths.WizardsParentFolder() + QStringLiteral("/Wizards/") + name +
+        return suite.paths.WizardsParentFolder() + QStringLiteral("/Wizards/") + name +
                QStringLiteral("/Index.html");
     }
 
@@ -59,32 +70,34 @@ private:
     {
         WizardHooks hooks;
         hooks.closeHelpIfOpen = [this] {
-            m_events << QStringLiteral("close help");
+            events << QStringLiteral("close help");
             return false;
         };
-        hooks.displayHelp = [this](int topic) { m_events << QStringLiteral("help %1").arg(topic); };
-        hooks.securityEnabled = [this] { return m_secured; };
-        hooks.securityManager = [this] { return &m_manager; };
-        hooks.handleChangedHLD = [this] { m_events << QStringLiteral("driver changed"); };
-        hooks.recreateResultsNode = [this] { m_events << QStringLiteral("results"); };
-        hooks.openNewProtocol = [this](const QString& path) {
-            m_events << QStringLiteral("open ") + path;
-            m_launcher->OpenNewProtocol(path);
+        hooks.displayHelp = [this](int topic) { events << QStringLiteral("help %1").arg(topic); };
+        hooks.securityEnabled = [this] { return secured; };
+        hooks.securityManager = [this] { return &manager; };
+        hooks.handleChangedHLD = [this] { events << QStringLiteral("driver changed"); };
+        hooks.recreateResultsNode = [this] { events << QStringLiteral("results"); };
+        hooks.protocolMade = [this](const QStringList& files) {
+            events << QStringLiteral("made ") + files.join(QStringLiteral(", "));
         };
-        hooks.logTrace = [this](const QString& line) { m_log << line; };
+        hooks.openNewProtocol = [this](const QStringList& files) {
+            events << QStringLiteral("open ") + files.join(QStringLiteral("; "));
+            launcher.OpenNewProtocol(files);
+        };
         return hooks;
     }
 
     NewAssayProtocolDialog& openDialog(const QStringList& entries)
     {
         writeCatalogue(entries);
-        m_dialog = std::make_unique<NewAssayProtocolDialog>(*m_host, m_suite->paths, *m_settings, hooks());
-        m_dialog->LoadList();
-        m_dialog->show();
-        m_dialog->setResult(-1);
-        return *m_dialog;
+        dialog = std::make_unique<NewAssayProtocolDialog>(host, suite.paths, settings, hooks());
+        dialog->LoadList();
+        dialog->show();
+        dialog->setResult(-1);
+        return *dialog;
     }
-    QListWidget* list() const { return m_dialog->findChild<QListWidget*>(QStringLiteral("ListView1")); }
+    QListWidget* list() const { return dialog->findChild<QListWidget*>(QStringLiteral("ListView1")); }
     QListWidgetItem* item(const QString& name) const
     {
         const auto found = list()->findItems(name, Qt::MatchExactly);
@@ -92,9 +105,9 @@ private:
     }
     BrowserControl* browser() const
     {
-        return m_dialog->findChild<BrowserControl*>(QStringLiteral("WebBrowser1"));
+        return dialog->findChild<BrowserControl*>(QStringLiteral("WebBrowser1"));
     }
-    void press(const char* button) { m_dialog->findChild<QPushButton*>(QLatin1String(button))->click(); }
+    void press(const char* button) { dialog->findChild<QPushButton*>(QLatin1String(button))->click(); }
     void clickItem(const QString& name, bool twice = false)
     {
         const QPoint centre = list()->visualItemRect(item(name)).center();
@@ -108,66 +121,49 @@ private:
         if (twice)
             QTest::mouseDClick(list()->viewport(), Qt::LeftButton, {}, point);
     }
-    QVariant state(const char* key) const
+    QVariant state(const char* key)
     {
-        return static_cast<SharedWizardState*>(m_host->SharedState())->Value(QLatin1String(key));
+        return static_cast<SharedWizardState*>(host.SharedState())->Value(QLatin1String(key));
     }
     static void script(const QByteArray& json) { qputenv("NEBRA_TEST_WIZARD_SCRIPT", json); }
+};
+
+} // namespace
+
+class NewAssayProtocolDialogTest : public QObject
+{
+    Q_OBJECT
 
 private Q_SLOTS:
-    void init()
-    {
-        m_suite = std::make_unique<test::RecordedSuite>();
-        QVERIFY(m_suite->store.setValue(QStringLiteral("Paths/WizardsParentFolder"),
-                                        m_suite->folders.root() + "/suite"));
-        m_settings = std::make_unique<SuiteSettings>(m_suite->store);
-        QVERIFY(m_settings->SetCurrentHLD(1));
-        m_host = std::make_unique<WizardHost>(m_suite->paths, *m_settings, catalogueFile(),
-                                              QStringLiteral(NEBRA_TEST_WIZARD_PLUGINS));
-        m_launcher = std::make_unique<DocumentLauncher>(m_suite->paths, LaunchContext{});
-        m_events.clear();
-        m_log.clear();
-        m_secured = false;
-        script("{}");
-    }
-    void cleanup()
-    {
-        m_dialog.reset();
-        m_launcher.reset();
-        m_host.reset();
-        m_settings.reset();
-        m_suite.reset();
-    }
-
     void loadingTheList_data()
     {
         QTest::addColumn<QStringList>("catalogue");
         QTest::addColumn<QString>("selected"); // empty: none, and nothing previewed
         QTest::addColumn<bool>("missingBox");
-        QTest::newRow("Generic among others")
-            << QStringList{"Kinetic", "Generic", "ELISA"} << "Generic" << false;
+        // clang-format off
+        QTest::newRow("Generic among others") << QStringList{"Kinetic", "Generic", "ELISA"} << "Generic" << false;
         QTest::newRow("Generic alone") << QStringList{"Generic"} << "Generic" << false;
         QTest::newRow("others only") << QStringList{"Kinetic", "ELISA"} << "" << true;
         QTest::newRow("case differs") << QStringList{"generic"} << "" << true;
         QTest::newRow("empty catalogue") << QStringList{} << "" << true;
-        QTest::newRow("Generic's plug-in missing")
-            << QStringList{"Generic=NebraTest.NotInstalled"} << "Generic" << false;
+        QTest::newRow("Generic's plug-in missing") << QStringList{"Generic=NebraTest.NotInstalled"} << "Generic" << false;
+        // clang-format on
     }
     void loadingTheList()
     {
         QFETCH(QStringList, catalogue);
         QFETCH(QString, selected);
         QFETCH(bool, missingBox);
-        test::MessageRecorder messages;
-        NewAssayProtocolDialog& dialog = openDialog(catalogue);
+        Picker o;
+        NewAssayProtocolDialog& dialog = o.openDialog(catalogue);
         QCOMPARE(dialog.windowTitle(), QStringLiteral("Select New Assay Protocol Wizard"));
 
         QStringList listed;
         QStringList selectedNames;
-        for (int row = 0; row < list()->count(); ++row) {
-            listed << list()->item(row)->text();
-            if (list()->item(row)->isSelected())
-                selectedNames << list()->item(row)->text();
+        for (int row = 0; row < o.list()->count(); ++row) {
+            listed << o.list()->item(row)->text();
+            if (o.list()->item(row)->isSelected())
+                selectedNames << o.list()->item(row)->text();
         }
         QStringList names;
         for (const QString& entry : catalogue)
@@ -175,47 +171,47 @@ private Q_SLOTS:
         QCOMPARE(listed, names);
         QCOMPARE(selectedNames, selected.isEmpty() ? QStringList{} : QStringList{selected});
         if (selected.isEmpty())
-            QCOMPARE(browser()->LocationURL(), QUrl());
+            QCOMPARE(o.browser()->LocationURL(), QUrl());
         else
-            QTRY_COMPARE_WITH_TIMEOUT(browser()->LocationURL(), QUrl::fromLocalFile(indexOf(selected)),
+            QTRY_COMPARE_WITH_TIMEOUT(o.browser()->LocationURL(), QUrl::fromLocalFile(o.indexOf(selected)),
                                       10000);
-        QCOMPARE(messages.count(), missingBox ? 1 : 0);
+        QCOMPARE(o.messages.count(), missingBox ? 1 : 0);
         if (missingBox) {
-            QCOMPARE(messages.last().text, QStringLiteral("No Wizard plug-ins were found on your system."));
-            QCOMPARE(messages.last().title, QStringLiteral("Missing Wizards"));
-            QCOMPARE(messages.last().icon, MessageIcon::Warning);
-            QCOMPARE(messages.last().buttons, int(MessageButton::Ok));
+            QCOMPARE(o.messages.last().text, QStringLiteral("No Wizard plug-ins were found on your system."));
+            QCOMPARE(o.messages.last().title, QStringLiteral("Missing Wizards"));
+            QCOMPARE(o.messages.last().icon, MessageIcon::Warning);
+            QCOMPARE(o.messages.last().buttons, int(MessageButton::Ok));
         }
     }
 
     void okWithoutSelectionSaysSoAndStays()
     {
-        test::MessageRecorder messages;
-        openDialog({});
-        messages.clear();
-        press("OKButton");
-        QCOMPARE(messages.count(), 1);
-        QCOMPARE(messages.last().text, QStringLiteral("No item is selected in the list."));
-        QCOMPARE(messages.last().icon, MessageIcon::NoIcon);
-        QCOMPARE(messages.last().title, Messages::applicationTitle());
-        QVERIFY(m_dialog->isVisible());
-        QVERIFY(m_events.isEmpty());
+        Picker o;
+        o.openDialog({});
+        o.messages.clear();
+        o.press("OKButton");
+        QCOMPARE(o.messages.count(), 1);
+        QCOMPARE(o.messages.last().text, QStringLiteral("No item is selected in the list."));
+        QCOMPARE(o.messages.last().icon, MessageIcon::NoIcon);
+        QCOMPARE(o.messages.last().title, Messages::applicationTitle());
+        QVERIFY(o.dialog->isVisible());
+        QVERIFY(o.events.isEmpty());
     }
 
     // In a security session the wizard is given the session's manager.
     void okRunsTheSelectedItemNotTheClickedOne()
     {
-        test::MessageRecorder messages;
-        m_secured = true;
-        openDialog({"Kinetic", "Generic", "ELISA"});
-        clickItem(QStringLiteral("ELISA"));
-        QCOMPARE(m_dialog->ClickedItem(), item(QStringLiteral("ELISA")));
-        QTRY_COMPARE_WITH_TIMEOUT(browser()->LocationURL(),
-                                  QUrl::fromLocalFile(indexOf(QStringLiteral("ELISA"))), 10000);
-        list()->setCurrentItem(item(QStringLiteral("Kinetic")));
-        press("OKButton");
-        QCOMPARE(state("LastRun").toString(), QStringLiteral("Kinetic"));
-        QVERIFY(state("Secured").toBool());
+        Picker o;
+        o.secured = true;
+        o.openDialog({"Kinetic", "Generic", "ELISA"});
+        o.clickItem(QStringLiteral("ELISA"));
+        QCOMPARE(o.dialog->ClickedItem(), o.item(QStringLiteral("ELISA")));
+        QTRY_COMPARE_WITH_TIMEOUT(o.browser()->LocationURL(),
+                                  QUrl::fromLocalFile(o.indexOf(QStringLiteral("ELISA"))), 10000);
+        o.list()->setCurrentItem(o.item(QStringLiteral("Kinetic")));
+        o.press("OKButton");
+        QCOMPARE(o.state("LastRun").toString(), QStringLiteral("Kinetic"));
+        QVERIFY(o.state("Secured").toBool());
     }
 
     void resultCodes_data()
@@ -227,25 +223,15 @@ private Q_SLOTS:
         QTest::addColumn<QByteArrayList>("editorArgs"); // the editor's arguments; empty: not started
         const QString apr = QStringLiteral("/data/My Assays/Protocols/New Assay.apr");
         // clang-format off
-        QTest::newRow("0: abandoned") << QByteArray(R"({"result":0})") << "" << false
-            << QStringList{"close help", "results"} << QByteArrayList{};
-        QTest::newRow("1, not in the editor") << QByteArray(R"({"result":1,"newFile":"/data/My Assays/Protocols/New Assay.apr"})")
-            << "The new Assay Protocol file is stored at: \r\n\r\n" + apr << true
-            << QStringList{"close help", "results"} << QByteArrayList{};
-        QTest::newRow("1, in the editor") << QByteArray(R"({"result":1,"openInEditor":true,"newFile":"/data/My Assays/Protocols/New Assay.apr"})")
-            << "" << true << QStringList{"close help", "open " + apr, "results"} << QByteArrayList{apr.toUtf8()};
-        QTest::newRow("1, in the editor, second file") << QByteArray(R"({"result":1,"openInEditor":true,"newFile":"/p/A.apr","secondFile":"/p/B.mlo"})")
-            << "" << true << QStringList{"close help", "open /p/A.apr; /p/B.mlo", "results"} << QByteArrayList{"/p/A.apr; /p/B.mlo"};
-        QTest::newRow("2: failed") << QByteArray(R"({"result":2})") << "Error in Wizard" << false
-            << QStringList{"close help", "results"} << QByteArrayList{};
-        QTest::newRow("-1: failed") << QByteArray(R"({"result":-1,"openInEditor":true,"newFile":"/p/A.apr"})")
-            << "Error in Wizard" << false << QStringList{"close help", "results"} << QByteArrayList{};
-        QTest::newRow("driver changed") << QByteArray(R"({"result":0,"hld":2})") << "" << false
-            << QStringList{"close help", "driver changed", "results"} << QByteArrayList{};
-        QTest::newRow("driver set to the same") << QByteArray(R"({"result":0,"hld":1})") << "" << false
-            << QStringList{"close help", "results"} << QByteArrayList{};
-        QTest::newRow("broken plug-in") << QByteArray(R"({"result":1})") << "Error in Wizard" << false
-            << QStringList{"close help", "results"} << QByteArrayList{};
+        QTest::newRow("0: abandoned") << QByteArray(R"({"result":0})") << "" << false << QStringList{"close help", "results"} << QByteArrayList{};
+        QTest::newRow("1, not in the editor") << QByteArray(R"({"result":1,"newFile":"/data/My Assays/Protocols/New Assay.apr"})") << "The new Assay Protocol file is stored at: \r\n\r\n" + apr << true << QStringList{"close help", "made " + apr, "results"} << QByteArrayList{};
+        QTest::newRow("1, in the editor") << QByteArray(R"({"result":1,"openInEditor":true,"newFile":"/data/My Assays/Protocols/New Assay.apr"})") << "" << true << QStringList{"close help", "made " + apr, "open " + apr, "results"} << QByteArrayList{apr.toUtf8()};
+        QTest::newRow("1, in the editor, second file") << QByteArray(R"({"result":1,"openInEditor":true,"newFile":"/p/A.apr","secondFile":"/p/B.mlo"})") << "" << true << QStringList{"close help", "made /p/A.apr, /p/B.mlo", "open /p/A.apr; /p/B.mlo", "results"} << QByteArrayList{"/p/A.apr; /p/B.mlo"};
+        QTest::newRow("2: failed") << QByteArray(R"({"result":2})") << "Error in Wizard" << false << QStringList{"close help", "results"} << QByteArrayList{};
+        QTest::newRow("-1: failed") << QByteArray(R"({"result":-1,"openInEditor":true,"newFile":"/p/A.apr"})") << "Error in Wizard" << false << QStringList{"close help", "results"} << QByteArrayList{};
+        QTest::newRow("driver changed") << QByteArray(R"({"result":0,"hld":2})") << "" << false << QStringList{"close help", "driver changed", "results"} << QByteArrayList{};
+        QTest::newRow("driver set to the same") << QByteArray(R"({"result":0,"hld":1})") << "" << false << QStringList{"close help", "results"} << QByteArrayList{};
+        QTest::newRow("broken plug-in") << QByteArray(R"({"result":1})") << "Error in Wizard" << false << QStringList{"close help", "results"} << QByteArrayList{};
         // clang-format on
     }
     void resultCodes()
@@ -255,113 +241,110 @@ private Q_SLOTS:
         QFETCH(bool, closed);
         QFETCH(QStringList, events);
         QFETCH(QByteArrayList, editorArgs);
-        test::MessageRecorder messages;
+        Picker o;
         const bool broken = QTest::currentDataTag() == QByteArray("broken plug-in");
-        openDialog({broken ? "Generic=NebraTest.WrongInterface" : "Generic"});
-        NewAssayProtocolDialogTest::script(script);
-        press("OKButton");
+        o.openDialog({broken ? "Generic=NebraTest.WrongInterface" : "Generic"});
+        Picker::script(script);
+        if (broken) // the loader's reason, for support
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral(
+                                                   "^Log note: .*does not implement the wizard interface")));
+        o.press("OKButton");
 
-        QCOMPARE(m_events, events);
-        QCOMPARE(messages.count(), boxText.isEmpty() ? 0 : 1);
+        QCOMPARE(o.events, events);
+        QCOMPARE(o.messages.count(), boxText.isEmpty() ? 0 : 1);
         if (!boxText.isEmpty()) {
-            QCOMPARE(messages.last().text, boxText);
-            QCOMPARE(messages.last().title, Messages::applicationTitle());
-            QCOMPARE(messages.last().icon, closed ? MessageIcon::Information : MessageIcon::NoIcon);
+            QCOMPARE(o.messages.last().text, boxText);
+            QCOMPARE(o.messages.last().title, Messages::applicationTitle());
+            QCOMPARE(o.messages.last().icon, closed ? MessageIcon::Information : MessageIcon::NoIcon);
         }
-        QCOMPARE(m_dialog->result() == QDialog::Accepted, closed);
-        QCOMPARE(m_dialog->isVisible(), !closed);
-        QCOMPARE(m_log.size(), broken ? 1 : 0);
-        if (broken)
-            QVERIFY2(m_log.first().contains("does not implement the wizard interface"),
-                     qPrintable(m_log.first()));
+        QCOMPARE(o.dialog->result() == QDialog::Accepted, closed);
+        QCOMPARE(o.dialog->isVisible(), !closed);
         if (!editorArgs.isEmpty()) {
-            QVERIFY(m_suite->programs.waitForRecords(1));
-            QCOMPARE(m_suite->programs.records().first().mid(1), editorArgs);
+            QVERIFY(o.suite.programs.waitForRecords(1));
+            QCOMPARE(o.suite.programs.records().first().mid(1), editorArgs);
         } else {
-            QCOMPARE(m_suite->programs.records().size(), 0);
+            QCOMPARE(o.suite.programs.records().size(), 0);
         }
     }
 
     void doubleClicks_data()
     {
         QTest::addColumn<bool>("onItem");
+        // clang-format off
         QTest::newRow("on an item runs it") << true;
         QTest::newRow("on empty space does nothing") << false;
+        // clang-format on
     }
     void doubleClicks()
     {
         QFETCH(bool, onItem);
-        test::MessageRecorder messages;
-        openDialog({"Generic", "Kinetic"});
-        m_dialog->resize(600, 600);
-        clickItem(QStringLiteral("Kinetic"));
-        QVERIFY(m_dialog->ItemClicked());
+        Picker o;
+        o.openDialog({"Generic", "Kinetic"});
+        o.dialog->resize(600, 600);
+        o.clickItem(QStringLiteral("Kinetic"));
+        QVERIFY(o.dialog->ItemClicked());
         if (onItem) {
-            clickItem(QStringLiteral("Kinetic"), true);
+            o.clickItem(QStringLiteral("Kinetic"), true);
         } else {
-            const QPoint empty(list()->viewport()->width() - 3, list()->viewport()->height() - 3);
-            QVERIFY(!list()->itemAt(empty));
-            doubleClickAt(empty);
+            const QPoint empty(o.list()->viewport()->width() - 3, o.list()->viewport()->height() - 3);
+            QVERIFY(!o.list()->itemAt(empty));
+            o.doubleClickAt(empty);
         }
-        QCOMPARE(m_events, onItem ? QStringList({"close help", "results"}) : QStringList());
-        QCOMPARE(m_host->HasSharedState() ? state("LastRun").toString() : QString(),
+        QCOMPARE(o.events, onItem ? QStringList({"close help", "results"}) : QStringList());
+        QCOMPARE(o.host.HasSharedState() ? o.state("LastRun").toString() : QString(),
                  onItem ? QStringLiteral("Kinetic") : QString());
     }
 
     void cancelAndHelp()
     {
-        test::MessageRecorder messages;
-        openDialog({"Generic"});
-        press("cmdHelp");
-        QCOMPARE(m_events, QStringList{"help 9007"});
-        press("CancelButton");
-        QCOMPARE(m_dialog->result(), int(QDialog::Rejected));
-        QVERIFY(!m_host->HasSharedState());
+        Picker o;
+        o.openDialog({"Generic"});
+        o.press("cmdHelp");
+        QCOMPARE(o.events, QStringList{"help 9007"});
+        o.press("CancelButton");
+        QCOMPARE(o.dialog->result(), int(QDialog::Rejected));
+        QVERIFY(!o.host.HasSharedState());
     }
 
     void everyControlIsNamedForAccessibility()
     {
-        test::MessageRecorder messages;
-        openDialog({"Generic"});
-        for (const char* name :
-             {"SSSplitter1", "ListView1", "WebBrowser1", "OKButton", "CancelButton", "cmdHelp"}) {
-            auto* control = m_dialog->findChild<QWidget*>(QLatin1String(name));
-            QVERIFY2(control && !control->accessibleName().isEmpty(), name);
-        }
+        Picker o;
+        NewAssayProtocolDialog& dialog = o.openDialog({"Generic"});
+        test::verifyAccessibleNames(dialog, 4, {o.browser()});
     }
 
     // The picker opens through the dialog seam, previewed, and is gone afterwards.
     void showNewMakesAFreshPickerEachTime()
     {
-        test::MessageRecorder messages;
+        Picker o;
         test::DialogScript dialogs;
-        writeCatalogue({"Kinetic"});
+        o.writeCatalogue({"Kinetic"});
         QPointer<QDialog> first;
         dialogs.then([&](QDialog& dialog) {
             first = &dialog;
             return int(QDialog::Rejected);
         });
         dialogs.cancel();
-        NewAssayProtocolDialog::ShowNew(*m_host, m_suite->paths, *m_settings, hooks(), nullptr);
+        NewAssayProtocolDialog::ShowNew(o.host, o.suite.paths, o.settings, o.hooks(), nullptr);
         QVERIFY(first.isNull());
-        NewAssayProtocolDialog::ShowNew(*m_host, m_suite->paths, *m_settings, hooks(), nullptr);
+        NewAssayProtocolDialog::ShowNew(o.host, o.suite.paths, o.settings, o.hooks(), nullptr);
         QCOMPARE(dialogs.shown(), (QStringList{"frmNewAssayProtocol", "frmNewAssayProtocol"}));
-        QCOMPARE(messages.count(), 2); // "Missing Wizards" at every creation
+        QCOMPARE(o.messages.count(), 2); // "Missing Wizards" at every creation
     }
 
     void mainWindowVariantTitlesItsBoxInformation()
     {
-        test::MessageRecorder messages;
-        writeCatalogue({"Generic"});
-        script(R"({"result":1,"newFile":"/p/A.apr"})");
-        WizardRunner runner(*m_host, *m_settings, hooks(), QStringLiteral("Information"));
+        Picker o;
+        o.writeCatalogue({"Generic"});
+        o.script(R"({"result":1,"newFile":"/p/A.apr"})");
+        WizardRunner runner(o.host, o.settings, o.hooks(), QStringLiteral("Information"));
         QWidget window;
         window.setObjectName(QStringLiteral("frmNMain"));
         runner.RunSelectedWizard({QStringLiteral("Generic"), QStringLiteral("NebraTest.Scripted")}, &window,
                                  {});
-        QCOMPARE(messages.count(), 1);
-        QCOMPARE(messages.last().title, QStringLiteral("Information"));
-        QCOMPARE(state("Owner").toString(), QStringLiteral("frmNMain"));
+        QCOMPARE(o.messages.count(), 1);
+        QCOMPARE(o.messages.last().title, QStringLiteral("Information"));
+        QCOMPARE(o.state("Owner").toString(), QStringLiteral("frmNMain"));
     }
 };
 

@@ -9,6 +9,7 @@
 #include <QVBoxLayout>
 #include <QWebEngineLoadingInfo>
 #include <QWebEngineProfile>
+#include <QWebEngineSettings>
 #include <QWebEngineUrlScheme>
 #include <QWebEngineView>
 
@@ -47,6 +48,11 @@ void BrowserControl::StartEngine()
         m_view));
     m_view->setAcceptDrops(false);
     m_view->setAccessibleName(QStringLiteral("Preview"));
+    // No page runs a script of its own: none of the suite's pages needs one,
+    // and a page from elsewhere (a welcome page of the user's choosing, a
+    // document's preview) must not act by itself. Scripts of the program run
+    // in a world of their own, which this leaves alone.
+    m_view->page()->settings()->setAttribute(QWebEngineSettings::JavascriptEnabled, false);
     installSchemeHandler();
     connect(m_view->page(), &QWebEnginePage::loadingChanged, this, &BrowserControl::onLoadingChanged);
     connect(m_view, &QWebEngineView::loadProgress, this, [this](int progress) {
@@ -116,14 +122,19 @@ bool BrowserControl::acceptNavigation(const QUrl& url, int type)
     // Typed and reload navigations are the program's own (Navigate, Refresh).
     if (type == QWebEnginePage::NavigationTypeTyped || type == QWebEnginePage::NavigationTypeReload)
         return true;
+    // Counted as cancelled while the handler decides: a handler that shows a
+    // modal box lets the engine report this navigation's start meanwhile, and
+    // that start must not make the page look as if it were loading again
+    // (what waits for a complete page would then wait for ever).
+    m_cancelled.append(url);
     bool cancel = false;
     Q_EMIT BeforeNavigate2(url, cancel);
     if (!cancel) {
+        m_cancelled.removeOne(url);
         m_expected = url;
         m_refreshing = false;
         return true;
     }
-    m_cancelled.append(url);
     // After the handler has returned, as the page's command state may have changed.
     QMetaObject::invokeMethod(this, &BrowserControl::CommandStateChange, Qt::QueuedConnection);
     return false;

@@ -10,7 +10,8 @@ class QWebEngineView;
 namespace nebra {
 
 // The embedded browser: an HTML view with the operations the Organiser uses.
-// Dropped files are never accepted.
+// Dropped files are never accepted, and pages run no script of their own
+// (the program's own scripts run in the application's world).
 //
 // Navigations the program asks for (Navigate, Refresh) always proceed. A
 // navigation that the page starts itself (a link click, a form, a script) is

@@ -227,15 +227,21 @@ int FileListControl::listingError() const
     return m_model->error();
 }
 
+// An empty list says why it is empty, so that it is not taken for a
+// listing still on its way or a fault.
 void FileListControl::showListingState()
 {
-    if (m_model->error() == 0 || m_folder.isEmpty()) {
-        m_state->hide();
-        return;
-    }
-    m_state->setText(tr("The folder \"%1\" cannot be read: %2.")
-                         .arg(m_folder, QString::fromLocal8Bit(std::strerror(m_model->error()))));
-    m_state->show();
+    QString text;
+    if (m_folder.isEmpty())
+        text.clear();
+    else if (m_model->error() != 0)
+        text = tr("The folder \"%1\" cannot be read: %2.")
+                   .arg(m_folder, QString::fromLocal8Bit(std::strerror(m_model->error())));
+    else if (m_model->rowCount() == 0)
+        text = m_model->nameFilter().isEmpty() ? tr("No documents in this folder")
+                                               : tr("No document matches the filter");
+    m_state->setText(text);
+    m_state->setVisible(!text.isEmpty());
 }
 
 void FileListControl::addColumn(const QString& name)
@@ -486,13 +492,15 @@ void FileListControl::deleteSelectedItems()
         return;
     QStringList failed;
     for (const FileListItem& item : items) {
-        if (!QFile::moveToTrash(item.path())) {
-            failed.append(item.name());
+        QFile file(item.path());
+        if (!file.moveToTrash()) {
+            failed.append(FileListPrompts::moveToTrashFailure(item.name(), file.errorString()));
             continue;
         }
         m_model->removeEntry(rowOf(item));
         Q_EMIT itemRemoved(item);
     }
+    showListingState();
     if (!failed.isEmpty())
         FileListPrompts::moveToTrashFailed(this, failed);
 }

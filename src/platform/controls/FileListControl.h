@@ -43,6 +43,9 @@ class FileListModel;
 // a new folder starts with it empty. The view's context menu offers the
 // actions added with addContextAction(), when there are any.
 //
+// A list with no rows says why above the rows: the folder cannot be read,
+// "No documents in this folder", or "No document matches the filter".
+//
 // Messages go through nebra::Messages.
 class FileListControl : public QWidget
 {

@@ -27,6 +27,7 @@ void FileListControl::applyNameFilter(const QString& text)
     m_quiet = true;
     m_model->setNameFilter(text);
     m_quiet = false;
+    showListingState();
     if (selectedNames() != selected)
         onSelectionChanged();
 }

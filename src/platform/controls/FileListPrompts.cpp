@@ -43,11 +43,16 @@ bool FileListPrompts::confirmMoveToTrash(QWidget* owner, const QString& firstNam
                            MessageButton::Yes, owner}) == MessageButton::Yes;
 }
 
-void FileListPrompts::moveToTrashFailed(QWidget* owner, const QStringList& names)
+QString FileListPrompts::moveToTrashFailure(const QString& name, const QString& reason)
 {
-    Messages::show({tr("These items could not be moved to the Trash:\n%1").arg(names.join(QLatin1Char('\n'))),
-                    tr("Error Deleting File"), MessageIcon::Critical, MessageButton::Ok, MessageButton::Ok,
-                    owner});
+    return tr("\"%1\": %2").arg(name, reason.isEmpty() ? tr("the file system gave no reason") : reason);
+}
+
+void FileListPrompts::moveToTrashFailed(QWidget* owner, const QStringList& failures)
+{
+    Messages::show(
+        {tr("These items could not be moved to the Trash:\n%1").arg(failures.join(QLatin1Char('\n'))),
+         tr("Error Deleting File"), MessageIcon::Critical, MessageButton::Ok, MessageButton::Ok, owner});
 }
 
 } // namespace nebra

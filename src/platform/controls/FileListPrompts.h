@@ -19,8 +19,10 @@ public:
     // Asks before moving the items to the trash: one named item (a folder or
     // a file), or a number of them. True when the user answers Yes.
     static bool confirmMoveToTrash(QWidget* owner, const QString& firstName, bool firstIsFolder, int count);
-    // Names the items that could not be moved to the trash.
-    static void moveToTrashFailed(QWidget* owner, const QStringList& names);
+    // One line of the failure message: the item's name and the file system's reason.
+    static QString moveToTrashFailure(const QString& name, const QString& reason);
+    // Lists the items that could not be moved to the trash, one failure a line.
+    static void moveToTrashFailed(QWidget* owner, const QStringList& failures);
 };
 
 } // namespace nebra

@@ -4,6 +4,7 @@
 #include "FileListModel.h"
 
 #include <QHeaderView>
+#include <QLineEdit>
 
 namespace nebra {
 
@@ -28,6 +29,21 @@ FileListView::FileListView(FileListModel* model, QWidget* parent) : QTreeView(pa
     columns->resizeSection(0, 300);
     columns->resizeSection(model->columnOf(FileListModel::DateModifiedColumn),
                            fontMetrics().horizontalAdvance(QStringLiteral("00 MMM 0000 00:00")) + 32);
+}
+
+bool FileListView::edit(const QModelIndex& index, EditTrigger trigger, QEvent* event)
+{
+    if (!QTreeView::edit(index, trigger, event))
+        return false;
+    // The view selects the whole text once the editor is made; narrow it
+    // afterwards. A leading dot (".hidden") is part of the name, not an extension.
+    auto* editor = qobject_cast<QLineEdit*>(indexWidget(index));
+    if (!editor || index.data(FileListModel::IsFolderRole).toBool())
+        return true;
+    const qsizetype dot = editor->text().lastIndexOf(QLatin1Char('.'));
+    if (dot > 0)
+        editor->setSelection(0, int(dot));
+    return true;
 }
 
 QItemSelectionModel::SelectionFlags FileListView::selectionCommand(const QModelIndex& index,

@@ -23,7 +23,7 @@ public:
     // Full path of the folder, without a trailing separator ("Organiser" on the root).
     QString folderPath() const;
     void setFolderPath(const QString& path) const;
-    // The folder kind (DocumentType).
+    // The document type of the node's folder (DocumentType), as an int.
     int data() const;
     void setData(int value) const;
     // Depth: 0 for a node at the top level.

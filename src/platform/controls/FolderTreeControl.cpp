@@ -83,7 +83,7 @@ FolderTreeControl::FolderTreeControl(QWidget* parent)
     connect(m_model, &FolderTreeModel::expansionRequested, m_view, &QTreeView::setExpanded);
     connect(m_model, &FolderTreeModel::updateFinished, this, &FolderTreeControl::applyExpansion);
     connect(m_view, &QWidget::customContextMenuRequested, this, &FolderTreeControl::showContextMenu);
-    setDisplayMode(1);
+    setDisplayMode(DisplayMode::Compact);
 }
 
 FolderTreeControl::~FolderTreeControl() = default;
@@ -98,10 +98,10 @@ QString FolderTreeControl::caption() const
     return m_caption->text();
 }
 
-void FolderTreeControl::setDisplayMode(int mode)
+void FolderTreeControl::setDisplayMode(DisplayMode mode)
 {
     m_displayMode = mode;
-    const bool explorer = mode == 2;
+    const bool explorer = mode == DisplayMode::Explorer;
     m_view->setRootIsDecorated(explorer);
     m_view->setIndentation(explorer ? 20 : 12);
     m_view->setAlternatingRowColors(explorer);

@@ -27,8 +27,8 @@ class FolderTreeModel;
 // command buttons (every other key with a caption) are also offered on the
 // tree's context menu.
 //
-// Display mode 1 is the compact tree, mode 2 the explorer presentation
-// (decorated root, wider indentation, alternating rows, paths as tips).
+// Display mode Compact (1) is the compact tree, Explorer (2) the explorer
+// presentation (decorated root, wider indentation, alternating rows, paths as tips).
 class FolderTreeControl : public QWidget
 {
     Q_OBJECT
@@ -47,14 +47,21 @@ public:
         NavigationChange = 1, // the control's Back, Forward or Up button moved to it
     };
 
+    // The presentations; the numbers are those the settings have always stored.
+    enum class DisplayMode
+    {
+        Compact = 1,
+        Explorer = 2,
+    };
+
     explicit FolderTreeControl(QWidget* parent = nullptr);
     ~FolderTreeControl() override;
 
     void setCaption(const QString& caption);
     QString caption() const;
 
-    void setDisplayMode(int mode);
-    int displayMode() const { return m_displayMode; }
+    void setDisplayMode(DisplayMode mode);
+    DisplayMode displayMode() const { return m_displayMode; }
 
     // Adds a button with the key and caption; a caption of one blank is a spacer.
     void addButton(int key, const QString& caption);
@@ -119,7 +126,7 @@ private:
     QList<FolderNode> m_back;
     QList<FolderNode> m_forward;
     FolderNode m_currentBeforeUpdate;
-    int m_displayMode = 1;
+    DisplayMode m_displayMode = DisplayMode::Compact;
     bool m_navigating = false;
 };
 

@@ -21,12 +21,12 @@ ShortcutsBar::ShortcutsBar(QWidget* parent) : QWidget(parent), m_toolBox(new QTo
     setAccessibleName(QStringLiteral("Shortcuts bar"));
 }
 
-void ShortcutsBar::setMode(int mode)
+void ShortcutsBar::setMode(Mode mode)
 {
-    // Mode 2 collapses the bar to nothing; the window keeps its place for it.
+    // Collapsed leaves nothing of the bar; the window keeps its place for it.
     m_mode = mode;
-    m_toolBox->setVisible(mode != 2);
-    setMaximumWidth(mode == 2 ? 0 : QWIDGETSIZE_MAX);
+    m_toolBox->setVisible(mode != Mode::Collapsed);
+    setMaximumWidth(mode == Mode::Collapsed ? 0 : QWIDGETSIZE_MAX);
 }
 
 int ShortcutsBar::addGroup(const QString& caption)

@@ -9,15 +9,21 @@ class QListWidget;
 namespace nebra {
 
 // The shortcuts bar: groups of items, each item leading somewhere (its key).
-// Mode 0 shows the bar, mode 2 collapses it.
+// Mode Shown (0) shows the bar, Collapsed (2) collapses it.
 class ShortcutsBar : public QWidget
 {
     Q_OBJECT
 public:
+    enum class Mode
+    {
+        Shown = 0,
+        Collapsed = 2,
+    };
+
     explicit ShortcutsBar(QWidget* parent = nullptr);
 
-    void setMode(int mode);
-    int mode() const { return m_mode; }
+    void setMode(Mode mode);
+    Mode mode() const { return m_mode; }
 
     // Returns the new group's index.
     int addGroup(const QString& caption);
@@ -42,7 +48,7 @@ Q_SIGNALS:
 private:
     QToolBox* m_toolBox;
     QList<QListWidget*> m_groups;
-    int m_mode = 0;
+    Mode m_mode = Mode::Shown;
 };
 
 } // namespace nebra

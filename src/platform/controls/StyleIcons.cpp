@@ -38,4 +38,14 @@ QIcon StyleIcons::icon(QStyle::StandardPixmap picture)
     return *known;
 }
 
+QIcon StyleIcons::named(const QString& name)
+{
+    static const QHash<QString, QStyle::StandardPixmap> pictures{
+        {QStringLiteral("user-home"), QStyle::SP_DirHomeIcon},
+        {QStringLiteral("drive-harddisk"), QStyle::SP_DriveHDIcon},
+        {QStringLiteral("view-list-details"), QStyle::SP_FileDialogDetailedView},
+    };
+    return icon(pictures.value(name, QStyle::SP_DirIcon));
+}
+
 } // namespace nebra

@@ -14,6 +14,9 @@ class StyleIcons
 {
 public:
     static QIcon icon(QStyle::StandardPixmap picture);
+    // The style's picture for a freedesktop icon name: "user-home",
+    // "drive-harddisk", "view-list-details"; any other name is a folder.
+    static QIcon named(const QString& name);
 };
 
 } // namespace nebra

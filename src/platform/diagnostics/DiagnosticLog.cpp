@@ -50,13 +50,6 @@ void DiagnosticLog::LogTrace()
     write(m_traceCounter, "Log trace: ");
 }
 
-void DiagnosticLog::LogNote(const QString& text)
-{
-    if (m_level() <= 0 || m_openFailed || !m_file.isOpen())
-        return;
-    writeLine(QStringLiteral("Log note: ") + text);
-}
-
 void DiagnosticLog::write(qint16& counter, const char* prefix)
 {
     if (m_level() <= 0 || m_openFailed)
@@ -95,6 +88,11 @@ void LogTrace()
 {
     if (DiagnosticLog* log = DiagnosticLog::processWide())
         log->LogTrace();
+}
+
+void LogNote(const QString& text)
+{
+    qWarning("Log note: %s", qUtf8Printable(text));
 }
 
 } // namespace nebra

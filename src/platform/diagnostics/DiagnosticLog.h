@@ -36,10 +36,6 @@ public:
 
     void LogTraceBlock();
     void LogTrace();
-    // A line "Log note: " + text, for a failure whose reason support needs
-    // (a wizard plug-in that cannot be loaded, say). Counts nothing; silent
-    // at level 0 or less and when no file is open.
-    void LogNote(const QString& text);
 
     qint16 blockCounter() const { return m_blockCounter; }
     qint16 traceCounter() const { return m_traceCounter; }
@@ -65,5 +61,11 @@ private:
 // Milestones on the process-wide log; nothing happens while none is set.
 void LogTraceBlock();
 void LogTrace();
+
+// A line "Log note: " + text on standard error, where the system journal
+// takes it, for a failure whose reason support needs (a wizard plug-in that
+// cannot be loaded, say). The diagnostic log holds only its counters, so a
+// note never goes there, whatever the level.
+void LogNote(const QString& text);
 
 } // namespace nebra

@@ -3,23 +3,22 @@
 #include "SecretBytes.h"
 #include "ServerConnection.h"
 
-#include <QSqlQuery>
 #include <QStringList>
 
 namespace nebra {
 
-ServerAdministration::ServerAdministration(ServerConnection& connection, QString actor, QString workstation)
-    : m_connection(connection), m_actor(std::move(actor)), m_workstation(std::move(workstation))
+ServerAdministration::ServerAdministration(ServerConnection& connection, QString workstation)
+    : m_connection(connection), m_workstation(std::move(workstation))
 {
 }
 
 bool ServerAdministration::call(const QString& function, const QVariantList& arguments, QString* error)
 {
-    QStringList marks(arguments.size() + 2, QStringLiteral("?"));
-    QSqlQuery q(m_connection.database());
+    QStringList marks(arguments.size() + 1, QStringLiteral("?"));
+    ServerResult q;
     return m_connection.exec(
         q, QStringLiteral("SELECT nebra.%1(%2)").arg(function, marks.join(QLatin1String(", "))),
-        QVariantList{m_actor, m_workstation} + arguments, error);
+        QVariantList{m_workstation} + arguments, error);
 }
 
 bool ServerAdministration::addUser(const QString& name, const QString& fullName, const SecretBytes& password,
@@ -91,10 +90,15 @@ bool ServerAdministration::setPolicy(int lockoutThreshold, int hashCost, QString
     return call(QStringLiteral("admin_set_policy"), {lockoutThreshold, hashCost}, error);
 }
 
+bool ServerAdministration::setSessionPolicy(int idleMinutes, int passwordMinimumLength, QString* error)
+{
+    return call(QStringLiteral("admin_set_session_policy"), {idleMinutes, passwordMinimumLength}, error);
+}
+
 QList<ServerAdministration::User> ServerAdministration::users(QString* error)
 {
     // Roles and rights come joined with a character no name may hold.
-    QSqlQuery q(m_connection.database());
+    ServerResult q;
     if (!m_connection.exec(
             q,
             QStringLiteral("SELECT name, full_name, disabled, locked, failed_logins, "
@@ -132,7 +136,7 @@ bool ServerAdministration::forEachEntry(const std::function<bool(const AuditEntr
     bool more = true;
     bool ok = true;
     while (ok && more) {
-        QSqlQuery q(m_connection.database());
+        ServerResult q;
         ok = m_connection.exec(q,
                                QStringLiteral("SELECT seq, utc, user_name, workstation, area, text, mac "
                                               "FROM nebra.admin_audit_entries(?, ?)"),
@@ -155,7 +159,7 @@ bool ServerAdministration::forEachEntry(const std::function<bool(const AuditEntr
 
 QByteArray ServerAdministration::macOf(qint64 sequence, QString* error)
 {
-    QSqlQuery q(m_connection.database());
+    ServerResult q;
     if (!m_connection.exec(q, QStringLiteral("SELECT mac FROM nebra.admin_audit_entries(?, 1) WHERE seq = ?"),
                            {sequence - 1, sequence}, error) ||
         !q.next())
@@ -196,7 +200,7 @@ bool ServerAdministration::checkAnchor(AuditVerification* result, const AuditAnc
 AuditVerification ServerAdministration::verify(const std::optional<AuditAnchor>& anchor)
 {
     AuditVerification result;
-    QSqlQuery q(m_connection.database());
+    ServerResult q;
     QString error;
     if (!m_connection.exec(
             q, QStringLiteral("SELECT ok, entry_count, first_bad_seq, message FROM nebra.verify_audit()"), {},

@@ -16,14 +16,15 @@ class SecretBytes;
 class ServerConnection;
 
 // The administrator's changes to a security store on the database server.
-// Each runs one owner-only function on the server that makes the change and
-// records it in the audit trail (area "Administration", under actor) in the
-// same transaction. The connection must be of the owner role or one of its
-// members; the client role is refused by the server.
+// Each runs one administration function on the server that makes the change
+// and records it in the audit trail (area "Administration") in the same
+// transaction, under the role the connection logged in as: the server's
+// session user, never a name this side gives. The connection must be of a
+// member of nebra_admin (or a superuser); the client role is refused.
 class ServerAdministration
 {
 public:
-    ServerAdministration(ServerConnection& connection, QString actor, QString workstation);
+    ServerAdministration(ServerConnection& connection, QString workstation);
 
     bool addUser(const QString& name, const QString& fullName, const SecretBytes& password, QString* error);
     bool setDisabled(const QString& name, bool disabled, QString* error);
@@ -37,6 +38,8 @@ public:
     bool assignRole(const QString& user, const QString& role, QString* error);
     bool unassignRole(const QString& user, const QString& role, QString* error);
     bool setPolicy(int lockoutThreshold, int hashCost, QString* error);
+    // How long an unused session lasts, and how long a new password must be.
+    bool setSessionPolicy(int idleMinutes, int passwordMinimumLength, QString* error);
 
     // Moves the chain head back to the newest entry the trail still holds
     // (after entries were removed behind the store's back) and records the
@@ -68,7 +71,6 @@ private:
     bool call(const QString& function, const QVariantList& arguments, QString* error);
 
     ServerConnection& m_connection;
-    QString m_actor;
     QString m_workstation;
 };
 

@@ -5,7 +5,6 @@
 #include <QDir>
 #include <QFile>
 #include <QRegularExpression>
-#include <QSqlQuery>
 
 #include <algorithm>
 
@@ -17,8 +16,18 @@ const QString SchemaFolder = QStringLiteral(":/nebra/security/schema");
 // Any fixed number: the key of the lock that serialises administrators bringing the schema up to date.
 constexpr qint64 MigrationLock = 0x6e65627261;
 
+// The owner role holds everything and logs in as nobody; administrators log
+// in as themselves and are members of nebra_admin, which may run the
+// administration functions only (an administrator made a member of the
+// owner role by an earlier version is moved there). The client role's own
+// sessions are neither shown to others (pg_stat_activity) nor written to
+// the log with their statements, and one left idle inside a transaction is
+// ended, so it cannot hold the audit trail's head for ever. These settings
+// are the server's to change: the client role cannot set them back.
 const QString RolesScript = QStringLiteral(R"(
 DO $$
+DECLARE
+    v_member text;
 BEGIN
     IF NOT EXISTS (SELECT FROM pg_roles WHERE rolname = 'nebra_owner') THEN
         CREATE ROLE nebra_owner NOLOGIN;
@@ -26,8 +35,20 @@ BEGIN
     IF NOT EXISTS (SELECT FROM pg_roles WHERE rolname = 'nebra_client') THEN
         CREATE ROLE nebra_client LOGIN NOINHERIT;
     END IF;
+    IF NOT EXISTS (SELECT FROM pg_roles WHERE rolname = 'nebra_admin') THEN
+        CREATE ROLE nebra_admin NOLOGIN;
+    END IF;
+    FOR v_member IN SELECT r.rolname FROM pg_auth_members m JOIN pg_roles r ON r.oid = m.member
+                    WHERE m.roleid = 'nebra_owner'::regrole AND NOT r.rolsuper LOOP
+        EXECUTE format('GRANT nebra_admin TO %I', v_member);
+        EXECUTE format('REVOKE nebra_owner FROM %I', v_member);
+    END LOOP;
 END
-$$;)");
+$$;
+ALTER ROLE nebra_client SET track_activities = off;
+ALTER ROLE nebra_client SET log_min_error_statement = panic;
+ALTER ROLE nebra_client SET log_parameter_max_length = 0;
+ALTER ROLE nebra_client SET idle_in_transaction_session_timeout = '10s';)");
 
 // The client sees no schema but its own functions', and may create nothing.
 const QString PrepareScript = QStringLiteral(R"(
@@ -49,7 +70,7 @@ REVOKE ALL ON nebra.schema_version FROM PUBLIC;)");
 bool single(ServerConnection& connection, const QString& statement, const QVariantList& values,
             QVariant* value, QString* error)
 {
-    QSqlQuery q(connection.database());
+    ServerResult q;
     if (!connection.exec(q, statement, values, error))
         return false;
     *value = q.next() ? q.value(0) : QVariant();
@@ -89,9 +110,13 @@ int ServerSchema::latestVersion()
     return list.isEmpty() ? 0 : list.last().version;
 }
 
-bool ServerSchema::createSite(const ServerSettings& superuser, const QString& clientPassword, QString* error)
+bool ServerSchema::createSite(const ServerSettings& superuser, QString* error)
 {
-    ServerSettings serverWide = superuser;
+    // Another administrator's create may hold the lock below for as long as its changes take.
+    ServerSettings site = superuser;
+    site.lockTimeoutSeconds = 0;
+    site.statementTimeoutSeconds = 0;
+    ServerSettings serverWide = site;
     serverWide.database = QStringLiteral("postgres");
     // Roles, database, schemas and extension are made with "if not exists",
     // which two administrators running this at once would both pass: the
@@ -100,19 +125,10 @@ bool ServerSchema::createSite(const ServerSettings& superuser, const QString& cl
     const std::unique_ptr<ServerConnection> server = ServerConnection::open(serverWide, error);
     if (!server ||
         !server->execScript(QStringLiteral("SELECT pg_advisory_lock(%1)").arg(MigrationLock), error) ||
-        !createRoles(*server, clientPassword, error) || !createDatabase(*server, superuser.database, error))
+        !server->execScript(RolesScript, error) || !createDatabase(*server, superuser.database, error))
         return false;
-    const std::unique_ptr<ServerConnection> site = ServerConnection::open(superuser, error);
-    return site && prepareDatabase(*site, error) && migrate(*site, error);
-}
-
-bool ServerSchema::createRoles(ServerConnection& server, const QString& clientPassword, QString* error)
-{
-    if (!server.execScript(RolesScript, error))
-        return false;
-    return clientPassword.isEmpty() ||
-           composed(server, QStringLiteral("SELECT format('ALTER ROLE nebra_client PASSWORD %L', ?::text)"),
-                    {clientPassword}, error);
+    const std::unique_ptr<ServerConnection> store = ServerConnection::open(site, error);
+    return store && prepareDatabase(*store, error) && migrate(*store, error);
 }
 
 bool ServerSchema::createDatabase(ServerConnection& server, const QString& database, QString* error)
@@ -129,7 +145,7 @@ bool ServerSchema::createDatabase(ServerConnection& server, const QString& datab
         return false;
     return composed(server,
                     QStringLiteral("SELECT format('REVOKE ALL ON DATABASE %1$I FROM PUBLIC; "
-                                   "GRANT CONNECT ON DATABASE %1$I TO nebra_client', ?::text)"),
+                                   "GRANT CONNECT ON DATABASE %1$I TO nebra_client, nebra_admin', ?::text)"),
                     {database}, error);
 }
 
@@ -148,11 +164,8 @@ bool ServerSchema::migrate(ServerConnection& site, QString* error)
 
 bool ServerSchema::apply(ServerConnection& site, const Migration& migration, QString* error)
 {
-    QSqlDatabase db = site.database();
-    if (!db.transaction()) {
-        *error = QStringLiteral("The security server cannot begin a transaction.");
+    if (!site.execScript(QStringLiteral("BEGIN"), error))
         return false;
-    }
     QVariant applied;
     const bool ok =
         site.execScript(
@@ -164,13 +177,11 @@ bool ServerSchema::apply(ServerConnection& site, const Migration& migration, QSt
          (site.execScript(migration.sql, error) &&
           single(site, QStringLiteral("INSERT INTO nebra.schema_version(version, name) VALUES (?, ?)"),
                  {migration.version, migration.name}, &applied, error)));
-    if (ok && db.commit())
+    if (ok && site.execScript(QStringLiteral("COMMIT"), error))
         return true;
-    if (ok)
-        *error = QStringLiteral("The schema change %1 could not be committed.").arg(migration.name);
-    else
-        *error = QStringLiteral("The schema change %1 failed: %2").arg(migration.name, *error);
-    db.rollback();
+    *error = QStringLiteral("The schema change %1 failed: %2").arg(migration.name, *error);
+    QString ignored;
+    site.execScript(QStringLiteral("ROLLBACK"), &ignored);
     return false;
 }
 

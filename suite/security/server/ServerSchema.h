@@ -28,10 +28,11 @@ public:
     static QList<Migration> migrations();
     static int latestVersion();
 
-    // Connected as a superuser of the server: makes the owner and client
-    // roles and the database when they are missing (the client's password
-    // set when one is given), then brings the schema up to date.
-    static bool createSite(const ServerSettings& superuser, const QString& clientPassword, QString* error);
+    // Connected as a superuser of the server: makes the owner, client and
+    // administrator roles and the database when they are missing, then
+    // brings the schema up to date. The client role's password is the
+    // administrator's to set on the server; it never passes through here.
+    static bool createSite(const ServerSettings& superuser, QString* error);
 
     // Applies the missing migrations to the site database (superuser connection).
     static bool migrate(ServerConnection& connection, QString* error);
@@ -39,7 +40,6 @@ public:
     static int version(ServerConnection& connection, QString* error);
 
 private:
-    static bool createRoles(ServerConnection& server, const QString& clientPassword, QString* error);
     static bool createDatabase(ServerConnection& server, const QString& database, QString* error);
     static bool prepareDatabase(ServerConnection& site, QString* error);
     static bool apply(ServerConnection& site, const Migration& migration, QString* error);

@@ -16,16 +16,23 @@ QString notRecorded(const QString& why)
 } // namespace
 
 ServerSecurityBackend::ServerSecurityBackend(const SecuritySettings& settings,
-                                             std::unique_ptr<ServerConnection> connection)
+                                             std::unique_ptr<ServerConnection> connection,
+                                             IdleTimer::Clock clock)
     : m_settings(settings), m_policy(settings.passwordMinimumLength), m_connection(std::move(connection)),
-      m_session(std::make_unique<ServerSession>(*m_connection, AuditTrail::workstationName()))
+      m_session(std::make_unique<ServerSession>(*m_connection, AuditTrail::workstationName())),
+      m_clock(clock ? std::move(clock) : IdleTimer::bootClock())
 {
+}
+
+void ServerSecurityBackend::contacted()
+{
+    m_lastContact = m_clock();
 }
 
 ServerSecurityBackend::~ServerSecurityBackend() = default;
 
 std::unique_ptr<ServerSecurityBackend> ServerSecurityBackend::open(const SecuritySettings& settings,
-                                                                   QString* error)
+                                                                   QString* error, IdleTimer::Clock clock)
 {
     if (!settings.policyError.isEmpty()) {
         *error = settings.policyError;
@@ -34,7 +41,8 @@ std::unique_ptr<ServerSecurityBackend> ServerSecurityBackend::open(const Securit
     std::unique_ptr<ServerConnection> connection = ServerConnection::open(settings.server, error);
     if (!connection)
         return nullptr;
-    return std::unique_ptr<ServerSecurityBackend>(new ServerSecurityBackend(settings, std::move(connection)));
+    return std::unique_ptr<ServerSecurityBackend>(
+        new ServerSecurityBackend(settings, std::move(connection), std::move(clock)));
 }
 
 bool ServerSecurityBackend::connected(QString* error)
@@ -54,6 +62,12 @@ LogInResult ServerSecurityBackend::logIn(const QString& userName, const SecretBy
     result.error = in.error;
     if (in.status == LogInStatus::Success) {
         m_token = in.token;
+        contacted();
+        // The server ends idle sessions and checks new passwords by these.
+        if (in.idleMinutes > 0)
+            m_settings.timeOutMinutes = in.idleMinutes;
+        if (in.passwordMinimumLength > 0)
+            m_policy = PasswordPolicy(in.passwordMinimumLength);
         result.user.name = in.userName;
         result.user.fullName = in.fullName;
         result.user.mustChangePassword = in.mustChangePassword;
@@ -67,11 +81,13 @@ bool ServerSecurityBackend::isOperationAllowed(const QString&, const QString& ar
     if (m_token.isEmpty() || !connected(error))
         return false;
     std::optional<bool> allowed = m_session->isAllowed(m_token, area, operation, error);
-    // A check changes nothing on the server, so it may be asked again once connected anew.
+    // A check changes no right on the server, so it may be asked again once connected anew.
     if (!allowed && m_connection->lostConnection() && m_connection->reconnect(error)) {
         error->clear();
         allowed = m_session->isAllowed(m_token, area, operation, error);
     }
+    if (allowed)
+        contacted();
     return allowed.value_or(false);
 }
 
@@ -85,6 +101,8 @@ AuditAppendResult ServerSecurityBackend::append(const QString&, const QString& a
         result.sequence = m_session->record(m_token, area, text, &error);
     if (result.sequence == 0)
         result.error = notRecorded(error);
+    else
+        contacted();
     return result;
 }
 
@@ -135,6 +153,26 @@ AuditAppendResult ServerSecurityBackend::endSession(const QString&, const QStrin
     return result;
 }
 
+bool ServerSecurityBackend::keepAlive(QString* error)
+{
+    if (m_token.isEmpty() || m_clock() - m_lastContact < KeepAliveSeconds * 1000)
+        return true;
+    QString unanswered;
+    if (!connected(&unanswered))
+        return true;
+    const std::optional<bool> open = m_session->touch(m_token, &unanswered);
+    if (!open)
+        return true; // the next check or entry says why, and refuses
+    if (*open) {
+        contacted();
+        return true;
+    }
+    m_token.clear(); // ended on the server, which recorded why
+    *error = QStringLiteral("The security server has ended the session: it was not used for %1 minutes.")
+                 .arg(m_settings.timeOutMinutes);
+    return false;
+}
+
 bool ServerSecurityBackend::reading(const std::function<bool(QString*)>& call, QString* error)
 {
     if (m_token.isEmpty()) {
@@ -143,12 +181,14 @@ bool ServerSecurityBackend::reading(const std::function<bool(QString*)>& call, Q
     }
     if (!connected(error))
         return false;
-    if (call(error))
-        return true;
-    if (!m_connection->lostConnection() || !m_connection->reconnect(error))
-        return false;
-    error->clear();
-    return call(error);
+    bool done = call(error);
+    if (!done && m_connection->lostConnection() && m_connection->reconnect(error)) {
+        error->clear();
+        done = call(error);
+    }
+    if (done)
+        contacted();
+    return done;
 }
 
 bool ServerSecurityBackend::countAuditEntries(const AuditFilter& filter, qint64* count, QString* error)
@@ -176,7 +216,9 @@ AuditVerification ServerSecurityBackend::verifyAuditTrail()
 
 std::function<AuditVerification()> ServerSecurityBackend::auditTrailVerifier()
 {
-    return [server = m_settings.server, token = m_token] {
+    ServerSettings server = m_settings.server;
+    server.statementTimeoutSeconds = 0; // a long trail takes its time
+    return [server, token = m_token] {
         AuditVerification result;
         QString error;
         if (token.isEmpty())

@@ -3,8 +3,6 @@
 #include "SecretBytes.h"
 #include "ServerConnection.h"
 
-#include <QSqlQuery>
-
 namespace nebra {
 
 namespace {
@@ -72,10 +70,10 @@ ServerSession::ServerSession(ServerConnection& connection, QString workstation)
 ServerLogIn ServerSession::logIn(const QString& userName, const SecretBytes& password)
 {
     ServerLogIn result;
-    QSqlQuery q(m_connection.database());
+    ServerResult q;
     if (!m_connection.exec(q,
-                           QStringLiteral("SELECT status, token, user_name, full_name, must_change_password "
-                                          "FROM nebra.log_in(?, ?, ?)"),
+                           QStringLiteral("SELECT status, token, user_name, full_name, must_change_password, "
+                                          "idle_minutes, password_minimum_length FROM nebra.log_in(?, ?, ?)"),
                            {userName, text(password), m_workstation}, &result.error) ||
         !q.next()) {
         result.status = LogInStatus::Error;
@@ -88,13 +86,15 @@ ServerLogIn ServerSession::logIn(const QString& userName, const SecretBytes& pas
     result.userName = q.value(2).toString();
     result.fullName = q.value(3).toString();
     result.mustChangePassword = q.value(4).toBool();
+    result.idleMinutes = q.value(5).toInt();
+    result.passwordMinimumLength = q.value(6).toInt();
     return result;
 }
 
 std::optional<bool> ServerSession::isAllowed(const QString& token, const QString& area,
                                              const QString& operation, QString* error)
 {
-    QSqlQuery q(m_connection.database());
+    ServerResult q;
     if (!m_connection.exec(q, QStringLiteral("SELECT nebra.is_allowed(?, ?, ?)"), {token, area, operation},
                            error) ||
         !q.next())
@@ -104,7 +104,7 @@ std::optional<bool> ServerSession::isAllowed(const QString& token, const QString
 
 qint64 ServerSession::record(const QString& token, const QString& area, const QString& entry, QString* error)
 {
-    QSqlQuery q(m_connection.database());
+    ServerResult q;
     if (!m_connection.exec(q, QStringLiteral("SELECT nebra.record_audit(?, ?, ?)"), {token, area, entry},
                            error) ||
         !q.next())
@@ -115,7 +115,7 @@ qint64 ServerSession::record(const QString& token, const QString& area, const QS
 ServerPasswordChange ServerSession::checkPassword(const QString& token, const SecretBytes& current,
                                                   QString* error)
 {
-    QSqlQuery q(m_connection.database());
+    ServerResult q;
     if (!m_connection.exec(q, QStringLiteral("SELECT nebra.check_password(?, ?)"), {token, text(current)},
                            error) ||
         !q.next())
@@ -130,7 +130,7 @@ ServerPasswordChange ServerSession::checkPassword(const QString& token, const Se
 ServerPasswordChange ServerSession::changePassword(const QString& token, const SecretBytes& current,
                                                    const SecretBytes& fresh, QString* error)
 {
-    QSqlQuery q(m_connection.database());
+    ServerResult q;
     if (!m_connection.exec(q, QStringLiteral("SELECT nebra.change_password(?, ?, ?)"),
                            {token, text(current), text(fresh)}, error) ||
         !q.next())
@@ -147,13 +147,21 @@ ServerPasswordChange ServerSession::changePassword(const QString& token, const S
 
 bool ServerSession::logOut(const QString& token, const QString& entry, QString* error)
 {
-    QSqlQuery q(m_connection.database());
+    ServerResult q;
     return m_connection.exec(q, QStringLiteral("SELECT nebra.log_out(?, ?)"), {token, entry}, error);
+}
+
+std::optional<bool> ServerSession::touch(const QString& token, QString* error)
+{
+    ServerResult q;
+    if (!m_connection.exec(q, QStringLiteral("SELECT nebra.touch_session(?)"), {token}, error) || !q.next())
+        return std::nullopt;
+    return q.value(0).toBool();
 }
 
 bool ServerSession::countAudit(const QString& token, const AuditFilter& filter, qint64* count, QString* error)
 {
-    QSqlQuery q(m_connection.database());
+    ServerResult q;
     if (!m_connection.exec(q, QStringLiteral("SELECT nebra.review_audit_count(?, ?, ?, ?, ?, ?, ?)"),
                            filterValues(token, filter), error) ||
         !q.next())
@@ -168,8 +176,7 @@ bool ServerSession::readAudit(const QString& token, const AuditFilter& filter, c
     entries->clear();
     QVariantList values = filterValues(token, filter);
     values << columnName(order.column) << (order.order == Qt::DescendingOrder) << offset << limit;
-    QSqlQuery q(m_connection.database());
-    q.setForwardOnly(true);
+    ServerResult q;
     if (!m_connection.exec(
             q,
             QStringLiteral("SELECT seq, utc, user_name, workstation, area, entry_text, mac FROM "
@@ -185,7 +192,7 @@ bool ServerSession::readAudit(const QString& token, const AuditFilter& filter, c
 
 bool ServerSession::verifyAudit(const QString& token, AuditVerification* result, QString* error)
 {
-    QSqlQuery q(m_connection.database());
+    ServerResult q;
     if (!m_connection.exec(q,
                            QStringLiteral("SELECT ok, entry_count, first_bad_seq, message FROM "
                                           "nebra.review_verify_audit(?)"),

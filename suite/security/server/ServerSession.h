@@ -20,6 +20,10 @@ struct ServerLogIn
     QString userName;
     QString fullName;
     bool mustChangePassword = false;
+    // The site's rules as the server enforces them: a session unused this
+    // long ends, and a new password must be this long.
+    int idleMinutes = 0;
+    int passwordMinimumLength = 0;
     QString error; // set for Error
 };
 
@@ -53,6 +57,9 @@ public:
                                         const SecretBytes& fresh, QString* error);
     // Ends the session on the server and records text; false, with *error, when the server cannot.
     bool logOut(const QString& token, const QString& text, QString* error);
+    // Marks the session used. Empty (with *error) when the server cannot
+    // answer; false when the session has ended (timed out on the server).
+    std::optional<bool> touch(const QString& token, QString* error);
 
     // The reviewer's reading of the audit trail, refused by the server unless
     // the session's user has the right "Security"/"ViewAuditTrail".

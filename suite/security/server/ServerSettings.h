@@ -25,6 +25,10 @@ struct ServerSettings
     QString sslMode;     // empty on a local socket; "verify-full" across the network
     QString sslRootCert; // the certificate of the authority that signed the server's
     int connectTimeoutSeconds = 5;
+    // Every statement gives up after waiting this long for a lock another
+    // connection holds, or after running this long (0: no bound).
+    int lockTimeoutSeconds = 5;
+    int statementTimeoutSeconds = 30;
 
     bool isLocalSocket() const { return host.startsWith(QLatin1Char('/')); }
 };

@@ -8,12 +8,29 @@
 #include "SitePolicyFile.h"
 
 #include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QFile>
+
+#include <cstdio>
 
 namespace nebra {
 
 AdminTool::AdminTool(QIODevice& out, QIODevice& err) : m_report(out, err) {}
 
 AdminTool::~AdminTool() = default;
+
+int AdminTool::main(int argc, char** argv)
+{
+    QCoreApplication app(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("nebra-secadmin"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(NEBRA_VERSION));
+    QCoreApplication::setOrganizationName(QStringLiteral("Nebra"));
+    QFile out;
+    QFile err;
+    out.open(stdout, QIODevice::WriteOnly | QIODevice::Unbuffered);
+    err.open(stderr, QIODevice::WriteOnly | QIODevice::Unbuffered);
+    return AdminTool(out, err).run(QCoreApplication::arguments());
+}
 
 QList<AdminTool::Command> AdminTool::commands()
 {
@@ -225,8 +242,8 @@ int AdminTool::onEmbedded(const Command& command, const QStringList& arguments,
     return EmbeddedAdminTool(m_report, std::move(options)).run(command.name, arguments);
 }
 
-// The server decides who may administer it (its owner role), so no local check but for create,
-// which also writes the system-wide file.
+// The server decides who may administer it (members of nebra_admin), so no local check but for
+// create, which also writes the system-wide file.
 int AdminTool::onServer(const Command& command, const QStringList& arguments,
                         const SecuritySettings& settings)
 {
@@ -243,12 +260,16 @@ int AdminTool::onServer(const Command& command, const QStringList& arguments,
         options.server.database = m_server[2];
     options.server.user = m_server[3];
     options.server.password.clear();
+    // A chain check or a migration of a long trail may take its time.
+    options.server.statementTimeoutSeconds = 0;
     if (!options.server.isLocalSocket() && options.server.sslMode.isEmpty())
         options.server.sslMode = QStringLiteral("verify-full");
     options.fullName = m_fullName;
     options.csvPath = m_csvPath;
     options.anchor = m_anchor;
     options.adminGroup = m_adminGroup;
+    options.idleMinutes = settings.timeOutMinutes;
+    options.passwordMinimumLength = settings.passwordMinimumLength;
     options.writePolicyFile = !m_perUser;
     if (!m_database.isEmpty())
         options.openEmbedded = [settings](QString* e) { return SecurityStore::open(settings, e); };

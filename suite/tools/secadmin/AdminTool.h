@@ -34,6 +34,10 @@ public:
     AdminTool(QIODevice& out, QIODevice& err);
     ~AdminTool();
 
+    // The program: the application object, then run() on its arguments with
+    // standard output and error. Returns the exit status.
+    static int main(int argc, char** argv);
+
     int run(const QStringList& arguments);
 
 private:

@@ -15,8 +15,6 @@
 
 #include <QDir>
 
-#include <unistd.h>
-
 namespace nebra {
 
 ServerAdminTool::ServerAdminTool(AdminReport& report, Options options)
@@ -26,15 +24,9 @@ ServerAdminTool::ServerAdminTool(AdminReport& report, Options options)
 
 ServerAdminTool::~ServerAdminTool() = default;
 
-QString ServerAdminTool::actor()
-{
-    const QByteArray login = qgetenv("SUDO_USER").isEmpty() ? qgetenv("USER") : qgetenv("SUDO_USER");
-    return login.isEmpty() ? QStringLiteral("uid %1").arg(::getuid()) : QString::fromLocal8Bit(login);
-}
-
 ServerAdministration ServerAdminTool::administration()
 {
-    return ServerAdministration(*m_connection, actor(), AuditTrail::workstationName());
+    return ServerAdministration(*m_connection, AuditTrail::workstationName());
 }
 
 QList<ServerAdminTool::Command> ServerAdminTool::commands()
@@ -198,8 +190,7 @@ int ServerAdminTool::migrate()
             error.isEmpty() ? QStringLiteral("migrate needs --database PATH: the embedded store to copy.")
                             : error);
     QString summary;
-    if (!ServerMigration(*source, *m_connection, actor(), AuditTrail::workstationName())
-             .run(&summary, &error))
+    if (!ServerMigration(*source, *m_connection, AuditTrail::workstationName()).run(&summary, &error))
         return m_report.fail(error);
     m_report.say(summary);
     return 0;
@@ -208,7 +199,9 @@ int ServerAdminTool::migrate()
 int ServerAdminTool::create()
 {
     QString error;
-    if (!ServerSchema::createSite(m_options.server, {}, &error))
+    if (!ServerSchema::createSite(m_options.server, &error) ||
+        !(m_connection = ServerConnection::open(m_options.server, &error)) ||
+        !administration().setSessionPolicy(m_options.idleMinutes, m_options.passwordMinimumLength, &error))
         return m_report.fail(error);
     m_report.say(QStringLiteral("The security store \"%1\" on %2 is at schema version %3.")
                      .arg(m_options.server.database, m_options.server.host)

@@ -17,10 +17,11 @@ class SecurityStore;
 class ServerAdministration;
 
 // nebra-secadmin's commands on a security store on a database server. The
-// server checks who may administer (the owner role and its members; a
-// superuser for "create"), so the tool only connects as the administrator
-// and runs the owner's functions, each of which records its change. The
-// caller has checked the arguments' count and says what a change did.
+// server checks who may administer (members of nebra_admin; a superuser for
+// "create") and records each change under the role the tool logged in as,
+// so the tool only connects as the administrator and runs the
+// administration functions. The caller has checked the arguments' count
+// and says what a change did.
 class ServerAdminTool
 {
 public:
@@ -31,6 +32,9 @@ public:
         QString csvPath;       // for audit --csv
         QString anchor;        // for verify --anchor
         QString adminGroup;    // for create: written to the system-wide file
+        // For create: the site's session rules, which the server enforces.
+        int idleMinutes = 15;
+        int passwordMinimumLength = 8;
         bool writePolicyFile = true;
         // For migrate: opens the embedded store to copy (null, with *error, when it cannot).
         std::function<std::unique_ptr<SecurityStore>(QString*)> openEmbedded;
@@ -64,7 +68,6 @@ private:
                      const std::function<bool(ServerAdministration&, const SecretBytes&, QString*)>& action);
     int change(const Change& action);
     ServerAdministration administration();
-    static QString actor();
 
     AdminReport& m_report;
     Options m_options;

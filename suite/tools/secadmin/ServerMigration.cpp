@@ -9,16 +9,15 @@
 
 namespace nebra {
 
-ServerMigration::ServerMigration(SecurityStore& source, ServerConnection& target, QString actor,
-                                 QString workstation)
-    : m_source(source), m_target(target), m_actor(std::move(actor)), m_workstation(std::move(workstation))
+ServerMigration::ServerMigration(SecurityStore& source, ServerConnection& target, QString workstation)
+    : m_source(source), m_target(target), m_workstation(std::move(workstation))
 {
 }
 
 bool ServerMigration::call(const QString& function, const QVariantList& arguments, QString* error)
 {
     const QStringList marks(arguments.size(), QStringLiteral("?"));
-    QSqlQuery q(m_target.database());
+    ServerResult q;
     return m_target.exec(q,
                          QStringLiteral("SELECT nebra.%1(%2)").arg(function, marks.join(QLatin1String(", "))),
                          arguments, error);
@@ -28,28 +27,24 @@ bool ServerMigration::run(QString* summary, QString* error)
 {
     if (!sourceIsSound(error) || !targetIsEmpty(error))
         return false;
-    QSqlDatabase db = m_target.database();
-    if (!db.transaction()) {
-        *error = QStringLiteral("The security server cannot begin a transaction.");
+    if (!m_target.execScript(QStringLiteral("BEGIN"), error))
         return false;
-    }
     qint64 entries = 0;
     int users = 0;
     const QString source = QDir::toNativeSeparators(m_source.settings().databasePath);
     const bool ok =
         copyEntries(&entries, error) && copyRoles(error) && copyUsers(&users, error) &&
         call(QStringLiteral("admin_note"),
-             {m_actor, m_workstation,
+             {m_workstation,
               QStringLiteral("Migrated from the embedded store \"%1\": %2 audit entries (verified), %3 "
                              "users, whose passwords must be set anew")
                   .arg(source)
                   .arg(entries)
                   .arg(users)},
              error);
-    if (!ok || !db.commit()) {
-        if (ok)
-            *error = QStringLiteral("The migration could not be committed on the security server.");
-        db.rollback();
+    if (!ok || !m_target.execScript(QStringLiteral("COMMIT"), error)) {
+        QString ignored;
+        m_target.execScript(QStringLiteral("ROLLBACK"), &ignored);
         return false;
     }
     *summary =
@@ -82,7 +77,7 @@ bool ServerMigration::sourceIsSound(QString* error)
 
 bool ServerMigration::targetIsEmpty(QString* error)
 {
-    QSqlQuery q(m_target.database());
+    ServerResult q;
     if (!m_target.exec(
             q,
             QStringLiteral("SELECT (SELECT count(*) FROM nebra.audit_trail) + "
@@ -119,7 +114,7 @@ bool ServerMigration::copyRoles(QString* error)
     if (!db.exec(q, QStringLiteral("SELECT name FROM roles ORDER BY id"), {}, error))
         return false;
     while (q.next())
-        if (!call(QStringLiteral("admin_add_role"), {m_actor, m_workstation, q.value(0).toString()}, error))
+        if (!call(QStringLiteral("admin_add_role"), {m_workstation, q.value(0).toString()}, error))
             return false;
     if (!db.exec(q,
                  QStringLiteral("SELECT r.name, rr.area, rr.operation FROM role_rights rr "
@@ -127,10 +122,9 @@ bool ServerMigration::copyRoles(QString* error)
                  {}, error))
         return false;
     while (q.next())
-        if (!call(
-                QStringLiteral("admin_grant_to_role"),
-                {m_actor, m_workstation, q.value(0).toString(), q.value(1).toString(), q.value(2).toString()},
-                error))
+        if (!call(QStringLiteral("admin_grant_to_role"),
+                  {m_workstation, q.value(0).toString(), q.value(1).toString(), q.value(2).toString()},
+                  error))
             return false;
     return true;
 }
@@ -142,16 +136,15 @@ bool ServerMigration::copyUsers(int* count, QString* error)
         return false;
     for (const UserRecord& user : users) {
         if (!call(QStringLiteral("admin_import_user"),
-                  {m_actor, m_workstation, user.name, user.fullName, user.disabled, user.locked,
-                   user.failedLogIns},
+                  {m_workstation, user.name, user.fullName, user.disabled, user.locked, user.failedLogIns},
                   error))
             return false;
         for (const Right& right : m_source.users().rightsOf(user.name, error))
-            if (!call(QStringLiteral("admin_grant"),
-                      {m_actor, m_workstation, user.name, right.area, right.operation}, error))
+            if (!call(QStringLiteral("admin_grant"), {m_workstation, user.name, right.area, right.operation},
+                      error))
                 return false;
         for (const QString& role : m_source.users().rolesOf(user.name, error))
-            if (!call(QStringLiteral("admin_assign_role"), {m_actor, m_workstation, user.name, role}, error))
+            if (!call(QStringLiteral("admin_assign_role"), {m_workstation, user.name, role}, error))
                 return false;
         ++*count;
     }

@@ -19,7 +19,7 @@ class ServerConnection;
 class ServerMigration
 {
 public:
-    ServerMigration(SecurityStore& source, ServerConnection& target, QString actor, QString workstation);
+    ServerMigration(SecurityStore& source, ServerConnection& target, QString workstation);
 
     // *summary: what was copied, for the administrator.
     bool run(QString* summary, QString* error);
@@ -34,7 +34,6 @@ private:
 
     SecurityStore& m_source;
     ServerConnection& m_target;
-    QString m_actor;
     QString m_workstation;
 };
 

@@ -11,19 +11,47 @@
 
 #include <utility>
 
+#include <cerrno>
+#include <cstring>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
 namespace nebra {
 
 namespace {
 
 using Values = QList<std::pair<QString, QVariant>>;
 
-// One batch into the system-wide file, then the file left readable by everyone: it names the
-// store or the server but holds no secret (a ServerPassword is added by hand, the file then made
-// root:group 0640).
+// Takes write access from group and others, whatever the umask was: whoever
+// may change the file or its folder would decide the site's policy. Other
+// bits stay as they are (a file made root:group 0640 keeps its mode).
+bool shutToOthers(const QString& path, QString* error)
+{
+    struct stat st = {};
+    const QByteArray name = QFile::encodeName(path);
+    if (::stat(name.constData(), &st) == 0 &&
+        ::chmod(name.constData(), st.st_mode & 07777 & ~mode_t(S_IWGRP | S_IWOTH)) == 0)
+        return true;
+    *error = QStringLiteral("The mode of \"%1\" cannot be set (%2).")
+                 .arg(QDir::toNativeSeparators(path), QString::fromLocal8Bit(strerror(errno)));
+    return false;
+}
+
+// One batch into the system-wide file, always the site's one place for it.
+// A new file is readable by everyone: it names the store or the server but
+// holds no secret. A file that is there keeps its mode and group (the file
+// is replaced, not written in place), so one made root:group 0640 to hold a
+// ServerPassword stays so.
 bool writeSystemFile(const Values& values, const QString& adminGroup, QString* error)
 {
     const QString path = SettingsStore::systemFilePath();
-    QDir().mkpath(QFileInfo(path).absolutePath());
+    const QString folder = QFileInfo(path).absolutePath();
+    struct stat before = {};
+    const bool existed = ::stat(QFile::encodeName(path).constData(), &before) == 0;
+    QDir().mkpath(folder);
+    if (!shutToOthers(folder, error))
+        return false;
     SettingsStore file(path);
     if (!file.warning().isEmpty()) {
         *error = file.warning();
@@ -39,12 +67,18 @@ bool writeSystemFile(const Values& values, const QString& adminGroup, QString* e
         *error = file.lastError();
         return false;
     }
-    const bool readable = QFile::setPermissions(path, QFileDevice::ReadOwner | QFileDevice::WriteOwner |
-                                                          QFileDevice::ReadGroup | QFileDevice::ReadOther);
-    if (!readable)
+    if (existed && ::chown(QFile::encodeName(path).constData(), uid_t(-1), before.st_gid) != 0) {
+        *error = QStringLiteral("The group of \"%1\" cannot be kept (%2).")
+                     .arg(QDir::toNativeSeparators(path), QString::fromLocal8Bit(strerror(errno)));
+        return false;
+    }
+    if (!existed && !QFile::setPermissions(path, QFileDevice::ReadOwner | QFileDevice::WriteOwner |
+                                                     QFileDevice::ReadGroup | QFileDevice::ReadOther)) {
         *error =
             QStringLiteral("The mode of \"%1\" cannot be set to 0644.").arg(QDir::toNativeSeparators(path));
-    return readable;
+        return false;
+    }
+    return shutToOthers(path, error);
 }
 
 } // namespace

@@ -3,6 +3,9 @@
 
 #include <QSignalSpy>
 #include <QTemporaryDir>
+#include <QWebEngineLoadingInfo>
+#include <QWebEnginePage>
+#include <QWebEngineScript>
 #include <QWebEngineView>
 #include <QtTest>
 
@@ -58,12 +61,67 @@ private Q_SLOTS:
         QCOMPARE(browser.ReadyState(), int(BrowserControl::Complete));
     }
 
+    // A page runs no script of its own; the program's scripts run in a world of their own.
+    void pagesRunNoScriptButTheProgramsDo()
+    {
+        BrowserControl browser;
+        QFile file(m_dir.filePath(QStringLiteral("script.htm")));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("<html><head><title>quiet</title></head>"
+                   "<body><script>document.title = 'ran';</script></body></html>");
+        file.close();
+        browser.Navigate(QUrl::fromLocalFile(file.fileName()));
+        QVERIFY(browser.WaitUntilComplete());
+        QWebEngineView& view = *browser.view();
+        QCOMPARE(view.title(), QStringLiteral("quiet"));
+        view.page()->runJavaScript(QStringLiteral("document.title = 'the program'"),
+                                   QWebEngineScript::ApplicationWorld);
+        QTRY_COMPARE_WITH_TIMEOUT(view.title(), QStringLiteral("the program"),
+                                  BrowserControl::DefaultWaitLimitMs);
+    }
+
+    // A handler that shows a modal box before it cancels lets the engine run
+    // on meanwhile; the page stays complete, so what waits for that acts.
+    void aNavigationCancelledAfterAModalBoxLeavesThePageComplete()
+    {
+        BrowserControl browser;
+        browser.resize(400, 300);
+        browser.show();
+        browser.Navigate(page(QStringLiteral("box.htm"), QStringLiteral("organiser:\\Box")));
+        QVERIFY(browser.WaitUntilComplete());
+        QStringList heard;
+        connect(browser.view()->page(), &QWebEnginePage::loadingChanged, &browser,
+                [&](const QWebEngineLoadingInfo& info) { heard << info.url().toString(); });
+        int announced = 0;
+        connect(&browser, &BrowserControl::BeforeNavigate2, &browser, [&](const QUrl&, bool& cancel) {
+            ++announced;
+            cancel = true;
+            // The box's own event loop, up until the engine has reported the navigation.
+            const qsizetype before = heard.size();
+            static_cast<void>(QTest::qWaitFor([&] { return heard.size() > before; }, 2000));
+        });
+        QElapsedTimer sinceClick;
+        QVERIFY(QTest::qWaitFor(
+            [&] {
+                if (announced == 0 && (!sinceClick.isValid() || sinceClick.elapsed() > 200)) {
+                    QTest::mouseClick(browser.view()->focusProxy(), Qt::LeftButton, {}, QPoint(30, 30));
+                    sinceClick.start();
+                }
+                return announced > 0;
+            },
+            BrowserControl::DefaultWaitLimitMs));
+        QTRY_VERIFY2_WITH_TIMEOUT(heard.size() == 2, qPrintable(heard.join(' ')), 5000); // started, failed
+        QCOMPARE(browser.ReadyState(), int(BrowserControl::Complete));
+    }
+
     // A deferred engine keeps the newest navigation until it starts; a wait starts it.
     void aDeferredEngineLoadsTheNewestNavigationWhenStarted_data()
     {
         QTest::addColumn<bool>("startedByWaiting");
+        // clang-format off
         QTest::newRow("started") << false;
         QTest::newRow("a wait starts it") << true;
+        // clang-format on
     }
 
     void aDeferredEngineLoadsTheNewestNavigationWhenStarted()

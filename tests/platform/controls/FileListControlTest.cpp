@@ -98,16 +98,24 @@ private Q_SLOTS:
         QCOMPARE(QDir(listing.dir.path()).entryList(QDir::Files).size(), gone ? 2 : 3);
     }
 
-    void theInPlaceEditorRenames()
+    // F2 selects the name without its extension, so typing a name keeps it.
+    void f2ThenTypingRenamesKeepingTheExtension()
     {
         Listing listing;
         listing.list.show();
         QVERIFY(QTest::qWaitForWindowExposed(&listing.list));
-        listing.list.editItem(listing.named(QStringLiteral("old.apr")));
+        QTreeView* view = listing.list.view();
+        const QModelIndex old = view->model()
+                                    ->match(view->model()->index(0, 0), Qt::DisplayRole,
+                                            QStringLiteral("old.apr"), 1, Qt::MatchExactly)
+                                    .value(0);
+        QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, view->visualRect(old).center());
+        QTest::keyClick(view, Qt::Key_F2);
         auto* editor = listing.list.view()->findChild<QLineEdit*>();
         QVERIFY(editor);
+        QCOMPARE(editor->selectedText(), QStringLiteral("old"));
         QSignalSpy renamed(&listing.list, &FileListControl::itemRenamed);
-        editor->setText(QStringLiteral("Älter two.apr"));
+        QTest::keyClicks(editor, QStringLiteral("Älter two"));
         QTest::keyClick(editor, Qt::Key_Return);
         QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(listing.dir.filePath("Älter two.apr")), 5000);
         QVERIFY(!QFile::exists(listing.dir.filePath("old.apr")));
@@ -133,6 +141,16 @@ private Q_SLOTS:
         QVERIFY(QFile::exists(listing.user.root() + QStringLiteral("/data/Trash/files/old.apr")));
         QCOMPARE(removed.count(), 1);
         QCOMPARE(listing.list.itemCount(), 2);
+
+        // A delete the file system refuses says which item and why.
+        listing.named(QStringLiteral("new.apr")).setSelected(true);
+        QVERIFY(QFile::remove(listing.dir.filePath("new.apr")));
+        messages.answer(MessageButton::Yes);
+        listing.list.deleteSelectedItems();
+        QCOMPARE(messages.last().title, QStringLiteral("Error Deleting File"));
+        QVERIFY2(messages.last().text.contains(QStringLiteral("\"new.apr\": ")) &&
+                     !messages.last().text.endsWith(QStringLiteral("\"new.apr\": ")),
+                 qPrintable(messages.last().text));
     }
 
     void changesOnDiskAreFollowedKeepingTheSelection()
@@ -160,6 +178,17 @@ private Q_SLOTS:
         auto* state = listing.list.findChild<QLabel*>();
         QVERIFY(state && !state->isHidden());
         QVERIFY(state->text().contains(QStringLiteral("gone")));
+
+        // An empty folder and a filter that hides everything say so; rows hide the words.
+        listing.list.setFolder(listing.dir.filePath("Sub"));
+        QCOMPARE(listing.list.itemCount(), 0);
+        QCOMPARE(state->text(), QStringLiteral("No documents in this folder"));
+        QVERIFY(!state->isHidden());
+        listing.list.setFolder(listing.dir.path());
+        listing.list.setNameFilter(QStringLiteral("nothing like it"));
+        QCOMPARE(state->text(), QStringLiteral("No document matches the filter"));
+        listing.list.setNameFilter(QString());
+        QVERIFY(state->isHidden());
     }
 
     // Typing narrows the items; a hidden selected item leaves the selection;

@@ -56,31 +56,24 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("expected");
         const QStringList all{"Plates",      "Plate 1.apr", "plate 10.apr",
                               "Run [a].apr", "Run_b.apr",   "Ärger.apr"};
+        // clang-format off
         QTest::newRow("empty") << QStringList{""} << all;
         QTest::newRow("blanks only") << QStringList{"  "} << all;
-        QTest::newRow("substring, any case")
-            << QStringList{"PLATE"} << QStringList{"Plates", "Plate 1.apr", "plate 10.apr"};
-        QTest::newRow("typed letter by letter")
-            << QStringList{"p", "pl", "pla", "plate 1"} << QStringList{"Plate 1.apr", "plate 10.apr"};
-        QTest::newRow("widened by backspace")
-            << QStringList{"plate 10", "plate 1"} << QStringList{"Plate 1.apr", "plate 10.apr"};
-        QTest::newRow("blanks at the ends ignored")
-            << QStringList{"plate 1", "plate "} << QStringList{"Plates", "Plate 1.apr", "plate 10.apr"};
+        QTest::newRow("substring, any case") << QStringList{"PLATE"} << QStringList{"Plates", "Plate 1.apr", "plate 10.apr"};
+        QTest::newRow("typed letter by letter") << QStringList{"p", "pl", "pla", "plate 1"} << QStringList{"Plate 1.apr", "plate 10.apr"};
+        QTest::newRow("widened by backspace") << QStringList{"plate 10", "plate 1"} << QStringList{"Plate 1.apr", "plate 10.apr"};
+        QTest::newRow("blanks at the ends ignored") << QStringList{"plate 1", "plate "} << QStringList{"Plates", "Plate 1.apr", "plate 10.apr"};
         QTest::newRow("brackets are plain text") << QStringList{"[a]"} << QStringList{"Run [a].apr"};
-        QTest::newRow("wildcard matches whole names")
-            << QStringList{"run*"} << QStringList{"Run [a].apr", "Run_b.apr"};
-        QTest::newRow("question mark is one character")
-            << QStringList{"plate ?.apr"} << QStringList{"Plate 1.apr"};
-        QTest::newRow("two patterns")
-            << QStringList{"*10*; run_*"} << QStringList{"plate 10.apr", "Run_b.apr"};
+        QTest::newRow("wildcard matches whole names") << QStringList{"run*"} << QStringList{"Run [a].apr", "Run_b.apr"};
+        QTest::newRow("question mark is one character") << QStringList{"plate ?.apr"} << QStringList{"Plate 1.apr"};
+        QTest::newRow("two patterns") << QStringList{"*10*; run_*"} << QStringList{"plate 10.apr", "Run_b.apr"};
         QTest::newRow("substring then wildcard") << QStringList{"run", "*_b*"} << QStringList{"Run_b.apr"};
         QTest::newRow("nothing matches, then cleared") << QStringList{"xyz", ""} << all;
         QTest::newRow("letters beyond ASCII, any case") << QStringList{"äR"} << QStringList{"Ärger.apr"};
         QTest::newRow("wildcard beyond ASCII") << QStringList{"ÄR*"} << QStringList{"Ärger.apr"};
-        QTest::newRow("wildcard fixing the end")
-            << QStringList{"*r.apr", "*1?.APR"} << QStringList{"plate 10.apr"};
-        QTest::newRow("text spanning two names matches neither")
-            << QStringList{"platesplate"} << QStringList{};
+        QTest::newRow("wildcard fixing the end") << QStringList{"*r.apr", "*1?.APR"} << QStringList{"plate 10.apr"};
+        QTest::newRow("text spanning two names matches neither") << QStringList{"platesplate"} << QStringList{};
+        // clang-format on
     }
 
     void nameFilterNarrowsRowsKeepingTheSort()

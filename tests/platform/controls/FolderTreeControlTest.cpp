@@ -19,7 +19,7 @@ struct Tree
         control.addButton(FolderTreeControl::BackButton, QStringLiteral("Back"));
         control.addButton(FolderTreeControl::ForwardButton, QStringLiteral("Forward"));
         control.addButton(FolderTreeControl::UpButton, QStringLiteral("Up"));
-        control.addButton(605, QStringLiteral("New"));
+        control.addButton(605, QStringLiteral("New")); // a button of the program's own
         root = control.addNode(QStringLiteral("root"));
         a = control.addNode(root, QStringLiteral("a"));
         a1 = control.addNode(a, QStringLiteral("a1"));

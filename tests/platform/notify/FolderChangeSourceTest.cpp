@@ -165,35 +165,25 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("script");
         QTest::addColumn<QStringList>("changes");
+        // clang-format off
         QTest::newRow("folder made") << "mkdir n" << QStringList{"MKDIR $R/n"};
         QTest::newRow("folder removed") << "rmdir a/b" << QStringList{"RMDIR $R/a/b"};
         QTest::newRow("folder renamed") << "mv a/b a/c" << QStringList{"RENAMEFOLDER $R/a/b|$R/a/c"};
         QTest::newRow("folder moved up") << "mv a/b b" << QStringList{"RENAMEFOLDER $R/a/b|$R/b"};
         QTest::newRow("folder moved out") << "mv a ../outside/" << QStringList{"RMDIR $R/a"};
-        QTest::newRow("folder moved out, then changed")
-            << "mv a ../outside/ && mkdir ../outside/a/new" << QStringList{"RMDIR $R/a"};
-        QTest::newRow("folder moved in with its subfolders")
-            << "mkdir -p ../outside/m/n && mv ../outside/m m" << QStringList{"MKDIR $R/m", "MKDIR $R/m/n"};
+        QTest::newRow("folder moved out, then changed") << "mv a ../outside/ && mkdir ../outside/a/new" << QStringList{"RMDIR $R/a"};
+        QTest::newRow("folder moved in with its subfolders") << "mkdir -p ../outside/m/n && mv ../outside/m m" << QStringList{"MKDIR $R/m", "MKDIR $R/m/n"};
         QTest::newRow("file written") << "echo x > a/f; echo y >> a/f" << QStringList{"UPDATEITEM $R/a/f"};
         QTest::newRow("file removed") << "rm a/old.txt" << QStringList{"DELETE $R/a/old.txt"};
-        QTest::newRow("file renamed")
-            << "mv a/old.txt a/new.txt" << QStringList{"DELETE $R/a/old.txt", "UPDATEITEM $R/a/new.txt"};
-        QTest::newRow("names with blanks, newlines and odd bytes")
-            << "mkdir 'a/with blank' $'a/new\\nline' $'a/bad\\xff'"
-            << QStringList{"MKDIR $R/a/with blank", "MKDIR $R/a/new\nline",
-                           QStringLiteral("MKDIR $R/a/bad") + QChar(0xFFFD)};
-        QTest::newRow("made and removed in one pass")
-            << "mkdir x; rmdir x; mkdir y" << QStringList{"MKDIR $R/y"};
-        QTest::newRow("made, moved and removed before it was read")
-            << "mkdir p; mv p q; mkdir r; rmdir r" << QStringList{"MKDIR $R/q"};
-        QTest::newRow("removed and made again: order kept")
-            << "mkdir -p r/s; rmdir r/s r; mkdir r" << QStringList{"MKDIR $R/r"};
-        QTest::newRow("removed, made again and moved")
-            << "rmdir a/b; mkdir a/b; mv a/b a/c" << QStringList{"RMDIR $R/a/b", "MKDIR $R/a/c"};
-        QTest::newRow("folder replaced by a link")
-            << "rm -r a/b; ln -s ../../outside a/b" << QStringList{"RMDIR $R/a/b", "MKDIR $R/a/b"};
-        QTest::newRow("inside a link: nothing")
-            << "ln -s ../outside l && mkdir ../outside/z" << QStringList{"MKDIR $R/l"};
+        QTest::newRow("file renamed") << "mv a/old.txt a/new.txt" << QStringList{"DELETE $R/a/old.txt", "UPDATEITEM $R/a/new.txt"};
+        QTest::newRow("names with blanks, newlines and odd bytes") << "mkdir 'a/with blank' $'a/new\\nline' $'a/bad\\xff'" << QStringList{"MKDIR $R/a/with blank", "MKDIR $R/a/new\nline", QStringLiteral("MKDIR $R/a/bad") + QChar(0xFFFD)};
+        QTest::newRow("made and removed in one pass") << "mkdir x; rmdir x; mkdir y" << QStringList{"MKDIR $R/y"};
+        QTest::newRow("made, moved and removed before it was read") << "mkdir p; mv p q; mkdir r; rmdir r" << QStringList{"MKDIR $R/q"};
+        QTest::newRow("removed and made again: order kept") << "mkdir -p r/s; rmdir r/s r; mkdir r" << QStringList{"MKDIR $R/r"};
+        QTest::newRow("removed, made again and moved") << "rmdir a/b; mkdir a/b; mv a/b a/c" << QStringList{"RMDIR $R/a/b", "MKDIR $R/a/c"};
+        QTest::newRow("folder replaced by a link") << "rm -r a/b; ln -s ../../outside a/b" << QStringList{"RMDIR $R/a/b", "MKDIR $R/a/b"};
+        QTest::newRow("inside a link: nothing") << "ln -s ../outside l && mkdir ../outside/z" << QStringList{"MKDIR $R/l"};
+        // clang-format on
     }
     void reportsEachKindOfChange()
     {
@@ -213,10 +203,11 @@ private Q_SLOTS:
     void nestedCreationMissesNothing_data()
     {
         QTest::addColumn<QString>("script");
+        // clang-format off
         QTest::newRow("mkdir -p") << "for i in $(seq 40); do mkdir -p n$i/a/b/c/d/e/f/g; done";
-        QTest::newRow("copied tree") << "mkdir -p ../outside/t/{1..9}/{1..9}/{1..3} && for i in $(seq 4); do "
-                                        "cp -r ../outside/t c$i; done";
+        QTest::newRow("copied tree") << "mkdir -p ../outside/t/{1..9}/{1..9}/{1..3} && for i in $(seq 4); do cp -r ../outside/t c$i; done";
         QTest::newRow("moved in tree") << "mkdir -p ../outside/t/{1..9}/{1..9}/{1..3} && mv ../outside/t t";
+        // clang-format on
     }
     void nestedCreationMissesNothing()
     {
@@ -280,9 +271,11 @@ private Q_SLOTS:
     {
         QTest::addColumn<int>("error");
         QTest::addColumn<bool>("reported");
+        // clang-format off
         QTest::newRow("unreadable") << EACCES << true;
         QTest::newRow("deleted while read") << ENOENT << false;
         QTest::newRow("replaced by a file") << ENOTDIR << false;
+        // clang-format on
     }
     void folderChangingUnderTheWatch()
     {

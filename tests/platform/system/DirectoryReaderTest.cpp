@@ -33,10 +33,12 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("relative");
         QTest::addColumn<int>("error");
+        // clang-format off
         QTest::newRow("vanished") << "gone" << ENOENT;
         QTest::newRow("a file") << "file.apr" << ENOTDIR;
         QTest::newRow("empty path") << "" << ENOENT;
         QTest::newRow("no permission") << "locked" << EACCES;
+        // clang-format on
     }
 
     void aFolderThatCannotBeReadListsNothing()

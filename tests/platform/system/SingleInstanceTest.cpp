@@ -24,7 +24,9 @@ private Q_SLOTS:
     {
         QTest::addColumn<int>("round");
         for (int i = 0; i < 5; ++i)
+            // clang-format off
             QTest::addRow("round %d", i) << i;
+        // clang-format on
     }
 
     void twoStartsAtTheSameMomentLeaveOne()

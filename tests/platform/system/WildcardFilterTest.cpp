@@ -15,7 +15,9 @@ private Q_SLOTS:
         QTest::addColumn<QString>("name");
         QTest::addColumn<bool>("expected");
         auto row = [](const char* tag, const char* filter, const char* name, bool expected) {
+            // clang-format off
             QTest::newRow(tag) << QString::fromUtf8(filter) << QString::fromUtf8(name) << expected;
+            // clang-format on
         };
         row("extension", "*.apr", "Protocol.apr", true);
         row("extension in capitals", "*.apr", "PROTOCOL.APR", true);

@@ -131,8 +131,10 @@ private Q_SLOTS:
     {
         QTest::addColumn<qint64>("size");
         QTest::addColumn<bool>("read");
+        // clang-format off
         QTest::newRow("at the limit") << PlateLayout::MaximumFileSize << true;
         QTest::newRow("one byte over") << PlateLayout::MaximumFileSize + 1 << false;
+        // clang-format on
     }
 
     void theSizeLimitIsJudgedOnWhatWasRead()

@@ -35,9 +35,9 @@ private Q_SLOTS:
         QTest::addColumn<bool>("concentrations");
         for (const PlateFormat& format : PlateLayout::supportedFormats())
             for (bool concentrations : {false, true})
-                QTest::addRow("%d wells%s", format.rows * format.columns,
-                              concentrations ? ", concentrations" : "")
-                    << format.rows << format.columns << concentrations;
+                // clang-format off
+                QTest::addRow("%d wells%s", format.rows * format.columns, concentrations ? ", concentrations" : "") << format.rows << format.columns << concentrations;
+        // clang-format on
     }
 
     void generatedLayoutsSurviveARoundTrip()
@@ -78,12 +78,13 @@ private Q_SLOTS:
     {
         QTest::addColumn<QByteArray>("section");
         QTest::addColumn<QString>("reason");
+        // clang-format off
         QTest::newRow("not a number") << QByteArray("A1=lots\n") << "Line 8: \"lots\" is not a concentration";
         QTest::newRow("negative") << QByteArray("A1=-1\n") << "is not a concentration";
         QTest::newRow("off the plate") << QByteArray("Z1=1\n") << "\"Z1\" is not a well of a 8 x 12 plate";
-        QTest::newRow("twice") << QByteArray("A1=1\na1=2\n")
-                               << "Line 9: the concentration of a1 is given twice";
+        QTest::newRow("twice") << QByteArray("A1=1\na1=2\n") << "Line 9: the concentration of a1 is given twice";
         QTest::newRow("bad version") << QByteArray() << "\"two\" is not a format version";
+        // clang-format on
     }
 
     void concentrationsAreCheckedLikeWells()

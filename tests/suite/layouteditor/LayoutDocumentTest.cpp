@@ -57,18 +57,16 @@ private Q_SLOTS:
         QTest::addColumn<int>("replicates");
         QTest::addColumn<bool>("alongRow");
         QTest::addColumn<QString>("expected");
+        // clang-format off
         // 100 diluted by 2; on a 24-well plate (A-D, 1-6).
-        QTest::newRow("down a column, duplicates")
-            << "A1" << 3 << 2 << false << "A1=S1@100 A2=S1@100 B1=S2@50 B2=S2@50 C1=S3@25 C2=S3@25";
-        QTest::newRow("along a row, single")
-            << "B2" << 4 << 1 << true << "B2=S1@100 B3=S2@50 B4=S3@25 B5=S4@12.5";
-        QTest::newRow("along a row, triplicates")
-            << "B5" << 2 << 3 << true << "B5=S1@100 B6=S2@50 C5=S1@100 C6=S2@50 D5=S1@100 D6=S2@50";
+        QTest::newRow("down a column, duplicates") << "A1" << 3 << 2 << false << "A1=S1@100 A2=S1@100 B1=S2@50 B2=S2@50 C1=S3@25 C2=S3@25";
+        QTest::newRow("along a row, single") << "B2" << 4 << 1 << true << "B2=S1@100 B3=S2@50 B4=S3@25 B5=S4@12.5";
+        QTest::newRow("along a row, triplicates") << "B5" << 2 << 3 << true << "B5=S1@100 B6=S2@50 C5=S1@100 C6=S2@50 D5=S1@100 D6=S2@50";
         QTest::newRow("one point") << "D6" << 1 << 1 << false << "D6=S1@100";
-        QTest::newRow("too long for the row")
-            << "A2" << 6 << 1 << true << "needs 1 rows by 6 columns from well A2";
+        QTest::newRow("too long for the row") << "A2" << 6 << 1 << true << "needs 1 rows by 6 columns from well A2";
         QTest::newRow("too many replicates") << "A1" << 2 << 5 << true << "has room for 4 by 6";
         QTest::newRow("no points") << "A1" << 0 << 1 << true << "at least one point";
+        // clang-format on
     }
 
     void seriesFillsLabelsAndConcentrations()
@@ -101,8 +99,10 @@ private Q_SLOTS:
     {
         QTest::addColumn<bool>("byColumns");
         QTest::addColumn<QString>("expected");
+        // clang-format off
         QTest::newRow("by rows") << false << "A1=sample:U1 A3=sample:U2 B1=sample:U3 B2=blank:B";
         QTest::newRow("by columns") << true << "A1=sample:U1 A3=sample:U3 B1=sample:U2 B2=blank:B";
+        // clang-format on
     }
 
     void numbersSamplesInRowOrColumnOrder()
@@ -187,8 +187,10 @@ private Q_SLOTS:
     {
         QTest::addColumn<int>("answer");
         QTest::addColumn<bool>("replaced");
+        // clang-format off
         QTest::newRow("yes") << int(MessageButton::Yes) << true;
         QTest::newRow("no") << int(MessageButton::No) << false;
+        // clang-format on
     }
 
     void replacingAnotherFileAsksFirst()
@@ -217,8 +219,10 @@ private Q_SLOTS:
     void aSaveRacingAnotherProgramKeepsBothVersions_data()
     {
         QTest::addColumn<int>("answer");
+        // clang-format off
         QTest::newRow("save beside it") << int(MessageButton::Ok);
         QTest::newRow("cancel") << int(MessageButton::Cancel);
+        // clang-format on
     }
 
     void aSaveRacingAnotherProgramKeepsBothVersions()
@@ -266,6 +270,7 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("target"); // relative to a temporary folder holding "Layouts"
         QTest::addColumn<bool>("allowed");
+        // clang-format off
         QTest::newRow("in the folder") << "Layouts/Plate.mlo" << true;
         QTest::newRow("extension added") << "Layouts/Plate" << true;
         QTest::newRow("beside the folder") << "Plate.mlo" << false;
@@ -273,6 +278,7 @@ private Q_SLOTS:
         QTest::newRow("out by ..") << "Layouts/../Plate.mlo" << false;
         QTest::newRow("in by ..") << "Layouts/Sub/../Plate.mlo" << true;
         QTest::newRow("through a link") << "Link/Plate.mlo" << false;
+        // clang-format on
     }
 
     void aRestrictedLayoutIsSavedOnlyIntoItsFolder()

@@ -70,17 +70,11 @@ private Q_SLOTS:
         QTest::newRow("nothing: untitled") << QStringList() << untitled << "96" << "" << "";
         QTest::newRow("a path") << QStringList{m_layout} << opened << "24" << "" << "";
         QTest::newRow("a path in pieces") << m_layout.split(' ') << opened << "24" << "" << "";
-        QTest::newRow("the layouts folder, quoted")
-            << QStringList{"\"layoutsfolder:" + folder + '"'} << untitled << "96" << folder << "";
-        QTest::newRow("a missing layouts folder")
-            << QStringList{"\"layoutsfolder:" + folder + "/gone\""} << untitled << "96" << folder + "/gone"
-            << "The layouts folder \"" + folder + "/gone\" does not exist.";
-        QTest::newRow("a missing file")
-            << QStringList{m_dir.filePath("none.mlo")} << untitled << "96" << "" << "does not exist or is not a file";
-        QTest::newRow("an unknown option")
-            << QStringList{"--frobnicate"} << untitled << "96" << "" << "\"--frobnicate\" is not an option";
-        QTest::newRow("not a layout")
-            << QStringList{m_report.chopped(4) + ".mlo"} << untitled << "96" << "" << "could not be opened";
+        QTest::newRow("the layouts folder, quoted") << QStringList{"\"layoutsfolder:" + folder + '"'} << untitled << "96" << folder << "";
+        QTest::newRow("a missing layouts folder") << QStringList{"\"layoutsfolder:" + folder + "/gone\""} << untitled << "96" << folder + "/gone" << "The layouts folder \"" + folder + "/gone\" does not exist.";
+        QTest::newRow("a missing file") << QStringList{m_dir.filePath("none.mlo")} << untitled << "96" << "" << "does not exist or is not a file";
+        QTest::newRow("an unknown option") << QStringList{"--frobnicate"} << untitled << "96" << "" << "\"--frobnicate\" is not an option";
+        QTest::newRow("not a layout") << QStringList{m_report.chopped(4) + ".mlo"} << untitled << "96" << "" << "could not be opened";
         // clang-format on
     }
 
@@ -136,9 +130,11 @@ private Q_SLOTS:
     {
         QTest::addColumn<bool>("edit");
         QTest::addColumn<bool>("secured");
+        // clang-format off
         QTest::newRow("new layout") << false << false;
         QTest::newRow("new layout in a security session") << false << true;
         QTest::newRow("edit a layout") << true << false;
+        // clang-format on
     }
 
     void startedByTheOrganisersLauncher()

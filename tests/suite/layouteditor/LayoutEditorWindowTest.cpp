@@ -1,4 +1,5 @@
 #include "LayoutEditorWindow.h"
+#include "Accessibility.h"
 #include "DialogScript.h"
 #include "EditorPanel.h"
 #include "LayoutCanvas.h"
@@ -19,16 +20,24 @@
 
 using namespace nebra;
 
-class LayoutEditorWindowTest : public QObject
+namespace {
+
+// The editor's window on a new 96-well layout, shown, the canvas focused.
+struct Editor
 {
-    Q_OBJECT
+    LayoutDocument document;
+    LayoutEditorWindow window{(document.newLayout(8, 12), document)}; // the layout made first
 
-private:
-    std::unique_ptr<LayoutDocument> m_document;
-    std::unique_ptr<LayoutEditorWindow> m_window;
+    Editor()
+    {
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        window.activateWindow();
+        canvas()->setFocus();
+    }
 
-    LayoutCanvas* canvas() const { return m_window->canvas(); }
-    WellSelection& selection() const { return m_window->selection(); }
+    LayoutCanvas* canvas() const { return window.canvas(); }
+    WellSelection& selection() const { return window.selection(); }
     QString selectedWells() const
     {
         QStringList names;
@@ -38,91 +47,84 @@ private:
     }
     void clickButton(const QString& name) const
     {
-        for (QPushButton* button : m_window->findChildren<QPushButton*>())
+        for (QPushButton* button : window.findChildren<QPushButton*>())
             if (button->accessibleName() == name)
                 return QTest::mouseClick(button, Qt::LeftButton);
         QFAIL(qPrintable("no button " + name));
     }
+};
+
+} // namespace
+
+class LayoutEditorWindowTest : public QObject
+{
+    Q_OBJECT
 
 private Q_SLOTS:
-    void init()
-    {
-        m_document = std::make_unique<LayoutDocument>();
-        m_document->newLayout(8, 12);
-        m_window = std::make_unique<LayoutEditorWindow>(*m_document);
-        m_window->show();
-        QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
-        m_window->activateWindow();
-        canvas()->setFocus();
-    }
-
-    void cleanup()
-    {
-        m_window.reset();
-        m_document.reset();
-    }
-
     void selectsWithTheMouse()
     {
-        QTest::mouseClick(canvas(), Qt::LeftButton, {}, canvas()->wellCentre(1, 1));
-        QCOMPARE(selectedWells(), QStringLiteral("B2"));
-        QTest::mouseClick(canvas(), Qt::LeftButton, Qt::ControlModifier, canvas()->wellCentre(7, 11));
-        QCOMPARE(selectedWells(), QStringLiteral("B2 H12"));
-        QTest::mousePress(canvas(), Qt::LeftButton, {}, canvas()->wellCentre(0, 0));
-        QTest::mouseMove(canvas(), canvas()->wellCentre(1, 2));
-        QTest::mouseRelease(canvas(), Qt::LeftButton, {}, canvas()->wellCentre(1, 2));
-        QCOMPARE(selectedWells(), QStringLiteral("A1 A2 A3 B1 B2 B3"));
-        QTest::mouseClick(canvas(), Qt::LeftButton, {}, canvas()->rowHeaderCentre(6));
-        QCOMPARE(selection().count(), 12);
-        QVERIFY(selection().isSelected(6, 11));
-        QTest::mouseClick(canvas(), Qt::LeftButton, Qt::ControlModifier, canvas()->columnHeaderCentre(0));
-        QCOMPARE(selection().count(), 12 + 7);
+        Editor o;
+        QTest::mouseClick(o.canvas(), Qt::LeftButton, {}, o.canvas()->wellCentre(1, 1));
+        QCOMPARE(o.selectedWells(), QStringLiteral("B2"));
+        QTest::mouseClick(o.canvas(), Qt::LeftButton, Qt::ControlModifier, o.canvas()->wellCentre(7, 11));
+        QCOMPARE(o.selectedWells(), QStringLiteral("B2 H12"));
+        QTest::mousePress(o.canvas(), Qt::LeftButton, {}, o.canvas()->wellCentre(0, 0));
+        QTest::mouseMove(o.canvas(), o.canvas()->wellCentre(1, 2));
+        QTest::mouseRelease(o.canvas(), Qt::LeftButton, {}, o.canvas()->wellCentre(1, 2));
+        QCOMPARE(o.selectedWells(), QStringLiteral("A1 A2 A3 B1 B2 B3"));
+        QTest::mouseClick(o.canvas(), Qt::LeftButton, {}, o.canvas()->rowHeaderCentre(6));
+        QCOMPARE(o.selection().count(), 12);
+        QVERIFY(o.selection().isSelected(6, 11));
+        QTest::mouseClick(o.canvas(), Qt::LeftButton, Qt::ControlModifier, o.canvas()->columnHeaderCentre(0));
+        QCOMPARE(o.selection().count(), 12 + 7);
     }
 
     void editsFromTheKeyboardAlone()
     {
-        QTest::keyClick(canvas(), Qt::Key_Right);
-        QTest::keyClick(canvas(), Qt::Key_Down, Qt::ShiftModifier);
-        QCOMPARE(selectedWells(), QStringLiteral("A2 B2"));
-        auto* role = m_window->panel()->roleBox();
+        Editor o;
+        QTest::keyClick(o.canvas(), Qt::Key_Right);
+        QTest::keyClick(o.canvas(), Qt::Key_Down, Qt::ShiftModifier);
+        QCOMPARE(o.selectedWells(), QStringLiteral("A2 B2"));
+        auto* role = o.window.panel()->roleBox();
         role->setCurrentIndex(role->findText("Control"));
-        clickButton("Assign role");
-        QCOMPARE(m_document->layout().well(1, 1).role, WellRole::Control);
-        QVERIFY(m_window->isWindowModified());
-        QVERIFY(m_window->windowTitle().startsWith("Untitled[*]"));
+        o.clickButton("Assign role");
+        QCOMPARE(o.document.layout().well(1, 1).role, WellRole::Control);
+        QVERIFY(o.window.isWindowModified());
+        QVERIFY(o.window.windowTitle().startsWith("Untitled[*]"));
         // Typing a label and pressing Return labels the selection.
-        m_window->panel()->labelEdit()->setFocus();
-        QTest::keyClicks(m_window->panel()->labelEdit(), "PC");
-        QTest::keyClick(m_window->panel()->labelEdit(), Qt::Key_Return);
-        QCOMPARE(m_document->layout().well(0, 1).label, QStringLiteral("PC"));
-        clickButton("Fill series");
-        QCOMPARE(canvas()->accessibleDescription(),
+        o.window.panel()->labelEdit()->setFocus();
+        QTest::keyClicks(o.window.panel()->labelEdit(), "PC");
+        QTest::keyClick(o.window.panel()->labelEdit(), Qt::Key_Return);
+        QCOMPARE(o.document.layout().well(0, 1).label, QStringLiteral("PC"));
+        o.clickButton("Fill series");
+        QCOMPARE(o.canvas()->accessibleDescription(),
                  QStringLiteral("Well B2: standard S2, concentration 50; 2 wells selected"));
-        canvas()->setFocus();
-        QTest::keyClick(m_window.get(), Qt::Key_A, Qt::ControlModifier);
-        QCOMPARE(selection().count(), 96);
-        QTest::keyClick(m_window.get(), Qt::Key_4, Qt::ControlModifier);
-        QCOMPARE(m_document->layout().roleCounts()[int(WellRole::Blank)], 96);
-        QTest::keyClick(m_window.get(), Qt::Key_Delete);
-        QCOMPARE(m_document->layout().roleCounts()[int(WellRole::Empty)], 96);
+        o.canvas()->setFocus();
+        QTest::keyClick(&o.window, Qt::Key_A, Qt::ControlModifier);
+        QCOMPARE(o.selection().count(), 96);
+        QTest::keyClick(&o.window, Qt::Key_4, Qt::ControlModifier);
+        QCOMPARE(o.document.layout().roleCounts()[int(WellRole::Blank)], 96);
+        QTest::keyClick(&o.window, Qt::Key_Delete);
+        QCOMPARE(o.document.layout().roleCounts()[int(WellRole::Empty)], 96);
         for (int step = 0; step < 5; ++step)
-            QTest::keyClick(m_window.get(), Qt::Key_Z, Qt::ControlModifier);
-        QCOMPARE(m_document->layout().well(1, 1).role, WellRole::Empty);
-        QVERIFY(!m_window->isWindowModified());
+            QTest::keyClick(&o.window, Qt::Key_Z, Qt::ControlModifier);
+        QCOMPARE(o.document.layout().well(1, 1).role, WellRole::Empty);
+        QVERIFY(!o.window.isWindowModified());
     }
 
     void copiesAndPastesABlock()
     {
-        m_document->assignRole({0, 1}, WellRole::Blank);
-        selection().selectRect(QRect(0, 0, 2, 1));
-        m_window->action("Copy")->trigger();
-        selection().press(5, 10, WellSelection::Extend::Replace);
-        m_window->action("Paste")->trigger();
-        QCOMPARE(m_document->layout().well(5, 11).role, WellRole::Blank);
-        QCOMPARE(selectedWells(), QStringLiteral("F11 F12"));
+        Editor o;
+        o.document.assignRole({0, 1}, WellRole::Blank);
+        o.selection().selectRect(QRect(0, 0, 2, 1));
+        o.window.action("Copy")->trigger();
+        o.selection().press(5, 10, WellSelection::Extend::Replace);
+        o.window.action("Paste")->trigger();
+        QCOMPARE(o.document.layout().well(5, 11).role, WellRole::Blank);
+        QCOMPARE(o.selectedWells(), QStringLiteral("F11 F12"));
         test::MessageRecorder messages;
-        selection().press(5, 11, WellSelection::Extend::Replace);
-        m_window->action("Paste")->trigger();
+        o.selection().press(5, 11, WellSelection::Extend::Replace);
+        o.window.action("Paste")->trigger();
         QCOMPARE(messages.count(), 1);
         QVERIFY(messages.last().text.contains("does not fit on the plate from well F12"));
     }
@@ -132,9 +134,11 @@ private Q_SLOTS:
         QTest::addColumn<int>("answer");
         QTest::addColumn<bool>("closed");
         QTest::addColumn<bool>("saved");
+        // clang-format off
         QTest::newRow("cancel") << int(MessageButton::Cancel) << false << false;
         QTest::newRow("discard") << int(MessageButton::No) << true << false;
         QTest::newRow("save") << int(MessageButton::Yes) << true << true;
+        // clang-format on
     }
 
     void closingWithChangesAsks()
@@ -142,6 +146,7 @@ private Q_SLOTS:
         QFETCH(int, answer);
         QFETCH(bool, closed);
         QFETCH(bool, saved);
+        Editor o;
         QTemporaryDir dir;
         const QString path = dir.filePath("Drawn.mlo");
         test::DialogScript dialogs;
@@ -154,8 +159,8 @@ private Q_SLOTS:
         });
         test::MessageRecorder messages;
         messages.answer(answer);
-        m_document->rename("Drawn");
-        QCOMPARE(m_window->close(), closed);
+        o.document.rename("Drawn");
+        QCOMPARE(o.window.close(), closed);
         QCOMPARE(dialogs.shown().size(), int(saved)); // the save dialog, only when saving
         QCOMPARE(messages.count(), 1);
         QCOMPARE(messages.last().text,
@@ -163,25 +168,13 @@ private Q_SLOTS:
         QCOMPARE(messages.last().buttons, MessageButton::Yes | MessageButton::No | MessageButton::Cancel);
         QCOMPARE(QFileInfo::exists(path), saved);
         if (saved)
-            QCOMPARE(m_window->windowTitle(), QStringLiteral("Drawn.mlo[*] - Layout Editor"));
+            QCOMPARE(o.window.windowTitle(), QStringLiteral("Drawn.mlo[*] - Layout Editor"));
     }
 
     void everyControlHasAnAccessibleName()
     {
-        const QList<QWidget*> widgets = m_window->findChildren<QWidget*>();
-        int checked = 0;
-        for (QWidget* widget : widgets) {
-            const bool control =
-                qobject_cast<QAbstractButton*>(widget) || qobject_cast<QComboBox*>(widget) ||
-                qobject_cast<QAbstractSpinBox*>(widget) || widget == canvas() ||
-                (qobject_cast<QLineEdit*>(widget) && !qobject_cast<QAbstractSpinBox*>(widget->parent()) &&
-                 !qobject_cast<QComboBox*>(widget->parent()));
-            if (!control || !widget->isVisible() || widget->focusPolicy() == Qt::NoFocus)
-                continue;
-            ++checked;
-            QVERIFY2(!widget->accessibleName().isEmpty(), widget->metaObject()->className());
-        }
-        QVERIFY(checked >= 15);
+        Editor o;
+        test::verifyAccessibleNames(o.window, 15, {o.canvas()});
     }
 };
 

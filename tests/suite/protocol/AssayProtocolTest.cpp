@@ -51,10 +51,12 @@ private Q_SLOTS:
     void writtenProtocolsReadBack_data()
     {
         QTest::addColumn<int>("variant");
+        // clang-format off
         QTest::newRow("no read settings") << 0;
         QTest::newRow("absorbance with reference, end point") << 1;
         QTest::newRow("fluorescence, kinetic, shaking, 37.5 C") << 2;
         QTest::newRow("luminescence, ambient") << 3;
+        // clang-format on
     }
     void writtenProtocolsReadBack()
     {

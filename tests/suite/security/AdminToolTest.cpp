@@ -2,11 +2,39 @@
 #include "SecurityFixture.h"
 #include "UserFolders.h"
 
-#include <QProcess>
 #include <QTest>
 
 using namespace nebra;
 using namespace nebra::test;
+
+namespace {
+
+// A database made with the tool's own defaults, which put the key and head beside it.
+struct Site
+{
+    UserFolders folders;
+    SecurityFixture fixture{folders.root() + QStringLiteral("/site")};
+
+    Site()
+    {
+        fixture.settings().siteKeyFile = fixture.settings().databasePath + QStringLiteral(".key");
+        fixture.settings().chainHeadFile = fixture.settings().databasePath + QStringLiteral(".head");
+        QCOMPARE(run({QStringLiteral("create"), QStringLiteral("--per-user")}).exitCode, 0);
+    }
+
+    AdminRun run(const QStringList& arguments, const QByteArray& input = {}) const
+    {
+        return runAdminTool(
+            QStringList{QStringLiteral("--database"), fixture.settings().databasePath} + arguments, input);
+    }
+    AdminToolCases cases() const
+    {
+        return AdminToolCases(
+            [this](const QStringList& a, const QByteArray& input) { return run(a, input); });
+    }
+};
+
+} // namespace
 
 // nebra-secadmin as an administrator runs it: a real process on a real
 // database, passwords on standard input.
@@ -14,107 +42,85 @@ class AdminToolTest : public QObject
 {
     Q_OBJECT
 
-    using Run = AdminRun;
-    Run run(const QStringList& arguments, const QByteArray& input = {})
-    {
-        return runAdminTool(
-            QStringList{QStringLiteral("--database"), m_fixture->settings().databasePath} + arguments, input);
-    }
-    AdminToolCases cases()
-    {
-        return AdminToolCases(
-            [this](const QStringList& a, const QByteArray& input) { return run(a, input); });
-    }
-    std::unique_ptr<UserFolders> m_folders;
-    std::unique_ptr<SecurityFixture> m_fixture;
-
 private Q_SLOTS:
-    void init()
-    {
-        m_folders = std::make_unique<UserFolders>();
-        m_fixture = std::make_unique<SecurityFixture>(m_folders->root() + QStringLiteral("/site"));
-        // The tool's own defaults put the key and head beside the database.
-        m_fixture->settings().siteKeyFile = m_fixture->settings().databasePath + QStringLiteral(".key");
-        m_fixture->settings().chainHeadFile = m_fixture->settings().databasePath + QStringLiteral(".head");
-        QCOMPARE(run({QStringLiteral("create"), QStringLiteral("--per-user")}).exitCode, 0);
-    }
-
     void administersUsersAndRights()
     {
-        cases().administersUsersAndRights();
-        QCOMPARE(m_fixture->auditTexts().first(), QStringLiteral("Security database created"));
-        QCOMPARE(run({"verify"}).exitCode, 0);
+        Site o;
+        o.cases().administersUsersAndRights();
+        QCOMPARE(o.fixture.auditTexts().first(), QStringLiteral("Security database created"));
+        QCOMPARE(o.run({"verify"}).exitCode, 0);
     }
 
-    void anchorIsCheckedByVerify() { cases().anchorIsCheckedByVerify(); }
+    void anchorIsCheckedByVerify() { Site().cases().anchorIsCheckedByVerify(); }
 
     void passwordsAreNeverTakenFromTheCommandLine()
     {
-        const Run withArgument = run({"add-user", "jsmith", "correct horse"});
+        Site o;
+        const AdminRun withArgument = o.run({"add-user", "jsmith", "correct horse"});
         QCOMPARE(withArgument.exitCode, 2);
         QVERIFY(withArgument.err.contains(QLatin1String("never taken from the command line")));
-        const Run noInput = run({"add-user", "jsmith"});
+        const AdminRun noInput = o.run({"add-user", "jsmith"});
         QCOMPARE(noInput.exitCode, 1);
         QCOMPARE(noInput.err, QStringLiteral("nebra-secadmin: No password was given on standard input.\n"));
-        QCOMPARE(run({"list-users"}).out, QString());
-        QCOMPARE(run({QStringLiteral("fly")}).exitCode, 2);
+        QCOMPARE(o.run({"list-users"}).out, QString());
+        QCOMPARE(o.run({QStringLiteral("fly")}).exitCode, 2);
     }
 
     void unlockAfterLockout()
     {
-        QCOMPARE(run({"add-user", "jsmith"}, "correct horse\n").exitCode, 0);
+        Site o;
+        QCOMPARE(o.run({"add-user", "jsmith"}, "correct horse\n").exitCode, 0);
         {
-            const std::unique_ptr<SecurityStore> store = m_fixture->open();
+            const std::unique_ptr<SecurityStore> store = o.fixture.open();
             bool locked = false;
             QString error;
             for (int i = 0; i < 5; ++i)
                 QVERIFY(store->users().recordFailedLogIn(QStringLiteral("jsmith"), 5, &locked, &error));
             QVERIFY(locked);
         }
-        QVERIFY(run({"list-users"}).out.contains(QLatin1String("locked, 5 failed log-ins")));
-        QCOMPARE(run({"unlock", "jsmith"}).exitCode, 0);
-        QVERIFY(run({"list-users"}).out.contains(QLatin1String("\tenabled\t")));
-        QCOMPARE(m_fixture->auditTexts().last(), QStringLiteral("Account unlocked: jsmith"));
+        QVERIFY(o.run({"list-users"}).out.contains(QLatin1String("locked, 5 failed log-ins")));
+        QCOMPARE(o.run({"unlock", "jsmith"}).exitCode, 0);
+        QVERIFY(o.run({"list-users"}).out.contains(QLatin1String("\tenabled\t")));
+        QCOMPARE(o.fixture.auditTexts().last(), QStringLiteral("Account unlocked: jsmith"));
     }
 
     void auditExportsCsv()
     {
+        Site o;
         const QString text = QStringLiteral("=HYPERLINK(\"http://x\",\"ELISA, IgG\")");
         {
-            const std::unique_ptr<SecurityStore> store = m_fixture->open();
+            const std::unique_ptr<SecurityStore> store = o.fixture.open();
             store->audit().append(QStringLiteral("jsmith"), QStringLiteral("General"), text);
         }
-        cases().auditExportsCsv(m_folders->root() + QStringLiteral("/audit.csv"), text);
+        o.cases().auditExportsCsv(o.folders.root() + QStringLiteral("/audit.csv"), text);
     }
 
     void verifyNamesTheFirstBadEntry_data()
     {
         QTest::addColumn<QStringList>("statements");
         QTest::addColumn<QString>("firstBad");
-        QTest::newRow("edited")
-            << QStringList{"DROP TRIGGER audit_trail_no_update",
-                           "UPDATE audit_trail SET text = 'User added: mallory' WHERE seq = 3"}
-            << "First bad entry: 3\nEntry 3 has been altered";
-        QTest::newRow("cut off") << QStringList{"DROP TRIGGER audit_trail_no_delete",
-                                                "DELETE FROM audit_trail WHERE seq > 1"}
-                                 << "First bad entry: 2\nEntries 2 to 3 are missing";
+        // clang-format off
+        QTest::newRow("edited") << QStringList{"DROP TRIGGER audit_trail_no_update", "UPDATE audit_trail SET text = 'User added: mallory' WHERE seq = 3"} << "First bad entry: 3\nEntry 3 has been altered";
+        QTest::newRow("cut off") << QStringList{"DROP TRIGGER audit_trail_no_delete", "DELETE FROM audit_trail WHERE seq > 1"} << "First bad entry: 2\nEntries 2 to 3 are missing";
+        // clang-format on
     }
 
     void verifyNamesTheFirstBadEntry()
     {
         QFETCH(QStringList, statements);
         QFETCH(QString, firstBad);
-        QCOMPARE(run({"add-user", "jsmith"}, "correct horse\n").exitCode, 0);
-        QCOMPARE(run({"add-user", "pjones"}, "battery staple\n").exitCode, 0);
-        m_fixture->tamper(statements);
-        const Run verify = run({"verify"});
+        Site o;
+        QCOMPARE(o.run({"add-user", "jsmith"}, "correct horse\n").exitCode, 0);
+        QCOMPARE(o.run({"add-user", "pjones"}, "battery staple\n").exitCode, 0);
+        o.fixture.tamper(statements);
+        const AdminRun verify = o.run({"verify"});
         QCOMPARE(verify.exitCode, 1);
         QVERIFY2(verify.out.startsWith(firstBad), qPrintable(verify.out));
         QVERIFY(verify.out.endsWith(QLatin1String("The audit trail is NOT intact.\n")));
         // Changes are refused while the trail is cut off, until the administrator re-seals it.
         if (QTest::currentDataTag() == QLatin1String("cut off")) {
-            QCOMPARE(run({"reseal-head"}).exitCode, 0);
-            QCOMPARE(run({"verify"}).exitCode, 0);
+            QCOMPARE(o.run({"reseal-head"}).exitCode, 0);
+            QCOMPARE(o.run({"verify"}).exitCode, 0);
         }
     }
 };

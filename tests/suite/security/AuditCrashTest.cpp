@@ -18,8 +18,10 @@ private Q_SLOTS:
     void killedWriterLosesNoCommittedEntry_data()
     {
         QTest::addColumn<int>("reportedBeforeKill");
+        // clang-format off
         QTest::newRow("early") << 5;
         QTest::newRow("later") << 60;
+        // clang-format on
     }
 
     void killedWriterLosesNoCommittedEntry()

@@ -11,46 +11,53 @@
 using namespace nebra;
 using nebra::test::SecurityFixture;
 
-// The audit trail's entries, its refusal of changes, and verification of
-// the MAC chain against every kind of tampering with the file.
-class AuditTrailTest : public QObject
+namespace {
+
+QByteArray readAll(const QString& path)
 {
-    Q_OBJECT
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
 
-    static QByteArray readAll(const QString& path)
+// A database of its own whose trail holds six entries.
+struct Trail
+{
+    QTemporaryDir dir;
+    SecurityFixture fixture{dir.path()};
+
+    Trail()
     {
-        QFile file(path);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
-
-    std::unique_ptr<QTemporaryDir> m_dir;
-    std::unique_ptr<SecurityFixture> m_fixture;
-
-private Q_SLOTS:
-    void init()
-    {
-        m_dir = std::make_unique<QTemporaryDir>();
-        m_fixture = std::make_unique<SecurityFixture>(m_dir->path());
-        m_fixture->create(); // entry 1: "Security database created"
-        const std::unique_ptr<SecurityStore> store = m_fixture->open();
+        fixture.create(); // entry 1: "Security database created"
+        const std::unique_ptr<SecurityStore> store = fixture.open();
         for (int i = 2; i <= 6; ++i)
             QCOMPARE(store->audit()
                          .append("jsmith", "General", QStringLiteral("Run protocol: %1.apr").arg(i))
                          .sequence,
                      i);
     }
+};
 
+} // namespace
+
+// The audit trail's entries, its refusal of changes, and verification of
+// the MAC chain against every kind of tampering with the file.
+class AuditTrailTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
     void entriesAreRecordedInOrderAndSurviveReopening()
     {
+        Trail o;
         const QDateTime before = QDateTime::currentDateTimeUtc();
         {
-            const std::unique_ptr<SecurityStore> store = m_fixture->open();
+            const std::unique_ptr<SecurityStore> store = o.fixture.open();
             const AuditAppendResult result = store->audit().append(
                 QStringLiteral("Jörg"), QStringLiteral("General"), QStringLiteral("a, \"b\"\nc"));
             QCOMPARE(result.sequence, 7);
             QVERIFY(result.error.isEmpty());
         }
-        const std::unique_ptr<SecurityStore> store = m_fixture->open();
+        const std::unique_ptr<SecurityStore> store = o.fixture.open();
         QString error;
         const QList<AuditEntry> entries = store->audit().entries(&error);
         QCOMPARE(entries.size(), 7);
@@ -68,7 +75,8 @@ private Q_SLOTS:
 
     void updateAndDeleteAreRefused()
     {
-        const std::unique_ptr<SecurityStore> store = m_fixture->open();
+        Trail o;
+        const std::unique_ptr<SecurityStore> store = o.fixture.open();
         QSqlQuery q = store->database().newQuery();
         QString error;
         QVERIFY(!store->database().exec(q, QStringLiteral("UPDATE audit_trail SET text = 'x' WHERE seq = 2"),
@@ -119,9 +127,10 @@ private Q_SLOTS:
         QFETCH(QStringList, statements);
         QFETCH(qint64, firstBad);
         QFETCH(QString, message);
-        QVERIFY(m_fixture->open()->audit().verify().ok);
-        m_fixture->tamper(statements);
-        const AuditVerification result = m_fixture->open(SecurityStore::HeadCheck::Skipped)->audit().verify();
+        Trail o;
+        QVERIFY(o.fixture.open()->audit().verify().ok);
+        o.fixture.tamper(statements);
+        const AuditVerification result = o.fixture.open(SecurityStore::HeadCheck::Skipped)->audit().verify();
         QVERIFY(!result.ok);
         QCOMPARE(result.firstBadSequence, firstBad);
         QCOMPARE(result.message, message);
@@ -133,21 +142,24 @@ private Q_SLOTS:
     void tornHeadIsDetectedAndRepairedFromTheDatabase_data()
     {
         QTest::addColumn<int>("cut"); // bytes of the new record that reached the disk
+        // clang-format off
         QTest::newRow("in the count") << 26;
         QTest::newRow("in the MAC") << 60;
         QTest::newRow("in the seal") << 150;
+        // clang-format on
     }
 
     void tornHeadIsDetectedAndRepairedFromTheDatabase()
     {
         QFETCH(int, cut);
-        const QString head = m_fixture->settings().chainHeadFile;
+        Trail o;
+        const QString head = o.fixture.settings().chainHeadFile;
         const QByteArray before = readAll(head);
-        QCOMPARE(m_fixture->open()->audit().append("jsmith", "General", "Run protocol: 7.apr").sequence, 7);
+        QCOMPARE(o.fixture.open()->audit().append("jsmith", "General", "Run protocol: 7.apr").sequence, 7);
         const QByteArray after = readAll(head);
         QCOMPARE(after.size(), before.size()); // written over the old record
         nebra::test::writeFile(head, after.left(cut) + before.mid(cut));
-        const std::unique_ptr<SecurityStore> store = m_fixture->open(SecurityStore::HeadCheck::Skipped);
+        const std::unique_ptr<SecurityStore> store = o.fixture.open(SecurityStore::HeadCheck::Skipped);
         QVERIFY(!store->audit().verify().ok);
         QCOMPARE(store->audit().append("jsmith", "General", "After the cut").sequence, 0);
         QString error;
@@ -159,16 +171,18 @@ private Q_SLOTS:
     // Heads written before records were padded are advanced in place too.
     void unpaddedHeadIsAdvanced()
     {
-        const QString head = m_fixture->settings().chainHeadFile;
+        Trail o;
+        const QString head = o.fixture.settings().chainHeadFile;
         nebra::test::writeFile(head, readAll(head).trimmed() + '\n');
-        QCOMPARE(m_fixture->open()->audit().append("jsmith", "General", "Run protocol: 7.apr").sequence, 7);
+        QCOMPARE(o.fixture.open()->audit().append("jsmith", "General", "Run protocol: 7.apr").sequence, 7);
         QCOMPARE(QFileInfo(head).size(), 256);
-        QVERIFY(m_fixture->open()->audit().verify().ok);
+        QVERIFY(o.fixture.open()->audit().verify().ok);
     }
 
     void brokenHeadStopsAppending()
     {
-        const QString head = m_fixture->settings().chainHeadFile;
+        Trail o;
+        const QString head = o.fixture.settings().chainHeadFile;
         QFile file(head);
         QVERIFY(file.open(QIODevice::ReadOnly));
         // Winding the head back to hide cut-off entries needs the site key to seal it.
@@ -178,7 +192,7 @@ private Q_SLOTS:
                 "The audit chain head file \"%1\" has been altered or does not belong to this database.")
                 .arg(head);
 
-        const std::unique_ptr<SecurityStore> store = m_fixture->open(SecurityStore::HeadCheck::Skipped);
+        const std::unique_ptr<SecurityStore> store = o.fixture.open(SecurityStore::HeadCheck::Skipped);
         const AuditVerification result = store->audit().verify();
         QVERIFY(!result.ok);
         QCOMPARE(result.message, altered);

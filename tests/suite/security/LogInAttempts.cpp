@@ -7,6 +7,7 @@
 #include "SecretBytes.h"
 #include "SecurityStore.h"
 #include "SettingsStore.h"
+#include "UserFolders.h"
 
 #include <QCoreApplication>
 
@@ -15,6 +16,7 @@
 int main(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
+    nebra::test::UserFolders::adoptTestPolicyFile();
     const QStringList args = QCoreApplication::arguments();
     if (args.size() != 4) {
         std::fprintf(stderr, "usage: log-in-attempts USER PASSWORD COUNT\n");

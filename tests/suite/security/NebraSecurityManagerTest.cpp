@@ -11,14 +11,16 @@
 using namespace nebra;
 using namespace nebra::test;
 
-// The manager through its own operations, with its dialogs answered through
-// the dialog seam, on the back end that NEBRA_TEST_SECURITY_BACKEND names
-// (CTest runs it for each). The time-out is tested through the running Organiser.
-class NebraSecurityManagerTest : public QObject
-{
-    Q_OBJECT
+namespace {
 
-    std::unique_ptr<NebraSecurityManager> create()
+// A site of jsmith, who holds RunProtocol, with the manager's boxes and dialogs answered.
+struct Manager
+{
+    ManagerSite site{{QStringLiteral("AuthorisationsGeneral/RunProtocol")}};
+    MessageRecorder messages;
+    DialogScript dialogs;
+
+    static std::unique_ptr<NebraSecurityManager> create()
     {
         QString error;
         std::unique_ptr<NebraSecurityManager> manager =
@@ -27,33 +29,18 @@ class NebraSecurityManagerTest : public QObject
             qWarning("%s", qPrintable(error));
         return manager;
     }
-    std::unique_ptr<NebraSecurityManager> loggedIn()
-    {
-        std::unique_ptr<NebraSecurityManager> manager = create();
-        m_dialogs->logIn(QStringLiteral("jsmith"), QStringLiteral("correct horse"));
-        if (!manager || !manager->LogIn(nullptr))
-            return nullptr;
-        return manager;
-    }
-    std::unique_ptr<ManagerSite> m_site;
-    std::unique_ptr<MessageRecorder> m_messages;
-    std::unique_ptr<DialogScript> m_dialogs;
+};
+
+} // namespace
+
+// The manager through its own operations, with its dialogs answered through
+// the dialog seam, on the back end that NEBRA_TEST_SECURITY_BACKEND names
+// (CTest runs it for each). The time-out is tested through the running Organiser.
+class NebraSecurityManagerTest : public QObject
+{
+    Q_OBJECT
 
 private Q_SLOTS:
-    void init()
-    {
-        m_site = std::make_unique<ManagerSite>(QStringList{"AuthorisationsGeneral/RunProtocol"});
-        m_messages = std::make_unique<MessageRecorder>();
-        m_dialogs = std::make_unique<DialogScript>();
-    }
-
-    void cleanup()
-    {
-        m_dialogs.reset();
-        m_messages.reset();
-        m_site.reset();
-    }
-
     void logInRefusals_data()
     {
         QTest::addColumn<QStringList>("attempts"); // user, password pairs; "cancel" cancels
@@ -61,14 +48,12 @@ private Q_SLOTS:
         QTest::addColumn<int>("dialogs");
 
         const QString wrong = QStringLiteral("The user name or password is incorrect.");
+        // clang-format off
         QTest::newRow("cancelled") << QStringList{"cancel"} << QStringList() << 1;
-        QTest::newRow("wrong, then cancelled")
-            << QStringList{"jsmith", "guess", "cancel"} << QStringList{wrong} << 2;
-        QTest::newRow("three wrong attempts end it")
-            << QStringList{"jsmith", "a", "nobody", "b", "jsmith", "c"} << QStringList{wrong, wrong, wrong}
-            << 3;
-        QTest::newRow("empty password") << QStringList{"jsmith", "", "cancel"}
-                                        << QStringList{"Enter your user name and your password."} << 2;
+        QTest::newRow("wrong, then cancelled") << QStringList{"jsmith", "guess", "cancel"} << QStringList{wrong} << 2;
+        QTest::newRow("three wrong attempts end it") << QStringList{"jsmith", "a", "nobody", "b", "jsmith", "c"} << QStringList{wrong, wrong, wrong} << 3;
+        QTest::newRow("empty password") << QStringList{"jsmith", "", "cancel"} << QStringList{"Enter your user name and your password."} << 2;
+        // clang-format on
     }
 
     void logInRefusals()
@@ -76,18 +61,19 @@ private Q_SLOTS:
         QFETCH(QStringList, attempts);
         QFETCH(QStringList, messages);
         QFETCH(int, dialogs);
-        const std::unique_ptr<NebraSecurityManager> manager = create();
+        Manager o;
+        const std::unique_ptr<NebraSecurityManager> manager = o.create();
         for (int i = 0; i < attempts.size(); i += 2) {
             if (attempts[i] == QLatin1String("cancel")) {
-                m_dialogs->cancel();
+                o.dialogs.cancel();
                 break;
             }
-            m_dialogs->logIn(attempts[i], attempts[i + 1]);
+            o.dialogs.logIn(attempts[i], attempts[i + 1]);
         }
         QVERIFY(!manager->LogIn(nullptr));
-        QCOMPARE(m_dialogs->shown().size(), dialogs);
+        QCOMPARE(o.dialogs.shown().size(), dialogs);
         QStringList shown;
-        for (const MessageRequest& request : m_messages->requests()) {
+        for (const MessageRequest& request : o.messages.requests()) {
             shown.append(request.text);
             QCOMPARE(request.title, QStringLiteral("Security Manager"));
         }
@@ -99,7 +85,8 @@ private Q_SLOTS:
 
     void rightsComeDirectlyOrThroughRoles()
     {
-        const std::unique_ptr<NebraSecurityManager> manager = loggedIn();
+        Manager o;
+        const std::unique_ptr<NebraSecurityManager> manager = loggedInManager();
         QVERIFY(manager);
         const auto allowed = [&manager](const char* operation, const char* area = "AuthorisationsGeneral") {
             return manager->IsOperationAllowed(QLatin1String(area), QLatin1String(operation));
@@ -107,7 +94,7 @@ private Q_SLOTS:
         QVERIFY(allowed("RunProtocol"));
         QVERIFY(!allowed("EditLayout"));
         // Changes by the administrator take effect within the running session.
-        m_site->administer([](auto& admin, QString* error) {
+        o.site.administer([](auto& admin, QString* error) {
             return admin.addRole(QStringLiteral("Editors"), error) &&
                    admin.grantToRole(QStringLiteral("Editors"),
                                      {QStringLiteral("AuthorisationsGeneral"), "*"}, error) &&
@@ -115,11 +102,11 @@ private Q_SLOTS:
         });
         QVERIFY(allowed("EditLayout"));
         QVERIFY(!allowed("SelectDriver", "Instrumentation"));
-        m_site->administer([](auto& admin, QString* error) {
+        o.site.administer([](auto& admin, QString* error) {
             return admin.setDisabled(QStringLiteral("jsmith"), true, error);
         });
         QVERIFY(!allowed("RunProtocol"));
-        QCOMPARE(m_messages->count(), 0);
+        QCOMPARE(o.messages.count(), 0);
     }
 
     void changePassword_data()
@@ -129,19 +116,13 @@ private Q_SLOTS:
         QTest::addColumn<QString>("passwordAfter");
         const QString kept = QStringLiteral("correct horse");
         // clang-format off
-        QTest::newRow("changed") << QStringList{kept, "battery staple", "battery staple"}
-                                 << "Your password has been changed." << "battery staple";
-        QTest::newRow("wrong current password") << QStringList{"guess", "battery staple", "battery staple"}
-                                                << "The current password is incorrect." << kept;
-        QTest::newRow("confirmation differs") << QStringList{kept, "battery staple", "battery stable"}
-                                              << "The new password and its confirmation do not match." << kept;
-        QTest::newRow("shorter than the site minimum of 10") << QStringList{kept, "short one", "short one"}
-                                              << "The password must be at least 10 characters long." << kept;
-        QTest::newRow("unchanged") << QStringList{kept, kept, kept}
-                                   << "The new password must differ from the current one." << kept;
+        QTest::newRow("changed") << QStringList{kept, "battery staple", "battery staple"} << "Your password has been changed." << "battery staple";
+        QTest::newRow("wrong current password") << QStringList{"guess", "battery staple", "battery staple"} << "The current password is incorrect." << kept;
+        QTest::newRow("confirmation differs") << QStringList{kept, "battery staple", "battery stable"} << "The new password and its confirmation do not match." << kept;
+        QTest::newRow("shorter than the site minimum of 10") << QStringList{kept, "short one", "short one"} << "The password must be at least 10 characters long." << kept;
+        QTest::newRow("unchanged") << QStringList{kept, kept, kept} << "The new password must differ from the current one." << kept;
         // The new hash is not stored without its entry ("full" fills the store up first).
-        QTest::newRow("change not recorded") << QStringList{kept, "battery staple", "battery staple", "full"}
-                                             << "The audit trail entry could not be recorded (database or disk is full)." << kept;
+        QTest::newRow("change not recorded") << QStringList{kept, "battery staple", "battery staple", "full"} << "The audit trail entry could not be recorded (database or disk is full)." << kept;
         // clang-format on
     }
 
@@ -150,108 +131,114 @@ private Q_SLOTS:
         QFETCH(QStringList, fields);
         QFETCH(QString, message);
         QFETCH(QString, passwordAfter);
-        m_site->setPolicy(QStringLiteral("PasswordMinimumLength"), 10);
-        const std::unique_ptr<NebraSecurityManager> manager = loggedIn();
+        Manager o;
+        o.site.setPolicy(QStringLiteral("PasswordMinimumLength"), 10);
+        const std::unique_ptr<NebraSecurityManager> manager = loggedInManager();
         QVERIFY(manager);
-        const QString reason = fields.size() > 3 ? m_site->breakAppends() : QString();
-        m_dialogs->changePassword(fields[0], fields[1], fields[2]);
+        const QString reason = fields.size() > 3 ? o.site.breakAppends() : QString();
+        o.dialogs.changePassword(fields[0], fields[1], fields[2]);
         const bool refused = passwordAfter == QLatin1String("correct horse");
         if (refused)
-            m_dialogs->cancel(); // the dialog comes back after a refusal
+            o.dialogs.cancel(); // the dialog comes back after a refusal
         manager->SessionChangePassword(nullptr);
-        QCOMPARE(m_messages->count(), 1);
+        QCOMPARE(o.messages.count(), 1);
         // The server, gone, cannot say whether it was the entry that failed; only why.
         if (!reason.isEmpty() && ManagerSite::isServer())
-            QVERIFY2(m_messages->last().text.contains(reason), qPrintable(m_messages->last().text));
+            QVERIFY2(o.messages.last().text.contains(reason), qPrintable(o.messages.last().text));
         else
-            QCOMPARE(m_messages->last().text, message);
-        QCOMPARE(m_dialogs->remaining(), 0);
+            QCOMPARE(o.messages.last().text, message);
+        QCOMPARE(o.dialogs.remaining(), 0);
         if (!reason.isEmpty())
-            m_site->repairAppends();
+            o.site.repairAppends();
         manager->SessionLogOut();
 
-        m_dialogs->logIn(QStringLiteral("jsmith"), passwordAfter);
+        o.dialogs.logIn(QStringLiteral("jsmith"), passwordAfter);
         QVERIFY(manager->LogIn(nullptr));
     }
 
     void auditEntryThatCannotBeCommittedIsReported()
     {
-        const std::unique_ptr<NebraSecurityManager> manager = loggedIn();
+        Manager o;
+        const std::unique_ptr<NebraSecurityManager> manager = loggedInManager();
         QVERIFY(manager);
         QVERIFY(
             manager->AddAuditTrailEntry(QStringLiteral("General"), QStringLiteral("Run protocol: a.apr")));
         // The store fills up (every insert fails as SQLite reports a full disk), or the server goes away.
-        const QString reason = m_site->breakAppends();
+        const QString reason = o.site.breakAppends();
         QVERIFY(
             !manager->AddAuditTrailEntry(QStringLiteral("General"), QStringLiteral("Run protocol: b.apr")));
-        QCOMPARE(m_messages->count(), 1);
-        const QString text = m_messages->last().text;
+        QCOMPARE(o.messages.count(), 1);
+        const QString text = o.messages.last().text;
         QVERIFY2(text.startsWith(NebraSecurityManager::auditWriteFailureText() +
                                  QStringLiteral("\n\nThe audit trail entry could not be recorded (")),
                  qPrintable(text));
         QVERIFY2(text.contains(reason), qPrintable(text));
-        QCOMPARE(m_messages->last().icon, MessageIcon::Critical);
+        QCOMPARE(o.messages.last().icon, MessageIcon::Critical);
     }
 
     void guessingTheCurrentPasswordEndsTheSession()
     {
-        m_site->setPolicy(QStringLiteral("LockoutThreshold"), 2);
-        const std::unique_ptr<NebraSecurityManager> manager = loggedIn();
+        Manager o;
+        o.site.setPolicy(QStringLiteral("LockoutThreshold"), 2);
+        const std::unique_ptr<NebraSecurityManager> manager = loggedInManager();
         QVERIFY(manager);
         QSignalSpy loggedOut(manager.get(), &NebraSecurityManager::UserLoggedOut);
-        m_dialogs->changePassword(QStringLiteral("guess 1"), QStringLiteral("battery staple"),
-                                  QStringLiteral("battery staple"));
-        m_dialogs->changePassword(QStringLiteral("guess 2"), QStringLiteral("battery staple"),
-                                  QStringLiteral("battery staple"));
+        o.dialogs.changePassword(QStringLiteral("guess 1"), QStringLiteral("battery staple"),
+                                 QStringLiteral("battery staple"));
+        o.dialogs.changePassword(QStringLiteral("guess 2"), QStringLiteral("battery staple"),
+                                 QStringLiteral("battery staple"));
         manager->SessionChangePassword(nullptr);
-        QCOMPARE(m_messages->count(), 2);
+        QCOMPARE(o.messages.count(), 2);
         QCOMPARE(loggedOut.count(), 1);
         QCOMPARE(manager->UserName(), QString());
         QVERIFY(!manager->IsOperationAllowed(QStringLiteral("AuthorisationsGeneral"),
                                              QStringLiteral("RunProtocol")));
         QCOMPARE(
-            m_site->auditTexts().mid(m_site->auditTexts().size() - 2),
+            o.site.auditTexts().mid(o.site.auditTexts().size() - 2),
             QStringList({"Account locked after 2 failed log ins", "Session ended: the account was locked"}));
     }
 
     void resetPasswordMustBeChangedAtLogIn()
     {
-        m_site->administer([](auto& admin, QString* error) {
+        Manager o;
+        o.site.administer([](auto& admin, QString* error) {
             return admin.setPassword(QStringLiteral("jsmith"), SecretBytes("temporary1"), true, error);
         });
-        const std::unique_ptr<NebraSecurityManager> manager = create();
-        m_dialogs->logIn(QStringLiteral("jsmith"), QStringLiteral("temporary1"));
-        m_dialogs->cancel(); // the forced change
+        const std::unique_ptr<NebraSecurityManager> manager = o.create();
+        o.dialogs.logIn(QStringLiteral("jsmith"), QStringLiteral("temporary1"));
+        o.dialogs.cancel(); // the forced change
         QVERIFY(!manager->LogIn(nullptr));
-        QCOMPARE(m_site->auditTexts().last(),
+        QCOMPARE(o.site.auditTexts().last(),
                  QStringLiteral("Log in abandoned: the password had to be changed first"));
 
-        m_dialogs->logIn(QStringLiteral("jsmith"), QStringLiteral("temporary1"));
-        m_dialogs->accept({{QStringLiteral("txtNewPassword"), QStringLiteral("my own secret")},
-                           {QStringLiteral("txtConfirmPassword"), QStringLiteral("my own secret")}});
+        o.dialogs.logIn(QStringLiteral("jsmith"), QStringLiteral("temporary1"));
+        o.dialogs.accept({{QStringLiteral("txtNewPassword"), QStringLiteral("my own secret")},
+                          {QStringLiteral("txtConfirmPassword"), QStringLiteral("my own secret")}});
         QVERIFY(manager->LogIn(nullptr));
-        QCOMPARE(m_dialogs->shown(),
+        QCOMPARE(o.dialogs.shown(),
                  QStringList({"frmLogIn", "frmChangePassword", "frmLogIn", "frmChangePassword"}));
         manager->SessionLogOut();
-        m_dialogs->logIn(QStringLiteral("jsmith"), QStringLiteral("my own secret"));
+        o.dialogs.logIn(QStringLiteral("jsmith"), QStringLiteral("my own secret"));
         QVERIFY(manager->LogIn(nullptr));
-        QCOMPARE(m_dialogs->remaining(), 0); // no further change asked for
+        QCOMPARE(o.dialogs.remaining(), 0); // no further change asked for
     }
 
     void reviewingTheTrailNeedsTheRight_data()
     {
         QTest::addColumn<bool>("session");
         QTest::addColumn<QString>("error");
+        // clang-format off
         QTest::newRow("no session") << false << QStringLiteral("No user is logged in.");
-        QTest::newRow("no right") << true
-                                  << QStringLiteral("You do not have the right to view the audit trail.");
+        QTest::newRow("no right") << true << QStringLiteral("You do not have the right to view the audit trail.");
+        // clang-format on
     }
 
     void reviewingTheTrailNeedsTheRight()
     {
         QFETCH(bool, session);
         QFETCH(QString, error);
-        const std::unique_ptr<NebraSecurityManager> manager = session ? loggedIn() : create();
+        Manager o;
+        const std::unique_ptr<NebraSecurityManager> manager = session ? loggedInManager() : o.create();
         QVERIFY(manager);
         qint64 count = -1;
         QList<AuditEntry> entries{AuditEntry{}};
@@ -266,19 +253,20 @@ private Q_SLOTS:
         QVERIFY(!verification.ok);
         QCOMPARE(verification.message, error);
         QCOMPARE(manager->AuditTrailVerifier()().message, error);
-        QCOMPARE(m_messages->count(), 0);
+        QCOMPARE(o.messages.count(), 0);
     }
 
     // The same views on either back end: filters, orders and pages, and the chain check.
     void reviewerReadsTheTrail()
     {
-        m_site->administer([](auto& admin, QString* error) {
+        Manager o;
+        o.site.administer([](auto& admin, QString* error) {
             return admin.grant(QStringLiteral("jsmith"),
                                {QString::fromLatin1(NebraSecurityManager::ReviewArea),
                                 QString::fromLatin1(NebraSecurityManager::ReviewOperation)},
                                error);
         });
-        const std::unique_ptr<NebraSecurityManager> manager = loggedIn();
+        const std::unique_ptr<NebraSecurityManager> manager = loggedInManager();
         QVERIFY(manager);
         for (int i = 1; i <= 5; ++i)
             QVERIFY(manager->AddAuditTrailEntry(i % 2 ? QStringLiteral("General") : QStringLiteral("Reader"),
@@ -286,7 +274,7 @@ private Q_SLOTS:
         QString error;
         qint64 all = 0, runs = 0;
         QVERIFY2(manager->CountAuditEntries({}, &all, &error), qPrintable(error));
-        QCOMPARE(all, qint64(m_site->auditTexts().size()));
+        QCOMPARE(all, qint64(o.site.auditTexts().size()));
         AuditFilter filter;
         filter.userName = QStringLiteral("JSMITH");
         filter.text = QStringLiteral("run PROTOCOL");

@@ -24,8 +24,7 @@ private Q_SLOTS:
         QTest::newRow("minimum counts characters, not bytes") << 4 << QStringLiteral("äöüß") << "";
         QTest::newRow("empty") << 1 << "" << "The password must not be empty.";
         QTest::newRow("user name in other case") << 4 << "JSmith" << userName;
-        QTest::newRow("longer than the hashing limit")
-            << 8 << QString(257, QLatin1Char('x')) << "The password must be at most 256 characters long.";
+        QTest::newRow("longer than the hashing limit") << 8 << QString(257, QLatin1Char('x')) << "The password must be at most 256 characters long.";
         // clang-format on
     }
 

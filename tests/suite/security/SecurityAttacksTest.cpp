@@ -1,5 +1,6 @@
 #include "Authenticator.h"
 #include "IdleTimer.h"
+#include "SecondProcess.h"
 #include "SecurityFixture.h"
 #include "SuiteSettings.h"
 #include "TestFiles.h"
@@ -19,54 +20,27 @@
 using namespace nebra;
 using namespace nebra::test;
 
-// The attacks of a local user (and of a careless administrator) on the
-// security store, each carried out for real against nebra-secadmin and the
-// library: edits with an SQLite connection of their own, a second user id,
-// parallel processes, a pseudo-terminal. Each must now fail.
-class SecurityAttacksTest : public QObject
+namespace {
+
+QString myGroup()
 {
-    Q_OBJECT
+    return QString::fromLocal8Bit(getgrgid(getegid())->gr_name);
+}
 
-    struct Run
+// A site in the test's own user folders, set up as an administrator does
+// with nebra-secadmin: a system-wide policy naming the database, jsmith with
+// one right, mallory with none, and a role "Admins" with every right.
+struct Site
+{
+    UserFolders folders;
+    SecurityFixture fixture{folders.root() + QStringLiteral("/site")};
+
+    explicit Site(const QStringList& createOptions = {})
     {
-        int exitCode = -1;
-        QString out;
-        QString err;
-    };
-
-    static Run run(const QString& program, const QStringList& arguments, const QByteArray& input = {},
-                   const QStringList& prefix = {})
-    {
-        QProcess process;
-        process.start(prefix.isEmpty() ? program : prefix.first(),
-                      prefix.isEmpty() ? arguments : prefix.mid(1) + QStringList{program} + arguments);
-        if (!process.waitForStarted(10000))
-            return {};
-        process.write(input);
-        process.closeWriteChannel();
-        if (!process.waitForFinished(60000))
-            return {};
-        return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
-                QString::fromUtf8(process.readAllStandardError())};
-    }
-
-    Run secadmin(const QStringList& arguments, const QByteArray& input = {}) const
-    {
-        return run(QStringLiteral(SECADMIN),
-                   QStringList{QStringLiteral("--database"), database()} + arguments, input);
-    }
-
-    static QString myGroup() { return QString::fromLocal8Bit(getgrgid(getegid())->gr_name); }
-    QString database() const { return m_fixture->settings().databasePath; }
-
-    std::unique_ptr<UserFolders> m_folders;
-    std::unique_ptr<SecurityFixture> m_fixture;
-
-    // The site as an administrator sets it up: a system-wide policy naming
-    // the database, jsmith with one right, and a role "Admins" with every right.
-    void createSite(const QStringList& createOptions = {})
-    {
-        const Run created = secadmin(QStringList{"create", "--admin-group", myGroup()} + createOptions);
+        fixture.settings().siteKeyFile = database() + QStringLiteral(".key");
+        fixture.settings().chainHeadFile = database() + QStringLiteral(".head");
+        const ProcessRun created =
+            secadmin(QStringList{"create", "--admin-group", myGroup()} + createOptions);
         QVERIFY2(created.exitCode == 0, qPrintable(created.err));
         QCOMPARE(secadmin({"add-user", "jsmith"}, "correct horse\n").exitCode, 0);
         QCOMPARE(secadmin({"add-user", "mallory"}, "battery staple\n").exitCode, 0);
@@ -75,60 +49,56 @@ class SecurityAttacksTest : public QObject
         QCOMPARE(secadmin({"grant-role", "Admins", "*", "*"}).exitCode, 0);
     }
 
+    QString database() const { return fixture.settings().databasePath; }
+
+    ProcessRun secadmin(const QStringList& arguments, const QByteArray& input = {}) const
+    {
+        return runProgram(QStringLiteral(SECADMIN),
+                          QStringList{QStringLiteral("--database"), database()} + arguments, input);
+    }
+
     LogInStatus logIn(const QString& name, const QString& password) const
     {
-        const std::unique_ptr<SecurityStore> store = m_fixture->open(SecurityStore::HeadCheck::Skipped);
+        const std::unique_ptr<SecurityStore> store = fixture.open(SecurityStore::HeadCheck::Skipped);
         return Authenticator(*store).authenticate(name, SecretBytes(password.toUtf8())).status;
     }
 
     void setSystemValue(const QString& key, const QString& value) const
     {
-        SettingsStore system(m_folders->systemSettingsFile());
+        SettingsStore system(folders.systemSettingsFile());
         QVERIFY(system.setValue(key, value));
     }
+};
+
+// Another user of the site group runs the program (as nobody, through setpriv).
+const QStringList AsAnotherUser{"setpriv", "--reuid=65534", "--regid=users", "--clear-groups"};
+
+} // namespace
+
+// The attacks of a local user (and of a careless administrator) on the
+// security store, each carried out for real against nebra-secadmin and the
+// library: edits with an SQLite connection of their own, a second user id,
+// parallel processes, a pseudo-terminal. Each must now fail.
+class SecurityAttacksTest : public QObject
+{
+    Q_OBJECT
 
 private Q_SLOTS:
-    void init()
-    {
-        m_folders = std::make_unique<UserFolders>();
-        m_fixture = std::make_unique<SecurityFixture>(m_folders->root() + QStringLiteral("/site"));
-        m_fixture->settings().siteKeyFile = database() + QStringLiteral(".key");
-        m_fixture->settings().chainHeadFile = database() + QStringLiteral(".head");
-    }
-
-    void cleanup()
-    {
-        m_fixture.reset();
-        m_folders.reset();
-    }
-
     // 1: the user's own settings file cannot switch security off or weaken it.
     void userFileCannotWeakenTheSitePolicy_data()
     {
         QTest::addColumn<QString>("key");
         QTest::addColumn<QString>("userValue");
         QTest::addColumn<QString>("effective");
-        QTest::newRow("switch security off") << "Settings/SecurityConfigured"
-                                             << "false"
-                                             << "true";
-        QTest::newRow("own database") << "Security/DatabasePath"
-                                      << "/home/mallory/mine.db"
-                                      << "db";
-        QTest::newRow("own key") << "Security/SiteKeyFile"
-                                 << "/home/mallory/mine.key"
-                                 << "db.key";
-        QTest::newRow("own head") << "Security/ChainHeadFile"
-                                  << "/home/mallory/mine.head"
-                                  << "db.head";
-        QTest::newRow("endless time-out") << "Security/TimeOutMinutes"
-                                          << "1440"
-                                          << "15";
-        QTest::newRow("no lockout") << "Security/LockoutThreshold"
-                                    << "1000"
-                                    << "5";
-        QTest::newRow("one-letter passwords") << "Security/PasswordMinimumLength"
-                                              << "1"
-                                              << "8";
+        // clang-format off
+        QTest::newRow("switch security off") << "Settings/SecurityConfigured" << "false" << "true";
+        QTest::newRow("own database") << "Security/DatabasePath" << "/home/mallory/mine.db" << "db";
+        QTest::newRow("own key") << "Security/SiteKeyFile" << "/home/mallory/mine.key" << "db.key";
+        QTest::newRow("own head") << "Security/ChainHeadFile" << "/home/mallory/mine.head" << "db.head";
+        QTest::newRow("endless time-out") << "Security/TimeOutMinutes" << "1440" << "15";
+        QTest::newRow("no lockout") << "Security/LockoutThreshold" << "1000" << "5";
+        QTest::newRow("one-letter passwords") << "Security/PasswordMinimumLength" << "1" << "8";
+        // clang-format on
     }
 
     void userFileCannotWeakenTheSitePolicy()
@@ -136,7 +106,7 @@ private Q_SLOTS:
         QFETCH(QString, key);
         QFETCH(QString, userValue);
         QFETCH(QString, effective);
-        createSite();
+        Site o;
         SettingsStore user;
         QVERIFY(user.setValue(key, userValue));
         SettingsStore store;
@@ -150,12 +120,12 @@ private Q_SLOTS:
             {"Security/TimeOutMinutes", QString::number(s.timeOutMinutes)},
             {"Security/LockoutThreshold", QString::number(s.lockoutThreshold)},
             {"Security/PasswordMinimumLength", QString::number(s.passwordMinimumLength)}};
-        QCOMPARE(values.value(key), QString(effective).replace(QLatin1String("db"), database()));
+        QCOMPARE(values.value(key), QString(effective).replace(QLatin1String("db"), o.database()));
         // status names where each value came from.
-        const Run status = run(QStringLiteral(SECADMIN), {QStringLiteral("status")});
+        const ProcessRun status = runProgram(QStringLiteral(SECADMIN), {QStringLiteral("status")});
         QCOMPARE(status.exitCode, 0);
         QVERIFY2(status.out.contains(QStringLiteral("DatabasePath = %1 (system file \"%2\")")
-                                         .arg(database(), m_folders->systemSettingsFile())),
+                                         .arg(o.database(), o.folders.systemSettingsFile())),
                  qPrintable(status.out));
     }
 
@@ -163,10 +133,12 @@ private Q_SLOTS:
     void unusableSystemFileRefusesToStart_data()
     {
         QTest::addColumn<QString>("damage");
+        // clang-format off
         QTest::newRow("binary") << "binary";
         QTest::newRow("a folder") << "folder";
         QTest::newRow("writable by everyone") << "world-writable";
         QTest::newRow("unreadable") << "unreadable";
+        // clang-format on
     }
 
     void unusableSystemFileRefusesToStart()
@@ -174,8 +146,8 @@ private Q_SLOTS:
         QFETCH(QString, damage);
         if (damage == QLatin1String("unreadable") && geteuid() == 0)
             QSKIP("The superuser reads every file, so none is unreadable to it.");
-        createSite();
-        const QString path = m_folders->systemSettingsFile();
+        Site o;
+        const QString path = o.folders.systemSettingsFile();
         if (damage == QLatin1String("binary")) {
             writeFile(path, QByteArray("[Settings]\0\x01\x02", 13));
         } else if (damage == QLatin1String("folder")) {
@@ -193,24 +165,27 @@ private Q_SLOTS:
         QString error;
         QVERIFY(!SecurityStore::open(SecuritySettings::fromStore(store), &error));
         QCOMPARE(error, store.systemProblem());
-        QCOMPARE(run(QStringLiteral(SECADMIN), {QStringLiteral("status")}).exitCode, 1);
+        QCOMPARE(runProgram(QStringLiteral(SECADMIN), {QStringLiteral("status")}).exitCode, 1);
     }
 
     // 2a, 6: no file of the store can be read by other users; a shared store belongs to the site group.
     void storeFilesAreClosedToOtherUsers()
     {
-        createSite({QStringLiteral("--group"), myGroup()});
+        Site o({QStringLiteral("--group"), myGroup()});
         // SQLite removes the -wal and -shm files when the last connection closes: keep one open.
-        const std::unique_ptr<SecurityStore> store = m_fixture->open();
+        const std::unique_ptr<SecurityStore> store = o.fixture.open();
         QCOMPARE(
             Authenticator(*store).authenticate(QStringLiteral("jsmith"), SecretBytes("correct horse")).status,
             LogInStatus::Success);
         struct stat folder = {};
-        QCOMPARE(::stat(QFile::encodeName(QFileInfo(database()).absolutePath()).constData(), &folder), 0);
+        QCOMPARE(::stat(QFile::encodeName(QFileInfo(o.database()).absolutePath()).constData(), &folder), 0);
         QCOMPARE(folder.st_mode & 07777, mode_t(02770));
-        const QList<QPair<QString, mode_t>> files = {
-            {database(), 0660},           {database() + "-wal", 0660},       {database() + "-shm", 0660},
-            {database() + ".head", 0660}, {database() + ".head.lock", 0660}, {database() + ".key", 0640}};
+        const QList<QPair<QString, mode_t>> files = {{o.database(), 0660},
+                                                     {o.database() + "-wal", 0660},
+                                                     {o.database() + "-shm", 0660},
+                                                     {o.database() + ".head", 0660},
+                                                     {o.database() + ".head.lock", 0660},
+                                                     {o.database() + ".key", 0640}};
         for (const auto& [path, mode] : files) {
             struct stat st = {};
             QVERIFY2(::stat(QFile::encodeName(path).constData(), &st) == 0, qPrintable(path));
@@ -225,21 +200,21 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("suffix");
         QTest::addColumn<QString>("what");
-        QTest::newRow("database") << ""
-                                  << "security database";
-        QTest::newRow("site key") << ".key"
-                                  << "site key file";
+        // clang-format off
+        QTest::newRow("database") << "" << "security database";
+        QTest::newRow("site key") << ".key" << "site key file";
+        // clang-format on
     }
 
     void exposedFilesAreRefused()
     {
         QFETCH(QString, suffix);
         QFETCH(QString, what);
-        createSite();
-        const QString path = database() + suffix;
+        Site o;
+        const QString path = o.database() + suffix;
         QVERIFY(QFile::setPermissions(path, QFile::permissions(path) | QFileDevice::ReadOther));
         QString error;
-        QVERIFY(!SecurityStore::open(m_fixture->settings(), &error));
+        QVERIFY(!SecurityStore::open(o.fixture.settings(), &error));
         QCOMPARE(error,
                  QStringLiteral("The %1 \"%2\" can be read or changed by every user of this computer, so "
                                 "it is not used. Ask your security administrator to run \"chmod o-rwx %2\".")
@@ -255,24 +230,12 @@ private Q_SLOTS:
         QTest::addColumn<bool>("mayOpenProtocol");
         const QString mallorysHash = "(SELECT password_hash FROM users WHERE name = 'mallory')";
         // clang-format off
-        QTest::newRow("locked account unlocked") << "lock"
-            << QStringList{"UPDATE users SET locked = 0, failed_logins = 0 WHERE name = 'jsmith'"}
-            << "correct horse" << false;
-        QTest::newRow("disabled account enabled") << "disable"
-            << QStringList{"UPDATE users SET disabled = 0 WHERE name = 'jsmith'"}
-            << "correct horse" << false;
-        QTest::newRow("password hash replaced") << ""
-            << QStringList{"UPDATE users SET password_hash = " + mallorysHash + " WHERE name = 'jsmith'"}
-            << "battery staple" << false;
-        QTest::newRow("every right slipped in") << ""
-            << QStringList{"INSERT INTO user_rights(user_id, area, operation) SELECT id, '*', '*' FROM users WHERE name = 'mallory'"}
-            << "correct horse" << true;
-        QTest::newRow("admin role joined") << ""
-            << QStringList{"INSERT INTO user_roles(user_id, role_id) SELECT u.id, r.id FROM users u, roles r WHERE u.name = 'mallory'"}
-            << "correct horse" << true;
-        QTest::newRow("right moved to another user") << ""
-            << QStringList{"UPDATE user_rights SET user_id = (SELECT id FROM users WHERE name = 'mallory')"}
-            << "correct horse" << false;
+        QTest::newRow("locked account unlocked") << "lock" << QStringList{"UPDATE users SET locked = 0, failed_logins = 0 WHERE name = 'jsmith'"} << "correct horse" << false;
+        QTest::newRow("disabled account enabled") << "disable" << QStringList{"UPDATE users SET disabled = 0 WHERE name = 'jsmith'"} << "correct horse" << false;
+        QTest::newRow("password hash replaced") << "" << QStringList{"UPDATE users SET password_hash = " + mallorysHash + " WHERE name = 'jsmith'"} << "battery staple" << false;
+        QTest::newRow("every right slipped in") << "" << QStringList{"INSERT INTO user_rights(user_id, area, operation) SELECT id, '*', '*' FROM users WHERE name = 'mallory'"} << "correct horse" << true;
+        QTest::newRow("admin role joined") << "" << QStringList{"INSERT INTO user_roles(user_id, role_id) SELECT u.id, r.id FROM users u, roles r WHERE u.name = 'mallory'"} << "correct horse" << true;
+        QTest::newRow("right moved to another user") << "" << QStringList{"UPDATE user_rights SET user_id = (SELECT id FROM users WHERE name = 'mallory')"} << "correct horse" << false;
         // clang-format on
     }
 
@@ -282,17 +245,17 @@ private Q_SLOTS:
         QFETCH(QStringList, statements);
         QFETCH(QString, password);
         QFETCH(bool, mayOpenProtocol);
-        createSite();
+        Site o;
         if (prepare == QLatin1String("disable"))
-            QCOMPARE(secadmin({"disable-user", "jsmith"}).exitCode, 0);
+            QCOMPARE(o.secadmin({"disable-user", "jsmith"}).exitCode, 0);
         for (int i = 0; prepare == QLatin1String("lock") && i < SecuritySettings::DefaultLockoutThreshold;
              ++i)
-            QCOMPARE(logIn(QStringLiteral("jsmith"), QStringLiteral("guess")), LogInStatus::Refused);
-        m_fixture->tamper(statements);
+            QCOMPARE(o.logIn(QStringLiteral("jsmith"), QStringLiteral("guess")), LogInStatus::Refused);
+        o.fixture.tamper(statements);
         const bool changesJsmith = statements.first().startsWith(QLatin1String("UPDATE users"));
         if (changesJsmith)
-            QCOMPARE(logIn(QStringLiteral("jsmith"), password), LogInStatus::Refused);
-        const std::unique_ptr<SecurityStore> store = m_fixture->open();
+            QCOMPARE(o.logIn(QStringLiteral("jsmith"), password), LogInStatus::Refused);
+        const std::unique_ptr<SecurityStore> store = o.fixture.open();
         QString error;
         QVERIFY(!store->users().isOperationAllowed(QStringLiteral("mallory"),
                                                    QStringLiteral("AuthorisationsGeneral"),
@@ -302,7 +265,7 @@ private Q_SLOTS:
                                                    QStringLiteral("OpenProtocol"), &error),
                  mayOpenProtocol);
         QVERIFY(error.isEmpty());
-        const Run verify = secadmin({QStringLiteral("verify")});
+        const ProcessRun verify = o.secadmin({QStringLiteral("verify")});
         QCOMPARE(verify.exitCode, 1);
         QVERIFY2(verify.out.contains(QLatin1String("altered")), qPrintable(verify.out));
     }
@@ -312,40 +275,40 @@ private Q_SLOTS:
     {
         if (geteuid() != 0)
             QSKIP("Running as another user needs root (setpriv).");
-        QVERIFY(QFile::setPermissions(m_folders->root(),
-                                      QFile::permissions(m_folders->root()) | QFileDevice::ExeOther));
-        createSite({QStringLiteral("--group"), QStringLiteral("users")});
-        const Run refused = run(QStringLiteral(SECADMIN), {"grant", "mallory", "*", "*"}, {},
-                                {"setpriv", "--reuid=65534", "--regid=users", "--clear-groups"});
+        Site o({QStringLiteral("--group"), QStringLiteral("users")});
+        QVERIFY(QFile::setPermissions(o.folders.root(),
+                                      QFile::permissions(o.folders.root()) | QFileDevice::ExeOther));
+        const ProcessRun refused =
+            runProgram(QStringLiteral(SECADMIN), {"grant", "mallory", "*", "*"}, {}, AsAnotherUser);
         QCOMPARE(refused.exitCode, 1);
         QVERIFY2(refused.err.contains(QLatin1String("may administer")), qPrintable(refused.err));
         QString error;
-        QVERIFY(m_fixture->open()->users().rightsOf(QStringLiteral("mallory"), &error).isEmpty());
+        QVERIFY(o.fixture.open()->users().rightsOf(QStringLiteral("mallory"), &error).isEmpty());
     }
 
     // 3, 2c: entries cut off behind the head stay missing: nothing is chained on, no change is made
     // unrecorded.
     void cutOffEntriesStayMissing()
     {
-        createSite();
-        m_fixture->tamper({"DROP TRIGGER audit_trail_no_delete",
-                           "DELETE FROM audit_trail WHERE seq > (SELECT max(seq) - 2 FROM audit_trail)"});
+        Site o;
+        o.fixture.tamper({"DROP TRIGGER audit_trail_no_delete",
+                          "DELETE FROM audit_trail WHERE seq > (SELECT max(seq) - 2 FROM audit_trail)"});
         QString error;
-        QVERIFY(!SecurityStore::open(m_fixture->settings(), &error));
+        QVERIFY(!SecurityStore::open(o.fixture.settings(), &error));
         QVERIFY2(error.contains(QLatin1String("cut off")), qPrintable(error));
-        const std::unique_ptr<SecurityStore> store = m_fixture->open(SecurityStore::HeadCheck::Skipped);
+        const std::unique_ptr<SecurityStore> store = o.fixture.open(SecurityStore::HeadCheck::Skipped);
         const QString before = store->audit().verify().message;
         QCOMPARE(store->audit()
                      .append(QStringLiteral("mallory"), QStringLiteral("General"), QStringLiteral("Cover"))
                      .sequence,
                  0);
-        QCOMPARE(logIn(QStringLiteral("jsmith"), QStringLiteral("correct horse")), LogInStatus::Error);
-        QCOMPARE(secadmin({"grant", "mallory", "*", "*"}).exitCode, 1);
+        QCOMPARE(o.logIn(QStringLiteral("jsmith"), QStringLiteral("correct horse")), LogInStatus::Error);
+        QCOMPARE(o.secadmin({"grant", "mallory", "*", "*"}).exitCode, 1);
         // The change shares the entry's transaction: refused together.
         QVERIFY(!SecurityAdministration(*store, QStringLiteral("admin"))
                      .grant(QStringLiteral("mallory"), {"*", "*"}, &error));
         QVERIFY(store->users().rightsOf(QStringLiteral("mallory"), &error).isEmpty());
-        const Run verify = secadmin({QStringLiteral("verify")});
+        const ProcessRun verify = o.secadmin({QStringLiteral("verify")});
         QCOMPARE(verify.exitCode, 1);
         QVERIFY(verify.out.contains(before));
     }
@@ -353,24 +316,24 @@ private Q_SLOTS:
     // 4: a rollback of the database together with an old head goes unnoticed by the head, not by the anchor.
     void rollbackIsCaughtByTheAnchor()
     {
-        createSite();
-        m_fixture->tamper({QStringLiteral("PRAGMA wal_checkpoint(TRUNCATE)")});
-        const QString copy = m_folders->root() + QStringLiteral("/copy");
+        Site o;
+        o.fixture.tamper({QStringLiteral("PRAGMA wal_checkpoint(TRUNCATE)")});
+        const QString copy = o.folders.root() + QStringLiteral("/copy");
         for (const char* suffix : {"", ".head"})
-            QVERIFY(QFile::copy(database() + suffix, copy + suffix));
-        QCOMPARE(secadmin({"disable-user", "mallory"}).exitCode, 0);
-        const Run anchor = secadmin({QStringLiteral("anchor")});
+            QVERIFY(QFile::copy(o.database() + suffix, copy + suffix));
+        QCOMPARE(o.secadmin({"disable-user", "mallory"}).exitCode, 0);
+        const ProcessRun anchor = o.secadmin({QStringLiteral("anchor")});
         QCOMPARE(anchor.exitCode, 0);
         const QString point = anchor.out.trimmed();
-        QCOMPARE(secadmin({"verify", "--anchor", point}).exitCode, 0);
+        QCOMPARE(o.secadmin({"verify", "--anchor", point}).exitCode, 0);
 
         for (const char* suffix : {"", ".head", "-wal", "-shm"})
-            QFile::remove(database() + suffix);
+            QFile::remove(o.database() + suffix);
         for (const char* suffix : {"", ".head"})
-            QVERIFY(QFile::copy(copy + suffix, database() + suffix));
-        QVERIFY(QFile::setPermissions(database(), QFileDevice::ReadOwner | QFileDevice::WriteOwner));
-        QCOMPARE(secadmin({QStringLiteral("verify")}).exitCode, 0); // the embedded store's limit
-        const Run caught = secadmin({"verify", "--anchor", point});
+            QVERIFY(QFile::copy(copy + suffix, o.database() + suffix));
+        QVERIFY(QFile::setPermissions(o.database(), QFileDevice::ReadOwner | QFileDevice::WriteOwner));
+        QCOMPARE(o.secadmin({QStringLiteral("verify")}).exitCode, 0); // the embedded store's limit
+        const ProcessRun caught = o.secadmin({"verify", "--anchor", point});
         QCOMPARE(caught.exitCode, 1);
         QVERIFY2(caught.out.contains(QLatin1String("no longer reaches the anchor")), qPrintable(caught.out));
     }
@@ -381,24 +344,26 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("command");
         QTest::addColumn<int>("expected");
+        // clang-format off
         QTest::newRow("locked") << "" << int(LogInStatus::Locked);
         QTest::newRow("disabled") << "disable-user" << int(LogInStatus::Disabled);
+        // clang-format on
     }
 
     void lockedAccountIsNoPasswordOracle()
     {
         QFETCH(QString, command);
         QFETCH(int, expected);
-        createSite();
+        Site o;
         if (command.isEmpty())
             for (int i = 0; i < SecuritySettings::DefaultLockoutThreshold; ++i)
-                logIn(QStringLiteral("jsmith"), QStringLiteral("guess"));
+                o.logIn(QStringLiteral("jsmith"), QStringLiteral("guess"));
         else
-            QCOMPARE(secadmin({command, "jsmith"}).exitCode, 0);
-        const int entries = m_fixture->auditTexts().size();
-        QCOMPARE(int(logIn(QStringLiteral("jsmith"), QStringLiteral("wrong"))), expected);
-        QCOMPARE(int(logIn(QStringLiteral("jsmith"), QStringLiteral("correct horse"))), expected);
-        QCOMPARE(m_fixture->auditTexts().size(), entries + 2);
+            QCOMPARE(o.secadmin({command, "jsmith"}).exitCode, 0);
+        const int entries = o.fixture.auditTexts().size();
+        QCOMPARE(int(o.logIn(QStringLiteral("jsmith"), QStringLiteral("wrong"))), expected);
+        QCOMPARE(int(o.logIn(QStringLiteral("jsmith"), QStringLiteral("correct horse"))), expected);
+        QCOMPARE(o.fixture.auditTexts().size(), entries + 2);
     }
 
     // 7: a second user of the site group can log in although the administrator made the lock file.
@@ -406,19 +371,19 @@ private Q_SLOTS:
     {
         if (geteuid() != 0)
             QSKIP("Running as another user needs root (setpriv).");
-        QVERIFY(QFile::setPermissions(m_folders->root(),
-                                      QFile::permissions(m_folders->root()) | QFileDevice::ExeOther));
-        createSite({QStringLiteral("--group"), QStringLiteral("users")});
-        QCOMPARE(logIn(QStringLiteral("jsmith"), QStringLiteral("correct horse")), LogInStatus::Success);
-        const QString lock = database() + QStringLiteral(".head.lock");
+        Site o({QStringLiteral("--group"), QStringLiteral("users")});
+        QVERIFY(QFile::setPermissions(o.folders.root(),
+                                      QFile::permissions(o.folders.root()) | QFileDevice::ExeOther));
+        QCOMPARE(o.logIn(QStringLiteral("jsmith"), QStringLiteral("correct horse")), LogInStatus::Success);
+        const QString lock = o.database() + QStringLiteral(".head.lock");
         QVERIFY(QFile::setPermissions(lock, QFileDevice::ReadOwner | QFileDevice::WriteOwner |
                                                 QFileDevice::ReadGroup | QFileDevice::ReadOther));
-        const Run second = run(QStringLiteral(LOG_IN_ATTEMPTS), {"jsmith", "correct horse", "1"}, {},
-                               {"setpriv", "--reuid=65534", "--regid=users", "--clear-groups"});
+        const ProcessRun second =
+            runProgram(QStringLiteral(LOG_IN_ATTEMPTS), {"jsmith", "correct horse", "1"}, {}, AsAnotherUser);
         QVERIFY2(second.exitCode == 0, qPrintable(second.err));
         QCOMPARE(second.out, QStringLiteral("%1\n").arg(int(LogInStatus::Success)));
-        QCOMPARE(m_fixture->auditTexts().last(), QStringLiteral("Log in"));
-        QCOMPARE(secadmin({QStringLiteral("verify")}).exitCode, 0);
+        QCOMPARE(o.fixture.auditTexts().last(), QStringLiteral("Log in"));
+        QCOMPARE(o.secadmin({QStringLiteral("verify")}).exitCode, 0);
     }
 
     // 8, 2c: with the store full nothing happens unrecorded: no log-in, no
@@ -426,38 +391,40 @@ private Q_SLOTS:
     void aFullStoreRecordsNothingAndChangesNothing_data()
     {
         QTest::addColumn<QStringList>("command"); // empty: jsmith logs in
+        // clang-format off
         QTest::newRow("log-in") << QStringList{};
         QTest::newRow("grant") << QStringList{"grant", "mallory", "*", "*"};
         QTest::newRow("unlock") << QStringList{"unlock", "jsmith"};
         QTest::newRow("disable") << QStringList{"disable-user", "jsmith"};
+        // clang-format on
     }
 
     void aFullStoreRecordsNothingAndChangesNothing()
     {
         QFETCH(QStringList, command);
-        createSite();
+        Site o;
         for (int i = 0;
              command.value(0) == QLatin1String("unlock") && i < SecuritySettings::DefaultLockoutThreshold;
              ++i)
-            logIn(QStringLiteral("jsmith"), QStringLiteral("guess"));
-        const QStringList before = m_fixture->auditTexts();
+            o.logIn(QStringLiteral("jsmith"), QStringLiteral("guess"));
+        const QStringList before = o.fixture.auditTexts();
         QString error;
-        const UserRecord jsmith = *m_fixture->open()->users().find(QStringLiteral("jsmith"), &error);
-        m_fixture->fillUp();
+        const UserRecord jsmith = *o.fixture.open()->users().find(QStringLiteral("jsmith"), &error);
+        o.fixture.fillUp();
         if (command.isEmpty()) {
-            QCOMPARE(logIn(QStringLiteral("jsmith"), QStringLiteral("correct horse")), LogInStatus::Error);
+            QCOMPARE(o.logIn(QStringLiteral("jsmith"), QStringLiteral("correct horse")), LogInStatus::Error);
         } else {
-            const Run refused = secadmin(command);
+            const ProcessRun refused = o.secadmin(command);
             QCOMPARE(refused.exitCode, 1);
             QVERIFY2(refused.err.contains(QLatin1String("disk is full")), qPrintable(refused.err));
         }
-        const std::unique_ptr<SecurityStore> store = m_fixture->open();
+        const std::unique_ptr<SecurityStore> store = o.fixture.open();
         const UserRecord after = *store->users().find(QStringLiteral("jsmith"), &error);
         QCOMPARE(after.locked, jsmith.locked);
         QCOMPARE(after.disabled, jsmith.disabled);
         QCOMPARE(after.failedLogIns, jsmith.failedLogIns);
         QVERIFY(store->users().rightsOf(QStringLiteral("mallory"), &error).isEmpty());
-        QCOMPARE(m_fixture->auditTexts(), before);
+        QCOMPARE(o.fixture.auditTexts(), before);
     }
 
     // 9: the idle time-out runs on a clock that counts a suspend.
@@ -472,8 +439,8 @@ private Q_SLOTS:
     // 11: guessing the current password in Change Password counts like failed log-ins.
     void wrongCurrentPasswordsLockTheAccount()
     {
-        createSite();
-        const std::unique_ptr<SecurityStore> store = m_fixture->open();
+        Site o;
+        const std::unique_ptr<SecurityStore> store = o.fixture.open();
         Authenticator authenticator(*store);
         bool locked = false;
         QString error;
@@ -483,22 +450,22 @@ private Q_SLOTS:
             QCOMPARE(locked, i == SecuritySettings::DefaultLockoutThreshold);
         }
         QVERIFY(store->users().find(QStringLiteral("jsmith"), &error)->locked);
-        QCOMPARE(logIn(QStringLiteral("jsmith"), QStringLiteral("correct horse")), LogInStatus::Locked);
+        QCOMPARE(o.logIn(QStringLiteral("jsmith"), QStringLiteral("correct horse")), LogInStatus::Locked);
     }
 
     // 12: a password typed into the name field never lands in the audit table.
     void mistypedNamesAreNotRecorded()
     {
-        createSite();
-        QCOMPARE(logIn(QStringLiteral("correct horse"), QStringLiteral("jsmith")), LogInStatus::Refused);
-        QCOMPARE(logIn(QStringLiteral("CORRECT HORSE"), QStringLiteral("x")), LogInStatus::Refused);
-        const std::unique_ptr<SecurityStore> store = m_fixture->open();
+        Site o;
+        QCOMPARE(o.logIn(QStringLiteral("correct horse"), QStringLiteral("jsmith")), LogInStatus::Refused);
+        QCOMPARE(o.logIn(QStringLiteral("CORRECT HORSE"), QStringLiteral("x")), LogInStatus::Refused);
+        const std::unique_ptr<SecurityStore> store = o.fixture.open();
         QString error;
         const QList<AuditEntry> entries = store->audit().entries(&error);
         const AuditEntry first = entries.at(entries.size() - 2);
         QVERIFY2(first.userName.startsWith(QLatin1String("unknown user #")), qPrintable(first.userName));
         QCOMPARE(entries.last().userName, first.userName); // the same name is recognisable
-        const Run csv = secadmin({"audit", "--csv", "-"});
+        const ProcessRun csv = o.secadmin({"audit", "--csv", "-"});
         QVERIFY(!csv.out.contains(QLatin1String("horse"), Qt::CaseInsensitive));
     }
 
@@ -506,23 +473,25 @@ private Q_SLOTS:
     void csvCellsCannotRunAsFormulas_data()
     {
         QTest::addColumn<QString>("text");
+        // clang-format off
         QTest::newRow("=") << "=HYPERLINK(\"http://evil\",\"x\")";
         QTest::newRow("+") << "+1+cmd|' /C calc'!A0";
         QTest::newRow("-") << "-2+3";
         QTest::newRow("@") << "@SUM(A1)";
         QTest::newRow("tab") << "\t=1";
         QTest::newRow("carriage return") << "\r=1";
+        // clang-format on
     }
 
     void csvCellsCannotRunAsFormulas()
     {
         QFETCH(QString, text);
-        createSite();
-        QVERIFY(m_fixture->open()
+        Site o;
+        QVERIFY(o.fixture.open()
                     ->audit()
                     .append(QStringLiteral("jsmith"), QStringLiteral("General"), text)
                     .error.isEmpty());
-        const Run csv = secadmin({"audit", "--csv", "-"});
+        const ProcessRun csv = o.secadmin({"audit", "--csv", "-"});
         QCOMPARE(csv.exitCode, 0);
         const QString lastLine = csv.out.trimmed().split(QStringLiteral("\r\n")).last();
         const QString cell = lastLine.section(QLatin1Char(','), 5, 5);
@@ -533,8 +502,8 @@ private Q_SLOTS:
     // 13: guesses from parallel processes stop at the threshold.
     void parallelGuessesStopAtTheLock()
     {
-        createSite();
-        setSystemValue(QStringLiteral("Security/LockoutThreshold"), QStringLiteral("3"));
+        Site o;
+        o.setSystemValue(QStringLiteral("Security/LockoutThreshold"), QStringLiteral("3"));
         std::vector<std::unique_ptr<QProcess>> guessers;
         for (int i = 0; i < 4; ++i) {
             guessers.push_back(std::make_unique<QProcess>());
@@ -542,21 +511,22 @@ private Q_SLOTS:
         }
         for (const auto& guesser : guessers)
             QVERIFY(guesser->waitForFinished(60000));
-        const QStringList texts = m_fixture->auditTexts();
+        const QStringList texts = o.fixture.auditTexts();
         QCOMPARE(texts.count(QStringLiteral("Failed log in: wrong password")), 3);
         QCOMPARE(texts.count(QStringLiteral("Account locked after 3 failed log ins")), 1);
         QCOMPARE(texts.count(QStringLiteral("Log in refused: account locked")), 16 - 3);
         QString error;
-        QCOMPARE(m_fixture->open()->users().find(QStringLiteral("jsmith"), &error)->failedLogIns, 3);
+        QCOMPARE(o.fixture.open()->users().find(QStringLiteral("jsmith"), &error)->failedLogIns, 3);
     }
 
     // 13: user names compare without case in every script.
     void nonAsciiNamesCompareWithoutCase()
     {
-        createSite();
-        QCOMPARE(secadmin({"add-user", "Ærøskøbing"}, "correct horse\n").exitCode, 0);
-        QCOMPARE(logIn(QStringLiteral("ærØSKØBING"), QStringLiteral("correct horse")), LogInStatus::Success);
-        const Run twin = secadmin({"add-user", "ÆRØSKØBING"}, "another horse\n");
+        Site o;
+        QCOMPARE(o.secadmin({"add-user", "Ærøskøbing"}, "correct horse\n").exitCode, 0);
+        QCOMPARE(o.logIn(QStringLiteral("ærØSKØBING"), QStringLiteral("correct horse")),
+                 LogInStatus::Success);
+        const ProcessRun twin = o.secadmin({"add-user", "ÆRØSKØBING"}, "another horse\n");
         QCOMPARE(twin.exitCode, 1);
         QVERIFY2(twin.err.contains(QLatin1String("already a user")), qPrintable(twin.err));
     }
@@ -564,10 +534,10 @@ private Q_SLOTS:
     // 14: Ctrl-C at the password prompt leaves the terminal echoing.
     void ctrlCAtThePromptRestoresEcho()
     {
-        createSite();
+        Site o;
         int master = -1;
         const QByteArray program = QByteArrayLiteral(SECADMIN);
-        const QByteArray db = QFile::encodeName(database());
+        const QByteArray db = QFile::encodeName(o.database());
         const pid_t child = forkpty(&master, nullptr, nullptr, nullptr);
         QVERIFY(child >= 0);
         if (child == 0) {
@@ -600,14 +570,14 @@ private Q_SLOTS:
     // 14: create does not silently make a new database with a key others may already hold.
     void createRefusesToReuseAKey()
     {
-        createSite();
+        Site o;
         for (const char* suffix : {"", "-wal", "-shm", ".head"})
-            QFile::remove(database() + suffix);
-        const Run refused = secadmin({"create", "--per-user"});
+            QFile::remove(o.database() + suffix);
+        const ProcessRun refused = o.secadmin({"create", "--per-user"});
         QCOMPARE(refused.exitCode, 1);
         QVERIFY2(refused.err.contains(QLatin1String("--reuse-key")), qPrintable(refused.err));
-        QVERIFY(!QFileInfo::exists(database()));
-        QCOMPARE(secadmin({"create", "--per-user", "--reuse-key"}).exitCode, 0);
+        QVERIFY(!QFileInfo::exists(o.database()));
+        QCOMPARE(o.secadmin({"create", "--per-user", "--reuse-key"}).exitCode, 0);
     }
 };
 

@@ -16,33 +16,26 @@ class SecurityDatabaseTest : public QObject
 {
     Q_OBJECT
 
-    std::unique_ptr<QTemporaryDir> m_dir;
-    std::unique_ptr<SecurityFixture> m_fixture;
-
 private Q_SLOTS:
-    void init()
-    {
-        m_dir = std::make_unique<QTemporaryDir>();
-        m_fixture = std::make_unique<SecurityFixture>(m_dir->path());
-    }
-
     void aCreatedDatabaseIsNeverCreatedAgain()
     {
-        m_fixture->create();
-        const QString path = m_fixture->settings().databasePath;
+        QTemporaryDir dir;
+        SecurityFixture fixture(dir.path());
+        fixture.create();
+        const QString path = fixture.settings().databasePath;
         auto bytes = [&path] {
             QFile file(path);
             return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
         };
         const QByteArray before = bytes();
         QString error;
-        QVERIFY(!SecurityStore::create(m_fixture->settings(), QStringLiteral("tester"), &error));
+        QVERIFY(!SecurityStore::create(fixture.settings(), QStringLiteral("tester"), &error));
         QCOMPARE(error,
                  QStringLiteral("The security database \"%1\" already exists; it has not been changed.")
                      .arg(path));
         QCOMPARE(bytes(), before);
         // The site key that seals the audit chain is for its owner only.
-        QCOMPARE(QFile::permissions(m_fixture->settings().siteKeyFile),
+        QCOMPARE(QFile::permissions(fixture.settings().siteKeyFile),
                  QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ReadUser |
                      QFileDevice::WriteUser);
     }
@@ -54,16 +47,13 @@ private Q_SLOTS:
         const QString notOurs = QStringLiteral("The security database \"%1\" is not a security database.");
         // clang-format off
         QTest::newRow("missing") << "delete" << "The security database \"%1\" does not exist.";
-        QTest::newRow("not SQLite") << "text"
-            << "The security database \"%1\" is not a security database (it is not an SQLite file).";
+        QTest::newRow("not SQLite") << "text" << "The security database \"%1\" is not a security database (it is not an SQLite file).";
         QTest::newRow("empty file") << "empty" << notOurs;
         QTest::newRow("another SQLite database") << "foreign" << notOurs;
         QTest::newRow("truncated") << "truncate" << "The security database \"%1\" is truncated.";
-        QTest::newRow("read-only") << "read-only"
-            << "The security database \"%1\" is read-only, so the audit trail cannot be written.";
+        QTest::newRow("read-only") << "read-only" << "The security database \"%1\" is read-only, so the audit trail cannot be written.";
         QTest::newRow("key file missing") << "no key" << "The site key file \"%2\" does not exist.";
-        QTest::newRow("key of another site") << "other key"
-            << "The site key file \"%2\" does not belong to the security database \"%1\".";
+        QTest::newRow("key of another site") << "other key" << "The site key file \"%2\" does not belong to the security database \"%1\".";
         QTest::newRow("key file garbled") << "garbled key" << "The file \"%2\" is not a site key file.";
         QTest::newRow("chain head missing") << "no head" << "The audit chain head file \"%3\" is missing.";
         // clang-format on
@@ -73,14 +63,16 @@ private Q_SLOTS:
     {
         QFETCH(QString, damage);
         QFETCH(QString, message);
+        QTemporaryDir dir;
+        SecurityFixture fixture(dir.path());
         if (damage == QLatin1String("read-only") && geteuid() == 0)
             QSKIP("The superuser may write to a read-only file, so it cannot be refused as one.");
-        m_fixture->create();
-        const SecuritySettings& s = m_fixture->settings();
+        fixture.create();
+        const SecuritySettings& s = fixture.settings();
         if (damage == QLatin1String("delete") || damage == QLatin1String("foreign")) {
             QVERIFY(QFile::remove(s.databasePath));
             if (damage == QLatin1String("foreign"))
-                SecurityFixture(m_dir->path()).tamper({QStringLiteral("CREATE TABLE plates(id INTEGER)")});
+                SecurityFixture(dir.path()).tamper({QStringLiteral("CREATE TABLE plates(id INTEGER)")});
         } else if (damage == QLatin1String("text") || damage == QLatin1String("empty")) {
             writeFile(s.databasePath, damage == QLatin1String("text") ? "This is a text file.\n" : "");
         } else if (damage == QLatin1String("truncate")) {

@@ -29,16 +29,13 @@ private Q_SLOTS:
         QTest::addColumn<QString>("key");
         QTest::addColumn<QString>("value");
         QTest::addColumn<int>("expected");
-        QTest::newRow("time-out") << "TimeOutMinutes"
-                                  << "5" << 5;
-        QTest::newRow("time-out not a number") << "TimeOutMinutes"
-                                               << "soon" << 15;
-        QTest::newRow("lockout") << "LockoutThreshold"
-                                 << "3" << 3;
-        QTest::newRow("hash memory never below 19") << "PasswordHashMemoryMiB"
-                                                    << "1" << 19;
-        QTest::newRow("hash passes never below 2") << "PasswordHashPasses"
-                                                   << "1" << 2;
+        // clang-format off
+        QTest::newRow("time-out") << "TimeOutMinutes" << "5" << 5;
+        QTest::newRow("time-out not a number") << "TimeOutMinutes" << "soon" << 15;
+        QTest::newRow("lockout") << "LockoutThreshold" << "3" << 3;
+        QTest::newRow("hash memory never below 19") << "PasswordHashMemoryMiB" << "1" << 19;
+        QTest::newRow("hash passes never below 2") << "PasswordHashPasses" << "1" << 2;
+        // clang-format on
     }
 
     void valuesTakeEffectWithinTheirLimits()

@@ -17,22 +17,14 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("names"); // "Name=ProgID", in order
         QTest::addColumn<QString>("errorPart"); // empty: no error
 
-        QTest::newRow("registration order, not sorted")
-            << QByteArray(
-                   R"({"wizards":[{"Name":"Kinetic","ProgID":"A.K"},{"Name":"Generic","ProgID":"A.G"},)"
-                   R"({"Name":"ELISA","ProgID":"A.E"}]})")
-            << QStringList{"Kinetic=A.K", "Generic=A.G", "ELISA=A.E"} << QString();
+        // clang-format off
+        QTest::newRow("registration order, not sorted") << QByteArray(R"({"wizards":[{"Name":"Kinetic","ProgID":"A.K"},{"Name":"Generic","ProgID":"A.G"},)" R"({"Name":"ELISA","ProgID":"A.E"}]})") << QStringList{"Kinetic=A.K", "Generic=A.G", "ELISA=A.E"} << QString();
         QTest::newRow("empty list") << QByteArray(R"({"wizards":[]})") << QStringList{} << QString();
-        QTest::newRow("two names, one plug-in")
-            << QByteArray(R"({"wizards":[{"Name":"One","ProgID":"A.X"},{"Name":"Two","ProgID":"A.X"}]})")
-            << QStringList{"One=A.X", "Two=A.X"} << QString();
-        QTest::newRow("entries without name or ProgID skipped, the rest kept")
-            << QByteArray(R"({"wizards":[{"ProgID":"A.X"},{"Name":"Kept","ProgID":"A.K"},{"Name":"NoId"}]})")
-            << QStringList{"Kept=A.K"} << QStringLiteral("(1, 3)");
-        QTest::newRow("not JSON") << QByteArray("Generic=A.G") << QStringList{}
-                                  << QStringLiteral("is not a valid catalogue: ");
-        QTest::newRow("no wizards list") << QByteArray(R"({"drivers":[]})") << QStringList{}
-                                         << QStringLiteral("is not a valid catalogue.");
+        QTest::newRow("two names, one plug-in") << QByteArray(R"({"wizards":[{"Name":"One","ProgID":"A.X"},{"Name":"Two","ProgID":"A.X"}]})") << QStringList{"One=A.X", "Two=A.X"} << QString();
+        QTest::newRow("entries without name or ProgID skipped, the rest kept") << QByteArray(R"({"wizards":[{"ProgID":"A.X"},{"Name":"Kept","ProgID":"A.K"},{"Name":"NoId"}]})") << QStringList{"Kept=A.K"} << QStringLiteral("(1, 3)");
+        QTest::newRow("not JSON") << QByteArray("Generic=A.G") << QStringList{} << QStringLiteral("is not a valid catalogue: ");
+        QTest::newRow("no wizards list") << QByteArray(R"({"drivers":[]})") << QStringList{} << QStringLiteral("is not a valid catalogue.");
+        // clang-format on
     }
     void reading()
     {

@@ -12,7 +12,6 @@
 #include "UserFolders.h"
 
 #include <QProcess>
-#include <QSqlQuery>
 #include <QtTest>
 
 #include <unistd.h>
@@ -43,13 +42,7 @@ class ServerAdminToolTest : public QObject
     }
     std::unique_ptr<ServerConnection> connectTo(const QString& database, const QString& role)
     {
-        ServerSettings settings = m_server->settingsFor(role);
-        settings.database = database;
-        QString error;
-        std::unique_ptr<ServerConnection> connection = ServerConnection::open(settings, &error);
-        if (!connection)
-            qWarning("%s", qPrintable(error));
-        return connection;
+        return test::PostgresServer::connect(m_server->settingsFor(role, database));
     }
     // A workstation process writing for a while, as the OS user uid when given.
     std::unique_ptr<QProcess> writer(uid_t uid)
@@ -97,8 +90,7 @@ private Q_SLOTS:
         }
         const std::unique_ptr<ServerConnection> owner =
             connectTo(QStringLiteral("raced"), test::PostgresServer::Superuser);
-        QVERIFY(owner);
-        QSqlQuery q(owner->database());
+        ServerResult q;
         QString error;
         QVERIFY2(owner->exec(q,
                              QStringLiteral("SELECT count(*), count(DISTINCT version), max(version) "
@@ -191,11 +183,10 @@ private Q_SLOTS:
                 embedded)
                 .exitCode,
             0);
-        ServerSettings settings = m_server->superuser();
-        settings.database = QStringLiteral("migrated");
         QString error;
-        const std::unique_ptr<ServerConnection> owner = ServerConnection::open(settings, &error);
-        QSqlQuery q(owner->database());
+        const std::unique_ptr<ServerConnection> owner =
+            connectTo(QStringLiteral("migrated"), test::PostgresServer::Superuser);
+        ServerResult q;
         QVERIFY(owner->exec(q, QStringLiteral("SELECT text FROM nebra.audit_trail ORDER BY seq LIMIT ?"),
                             {before.size()}, &error));
         QStringList copied;
@@ -207,8 +198,8 @@ private Q_SLOTS:
                      "battery staple\n")
                      .exitCode,
                  0);
-        settings.user = ServerSettings::ClientRole;
-        const std::unique_ptr<ServerConnection> client = ServerConnection::open(settings, &error);
+        const std::unique_ptr<ServerConnection> client =
+            connectTo(QStringLiteral("migrated"), ServerSettings::ClientRole);
         ServerSession session(*client, QStringLiteral("pc"));
         const ServerLogIn in = session.logIn(QStringLiteral("jsmith"), SecretBytes("battery staple"));
         QCOMPARE(in.status, LogInStatus::Success);
@@ -230,7 +221,6 @@ private Q_SLOTS:
         // An entry a workstation wrote, which a spreadsheet would take for a formula.
         QCOMPARE(cases.run({"add-user", "pjones"}, "battery staple\n").exitCode, 0);
         const std::unique_ptr<ServerConnection> client = connectTo(database, ServerSettings::ClientRole);
-        QVERIFY(client);
         ServerSession session(*client, QStringLiteral("pc"));
         const ServerLogIn in = session.logIn(QStringLiteral("pjones"), SecretBytes("battery staple"));
         QCOMPARE(in.status, LogInStatus::Success);
@@ -274,7 +264,7 @@ private Q_SLOTS:
         QCOMPARE(cases.newestTexts(1), QStringList{"Audit chain head sealed afresh by the administrator"});
         QCOMPARE(cases.run({"add-role", "D"}).exitCode, 0);
         // The head's guard is back in force.
-        QSqlQuery q(owner->database());
+        ServerResult q;
         QVERIFY(owner->exec(q,
                             QStringLiteral("SELECT tgenabled FROM pg_trigger WHERE tgname = "
                                            "'audit_head_forward_only'"),
@@ -286,8 +276,7 @@ private Q_SLOTS:
     void verifyFindsTamperingOnTheServer()
     {
         QString error;
-        const std::unique_ptr<ServerConnection> owner = ServerConnection::open(m_server->superuser(), &error);
-        QVERIFY2(owner, qPrintable(error));
+        const std::unique_ptr<ServerConnection> owner = test::PostgresServer::connect(m_server->superuser());
         QVERIFY2(
             owner->execScript(QStringLiteral("SET ROLE nebra_owner; "
                                              "DROP TRIGGER audit_trail_append_only ON nebra.audit_trail; "

@@ -10,7 +10,6 @@
 #include "UserFolders.h"
 
 #include <QProcess>
-#include <QSqlQuery>
 #include <QTcpServer>
 #include <QtTest>
 
@@ -126,26 +125,13 @@ private Q_SLOTS:
         QTest::addColumn<QString>("sslMode");
         QTest::addColumn<QString>("authority");
         QTest::addColumn<QString>("refusal"); // empty: connects, over TLS
-        QTest::newRow("the certificate's name and authority") << "localhost"
-                                                              << "verify-full"
-                                                              << "ca.crt"
-                                                              << "";
-        QTest::newRow("another name") << "127.0.0.1"
-                                      << "verify-full"
-                                      << "ca.crt"
-                                      << "does not match host name";
-        QTest::newRow("another authority") << "localhost"
-                                           << "verify-full"
-                                           << "other-ca.crt"
-                                           << "certificate verify failed";
-        QTest::newRow("no authority file") << "localhost"
-                                           << "verify-full"
-                                           << "missing.crt"
-                                           << "does not exist";
-        QTest::newRow("without TLS") << "localhost"
-                                     << "disable"
-                                     << "ca.crt"
-                                     << "no encryption";
+        // clang-format off
+        QTest::newRow("the certificate's name and authority") << "localhost" << "verify-full" << "ca.crt" << "";
+        QTest::newRow("another name") << "127.0.0.1" << "verify-full" << "ca.crt" << "does not match host name";
+        QTest::newRow("another authority") << "localhost" << "verify-full" << "other-ca.crt" << "certificate verify failed";
+        QTest::newRow("no authority file") << "localhost" << "verify-full" << "missing.crt" << "does not exist";
+        QTest::newRow("without TLS") << "localhost" << "disable" << "ca.crt" << "no encryption";
+        // clang-format on
     }
 
     void verifyFull()
@@ -169,7 +155,7 @@ private Q_SLOTS:
             return;
         }
         QVERIFY2(connection, qPrintable(error));
-        QSqlQuery q(connection->database());
+        ServerResult q;
         QVERIFY2(connection->exec(q,
                                   QStringLiteral("SELECT ssl FROM pg_stat_ssl WHERE pid = pg_backend_pid()"),
                                   {}, &error),

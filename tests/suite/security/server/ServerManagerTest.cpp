@@ -4,10 +4,10 @@
 // run), and a connection lost mid-session refuses every check and entry
 // until the server is back, then carries on.
 
-#include "DialogScript.h"
 #include "ManagerSite.h"
 #include "MessageRecorder.h"
 #include "NebraSecurityManager.h"
+#include "ServerSecurityBackend.h"
 
 #include <QtTest>
 
@@ -19,99 +19,114 @@ class ServerManagerTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void onlyTheSystemFileChoosesTheServer_data();
-    void onlyTheSystemFileChoosesTheServer();
-    void unreachableServerMeansNoManager();
-    void lostConnectionRefusesUntilTheServerIsBack();
-};
+    void onlyTheSystemFileChoosesTheServer_data()
+    {
+        QTest::addColumn<QString>("systemBackend"); // empty: no system-wide policy
+        QTest::addColumn<QString>("userBackend");
+        QTest::addColumn<bool>("server");
+        QTest::addColumn<bool>("problem");
+        // clang-format off
+        QTest::newRow("user's file alone") << "" << "postgresql" << false << false;
+        QTest::newRow("system sqlite, user postgresql") << "sqlite" << "postgresql" << false << false;
+        QTest::newRow("system postgresql, user sqlite") << "postgresql" << "sqlite" << true << false;
+        QTest::newRow("unknown back end") << "oracle" << "" << false << true;
+        // clang-format on
+    }
 
-void ServerManagerTest::onlyTheSystemFileChoosesTheServer_data()
-{
-    QTest::addColumn<QString>("systemBackend"); // empty: no system-wide policy
-    QTest::addColumn<QString>("userBackend");
-    QTest::addColumn<bool>("server");
-    QTest::addColumn<bool>("problem");
-    QTest::newRow("user's file alone") << ""
-                                       << "postgresql" << false << false;
-    QTest::newRow("system sqlite, user postgresql") << "sqlite"
-                                                    << "postgresql" << false << false;
-    QTest::newRow("system postgresql, user sqlite") << "postgresql"
-                                                    << "sqlite" << true << false;
-    QTest::newRow("unknown back end") << "oracle"
-                                      << "" << false << true;
-}
+    void onlyTheSystemFileChoosesTheServer()
+    {
+        QFETCH(QString, systemBackend);
+        QFETCH(QString, userBackend);
+        QFETCH(bool, server);
+        QFETCH(bool, problem);
+        UserFolders folders;
+        SettingsStore user;
+        QVERIFY(user.setValue(QStringLiteral("Security/Backend"), userBackend));
+        QVERIFY(user.setValue(QStringLiteral("Security/Server"), QStringLiteral("/tmp/not-the-site")));
+        if (!systemBackend.isEmpty()) {
+            SettingsStore system(folders.systemSettingsFile());
+            QVERIFY(system.setValue(QStringLiteral("Settings/SecurityConfigured"), QStringLiteral("true")));
+            QVERIFY(system.setValue(QStringLiteral("Security/Backend"), systemBackend));
+        }
+        const SecuritySettings settings = SecuritySettings::fromStore(SettingsStore());
+        QCOMPARE(settings.backend == SecuritySettings::Backend::Server, server);
+        QCOMPARE(!settings.policyError.isEmpty(), problem);
+        QVERIFY(settings.server.host != QLatin1String("/tmp/not-the-site"));
+    }
 
-void ServerManagerTest::onlyTheSystemFileChoosesTheServer()
-{
-    QFETCH(QString, systemBackend);
-    QFETCH(QString, userBackend);
-    QFETCH(bool, server);
-    QFETCH(bool, problem);
-    UserFolders folders;
-    SettingsStore user;
-    QVERIFY(user.setValue(QStringLiteral("Security/Backend"), userBackend));
-    QVERIFY(user.setValue(QStringLiteral("Security/Server"), QStringLiteral("/tmp/not-the-site")));
-    if (!systemBackend.isEmpty()) {
+    void unreachableServerMeansNoManager()
+    {
+        UserFolders folders;
         SettingsStore system(folders.systemSettingsFile());
         QVERIFY(system.setValue(QStringLiteral("Settings/SecurityConfigured"), QStringLiteral("true")));
-        QVERIFY(system.setValue(QStringLiteral("Security/Backend"), systemBackend));
+        QVERIFY(system.setValue(QStringLiteral("Security/Backend"), QStringLiteral("postgresql")));
+        QVERIFY(system.setValue(QStringLiteral("Security/Server"),
+                                folders.root() + QStringLiteral("/no-server")));
+        QString error;
+        QVERIFY(!NebraSecurityManager::create(SettingsStore(), {}, &error));
+        QVERIFY2(error.startsWith(QLatin1String("The security server cannot be reached")), qPrintable(error));
     }
-    const SecuritySettings settings = SecuritySettings::fromStore(SettingsStore());
-    QCOMPARE(settings.backend == SecuritySettings::Backend::Server, server);
-    QCOMPARE(!settings.policyError.isEmpty(), problem);
-    QVERIFY(settings.server.host != QLatin1String("/tmp/not-the-site"));
-}
 
-void ServerManagerTest::unreachableServerMeansNoManager()
-{
-    UserFolders folders;
-    SettingsStore system(folders.systemSettingsFile());
-    QVERIFY(system.setValue(QStringLiteral("Settings/SecurityConfigured"), QStringLiteral("true")));
-    QVERIFY(system.setValue(QStringLiteral("Security/Backend"), QStringLiteral("postgresql")));
-    QVERIFY(
-        system.setValue(QStringLiteral("Security/Server"), folders.root() + QStringLiteral("/no-server")));
-    QString error;
-    QVERIFY(!NebraSecurityManager::create(SettingsStore(), {}, &error));
-    QVERIFY2(error.startsWith(QLatin1String("The security server cannot be reached")), qPrintable(error));
-}
+    void lostConnectionRefusesUntilTheServerIsBack()
+    {
+        qputenv("NEBRA_TEST_SECURITY_BACKEND", "postgresql");
+        ManagerSite site({QStringLiteral("General/RunProtocol")});
+        MessageRecorder messages;
+        const std::unique_ptr<NebraSecurityManager> manager = loggedInManager();
+        QVERIFY(manager);
+        QVERIFY(manager->IsOperationAllowed(QStringLiteral("General"), QStringLiteral("RunProtocol")));
 
-void ServerManagerTest::lostConnectionRefusesUntilTheServerIsBack()
-{
-    qputenv("NEBRA_TEST_SECURITY_BACKEND", "postgresql");
-    ManagerSite site({QStringLiteral("General/RunProtocol")});
-    MessageRecorder messages;
-    DialogScript dialogs;
-    QString error;
-    const std::unique_ptr<NebraSecurityManager> manager =
-        NebraSecurityManager::create(SettingsStore(), {}, &error);
-    QVERIFY2(manager, qPrintable(error));
-    dialogs.logIn(QStringLiteral("jsmith"), QStringLiteral("correct horse"));
-    QVERIFY(manager->LogIn(nullptr));
-    QVERIFY(manager->IsOperationAllowed(QStringLiteral("General"), QStringLiteral("RunProtocol")));
+        site.stopServer();
+        QVERIFY(!manager->IsOperationAllowed(QStringLiteral("General"), QStringLiteral("RunProtocol")));
+        QCOMPARE(messages.count(), 1);
+        QVERIFY2(messages.last().text.startsWith(QLatin1String("The security database cannot be read.")),
+                 qPrintable(messages.last().text));
+        QVERIFY(!manager->AddAuditTrailEntry(QStringLiteral("General"), QStringLiteral("While down")));
+        QCOMPARE(messages.count(), 2);
+        QVERIFY2(messages.last().text.startsWith(
+                     NebraSecurityManager::auditWriteFailureText() +
+                     QStringLiteral("\n\nThe audit trail entry could not be recorded")),
+                 qPrintable(messages.last().text));
+        QCOMPARE(messages.last().icon, MessageIcon::Critical);
 
-    site.stopServer();
-    QVERIFY(!manager->IsOperationAllowed(QStringLiteral("General"), QStringLiteral("RunProtocol")));
-    QCOMPARE(messages.count(), 1);
-    QVERIFY2(messages.last().text.startsWith(QLatin1String("The security database cannot be read.")),
-             qPrintable(messages.last().text));
-    QVERIFY(!manager->AddAuditTrailEntry(QStringLiteral("General"), QStringLiteral("While down")));
-    QCOMPARE(messages.count(), 2);
-    QVERIFY2(
-        messages.last().text.startsWith(NebraSecurityManager::auditWriteFailureText() +
-                                        QStringLiteral("\n\nThe audit trail entry could not be recorded")),
-        qPrintable(messages.last().text));
-    QCOMPARE(messages.last().icon, MessageIcon::Critical);
+        site.startServer();
+        QVERIFY(manager->IsOperationAllowed(QStringLiteral("General"), QStringLiteral("RunProtocol")));
+        QVERIFY(manager->AddAuditTrailEntry(QStringLiteral("General"), QStringLiteral("After the restart")));
+        QCOMPARE(messages.count(), 2);
+        manager->SessionLogOut();
+        const QStringList texts = site.auditTexts();
+        QVERIFY(!texts.contains(QStringLiteral("While down")));
+        QCOMPARE(texts.count(QStringLiteral("After the restart")), 1);
+        QCOMPARE(texts.last(), QStringLiteral("Log out"));
+    }
 
-    site.startServer();
-    QVERIFY(manager->IsOperationAllowed(QStringLiteral("General"), QStringLiteral("RunProtocol")));
-    QVERIFY(manager->AddAuditTrailEntry(QStringLiteral("General"), QStringLiteral("After the restart")));
-    QCOMPARE(messages.count(), 2);
-    manager->SessionLogOut();
-    const QStringList texts = site.auditTexts();
-    QVERIFY(!texts.contains(QStringLiteral("While down")));
-    QCOMPARE(texts.count(QStringLiteral("After the restart")), 1);
-    QCOMPARE(texts.last(), QStringLiteral("Log out"));
-}
+    // The server ended the session (its last use lies beyond the idle minutes):
+    // the next activity the Organiser reports ends it here too, as a time-out.
+    void theServerEndsAnIdleSession()
+    {
+        qputenv("NEBRA_TEST_SECURITY_BACKEND", "postgresql");
+        ManagerSite site({QStringLiteral("General/RunProtocol")});
+        MessageRecorder messages;
+        DialogScript dialogs;
+        qint64 now = 0;
+        QString error;
+        const std::unique_ptr<NebraSecurityManager> manager =
+            NebraSecurityManager::create(SettingsStore(), {[&now] { return now; }, 0}, &error);
+        QVERIFY2(manager, qPrintable(error));
+        dialogs.logIn(QStringLiteral("jsmith"), QStringLiteral("correct horse"));
+        QVERIFY(manager->LogIn(nullptr));
+        QSignalSpy loggedOut(manager.get(), &NebraSecurityManager::UserLoggedOut);
+        site.ageSessions(SecuritySettings::DefaultTimeOutMinutes + 1);
+        now += (ServerSecurityBackend::KeepAliveSeconds + 1) *
+               1000; // the workstation's own timer is far from its end
+        manager->ResetTimeOut();
+        QTRY_COMPARE(loggedOut.count(), 1);
+        QCOMPARE(loggedOut.first().at(1).toInt(), int(NebraSecurityManager::TimedOut));
+        QCOMPARE(site.auditTexts().last(),
+                 QStringLiteral("Session timed out on the server after 15 minutes without activity"));
+        QCOMPARE(messages.count(), 0);
+    }
+};
 
 QTEST_MAIN(ServerManagerTest)
 #include "ServerManagerTest.moc"

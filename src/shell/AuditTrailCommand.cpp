@@ -1,18 +1,16 @@
-// The main window's Tools > Audit Trail... command and the audit trail
-// viewer it opens. The command belongs to a security session: it is hidden
-// without one and disabled again when the session ends.
-
-#include "MainWindow.h"
+#include "AuditTrailCommand.h"
 
 #include "AuditTrailModel.h"
 #include "AuditTrailWindow.h"
 #include "Authenticator.h"
 #include "Authorisation.h"
 #include "CommandDispatcher.h"
+#include "CommandSwitches.h"
 #include "NebraSecurityManager.h"
 #include "SecurityAdministration.h"
 #include "SecuritySession.h"
 #include "ToolBarsControl.h"
+#include "ToolDefinitions.h"
 
 #include <QAction>
 #include <QMenu>
@@ -21,8 +19,6 @@
 namespace nebra {
 
 namespace {
-const QString AuditTrailTool = QStringLiteral("ID_AuditTrail");
-const QString ToolsMenu = QStringLiteral("ID_Tools");
 const QString ReviewArea = QLatin1String(NebraSecurityManager::ReviewArea);
 
 // The viewer reads through the manager, which refuses a user without the right.
@@ -57,65 +53,67 @@ AuditTrailWindowSources viewerSources(NebraSecurityManager& manager, AuditTrailM
 }
 } // namespace
 
-AuditTrailWindow* MainWindow::auditTrailWindow() const
+AuditTrailCommand::AuditTrailCommand(Parts parts, QObject* parent) : QObject(parent), m_parts(parts)
 {
-    return m_auditTrail;
+    hide();
 }
 
-void MainWindow::hideAuditTrailCommand()
+void AuditTrailCommand::setMenuShown(bool shown)
 {
-    m_commands->setCommand(AuditTrailTool, {});
-    m_toolBars->setToolVisible(AuditTrailTool, false);
-    if (QMenu* tools = m_toolBars->menu(ToolsMenu))
-        tools->menuAction()->setVisible(false);
+    m_parts.switches.setCommandVisible(CommandId::AuditTrail, shown);
+    if (QMenu* tools = m_parts.tools.menu(ToolDefinitions::toolId(CommandId::ToolsMenu)))
+        tools->menuAction()->setVisible(shown);
 }
 
-// Offered to every user of a session; whether they may use it is asked when they do.
-void MainWindow::offerAuditTrailCommand()
+void AuditTrailCommand::hide()
 {
-    m_toolBars->setToolVisible(AuditTrailTool, true);
-    if (QMenu* tools = m_toolBars->menu(ToolsMenu))
-        tools->menuAction()->setVisible(true);
-    m_commands->setCommand(AuditTrailTool, [this] { ShowAuditTrail(); });
+    m_parts.commands.setCommand(CommandId::AuditTrail, {});
+    setMenuShown(false);
 }
 
-void MainWindow::closeAuditTrail()
+void AuditTrailCommand::offer()
 {
-    if (m_auditTrail)
-        m_auditTrail->close();
+    setMenuShown(true);
+    m_parts.commands.setCommand(CommandId::AuditTrail, [this] { ShowAuditTrail(); });
 }
 
-void MainWindow::ShowAuditTrail()
+void AuditTrailCommand::close()
 {
-    if (!m_security || !m_security->SecurityEnabled())
-        return;
-    if (!m_authorisation->CanPerformSecurityOperation(
+    if (m_viewer)
+        m_viewer->close();
+}
+
+void AuditTrailCommand::ShowAuditTrail()
+{
+    SecuritySession& session = m_parts.session;
+    Authorisation& authorisation = m_parts.authorisation;
+    if (!session.SecurityEnabled() ||
+        !authorisation.CanPerformSecurityOperation(
             ReviewArea, QLatin1String(NebraSecurityManager::ReviewOperation), true))
         return;
-    if (m_auditTrail) {
-        m_auditTrail->showNormal();
-        m_auditTrail->raise();
-        m_auditTrail->activateWindow();
+    if (m_viewer) {
+        m_viewer->showNormal();
+        m_viewer->raise();
+        m_viewer->activateWindow();
         return;
     }
-    if (!m_authorisation->AddAuditTrailEntryOperation(ReviewArea,
-                                                      QStringLiteral("Audit trail viewer opened")))
+    if (!authorisation.AddAuditTrailEntryOperation(ReviewArea, QStringLiteral("Audit trail viewer opened")))
         return;
-    NebraSecurityManager* manager = m_security->NebraSecurityManagerObj();
+    NebraSecurityManager* manager = session.NebraSecurityManagerObj();
     auto* model = new AuditTrailModel(readingThrough(*manager));
     AuditTrailWindowSources sources = viewerSources(*manager, *model);
-    sources.record = [this, model](const QString& text) {
-        const bool recorded = m_authorisation->AddAuditTrailEntryOperation(ReviewArea, text);
+    sources.record = [&authorisation, model](const QString& text) {
+        const bool recorded = authorisation.AddAuditTrailEntryOperation(ReviewArea, text);
         // The table takes the new entry in once the export is done with the view.
         if (recorded)
             QTimer::singleShot(0, model, &AuditTrailModel::reload);
         return recorded;
     };
-    m_auditTrail = new AuditTrailWindow(std::move(sources), this);
-    model->setParent(m_auditTrail);
-    connect(model, &AuditTrailModel::readFailed, m_auditTrail, &AuditTrailWindow::showReadFailure);
+    m_viewer = new AuditTrailWindow(std::move(sources), &m_parts.owner);
+    model->setParent(m_viewer);
+    connect(model, &AuditTrailModel::readFailed, m_viewer, &AuditTrailWindow::showReadFailure);
     model->reload();
-    m_auditTrail->show();
+    m_viewer->show();
 }
 
 } // namespace nebra

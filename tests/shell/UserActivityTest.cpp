@@ -1,0 +1,68 @@
+#include "UserActivity.h"
+#include "BrowserControl.h"
+#include "TestFiles.h"
+#include "WebEngineTestMain.h"
+
+#include <QLineEdit>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+
+using namespace nebra;
+
+// What counts as the user's activity, the one thing that keeps a security
+// session open: a key or a click anywhere in the program; not the pointer
+// passing over a window, and not a page that goes elsewhere by itself.
+class UserActivityTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void keysAndClicksCount_data()
+    {
+        QTest::addColumn<QString>("input");
+        QTest::addColumn<bool>("counts");
+        QTest::newRow("a key") << "key" << true;
+        QTest::newRow("a click") << "click" << true;
+        QTest::newRow("the pointer moving") << "move" << false;
+    }
+
+    void keysAndClicksCount()
+    {
+        QFETCH(QString, input);
+        QFETCH(bool, counts);
+        QLineEdit field; // a window of the program the watch has never heard of
+        field.show();
+        UserActivity activity;
+        QSignalSpy noted(&activity, &UserActivity::activity);
+        if (input == "key")
+            QTest::keyClick(&field, Qt::Key_A);
+        else if (input == "click")
+            QTest::mouseClick(&field, Qt::LeftButton);
+        else
+            QTest::mouseMove(&field, QPoint(5, 5));
+        QCOMPARE(noted.count() > 0, counts);
+    }
+
+    // A page that refreshes itself into another page, with nobody at the keyboard.
+    void aPageGoingElsewhereByItselfDoesNotCount()
+    {
+        QTemporaryDir dir;
+        const QString next = dir.filePath(QStringLiteral("next.htm"));
+        test::writeFile(next, "<html><body>next</body></html>");
+        const QString first = dir.filePath(QStringLiteral("first.htm"));
+        test::writeFile(
+            first, "<html><head><meta http-equiv=\"refresh\" content=\"0; url=next.htm\"></head></html>");
+        BrowserControl browser;
+        UserActivity activity;
+        QSignalSpy noted(&activity, &UserActivity::activity);
+        QSignalSpy announced(&browser, &BrowserControl::BeforeNavigate2);
+        browser.Navigate(QUrl::fromLocalFile(first));
+        QTRY_COMPARE_WITH_TIMEOUT(browser.LocationURL(), QUrl::fromLocalFile(next),
+                                  BrowserControl::DefaultWaitLimitMs);
+        QCOMPARE(announced.count(), 1);
+        QCOMPARE(noted.count(), 0);
+    }
+};
+
+NEBRA_WEBENGINE_TEST_MAIN(UserActivityTest)
+#include "UserActivityTest.moc"

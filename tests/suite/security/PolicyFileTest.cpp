@@ -1,0 +1,208 @@
+#include "SecurityStore.h"
+#include "SettingsStore.h"
+#include "SuiteSettings.h"
+#include "TestFiles.h"
+#include "UserFolders.h"
+
+#include <QProcess>
+#include <QTest>
+
+#include <grp.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace nebra;
+using namespace nebra::test;
+
+// The site's policy is read from /etc/xdg/Nebra/Suite.ini and nowhere else:
+// a user's environment cannot move it, replace it with a file of their own
+// or make their own file the policy, and a policy file that others than
+// root could change is not trusted. The real program is shown a policy at
+// the real path in a private mount namespace, never the machine's own.
+class PolicyFileTest : public QObject
+{
+    Q_OBJECT
+
+    struct Run
+    {
+        int exitCode = -1;
+        QString out;
+        QString err;
+    };
+
+    static Run run(const QString& program, const QStringList& arguments)
+    {
+        QProcess process;
+        process.start(program, arguments);
+        if (!process.waitForFinished(60000))
+            return {};
+        return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
+                QString::fromUtf8(process.readAllStandardError())};
+    }
+
+    // A site policy naming database, as the administrator's create leaves it.
+    static void writePolicy(const QString& path, const QString& database)
+    {
+        QVERIFY(QDir().mkpath(QFileInfo(path).absolutePath()));
+        writeFile(path, QStringLiteral("[Settings]\nSecurityConfigured=true\n[Security]\nDatabasePath=%1\n")
+                            .arg(database)
+                            .toUtf8());
+        QVERIFY(QFile::setPermissions(path, QFileDevice::ReadOwner | QFileDevice::WriteOwner |
+                                                QFileDevice::ReadGroup | QFileDevice::ReadOther));
+    }
+
+    std::unique_ptr<UserFolders> m_folders;
+
+private Q_SLOTS:
+    void init() { m_folders = std::make_unique<UserFolders>(); }
+    void cleanup() { m_folders.reset(); }
+
+    // 5: XDG_CONFIG_HOME pointed at the policy's folder makes the policy the
+    // user's own file: it stays the policy, and no personal store is used.
+    void theUsersFileIsNeverThePolicy()
+    {
+        const QString policy = m_folders->systemSettingsFile();
+        writeFile(policy,
+                  "[Settings]\nSecurityConfigured=true\n[Security]\nBackend=postgresql\nServer=/run/site\n");
+        qputenv("XDG_CONFIG_HOME",
+                QFile::encodeName(QFileInfo(policy).absolutePath() + QStringLiteral("/..")));
+        SettingsStore store;
+        QVERIFY(!store.warning().isEmpty());
+        QVERIFY(!store.setValue(QStringLiteral("Settings/SecurityConfigured"), false));
+        const SecuritySettings settings = SecuritySettings::fromStore(store);
+        QVERIFY(settings.systemWide);
+        QCOMPARE(settings.backend, SecuritySettings::Backend::Server);
+        QCOMPARE(settings.server.host, QStringLiteral("/run/site"));
+    }
+
+    // 5: a policy that others than its owner could change, or replace in its
+    // folder, is not trusted: security refuses to start, naming the fix.
+    void aPolicyOthersCanChangeIsRefused_data()
+    {
+        QTest::addColumn<QString>("damage");
+        QTest::addColumn<QString>("fix");
+        QTest::newRow("file writable by the group") << "file 0664"
+                                                    << "chmod go-w";
+        QTest::newRow("file writable by everyone") << "file 0666"
+                                                   << "chmod go-w";
+        QTest::newRow("folder writable by the group") << "folder 0775"
+                                                      << "chmod go-w";
+        QTest::newRow("file of another user") << "owner"
+                                              << "chown";
+    }
+
+    void aPolicyOthersCanChangeIsRefused()
+    {
+        QFETCH(QString, damage);
+        QFETCH(QString, fix);
+        if (damage == QLatin1String("owner") && ::geteuid() != 0)
+            QSKIP("Giving the file to another user needs root.");
+        const QString policy = m_folders->systemSettingsFile();
+        writePolicy(policy, m_folders->root() + QStringLiteral("/site.db"));
+        const QString target =
+            damage.startsWith(QLatin1String("folder")) ? QFileInfo(policy).absolutePath() : policy;
+        if (damage == QLatin1String("owner"))
+            QCOMPARE(::chown(QFile::encodeName(policy).constData(), 65534, 65534), 0);
+        else
+            QCOMPARE(
+                ::chmod(QFile::encodeName(target).constData(), damage.section(' ', 1).toUInt(nullptr, 8)), 0);
+        SettingsStore store;
+        const QString problem = store.systemProblem();
+        QVERIFY2(problem.contains(fix) && problem.contains(target), qPrintable(problem));
+        QVERIFY(SuiteSettings(store).SecurityConfigured());
+        QString error;
+        QVERIFY(!SecurityStore::open(SecuritySettings::fromStore(store), &error));
+        QCOMPARE(error, problem);
+    }
+
+    // 11: a user outside the site group is told to join it, never to open
+    // the file (which may hold the server's password) to everyone.
+    void aNonMemberIsToldTheGroup()
+    {
+        const QString policy = m_folders->systemSettingsFile();
+        writePolicy(policy, m_folders->root() + QStringLiteral("/site.db"));
+        QVERIFY(QFile::setPermissions(policy, QFileDevice::ReadOwner | QFileDevice::WriteOwner |
+                                                  QFileDevice::ReadGroup));
+        QString said;
+        if (::geteuid() == 0) {
+            // root reads every file: the program runs as a user of no group of the file's.
+            const group* users = ::getgrnam("users");
+            QVERIFY(users);
+            QCOMPARE(::chown(QFile::encodeName(policy).constData(), 0, users->gr_gid), 0);
+            QVERIFY(QFile::setPermissions(m_folders->root(),
+                                          QFile::permissions(m_folders->root()) | QFileDevice::ExeOther));
+            const Run status =
+                run(QStringLiteral("setpriv"),
+                    {"--reuid=65534", "--regid=65534", "--clear-groups", QStringLiteral(SECADMIN), "status"});
+            QCOMPARE(status.exitCode, 1);
+            said = status.out;
+        } else {
+            QVERIFY(QFile::setPermissions(policy, QFileDevice::ReadGroup)); // not even its owner reads it
+            said = SettingsStore().systemProblem();
+        }
+        QVERIFY2(said.contains(QLatin1String("add you to the group")) &&
+                     said.contains(QLatin1String("0640")) && !said.contains(QLatin1String("0644")),
+                 qPrintable(said));
+    }
+
+    // 5: the real program, with a policy at the real path (a folder of the
+    // test's bound over /etc/xdg in a mount namespace of its own), reads that
+    // policy whatever XDG_CONFIG_DIRS and XDG_CONFIG_HOME say, and create
+    // writes it there, also from a desktop session's environment.
+    void theProgramReadsAndWritesOnlyTheFixedPolicy_data()
+    {
+        QTest::addColumn<QStringList>("environment"); // for env(1)
+        QTest::addColumn<QString>("command");
+        // clang-format off
+        QTest::newRow("XDG_CONFIG_DIRS unset") << QStringList{"-u", "XDG_CONFIG_DIRS"} << "status";
+        QTest::newRow("a folder of the user's first") << QStringList{"XDG_CONFIG_DIRS=DESK:/etc/xdg"} << "status";
+        QTest::newRow("XDG_CONFIG_HOME at the policy's folder") << QStringList{"XDG_CONFIG_HOME=/etc/xdg"} << "status";
+        QTest::newRow("create from a desktop session") << QStringList{"XDG_CONFIG_DIRS=/etc/xdg/xdg-desk:/etc/xdg"} << "create";
+        // clang-format on
+    }
+
+    void theProgramReadsAndWritesOnlyTheFixedPolicy()
+    {
+        QFETCH(QStringList, environment);
+        QFETCH(QString, command);
+        if (::geteuid() != 0)
+            QSKIP(
+                "Showing the program a policy at /etc/xdg needs root (a bind mount in a private namespace).");
+        const QString etc = m_folders->root() + QStringLiteral("/etc-xdg");
+        const QString database = m_folders->root() + QStringLiteral("/site/Security.db");
+        if (command == QLatin1String("status")) {
+            writePolicy(etc + QStringLiteral("/Nebra/Suite.ini"), database);
+            // The user's own folder, first in the list, holds a policy that switches security off.
+            writeFile(
+                m_folders->root() + QStringLiteral("/desk/Nebra/Suite.ini"),
+                "[Settings]\nSecurityConfigured=false\n[Security]\nDatabasePath=/home/mallory/mine.db\n");
+        }
+        QVERIFY(QDir().mkpath(etc + QStringLiteral("/xdg-desk")));
+        environment.replaceInStrings(QStringLiteral("DESK"), m_folders->root() + QStringLiteral("/desk"));
+        QStringList arguments{
+            "-m", "--propagation", "private", "sh", "-c", "mount --bind \"$0\" /etc/xdg && exec \"$@\"", etc,
+            "env"};
+        arguments << environment << QStringLiteral(SECADMIN_PROGRAM) << command;
+        if (command == QLatin1String("create"))
+            arguments << "--database" << database;
+        const Run ran = run(QStringLiteral("unshare"), arguments);
+        if (ran.err.contains(QLatin1String("unshare failed")) || ran.err.contains(QLatin1String("mount:")))
+            QSKIP(qPrintable(QStringLiteral("No private mount namespace here: ") + ran.err));
+        QVERIFY2(ran.exitCode == 0, qPrintable(ran.out + ran.err));
+        if (command == QLatin1String("status")) {
+            QVERIFY2(ran.out.contains(
+                         QLatin1String("Policy: set by the system-wide file \"/etc/xdg/Nebra/Suite.ini\"")),
+                     qPrintable(ran.out));
+            QVERIFY2(ran.out.contains(QLatin1String("SecurityConfigured = true (system file)")),
+                     qPrintable(ran.out));
+        } else {
+            QVERIFY2(ran.out.contains(QLatin1String("\"/etc/xdg/Nebra/Suite.ini\" now turns security on")),
+                     qPrintable(ran.out));
+            QVERIFY(!QFileInfo::exists(etc + QStringLiteral("/xdg-desk/Nebra/Suite.ini")));
+            QVERIFY(QFileInfo::exists(etc + QStringLiteral("/Nebra/Suite.ini")));
+        }
+    }
+};
+
+QTEST_GUILESS_MAIN(PolicyFileTest)
+#include "PolicyFileTest.moc"

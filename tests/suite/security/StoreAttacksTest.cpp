@@ -1,0 +1,318 @@
+#include "Authenticator.h"
+#include "SecondProcess.h"
+#include "SecurityFixture.h"
+#include "UserFolders.h"
+
+#include <QElapsedTimer>
+#include <QScopeGuard>
+#include <QTest>
+
+#include <cerrno>
+#include <cstring>
+
+#include <sched.h>
+#include <sys/mount.h>
+#include <unistd.h>
+
+using namespace nebra;
+using namespace nebra::test;
+
+// Attacks on the embedded store that need no site key, carried out with an
+// SQLite connection and file copies of their own, as any member of the
+// site group could: rows written back from before a revoke, rows removed,
+// role names swapped, entries cut off with an older head file written
+// back, an unknown user's label guessed back, and a full disk.
+class StoreAttacksTest : public QObject
+{
+    Q_OBJECT
+
+    using Run = test::ProcessRun;
+
+    Run secadmin(const QStringList& arguments, const QByteArray& input = {}) const
+    {
+        return test::runProgram(QStringLiteral(SECADMIN),
+                                QStringList{QStringLiteral("--database"), database()} + arguments, input);
+    }
+    void administer(const QStringList& arguments) const
+    {
+        const Run run = secadmin(arguments);
+        QVERIFY2(run.exitCode == 0,
+                 qPrintable(arguments.join(QLatin1Char(' ')) + QLatin1Char(' ') + run.err));
+    }
+    QString database() const { return m_fixture->settings().databasePath; }
+    QString saved() const { return m_folders->root() + QStringLiteral("/saved.db"); }
+
+    bool allowed(const QString& user, const QString& area, const QString& operation) const
+    {
+        const std::unique_ptr<SecurityStore> store = m_fixture->open(SecurityStore::HeadCheck::Skipped);
+        QString error;
+        return store && store->users().isOperationAllowed(user, area, operation, &error);
+    }
+    LogInStatus logIn(const QString& name, const QString& password) const
+    {
+        const std::unique_ptr<SecurityStore> store = m_fixture->open(SecurityStore::HeadCheck::Skipped);
+        return Authenticator(*store).authenticate(name, SecretBytes(password.toUtf8())).status;
+    }
+
+    std::unique_ptr<UserFolders> m_folders;
+    std::unique_ptr<SecurityFixture> m_fixture;
+
+private Q_SLOTS:
+    void init()
+    {
+        m_folders = std::make_unique<UserFolders>();
+        m_fixture = std::make_unique<SecurityFixture>(m_folders->root() + QStringLiteral("/site"));
+        m_fixture->settings().siteKeyFile = database() + QStringLiteral(".key");
+        m_fixture->settings().chainHeadFile = database() + QStringLiteral(".head");
+        administer({"create", "--per-user"});
+        QCOMPARE(secadmin({"add-user", "jsmith"}, "correct horse\n").exitCode, 0);
+        QCOMPARE(secadmin({"add-user", "mallory"}, "battery staple\n").exitCode, 0);
+        administer({"add-role", "Readers"});
+        administer({"grant-role", "Readers", "Reader", "Run"});
+        administer({"add-role", "Admins"});
+        administer({"grant-role", "Admins", "*", "*"});
+    }
+
+    void cleanup()
+    {
+        m_fixture.reset();
+        m_folders.reset();
+    }
+
+    // 7: a row kept from before an administrator took something away, and
+    // written back afterwards, carries its old MAC: it grants nothing, and
+    // verify names it.
+    void rowsWrittenBackGrantNothing_data()
+    {
+        QTest::addColumn<QStringList>("give");
+        QTest::addColumn<QString>("table");
+        QTest::addColumn<QStringList>("takeAway");
+        QTest::addColumn<QString>("writeBack");
+        // clang-format off
+        QTest::newRow("right, after revoke") << QStringList{"grant", "mallory", "Layouts", "Edit"} << "user_rights"
+            << QStringList{"revoke", "mallory", "Layouts", "Edit"} << "INSERT INTO main.user_rights SELECT * FROM saved.kept";
+        QTest::newRow("membership, after unassign-role") << QStringList{"assign-role", "mallory", "Admins"} << "user_roles"
+            << QStringList{"unassign-role", "mallory", "Admins"} << "INSERT INTO main.user_roles SELECT * FROM saved.kept";
+        QTest::newRow("user, after disable-user") << QStringList{"grant", "mallory", "Layouts", "Edit"} << "users"
+            << QStringList{"disable-user", "mallory"}
+            << "UPDATE main.users SET disabled = 0, mac = (SELECT mac FROM saved.kept WHERE name = 'mallory') WHERE name = 'mallory'";
+        // clang-format on
+    }
+
+    void rowsWrittenBackGrantNothing()
+    {
+        QFETCH(QStringList, give);
+        QFETCH(QString, table);
+        QFETCH(QStringList, takeAway);
+        QFETCH(QString, writeBack);
+        administer(give);
+        QVERIFY(allowed(QStringLiteral("mallory"), QStringLiteral("Layouts"), QStringLiteral("Edit")));
+        m_fixture->tamper({QStringLiteral("ATTACH '%1' AS saved").arg(saved()),
+                           QStringLiteral("CREATE TABLE saved.kept AS SELECT * FROM main.%1").arg(table)});
+        administer(takeAway);
+        m_fixture->tamper({QStringLiteral("ATTACH '%1' AS saved").arg(saved()), writeBack});
+
+        QVERIFY(!allowed(QStringLiteral("mallory"), QStringLiteral("Layouts"), QStringLiteral("Edit")));
+        if (table == QLatin1String("users"))
+            QCOMPARE(logIn(QStringLiteral("mallory"), QStringLiteral("battery staple")),
+                     LogInStatus::Refused);
+        const Run verify = secadmin({"verify"});
+        QCOMPARE(verify.exitCode, 1);
+        QVERIFY2(verify.out.contains(QLatin1String("altered")), qPrintable(verify.out));
+    }
+
+    // 7: rows removed behind the suite's back are noticed by verify.
+    void removedRowsAreReported_data()
+    {
+        QTest::addColumn<QString>("removal");
+        QTest::newRow("a membership") << "DELETE FROM user_roles";
+        QTest::newRow("a user") << "DELETE FROM users WHERE name = 'mallory'";
+        QTest::newRow("a role's right") << "DELETE FROM role_rights WHERE area = 'Reader'";
+    }
+
+    void removedRowsAreReported()
+    {
+        QFETCH(QString, removal);
+        administer({"assign-role", "jsmith", "Readers"});
+        QCOMPARE(secadmin({"verify"}).exitCode, 0);
+        m_fixture->tamper({removal});
+        const Run verify = secadmin({"verify"});
+        QCOMPARE(verify.exitCode, 1);
+        QVERIFY2(verify.out.contains(QLatin1String("have been removed")), qPrintable(verify.out));
+    }
+
+    // 7: two roles' names swapped: the administrator's next assign-role is
+    // refused instead of giving the other role, and the roles grant nothing.
+    void swappedRoleNamesAreRefused()
+    {
+        administer({"assign-role", "jsmith", "Readers"});
+        m_fixture->tamper({"UPDATE roles SET name = 'swap' WHERE name = 'Readers'",
+                           "UPDATE roles SET name = 'Readers' WHERE name = 'Admins'",
+                           "UPDATE roles SET name = 'Admins' WHERE name = 'swap'"});
+        const Run assigned = secadmin({"assign-role", "mallory", "Readers"});
+        QCOMPARE(assigned.exitCode, 1);
+        QVERIFY2(assigned.err.contains(QLatin1String("changed outside the suite")), qPrintable(assigned.err));
+        QVERIFY(!allowed(QStringLiteral("mallory"), QStringLiteral("Instrumentation"),
+                         QStringLiteral("SelectDriver")));
+        QVERIFY(!allowed(QStringLiteral("jsmith"), QStringLiteral("Reader"), QStringLiteral("Run")));
+        const Run verify = secadmin({"verify"});
+        QCOMPARE(verify.exitCode, 1);
+        QVERIFY2(verify.out.contains(QLatin1String("The record of role \"Readers\" has been altered")),
+                 qPrintable(verify.out));
+    }
+
+    // 8: the newest entries cut off and a copy of the older head file written
+    // back; or only the older head written back.
+    void anOlderHeadIsFound_data()
+    {
+        QTest::addColumn<bool>("cutOff");
+        QTest::addColumn<QString>("said");
+        QTest::newRow("entries cut off, older head") << true << "the newest entries have been cut off";
+        QTest::newRow("older head alone") << false << "has been replaced by an older copy";
+    }
+
+    void anOlderHeadIsFound()
+    {
+        QFETCH(bool, cutOff);
+        QFETCH(QString, said);
+        const QString head = m_fixture->settings().chainHeadFile;
+        QVERIFY(QFile::copy(head, m_folders->root() + QStringLiteral("/older.head")));
+        const int kept = m_fixture->auditTexts().size();
+        administer({"disable-user", "mallory"});
+        administer({"grant", "jsmith", "*", "*"});
+        if (cutOff)
+            m_fixture->tamper({"DROP TRIGGER audit_trail_no_delete",
+                               QStringLiteral("DELETE FROM audit_trail WHERE seq > %1").arg(kept)});
+        QVERIFY(QFile::remove(head));
+        QVERIFY(QFile::copy(m_folders->root() + QStringLiteral("/older.head"), head));
+
+        QString error;
+        QVERIFY(!SecurityStore::open(m_fixture->settings(), &error));
+        QVERIFY2(error.contains(said), qPrintable(error));
+        const Run verify = secadmin({"verify"});
+        QCOMPARE(verify.exitCode, 1);
+        QVERIFY2(verify.out.contains(said), qPrintable(verify.out));
+        QCOMPARE(secadmin({"grant", "mallory", "*", "*"}).exitCode, 1);
+    }
+
+    // 8: the database written back from a copy made before a change, beside
+    // the head that recorded the change: the store does not open, verify
+    // names the entry the head knows and the database lacks, and no further
+    // change is made.
+    void aDatabaseBehindItsHeadIsFound()
+    {
+        QVERIFY(QFile::copy(database(), saved()));
+        administer({"disable-user", "mallory"});
+        QVERIFY(QFile::remove(database()));
+        QVERIFY(QFile::copy(saved(), database()));
+
+        QString error;
+        QVERIFY(!SecurityStore::open(m_fixture->settings(), &error));
+        const Run verify = secadmin({"verify"});
+        QCOMPARE(verify.exitCode, 1);
+        QVERIFY2(verify.out.contains(QLatin1String("the newest entry has been cut off")),
+                 qPrintable(verify.out));
+        QCOMPARE(secadmin({"enable-user", "mallory"}).exitCode, 1);
+    }
+
+    // A row whose MAC cannot be written while every row is sealed afresh
+    // (a fault injected in the database) fails the change as a whole:
+    // nothing of it is kept, and the store still verifies.
+    void aSealThatCannotBeWrittenChangesNothing()
+    {
+        m_fixture->tamper({"CREATE TRIGGER injected BEFORE UPDATE OF mac ON roles "
+                           "BEGIN SELECT RAISE(ABORT, 'injected failure'); END"});
+        const Run granted = secadmin({"grant", "mallory", "Layouts", "Edit"});
+        QCOMPARE(granted.exitCode, 1);
+        QVERIFY2(granted.err.contains(QLatin1String("injected failure")), qPrintable(granted.err));
+        m_fixture->tamper({"DROP TRIGGER injected"});
+        QVERIFY(!allowed(QStringLiteral("mallory"), QStringLiteral("Layouts"), QStringLiteral("Edit")));
+        const Run verify = secadmin({"verify"});
+        QVERIFY2(verify.exitCode == 0, qPrintable(verify.out));
+    }
+
+    // 9: a password typed into the name field is recorded only as a label
+    // that costs a password hash's work per guess: an attacker holding the
+    // key, with a dictionary that holds the password, gets nowhere in a second.
+    void unknownNamesCannotBeGuessedBack()
+    {
+        QCOMPARE(logIn(QStringLiteral("Tr0ub4dor&3"), QStringLiteral("jsmith")), LogInStatus::Refused);
+        QCOMPARE(logIn(QStringLiteral("tr0ub4dor&3"), QStringLiteral("jsmith")), LogInStatus::Refused);
+        const QStringList users = [this] {
+            QStringList names;
+            QString error;
+            for (const AuditEntry& entry : m_fixture->open()->audit().entries(&error))
+                names.append(entry.userName);
+            return names;
+        }();
+        const QString label = users.last();
+        QVERIFY2(label.startsWith(QLatin1String("unknown user #")), qPrintable(label));
+        QCOMPARE(users.at(users.size() - 2), label); // the same name, recognisably
+
+        QStringList dictionary;
+        for (int i = 0; i < 5000; ++i)
+            dictionary.append(QStringLiteral("guess%1").arg(i));
+        dictionary.insert(4000, QStringLiteral("Tr0ub4dor&3"));
+        const std::unique_ptr<SecurityStore> store = m_fixture->open();
+        const Authenticator attacker(*store);
+        QElapsedTimer clock;
+        clock.start();
+        int tried = 0;
+        bool found = false;
+        while (!found && tried < dictionary.size() && clock.elapsed() < 1000)
+            found = attacker.unknownUserLabel(dictionary.at(tried++)) == label;
+        QVERIFY2(!found, qPrintable(QStringLiteral("recovered after %1 guesses").arg(tried)));
+        QVERIFY2(tried < 1000, qPrintable(QStringLiteral("%1 guesses a second").arg(tried)));
+    }
+
+    // 10: the disk fills up while entries are being recorded, so the
+    // checkpoint at closing is cut short; once there is space again the store
+    // opens with every entry that was committed, and verifies.
+    void aFullDiskDoesNotLockTheStoreOut()
+    {
+        if (::geteuid() != 0)
+            QSKIP(
+                "Filling a small file system of its own needs root (a tmpfs in a private mount namespace).");
+        if (::unshare(CLONE_NEWNS) != 0 || ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0)
+            QSKIP(qPrintable(QStringLiteral("No private mount namespace for a small file system: %1")
+                                 .arg(QString::fromLocal8Bit(strerror(errno)))));
+        const QString disk = m_folders->root() + QStringLiteral("/disk");
+        QVERIFY(QDir().mkpath(disk));
+        QVERIFY2(::mount("tmpfs", QFile::encodeName(disk).constData(), "tmpfs", 0, "size=512k") == 0,
+                 strerror(errno));
+        // Gone with the test, so that the test's folder can be removed.
+        const auto unmount =
+            qScopeGuard([&disk] { ::umount2(QFile::encodeName(disk).constData(), MNT_DETACH); });
+        SecurityFixture small(disk);
+        small.create();
+        const QString spare = disk + QStringLiteral("/spare");
+        QFile reserve(spare);
+        QVERIFY(reserve.open(QIODevice::WriteOnly) &&
+                reserve.write(QByteArray(64 * 1024, '\0')) == 64 * 1024);
+        reserve.close();
+        qint64 committed = 0;
+        {
+            const std::unique_ptr<SecurityStore> store = small.open();
+            QVERIFY(store);
+            for (;;) {
+                const AuditAppendResult result = store->audit().append(
+                    QStringLiteral("jsmith"), QStringLiteral("General"), QString(300, QLatin1Char('x')));
+                if (result.sequence == 0)
+                    break;
+                committed = result.sequence;
+            }
+            QVERIFY(committed > 10);
+        } // closing checkpoints into the full disk
+        QVERIFY(QFile::remove(spare));
+
+        QString error;
+        const std::unique_ptr<SecurityStore> reopened = SecurityStore::open(small.settings(), &error);
+        QVERIFY2(reopened, qPrintable(error));
+        const AuditVerification verification = reopened->audit().verify();
+        QVERIFY2(verification.ok, qPrintable(verification.message));
+        QCOMPARE(verification.entryCount, committed);
+    }
+};
+
+QTEST_GUILESS_MAIN(StoreAttacksTest)
+#include "StoreAttacksTest.moc"

@@ -1,0 +1,356 @@
+// Attacks on the security server by those who hold the client role's
+// password or an administrator's role, each carried out against a real
+// server: reading other workstations' passwords and tokens from the
+// server's activity view and log, holding the audit trail in an open
+// transaction, using a token long after its session went idle, choosing a
+// weak password past the dialog, and recording changes under someone
+// else's name or re-chaining the trail as an administrator.
+
+#include "AdminToolCases.h"
+#include "PostgresServer.h"
+#include "SecretBytes.h"
+#include "SecuritySettings.h"
+#include "ServerAdministration.h"
+#include "ServerConnection.h"
+#include "ServerSecurityBackend.h"
+#include "ServerSession.h"
+
+#include <QCryptographicHash>
+#include <QRegularExpression>
+#include <QSet>
+#include <QThread>
+#include <QtTest>
+
+#include <atomic>
+#include <functional>
+
+using namespace nebra;
+
+namespace {
+
+const QString InsufficientPrivilege = QStringLiteral("42501");
+
+std::unique_ptr<ServerConnection> openConnection(const ServerSettings& settings)
+{
+    QString error;
+    std::unique_ptr<ServerConnection> c = ServerConnection::open(settings, &error);
+    if (!c)
+        qFatal("%s", qPrintable(error));
+    return c;
+}
+
+} // namespace
+
+class ServerAttacksTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void noSecretInQueryTextOrLog();
+    void anOpenTransactionDoesNotBlockTheLab();
+    void idleTokensEndOnTheServer();
+    void changePasswordKeepsThePolicy_data();
+    void changePasswordKeepsThePolicy();
+    void administratorsAreWhoTheServerSays();
+
+private:
+    // The newest audit entry, as the superuser reads it: user and text.
+    std::pair<QString, QString> newestEntry()
+    {
+        ServerResult q;
+        QString error;
+        if (!m_super->exec(
+                q, QStringLiteral("SELECT user_name, text FROM nebra.audit_trail ORDER BY seq DESC LIMIT 1"),
+                {}, &error) ||
+            !q.next())
+            return {};
+        return {q.value(0).toString(), q.value(1).toString()};
+    }
+    void admin(const std::function<bool(ServerAdministration&, QString*)>& change)
+    {
+        ServerAdministration administration(*m_super, QStringLiteral("pc"));
+        QString error;
+        QVERIFY2(change(administration, &error), qPrintable(error));
+    }
+    void superuser(const QString& script)
+    {
+        QString error;
+        QVERIFY2(m_super->execScript(script, &error), qPrintable(error));
+    }
+    // What another session of the client role sees of the others' statements.
+    QStringList othersActivity(ServerConnection& observer)
+    {
+        ServerResult q;
+        QString error;
+        QStringList seen;
+        if (observer.exec(q,
+                          QStringLiteral("SELECT coalesce(query, '') FROM pg_stat_activity "
+                                         "WHERE pid <> pg_backend_pid()"),
+                          {}, &error))
+            while (q.next())
+                seen.append(q.value(0).toString());
+        return seen;
+    }
+
+    // What a second session of the client role sees of the others' statements while calls run.
+    QString watchedWhile(const std::function<void()>& calls)
+    {
+        std::atomic<bool> watching{true};
+        QSet<QString> seen;
+        QThread* watcher = QThread::create([&] {
+            const std::unique_ptr<ServerConnection> observer = openConnection(m_server->client());
+            while (watching)
+                for (const QString& text : othersActivity(*observer))
+                    seen.insert(text);
+        });
+        watcher->start();
+        calls();
+        watching = false;
+        watcher->wait();
+        delete watcher;
+        return seen.values().join(QLatin1Char('\n'));
+    }
+    // Whatever in text looks like a session token is no token the server keeps.
+    void checkNoToken(const QString& text)
+    {
+        static const QRegularExpression hex(QStringLiteral("[0-9a-f]{64}"));
+        for (const QRegularExpressionMatch& m : hex.globalMatch(text)) {
+            const QByteArray hash = QCryptographicHash::hash(QByteArray::fromHex(m.captured(0).toLatin1()),
+                                                             QCryptographicHash::Sha256);
+            ServerResult q;
+            QString error;
+            QVERIFY(m_super->exec(q,
+                                  QStringLiteral("SELECT count(*) FROM nebra.sessions WHERE token_hash = ?"),
+                                  {hash}, &error));
+            QVERIFY(q.next());
+            QVERIFY2(q.value(0).toInt() == 0, qPrintable(m.captured(0)));
+        }
+    }
+
+    std::unique_ptr<test::PostgresServer> m_server;
+    std::unique_ptr<ServerConnection> m_super;
+};
+
+void ServerAttacksTest::initTestCase()
+{
+    m_server = std::make_unique<test::PostgresServer>();
+    if (!m_server->problem().isEmpty())
+        QSKIP(qPrintable(m_server->problem()));
+    m_server->createSite();
+    m_super = openConnection(m_server->superuser());
+    admin([](ServerAdministration& a, QString* e) {
+        return a.setPolicy(5, 4, e) &&
+               a.addUser(QStringLiteral("jsmith"), {}, SecretBytes("correct horse"), e) &&
+               a.grant(QStringLiteral("jsmith"), {QStringLiteral("Reader"), QStringLiteral("Run")}, e) &&
+               a.addUser(QStringLiteral("pjones"), {}, SecretBytes("battery staple"), e);
+    });
+}
+
+// A colleague with the client role's password watches the server's view of
+// every session and its log while the security manager's back end logs
+// jsmith in, records entries and changes her password, some of it failing:
+// neither ever shows a password or a session token.
+void ServerAttacksTest::noSecretInQueryTextOrLog()
+{
+    // A hash cost that keeps each call running for a while, so that the watcher sees it running.
+    admin([](ServerAdministration& a, QString* e) { return a.setPolicy(5, 10, e); });
+    SecuritySettings settings;
+    settings.backend = SecuritySettings::Backend::Server;
+    settings.server = m_server->client();
+    QString error;
+    const std::unique_ptr<ServerSecurityBackend> manager = ServerSecurityBackend::open(settings, &error);
+    QVERIFY2(manager, qPrintable(error));
+    const QString seen = watchedWhile([&] {
+        QCOMPARE(manager->logIn(QStringLiteral("jsmith"), SecretBytes("correct horse")).status,
+                 LogInStatus::Success);
+        QVERIFY(manager->append({}, QStringLiteral("Reader"), QStringLiteral("Plate read")).sequence > 0);
+        QVERIFY(manager->storeNewPassword({}, SecretBytes("correct horse"), SecretBytes("new password 1"),
+                                          &error));
+        // A fault in the trail makes each call fail, so the server logs them as errors.
+        superuser(QStringLiteral("CREATE FUNCTION public.fail() RETURNS trigger LANGUAGE plpgsql AS "
+                                 "$$ BEGIN RAISE EXCEPTION 'injected failure'; END $$; "
+                                 "CREATE TRIGGER injected BEFORE INSERT ON nebra.audit_trail FOR EACH ROW "
+                                 "EXECUTE FUNCTION public.fail()"));
+        QCOMPARE(manager->logIn(QStringLiteral("jsmith"), SecretBytes("new password 1")).status,
+                 LogInStatus::Error);
+        QCOMPARE(manager->append({}, QStringLiteral("Reader"), QStringLiteral("Plate read")).sequence, 0);
+        QVERIFY(!manager->storeNewPassword({}, SecretBytes("new password 1"), SecretBytes("new password 2"),
+                                           &error));
+        superuser(QStringLiteral("DROP TRIGGER injected ON nebra.audit_trail; DROP FUNCTION public.fail()"));
+    });
+    manager->endSession({}, QStringLiteral("Log out"));
+    admin([](ServerAdministration& a, QString* e) {
+        return a.setPolicy(5, 4, e) &&
+               a.setPassword(QStringLiteral("jsmith"), SecretBytes("correct horse"), false, e);
+    });
+
+    const QString log = m_server->logText();
+    QVERIFY2(log.contains(QLatin1String("injected failure")), qPrintable(log)); // the errors were logged
+    for (const char* secret : {"correct horse", "new password 1", "new password 2"})
+        QVERIFY2(!seen.contains(QLatin1String(secret)) && !log.contains(QLatin1String(secret)), secret);
+    checkNoToken(seen + QLatin1Char('\n') + log);
+    // The second layer is the server's: the client role cannot set it back.
+    const std::unique_ptr<ServerConnection> client = openConnection(m_server->client());
+    for (const char* setting : {"SET track_activities = on", "SET log_min_error_statement = error"}) {
+        QVERIFY2(!client->execScript(QLatin1String(setting), &error), setting);
+        QCOMPARE(client->lastState(), InsufficientPrivilege);
+    }
+}
+
+// A client logs in inside a transaction of its own and leaves it open,
+// holding the trail's head. Another workstation, even one that set no lock
+// time-out of its own, is refused with a message within the server's bound;
+// the open transaction is ended by the server, and the lab carries on.
+void ServerAttacksTest::anOpenTransactionDoesNotBlockTheLab()
+{
+    const std::unique_ptr<ServerConnection> attacker = openConnection(m_server->client());
+    QString error;
+    ServerResult held;
+    QVERIFY(attacker->exec(held, QStringLiteral("SELECT pg_backend_pid()"), {}, &error) && held.next());
+    const int attackerPid = held.value(0).toInt();
+    QVERIFY2(attacker->execScript(QStringLiteral("BEGIN"), &error) &&
+                 attacker->exec(
+                     held, QStringLiteral("SELECT status FROM nebra.log_in(?, ?, ?)"),
+                     {QStringLiteral("nobody"), QStringLiteral("guess"), QStringLiteral("attacker")}, &error),
+             qPrintable(error));
+    const auto attackerGone = [&] {
+        ServerResult q;
+        QString why;
+        return m_super->exec(q, QStringLiteral("SELECT count(*) FROM pg_stat_activity WHERE pid = ?"),
+                             {attackerPid}, &why) &&
+               q.next() && q.value(0).toInt() == 0;
+    };
+
+    ServerSettings patient = m_server->client();
+    patient.lockTimeoutSeconds = 0;
+    patient.statementTimeoutSeconds = 0;
+    std::atomic<bool> done{false};
+    ServerLogIn answer;
+    QThread* victim = QThread::create([&] {
+        const std::unique_ptr<ServerConnection> c = openConnection(patient);
+        answer = ServerSession(*c, QStringLiteral("pc 2"))
+                     .logIn(QStringLiteral("pjones"), SecretBytes("battery staple"));
+        done = true;
+    });
+    victim->start();
+    const bool answered = QTest::qWaitFor([&] { return done.load(); }, 20000);
+    if (!answered) // free the waiting workstation before failing, so the test ends
+        superuser(QStringLiteral("SELECT pg_terminate_backend(%1)").arg(attackerPid));
+    victim->wait();
+    delete victim;
+    QVERIFY2(answered, "a log-in waited without bound behind another connection's open transaction");
+    QCOMPARE(answer.status, LogInStatus::Error);
+    QVERIFY2(answer.error.startsWith(QLatin1String("The security server is busy")), qPrintable(answer.error));
+
+    QVERIFY2(QTest::qWaitFor(attackerGone, 30000),
+             "the server did not end a client connection left idle in a transaction");
+    const std::unique_ptr<ServerConnection> workstation = openConnection(m_server->client());
+    QCOMPARE(ServerSession(*workstation, QStringLiteral("pc 2"))
+                 .logIn(QStringLiteral("pjones"), SecretBytes("battery staple"))
+                 .status,
+             LogInStatus::Success);
+}
+
+// The Organiser that held the token was killed a while ago: once the site's
+// idle time-out has passed (the session's last use moved back), the token
+// checks nothing, records nothing and reads nothing; the server records the
+// time-out once, and the token stays dead.
+void ServerAttacksTest::idleTokensEndOnTheServer()
+{
+    const std::unique_ptr<ServerConnection> client = openConnection(m_server->client());
+    ServerSession session(*client, QStringLiteral("pc"));
+    const ServerLogIn in = session.logIn(QStringLiteral("jsmith"), SecretBytes("correct horse"));
+    QCOMPARE(in.status, LogInStatus::Success);
+    QCOMPARE(in.idleMinutes, SecuritySettings::DefaultTimeOutMinutes);
+    QString error;
+    QCOMPARE(session.touch(in.token, &error), std::optional<bool>(true));
+    superuser(
+        QStringLiteral("UPDATE nebra.sessions SET last_used_utc = last_used_utc - interval '16 minutes' "
+                       "WHERE ended_utc IS NULL"));
+
+    QCOMPARE(session.isAllowed(in.token, QStringLiteral("Reader"), QStringLiteral("Run"), &error),
+             std::optional<bool>(false));
+    QCOMPARE(newestEntry(), std::make_pair(QStringLiteral("jsmith"),
+                                           QStringLiteral("Session timed out on the server after 15 minutes "
+                                                          "without activity")));
+    QCOMPARE(session.record(in.token, QStringLiteral("Reader"), QStringLiteral("Forged"), &error), 0);
+    qint64 count = 0;
+    QVERIFY(!session.countAudit(in.token, {}, &count, &error));
+    QCOMPARE(session.touch(in.token, &error), std::optional<bool>(false));
+    QCOMPARE(newestEntry().second,
+             QStringLiteral("Session timed out on the server after 15 minutes without activity"));
+}
+
+void ServerAttacksTest::changePasswordKeepsThePolicy_data()
+{
+    QTest::addColumn<QByteArray>("fresh");
+    QTest::addColumn<QString>("refusal"); // empty: changed
+    // clang-format off
+    QTest::newRow("too short") << QByteArray("x") << "The password must be at least 6 characters long.";
+    QTest::newRow("the user's name") << QByteArray("PJONES") << "The password must not be the user name.";
+    QTest::newRow("too long") << QByteArray(257, 'a') << "The password must be at most 256 characters long.";
+    QTest::newRow("long enough") << QByteArray("six ch") << "";
+    // clang-format on
+}
+
+// A client calls change_password itself, past the Organiser's dialog: the
+// server applies the rules the administration tool applies.
+void ServerAttacksTest::changePasswordKeepsThePolicy()
+{
+    QFETCH(QByteArray, fresh);
+    QFETCH(QString, refusal);
+    admin([](ServerAdministration& a, QString* e) {
+        return a.setPassword(QStringLiteral("pjones"), SecretBytes("battery staple"), false, e) &&
+               a.setSessionPolicy(15, 6, e);
+    });
+    const std::unique_ptr<ServerConnection> client = openConnection(m_server->client());
+    ServerSession session(*client, QStringLiteral("pc"));
+    const ServerLogIn in = session.logIn(QStringLiteral("pjones"), SecretBytes("battery staple"));
+    QCOMPARE(in.passwordMinimumLength, 6);
+    QString error;
+    const ServerPasswordChange outcome =
+        session.changePassword(in.token, SecretBytes("battery staple"), SecretBytes(fresh), &error);
+    QCOMPARE(outcome, refusal.isEmpty() ? ServerPasswordChange::Changed : ServerPasswordChange::Error);
+    QCOMPARE(error, refusal);
+    admin([](ServerAdministration& a, QString* e) { return a.setSessionPolicy(15, 8, e); });
+}
+
+// An administrator runs the tool under another login name's environment,
+// and tries to read the site key and rewrite the trail: the change is
+// recorded under the role the server logged in, and the key and the tables
+// stay out of reach. An administrator made a member of the owner role by
+// an earlier version loses that membership at the next create.
+void ServerAttacksTest::administratorsAreWhoTheServerSays()
+{
+    superuser(QStringLiteral(
+        "CREATE ROLE bob LOGIN IN ROLE nebra_admin; CREATE ROLE carol LOGIN IN ROLE nebra_owner"));
+    QProcess tool;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("SUDO_USER"), QStringLiteral("alice"));
+    environment.insert(QStringLiteral("USER"), QStringLiteral("alice"));
+    tool.setProcessEnvironment(environment);
+    tool.start(QStringLiteral(SECADMIN), {"grant", "jsmith", "Reader", "Print", "--backend", "postgresql",
+                                          "--server", m_server->socketFolder(), "--server-user", "bob"});
+    QVERIFY(tool.waitForFinished(60000));
+    QVERIFY2(tool.exitCode() == 0, tool.readAllStandardError().constData());
+    QCOMPARE(newestEntry(),
+             std::make_pair(QStringLiteral("bob"), QStringLiteral("Right granted to jsmith: Reader/Print")));
+
+    QString error;
+    QVERIFY2(ServerSchema::createSite(m_server->superuser(), &error), qPrintable(error)); // moves carol
+    for (const char* role : {"bob", "carol"}) {
+        const std::unique_ptr<ServerConnection> administrator =
+            openConnection(m_server->settingsFor(QLatin1String(role)));
+        for (const char* statement : {"SELECT mac_key FROM nebra.site_key", "SET ROLE nebra_owner",
+                                      "UPDATE nebra.audit_trail SET text = 'nothing' WHERE seq = 1",
+                                      "SELECT nebra.append_audit('bob', 'pc', 'General', 'forged')"}) {
+            QVERIFY2(!administrator->execScript(QLatin1String(statement), &error), statement);
+            QCOMPARE(administrator->lastState(), InsufficientPrivilege);
+        }
+        QVERIFY2(ServerAdministration(*administrator, QStringLiteral("pc")).verify().ok, role);
+    }
+}
+
+QTEST_GUILESS_MAIN(ServerAttacksTest)
+#include "ServerAttacksTest.moc"
