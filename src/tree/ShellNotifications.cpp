@@ -3,6 +3,9 @@
 #include "DiagnosticLog.h"
 #include "Messages.h"
 
+#include "FileSystemKind.h"
+
+#include <QFile>
 #include <QFileInfo>
 
 namespace nebra {
@@ -32,10 +35,6 @@ ShellNotifications::ShellNotifications(QObject* parent) : QObject(parent)
     };
     connect(&m_source, &FolderChangeSource::changed, this, receive);
     connect(&m_poller, &FolderPoller::changed, this, receive);
-    connect(&m_poller, &FolderPoller::rootChosen, this, [this](const QString& root, bool polled) {
-        if (!polled && m_active)
-            m_source.watch({root});
-    });
     connect(&m_poller, &FolderPoller::listedFolderChanged, this, [this] { call(m_targets.refreshFileList); });
     connect(&m_source, &FolderChangeSource::watchLimitReached, this,
             &ShellNotifications::showWatchLimitWarning);
@@ -102,9 +101,18 @@ bool ShellNotifications::RegisterShellNotifications()
         return false;
     if (m_watchMode == FolderWatchMode::Notify)
         return m_source.watch(roots);
-    // The kernel takes the roots the poller leaves to it (rootChosen).
-    m_poller.watch(roots, m_watchMode);
-    return true;
+    // Auto judges each root by the mount table's file system type, which
+    // touches no file system, so that local disks are watched at once as ever.
+    QStringList notified;
+    QStringList polled;
+    for (const QString& root : roots) {
+        const bool kernel = m_watchMode == FolderWatchMode::Auto &&
+                            FileSystemKind::isNotifiedType(m_mounts.mountOf(QFile::encodeName(root)).type);
+        (kernel ? notified : polled) << root;
+    }
+    if (!polled.isEmpty())
+        m_poller.watch(polled, FolderWatchMode::Poll);
+    return notified.isEmpty() || m_source.watch(notified);
 }
 
 void ShellNotifications::showWatchLimitWarning(int limit)

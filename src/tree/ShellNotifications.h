@@ -4,6 +4,7 @@
 #include "FolderChangeSource.h"
 #include "FolderPoller.h"
 #include "FolderReaders.h"
+#include "MountTable.h"
 
 #include <QObject>
 #include <QString>
@@ -43,9 +44,10 @@ struct NotificationTargets
 // Termination stops watching and closes the source. Everything runs on the
 // main thread, one change at a time.
 //
-// Which roots the kernel follows is the watch mode's choice (FolderPoller):
-// with Auto a root on a file server is polled instead, and its changes come
-// as the same four kinds of change, so that the tree's logic is the same.
+// Which roots the kernel follows is the watch mode's choice: with Auto a
+// root on a file server (by the mount table's type) is polled instead
+// (FolderPoller), and its changes come as the same four kinds of change, so
+// that the tree's logic is the same.
 // The folder the file list shows is polled on a file server too.
 class ShellNotifications : public QObject
 {
@@ -102,6 +104,7 @@ private:
     std::function<quintptr()> m_windowId;
     FolderChangeSource m_source;
     FolderReaders m_readers;
+    MountTable m_mounts;
     FolderPoller m_poller{m_readers};
     FolderWatchMode m_watchMode = FolderWatchMode::Notify;
     bool m_active = false;

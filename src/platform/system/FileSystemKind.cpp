@@ -70,6 +70,23 @@ FileSystemKind FileSystemKind::of(const QByteArray& path, int& error)
     }
 }
 
+bool FileSystemKind::isNotifiedType(const QByteArray& type)
+{
+    // The types of the file systems above, as /proc/self/mountinfo names
+    // them; FUSE mounts are "fuse", "fuseblk" or "fuse.<daemon>".
+    static const char* const remoteTypes[] = {"nfs",    "nfs4",   "smbfs",    "smb3",    "cifs",  "9p",
+                                              "ceph",   "afs",    "coda",     "ncpfs",   "ocfs2", "gfs2",
+                                              "lustre", "gpfs",   "pvfs2",    "beegfs",  "panfs", "vboxsf",
+                                              "vmhgfs", "prl_fs", "virtiofs", "fuseblk", "fuse"};
+    if (type.startsWith("fuse."))
+        return false;
+    for (const char* remote : remoteTypes) {
+        if (type == remote)
+            return false;
+    }
+    return true;
+}
+
 bool FileSystemKind::isNotified() const
 {
     return remoteOf(m_magic) == nullptr;

@@ -28,6 +28,9 @@ public:
     quint64 magic() const { return m_magic; }
     // False for the file systems whose changes inotify cannot all see.
     bool isNotified() const;
+    // The same judgement from a file system type as the mount table names it
+    // ("ext4", "nfs4", "fuse.sshfs"), which needs no call on the file system.
+    static bool isNotifiedType(const QByteArray& type);
     // A short name for the diagnostic log and the documentation ("NFS", "FUSE"),
     // empty for file systems the kernel's notifications follow.
     QString remoteName() const;
