@@ -255,8 +255,12 @@ void Organiser::connectShellNotifications()
     };
     targets.AddExplorerBranch = [&tree](const QString& p) { return tree.AddExplorerBranch(p); };
     targets.RemoveExplorerBranch = [&tree](const QString& p) { return tree.RemoveExplorerBranch(p); };
-    targets.RenameExplorerBranch = [&tree](const QString& from, const QString& to) {
-        return tree.RenameExplorerBranch(from, to);
+    // The list follows its own folder, which is gone from its path once renamed.
+    targets.RenameExplorerBranch = [&tree, &list = m_controls.list](const QString& from, const QString& to) {
+        const bool renamed = tree.RenameExplorerBranch(from, to);
+        if (list.folder() == from)
+            list.refresh();
+        return renamed;
     };
     targets.GoToOrganiserNode = [&navigation = m_navigation] { navigation.GoToOrganiserNode(); };
     FileListControl& list = m_controls.list;

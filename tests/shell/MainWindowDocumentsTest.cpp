@@ -192,8 +192,8 @@ private Q_SLOTS:
         QCOMPARE(part<PlateLayoutViewer>(window).isVisible(), layouts);
         part<FolderTreeControl>(window).setCurrentNode(branch(window, DocumentType::Protocols));
         QVERIFY(waitForListing(part<FileListControl>(window)));
-        QCOMPARE(part<PreviewPane>(window).CurrentPage(),
-                 protocols ? o.doc("Protocols/ELISA IgG Quantitation.mht") : welcome);
+        QTRY_COMPARE_WITH_TIMEOUT(part<PreviewPane>(window).CurrentPage(),
+                                  protocols ? o.doc("Protocols/ELISA IgG Quantitation.mht") : welcome, 5000);
     }
 
     // The tool bar and the tree's buttons reach the launcher; New on Protocols the wizard picker.
