@@ -78,21 +78,22 @@ void FileView::ShowFolder(const FolderNode& node)
 }
 
 // The rest of ShowFolder, once the listing it asked for has arrived (later
-// listings of the same folder keep their selection and take no step here).
+// listings of the same folder keep their selection and take no step here),
+// then the document ShowDocument waits for.
 void FileView::onListed()
 {
-    if (m_listingComplete)
-        return;
-    m_listingComplete = true;
-    m_list.sortByColumn(DateModifiedColumn);
-    if (const int count = m_list.itemCount(); count >= 1) {
-        const FileListItem newest = m_list.item(count);
-        newest.ensureVisible();
-        newest.setSelected(true);
-    } else if (m_clearPreview) {
-        m_clearPreview(false);
+    if (!m_listingComplete) {
+        m_listingComplete = true;
+        m_list.sortByColumn(DateModifiedColumn);
+        if (const int count = m_list.itemCount(); count >= 1) {
+            const FileListItem newest = m_list.item(count);
+            newest.ensureVisible();
+            newest.setSelected(true);
+        } else if (m_clearPreview) {
+            m_clearPreview(false);
+        }
+        UpdateDocumentCommands();
     }
-    UpdateDocumentCommands();
     if (!m_pendingDocument.isEmpty())
         selectDocument(std::exchange(m_pendingDocument, QString()));
 }
