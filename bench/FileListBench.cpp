@@ -18,6 +18,7 @@
 #include <QApplication>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QEventLoop>
 #include <QKeyEvent>
 #include <QRandomGenerator>
 #include <QTemporaryDir>
@@ -93,13 +94,24 @@ double elapsedMs(const QElapsedTimer& timer)
     return timer.nsecsElapsed() / 1e6;
 }
 
-// What showing a protocols folder asks of the list.
+// Runs the event loop until the listing the list asked for is shown.
+void waitListed(FileListControl& list)
+{
+    QEventLoop loop;
+    QObject::connect(&list, &FileListControl::listed, &loop, &QEventLoop::quit);
+    if (list.isListing())
+        loop.exec();
+}
+
+// What showing a protocols folder asks of the list: the listing read on a
+// reader thread and delivered back, then sorted and its newest selected.
 double organiserListing(FileListControl& list, const QString& folder, int& count)
 {
     QElapsedTimer timer;
     timer.start();
     list.setFilter(QStringLiteral("*.apr"));
     list.setFolder(folder);
+    waitListed(list);
     list.sortByColumn(QStringLiteral("Date Modified"));
     count = list.itemCount();
     const FileListItem newest = list.item(count);
@@ -128,7 +140,7 @@ void run(const QString& work, int files, int rounds)
         rawCount = rawListing(rawFolder);
         raw.push_back(elapsedMs(timer));
         list.setFolder(QString()); // a different folder in between, as when the user moves
-        list.itemCount();
+        waitListed(list);
         ours.push_back(organiserListing(list, folder, ourCount));
         timer.start();
         list.grab();
@@ -185,11 +197,12 @@ void runFilter(const QString& work, int files, int rounds)
     std::vector<double> listing, preparing, keys, cpu;
     for (int i = 0; i < rounds; ++i) {
         list.setFolder(QString());
-        list.itemCount();
+        waitListed(list);
         QElapsedTimer timer;
         timer.start();
         list.setFilter(QStringLiteral("*.*"));
         list.setFolder(folder);
+        waitListed(list);
         list.sortByColumn(QStringLiteral("Date Modified"));
         list.itemCount();
         list.view()->viewport()->repaint();

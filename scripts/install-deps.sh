@@ -12,7 +12,7 @@ packages=(
   qt6-tools-dev qt6-tools-dev-tools qt6-l10n-tools qt6-documentation-tools
   libsodium-dev libgl-dev libvulkan-dev dbus-daemon
   postgresql libpq-dev openssl
-  xvfb xauth openbox fonts-dejavu-core poppler-utils
+  xvfb xauth openbox fonts-dejavu-core poppler-utils bindfs fuse3
   librsvg2-bin dpkg-dev desktop-file-utils appstream libxml2-utils shared-mime-info man-db lintian
 )
 

@@ -14,6 +14,8 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <utility>
+
 namespace nebra {
 
 namespace {
@@ -40,6 +42,11 @@ void FileView::connectEvents()
     connect(&m_list, &FileListControl::itemRenamed, this, &FileView::OnItemRenamed);
     connect(&m_list, &FileListControl::itemAdded, this, &FileView::OnItemAdded);
     connect(&m_list, &FileListControl::itemRemoved, this, &FileView::OnItemRemoved);
+    connect(&m_list, &FileListControl::listed, this, &FileView::onListed);
+    connect(&m_list, &FileListControl::waiting, this, [this] {
+        if (m_clearPreview)
+            m_clearPreview(false);
+    });
 }
 
 void FileView::setPreviewHandlers(ShowPreview show, ClearPreview clear)
@@ -64,9 +71,20 @@ void FileView::ShowFolder(const FolderNode& node)
     if (type.listsFolder) {
         m_list.setDocumentIcon(StyleIcons::document(QLatin1String(type.documentIcon)));
         m_listingComplete = false;
+        m_pendingDocument.clear();
         m_list.setFolder(node.folderPath());
         if (type.filterAfterListing)
             m_list.setFilter(filter);
+    }
+    UpdateDocumentCommands();
+}
+
+// The rest of ShowFolder, once the listing it asked for has arrived (later
+// listings of the same folder keep their selection and take no step here),
+// then the document ShowDocument waits for.
+void FileView::onListed()
+{
+    if (!m_listingComplete) {
         m_listingComplete = true;
         m_list.sortByColumn(DateModifiedColumn);
         if (const int count = m_list.itemCount(); count >= 1) {
@@ -76,8 +94,10 @@ void FileView::ShowFolder(const FolderNode& node)
         } else if (m_clearPreview) {
             m_clearPreview(false);
         }
+        UpdateDocumentCommands();
     }
-    UpdateDocumentCommands();
+    if (!m_pendingDocument.isEmpty())
+        selectDocument(std::exchange(m_pendingDocument, QString()));
 }
 
 void FileView::UpdateDocumentCommands()
@@ -111,25 +131,39 @@ void FileView::ShowDocument(const QString& path)
 {
     const QString folder = QFileInfo(path).absolutePath();
     selectFolder(folder);
-    if (QDir::cleanPath(m_tree.currentNode().folderPath()).compare(folder, Qt::CaseInsensitive) != 0 ||
-        !QFileInfo(path).isFile()) {
-        Messages::show(
-            {tr("The document cannot be shown: it is no longer in a folder of the Organiser.\n\n%1")
-                 .arg(QDir::toNativeSeparators(path)),
-             tr("Recent Documents"), MessageIcon::Information, MessageButton::Ok, MessageButton::Ok,
-             &m_list});
+    if (QDir::cleanPath(m_tree.currentNode().folderPath()).compare(folder, Qt::CaseInsensitive) != 0) {
+        documentGone(path);
         return;
     }
-    for (const FileListItem& selected : m_list.selectedItems())
-        selected.setSelected(false);
+    // Whether the document is still there is the listing's to say, not the disk's.
+    if (!m_listingComplete || m_list.isListing())
+        m_pendingDocument = path;
+    else
+        selectDocument(path);
+}
+
+void FileView::selectDocument(const QString& path)
+{
+    const QString wanted = QDir::cleanPath(path);
     for (int i = 1; i <= m_list.itemCount(); ++i) {
         const FileListItem item = m_list.item(i);
-        if (QDir::cleanPath(item.path()) == QDir::cleanPath(path)) {
+        if (!item.isFolder() && QDir::cleanPath(item.path()) == wanted) {
+            for (const FileListItem& selected : m_list.selectedItems())
+                selected.setSelected(false);
             item.ensureVisible();
             item.setSelected(true);
             return;
         }
     }
+    documentGone(path);
+}
+
+void FileView::documentGone(const QString& path)
+{
+    Messages::show({tr("The document cannot be shown: it is no longer in a folder of the Organiser.\n\n%1")
+                        .arg(QDir::toNativeSeparators(path)),
+                    tr("Recent Documents"), MessageIcon::Information, MessageButton::Ok, MessageButton::Ok,
+                    &m_list});
 }
 
 void FileView::OnColumnAboutToBeShown(const QString& name, bool& show)

@@ -45,14 +45,16 @@ public:
     void setPreviewHandlers(ShowPreview show, ClearPreview clear);
 
     // The tree's node-selected event: the list shows the node's folder with
-    // its type's filter, sorted by date, the newest document selected.
+    // its type's filter; when the listing has arrived it is sorted by date
+    // and its newest document selected.
     void ShowFolder(const FolderNode& node);
     // New, Open and Run on the tree's buttons and the tool bar, by the
     // selected node's type and the list's selection.
     void UpdateDocumentCommands();
-    // Selects the document's folder in the tree and the document in the list
-    // (File > Recent, the welcome page's recent links); a document no longer
-    // in a folder of the tree is reported.
+    // Selects the document's folder in the tree and, once listed, the
+    // document in the list (File > Recent, the welcome page's recent links);
+    // a document no longer in a folder of the tree, or no longer listed, is
+    // reported.
     void ShowDocument(const QString& path);
     // Selects the tree's node of the folder; a folder not in the tree selects nothing.
     void selectFolder(const QString& folder);
@@ -83,6 +85,9 @@ private:
     void showSelectionAfterSort();
     FolderNode trackedChild(const FileListItem& item, bool& tracked) const;
     void renamePreviewFile(const QString& oldPath, const QString& newPath);
+    void onListed();
+    void selectDocument(const QString& path);
+    void documentGone(const QString& path);
 
     FolderTreeControl& m_tree;
     FileListControl& m_list;
@@ -95,6 +100,7 @@ private:
     ClearPreview m_clearPreview;
     QString m_currentDocumentTypeName;
     bool m_listingComplete = true;
+    QString m_pendingDocument; // to select once the listing has arrived
     bool m_canCreateProtocol = false;
 };
 

@@ -2,6 +2,7 @@
 
 #include "BrowserControl.h"
 #include "DocumentTypes.h"
+#include "FolderReaders.h"
 #include "PlateLayoutViewer.h"
 #include "PreviewAge.h"
 #include "SuitePaths.h"
@@ -10,12 +11,14 @@
 #include <QDir>
 #include <QFileInfo>
 
+#include <utility>
+
 namespace nebra {
 
 PreviewPane::PreviewPane(BrowserControl& browser, PlateLayoutViewer& viewer, const SuitePaths& paths,
                          Hooks hooks, QObject* parent)
     : QObject(parent), m_browser(browser), m_viewer(viewer), m_paths(paths), m_hooks(std::move(hooks)),
-      m_waitLimitMs(BrowserControl::DefaultWaitLimitMs)
+      m_waitLimitMs(BrowserControl::DefaultWaitLimitMs), m_readers(new FolderReaders(this))
 {
 }
 
@@ -35,6 +38,7 @@ void PreviewPane::ShowPreview(const PreviewItem* item)
 {
     if (!item)
         return;
+    cancelPageRead();
     if (item->isFolder) {
         ClearPreview(m_wait);
         return;
@@ -55,15 +59,35 @@ void PreviewPane::ShowPreview(const PreviewItem* item)
 
 void PreviewPane::showDocumentPage(const QString& documentPath)
 {
-    const QString preview = m_paths.PreviewFileFor(documentPath);
-    bool usable = false;
-    if (QFileInfo::exists(preview)) {
+    struct Decision
+    {
+        bool usable = false;
         QString failure;
-        usable = ComparePreviewAge(documentPath, preview, &failure) == PreviewUsable;
-        if (!failure.isEmpty())
-            qInfo("%s", qPrintable(failure));
-    }
-    ShowPage(usable ? preview : PreviewNotAvailablePage());
+    };
+    const QString preview = m_paths.PreviewFileFor(documentPath);
+    cancelPageRead();
+    m_pageRead = m_readers->read(
+        documentPath, FolderReaders::Lane::User, this,
+        [documentPath, preview] {
+            Decision decision;
+            if (QFileInfo::exists(preview))
+                decision.usable =
+                    ComparePreviewAge(documentPath, preview, &decision.failure) == PreviewUsable;
+            return decision;
+        },
+        [this, preview](const Decision& decision) {
+            m_pageRead = 0;
+            if (!decision.failure.isEmpty())
+                qInfo("%s", qPrintable(decision.failure));
+            ShowPage(decision.usable ? preview : PreviewNotAvailablePage());
+        },
+        [this] { ClearPreview(false); });
+}
+
+void PreviewPane::cancelPageRead()
+{
+    if (m_pageRead != 0)
+        m_readers->cancel(std::exchange(m_pageRead, 0));
 }
 
 void PreviewPane::showLayout(const QString& layoutPath)
@@ -78,6 +102,7 @@ void PreviewPane::showLayout(const QString& layoutPath)
 
 void PreviewPane::ShowPage(const QString& address)
 {
+    cancelPageRead();
     // A page is shown in the browser, so the viewer lying over it steps aside.
     m_viewer.hide();
     if (address != m_currentPage) {
@@ -105,6 +130,7 @@ void PreviewPane::ShowRootPage(const FolderNode& node)
 void PreviewPane::ClearPreview(bool waitUntilLoaded)
 {
     const QString blank = QLatin1String(BlankPage);
+    cancelPageRead();
     if (m_hooks.setNodePage)
         m_hooks.setNodePage(blank);
     m_browser.Navigate(QUrl(blank));

@@ -12,6 +12,7 @@
 namespace nebra {
 
 class BrowserControl;
+class FolderReaders;
 class PlateLayoutViewer;
 class SuitePaths;
 
@@ -29,6 +30,9 @@ struct PreviewItem
 // The current page is the address last sent to the browser ("about:blank"
 // after clearing); asking for it again refreshes instead of navigating. The
 // selected tree node keeps the page last shown for it, through a hook.
+// Whether a document's preview page exists and is up to date is read on a
+// reader thread (FolderReaders); the page follows when the answer arrives,
+// unless another page was asked for meanwhile.
 // Waits for the browser are bounded local event loops, so a page that never
 // completes cannot hang the Organiser, and other events run meanwhile.
 class PreviewPane : public QObject
@@ -82,6 +86,7 @@ public:
 private:
     void showDocumentPage(const QString& documentPath);
     void showLayout(const QString& layoutPath);
+    void cancelPageRead();
 
     BrowserControl& m_browser;
     PlateLayoutViewer& m_viewer;
@@ -90,6 +95,8 @@ private:
     QString m_currentPage;
     bool m_wait = false;
     int m_waitLimitMs;
+    FolderReaders* m_readers;
+    quint64 m_pageRead = 0; // the read that decides the page of a document
 };
 
 } // namespace nebra

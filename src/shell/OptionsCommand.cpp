@@ -88,6 +88,8 @@ void OptionsCommand::followParentDirectory(const QString& oldParent, bool follow
     const QString newParent = m_parts.paths.ParentDirectory();
     if (newParent == oldParent)
         return;
+    if (m_parts.watchParentDirectory)
+        m_parts.watchParentDirectory();
     m_parts.organiser.InitialiseOrganiserTree();
     m_parts.tree.setCurrentNode(m_parts.organiser.rootNode());
     // The same place under the new parent: a folder outside the old parent

@@ -4,6 +4,7 @@
 
 #include <QString>
 
+#include <functional>
 #include <memory>
 
 class QWidget;
@@ -37,6 +38,8 @@ struct OptionsCommandParts
     PreviewPane& preview;
     const PaneSetup& panes;
     QWidget& owner; // of the dialog
+    // Moves the change notifications' watches to a new parent directory.
+    std::function<void()> watchParentDirectory;
 };
 
 // The main window's Options command: shows the Options dialog (made once,

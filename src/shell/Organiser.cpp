@@ -2,6 +2,7 @@
 
 #include "BrowserControl.h"
 #include "CommandDispatcher.h"
+#include "DataFolderProbe.h"
 #include "FileListControl.h"
 #include "FileSystemObject.h"
 #include "FileView.h"
@@ -11,6 +12,7 @@
 #include "InstalledDrivers.h"
 #include "MainWindow.h"
 #include "MainWindowControls.h"
+#include "Messages.h"
 #include "NebraSecurityManager.h"
 #include "PreviewPane.h"
 #include "Resources.h"
@@ -26,6 +28,8 @@
 #include "UserActivity.h"
 
 #include <QDir>
+#include <QStatusBar>
+#include <QTimer>
 
 namespace nebra {
 
@@ -59,7 +63,7 @@ Organiser::Organiser(MainWindow& window, const MainWindowControls& controls, Sui
       m_session(new SecuritySession(*suite.settings, &window, m_switches, controls.statusBar,
                                     managerFactory(*suite.store, options), window, this)),
       m_authorisation(*m_session, &window), m_help(HelpWindow::factory(suite.settings.get())),
-      m_notifications(new ShellNotifications(this)),
+      m_notifications(new ShellNotifications(this)), m_probe(new DataFolderProbe(this)),
       m_dataFolders(*suite.paths, *suite.settings, driversOf(*suite.drivers), options.fileSystemFactory),
       m_tree(controls.tree, controls.list, controls.shortcuts, treeSources()),
       m_navigation(controls.tree, m_tree),
@@ -76,7 +80,8 @@ Organiser::Organiser(MainWindow& window, const MainWindowControls& controls, Sui
       m_auditTrail(new AuditTrailCommand(
           {*m_commands, m_switches, controls.tools, *m_session, m_authorisation, window}, this)),
       m_optionsCommand({*suite.settings, *suite.paths, m_dataFolders, *suite.drivers, m_authorisation, m_help,
-                        controls.tree, m_tree, *m_fileView, *m_preview, m_panes, window})
+                        controls.tree, m_tree, *m_fileView, *m_preview, m_panes, window,
+                        [&notifications = *m_notifications] { notifications.rewatch(); }})
 {
     m_help.setHelpFilePath(HelpSystem::defaultHelpFile());
     m_help.setSelectedDocumentType([&tree = controls.tree] { return tree.currentNode().data(); });
@@ -85,6 +90,7 @@ Organiser::Organiser(MainWindow& window, const MainWindowControls& controls, Sui
     setCommands();
     connectControls();
     connectShellNotifications();
+    connect(m_probe, &DataFolderProbe::answeredLate, this, &Organiser::dataFoldersAnswered);
 }
 
 Organiser::~Organiser() = default;
@@ -212,6 +218,15 @@ void Organiser::connectControls()
             preview.ShowPreview(&shown);
         },
         [&preview = *m_preview](bool waitUntilLoaded) { preview.ClearPreview(waitUntilLoaded); });
+    // A folder that does not answer is named in the status bar until it does.
+    FileListControl& list = m_controls.list;
+    connect(&list, &FileListControl::waiting, this, [&window = m_window](const QString& folder) {
+        window.statusBar()->showMessage(FileListControl::waitingText(folder));
+    });
+    connect(&list, &FileListControl::listed, this, [&window = m_window, &list] {
+        if (window.statusBar()->currentMessage() == FileListControl::waitingText(list.folder()))
+            window.statusBar()->clearMessage();
+    });
     connect(m_fileView, &FileView::folderAppeared, this,
             [&organiser = m_tree](const QString& path) { organiser.AddExplorerBranch(path); });
     connect(m_fileView, &FileView::folderVanished, this,
@@ -245,8 +260,12 @@ void Organiser::connectShellNotifications()
     };
     targets.AddExplorerBranch = [&tree](const QString& p) { return tree.AddExplorerBranch(p); };
     targets.RemoveExplorerBranch = [&tree](const QString& p) { return tree.RemoveExplorerBranch(p); };
-    targets.RenameExplorerBranch = [&tree](const QString& from, const QString& to) {
-        return tree.RenameExplorerBranch(from, to);
+    // The list follows its own folder, which is gone from its path once renamed.
+    targets.RenameExplorerBranch = [&tree, &list = m_controls.list](const QString& from, const QString& to) {
+        const bool renamed = tree.RenameExplorerBranch(from, to);
+        if (list.folder() == from)
+            list.refresh();
+        return renamed;
     };
     targets.GoToOrganiserNode = [&navigation = m_navigation] { navigation.GoToOrganiserNode(); };
     FileListControl& list = m_controls.list;
@@ -260,15 +279,17 @@ void Organiser::connectShellNotifications()
         preview.ShowPreview(&shown);
     };
     m_notifications->setTargets(std::move(targets));
-    // Watching starts before the data folders are made on a first start, so
-    // their parent is made here if need be (making the data folders would
-    // make it a moment later anyway).
-    m_notifications->setWatchedRoots([&paths = *m_suite.paths] {
-        const QString parent = paths.ParentDirectory();
-        QDir().mkpath(parent);
-        return QStringList{parent};
-    });
+    // Watching starts before the data folders are made on a first start:
+    // DataFolderProbe has made their parent by then.
+    m_notifications->setWatchedRoots(
+        [&paths = *m_suite.paths] { return QStringList{paths.ParentDirectory()}; });
     m_notifications->setWindowId([&window = m_window] { return quintptr(window.winId()); });
+    const SuiteSettings& settings = *m_suite.settings;
+    m_notifications->setWatchMode(settings.WatchMode(), settings.NetworkPollSeconds(),
+                                  settings.NetworkTreePollSeconds());
+    connect(&list, &FileListControl::listed, m_notifications, [&list, &notifications = *m_notifications] {
+        notifications.setListedFolder(list.folder(), list.filter());
+    });
 }
 
 bool Organiser::startSecurity()
@@ -289,14 +310,42 @@ bool Organiser::startSecurity()
     return true;
 }
 
+// The first look at the data folders. A server that does not answer in
+// time leaves them to the background: the window opens with the branches
+// shown as unavailable, and everything is done once the server answers.
 void Organiser::ActivateSHCNENotification()
 {
+    const QString parent = m_suite.paths->ParentDirectory();
+    m_foldersAnswer = m_probe->waitFor(parent);
+    m_tree.setFoldersAnswer(m_foldersAnswer);
+    if (!m_foldersAnswer) {
+        QTimer::singleShot(0, this, [&window = m_window, parent] {
+            Messages::show({DataFolderProbe::notAnsweringText(parent),
+                            {},
+                            MessageIcon::Information,
+                            MessageButton::Ok,
+                            MessageButton::Ok,
+                            &window});
+        });
+        return;
+    }
     m_notifications->ActivateSHCNENotification();
 }
 
 void Organiser::CreateAnyMissingNebraDirectories()
 {
+    if (m_foldersAnswer)
+        m_dataFolders.CreateAnyMissingNebraDirectories();
+}
+
+void Organiser::dataFoldersAnswered()
+{
+    m_foldersAnswer = true;
+    m_tree.setFoldersAnswer(true);
+    m_notifications->ActivateSHCNENotification();
     m_dataFolders.CreateAnyMissingNebraDirectories();
+    m_tree.InitialiseOrganiserTree();
+    m_controls.tree.setCurrentNode(m_tree.rootNode());
 }
 
 void Organiser::InitialiseOrganiserTree()

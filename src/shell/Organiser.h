@@ -21,6 +21,7 @@
 namespace nebra {
 
 class CommandDispatcher;
+class DataFolderProbe;
 class FileView;
 class MainWindow;
 class PreviewPane;
@@ -68,6 +69,7 @@ private:
     WizardHooks wizardHooks();
     WelcomeActions welcomeActions();
     OrganiserTreeSources treeSources();
+    void dataFoldersAnswered();
 
     MainWindow& m_window;
     MainWindowControls m_controls;
@@ -80,6 +82,8 @@ private:
     Authorisation m_authorisation;
     HelpSystem m_help;
     ShellNotifications* m_notifications;
+    DataFolderProbe* m_probe;
+    bool m_foldersAnswer = true;
     DataFolders m_dataFolders;
     OrganiserTree m_tree;
     TreeNavigation m_navigation;

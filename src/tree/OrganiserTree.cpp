@@ -43,13 +43,19 @@ void OrganiserTree::InitialiseOrganiserTree()
     m_tree.beginUpdate();
     addRootNode();
     addBranchNodes();
-    fillBranches();
+    if (m_foldersAnswer)
+        fillBranches();
     m_tree.endUpdate();
     m_tree.node(0).setDisplayFlagB(true);
     m_tree.setButtonEnabled(FolderTreeControl::BackButton, false);
     m_tree.setButtonEnabled(FolderTreeControl::ForwardButton, false);
     m_tree.setButtonEnabled(FolderTreeControl::UpButton, false);
     LogTrace();
+}
+
+QString OrganiserTree::unavailableCaption(const QString& caption)
+{
+    return QStringLiteral("%1 (unavailable)").arg(caption);
 }
 
 void OrganiserTree::addRootNode()
@@ -123,8 +129,9 @@ FolderNode OrganiserTree::addBranchNode(const QString& caption, const QString& p
                                         int position)
 {
     FolderTreeModel& nodes = m_tree.nodes();
+    const QString shown = m_foldersAnswer ? caption : unavailableCaption(caption);
     const FolderNode node =
-        position < 0 ? nodes.addNode(rootNode(), caption) : nodes.insertNode(rootNode(), position, caption);
+        position < 0 ? nodes.addNode(rootNode(), shown) : nodes.insertNode(rootNode(), position, shown);
     node.setFolderPath(path);
     node.setData(toData(type));
     node.setDisplayFlagA(true);

@@ -54,6 +54,10 @@ public:
     // Clears and builds the whole tree; writes one block and ten trace lines
     // to the diagnostic log.
     void InitialiseOrganiserTree();
+    // Whether the data folders answer; while they do not, the tree is built
+    // with its branches captioned as unavailable and nothing below them.
+    void setFoldersAnswer(bool answer) { m_foldersAnswer = answer; }
+    static QString unavailableCaption(const QString& caption);
     void AddResultsNode();
     void AddSubFolderNodes(const QString& folderPath, const FolderNode& parentNode, DocumentType type);
     void RecreateResultsNode();
@@ -103,6 +107,7 @@ private:
     FileListControl& m_list;
     ShortcutsBar& m_shortcuts;
     OrganiserTreeSources m_sources;
+    bool m_foldersAnswer = true;
     FolderBranches m_branches;
 
     std::array<FolderNode, 6> m_nodes; // the root and the top-level node of each type, by type

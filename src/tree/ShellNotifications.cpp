@@ -3,6 +3,9 @@
 #include "DiagnosticLog.h"
 #include "Messages.h"
 
+#include "FileSystemKind.h"
+
+#include <QFile>
 #include <QFileInfo>
 
 namespace nebra {
@@ -24,12 +27,15 @@ template <typename Hook> void call(const Hook& hook)
 
 ShellNotifications::ShellNotifications(QObject* parent) : QObject(parent)
 {
-    connect(&m_source, &FolderChangeSource::changed, this, [this](const FolderChange& change) {
+    const auto receive = [this](const FolderChange& change) {
         const auto item = [](const QString& path) {
             return path.isEmpty() ? std::nullopt : std::optional(path);
         };
         NotificationReceipt(item(change.path1), item(change.path2), change.event);
-    });
+    };
+    connect(&m_source, &FolderChangeSource::changed, this, receive);
+    connect(&m_poller, &FolderPoller::changed, this, receive);
+    connect(&m_poller, &FolderPoller::listedFolderChanged, this, [this] { call(m_targets.refreshFileList); });
     connect(&m_source, &FolderChangeSource::watchLimitReached, this,
             &ShellNotifications::showWatchLimitWarning);
 }
@@ -47,9 +53,30 @@ void ShellNotifications::TerminateSHCNENotification()
 {
     if (!m_active)
         return;
+    m_poller.unwatchAll();
     m_source.unwatchAll();
     m_source.close();
     m_active = false;
+}
+
+void ShellNotifications::setWatchMode(FolderWatchMode mode, int listSeconds, int treeSeconds)
+{
+    m_watchMode = mode;
+    m_poller.setIntervals(listSeconds, treeSeconds);
+}
+
+void ShellNotifications::setListedFolder(const QString& folder, const QString& filter)
+{
+    m_poller.setListedFolder(folder, filter);
+}
+
+void ShellNotifications::rewatch()
+{
+    if (!m_active)
+        return;
+    m_poller.unwatchAll();
+    m_source.unwatchAll();
+    RegisterShellNotifications();
 }
 
 // Opening the kernel's source stands where the main window's messages were
@@ -70,7 +97,22 @@ bool ShellNotifications::SubclassForNotifications()
 bool ShellNotifications::RegisterShellNotifications()
 {
     const QStringList roots = m_roots ? m_roots() : QStringList();
-    return !roots.isEmpty() && m_source.watch(roots);
+    if (roots.isEmpty())
+        return false;
+    if (m_watchMode == FolderWatchMode::Notify)
+        return m_source.watch(roots);
+    // Auto judges each root by the mount table's file system type, which
+    // touches no file system, so that local disks are watched at once as ever.
+    QStringList notified;
+    QStringList polled;
+    for (const QString& root : roots) {
+        const bool kernel = m_watchMode == FolderWatchMode::Auto &&
+                            FileSystemKind::isNotifiedType(m_mounts.mountOf(QFile::encodeName(root)).type);
+        (kernel ? notified : polled) << root;
+    }
+    if (!polled.isEmpty())
+        m_poller.watch(polled, FolderWatchMode::Poll);
+    return notified.isEmpty() || m_source.watch(notified);
 }
 
 void ShellNotifications::showWatchLimitWarning(int limit)

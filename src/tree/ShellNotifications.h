@@ -2,6 +2,9 @@
 
 #include "FolderChange.h"
 #include "FolderChangeSource.h"
+#include "FolderPoller.h"
+#include "FolderReaders.h"
+#include "MountTable.h"
 
 #include <QObject>
 #include <QString>
@@ -40,6 +43,12 @@ struct NotificationTargets
 // source stays open). Only when both succeed are notifications active.
 // Termination stops watching and closes the source. Everything runs on the
 // main thread, one change at a time.
+//
+// Which roots the kernel follows is the watch mode's choice: with Auto a
+// root on a file server (by the mount table's type) is polled instead
+// (FolderPoller), and its changes come as the same four kinds of change, so
+// that the tree's logic is the same.
+// The folder the file list shows is polled on a file server too.
 class ShellNotifications : public QObject
 {
     Q_OBJECT
@@ -51,6 +60,12 @@ public:
     void setWatchedRoots(std::function<QStringList()> roots) { m_roots = std::move(roots); }
     // The main window's id, for the start failure's message.
     void setWindowId(std::function<quintptr()> windowId) { m_windowId = std::move(windowId); }
+    // Notify (the default) leaves every root to the kernel.
+    void setWatchMode(FolderWatchMode mode, int listSeconds, int treeSeconds);
+    // The folder the file list shows and its filter, polled on a file server.
+    void setListedFolder(const QString& folder, const QString& filter);
+    // Watches the roots again (after the parent folder of the data folders changed).
+    void rewatch();
 
     void ActivateSHCNENotification();
     void TerminateSHCNENotification();
@@ -88,6 +103,10 @@ private:
     std::function<QStringList()> m_roots;
     std::function<quintptr()> m_windowId;
     FolderChangeSource m_source;
+    FolderReaders m_readers;
+    MountTable m_mounts;
+    FolderPoller m_poller{m_readers};
+    FolderWatchMode m_watchMode = FolderWatchMode::Notify;
     bool m_active = false;
     bool m_refreshGuard = false;
     QString m_item1Name;

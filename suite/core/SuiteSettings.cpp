@@ -2,6 +2,8 @@
 
 #include "SettingsStore.h"
 
+#include <algorithm>
+
 namespace nebra {
 
 namespace {
@@ -145,6 +147,27 @@ QStringList SuiteSettings::RecentDocuments() const
 bool SuiteSettings::SetRecentDocuments(const QStringList& paths)
 {
     return write("RecentDocuments", paths);
+}
+
+// A day at most: an interval is kept in milliseconds in an int.
+int SuiteSettings::NetworkPollSeconds() const
+{
+    const int seconds = intValue("NetworkPollSeconds", 2);
+    return seconds < 0 ? 2 : std::min(seconds, 86400);
+}
+int SuiteSettings::NetworkTreePollSeconds() const
+{
+    const int seconds = intValue("NetworkTreePollSeconds", 10);
+    return seconds < 0 ? 10 : std::min(seconds, 86400);
+}
+FolderWatchMode SuiteSettings::WatchMode() const
+{
+    const QString mode = stringValue("WatchMode").trimmed().toLower();
+    if (mode == QLatin1String("notify"))
+        return FolderWatchMode::Notify;
+    if (mode == QLatin1String("poll"))
+        return FolderWatchMode::Poll;
+    return FolderWatchMode::Auto;
 }
 
 void SuiteSettings::BeginFolderUpdate()

@@ -8,6 +8,16 @@ namespace nebra {
 
 class SettingsStore;
 
+// How the Organiser follows changes in the data folders: "auto" asks the
+// kernel on local disks and polls file servers, "notify" always asks the
+// kernel, "poll" always polls.
+enum class FolderWatchMode
+{
+    Auto,
+    Notify,
+    Poll,
+};
+
 // The suite's settings component: the "[Settings]" group of the suite's
 // settings file. Every getter reads the store; setters write one value at
 // once (atomically) and return false when the file could not be written.
@@ -71,6 +81,13 @@ public:
     // The documents last opened, run or created through the Organiser, newest first.
     QStringList RecentDocuments() const;
     bool SetRecentDocuments(const QStringList& paths);
+
+    // Seconds between two polls of the folder the file list shows, and of the
+    // tree's folders, on file servers (0: not polled).
+    int NetworkPollSeconds() const;
+    int NetworkTreePollSeconds() const;
+    // "auto", "notify" or "poll", without regard to case; anything else is auto.
+    FolderWatchMode WatchMode() const;
 
     // The help window's size and place (as QWidget::saveGeometry() gives
     // them) and its text size in steps from the normal size, in the "[Help]"

@@ -1,4 +1,5 @@
 #include "FileView.h"
+#include "ListingWait.h"
 #include "MessageRecorder.h"
 #include "OrganiserTree.h"
 #include "OrganiserWorld.h"
@@ -10,6 +11,7 @@ using namespace nebra;
 using nebra::test::makeFolder;
 using nebra::test::MessageRecorder;
 using nebra::test::TreeWorld;
+using nebra::test::waitForListing;
 using nebra::test::writeFile;
 
 namespace {
@@ -37,6 +39,7 @@ struct Organiser : TreeWorld
                          [this](const QString& path) { organiser.RemoveExplorerBranch(path); });
         build();
         tree->setCurrentNode(organiser.node(type));
+        QVERIFY(waitForListing(*list));
     }
 
     FileListItem item(const QString& name) const
@@ -107,15 +110,18 @@ private Q_SLOTS:
 
         // The root keeps the list and the type name, with the commands off.
         o.tree->setCurrentNode(o.organiser.rootNode());
+        QVERIFY(waitForListing(*o.list));
         QCOMPARE(o.view.CurrentDocumentTypeName(), QStringLiteral("Assay Protocol"));
         QCOMPARE(o.list->folder(), o.paths.ProtocolsFolder());
         QCOMPARE(o.commands(), QStringLiteral("000/000"));
         o.tree->setCurrentNode(
             o.organiser.node(DocumentType::Reports)); // every file, with or without extension
         QCOMPARE(o.list->filter(), QStringLiteral("*.*"));
+        QVERIFY(waitForListing(*o.list));
         QCOMPARE(o.list->itemCount(), 2);
         QCOMPARE(o.list->documentIcon().cacheKey(), plainPage); // a report may be any kind of file
         o.tree->setCurrentNode(o.organiser.node(DocumentType::Results));
+        QVERIFY(waitForListing(*o.list));
         QCOMPARE(o.view.CurrentDocumentTypeName(), QStringLiteral("Assay Results"));
         QVERIFY(o.list->documentIcon().cacheKey() != plainPage);
         QVERIFY(o.list->documentIcon().cacheKey() != protocolPicture);
@@ -180,6 +186,7 @@ private Q_SLOTS:
         o.open({}, DocumentType::None);
         makeFolder(o.data("Results/Later")); // no node for it
         o.tree->setCurrentNode(o.organiser.node(DocumentType::Results));
+        QVERIFY(waitForListing(*o.list));
         for (const QString& name : {QStringLiteral("Later"), QStringLiteral("2026")}) {
             bool handled = false;
             o.view.OnItemActivated(o.item(name), handled);
@@ -190,6 +197,7 @@ private Q_SLOTS:
         bool handled = false;
         writeFile(o.data("Results/2026/r.ars"));
         o.list->refresh();
+        QVERIFY(waitForListing(*o.list));
         o.view.OnItemActivated(o.item(QStringLiteral("r.ars")), handled);
         QVERIFY(!handled); // files are left to the list
     }

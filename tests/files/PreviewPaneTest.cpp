@@ -96,7 +96,7 @@ private Q_SLOTS:
         o.pane.ShowPreview(&item);
         const QString page =
             showsPreview ? o.paths.PreviewFileFor(item.path) : o.pane.PreviewNotAvailablePage();
-        QCOMPARE(o.pane.CurrentPage(), page);
+        QTRY_COMPARE_WITH_TIMEOUT(o.pane.CurrentPage(), page, 5000);
         QCOMPARE(o.nodePages, QStringList{page});
         QVERIFY(o.browser->WaitUntilComplete());
         QCOMPARE(o.browser->LocationURL(), QUrl::fromLocalFile(page));
@@ -161,7 +161,7 @@ private Q_SLOTS:
         const PreviewItem corrupt{o.protocol(10, junk), false};
         o.pane.setWaitUntilLoaded(true);
         o.pane.ShowPreview(&corrupt);
-        QCOMPARE(o.pane.CurrentPage(), o.paths.PreviewFileFor(corrupt.path));
+        QTRY_COMPARE_WITH_TIMEOUT(o.pane.CurrentPage(), o.paths.PreviewFileFor(corrupt.path), 5000);
         QVERIFY(o.browser->WaitUntilComplete());
     }
 
@@ -217,7 +217,7 @@ private Q_SLOTS:
             QVERIFY2(o.viewer->errorText().contains(QLatin1String("not a file that can be read")),
                      qPrintable(o.viewer->errorText()));
         } else {
-            QCOMPARE(o.pane.CurrentPage(), o.pane.PreviewNotAvailablePage());
+            QTRY_COMPARE_WITH_TIMEOUT(o.pane.CurrentPage(), o.pane.PreviewNotAvailablePage(), 5000);
         }
     }
 };

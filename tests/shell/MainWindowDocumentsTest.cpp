@@ -2,6 +2,7 @@
 #include "DocumentLauncher.h"
 #include "FileListControl.h"
 #include "FolderTreeControl.h"
+#include "ListingWait.h"
 #include "LoadedOrganiser.h"
 #include "MainWindow.h"
 #include "PlateLayoutViewer.h"
@@ -118,38 +119,43 @@ private Q_SLOTS:
         FolderTreeControl& tree = part<FolderTreeControl>(window);
         PreviewPane& pane = part<PreviewPane>(window);
         const QString welcome = branch(window, DocumentType::None).page();
-        QCOMPARE(pane.CurrentPage(), welcome);
+        QTRY_COMPARE_WITH_TIMEOUT(pane.CurrentPage(), welcome, 5000);
 
         // The newest protocol is selected and its preview shown; another pick, another page.
         tree.setCurrentNode(branch(window, DocumentType::Protocols));
+        QVERIFY(waitForListing(part<FileListControl>(window)));
         QCOMPARE(part<FileListControl>(window).firstSelectedItem().path(),
                  o.doc("Protocols/ELISA IgG Quantitation.apr"));
         const QString preview = o.doc("Protocols/ELISA IgG Quantitation.mht");
-        QCOMPARE(pane.CurrentPage(), preview);
+        QTRY_COMPARE_WITH_TIMEOUT(pane.CurrentPage(), preview, 5000);
         QTRY_COMPARE_WITH_TIMEOUT(part<BrowserControl>(window).LocationURL(), QUrl::fromLocalFile(preview),
                                   10000);
         o.pick(o.doc("Protocols/BCA Protein Assay.apr"));
-        QCOMPARE(pane.CurrentPage(), pane.PreviewNotAvailablePage());
+        QTRY_COMPARE_WITH_TIMEOUT(pane.CurrentPage(), pane.PreviewNotAvailablePage(), 5000);
         QVERIFY(QFileInfo(pane.PreviewNotAvailablePage()).isFile());
         // Quotes, a hash and non-ASCII letters in a sub-folder's document.
         tree.setCurrentNode(branch(window, DocumentType::Protocols).child(0));
+        QVERIFY(waitForListing(part<FileListControl>(window)));
         const QString odd = o.doc("Protocols/Ünï Lab/Assay \"Gold\" #1.mht");
-        QCOMPARE(pane.CurrentPage(), odd);
+        QTRY_COMPARE_WITH_TIMEOUT(pane.CurrentPage(), odd, 5000);
         QTRY_COMPARE_WITH_TIMEOUT(part<BrowserControl>(window).LocationURL(), QUrl::fromLocalFile(odd),
                                   10000);
 
         // A layout is drawn by the viewer; the browser keeps its page, and a report leaves both.
         tree.setCurrentNode(branch(window, DocumentType::Layouts));
+        QVERIFY(waitForListing(part<FileListControl>(window)));
         PlateLayoutViewer& viewer = part<PlateLayoutViewer>(window);
         QVERIFY(viewer.isVisible() && viewer.hasPlateLayout());
         tree.setCurrentNode(branch(window, DocumentType::Reports));
+        QVERIFY(waitForListing(part<FileListControl>(window)));
         QCOMPARE(part<FileListControl>(window).firstSelectedItem().path(),
                  o.doc("Reports/ELISA IgG Summary Report.mht"));
         QVERIFY(viewer.isVisible());
-        QCOMPARE(pane.CurrentPage(), odd);
+        QTRY_COMPARE_WITH_TIMEOUT(pane.CurrentPage(), odd, 5000);
         // The root shows the welcome page again.
         tree.setCurrentNode(branch(window, DocumentType::None));
-        QCOMPARE(pane.CurrentPage(), welcome);
+        QVERIFY(waitForListing(part<FileListControl>(window)));
+        QTRY_COMPARE_WITH_TIMEOUT(pane.CurrentPage(), welcome, 5000);
         QVERIFY(!viewer.isVisible());
         QTRY_COMPARE_WITH_TIMEOUT(part<BrowserControl>(window).LocationURL(), QUrl::fromLocalFile(welcome),
                                   10000);
@@ -180,10 +186,12 @@ private Q_SLOTS:
         MainWindow& window = o.load();
         const QString welcome = branch(window, DocumentType::None).page();
         part<FolderTreeControl>(window).setCurrentNode(branch(window, DocumentType::Layouts));
+        QVERIFY(waitForListing(part<FileListControl>(window)));
         QCOMPARE(part<PlateLayoutViewer>(window).isVisible(), layouts);
         part<FolderTreeControl>(window).setCurrentNode(branch(window, DocumentType::Protocols));
-        QCOMPARE(part<PreviewPane>(window).CurrentPage(),
-                 protocols ? o.doc("Protocols/ELISA IgG Quantitation.mht") : welcome);
+        QVERIFY(waitForListing(part<FileListControl>(window)));
+        QTRY_COMPARE_WITH_TIMEOUT(part<PreviewPane>(window).CurrentPage(),
+                                  protocols ? o.doc("Protocols/ELISA IgG Quantitation.mht") : welcome, 5000);
     }
 
     // The tool bar and the tree's buttons reach the launcher; New on Protocols the wizard picker.
@@ -193,6 +201,7 @@ private Q_SLOTS:
         MainWindow& window = o.load();
         FolderTreeControl& tree = part<FolderTreeControl>(window);
         tree.setCurrentNode(branch(window, DocumentType::Protocols));
+        QVERIFY(waitForListing(part<FileListControl>(window)));
         const QString protocol = o.doc("Protocols/ELISA IgG Quantitation.apr");
 
         part<ToolBarsControl>(window).action(QStringLiteral("ID_Run"))->trigger();
@@ -224,6 +233,7 @@ private Q_SLOTS:
             o.secure(allowed ? QStringList{"AuthorisationsGeneral/RunProtocol"} : QStringList{});
         MainWindow& window = o.load();
         part<FolderTreeControl>(window).setCurrentNode(branch(window, DocumentType::Protocols));
+        QVERIFY(waitForListing(part<FileListControl>(window)));
         const QString protocol = o.doc("Protocols/ELISA IgG Quantitation.apr");
         part<ToolBarsControl>(window).action(QStringLiteral("ID_Run"))->trigger();
         QCOMPARE(security.auditTexts().last() == "Run protocol: " + protocol, allowed);
@@ -284,6 +294,7 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(tree.currentNode(), branch(window, DocumentType::Protocols), 10000);
         // Back on the root its page loads again; a click meanwhile waits until it is complete.
         tree.setCurrentNode(branch(window, DocumentType::None));
+        QVERIFY(waitForListing(part<FileListControl>(window)));
         QCOMPARE(browser.ReadyState(), int(BrowserControl::Loading));
         bool cancel = false;
         Q_EMIT browser.BeforeNavigate2(QUrl(QStringLiteral("organiser:\\Run a protocol")), cancel);

@@ -3,6 +3,7 @@
 #include "FileListFilterBox.h"
 #include "FileView.h"
 #include "FolderTreeControl.h"
+#include "ListingWait.h"
 #include "LoadedOrganiser.h"
 #include "MainWindow.h"
 #include "RecordingPrograms.h"
@@ -47,6 +48,7 @@ struct Finding : LoadedOrganiser
     void open(const QString& path)
     {
         part<FileView>(*window).ShowDocument(path);
+        QVERIFY(waitForListing(part<FileListControl>(*window)));
         QCOMPARE(part<FileListControl>(*window).firstSelectedItem().path(), path);
         tool(*window, CommandId::Open).trigger();
         programs.waitForRecords(1);
@@ -117,13 +119,16 @@ private Q_SLOTS:
         QCOMPARE(menu->actions().at(1)->text(), QStringLiteral("&2  BCA Protein Assay.apr"));
 
         part<FolderTreeControl>(window).setCurrentNode(branch(window, DocumentType::Layouts));
+        QVERIFY(waitForListing(part<FileListControl>(window)));
         part<FileListControl>(window).setNameFilter(QStringLiteral("Kinetic"));
         menu->actions().at(1)->trigger();
+        QVERIFY(waitForListing(part<FileListControl>(window)));
         QCOMPARE(part<FolderTreeControl>(window).currentNode().folderPath(), o.doc("Protocols"));
         QCOMPARE(part<FileListControl>(window).selectedCount(), 1);
         QCOMPARE(part<FileListControl>(window).firstSelectedItem().path(), bca);
 
         part<FolderTreeControl>(window).setCurrentNode(branch(window, DocumentType::None));
+        QVERIFY(waitForListing(part<FileListControl>(window)));
         QTRY_COMPARE_WITH_TIMEOUT(o.welcomeRecentLinks(), 2, 10000);
         bool cancel = false;
         Q_EMIT part<BrowserControl>(window).BeforeNavigate2(QUrl(QStringLiteral("organiser:%5CRecent%201")),
@@ -136,6 +141,7 @@ private Q_SLOTS:
         Q_EMIT menu->aboutToShow();
         QCOMPARE(menu->actions().size(), 1);
         part<FileView>(window).ShowDocument(o.folders.root() + "/elsewhere.apr");
+        QVERIFY(waitForListing(part<FileListControl>(window)));
         QCOMPARE(o.messages.count(), 1);
         QCOMPARE(o.messages.last().title, QStringLiteral("Recent Documents"));
     }

@@ -1,6 +1,7 @@
 #include "FileListControl.h"
 #include "FolderTreeControl.h"
 #include "FolderTreeModel.h"
+#include "ListingWait.h"
 #include "LoadedOrganiser.h"
 #include "MainWindow.h"
 #include "SecondProcess.h"
@@ -48,12 +49,16 @@ private Q_SLOTS:
         LoadedOrganiser site;
         const QString results = site.doc(QStringLiteral("Results"));
         makeFolder(results + QStringLiteral("/Run1/sub"));
+        writeFile(results + QStringLiteral("/Run1/run.ars"));
         makeFolder(site.folders.root() + QStringLiteral("/elsewhere"));
         MainWindow& window = site.load();
         QVERIFY(part<ShellNotifications>(window).isActive());
         FolderTreeControl& tree = part<FolderTreeControl>(window);
         tree.setCurrentNode(branch(tree, DocumentType::Results).child(0));
-        QCOMPARE(part<FileListControl>(window).folder(), results + QStringLiteral("/Run1"));
+        FileListControl& list = part<FileListControl>(window);
+        QCOMPARE(list.folder(), results + QStringLiteral("/Run1"));
+        QVERIFY(waitForListing(list));
+        QCOMPARE(list.itemCount(), 2);
 
         runScript(results, script);
         const auto settled = [&] {
@@ -72,6 +77,8 @@ private Q_SLOTS:
         QCOMPARE(shown.folderPath(),
                  current.isEmpty() ? QStringLiteral("Organiser") : results + QLatin1Char('/') + current);
         QVERIFY(!tree.nodes().findFolderPath(site.folders.root() + QStringLiteral("/elsewhere/x")).isValid());
+        // The root keeps the list, which follows its own folder: a gone folder lists nothing.
+        QTRY_COMPARE_WITH_TIMEOUT(list.itemCount(), current.isEmpty() ? 0 : 2, Bound);
         QVERIFY(site.messages.requests().isEmpty());
 
         window.close(); // shutdown stops following the disk

@@ -115,6 +115,12 @@ private Q_SLOTS:
             QCOMPARE(instrumentNode().folderPath(),
                      site.other + QStringLiteral("/My Assays/Read Configurations/Reader Two"));
             QCOMPARE(instrumentNode().text(), QStringLiteral("Reader Two"));
+            // The watches moved with the parent: folders made there appear in every branch.
+            const QString run = site.other + QStringLiteral("/My Assays/Results/Run 9");
+            const QString plates = site.other + QStringLiteral("/My Assays/Microplate Layouts/Plates 9");
+            makeFolder(run);
+            makeFolder(plates);
+            QTRY_VERIFY_WITH_TIMEOUT(nodeOf(window, run).isValid() && nodeOf(window, plates).isValid(), 5000);
 
             // With the instrument node selected, a driver change re-selects it and the list follows.
             part<FolderTreeControl>(window).setCurrentNode(instrumentNode());

@@ -2,6 +2,7 @@
 #include "FileListControl.h"
 #include "FolderTreeControl.h"
 #include "FolderTreeModel.h"
+#include "ListingWait.h"
 #include "LoadedOrganiser.h"
 #include "MainWindow.h"
 #include "ShortcutsBar.h"
@@ -34,6 +35,7 @@ private Q_SLOTS:
 
         // A shortcut leads to its folder; the list and the commands follow.
         Q_EMIT part<ShortcutsBar>(window).itemClicked(QStringLiteral("3"));
+        QVERIFY(waitForListing(part<FileListControl>(window)));
         QCOMPARE(tree.currentNode(), branch(tree, DocumentType::Protocols));
         QCOMPARE(part<FileListControl>(window).firstSelectedItem().name(), QStringLiteral("Elisa.apr"));
         QVERIFY(part<ToolBarsControl>(window).isToolEnabled(QStringLiteral("ID_Run")));

@@ -106,6 +106,36 @@ private Q_SLOTS:
         QCOMPARE(settings.DiagnosticLogLevel(), level);
     }
 
+    void followingFileServers_data()
+    {
+        QTest::addColumn<QByteArray>("lines");
+        QTest::addColumn<int>("listSeconds");
+        QTest::addColumn<int>("treeSeconds");
+        QTest::addColumn<int>("mode");
+        // clang-format off
+        QTest::newRow("defaults") << QByteArray() << 2 << 10 << int(FolderWatchMode::Auto);
+        QTest::newRow("off, and polled") << QByteArray("NetworkPollSeconds=0\nNetworkTreePollSeconds=0\nWatchMode=Poll") << 0 << 0 << int(FolderWatchMode::Poll);
+        QTest::newRow("out of range, unknown") << QByteArray("NetworkPollSeconds=-3\nNetworkTreePollSeconds=99999999\nWatchMode=sometimes") << 2 << 86400 << int(FolderWatchMode::Auto);
+        QTest::newRow("blanks and case") << QByteArray("WatchMode= NOTIFY ") << 2 << 10 << int(FolderWatchMode::Notify);
+        // clang-format on
+    }
+
+    void followingFileServers()
+    {
+        QFETCH(QByteArray, lines);
+        QFETCH(int, listSeconds);
+        QFETCH(int, treeSeconds);
+        QFETCH(int, mode);
+        QTemporaryDir dir;
+        const QString path = dir.filePath("Suite.ini");
+        nebra::test::writeFile(path, "[Settings]\n" + lines + "\n");
+        SettingsStore store(path);
+        const SuiteSettings settings(store);
+        QCOMPARE(settings.NetworkPollSeconds(), listSeconds);
+        QCOMPARE(settings.NetworkTreePollSeconds(), treeSeconds);
+        QCOMPARE(int(settings.WatchMode()), mode);
+    }
+
     void logLevelSeesChangesMadeByAnotherProgram()
     {
         QTemporaryDir dir;

@@ -1,5 +1,6 @@
 #include "OrganiserTree.h"
 #include "FolderTreeModel.h"
+#include "ListingWait.h"
 #include "OrganiserWorld.h"
 
 #include <QAbstractItemModelTester>
@@ -135,6 +136,7 @@ private Q_SLOTS:
         // A file is in the list only by its exact name.
         writeFile(o.data("Protocols/Elisa.apr"));
         o.list->setFolder(o.paths.ProtocolsFolder());
+        QVERIFY(nebra::test::waitForListing(*o.list));
         QVERIFY(o.organiser.IsFileInFileView(QStringLiteral("Elisa.apr")));
         QVERIFY(!o.organiser.IsFileInFileView(QStringLiteral("elisa.apr")));
         QVERIFY(o.organiser.IsThisCurrentFolder(o.paths.ProtocolsFolder()));

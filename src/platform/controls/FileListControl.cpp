@@ -7,6 +7,7 @@
 #include "FileListModel.h"
 #include "FileListPrompts.h"
 #include "FileOperations.h"
+#include "FolderReaders.h"
 
 #include <QAction>
 #include <QApplication>
@@ -25,6 +26,7 @@
 #include <QVBoxLayout>
 
 #include <cstring>
+#include <utility>
 
 namespace nebra {
 
@@ -37,7 +39,8 @@ constexpr int RefreshDelayMs = 250;
 FileListControl::FileListControl(QWidget* parent)
     : QWidget(parent), m_model(new FileListModel(this)), m_view(new FileListView(m_model, this)),
       m_filterBox(new FileListFilterBox(this)), m_state(new QLabel(this)),
-      m_watcher(new QFileSystemWatcher(this)), m_refreshTimer(new QTimer(this))
+      m_watcher(new QFileSystemWatcher(this)), m_readers(new FolderReaders(this)),
+      m_refreshTimer(new QTimer(this))
 {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -112,10 +115,9 @@ void FileListControl::setFolder(const QString& path)
         m_filterBox->clear();
         m_model->setNameFilter(QString());
     }
+    // Watched again once a listing shows the folder answers.
     if (!m_watcher->directories().isEmpty())
         m_watcher->removePaths(m_watcher->directories());
-    if (!path.isEmpty() && QFileInfo(path).isDir())
-        m_watcher->addPath(path);
     markDirty();
 }
 
@@ -125,36 +127,86 @@ void FileListControl::setFilter(const QString& pattern)
     markDirty();
 }
 
-// The listing itself waits until something needs it, so that a new folder
-// and a new filter set one after the other cost one listing.
+// The listing is asked for once the current turn of the event loop is over,
+// so that a new folder and a new filter set one after the other cost one.
 void FileListControl::markDirty()
 {
     m_dirty = true;
     QMetaObject::invokeMethod(
-        this, [this] { ensureListed(); }, Qt::QueuedConnection);
+        this,
+        [this] {
+            if (m_dirty)
+                list(false);
+        },
+        Qt::QueuedConnection);
 }
 
-void FileListControl::ensureListed() const
+QString FileListControl::waitingText(const QString& folder)
 {
-    if (m_dirty)
-        const_cast<FileListControl*>(this)->list();
+    return tr("Waiting for the folder %1 to answer...").arg(QDir::toNativeSeparators(folder));
 }
 
-void FileListControl::list()
+// A listing still on its way is superseded: only the newest one is shown,
+// so no listing is shown twice or out of order.
+void FileListControl::list(bool keepSelection)
 {
     m_dirty = false;
     m_refreshTimer->stop();
+    if (m_pendingRead != 0)
+        m_readers->cancel(std::exchange(m_pendingRead, 0));
+    const QString folder = m_folder;
+    const QString filter = m_filter;
+    if (folder.isEmpty()) {
+        showListing(folder, {}, false); // nothing to list
+        return;
+    }
+    m_pendingRead = m_readers->read(
+        folder, FolderReaders::Lane::User, this,
+        [folder, filter] { return FileListModel::read(folder, filter); },
+        [this, folder, keepSelection](DirectoryReader::FileListing listing) {
+            m_pendingRead = 0;
+            showListing(folder, std::move(listing), keepSelection);
+        },
+        [this, folder] { showWaiting(folder); });
+}
+
+void FileListControl::showListing(const QString& folder, DirectoryReader::FileListing listing,
+                                  bool keepSelection)
+{
+    const QHash<QString, bool> before = m_model->allEntries(); // name -> folder
+    const QSet<QString> selected = selectedNames();
+    const FileListItem current = currentItem();
     m_quiet = true;
-    if (m_folder.isEmpty())
-        m_model->load(QString(), m_filter); // nothing to list
-    else
-        m_model->load(m_folder, m_filter);
+    m_model->load(folder, std::move(listing));
     m_quiet = false;
     m_view->header()->setSortIndicator(m_model->sortColumn(), m_model->sortOrder());
     applyColumnVisibility();
     showListingState();
+    if (m_model->error() == 0 && !folder.isEmpty() && m_watcher->directories().isEmpty())
+        m_watcher->addPath(folder);
     if (m_filterBox->isVisibleTo(this)) // ready before the user can type
         QTimer::singleShot(0, m_model, &FileListModel::prepareNameFilter);
+    if (keepSelection) {
+        reselect(selected, current.isValid() ? QFileInfo(current.path()).fileName() : QString());
+        reportChanges(before, folder);
+        if (selectedNames() != selected)
+            onSelectionChanged();
+    }
+    Q_EMIT listed();
+}
+
+// Rows of a folder that does not answer may be long gone: none is shown
+// until it answers.
+void FileListControl::showWaiting(const QString& folder)
+{
+    if (folder != m_folder)
+        return;
+    m_quiet = true;
+    m_model->load(folder, DirectoryReader::FileListing{});
+    m_quiet = false;
+    m_state->setText(waitingText(folder));
+    m_state->show();
+    Q_EMIT waiting(folder);
 }
 
 void FileListControl::refresh()
@@ -163,19 +215,10 @@ void FileListControl::refresh()
         m_refreshTimer->start(); // a new listing would take the name being typed away
         return;
     }
-    if (m_dirty || m_folder.isEmpty()) {
-        ensureListed();
-        return;
-    }
-    const QHash<QString, bool> before = m_model->allEntries(); // name -> folder
-    const QSet<QString> selected = selectedNames();
-    const FileListItem current = currentItem();
-    const QString oldFolder = m_folder;
-    list();
-    reselect(selected, current.isValid() ? QFileInfo(current.path()).fileName() : QString());
-    reportChanges(before, oldFolder);
-    if (selectedNames() != selected)
-        onSelectionChanged();
+    if (m_dirty || m_folder.isEmpty())
+        return; // a listing of the new folder is on its way
+    // Until the folder's first listing arrives there is no selection to keep.
+    list(m_model->folder() == m_folder);
 }
 
 // Entries the name filter hides still count: the folder tree follows them too.
@@ -225,7 +268,6 @@ void FileListControl::reselect(const QSet<QString>& names, const QString& curren
 
 int FileListControl::listingError() const
 {
-    ensureListed();
     return m_model->error();
 }
 
@@ -313,7 +355,6 @@ void FileListControl::showHeaderMenu(const QPoint& position)
 
 void FileListControl::sortByColumn(const QString& name, Qt::SortOrder order)
 {
-    ensureListed();
     const int column = m_model->columnOf(name);
     if (column < 0)
         return;
@@ -351,13 +392,11 @@ void FileListControl::clickColumnHeader(const QString& name)
 
 int FileListControl::itemCount() const
 {
-    ensureListed();
     return m_model->rowCount();
 }
 
 FileListItem FileListControl::item(int index) const
 {
-    ensureListed();
     return index >= 1 && index <= m_model->rowCount() ? itemAtRow(index - 1) : FileListItem();
 }
 
@@ -378,13 +417,11 @@ int FileListControl::rowOf(const FileListItem& item) const
 
 int FileListControl::selectedCount() const
 {
-    ensureListed();
     return int(m_view->selectionModel()->selectedRows().size());
 }
 
 QList<FileListItem> FileListControl::selectedItems() const
 {
-    ensureListed();
     QModelIndexList rows = m_view->selectionModel()->selectedRows();
     std::sort(rows.begin(), rows.end(),
               [](const QModelIndex& a, const QModelIndex& b) { return a.row() < b.row(); });
@@ -402,7 +439,6 @@ FileListItem FileListControl::firstSelectedItem() const
 
 FileListItem FileListControl::currentItem() const
 {
-    ensureListed();
     const QModelIndex current = m_view->currentIndex();
     return current.isValid() ? itemAtRow(current.row()) : FileListItem();
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "DirectoryReader.h"
 #include "FileListItem.h"
 
 #include <QList>
@@ -19,14 +20,20 @@ class FileListFilterBox;
 class FileListView;
 
 class FileListModel;
+class FolderReaders;
 
 // The file list pane: the subfolders and documents of one folder, filtered
 // by a wildcard pattern (WildcardFilter), in the columns "Name", "Size",
 // "Type", "Date Modified" and any added after them.
 //
-// The listing is read synchronously when it is first needed after the folder
-// or the filter changed (so setting both costs one listing), and again, with
-// the selection kept, when the folder changes on disk. Before a column is
+// The listing is read on a reader thread (FolderReaders) once the folder or
+// the filter changed (so setting both one after the other costs one
+// listing), and again, with the selection kept, when the folder changes on
+// disk. Until it arrives the list keeps its rows; listed() says it has
+// arrived, and what acts on the listing acts then. A folder that has not
+// answered within two seconds shows no rows and one line saying that the
+// list waits for it, and waiting() is emitted; the rows follow when it
+// answers. A folder that vanishes while shown lists no documents. Before a column is
 // shown columnAboutToBeShown() may refuse it; a header click sorts by that
 // column (ascending, then descending) after announcing the click.
 //
@@ -69,10 +76,13 @@ public:
     // An action on the view's context menu, acting on the selected items.
     void addContextAction(QAction* action);
 
-    // Reads the folder again now, keeping the selection.
+    // Reads the folder again, keeping the selection.
     void refresh();
     // errno of the last listing; 0 when the folder could be read.
     int listingError() const;
+    // A listing of the folder and filter set last is still on its way.
+    bool isListing() const { return m_dirty || m_pendingRead != 0; }
+    static QString waitingText(const QString& folder);
 
     // Adds a column after the standard ones.
     void addColumn(const QString& name);
@@ -127,13 +137,18 @@ Q_SIGNALS:
     // Items that appeared in or vanished from the folder since it was listed.
     void itemAdded(const FileListItem& item);
     void itemRemoved(const FileListItem& item);
+    // The listing of folder() has arrived and is shown (sorted, selection kept).
+    void listed();
+    // The listing of folder has not answered within two seconds.
+    void waiting(const QString& folder);
 
 private:
     void setUpView();
     void connectEvents();
     void markDirty();
-    void ensureListed() const;
-    void list();
+    void list(bool keepSelection);
+    void showListing(const QString& folder, DirectoryReader::FileListing listing, bool keepSelection);
+    void showWaiting(const QString& folder);
     void applyColumnVisibility();
     int rowOf(const FileListItem& item) const;
     FileListItem itemAtRow(int row) const;
@@ -153,6 +168,8 @@ private:
     QList<QAction*> m_contextActions;
     QLabel* m_state;
     QFileSystemWatcher* m_watcher;
+    FolderReaders* m_readers;
+    quint64 m_pendingRead = 0;
     QTimer* m_refreshTimer;
     QString m_folder;
     QString m_filter = QStringLiteral("*.*");

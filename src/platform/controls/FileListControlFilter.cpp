@@ -22,7 +22,6 @@ void FileListControl::setNameFilter(const QString& text)
 // hear of it as of any other selection change.
 void FileListControl::applyNameFilter(const QString& text)
 {
-    ensureListed();
     const QSet<QString> selected = selectedNames();
     m_quiet = true;
     m_model->setNameFilter(text);

@@ -77,8 +77,16 @@ FileListModel::Kind FileListModel::kindOfName(const QString& name)
 
 bool FileListModel::load(const QString& folder, const QString& filter)
 {
-    DirectoryReader::FileListing listing =
-        DirectoryReader::files(QFile::encodeName(folder), WildcardFilter(filter));
+    return load(folder, read(folder, filter));
+}
+
+DirectoryReader::FileListing FileListModel::read(const QString& folder, const QString& filter)
+{
+    return DirectoryReader::files(QFile::encodeName(folder), WildcardFilter(filter));
+}
+
+bool FileListModel::load(const QString& folder, DirectoryReader::FileListing listing)
+{
     beginResetModel();
     m_folder = folder;
     m_error = listing.error;

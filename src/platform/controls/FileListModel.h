@@ -1,5 +1,6 @@
 #pragma once
 
+#include "DirectoryReader.h"
 #include "FoldedNames.h"
 #include "NameFilter.h"
 
@@ -52,6 +53,10 @@ public:
     // Returns false when the folder cannot be read (error() says why); the
     // model is then empty.
     bool load(const QString& folder, const QString& filter);
+    // The same in two halves: read() touches only the disk and may run on
+    // any thread; load() takes its result on the model's thread.
+    static DirectoryReader::FileListing read(const QString& folder, const QString& filter);
+    bool load(const QString& folder, DirectoryReader::FileListing listing);
     QString folder() const { return m_folder; }
     int error() const { return m_error; }
     // Moves on with every load, so that old item handles can tell they are stale.

@@ -1,5 +1,6 @@
 #include "DirectoryReader.h"
 
+#include "DirectoryEntries.h"
 #include "WildcardFilter.h"
 
 #include <algorithm>
@@ -9,7 +10,6 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <sys/syscall.h>
 #include <unistd.h>
 
 namespace nebra {
@@ -75,35 +75,12 @@ void addIfFolder(int fd, const char* name, unsigned char type, quint64 inode, qu
     }
 }
 
-// The kernel's directory record, as getdents64(2) fills the buffer.
-struct LinuxDirent64
-{
-    quint64 d_ino;
-    qint64 d_off;
-    unsigned short d_reclen;
-    unsigned char d_type;
-    char d_name[1];
-};
-
-// Reads the entries in large blocks straight from the kernel: readdir(3)
-// would need the folder opened through fdopendir, which costs an fstat and
-// an fcntl per folder.
+// Reads the entries in large blocks straight from the kernel.
 int readSubfolders(int fd, quint64 device, std::vector<DirectoryReader::Subfolder>& folders)
 {
-    alignas(8) char buffer[32768];
-    for (;;) {
-        const long read = ::syscall(SYS_getdents64, fd, buffer, sizeof buffer);
-        if (read < 0)
-            return errno;
-        if (read == 0)
-            return 0;
-        for (long offset = 0; offset < read;) {
-            const auto* entry = reinterpret_cast<const LinuxDirent64*>(buffer + offset);
-            offset += entry->d_reclen;
-            if (!isDotOrDotDot(entry->d_name))
-                addIfFolder(fd, entry->d_name, entry->d_type, entry->d_ino, device, folders);
-        }
-    }
+    return readDirectoryEntries(fd, [&](const char* name, unsigned char type, quint64 inode) {
+        addIfFolder(fd, name, type, inode, device, folders);
+    });
 }
 
 void sortByName(std::vector<DirectoryReader::Subfolder>& folders)

@@ -1,5 +1,8 @@
 #include "FileListControl.h"
 #include "FileListFilterBox.h"
+#include "FolderReaders.h"
+#include "FuseShare.h"
+#include "ListingWait.h"
 #include "MessageRecorder.h"
 #include "TestFiles.h"
 #include "UserFolders.h"
@@ -11,9 +14,11 @@
 #include <QTreeView>
 
 using namespace nebra;
+using nebra::test::FuseShare;
 using nebra::test::makeFolder;
 using nebra::test::MessageRecorder;
 using nebra::test::UserFolders;
+using nebra::test::waitForListing;
 using nebra::test::writeFile;
 
 namespace {
@@ -33,6 +38,14 @@ struct Listing
         list.resize(600, 300);
         list.setFilter(QStringLiteral("*.apr"));
         list.setFolder(dir.path());
+        if (!waitForListing(list))
+            qFatal("The listing did not arrive");
+    }
+
+    void showFolder(const QString& folder)
+    {
+        list.setFolder(folder);
+        QVERIFY(waitForListing(list));
     }
 
     FileListItem named(const QString& name) const
@@ -172,7 +185,7 @@ private Q_SLOTS:
     {
         Listing listing;
         QVERIFY(listing.list.itemCount() > 0);
-        listing.list.setFolder(listing.dir.filePath("gone"));
+        listing.showFolder(listing.dir.filePath("gone"));
         QCOMPARE(listing.list.itemCount(), 0);
         QVERIFY(listing.list.listingError() != 0);
         auto* state = listing.list.findChild<QLabel*>();
@@ -180,14 +193,56 @@ private Q_SLOTS:
         QVERIFY(state->text().contains(QStringLiteral("gone")));
 
         // An empty folder and a filter that hides everything say so; rows hide the words.
-        listing.list.setFolder(listing.dir.filePath("Sub"));
+        listing.showFolder(listing.dir.filePath("Sub"));
         QCOMPARE(listing.list.itemCount(), 0);
         QCOMPARE(state->text(), QStringLiteral("No documents in this folder"));
         QVERIFY(!state->isHidden());
-        listing.list.setFolder(listing.dir.path());
+        listing.showFolder(listing.dir.path());
         listing.list.setNameFilter(QStringLiteral("nothing like it"));
         QCOMPARE(state->text(), QStringLiteral("No document matches the filter"));
         listing.list.setNameFilter(QString());
+        QVERIFY(state->isHidden());
+
+        // The folder shown is deleted: its documents go with it.
+        writeFile(listing.dir.filePath("Sub/inside.apr"));
+        listing.showFolder(listing.dir.filePath("Sub"));
+        QCOMPARE(listing.list.itemCount(), 1);
+        QVERIFY(QDir(listing.dir.filePath("Sub")).removeRecursively());
+        QTRY_COMPARE_WITH_TIMEOUT(listing.list.itemCount(), 0, 5000);
+    }
+
+    // A share that stops answering: the list says it waits, other folders
+    // still list at once, and the rows come when the share answers again.
+    void aFolderThatDoesNotAnswerIsWaitedFor()
+    {
+        if (const QString reason = FuseShare::unavailableReason(); !reason.isEmpty())
+            QSKIP(qPrintable(reason));
+        QTemporaryDir dir;
+        const QString mount = dir.filePath("share");
+        FuseShare share;
+        QVERIFY(share.mount(dir.filePath("backing"), mount));
+        writeFile(dir.filePath("backing/run.ars"));
+        writeFile(dir.filePath("local/here.ars"));
+        FileListControl list;
+        list.setFolder(mount);
+        QVERIFY(waitForListing(list));
+        QCOMPARE(list.itemCount(), 1);
+
+        share.freeze();
+        QSignalSpy waiting(&list, &FileListControl::waiting);
+        list.refresh();
+        QVERIFY(waiting.wait(FolderReaders::WaitingAfterMs + 3000));
+        QCOMPARE(list.itemCount(), 0);
+        auto* state = list.findChild<QLabel*>();
+        QCOMPARE(state->text(), QStringLiteral("Waiting for the folder %1 to answer...").arg(mount));
+        list.setFolder(dir.filePath("local"));
+        QVERIFY(waitForListing(list, 1000));
+        QCOMPARE(list.item(1).name(), QStringLiteral("here.ars"));
+        list.setFolder(mount);
+        QVERIFY(waiting.wait(FolderReaders::WaitingAfterMs + 3000));
+        share.thaw();
+        QVERIFY(waitForListing(list, 10000));
+        QCOMPARE(list.item(1).name(), QStringLiteral("run.ars"));
         QVERIFY(state->isHidden());
     }
 
@@ -212,6 +267,7 @@ private Q_SLOTS:
         QCOMPARE(selection.size(), 1);
         makeFolder(listing.dir.filePath("Archive"));
         listing.list.refresh();
+        QVERIFY(waitForListing(listing.list));
         QCOMPARE(added.size(), 1);
         QCOMPARE(added[0][0].value<FileListItem>().path(), listing.dir.filePath("Archive"));
         QCOMPARE(listing.list.itemCount(), 1);

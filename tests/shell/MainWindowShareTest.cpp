@@ -1,0 +1,130 @@
+#include "FileListControl.h"
+#include "FolderReaders.h"
+#include "FolderTreeControl.h"
+#include "FolderTreeModel.h"
+#include "FuseShare.h"
+#include "ListingWait.h"
+#include "LoadedOrganiser.h"
+#include "MainWindow.h"
+#include "SecondProcess.h"
+#include "WebEngineTestMain.h"
+#include "WindowParts.h"
+
+#include <QElapsedTimer>
+#include <QStatusBar>
+#include <QTest>
+
+using namespace nebra;
+using namespace nebra::test;
+
+// The main window with its data folders on a share (a bindfs mount of a
+// folder another process writes), from start-up to shutdown, with the share
+// answering and frozen. The rules themselves are tested where they live.
+class MainWindowShareTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<LoadedOrganiser> m_site;
+    std::unique_ptr<FuseShare> m_share;
+    QString m_backing; // "My Assays" as the other process sees it
+
+    // Mounts the data folders' parent from a backing folder; false (skipped) without FUSE.
+    bool shared()
+    {
+        if (const QString reason = FuseShare::unavailableReason(); !reason.isEmpty()) {
+            QTest::qSkip(qPrintable(reason), __FILE__, __LINE__);
+            return false;
+        }
+        m_site = std::make_unique<LoadedOrganiser>();
+        const QString root = m_site->folders.root();
+        m_backing = root + QStringLiteral("/backing/My Assays");
+        writeFile(m_backing + QStringLiteral("/Protocols/Elisa.apr"));
+        makeFolder(m_backing + QStringLiteral("/Results/Run1"));
+        LoadedOrganiser::set(QStringLiteral("Settings/NetworkPollSeconds"), 1);
+        LoadedOrganiser::set(QStringLiteral("Settings/NetworkTreePollSeconds"), 1);
+        m_share = std::make_unique<FuseShare>();
+        if (!m_share->mount(root + QStringLiteral("/backing"), root + QStringLiteral("/Lab Data"))) {
+            QTest::qFail("bindfs did not mount the share", __FILE__, __LINE__);
+            return false;
+        }
+        return true;
+    }
+
+private Q_SLOTS:
+    void cleanup()
+    {
+        if (m_share)
+            m_share->thaw();
+        m_site.reset(); // the window first, then the folders under the mount
+        m_share.reset();
+    }
+
+    // Another workstation's folder and document appear within the poll
+    // interval; a frozen server leaves the window answering commands, and
+    // the list fills in when the server answers again.
+    void aShareIsFollowedAndAFrozenOneWaitedFor()
+    {
+        if (!shared())
+            return;
+        MainWindow& window = m_site->load();
+        FolderTreeControl& tree = part<FolderTreeControl>(window);
+        FileListControl& list = part<FileListControl>(window);
+        tree.setCurrentNode(branch(tree, DocumentType::Results));
+        QVERIFY(waitForListing(list));
+
+        runScript(m_backing + QStringLiteral("/Results"),
+                  QStringLiteral("mkdir Run2 && echo r > 'Run 3.ars'"));
+        QTRY_VERIFY_WITH_TIMEOUT(
+            tree.nodes().findFolderPath(m_site->doc(QStringLiteral("Results/Run2"))).isValid(), 3000);
+        QTRY_COMPARE_WITH_TIMEOUT(list.itemCount(), 3, 3000); // Run1, Run2, Run 3.ars
+
+        m_share->freeze();
+        tree.setCurrentNode(branch(tree, DocumentType::Protocols));
+        const QString waiting = FileListControl::waitingText(m_site->doc(QStringLiteral("Protocols")));
+        QTRY_COMPARE_WITH_TIMEOUT(window.statusBar()->currentMessage(), waiting,
+                                  FolderReaders::WaitingAfterMs + 3000);
+        const int messages = m_site->messages.count();
+        tool(window, CommandId::About).trigger();
+        QCOMPARE(m_site->messages.count(), messages + 1);
+        m_share->thaw();
+        QVERIFY(waitForListing(list, 10000));
+        QCOMPARE(list.firstSelectedItem().name(), QStringLiteral("Elisa.apr"));
+        QVERIFY(window.statusBar()->currentMessage().isEmpty());
+    }
+
+    // Start-up against a frozen server opens the window within the bound,
+    // says so once, and builds the tree when the server answers; shutdown
+    // with a read stuck on the server ends at once.
+    void aFrozenShareNeitherHoldsTheStartNorTheEnd()
+    {
+        if (!shared())
+            return;
+        m_share->freeze();
+        QElapsedTimer clock;
+        clock.start();
+        QCOMPARE(m_site->start(), MainWindow::LoadOutcome::Loaded);
+        QVERIFY2(clock.elapsed() < 8000, qPrintable(QString::number(clock.elapsed())));
+        MainWindow& window = *m_site->window;
+        FolderTreeControl& tree = part<FolderTreeControl>(window);
+        QTRY_COMPARE_WITH_TIMEOUT(m_site->messages.count(), 1, 3000);
+        QVERIFY(m_site->messages.last().text.contains(QStringLiteral("do not answer")));
+        QVERIFY(branch(tree, DocumentType::Protocols).text().endsWith(QStringLiteral(" (unavailable)")));
+
+        m_share->thaw();
+        QTRY_VERIFY_WITH_TIMEOUT(
+            !branch(tree, DocumentType::Results).text().endsWith(QStringLiteral(" (unavailable)")), 10000);
+        QVERIFY(tree.nodes().findFolderPath(m_site->doc(QStringLiteral("Results/Run1"))).isValid());
+
+        m_share->freeze();
+        tree.setCurrentNode(branch(tree, DocumentType::Results).child(0)); // a read that will not answer
+        QCoreApplication::processEvents();                                 // the listing is asked for
+        clock.restart();
+        window.close();
+        m_site->window.reset();
+        QVERIFY2(clock.elapsed() < 3000, qPrintable(QString::number(clock.elapsed())));
+    }
+};
+
+NEBRA_WEBENGINE_TEST_MAIN(MainWindowShareTest)
+#include "MainWindowShareTest.moc"
