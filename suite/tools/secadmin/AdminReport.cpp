@@ -74,7 +74,7 @@ int AdminReport::verification(const AuditVerification& result, const std::option
     }
     if (result.ok) {
         say(result.message);
-        say(QStringLiteral("Users or rights have been altered outside the suite."));
+        say(QStringLiteral("Users, rights or document records have been altered outside the suite."));
         return 1;
     }
     if (result.firstBadSequence > 0)

@@ -220,7 +220,9 @@ int EmbeddedAdminTool::verify()
         return 2;
     const AuditVerification result = m_store->audit().verify(anchor);
     QString error;
-    const QStringList altered = m_store->users().alteredRows(&error);
+    QStringList altered = m_store->users().alteredRows(&error);
+    if (error.isEmpty())
+        altered += m_store->documents().alteredRows(&error);
     if (!error.isEmpty()) {
         for (const QString& row : altered)
             m_report.say(row);

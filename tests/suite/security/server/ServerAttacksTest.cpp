@@ -53,6 +53,7 @@ private Q_SLOTS:
     void changePasswordKeepsThePolicy_data();
     void changePasswordKeepsThePolicy();
     void administratorsAreWhoTheServerSays();
+    void documentRecordsOnlyThroughTheServer();
 
 private:
     // The newest audit entry, as the superuser reads it: user and text.
@@ -350,6 +351,34 @@ void ServerAttacksTest::administratorsAreWhoTheServerSays()
         }
         QVERIFY2(ServerAdministration(*administrator, QStringLiteral("pc")).verify().ok, role);
     }
+}
+
+// A workstation holding the client role's password and a session of a user
+// without the right: it can neither read nor write the fingerprint table
+// past the server's functions, nor accept a change of a document.
+void ServerAttacksTest::documentRecordsOnlyThroughTheServer()
+{
+    const std::unique_ptr<ServerConnection> client = openConnection(m_server->client());
+    QString error;
+    for (const char* attack : {"SELECT * FROM nebra.document_records",
+                               "INSERT INTO nebra.document_records VALUES ('/x', '', 0, 0, 'accepted', 1)",
+                               "SELECT * FROM nebra.admin_document_records()"}) {
+        QVERIFY2(!client->execScript(QLatin1String(attack), &error), attack);
+        QCOMPARE(client->lastState(), InsufficientPrivilege);
+    }
+    ServerSession session(*client, QStringLiteral("pc"));
+    const ServerLogIn in = session.logIn(QStringLiteral("jsmith"), SecretBytes("correct horse"));
+    QCOMPARE(in.status, LogInStatus::Success);
+    const DocumentChange accept{DocumentEvent::Accepted,
+                                {QStringLiteral("/x.apr"), QByteArray(32, 'a'), 1, 0},
+                                {},
+                                {},
+                                QStringLiteral("fine")};
+    QCOMPARE(session.recordDocument(in.token, accept, &error), 0);
+    QCOMPARE(client->lastState(), InsufficientPrivilege);
+    QHash<QString, DocumentRecord> records;
+    QVERIFY2(session.documentRecords(in.token, &records, &error), qPrintable(error));
+    QVERIFY(!records.contains(QStringLiteral("/x.apr")));
 }
 
 QTEST_GUILESS_MAIN(ServerAttacksTest)
