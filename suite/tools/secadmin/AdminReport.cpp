@@ -4,6 +4,7 @@
 
 #include <QDir>
 #include <QIODevice>
+#include <QSaveFile>
 
 namespace nebra {
 
@@ -50,6 +51,22 @@ int AdminReport::audit(const AuditEntrySource& entries, const QString& csvPath)
     if (!csvPath.isEmpty() && csvPath != QLatin1String("-"))
         say(QStringLiteral("Exported to \"%1\".").arg(QDir::toNativeSeparators(csvPath)));
     return 0;
+}
+
+bool AdminReport::write(const QByteArray& bytes, const QString& path, QString* error)
+{
+    if (path == QLatin1String("-")) {
+        if (m_out.write(bytes) == bytes.size())
+            return true;
+        *error = m_out.errorString();
+        return false;
+    }
+    QSaveFile file(path);
+    if (file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit())
+        return true;
+    *error = QStringLiteral("\"%1\" cannot be written (%2).")
+                 .arg(QDir::toNativeSeparators(path), file.errorString());
+    return false;
 }
 
 bool AdminReport::parseAnchor(const QString& text, std::optional<AuditAnchor>* anchor)

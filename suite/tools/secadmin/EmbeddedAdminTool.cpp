@@ -108,6 +108,13 @@ QList<EmbeddedAdminTool::Command> EmbeddedAdminTool::inquiryCommands()
                                    m_options.csvPath);
          }},
         {"verify", O, [this](const QStringList&) { return verify(); }},
+        {"verify-documents", O,
+         [this](const QStringList&) {
+             QHash<QString, DocumentRecord> records;
+             QString error;
+             return m_store->documents().read(&records, &error) ? m_options.verifyDocuments(records)
+                                                                : m_report.fail(error);
+         }},
         {"anchor", O, [this](const QStringList&) { return m_report.anchor(m_store->audit().verify()); }},
         {"migrate", O,
          [this](const QStringList&) {
