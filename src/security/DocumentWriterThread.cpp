@@ -53,16 +53,8 @@ void DocumentWriterThread::write(const QList<DocumentChange>& changes, QObject* 
     m_thread.start([state = m_state, changes, receiver, done = std::move(done)] {
         QList<qint64> sequences;
         QString error;
-        if (state->open(&error))
-            for (const DocumentChange& change : changes) {
-                const AuditAppendResult result = state->writer->record(change);
-                if (result.sequence == 0) {
-                    error = result.error;
-                    state->writer.reset(); // a lost connection is opened anew next time
-                    break;
-                }
-                sequences.append(result.sequence);
-            }
+        if (state->open(&error) && !state->writer->record(changes, &sequences, &error))
+            state->writer.reset(); // a lost connection is opened anew next time
         QMetaObject::invokeMethod(
             receiver, [done, sequences, error] { done(sequences, error); }, Qt::QueuedConnection);
     });

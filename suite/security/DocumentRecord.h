@@ -65,8 +65,10 @@ struct DocumentRecord
 // so fingerprinting never waits for the store on the main thread.
 struct DocumentWriter
 {
-    // Committed before it returns a sequence number.
-    std::function<AuditAppendResult(const DocumentChange&)> record;
+    // Records the changes in order, each committed before its sequence
+    // number is added to *sequences; false, with *error, when one could not
+    // be (the embedded store writes all of them in one transaction, or none).
+    std::function<bool(const QList<DocumentChange>&, QList<qint64>* sequences, QString* error)> record;
     // Every path's newest record, keyed by path.
     std::function<bool(QHash<QString, DocumentRecord>*, QString*)> records;
 };

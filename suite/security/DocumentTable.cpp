@@ -65,23 +65,38 @@ QByteArray DocumentTable::seal(const DocumentRecord& record, qint64 changes) con
 
 qint64 DocumentTable::record(const QString& userName, const DocumentChange& change, QString* error)
 {
-    const AuditAppendResult result = m_trail.append(userName, QString::fromLatin1(DocumentEntries::Area),
-                                                    DocumentEntries::text(change, userName),
-                                                    [&](QString* why) { return writeRow(change, why); });
-    if (result.sequence == 0)
-        *error = result.error;
-    return result.sequence;
+    return record(userName, QList<DocumentChange>{change}, error).value(0);
 }
 
-// Inside the entry's transaction, before the entry itself: the entry will be
-// the one after the store's newest, committed as the store's next change.
-bool DocumentTable::writeRow(const DocumentChange& change, QString* error)
+QList<qint64> DocumentTable::record(const QString& userName, const QList<DocumentChange>& changes,
+                                    QString* error)
 {
-    StoreState::Record state;
-    if (!m_state.read(&state, error))
-        return false;
-    const DocumentRecord row{change.fingerprint, change.event, state.entries + 1, true};
-    const qint64 changes = state.changes + 1;
+    const QString area = QString::fromLatin1(DocumentEntries::Area);
+    // Inside the entries' transaction, before them: they will follow the
+    // store's newest, committed as the store's next change.
+    const AuditAppendResult result = m_trail.record([&](QList<AuditRecord>* records, QString* why) {
+        StoreState::Record state;
+        if (!m_state.read(&state, why))
+            return false;
+        for (const DocumentChange& change : changes) {
+            if (!writeRow(change, state.entries + 1 + records->size(), state.changes + 1, why))
+                return false;
+            records->append({userName, area, DocumentEntries::text(change, userName)});
+        }
+        return true;
+    });
+    QList<qint64> sequences;
+    if (result.sequence == 0)
+        *error = result.error;
+    else
+        for (qint64 s = result.sequence - changes.size() + 1; s <= result.sequence; ++s)
+            sequences.append(s);
+    return sequences;
+}
+
+bool DocumentTable::writeRow(const DocumentChange& change, qint64 sequence, qint64 changes, QString* error)
+{
+    const DocumentRecord row{change.fingerprint, change.event, sequence, true};
     QSqlQuery q = m_database.newQuery();
     if (change.event == DocumentEvent::Renamed &&
         !m_database.exec(q, QStringLiteral("DELETE FROM document_records WHERE path = ?"),

@@ -31,6 +31,9 @@ public:
     // updates the row, in one transaction; both are committed or neither.
     // Returns the entry's sequence number, 0 with *error when nothing was committed.
     qint64 record(const QString& userName, const DocumentChange& change, QString* error);
+    // The same for several changes, in order, in one transaction: the
+    // sequence numbers of all of them, or none with *error.
+    QList<qint64> record(const QString& userName, const QList<DocumentChange>& changes, QString* error);
 
     // Every row, keyed by path, with its seal checked.
     bool read(QHash<QString, DocumentRecord>* records, QString* error) const;
@@ -42,7 +45,7 @@ public:
 
 private:
     QByteArray seal(const DocumentRecord& record, qint64 changes) const;
-    bool writeRow(const DocumentChange& change, QString* error);
+    bool writeRow(const DocumentChange& change, qint64 sequence, qint64 changes, QString* error);
 
     SecurityDatabase& m_database;
     const SiteKey& m_key;

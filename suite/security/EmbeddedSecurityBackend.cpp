@@ -97,15 +97,14 @@ DocumentWriterFactory EmbeddedSecurityBackend::documentWriter(const QString& use
         const std::shared_ptr<SecurityStore> store = SecurityStore::open(settings, error);
         if (!store)
             return std::nullopt;
-        return DocumentWriter{[store, userName](const DocumentChange& change) {
-                                  AuditAppendResult result;
-                                  result.sequence =
-                                      store->documents().record(userName, change, &result.error);
-                                  return result;
-                              },
-                              [store](QHash<QString, DocumentRecord>* records, QString* e) {
-                                  return store->documents().read(records, e);
-                              }};
+        return DocumentWriter{
+            [store, userName](const QList<DocumentChange>& changes, QList<qint64>* sequences, QString* e) {
+                *sequences = store->documents().record(userName, changes, e);
+                return !sequences->isEmpty();
+            },
+            [store](QHash<QString, DocumentRecord>* records, QString* e) {
+                return store->documents().read(records, e);
+            }};
     };
 }
 

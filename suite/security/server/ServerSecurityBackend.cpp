@@ -232,13 +232,17 @@ DocumentWriterFactory ServerSecurityBackend::documentWriter(const QString&)
             return std::nullopt;
         const auto session = std::make_shared<ServerSession>(*connection, AuditTrail::workstationName());
         return DocumentWriter{
-            [connection, session, token](const DocumentChange& change) {
-                AuditAppendResult result;
-                QString e;
-                result.sequence = session->recordDocument(token, change, &e);
-                if (result.sequence == 0)
-                    result.error = notRecorded(e);
-                return result;
+            [connection, session, token](const QList<DocumentChange>& changes, QList<qint64>* sequences,
+                                         QString* e) {
+                for (const DocumentChange& change : changes) {
+                    const qint64 sequence = session->recordDocument(token, change, e);
+                    if (sequence == 0) {
+                        *e = notRecorded(*e);
+                        return false;
+                    }
+                    sequences->append(sequence);
+                }
+                return true;
             },
             [connection, session, token](QHash<QString, DocumentRecord>* records, QString* e) {
                 return session->documentRecords(token, records, e);
