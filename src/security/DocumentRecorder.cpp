@@ -13,7 +13,7 @@ constexpr qint64 ExpectedWriteSeconds = 30;
 // How long a document that disappeared may take to reappear under another name.
 constexpr int RenameGraceMs = 250;
 // Entries handed to the writer at once.
-constexpr int WriteBatch = 64;
+constexpr int WriteBatch = 1000;
 
 } // namespace
 
@@ -83,10 +83,7 @@ void DocumentRecorder::rescan()
 void DocumentRecorder::scan()
 {
     m_readers.start([this, folders = m_folders] {
-        Scanned result;
-        for (const QString& path : folders.list())
-            if (const std::optional<DocumentStat> stat = DocumentFolders::stat(path))
-                result.documents.insert(path, *stat);
+        const Scanned result{folders.scan()};
         QMetaObject::invokeMethod(
             this, [this, result] { scanned(result); }, Qt::QueuedConnection);
     });

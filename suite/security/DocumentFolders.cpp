@@ -2,11 +2,14 @@
 
 #include "SuitePaths.h"
 
-#include <QCryptographicHash>
 #include <QDir>
 #include <QDirIterator>
 
+#include <memory>
+
+#include <dirent.h>
 #include <fcntl.h>
+#include <openssl/evp.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -89,6 +92,34 @@ QStringList DocumentFolders::list(const QString& inside) const
     return found;
 }
 
+QHash<QString, DocumentStat> DocumentFolders::scan() const
+{
+    QHash<QString, DocumentStat> found;
+    for (const Folder& folder : m_folders)
+        walk(QFile::encodeName(folder.path), &found);
+    return found;
+}
+
+// A plain walk (readdir and fstatat): the rescan of unchanged documents is
+// mostly this, so it costs no more than the walk itself must.
+void DocumentFolders::walk(const QByteArray& folder, QHash<QString, DocumentStat>* found) const
+{
+    DIR* dir = ::opendir(folder.constData());
+    if (!dir)
+        return;
+    while (const dirent* entry = ::readdir(dir)) {
+        struct ::stat st;
+        if (entry->d_name[0] == '.' || ::fstatat(::dirfd(dir), entry->d_name, &st, 0) != 0)
+            continue;
+        const QByteArray path = folder + '/' + entry->d_name;
+        if (S_ISDIR(st.st_mode))
+            walk(path, found);
+        else if (S_ISREG(st.st_mode) && isDocument(QFile::decodeName(path)))
+            found->insert(QFile::decodeName(path), statOf(st));
+    }
+    ::closedir(dir);
+}
+
 std::optional<DocumentStat> DocumentFolders::stat(const QString& path)
 {
     struct ::stat st;
@@ -104,10 +135,13 @@ std::optional<DocumentFingerprint> DocumentFolders::fingerprint(const QString& p
         return std::nullopt;
     struct ::stat before;
     struct ::stat after;
-    QCryptographicHash hash(QCryptographicHash::Sha256);
+    // OpenSSL's SHA-256 uses the processor's SHA instructions where it has them: several times
+    // QCryptographicHash's speed, and sha256sum's.
+    const std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> hash(EVP_MD_CTX_new(), &EVP_MD_CTX_free);
     static constexpr qsizetype Chunk = 1 << 20;
     QByteArray buffer(Chunk, Qt::Uninitialized);
-    bool read = ::fstat(fd, &before) == 0 && S_ISREG(before.st_mode);
+    bool read = hash && EVP_DigestInit_ex(hash.get(), EVP_sha256(), nullptr) == 1 && ::fstat(fd, &before) == 0 &&
+                S_ISREG(before.st_mode);
     while (read) {
         const ssize_t n = ::read(fd, buffer.data(), Chunk);
         if (n < 0 && errno == EINTR)
@@ -116,16 +150,20 @@ std::optional<DocumentFingerprint> DocumentFolders::fingerprint(const QString& p
             read = n == 0;
             break;
         }
-        hash.addData(QByteArrayView(buffer.constData(), n));
+        read = EVP_DigestUpdate(hash.get(), buffer.constData(), size_t(n)) == 1;
     }
-    read = read && ::fstat(fd, &after) == 0;
+    QByteArray digest(EVP_MAX_MD_SIZE, Qt::Uninitialized);
+    unsigned int length = 0;
+    read = read && ::fstat(fd, &after) == 0 &&
+           EVP_DigestFinal_ex(hash.get(), reinterpret_cast<unsigned char*>(digest.data()), &length) == 1;
+    digest.truncate(length);
     ::close(fd);
     // A document still being written is fingerprinted when it settles.
     if (!read || !(statOf(before) == statOf(after)))
         return std::nullopt;
     if (stat)
         *stat = statOf(after);
-    return DocumentFingerprint{path, hash.result(), qint64(after.st_size), statOf(after).modifiedMs};
+    return DocumentFingerprint{path, digest, qint64(after.st_size), statOf(after).modifiedMs};
 }
 
 } // namespace nebra

@@ -2,6 +2,7 @@
 
 #include "DocumentRecord.h"
 
+#include <QHash>
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -44,6 +45,8 @@ public:
     bool isDocument(const QString& path) const;
     // Every document at or below within (all of them when empty), sorted.
     QStringList list(const QString& within = {}) const;
+    // Every document with its stat, read in one pass over the folders.
+    QHash<QString, DocumentStat> scan() const;
 
     // The stat of a file; empty when it is not there or not a regular file.
     static std::optional<DocumentStat> stat(const QString& path);
@@ -53,6 +56,8 @@ public:
 
 private:
     const Folder* folderOf(const QString& path) const;
+    // Reads folder and every folder below it; adds the documents to *found.
+    void walk(const QByteArray& folder, QHash<QString, DocumentStat>* found) const;
 
     QList<Folder> m_folders;
 };
