@@ -150,7 +150,8 @@ int main(int argc, char** argv)
         waitFor(recorder, &DocumentRecorder::idle);
     });
     int walked = 0;
-    const bench::Samples walk = bench::timed(1, 5, [&](int) { walked = bareWalk(QFile::encodeName(results)); });
+    const bench::Samples walk =
+        bench::timed(1, 5, [&](int) { walked = bareWalk(QFile::encodeName(results)); });
     std::printf("rescan of %d unchanged: %.1f ms; bare fstatat walk of %d: %.1f ms; ratio %.2f\n", count,
                 rescan.median(), walked, walk.median(), rescan.median() / walk.median());
 
@@ -178,8 +179,8 @@ int main(int argc, char** argv)
         waitFor(recorder, &DocumentRecorder::idle);
         toEntry << clock.nsecsElapsed() / 1e6;
     }
-    std::printf("change -> \"Changed outside the suite\" (%d changes): median %.2f ms, p95 %.2f ms\n", changes,
-                bench::median(toState), bench::percentile(toState, 0.95));
+    std::printf("change -> \"Changed outside the suite\" (%d changes): median %.2f ms, p95 %.2f ms\n",
+                changes, bench::median(toState), bench::percentile(toState, 0.95));
     std::printf("change -> entry committed: median %.2f ms, p95 %.2f ms\n", bench::median(toEntry),
                 bench::percentile(toEntry, 0.95));
     return 0;

@@ -66,6 +66,9 @@ void DocumentRecorder::start()
                                  return;
                              }
                              m_records = records;
+                             for (const DocumentRecord& record : records)
+                                 if (record.intact && record.event != DocumentEvent::Removed)
+                                     m_latest.insert(record.fingerprint.path, record.fingerprint);
                              for (auto it = m_records.cbegin(); it != m_records.cend(); ++it)
                                  Q_EMIT stateChanged(it.key());
                              scan();
@@ -150,16 +153,21 @@ void DocumentRecorder::hashed(const Hashed& result)
 void DocumentRecorder::changed(const DocumentFingerprint& fingerprint, Cause cause)
 {
     const QString& path = fingerprint.path;
+    const auto latest = m_latest.constFind(path);
+    // There after all (replaced, which first looked like gone): not removed.
+    if (latest != m_latest.cend() && m_vanished.value(latest->sha256) == path)
+        m_vanished.remove(latest->sha256);
+    // Read twice (two notifications), or the same as recorded: nothing new.
+    if (latest != m_latest.cend() && latest->sameContent(fingerprint))
+        return;
     const auto newest = m_records.constFind(path);
-    const bool known = newest != m_records.cend() && newest->event != DocumentEvent::Removed;
-    if (!known) {
+    if (latest == m_latest.cend() &&
+        (newest == m_records.cend() || newest->event == DocumentEvent::Removed)) {
         const QString previous = m_vanished.take(fingerprint.sha256);
         record(previous.isEmpty() ? DocumentChange{DocumentEvent::Recorded, fingerprint, {}, {}, {}}
                                   : DocumentChange{DocumentEvent::Renamed, fingerprint, previous, {}, {}});
         return;
     }
-    if (newest->intact && newest->fingerprint.sameContent(fingerprint))
-        return;
     if (cause == Cause::Scan) {
         record({DocumentEvent::ChangedUnwatched, fingerprint, {}, {}, {}});
         return;
@@ -187,11 +195,15 @@ QString DocumentRecorder::attribution(const QString& path)
 void DocumentRecorder::vanish(const QString& path)
 {
     m_stats.remove(path);
+    const auto latest = m_latest.constFind(path);
     const auto record = m_records.constFind(path);
-    if (record != m_records.cend() && record->event != DocumentEvent::Removed) {
+    if (latest != m_latest.cend())
+        m_vanished.insert(latest->sha256, path);
+    else if (record != m_records.cend() && record->event != DocumentEvent::Removed)
         m_vanished.insert(record->fingerprint.sha256, path);
-        m_grace.start();
-    }
+    else
+        return;
+    m_grace.start();
 }
 
 void DocumentRecorder::expectWrite(const QString& path)
@@ -226,6 +238,7 @@ void DocumentRecorder::noticeChange(const FolderChange& change)
 void DocumentRecorder::noteAccepted(const DocumentFingerprint& fingerprint, qint64 sequence)
 {
     m_records.insert(fingerprint.path, {fingerprint, DocumentEvent::Accepted, sequence, true});
+    m_latest.insert(fingerprint.path, fingerprint);
     m_seen.remove(fingerprint.path);
     Q_EMIT stateChanged(fingerprint.path);
 }
@@ -233,6 +246,14 @@ void DocumentRecorder::noteAccepted(const DocumentFingerprint& fingerprint, qint
 void DocumentRecorder::record(const DocumentChange& change)
 {
     m_outbox.append(change);
+    if (change.event == DocumentEvent::Removed)
+        m_latest.remove(change.fingerprint.path);
+    else
+        m_latest.insert(change.fingerprint.path, change.fingerprint);
+    if (change.event == DocumentEvent::Renamed)
+        m_latest.remove(change.previousPath);
+    auto& queued = m_queued[change.fingerprint.path];
+    queued = {change.event, queued.second + 1};
     if (change.event == DocumentEvent::ChangedOutside || change.event == DocumentEvent::ChangedUnwatched)
         m_seen.insert(change.fingerprint.path, m_clock());
     else
@@ -259,6 +280,9 @@ void DocumentRecorder::written(const QList<qint64>& sequences, const QString& er
     m_inFlight = 0;
     for (qint64 sequence : sequences) {
         const DocumentChange change = m_outbox.takeFirst();
+        const auto queued = m_queued.find(change.fingerprint.path);
+        if (queued != m_queued.end() && --queued->second == 0)
+            m_queued.erase(queued);
         if (change.event == DocumentEvent::Renamed)
             m_records.remove(change.previousPath);
         m_records.insert(change.fingerprint.path, {change.fingerprint, change.event, sequence, true});
@@ -289,10 +313,9 @@ void DocumentRecorder::settleWhenIdle()
 RecordState DocumentRecorder::state(const QString& path) const
 {
     // A change waiting to be written shows as what it will record.
-    for (qsizetype i = m_outbox.size() - 1; i >= 0; --i)
-        if (m_outbox.at(i).fingerprint.path == path)
-            return DocumentEntries::stateOf(
-                DocumentRecord{m_outbox.at(i).fingerprint, m_outbox.at(i).event, 0, true});
+    const auto queued = m_queued.constFind(path);
+    if (queued != m_queued.cend())
+        return DocumentEntries::stateOf(DocumentRecord{{path, {}, 0, 0}, queued->first, 0, true});
     const auto record = m_records.constFind(path);
     return DocumentEntries::stateOf(record == m_records.cend() ? std::nullopt : std::optional(*record));
 }

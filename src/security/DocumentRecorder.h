@@ -95,13 +95,16 @@ private:
     DocumentFolders m_folders;
     const StartedPrograms* m_programs;
     std::function<QDateTime()> m_clock;
-    QHash<QString, DocumentRecord> m_records; // committed: the newest entry of each path
-    QHash<QString, DocumentStat> m_stats;     // as last hashed or found unchanged
-    QHash<QString, QDateTime> m_seen;         // when a change was seen
-    QHash<QString, QDateTime> m_expected;     // announced writes, until when
-    QHash<QByteArray, QString> m_vanished;    // recorded documents gone, by content
-    QList<DocumentChange> m_outbox;           // to be written, in order
-    int m_inFlight = 0;                       // entries handed to the writer
+    QHash<QString, DocumentRecord> m_records;     // committed: the newest entry of each path
+    QHash<QString, DocumentFingerprint> m_latest; // recorded or queued, and vouched for
+    QHash<QString, DocumentStat> m_stats;         // as last hashed or found unchanged
+    QHash<QString, QDateTime> m_seen;             // when a change was seen
+    QHash<QString, QDateTime> m_expected;         // announced writes, until when
+    QHash<QByteArray, QString> m_vanished;        // recorded documents gone, by content
+    QList<DocumentChange> m_outbox;               // to be written, in order
+    // Per path with changes in the outbox: the newest one's event, and how many there are.
+    QHash<QString, std::pair<DocumentEvent, int>> m_queued;
+    int m_inFlight = 0; // entries handed to the writer
     int m_hashing = 0;
     int m_total = 0;
     int m_done = 0;

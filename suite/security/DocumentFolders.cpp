@@ -140,8 +140,8 @@ std::optional<DocumentFingerprint> DocumentFolders::fingerprint(const QString& p
     const std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> hash(EVP_MD_CTX_new(), &EVP_MD_CTX_free);
     static constexpr qsizetype Chunk = 1 << 20;
     QByteArray buffer(Chunk, Qt::Uninitialized);
-    bool read = hash && EVP_DigestInit_ex(hash.get(), EVP_sha256(), nullptr) == 1 && ::fstat(fd, &before) == 0 &&
-                S_ISREG(before.st_mode);
+    bool read = hash && EVP_DigestInit_ex(hash.get(), EVP_sha256(), nullptr) == 1 &&
+                ::fstat(fd, &before) == 0 && S_ISREG(before.st_mode);
     while (read) {
         const ssize_t n = ::read(fd, buffer.data(), Chunk);
         if (n < 0 && errno == EINTR)

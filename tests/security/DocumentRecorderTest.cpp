@@ -64,7 +64,7 @@ private Q_SLOTS:
     void changesAreAttributed_data();
     void changesAreAttributed();
     void changesWhileNothingRecordedAreFoundAtStart();
-    void aRenameKeepsTheHistory();
+    void aRenameOrASaveOverKeepsTheHistory();
     void anEntryThatCannotBeWrittenIsRetried();
 };
 
@@ -155,7 +155,7 @@ void DocumentRecorderTest::changesWhileNothingRecordedAreFoundAtStart()
     QCOMPARE(next->state(o.path(QStringLiteral("Reports/removed"))), RecordState::NotRecorded);
 }
 
-void DocumentRecorderTest::aRenameKeepsTheHistory()
+void DocumentRecorderTest::aRenameOrASaveOverKeepsTheHistory()
 {
     Recorded o;
     QVERIFY(o.manager);
@@ -172,6 +172,19 @@ void DocumentRecorderTest::aRenameKeepsTheHistory()
              QStringLiteral("Document renamed: %1 -> %2")
                  .arg(o.path(QStringLiteral("Reports/a")), o.path(QStringLiteral("Reports/b"))));
     QCOMPARE(recorder->state(o.path(QStringLiteral("Reports/b"))), RecordState::Recorded);
+
+    // An editor's save: the new content written aside and moved over the document.
+    const qsizetype before = o.site.auditTexts().size();
+    runScript(o.parent.path(), QStringLiteral("printf v2 > Reports/.b.new && mv Reports/.b.new Reports/b"));
+    Recorded::settle(*recorder, [&] {
+        recorder->noticeChange({ShellEvent::SHCNE_DELETE, o.path(QStringLiteral("Reports/b")), {}});
+        recorder->noticeChange({ShellEvent::SHCNE_UPDATEITEM, o.path(QStringLiteral("Reports/b")), {}});
+    });
+    const QStringList after = o.site.auditTexts().mid(before);
+    QCOMPARE(after.size(), 1);
+    QVERIFY2(after.constFirst().startsWith(QLatin1String("Document changed outside the suite: ") +
+                                           o.path(QStringLiteral("Reports/b")) + QLatin1String(" sha256=")),
+             qPrintable(after.constFirst()));
 }
 
 // The store refuses entries for a while: the failure is reported once, and
