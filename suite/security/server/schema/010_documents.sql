@@ -11,7 +11,7 @@ CREATE TABLE nebra.document_records (
     modified bigint NOT NULL,
     event text NOT NULL CHECK (event IN ('recorded', 'suite', 'outside', 'unwatched', 'accepted', 'removed',
                                          'renamed')),
-    seq bigint NOT NULL REFERENCES nebra.audit_trail(seq)
+    seq bigint NOT NULL -- the entry that recorded it
 );
 
 -- The entry's text, as the workstation's embedded store words it too.

@@ -360,12 +360,9 @@ void ServerAttacksTest::documentRecordsOnlyThroughTheServer()
 {
     const std::unique_ptr<ServerConnection> client = openConnection(m_server->client());
     QString error;
-    for (const char* attack : {"SELECT * FROM nebra.document_records",
-                               "INSERT INTO nebra.document_records VALUES ('/x', '', 0, 0, 'accepted', 1)",
-                               "SELECT * FROM nebra.admin_document_records()"}) {
-        QVERIFY2(!client->execScript(QLatin1String(attack), &error), attack);
-        QCOMPARE(client->lastState(), InsufficientPrivilege);
-    }
+    // The table itself is tried with every other in ServerSchemaTest.
+    QVERIFY(!client->execScript(QStringLiteral("SELECT * FROM nebra.admin_document_records()"), &error));
+    QCOMPARE(client->lastState(), InsufficientPrivilege);
     ServerSession session(*client, QStringLiteral("pc"));
     const ServerLogIn in = session.logIn(QStringLiteral("jsmith"), SecretBytes("correct horse"));
     QCOMPARE(in.status, LogInStatus::Success);

@@ -34,6 +34,7 @@ const QList<std::pair<QString, QString>>& tables()
         {QStringLiteral("nebra.audit_trail"), QStringLiteral("seq (99, '', '', '', '', '', '\\x00')")},
         {QStringLiteral("nebra.audit_head"), QStringLiteral("id (2, 0, '\\x00')")},
         {QStringLiteral("nebra.schema_version"), QStringLiteral("version (99, 'x')")},
+        {QStringLiteral("nebra.document_records"), QStringLiteral("path ('/x', '', 0, 0, 'accepted', 1)")},
     };
     return list;
 }
