@@ -11,7 +11,7 @@ packages=(
   qt6-webengine-dev qt6-webengine-dev-tools
   qt6-tools-dev qt6-tools-dev-tools qt6-l10n-tools qt6-documentation-tools
   libsodium-dev libgl-dev libvulkan-dev dbus-daemon
-  postgresql libpq-dev openssl
+  postgresql libpq-dev openssl libssl-dev
   xvfb xauth openbox fonts-dejavu-core poppler-utils bindfs fuse3
   librsvg2-bin dpkg-dev desktop-file-utils appstream libxml2-utils shared-mime-info man-db lintian
 )

@@ -83,6 +83,31 @@ bool EmbeddedSecurityBackend::readAuditEntries(const AuditFilter& filter, const 
     return AuditTrailReader(m_store->database()).read(filter, order, offset, limit, entries, error);
 }
 
+AuditAppendResult EmbeddedSecurityBackend::recordDocument(const QString& userName,
+                                                          const DocumentChange& change)
+{
+    AuditAppendResult result;
+    result.sequence = m_store->documents().record(userName, change, &result.error);
+    return result;
+}
+
+DocumentWriterFactory EmbeddedSecurityBackend::documentWriter(const QString& userName)
+{
+    return [settings = m_store->settings(), userName](QString* error) -> std::optional<DocumentWriter> {
+        const std::shared_ptr<SecurityStore> store = SecurityStore::open(settings, error);
+        if (!store)
+            return std::nullopt;
+        return DocumentWriter{
+            [store, userName](const QList<DocumentChange>& changes, QList<qint64>* sequences, QString* e) {
+                *sequences = store->documents().record(userName, changes, e);
+                return !sequences->isEmpty();
+            },
+            [store](QHash<QString, DocumentRecord>* records, QString* e) {
+                return store->documents().read(records, e);
+            }};
+    };
+}
+
 AuditVerification EmbeddedSecurityBackend::verifyAuditTrail()
 {
     return m_store->audit().verify();

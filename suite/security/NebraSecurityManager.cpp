@@ -171,6 +171,32 @@ bool NebraSecurityManager::AddAuditTrailEntry(const QString& area, const QString
     return false;
 }
 
+DocumentWriterFactory NebraSecurityManager::DocumentWriters() const
+{
+    if (!m_user)
+        return [](QString* error) -> std::optional<DocumentWriter> {
+            *error = QStringLiteral("No user is logged in.");
+            return std::nullopt;
+        };
+    return m_backend->documentWriter(m_user->name);
+}
+
+AuditAppendResult NebraSecurityManager::AcceptDocumentChange(const DocumentFingerprint& fingerprint,
+                                                             const QString& reason)
+{
+    QString error;
+    if (!m_user ||
+        !m_backend->isOperationAllowed(m_user->name, QString::fromLatin1(DocumentEntries::Area),
+                                       QString::fromLatin1(DocumentEntries::AcceptOperation), &error))
+        return {0, error.isEmpty()
+                       ? QStringLiteral("You do not have the right to accept changes of documents.")
+                       : error};
+    if (reason.trimmed().isEmpty())
+        return {0, QStringLiteral("Give the reason for accepting the change.")};
+    return m_backend->recordDocument(m_user->name,
+                                     {DocumentEvent::Accepted, fingerprint, {}, {}, reason.trimmed()});
+}
+
 QString NebraSecurityManager::UserName() const
 {
     return m_user ? m_user->name : QString();

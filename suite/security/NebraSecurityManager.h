@@ -97,6 +97,17 @@ public:
     // connection of its own. It refers to nothing of the manager.
     std::function<AuditVerification()> AuditTrailVerifier() const;
 
+    // The documents' fingerprints in the audit trail, written through a
+    // connection of their own that the function returned opens in the
+    // calling thread (see SecurityBackend), for the session's user; its
+    // failures show no message: the caller reports them, once. Without a
+    // session the function returned refuses.
+    DocumentWriterFactory DocumentWriters() const;
+    // Records the document's new fingerprint as reviewed, with the reason;
+    // refused without the right (DocumentEntries::Area, AcceptOperation) or
+    // without a reason.
+    AuditAppendResult AcceptDocumentChange(const DocumentFingerprint& fingerprint, const QString& reason);
+
 Q_SIGNALS:
     void UserLoggedOut(const QString& userName, int reason);
     // The session will time out in TimeOutWarningSeconds() or less unless ResetTimeOut() is called.

@@ -3,9 +3,11 @@
 #include "AuditQuery.h"
 #include "AuditTrail.h"
 #include "Authenticator.h"
+#include "DocumentRecord.h"
 #include "PasswordPolicy.h"
 #include "SecuritySettings.h"
 
+#include <QHash>
 #include <QString>
 
 #include <functional>
@@ -47,6 +49,15 @@ public:
     // session already (it timed out there); a store that cannot be asked
     // now leaves that to the next check or entry.
     virtual bool keepAlive(QString* error) = 0;
+
+    // Records a document entry (area "Documents") for the session's user and
+    // makes its fingerprint the path's newest record, in one transaction.
+    // Whether the user may accept a change is the caller's check; the server
+    // checks it again for its session.
+    virtual AuditAppendResult recordDocument(const QString& userName, const DocumentChange& change) = 0;
+    // The same, and the newest records, on a connection of its own that the
+    // function returned opens in the calling thread, for the session of userName.
+    virtual DocumentWriterFactory documentWriter(const QString& userName) = 0;
 
     // The reviewer's reading of the audit trail. Whether the user may read
     // it is the caller's check; the server checks it again for its session.

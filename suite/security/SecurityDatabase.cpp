@@ -23,6 +23,12 @@ const QStringList& reviewIndexes()
         QStringLiteral(
             "CREATE INDEX IF NOT EXISTS audit_trail_user ON audit_trail(user_name COLLATE NOCASE)"),
         QStringLiteral("CREATE INDEX IF NOT EXISTS audit_trail_area ON audit_trail(area)"),
+        // The newest fingerprint of each document (DocumentTable): new beside
+        // the schema, so older programs still open a database that has it.
+        QStringLiteral(
+            "CREATE TABLE IF NOT EXISTS document_records(path TEXT PRIMARY KEY, sha256 BLOB NOT NULL, "
+            "size INTEGER NOT NULL, modified INTEGER NOT NULL, event TEXT NOT NULL, "
+            "seq INTEGER NOT NULL, changes INTEGER NOT NULL, mac BLOB NOT NULL)"),
     };
     return statements;
 }
@@ -284,15 +290,17 @@ bool SecurityDatabase::upgradeSchema(const QStringList& statements, QString* err
 
 bool SecurityDatabase::addReviewIndexes(QString* error)
 {
-    // A database made before the reviewer's indexes gets them on its first
-    // opening (once: a few seconds on a trail of a million entries); the
-    // schema is otherwise unchanged, so older programs still open it.
+    // A database made before the reviewer's indexes (or the document
+    // records) gets them on its first opening (once: a few seconds on a trail
+    // of a million entries); the schema is otherwise unchanged, so older
+    // programs still open it.
     QSqlQuery q = newQuery();
     QString why;
-    if (!exec(q,
-              QStringLiteral("SELECT count(*) FROM sqlite_master WHERE type = 'index' AND name IN "
-                             "('audit_trail_utc', 'audit_trail_user', 'audit_trail_area')"),
-              {}, &why) ||
+    if (!exec(
+            q,
+            QStringLiteral("SELECT count(*) FROM sqlite_master WHERE name IN "
+                           "('audit_trail_utc', 'audit_trail_user', 'audit_trail_area', 'document_records')"),
+            {}, &why) ||
         !q.next()) {
         *error = describe(QStringLiteral("is damaged (%1).").arg(why));
         return false;

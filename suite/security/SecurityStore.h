@@ -2,6 +2,7 @@
 
 #include "AuditChainHead.h"
 #include "AuditTrail.h"
+#include "DocumentTable.h"
 #include "PasswordHasher.h"
 #include "PasswordPolicy.h"
 #include "SecurityDatabase.h"
@@ -17,7 +18,8 @@ namespace nebra {
 // Everything a security manager or the administration tool works on, opened
 // together from the "[Security]" settings: the database, the site key (which
 // must be the one the database was made with), the database's sealed record
-// of itself, the audit trail with its chain head, the users, the password
+// of itself, the audit trail with its chain head, the users, the documents
+// recorded, the password
 // hasher and the password policy.
 class SecurityStore
 {
@@ -54,6 +56,7 @@ public:
     const SiteKey& key() const { return m_key; }
     AuditTrail& audit() { return m_audit; }
     UserStore& users() { return m_users; }
+    DocumentTable& documents() { return m_documents; }
     const PasswordHasher& hasher() const { return m_hasher; }
     const PasswordPolicy& policy() const { return m_policy; }
 
@@ -72,6 +75,7 @@ private:
     StoreState m_state;
     AuditTrail m_audit;
     UserStore m_users;
+    DocumentTable m_documents;
     PasswordHasher m_hasher;
     PasswordPolicy m_policy;
 };

@@ -4,8 +4,12 @@
 // embedded database's test and the security server's test with their own
 // way of starting the tool.
 
+#include "DocumentFolders.h"
 #include "SecondProcess.h"
+#include "SettingsStore.h"
+#include "SuitePaths.h"
 
+#include <QDir>
 #include <QFile>
 #include <QStringList>
 #include <QTest>
@@ -123,6 +127,58 @@ public:
                  newest.constData());
         const AdminRun toOut = run({"audit", "--csv", "-"});
         QCOMPARE(toOut.out.toUtf8().split('\n').size(), lines.size());
+    }
+
+    // verify-documents over the data folders under parent (made the
+    // settings' parent directory here), each document recorded through
+    // record as a workstation would: a line for each kind of difference,
+    // the exit status, a folder of its own, and CSV.
+    void
+    verifyDocumentsListsWhatNeedsAReviewer(const QString& parent,
+                                           const std::function<void(const DocumentChange&)>& record) const
+    {
+        SettingsStore settings;
+        SuitePaths paths(settings);
+        QVERIFY(paths.SetParentDirectory(parent));
+        const QString results = paths.ResultsFolder();
+        QVERIFY(QDir().mkpath(results + QStringLiteral("/done")));
+        const auto write = [&](const QString& name, const QByteArray& content) {
+            QFile file(results + QLatin1Char('/') + name);
+            QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
+        };
+        const auto recordAs = [&](const QString& name, DocumentEvent event) {
+            const std::optional<DocumentFingerprint> f =
+                DocumentFolders::fingerprint(results + QLatin1Char('/') + name);
+            QVERIFY(f);
+            record({event, *f, {}, {}, QStringLiteral("reviewed")});
+        };
+        const QList<QPair<QString, DocumentEvent>> recorded = {
+            {"done/kept.ars", DocumentEvent::Recorded},     {"done/accepted.ars", DocumentEvent::Accepted},
+            {"altered.ars", DocumentEvent::Recorded},       {"outside.ars", DocumentEvent::ChangedOutside},
+            {"missing.ars", DocumentEvent::ChangedBySuite}, {"gone.ars", DocumentEvent::Recorded}};
+        for (const auto& [name, event] : recorded) {
+            write(name, name.toUtf8());
+            recordAs(name, event);
+        }
+        recordAs(QStringLiteral("gone.ars"), DocumentEvent::Removed);
+        write(QStringLiteral("altered.ars"), "changed behind the suite's back");
+        write(QStringLiteral("new.ars"), "new");
+        write(QStringLiteral("new.mht"), "a preview, no document");
+        QVERIFY(QFile::remove(results + QStringLiteral("/missing.ars")));
+        QVERIFY(QFile::remove(results + QStringLiteral("/gone.ars")));
+
+        const AdminRun all = run({"verify-documents"});
+        QCOMPARE(all.exitCode, 1);
+        QCOMPARE(all.out, QStringLiteral("altered: %1/altered.ars\n"
+                                         "accepted change: %1/done/accepted.ars\n"
+                                         "missing: %1/missing.ars\n"
+                                         "unrecorded: %1/new.ars\n"
+                                         "changed outside the suite: %1/outside.ars\n")
+                              .arg(results));
+        const AdminRun done = run({"verify-documents", results + QStringLiteral("/done"), "--csv", "-"});
+        QCOMPARE(done.exitCode, 0);
+        QCOMPARE(done.out,
+                 QStringLiteral("finding,path\r\naccepted change,%1/done/accepted.ars\r\n").arg(results));
     }
 
 private:

@@ -205,6 +205,51 @@ bool ServerSecurityBackend::readAuditEntries(const AuditFilter& filter, const Au
         error);
 }
 
+AuditAppendResult ServerSecurityBackend::recordDocument(const QString&, const DocumentChange& change)
+{
+    AuditAppendResult result;
+    QString error;
+    if (m_token.isEmpty())
+        error = QStringLiteral("no user is logged in");
+    else if (connected(&error))
+        result.sequence = m_session->recordDocument(m_token, change, &error);
+    if (result.sequence == 0)
+        result.error = notRecorded(error);
+    else
+        contacted();
+    return result;
+}
+
+DocumentWriterFactory ServerSecurityBackend::documentWriter(const QString&)
+{
+    return [server = m_settings.server, token = m_token](QString* error) -> std::optional<DocumentWriter> {
+        if (token.isEmpty()) {
+            *error = QStringLiteral("No user is logged in.");
+            return std::nullopt;
+        }
+        const std::shared_ptr<ServerConnection> connection = ServerConnection::open(server, error);
+        if (!connection)
+            return std::nullopt;
+        const auto session = std::make_shared<ServerSession>(*connection, AuditTrail::workstationName());
+        return DocumentWriter{
+            [connection, session, token](const QList<DocumentChange>& changes, QList<qint64>* sequences,
+                                         QString* e) {
+                for (const DocumentChange& change : changes) {
+                    const qint64 sequence = session->recordDocument(token, change, e);
+                    if (sequence == 0) {
+                        *e = notRecorded(*e);
+                        return false;
+                    }
+                    sequences->append(sequence);
+                }
+                return true;
+            },
+            [connection, session, token](QHash<QString, DocumentRecord>* records, QString* e) {
+                return session->documentRecords(token, records, e);
+            }};
+    };
+}
+
 AuditVerification ServerSecurityBackend::verifyAuditTrail()
 {
     AuditVerification result;

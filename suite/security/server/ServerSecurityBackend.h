@@ -48,6 +48,8 @@ public:
     bool countAuditEntries(const AuditFilter& filter, qint64* count, QString* error) override;
     bool readAuditEntries(const AuditFilter& filter, const AuditOrder& order, qint64 offset, int limit,
                           QList<AuditEntry>* entries, QString* error) override;
+    AuditAppendResult recordDocument(const QString& userName, const DocumentChange& change) override;
+    DocumentWriterFactory documentWriter(const QString& userName) override;
     AuditVerification verifyAuditTrail() override;
     std::function<AuditVerification()> auditTrailVerifier() override;
 

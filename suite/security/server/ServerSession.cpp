@@ -112,6 +112,47 @@ qint64 ServerSession::record(const QString& token, const QString& area, const QS
     return q.value(0).toLongLong();
 }
 
+qint64 ServerSession::recordDocument(const QString& token, const DocumentChange& change, QString* error)
+{
+    const DocumentFingerprint& f = change.fingerprint;
+    const auto given = [](const QString& value) {
+        return value.isNull() ? QString(QLatin1String("")) : value;
+    };
+    ServerResult q;
+    if (!m_connection.exec(q, QStringLiteral("SELECT nebra.record_document(?, ?, ?, ?, ?, ?, ?, ?, ?)"),
+                           {token, DocumentEntries::eventName(change.event), f.path,
+                            f.sha256.isNull() ? QByteArray("") : f.sha256, f.size, f.modifiedMs,
+                            given(change.previousPath), given(change.program), given(change.reason)},
+                           error) ||
+        !q.next())
+        return 0;
+    return q.value(0).toLongLong();
+}
+
+bool ServerSession::documentRecords(const QString& token, QHash<QString, DocumentRecord>* records,
+                                    QString* error)
+{
+    records->clear();
+    ServerResult q;
+    const bool read =
+        token.isEmpty()
+            ? m_connection.exec(q, QStringLiteral("SELECT * FROM nebra.admin_document_records()"), {}, error)
+            : m_connection.exec(q, QStringLiteral("SELECT * FROM nebra.document_records(?)"), {token}, error);
+    if (!read)
+        return false;
+    while (q.next()) {
+        DocumentRecord row;
+        row.fingerprint = {q.value(0).toString(), q.value(1).toByteArray(), q.value(2).toLongLong(),
+                           q.value(3).toLongLong()};
+        const std::optional<DocumentEvent> event = DocumentEntries::eventNamed(q.value(4).toString());
+        row.event = event.value_or(DocumentEvent::ChangedUnwatched);
+        row.intact = event.has_value();
+        row.sequence = q.value(5).toLongLong();
+        records->insert(row.fingerprint.path, row);
+    }
+    return true;
+}
+
 ServerPasswordChange ServerSession::checkPassword(const QString& token, const SecretBytes& current,
                                                   QString* error)
 {

@@ -3,6 +3,9 @@
 #include "AuditQuery.h"
 #include "AuditTrail.h"
 #include "Authenticator.h"
+#include "DocumentRecord.h"
+
+#include <QHash>
 
 #include <QString>
 
@@ -51,6 +54,12 @@ public:
                                   QString* error);
     // The entry's sequence number once committed on the server; 0, with *error, when it is not.
     qint64 record(const QString& token, const QString& area, const QString& text, QString* error);
+    // A document entry and the path's newest record, written by the server
+    // in one transaction; the entry's sequence number, 0 with *error when not
+    // committed (an accepted change also when the user lacks the right).
+    qint64 recordDocument(const QString& token, const DocumentChange& change, QString* error);
+    // Every path's newest record (token: the session's; empty: the administrator's own connection).
+    bool documentRecords(const QString& token, QHash<QString, DocumentRecord>* records, QString* error);
     // Changed (the password is right), Incorrect, Locked or Error.
     ServerPasswordChange checkPassword(const QString& token, const SecretBytes& current, QString* error);
     ServerPasswordChange changePassword(const QString& token, const SecretBytes& current,

@@ -4,6 +4,7 @@
 
 #include <QDir>
 #include <QIODevice>
+#include <QSaveFile>
 
 namespace nebra {
 
@@ -52,6 +53,22 @@ int AdminReport::audit(const AuditEntrySource& entries, const QString& csvPath)
     return 0;
 }
 
+bool AdminReport::write(const QByteArray& bytes, const QString& path, QString* error)
+{
+    if (path == QLatin1String("-")) {
+        if (m_out.write(bytes) == bytes.size())
+            return true;
+        *error = m_out.errorString();
+        return false;
+    }
+    QSaveFile file(path);
+    if (file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit())
+        return true;
+    *error = QStringLiteral("\"%1\" cannot be written (%2).")
+                 .arg(QDir::toNativeSeparators(path), file.errorString());
+    return false;
+}
+
 bool AdminReport::parseAnchor(const QString& text, std::optional<AuditAnchor>* anchor)
 {
     if (text.isEmpty() || (*anchor = AuditAnchor::parse(text)))
@@ -74,7 +91,7 @@ int AdminReport::verification(const AuditVerification& result, const std::option
     }
     if (result.ok) {
         say(result.message);
-        say(QStringLiteral("Users or rights have been altered outside the suite."));
+        say(QStringLiteral("Users, rights or document records have been altered outside the suite."));
         return 1;
     }
     if (result.firstBadSequence > 0)

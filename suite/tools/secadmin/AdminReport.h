@@ -39,6 +39,9 @@ public:
     // Reports the trail's state, then seals the chain head afresh through reseal.
     int reseal(const AuditVerification& before, const std::function<bool(QString*)>& reseal);
 
+    // Writes bytes to path, replacing a file atomically; "-": standard output.
+    bool write(const QByteArray& bytes, const QString& path, QString* error);
+
     // The --anchor option's value; false (after saying why, exit 2) when it is not one.
     bool parseAnchor(const QString& text, std::optional<AuditAnchor>* anchor);
 

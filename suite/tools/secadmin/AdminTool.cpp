@@ -1,15 +1,18 @@
 #include "AdminTool.h"
 
 #include "AdminRights.h"
+#include "DocumentReport.h"
 #include "EmbeddedAdminTool.h"
 #include "SecurityStore.h"
 #include "ServerAdminTool.h"
 #include "SettingsStore.h"
 #include "SitePolicyFile.h"
+#include "SuitePaths.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QFile>
+#include <QFileInfo>
 
 #include <cstdio>
 
@@ -77,6 +80,12 @@ QList<AdminTool::Command> AdminTool::inquiryCommands()
          "Check the audit trail's chain (and with --anchor COUNT:MAC that it still holds that entry) and the "
          "users' and rights' records; exits with 1 naming the first bad entry",
          0, ""},
+        {"verify-documents", "[FOLDER]",
+         "Compare every document under FOLDER (default: the data folders' parent directory) with its newest "
+         "recorded fingerprint; prints a line for each that needs a reviewer (altered, changed outside the "
+         "suite, missing, unrecorded; accepted change for information) and exits with 1 when any but "
+         "accepted changes is printed; --csv FILE (\"-\": standard output) writes them as CSV",
+         1, "", true},
         {"anchor", "", "Print the verified newest entry as COUNT:MAC, to be kept away from this computer", 0,
          ""},
         {"status", "", "Print the effective security policy and where each value comes from", 0, ""},
@@ -114,7 +123,7 @@ QList<QCommandLineOption> AdminTool::storeOptions()
                            QStringLiteral("The security database file."), QStringLiteral("path")),
         option("key-file", "The site key file (default: beside the database).", "path"),
         option("full-name", "Full name for add-user.", "text"),
-        option("csv", "Export the audit trail as CSV.", "file"),
+        option("csv", "audit, verify-documents: write CSV into the file (\"-\": standard output).", "file"),
         option("group", "create: the site group that shares the database.", "name"),
         option("admin-group", "create: the group whose members may administer it.", "name"),
         option("anchor", "verify: an entry printed earlier by anchor.", "count:mac"),
@@ -192,7 +201,8 @@ int AdminTool::run(const QStringList& arguments)
     for (const Command& command : commands()) {
         if (command.name != name)
             continue;
-        if (positional.size() != command.argumentCount) {
+        if (positional.size() != command.argumentCount &&
+            !(command.lastOptional && positional.size() == command.argumentCount - 1)) {
             m_report.fail(QStringLiteral(
                               "usage: nebra-secadmin %1 %2 (passwords are never taken from the command line)")
                               .arg(command.name, command.arguments));
@@ -231,6 +241,7 @@ int AdminTool::onEmbedded(const Command& command, const QStringList& arguments,
                           const SecuritySettings& settings)
 {
     EmbeddedAdminTool::Options options;
+    options.verifyDocuments = documentCheck(arguments);
     options.settings = settings;
     options.fullName = m_fullName;
     options.csvPath = m_csvPath;
@@ -251,6 +262,7 @@ int AdminTool::onServer(const Command& command, const QStringList& arguments,
     if (command.name == QLatin1String("create") && !AdminRights::mayAdminister(settings, &error))
         return m_report.fail(error);
     ServerAdminTool::Options options;
+    options.verifyDocuments = documentCheck(arguments);
     options.server = settings.server;
     if (!m_server[0].isEmpty())
         options.server.host = m_server[0];
@@ -278,6 +290,25 @@ int AdminTool::onServer(const Command& command, const QStringList& arguments,
         return exit;
     m_report.fail(QStringLiteral("\"%1\" is not available on a security server.").arg(command.name));
     return Usage;
+}
+
+std::function<int(const QHash<QString, DocumentRecord>&)>
+AdminTool::documentCheck(const QStringList& arguments)
+{
+    return [this, arguments](const QHash<QString, DocumentRecord>& records) {
+        SettingsStore settingsFile;
+        SuitePaths paths(settingsFile);
+        paths.Initialise();
+        const QString folder =
+            arguments.isEmpty() ? paths.ParentDirectory() : QFileInfo(arguments.first()).absoluteFilePath();
+        const QList<DocumentReport::Line> lines =
+            DocumentReport::check(DocumentFolders::of(paths), folder, records);
+        QString error;
+        if (!m_report.write(m_csvPath.isEmpty() ? DocumentReport::text(lines) : DocumentReport::csv(lines),
+                            m_csvPath.isEmpty() ? QStringLiteral("-") : m_csvPath, &error))
+            return m_report.fail(error);
+        return DocumentReport::exitStatus(lines);
+    };
 }
 
 int AdminTool::status(const SettingsStore& store, const SecuritySettings& settings)

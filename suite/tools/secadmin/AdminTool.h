@@ -1,11 +1,14 @@
 #pragma once
 
 #include "AdminReport.h"
+#include "DocumentRecord.h"
 
 #include <QCommandLineOption>
 #include <QList>
 #include <QString>
 #include <QStringList>
+
+#include <functional>
 
 class QCommandLineParser;
 class QIODevice;
@@ -48,6 +51,7 @@ private:
         QString summary;
         int argumentCount = 0;
         QString done; // said when a change succeeds, on either back end
+        bool lastOptional = false;
     };
 
     static QList<Command> commands();
@@ -61,6 +65,9 @@ private:
     int onEmbedded(const Command& command, const QStringList& arguments, const SecuritySettings& settings);
     int onServer(const Command& command, const QStringList& arguments, const SecuritySettings& settings);
     int status(const SettingsStore& store, const SecuritySettings& settings);
+    // verify-documents on the records a back end read: the documents under the folder given, or
+    // under the data folders' parent directory.
+    std::function<int(const QHash<QString, DocumentRecord>&)> documentCheck(const QStringList& arguments);
     // --database, --key-file ... --per-user
     static QList<QCommandLineOption> storeOptions();
     // --backend, --server, --server-port, --server-database, --server-user

@@ -108,6 +108,13 @@ QList<EmbeddedAdminTool::Command> EmbeddedAdminTool::inquiryCommands()
                                    m_options.csvPath);
          }},
         {"verify", O, [this](const QStringList&) { return verify(); }},
+        {"verify-documents", O,
+         [this](const QStringList&) {
+             QHash<QString, DocumentRecord> records;
+             QString error;
+             return m_store->documents().read(&records, &error) ? m_options.verifyDocuments(records)
+                                                                : m_report.fail(error);
+         }},
         {"anchor", O, [this](const QStringList&) { return m_report.anchor(m_store->audit().verify()); }},
         {"migrate", O,
          [this](const QStringList&) {
@@ -220,7 +227,9 @@ int EmbeddedAdminTool::verify()
         return 2;
     const AuditVerification result = m_store->audit().verify(anchor);
     QString error;
-    const QStringList altered = m_store->users().alteredRows(&error);
+    QStringList altered = m_store->users().alteredRows(&error);
+    if (error.isEmpty())
+        altered += m_store->documents().alteredRows(&error);
     if (!error.isEmpty()) {
         for (const QString& row : altered)
             m_report.say(row);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "AdminReport.h"
+#include "DocumentRecord.h"
 #include "SecuritySettings.h"
 
 #include <QList>
@@ -33,6 +34,8 @@ public:
         QString adminGroup;        // create --admin-group
         bool reuseKey = false;     // create --reuse-key
         bool perUser = false;      // create --per-user
+        // verify-documents: compares the documents with the records read; the exit status.
+        std::function<int(const QHash<QString, DocumentRecord>&)> verifyDocuments;
     };
 
     EmbeddedAdminTool(AdminReport& report, Options options);

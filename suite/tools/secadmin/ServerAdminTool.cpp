@@ -10,6 +10,7 @@
 #include "ServerConnection.h"
 #include "ServerMigration.h"
 #include "ServerSchema.h"
+#include "ServerSession.h"
 #include "SettingsStore.h"
 #include "SitePolicyFile.h"
 
@@ -119,6 +120,15 @@ QList<ServerAdminTool::Command> ServerAdminTool::inquiryCommands()
                  m_options.csvPath);
          }},
         {"verify", [this](const QStringList&) { return verify(); }},
+        {"verify-documents",
+         [this](const QStringList&) {
+             QHash<QString, DocumentRecord> records;
+             QString error;
+             return ServerSession(*m_connection, AuditTrail::workstationName())
+                            .documentRecords({}, &records, &error)
+                        ? m_options.verifyDocuments(records)
+                        : m_report.fail(error);
+         }},
         {"anchor", [this](const QStringList&) { return m_report.anchor(administration().verify()); }},
         {"reseal-head",
          [this](const QStringList&) {

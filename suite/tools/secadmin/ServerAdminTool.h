@@ -1,5 +1,6 @@
 #pragma once
 
+#include "DocumentRecord.h"
 #include "ServerSettings.h"
 
 #include <QString>
@@ -36,6 +37,8 @@ public:
         int idleMinutes = 15;
         int passwordMinimumLength = 8;
         bool writePolicyFile = true;
+        // verify-documents: compares the documents with the records read; the exit status.
+        std::function<int(const QHash<QString, DocumentRecord>&)> verifyDocuments;
         // For migrate: opens the embedded store to copy (null, with *error, when it cannot).
         std::function<std::unique_ptr<SecurityStore>(QString*)> openEmbedded;
     };

@@ -52,6 +52,18 @@ private Q_SLOTS:
 
     void anchorIsCheckedByVerify() { Site().cases().anchorIsCheckedByVerify(); }
 
+    void verifyDocumentsListsWhatNeedsAReviewer()
+    {
+        Site o;
+        const std::unique_ptr<SecurityStore> store = o.fixture.open();
+        o.cases().verifyDocumentsListsWhatNeedsAReviewer(
+            o.folders.root() + QStringLiteral("/data"), [&](const DocumentChange& change) {
+                QString error;
+                QVERIFY2(store->documents().record(QStringLiteral("jsmith"), change, &error),
+                         qPrintable(error));
+            });
+    }
+
     void passwordsAreNeverTakenFromTheCommandLine()
     {
         Site o;

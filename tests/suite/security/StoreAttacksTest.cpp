@@ -103,6 +103,48 @@ private Q_SLOTS:
         QVERIFY2(verify.out.contains(QLatin1String("have been removed")), qPrintable(verify.out));
     }
 
+    // A document's newest fingerprint edited, written back from before its
+    // last change, or removed behind the suite's back: verify names the
+    // record, and the trail, untouched, still tells the document's history.
+    void documentRecordsChangedAreFound_data()
+    {
+        QTest::addColumn<QString>("tampering");
+        QTest::addColumn<QString>("said");
+        // clang-format off
+        QTest::newRow("fingerprint edited") << "UPDATE main.document_records SET sha256 = zeroblob(32)" << "has been changed outside the suite";
+        QTest::newRow("written back") << "INSERT OR REPLACE INTO main.document_records SELECT * FROM saved.kept" << "is not its newest entry";
+        QTest::newRow("removed") << "DELETE FROM main.document_records" << "has been removed";
+        // clang-format on
+    }
+
+    void documentRecordsChangedAreFound()
+    {
+        QFETCH(QString, tampering);
+        QFETCH(QString, said);
+        const QString path = QStringLiteral("/data/Results/plate 1.ars");
+        const auto record = [&](DocumentEvent event, const QByteArray& sha) {
+            const std::unique_ptr<SecurityStore> store = m_fixture->open();
+            QString error;
+            QVERIFY2(store->documents().record(QStringLiteral("jsmith"),
+                                               {event, {path, sha, 10, 0}, {}, {}, {}}, &error) > 0,
+                     qPrintable(error));
+        };
+        record(DocumentEvent::Recorded, QByteArray(32, 'a'));
+        m_fixture->tamper({QStringLiteral("ATTACH '%1' AS saved").arg(saved()),
+                           QStringLiteral("CREATE TABLE saved.kept AS SELECT * FROM main.document_records")});
+        record(DocumentEvent::ChangedOutside, QByteArray(32, 'b'));
+        QCOMPARE(secadmin({"verify"}).exitCode, 0);
+        m_fixture->tamper({QStringLiteral("ATTACH '%1' AS saved").arg(saved()), tampering});
+
+        const Run verify = secadmin({"verify"});
+        QCOMPARE(verify.exitCode, 1);
+        QVERIFY2(verify.out.contains(QStringLiteral("The record of document \"%1\" ").arg(path) + said) &&
+                     verify.out.contains(QLatin1String("all are intact")),
+                 qPrintable(verify.out));
+        QVERIFY(m_fixture->auditTexts().constLast().startsWith(
+            QStringLiteral("Document changed outside the suite: %1 sha256=6262").arg(path)));
+    }
+
     // 7: two roles' names swapped: the administrator's next assign-role is
     // refused instead of giving the other role, and the roles grant nothing.
     void swappedRoleNamesAreRefused()

@@ -201,6 +201,11 @@ private Q_SLOTS:
         QString error;
         QVERIFY2(session.record(in.token, "General", text, &error) > 0, qPrintable(error));
         cases.auditExportsCsv(m_folders->root() + "/audit.csv", text);
+        QCOMPARE(cases.run({"grant", "pjones", "Documents", "AcceptChange"}).exitCode, 0);
+        cases.verifyDocumentsListsWhatNeedsAReviewer(
+            m_folders->root() + "/data", [&](const DocumentChange& change) {
+                QVERIFY2(session.recordDocument(in.token, change, &error), qPrintable(error));
+            });
     }
 
     // Entries removed behind the triggers' back stop every append until the

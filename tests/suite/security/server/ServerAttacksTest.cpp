@@ -294,6 +294,31 @@ private Q_SLOTS:
             QVERIFY2(ServerAdministration(*administrator, "pc").verify().ok, role);
         }
     }
+
+    // A workstation holding the client role's password and a session of a user
+    // without the right: it can neither read nor write the fingerprint table
+    // past the server's functions, nor accept a change of a document.
+    void documentRecordsOnlyThroughTheServer()
+    {
+        const std::unique_ptr<ServerConnection> client = openConnection(m_server->client());
+        QString error;
+        // The table itself is tried with every other in ServerSchemaTest.
+        QVERIFY(!client->execScript(QStringLiteral("SELECT * FROM nebra.admin_document_records()"), &error));
+        QCOMPARE(client->lastState(), InsufficientPrivilege);
+        ServerSession session(*client, QStringLiteral("pc"));
+        const ServerLogIn in = session.logIn(QStringLiteral("jsmith"), SecretBytes("correct horse"));
+        QCOMPARE(in.status, LogInStatus::Success);
+        const DocumentChange accept{DocumentEvent::Accepted,
+                                    {QStringLiteral("/x.apr"), QByteArray(32, 'a'), 1, 0},
+                                    {},
+                                    {},
+                                    QStringLiteral("fine")};
+        QCOMPARE(session.recordDocument(in.token, accept, &error), 0);
+        QCOMPARE(client->lastState(), InsufficientPrivilege);
+        QHash<QString, DocumentRecord> records;
+        QVERIFY2(session.documentRecords(in.token, &records, &error), qPrintable(error));
+        QVERIFY(!records.contains(QStringLiteral("/x.apr")));
+    }
 };
 
 QTEST_GUILESS_MAIN(ServerAttacksTest)

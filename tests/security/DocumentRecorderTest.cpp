@@ -1,0 +1,218 @@
+#include "DocumentRecorder.h"
+#include "ManagerSite.h"
+#include "RunningPrograms.h"
+#include "SecondProcess.h"
+
+#include <QProcess>
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace nebra;
+using namespace nebra::test;
+
+namespace {
+
+// Data folders of two kinds under a temporary parent, with the recorder of
+// jsmith's session over them.
+struct Recorded
+{
+    ManagerSite site{{}};
+    std::unique_ptr<NebraSecurityManager> manager = loggedInManager();
+    QTemporaryDir parent;
+    DocumentFolders folders{{{parent.path() + QStringLiteral("/Protocols"), {QStringLiteral("*.apr")}},
+                             {parent.path() + QStringLiteral("/Reports"), {QStringLiteral("*")}}}};
+    RunningPrograms programs;
+
+    QString path(const QString& name) const { return parent.path() + QLatin1Char('/') + name; }
+    std::unique_ptr<DocumentRecorder> recorder()
+    {
+        auto r = std::make_unique<DocumentRecorder>(folders, manager->DocumentWriters(), &programs);
+        r->setRetryInterval(50);
+        return r;
+    }
+    // Runs action and waits until the recorder has read and written all it caused.
+    static void settle(DocumentRecorder& recorder, const std::function<void()>& action)
+    {
+        QSignalSpy idle(&recorder, &DocumentRecorder::idle);
+        action();
+        QVERIFY(!idle.isEmpty() || idle.wait(20000));
+    }
+    // A second process changes the document (content and time).
+    void change(const QString& name, const QString& content)
+    {
+        runScript(parent.path(), QStringLiteral("printf '%1' > '%2' && touch -d '+%3 seconds' '%2'")
+                                     .arg(content, name)
+                                     .arg(++m_seconds));
+    }
+    QString newestEntry() { return site.auditTexts().constLast(); }
+
+private:
+    int m_seconds = 0;
+};
+
+} // namespace
+
+// The recorder over real files, a real second process and a real store, on
+// the back end NEBRA_TEST_SECURITY_BACKEND names (CTest runs it for each).
+// The entries' texts are DocumentRecordsTest's; here: which entry a change
+// on disk becomes, and that the session never waits for a store that fails.
+class DocumentRecorderTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void changesAreAttributed_data();
+    void changesAreAttributed();
+    void changesWhileNothingRecordedAreFoundAtStart();
+    void aRenameOrASaveOverKeepsTheHistory();
+    void anEntryThatCannotBeWrittenIsRetried();
+};
+
+void DocumentRecorderTest::changesAreAttributed_data()
+{
+    QTest::addColumn<QString>("who");
+    QTest::addColumn<QString>("entry");
+    QTest::addColumn<int>("state");
+    // clang-format off
+    QTest::newRow("the Organiser") << "organiser" << "Document changed: %1 sha256=" << int(RecordState::Recorded);
+    QTest::newRow("a started program") << "running" << "Document changed: %1 sha256=" << int(RecordState::Recorded);
+    QTest::newRow("a started program that ended") << "ended" << "Document changed outside the suite: %1 sha256=" << int(RecordState::ChangedOutside);
+    QTest::newRow("another process") << "other" << "Document changed outside the suite: %1 sha256=" << int(RecordState::ChangedOutside);
+    // clang-format on
+}
+
+void DocumentRecorderTest::changesAreAttributed()
+{
+    QFETCH(QString, who);
+    QFETCH(QString, entry);
+    QFETCH(int, state);
+    Recorded o;
+    QVERIFY(o.manager);
+    QVERIFY(QDir().mkpath(o.path(QStringLiteral("Protocols"))));
+    const QString name = QStringLiteral("Protocols/ELISA.apr");
+    o.change(name, QStringLiteral("v1"));
+    const std::unique_ptr<DocumentRecorder> recorder = o.recorder();
+    Recorded::settle(*recorder, [&] { recorder->start(); });
+    QVERIFY(o.newestEntry().startsWith(QLatin1String("Document recorded: ") + o.path(name)));
+
+    QProcess editor; // stands in for the layout editor, started on the folder
+    editor.start(QStringLiteral("sleep"), {QStringLiteral("60")});
+    QVERIFY(editor.waitForStarted());
+    o.programs.started(editor.processId(), QStringLiteral("Layout Editor"),
+                       o.path(QStringLiteral("Protocols")));
+    if (who != QLatin1String("running")) {
+        editor.kill();
+        QVERIFY(editor.waitForFinished());
+    }
+    if (who == QLatin1String("organiser"))
+        recorder->expectWrite(o.path(name));
+    o.change(name, QStringLiteral("v2"));
+    Recorded::settle(*recorder, [&] {
+        recorder->noticeChange({ShellEvent::SHCNE_UPDATEITEM, o.path(name), {}});
+    });
+
+    QVERIFY2(o.newestEntry().startsWith(entry.arg(o.path(name))), qPrintable(o.newestEntry()));
+    if (who == QLatin1String("organiser") || who == QLatin1String("running"))
+        QVERIFY(o.newestEntry().endsWith(who == QLatin1String("organiser")
+                                             ? QLatin1String(" by Organiser")
+                                             : QLatin1String(" by Layout Editor")));
+    QCOMPARE(int(recorder->state(o.path(name))), state);
+    QCOMPARE(recorder->changeSeen(o.path(name)).isValid(), state == int(RecordState::ChangedOutside));
+    editor.kill();
+    editor.waitForFinished();
+}
+
+// Changes made while no Organiser ran are found at the next start, each once.
+void DocumentRecorderTest::changesWhileNothingRecordedAreFoundAtStart()
+{
+    Recorded o;
+    QVERIFY(o.manager);
+    QVERIFY(QDir().mkpath(o.path(QStringLiteral("Reports"))));
+    for (const char* name : {"kept", "altered", "removed"})
+        o.change(QStringLiteral("Reports/") + QLatin1String(name), QLatin1String(name));
+    {
+        const std::unique_ptr<DocumentRecorder> first = o.recorder();
+        Recorded::settle(*first, [&] { first->start(); });
+    }
+    const qsizetype before = o.site.auditTexts().size();
+    o.change(QStringLiteral("Reports/altered"), QStringLiteral("v2"));
+    o.change(QStringLiteral("Reports/new"), QStringLiteral("new"));
+    QVERIFY(QFile::remove(o.path(QStringLiteral("Reports/removed"))));
+
+    const std::unique_ptr<DocumentRecorder> next = o.recorder();
+    QSignalSpy progress(next.get(), &DocumentRecorder::progress);
+    Recorded::settle(*next, [&] { next->start(); });
+    QStringList found = o.site.auditTexts().mid(before);
+    for (QString& text : found)
+        text = text.section(QLatin1String(" sha256="), 0, 0);
+    found.sort();
+    QCOMPARE(found, QStringList({"Document changed while nothing recorded it: " + o.path("Reports/altered"),
+                                 "Document recorded: " + o.path("Reports/new"),
+                                 "Document removed: " + o.path("Reports/removed")}));
+    QCOMPARE(progress.constLast(), QVariantList({2, 2})); // only what changed was read
+    QCOMPARE(next->state(o.path(QStringLiteral("Reports/altered"))), RecordState::ChangedUnwatched);
+    QCOMPARE(next->state(o.path(QStringLiteral("Reports/kept"))), RecordState::Recorded);
+    QCOMPARE(next->state(o.path(QStringLiteral("Reports/removed"))), RecordState::NotRecorded);
+}
+
+void DocumentRecorderTest::aRenameOrASaveOverKeepsTheHistory()
+{
+    Recorded o;
+    QVERIFY(o.manager);
+    QVERIFY(QDir().mkpath(o.path(QStringLiteral("Reports"))));
+    o.change(QStringLiteral("Reports/a"), QStringLiteral("v1"));
+    const std::unique_ptr<DocumentRecorder> recorder = o.recorder();
+    Recorded::settle(*recorder, [&] { recorder->start(); });
+    runScript(o.parent.path(), QStringLiteral("mv Reports/a Reports/b"));
+    Recorded::settle(*recorder, [&] {
+        recorder->noticeChange({ShellEvent::SHCNE_DELETE, o.path(QStringLiteral("Reports/a")), {}});
+        recorder->noticeChange({ShellEvent::SHCNE_UPDATEITEM, o.path(QStringLiteral("Reports/b")), {}});
+    });
+    QCOMPARE(o.newestEntry(),
+             QStringLiteral("Document renamed: %1 -> %2")
+                 .arg(o.path(QStringLiteral("Reports/a")), o.path(QStringLiteral("Reports/b"))));
+    QCOMPARE(recorder->state(o.path(QStringLiteral("Reports/b"))), RecordState::Recorded);
+
+    // An editor's save: the new content written aside and moved over the document.
+    const qsizetype before = o.site.auditTexts().size();
+    runScript(o.parent.path(), QStringLiteral("printf v2 > Reports/.b.new && mv Reports/.b.new Reports/b"));
+    Recorded::settle(*recorder, [&] {
+        recorder->noticeChange({ShellEvent::SHCNE_DELETE, o.path(QStringLiteral("Reports/b")), {}});
+        recorder->noticeChange({ShellEvent::SHCNE_UPDATEITEM, o.path(QStringLiteral("Reports/b")), {}});
+    });
+    const QStringList after = o.site.auditTexts().mid(before);
+    QCOMPARE(after.size(), 1);
+    QVERIFY2(after.constFirst().startsWith(QLatin1String("Document changed outside the suite: ") +
+                                           o.path(QStringLiteral("Reports/b")) + QLatin1String(" sha256=")),
+             qPrintable(after.constFirst()));
+}
+
+// The store refuses entries for a while: the failure is reported once, and
+// the entries are written, in order, once it takes them again.
+void DocumentRecorderTest::anEntryThatCannotBeWrittenIsRetried()
+{
+    Recorded o;
+    QVERIFY(o.manager);
+    QVERIFY(QDir().mkpath(o.path(QStringLiteral("Reports"))));
+    const std::unique_ptr<DocumentRecorder> recorder = o.recorder();
+    Recorded::settle(*recorder, [&] { recorder->start(); });
+    QSignalSpy failed(recorder.get(), &DocumentRecorder::recordingFailed);
+    const QString reason = o.site.breakAppends();
+    for (const char* name : {"Reports/one", "Reports/two"}) {
+        o.change(QLatin1String(name), QStringLiteral("v1"));
+        recorder->noticeChange({ShellEvent::SHCNE_UPDATEITEM, o.path(QLatin1String(name)), {}});
+    }
+    QVERIFY(failed.wait(20000));
+    QVERIFY2(failed.constFirst().constFirst().toString().contains(reason),
+             qPrintable(failed.constFirst().constFirst().toString()));
+    o.site.repairAppends();
+    QTRY_VERIFY_WITH_TIMEOUT(o.newestEntry().contains(o.path("Reports/two")), 20000);
+    QCOMPARE(failed.size(), 1);
+    const QStringList texts = o.site.auditTexts();
+    QVERIFY(
+        texts.at(texts.size() - 2).startsWith(QLatin1String("Document recorded: ") + o.path("Reports/one")));
+    QVERIFY(texts.constLast().startsWith(QLatin1String("Document recorded: ") + o.path("Reports/two")));
+}
+
+QTEST_MAIN(DocumentRecorderTest)
+#include "DocumentRecorderTest.moc"
