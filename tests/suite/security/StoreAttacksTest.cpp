@@ -119,29 +119,30 @@ private Q_SLOTS:
 
     void documentRecordsChangedAreFound()
     {
+        Site o;
         QFETCH(QString, tampering);
         QFETCH(QString, said);
         const QString path = QStringLiteral("/data/Results/plate 1.ars");
         const auto record = [&](DocumentEvent event, const QByteArray& sha) {
-            const std::unique_ptr<SecurityStore> store = m_fixture->open();
+            const std::unique_ptr<SecurityStore> store = o.fixture.open();
             QString error;
             QVERIFY2(store->documents().record(QStringLiteral("jsmith"),
                                                {event, {path, sha, 10, 0}, {}, {}, {}}, &error) > 0,
                      qPrintable(error));
         };
         record(DocumentEvent::Recorded, QByteArray(32, 'a'));
-        m_fixture->tamper({QStringLiteral("ATTACH '%1' AS saved").arg(saved()),
-                           QStringLiteral("CREATE TABLE saved.kept AS SELECT * FROM main.document_records")});
+        o.fixture.tamper({QStringLiteral("ATTACH '%1' AS saved").arg(o.saved()),
+                          QStringLiteral("CREATE TABLE saved.kept AS SELECT * FROM main.document_records")});
         record(DocumentEvent::ChangedOutside, QByteArray(32, 'b'));
-        QCOMPARE(secadmin({"verify"}).exitCode, 0);
-        m_fixture->tamper({QStringLiteral("ATTACH '%1' AS saved").arg(saved()), tampering});
+        QCOMPARE(o.secadmin({"verify"}).exitCode, 0);
+        o.fixture.tamper({QStringLiteral("ATTACH '%1' AS saved").arg(o.saved()), tampering});
 
-        const Run verify = secadmin({"verify"});
+        const Run verify = o.secadmin({"verify"});
         QCOMPARE(verify.exitCode, 1);
         QVERIFY2(verify.out.contains(QStringLiteral("The record of document \"%1\" ").arg(path) + said) &&
                      verify.out.contains(QLatin1String("all are intact")),
                  qPrintable(verify.out));
-        QVERIFY(m_fixture->auditTexts().constLast().startsWith(
+        QVERIFY(o.fixture.auditTexts().constLast().startsWith(
             QStringLiteral("Document changed outside the suite: %1 sha256=6262").arg(path)));
     }
 
