@@ -79,6 +79,18 @@ std::optional<DocumentEvent> DocumentEntries::eventNamed(const QString& name)
     return std::nullopt;
 }
 
+DocumentRecord DocumentEntries::recordFrom(const std::function<QVariant(int)>& column)
+{
+    DocumentRecord row;
+    row.fingerprint = {column(0).toString(), column(1).toByteArray(), column(2).toLongLong(),
+                       column(3).toLongLong()};
+    const std::optional<DocumentEvent> event = eventNamed(column(4).toString());
+    row.event = event.value_or(DocumentEvent::ChangedUnwatched);
+    row.intact = event.has_value();
+    row.sequence = column(5).toLongLong();
+    return row;
+}
+
 RecordState DocumentEntries::stateOf(const std::optional<DocumentRecord>& record)
 {
     if (!record || record->event == DocumentEvent::Removed)

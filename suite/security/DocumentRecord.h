@@ -6,6 +6,7 @@
 #include <QHash>
 #include <QList>
 #include <QString>
+#include <QVariant>
 
 #include <functional>
 #include <optional>
@@ -98,6 +99,10 @@ public:
     static QString text(const DocumentChange& change, const QString& sessionUser);
     static QString eventName(DocumentEvent event);
     static std::optional<DocumentEvent> eventNamed(const QString& name);
+    // A row of the newest-fingerprint table as both stores select it: path,
+    // sha256, size, modified, event, sequence. A row whose event no version
+    // of the suite writes is not intact.
+    static DocumentRecord recordFrom(const std::function<QVariant(int)>& column);
     // How a record shows in the list (no record: NotRecorded). A record whose
     // row was altered behind the suite's back shows as changed.
     static RecordState stateOf(const std::optional<DocumentRecord>& record);

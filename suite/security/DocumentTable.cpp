@@ -119,13 +119,9 @@ bool DocumentTable::read(QHash<QString, DocumentRecord>* records, QString* error
         return false;
     records->clear();
     while (q.next()) {
-        DocumentRecord row;
-        row.fingerprint = {q.value(0).toString(), q.value(1).toByteArray(), q.value(2).toLongLong(),
-                           q.value(3).toLongLong()};
-        const std::optional<DocumentEvent> event = DocumentEntries::eventNamed(q.value(4).toString());
-        row.event = event.value_or(DocumentEvent::ChangedUnwatched);
-        row.sequence = q.value(5).toLongLong();
-        row.intact = event && SiteKey::sameMac(q.value(7).toByteArray(), seal(row, q.value(6).toLongLong()));
+        DocumentRecord row = DocumentEntries::recordFrom([&q](int column) { return q.value(column); });
+        row.intact =
+            row.intact && SiteKey::sameMac(q.value(7).toByteArray(), seal(row, q.value(6).toLongLong()));
         records->insert(row.fingerprint.path, row);
     }
     return true;

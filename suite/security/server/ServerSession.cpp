@@ -141,13 +141,7 @@ bool ServerSession::documentRecords(const QString& token, QHash<QString, Documen
     if (!read)
         return false;
     while (q.next()) {
-        DocumentRecord row;
-        row.fingerprint = {q.value(0).toString(), q.value(1).toByteArray(), q.value(2).toLongLong(),
-                           q.value(3).toLongLong()};
-        const std::optional<DocumentEvent> event = DocumentEntries::eventNamed(q.value(4).toString());
-        row.event = event.value_or(DocumentEvent::ChangedUnwatched);
-        row.intact = event.has_value();
-        row.sequence = q.value(5).toLongLong();
+        const DocumentRecord row = DocumentEntries::recordFrom([&q](int column) { return q.value(column); });
         records->insert(row.fingerprint.path, row);
     }
     return true;
