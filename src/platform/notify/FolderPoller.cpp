@@ -224,7 +224,7 @@ void FolderPoller::setListedFolder(const QString& folder, const QString& filter)
     m_listed->text = text;
     m_listed->raw = QFile::encodeName(text);
     m_listed->filter = filter;
-    pollList(); // the first poll only notes what is there
+    pollList(); // the first poll is the baseline, and the list reads again after it
 }
 
 void FolderPoller::pollList()
@@ -244,13 +244,16 @@ void FolderPoller::pollList()
         [this](ListPoll poll) {
             Listed& listed = *m_listed; // the same: a new folder cancels this read
             listed.read = 0;
-            if (!listed.entries || replacesBaseline(poll.entries->error()))
+            // The list read the folder before this first look: what changed in
+            // between is only in this look, so the list reads once more.
+            const bool first = !listed.entries;
+            if (first || replacesBaseline(poll.entries->error()))
                 listed.entries = std::move(poll.entries);
             arm(*m_listTimer, m_listSeconds);
             const QString text = listed.text;
             for (const FolderChange& change : poll.diff.changes)
                 Q_EMIT changed(change);
-            if (poll.diff.changed)
+            if (first || poll.diff.changed)
                 Q_EMIT listedFolderChanged(text);
             Q_EMIT polled(text);
         },

@@ -34,7 +34,9 @@ class FolderSnapshot;
 // owns this object never touches the disk. The differences arrive here as
 // the changes FolderChangeSource delivers (SnapshotDiff), in an order the
 // tree can apply; a folder of the list that changed in any way the list
-// shows also gives listedFolderChanged(), which is what a list re-reads on.
+// shows also gives listedFolderChanged(), which is what a list re-reads on;
+// so does the first poll of a newly listed folder, which sees what changed
+// between the list's own reading and that first look.
 // A poll that has not answered within two seconds gives waiting(); the
 // server's answer, whenever it comes, is compared as usual.
 //

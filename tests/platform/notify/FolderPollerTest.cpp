@@ -109,6 +109,8 @@ private Q_SLOTS:
         m_poller->setListedFolder(m_mount + QStringLiteral("/My Assays/Protocols"), QStringLiteral("*.apr"));
         QSignalSpy listChanged(m_poller.get(), &FolderPoller::listedFolderChanged);
         watchShare(FolderWatchMode::Auto);
+        QTRY_COMPARE_WITH_TIMEOUT(listChanged.count(), 1, 3000); // the first look: read again once
+        listChanged.clear();
 
         runScript(
             m_backing + QStringLiteral("/My Assays"),
