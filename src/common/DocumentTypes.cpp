@@ -1,5 +1,6 @@
 #include "DocumentTypes.h"
 
+#include "DocumentKinds.h"
 #include "Resources.h"
 #include "SuitePaths.h"
 
@@ -54,6 +55,18 @@ constexpr DocumentLaunch createLayout()
     return launch;
 }
 
+// A row of a kind of document: its folder, the list's filter and the type's
+// caption are the kind's.
+constexpr DocumentTypeDescription ofKind(DocumentType type)
+{
+    const DocumentKind& kind = DocumentKinds::of(type);
+    DocumentTypeDescription row{type};
+    row.folder = kind.folder;
+    row.filter = kind.pattern;
+    row.typeCaption = kind.typeName;
+    return row;
+}
+
 constexpr DocumentTypeDescription root()
 {
     DocumentTypeDescription row{DocumentType::None};
@@ -68,14 +81,11 @@ constexpr DocumentTypeDescription root()
 
 constexpr DocumentTypeDescription readConfigurations()
 {
-    DocumentTypeDescription row{DocumentType::ReadConfigurations};
+    DocumentTypeDescription row = ofKind(DocumentType::ReadConfigurations);
     row.captionResource = Resources::InstrumentDataCaption;
-    row.folder = &SuitePaths::ReadConfigurationsFolder;
     row.perDriver = true;
     row.inFoldersGroup = true;
     row.icon = "drive-harddisk";
-    row.filter = "*.daq";
-    row.typeCaption = "Data Acquisition";
     row.documentIcon = "application-x-nebra-read-configuration";
     row.preview = PreviewKind::Page;
     row.helpTopic = 9005;
@@ -88,12 +98,9 @@ constexpr DocumentTypeDescription readConfigurations()
 
 constexpr DocumentTypeDescription layouts()
 {
-    DocumentTypeDescription row{DocumentType::Layouts};
+    DocumentTypeDescription row = ofKind(DocumentType::Layouts);
     row.captionResource = Resources::LayoutsCaption;
-    row.folder = &SuitePaths::LayoutsFolder;
     row.inFoldersGroup = true;
-    row.filter = "*.mlo";
-    row.typeCaption = "Layout";
     row.documentIcon = "application-x-nebra-layout";
     row.preview = PreviewKind::Layout;
     row.previewedWithoutDrivers = true;
@@ -106,12 +113,9 @@ constexpr DocumentTypeDescription layouts()
 
 constexpr DocumentTypeDescription protocols()
 {
-    DocumentTypeDescription row{DocumentType::Protocols};
+    DocumentTypeDescription row = ofKind(DocumentType::Protocols);
     row.captionResource = Resources::ProtocolsCaption;
-    row.folder = &SuitePaths::ProtocolsFolder;
     row.inTasksGroup = row.inFoldersGroup = true;
-    row.filter = "*.apr";
-    row.typeCaption = "Assay Protocol";
     row.documentIcon = "application-x-nebra-protocol";
     row.preview = PreviewKind::Page;
     row.followsOptions = true;
@@ -125,12 +129,9 @@ constexpr DocumentTypeDescription protocols()
 
 constexpr DocumentTypeDescription results()
 {
-    DocumentTypeDescription row{DocumentType::Results};
+    DocumentTypeDescription row = ofKind(DocumentType::Results);
     row.captionResource = Resources::ResultsCaption;
-    row.folder = &SuitePaths::ResultsFolder;
     row.inTasksGroup = row.inFoldersGroup = true;
-    row.filter = "*.ars";
-    row.typeCaption = "Assay Results";
     row.documentIcon = "application-x-nebra-results";
     row.preview = PreviewKind::Page;
     row.followsOptions = true;
@@ -141,15 +142,14 @@ constexpr DocumentTypeDescription results()
 
 constexpr DocumentTypeDescription reports()
 {
-    DocumentTypeDescription row{DocumentType::Reports};
+    DocumentTypeDescription row = ofKind(DocumentType::Reports);
     row.captionText = "Reports";
-    row.folder = &SuitePaths::ReportsFolder;
     row.inTasksGroup = row.inFoldersGroup = true;
     row.icon = "view-list-details";
-    // Every file, also those without an extension; reports are not previewed.
+    // Every file, also those without an extension, listed with the list's
+    // pattern for every file; reports are not previewed.
     row.filter = "*.*";
     row.filterAfterListing = true;
-    row.typeCaption = "Assay Report";
     row.helpTopic = 9003;
     // Recorded but never checked, and opened by the desktop, not a suite program.
     row.openCommand = onOneFile({Starts::FileOpener, nullptr, "Open report: ", nullptr, "", ""});

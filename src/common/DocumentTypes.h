@@ -121,6 +121,8 @@ struct DocumentTypeDescription
 // The one table of document types: read configurations "*.daq", layouts
 // "*.mlo", protocols "*.apr", results "*.ars", reports "*.*", and the root.
 // Code that acts differently by type reads it here and never tests the type.
+// A type's folder, file pattern and caption are its kind's (DocumentKinds),
+// which the suite's other programs read as well.
 class DocumentTypes
 {
 public:

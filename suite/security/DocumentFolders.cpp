@@ -1,5 +1,6 @@
 #include "DocumentFolders.h"
 
+#include "DocumentKinds.h"
 #include "SuitePaths.h"
 
 #include <QDir>
@@ -39,11 +40,11 @@ DocumentFolders::DocumentFolders(QList<Folder> folders) : m_folders(std::move(fo
 
 DocumentFolders DocumentFolders::of(const SuitePaths& paths)
 {
-    return DocumentFolders({{paths.ReadConfigurationsFolder(), {QStringLiteral("*.daq")}},
-                            {paths.LayoutsFolder(), {QStringLiteral("*.mlo")}},
-                            {paths.ProtocolsFolder(), {QStringLiteral("*.apr")}},
-                            {paths.ResultsFolder(), {QStringLiteral("*.ars")}},
-                            {paths.ReportsFolder(), {QStringLiteral("*")}}});
+    QList<Folder> folders;
+    for (const DocumentKind& kind : DocumentKinds::all())
+        if (kind.recorded)
+            folders.append({(paths.*kind.folder)(), {QLatin1String(kind.pattern)}});
+    return DocumentFolders(std::move(folders));
 }
 
 const DocumentFolders::Folder* DocumentFolders::folderOf(const QString& path) const

@@ -24,10 +24,10 @@ struct DocumentStat
     bool operator==(const DocumentStat&) const = default;
 };
 
-// The documents of the data folders whose history is recorded: the read
-// configurations, layouts, protocols and results by their extensions, at
-// any depth of their folders, and every file of the reports folder. Hidden
-// files (an editor's or a save's temporary copies) are no documents.
+// The documents of the data folders whose history is recorded: those of the
+// kinds DocumentKinds marks as recorded, by their patterns, at any depth of
+// their folders. Hidden files (an editor's or a save's temporary copies) are
+// no documents.
 class DocumentFolders
 {
 public:
@@ -38,7 +38,7 @@ public:
     };
 
     explicit DocumentFolders(QList<Folder> folders);
-    // The folders the suite's paths name.
+    // The folders of the recorded kinds, where the suite's paths put them.
     static DocumentFolders of(const SuitePaths& paths);
 
     const QList<Folder>& folders() const { return m_folders; }
