@@ -4,6 +4,8 @@
 #include "ProcessStarter.h"
 #include "SuitePaths.h"
 
+#include <QFileInfo>
+
 namespace nebra {
 
 DocumentLauncher::DocumentLauncher(const SuitePaths& paths, LaunchContext context)
@@ -50,7 +52,7 @@ void DocumentLauncher::Launch(const DocumentLaunch& launch)
         m_context.startNewProtocolWizard();
         break;
     case DocumentLaunch::Starts::FileOpener:
-        if (start(CommandLine::Opener(QLatin1String(ReportOpener), document), QString()))
+        if (start(CommandLine::Opener(QLatin1String(ReportOpener), document), QString(), {document}))
             noteUsed(document);
         break;
     default:
@@ -69,7 +71,13 @@ void DocumentLauncher::startProgram(const DocumentLaunch& launch, const QString&
         // Only a secured layout editor is told where the layouts live.
         arguments = QStringLiteral("\"layoutsfolder:") + m_paths.LayoutsFolder() + QLatin1Char('"');
     }
-    if (LaunchApplication(program, arguments, QLatin1String(launch.programSetting)) && launch.documentPrefix)
+    QString target = document;
+    if (!launch.documentPrefix)
+        target = launch.layoutsFolderWhenSecured ? m_paths.LayoutsFolder()
+                 : m_context.currentFolder       ? m_context.currentFolder()
+                                                 : QString();
+    if (start(CommandLine::Build(program, arguments), QLatin1String(launch.programSetting), {target}) &&
+        launch.documentPrefix)
         noteUsed(document);
 }
 
@@ -130,20 +138,26 @@ void DocumentLauncher::OpenNewProtocol(const QStringList& files)
     // counterpart for a detached process on Linux; the desktop brings a newly
     // started program's window to the front itself.
     start(CommandLine::Unquoted(m_paths.AssayApplicationPath(), files.join(QStringLiteral("; "))),
-          QStringLiteral("AssayApplicationPath"));
+          QStringLiteral("AssayApplicationPath"), files);
 }
 
 bool DocumentLauncher::LaunchApplication(QString& programPath, QString& arguments, const QString& settingName)
 {
-    return start(CommandLine::Build(programPath, arguments), settingName);
+    return start(CommandLine::Build(programPath, arguments), settingName, {});
 }
 
-bool DocumentLauncher::start(const CommandLine& line, const QString& settingName)
+bool DocumentLauncher::start(const CommandLine& line, const QString& settingName, const QStringList& targets)
 {
     m_last = line;
-    const QString reason = ProcessStarter::Start(line);
-    if (reason.isEmpty())
+    qint64 processId = 0;
+    const QString reason = ProcessStarter::Start(line, &processId);
+    if (reason.isEmpty()) {
+        if (m_context.programStarted)
+            for (const QString& target : targets)
+                if (!target.isEmpty())
+                    m_context.programStarted(processId, QFileInfo(line.program).fileName(), target);
         return true;
+    }
     const QString source =
         settingName.isEmpty()
             ? QStringLiteral("the desktop's file opener")

@@ -72,7 +72,8 @@ private:
     bool allowedAndAudited(const DocumentLaunch& launch, const QString& entry);
     void startProgram(const DocumentLaunch& launch, const QString& document);
     QString selectedPath() const;
-    bool start(const CommandLine& line, const QString& settingName);
+    // target: the document or folder the program works on (LaunchContext::programStarted).
+    bool start(const CommandLine& line, const QString& settingName, const QStringList& targets);
     void noteUsed(const QString& document);
 
     const SuitePaths& m_paths;

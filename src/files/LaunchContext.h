@@ -32,6 +32,13 @@ struct LaunchContext
     // A document was opened or run (its program started), or a new protocol
     // was opened after the wizard made it. Empty: nothing is noted.
     std::function<void(const QString& path)> documentUsed;
+    // A program was started (its process id and file name) on the document
+    // or folder it works on: the document, or for a launch without one the
+    // layouts folder (a layout editor) or the file list's folder. Empty:
+    // nothing is told.
+    std::function<void(qint64 processId, const QString& program, const QString& target)> programStarted;
+    // The folder the file list shows. Empty: "".
+    std::function<QString()> currentFolder;
     // The window that owns the message boxes of a failed start.
     QObject* owner = nullptr;
 };

@@ -31,11 +31,11 @@ QString checkProgram(const QString& program)
 }
 } // namespace
 
-QString ProcessStarter::Start(const CommandLine& line)
+QString ProcessStarter::Start(const CommandLine& line, qint64* processId)
 {
     if (QString reason = checkProgram(line.program); !reason.isEmpty())
         return reason;
-    if (!QProcess::startDetached(line.program, line.arguments))
+    if (!QProcess::startDetached(line.program, line.arguments, QString(), processId))
         return QStringLiteral("The system could not start the program.");
     return {};
 }

@@ -57,6 +57,11 @@ void DocumentRecorder::start()
     m_scanning = true;
     m_writer.readRecords(this,
                          [this](bool ok, const DocumentWriterThread::Records& records, const QString& error) {
+                             if (m_finishing) {
+                                 m_scanning = false;
+                                 finishing();
+                                 return;
+                             }
                              if (!ok) {
                                  m_scanning = false;
                                  if (!std::exchange(m_failing, true))
@@ -71,7 +76,7 @@ void DocumentRecorder::start()
                                      m_latest.insert(record.fingerprint.path, record.fingerprint);
                              for (auto it = m_records.cbegin(); it != m_records.cend(); ++it)
                                  Q_EMIT stateChanged(it.key());
-                             scan();
+                             scan(Cause::Scan);
                          });
 }
 
@@ -79,23 +84,36 @@ void DocumentRecorder::rescan()
 {
     if (!m_scanning) {
         m_scanning = true;
-        scan();
+        scan(Cause::Scan);
     }
 }
 
-void DocumentRecorder::scan()
+void DocumentRecorder::poll()
 {
-    m_readers.start([this, folders = m_folders] {
-        const Scanned result{folders.scan()};
+    if (!m_scanning) {
+        m_scanning = true;
+        scan(Cause::Notice);
+    }
+}
+
+void DocumentRecorder::scan(Cause cause)
+{
+    m_readers.start([this, folders = m_folders, stop = m_stop, cause] {
+        const Scanned result{stop->load() ? QHash<QString, DocumentStat>() : folders.scan()};
         QMetaObject::invokeMethod(
-            this, [this, result] { scanned(result); }, Qt::QueuedConnection);
+            this, [this, result, cause] { scanned(result, cause); }, Qt::QueuedConnection);
     });
 }
 
-void DocumentRecorder::scanned(const Scanned& result)
+void DocumentRecorder::scanned(const Scanned& result, Cause cause)
 {
     m_scanning = false;
-    m_total = m_done = 0;
+    if (finishing())
+        return;
+    // Only the comparison of everything with the records shows its progress.
+    const bool counted = cause == Cause::Scan;
+    if (counted)
+        m_total = m_done = 0;
     for (auto it = result.documents.cbegin(); it != result.documents.cend(); ++it) {
         const std::optional<DocumentStat> known =
             m_stats.contains(it.key()) ? std::optional(m_stats.value(it.key())) : std::nullopt;
@@ -109,14 +127,14 @@ void DocumentRecorder::scanned(const Scanned& result)
             m_stats.insert(it.key(), *it);
             continue;
         }
-        ++m_total;
-        hash(it.key(), Cause::Scan);
+        m_total += counted ? 1 : 0;
+        hash(it.key(), cause);
     }
     for (auto it = m_records.cbegin(); it != m_records.cend(); ++it)
         if (it->event != DocumentEvent::Removed && !result.documents.contains(it.key()) &&
             m_folders.isDocument(it.key()))
             vanish(it.key());
-    if (m_total > 0)
+    if (counted && m_total > 0)
         Q_EMIT progress(0, m_total);
     settleWhenIdle();
 }
@@ -126,7 +144,16 @@ void DocumentRecorder::hash(const QString& path, Cause cause)
     ++m_hashing;
     const std::optional<DocumentStat> known =
         m_stats.contains(path) ? std::optional(m_stats.value(path)) : std::nullopt;
-    m_readers.start([this, path, cause, known] {
+    m_readers.start([this, path, cause, known, stop = m_stop] {
+        if (stop->load()) {
+            QMetaObject::invokeMethod(
+                this,
+                [this, path] {
+                    hashed({path, 0, std::nullopt, std::nullopt});
+                },
+                Qt::QueuedConnection);
+            return;
+        }
         Hashed result{path, int(cause), DocumentFolders::stat(path), std::nullopt};
         if (result.stat && !(known && *known == *result.stat))
             result.fingerprint = DocumentFolders::fingerprint(path, &*result.stat);
@@ -138,6 +165,8 @@ void DocumentRecorder::hash(const QString& path, Cause cause)
 void DocumentRecorder::hashed(const Hashed& result)
 {
     --m_hashing;
+    if (finishing())
+        return;
     const Cause cause = Cause(result.cause);
     if (cause == Cause::Scan && m_total > 0)
         Q_EMIT progress(++m_done, m_total);
@@ -204,6 +233,33 @@ void DocumentRecorder::vanish(const QString& path)
     else
         return;
     m_grace.start();
+}
+
+void DocumentRecorder::finish()
+{
+    m_finishing = true;
+    m_stop->store(true);
+    m_retry.stop();
+    m_grace.stop();
+    blockSignals(true);
+    if (!underWay())
+        delete this;
+}
+
+bool DocumentRecorder::underWay() const
+{
+    // The start's reading of the records counts as a scan.
+    return m_hashing > 0 || m_scanning || m_inFlight > 0;
+}
+
+bool DocumentRecorder::finishing()
+{
+    if (!m_finishing)
+        return false;
+    // Called from a result that came back through the event loop: not deleted inside it.
+    if (!underWay())
+        deleteLater();
+    return true;
 }
 
 void DocumentRecorder::expectWrite(const QString& path)
@@ -278,14 +334,20 @@ void DocumentRecorder::write()
 void DocumentRecorder::written(const QList<qint64>& sequences, const QString& error)
 {
     m_inFlight = 0;
+    if (finishing())
+        return;
     for (qint64 sequence : sequences) {
         const DocumentChange change = m_outbox.takeFirst();
         const auto queued = m_queued.find(change.fingerprint.path);
-        if (queued != m_queued.end() && --queued->second == 0)
+        const bool settled = queued != m_queued.end() && --queued->second == 0;
+        if (settled)
             m_queued.erase(queued);
         if (change.event == DocumentEvent::Renamed)
             m_records.remove(change.previousPath);
         m_records.insert(change.fingerprint.path, {change.fingerprint, change.event, sequence, true});
+        // The state shown is the same; what can be accepted is not.
+        if (settled)
+            Q_EMIT stateChanged(change.fingerprint.path);
     }
     if (!error.isEmpty()) {
         if (!std::exchange(m_failing, true))
@@ -318,6 +380,17 @@ RecordState DocumentRecorder::state(const QString& path) const
         return DocumentEntries::stateOf(DocumentRecord{{path, {}, 0, 0}, queued->first, 0, true});
     const auto record = m_records.constFind(path);
     return DocumentEntries::stateOf(record == m_records.cend() ? std::nullopt : std::optional(*record));
+}
+
+std::optional<DocumentFingerprint> DocumentRecorder::acceptable(const QString& path) const
+{
+    const auto record = m_records.constFind(path);
+    if (record == m_records.cend() || m_queued.contains(path) || !record->intact)
+        return std::nullopt;
+    const RecordState shown = DocumentEntries::stateOf(*record);
+    if (shown != RecordState::ChangedOutside && shown != RecordState::ChangedUnwatched)
+        return std::nullopt;
+    return record->fingerprint;
 }
 
 QDateTime DocumentRecorder::changeSeen(const QString& path) const

@@ -11,7 +11,9 @@
 #include <QThreadPool>
 #include <QTimer>
 
+#include <atomic>
 #include <functional>
+#include <memory>
 
 namespace nebra {
 
@@ -45,9 +47,22 @@ public:
     // Waits for the worker threads.
     ~DocumentRecorder() override;
 
+    // Ends recording without waiting: nothing more is read, and nothing is
+    // written beyond the entries handed to the store already. The recorder
+    // deletes itself at once when nothing is under way, and otherwise once
+    // the reads and the write under way have returned (never, for a read
+    // that never returns: its thread is left to the end of the process).
+    // Emits nothing after the call. Documents not recorded yet are found at
+    // the next start.
+    void finish();
+
     // Reads the newest records and then compares the disk with them.
     void start();
     void rescan();
+    // A poll of a folder on a file server saw it change while the session
+    // ran: the documents are compared as by rescan(), and what changed counts
+    // as seen (noticeChange), not as changed while nothing recorded it.
+    void poll();
     // The Organiser itself is about to write path: its next change is the suite's.
     void expectWrite(const QString& path);
     void noticeChange(const FolderChange& change);
@@ -55,6 +70,10 @@ public:
     void noteAccepted(const DocumentFingerprint& fingerprint, qint64 sequence);
 
     RecordState state(const QString& path) const;
+    // The fingerprint a reviewer accepts for path: that of its newest
+    // committed record, when it shows a change no suite program made and no
+    // newer change waits to be written; empty otherwise.
+    std::optional<DocumentFingerprint> acceptable(const QString& path) const;
     // When the change that the state shows was seen; invalid for the other states.
     QDateTime changeSeen(const QString& path) const;
     // How long a failed entry waits before it is written again (default 10 s).
@@ -63,6 +82,7 @@ public:
     void setClock(std::function<QDateTime()> clock) { m_clock = std::move(clock); }
 
 Q_SIGNALS:
+    // The state of path changed, or its newest change is now committed (acceptable()).
     void stateChanged(const QString& path);
     // Fingerprinting after start() or rescan(): done of total documents read.
     void progress(int done, int total);
@@ -80,8 +100,8 @@ private:
     struct Hashed;
     struct Scanned;
 
-    void scan();
-    void scanned(const Scanned& result);
+    void scan(Cause cause);
+    void scanned(const Scanned& result, Cause cause);
     void hash(const QString& path, Cause cause);
     void hashed(const Hashed& result);
     void changed(const DocumentFingerprint& fingerprint, Cause cause);
@@ -90,6 +110,9 @@ private:
     void write();
     void written(const QList<qint64>& sequences, const QString& error);
     void settleWhenIdle();
+    bool underWay() const;
+    // After finish(): deletes the recorder once nothing is under way; true when finishing.
+    bool finishing();
     QString attribution(const QString& path);
 
     DocumentFolders m_folders;
@@ -110,6 +133,9 @@ private:
     int m_done = 0;
     bool m_scanning = false;
     bool m_failing = false;
+    bool m_finishing = false;
+    // Read by the workers: after finish() they read nothing more.
+    std::shared_ptr<std::atomic<bool>> m_stop = std::make_shared<std::atomic<bool>>(false);
     QTimer m_retry;
     QTimer m_grace; // a document gone may yet reappear elsewhere: a rename
     QThreadPool m_readers;

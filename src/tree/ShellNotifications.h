@@ -92,6 +92,7 @@ public:
     QString lastEventText() const { return m_eventText; }
 
     FolderChangeSource& source() { return m_source; }
+    FolderPoller& poller() { return m_poller; }
 
 private:
     bool SubclassForNotifications();

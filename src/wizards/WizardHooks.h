@@ -28,6 +28,9 @@ struct WizardHooks
     // A wizard made these files (the protocol, and its second file): each is
     // a document the user has used, whether or not it opens in the editor.
     std::function<void(const QStringList& files)> protocolMade;
+    // A wizard is about to run (true), and has run (false): what it writes
+    // in the meantime the Organiser wrote.
+    std::function<void(bool running)> wizardRunning;
     // Starts the assay application on a newly made protocol (and its second file).
     std::function<void(const QStringList& files)> openNewProtocol;
 };

@@ -60,7 +60,11 @@ bool WizardRunner::RunWizard(const WizardEntry& entry, QWidget* owner)
         m_newFiles.clear();
         return failed(owner);
     }
+    if (m_hooks.wizardRunning)
+        m_hooks.wizardRunning(true);
     const int result = m_host.Run(*wizard, owner, context);
+    if (m_hooks.wizardRunning)
+        m_hooks.wizardRunning(false);
     QCoreApplication::processEvents();
     m_madeFiles.clear();
     m_newFiles.clear();
