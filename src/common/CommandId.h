@@ -23,6 +23,7 @@ enum class CommandId : int
     GettingStarted,
     Quorvix,
     AuditTrail,
+    AcceptChange,
     // Tools without a command: a click on one does nothing beyond counting as activity.
     HelpHelp,
     FileMenu,

@@ -112,7 +112,8 @@ void MainWindow::createControls()
     m_fileList->hide();
 }
 
-// The browser and the plate layout viewer share one place; the viewer, when
+// The browser and the plate layout viewer share one place, row 1 of the
+// area's grid (row 0 is for a line above the preview); the viewer, when
 // shown, lies over the browser. The browser's web engine starts right after
 // the window's first paint once loaded (or when a page is first waited for),
 // so the window shows before the engine's processes start.
@@ -124,9 +125,10 @@ void MainWindow::createPreviewArea(QSplitter* splitter)
     auto* grid = new QGridLayout(m_previewArea);
     grid->setContentsMargins(0, 0, 0, 0);
     m_browser = new BrowserControl(m_previewArea, BrowserControl::EngineStart::Deferred);
-    grid->addWidget(m_browser, 0, 0);
+    grid->addWidget(m_browser, 1, 0);
+    grid->setRowStretch(1, 1);
     m_plateViewer = new PlateLayoutViewer(m_previewArea);
-    grid->addWidget(m_plateViewer, 0, 0);
+    grid->addWidget(m_plateViewer, 1, 0);
     m_plateViewer->hide();
     m_plateViewer->raise();
 }

@@ -3,6 +3,9 @@
 #include "BrowserControl.h"
 #include "CommandDispatcher.h"
 #include "DataFolderProbe.h"
+#include "DocumentFolders.h"
+#include "DocumentRecording.h"
+#include "DocumentRecords.h"
 #include "FileListControl.h"
 #include "FileSystemObject.h"
 #include "FileView.h"
@@ -63,7 +66,8 @@ Organiser::Organiser(MainWindow& window, const MainWindowControls& controls, Sui
       m_session(new SecuritySession(*suite.settings, &window, m_switches, controls.statusBar,
                                     managerFactory(*suite.store, options), window, this)),
       m_authorisation(*m_session, &window), m_help(HelpWindow::factory(suite.settings.get())),
-      m_notifications(new ShellNotifications(this)), m_probe(new DataFolderProbe(this)),
+      m_notifications(new ShellNotifications(this)), m_recording(new DocumentRecording(this)),
+      m_probe(new DataFolderProbe(this)),
       m_dataFolders(*suite.paths, *suite.settings, driversOf(*suite.drivers), options.fileSystemFactory),
       m_tree(controls.tree, controls.list, controls.shortcuts, treeSources()),
       m_navigation(controls.tree, m_tree),
@@ -79,9 +83,17 @@ Organiser::Organiser(MainWindow& window, const MainWindowControls& controls, Sui
       m_welcome(welcomeActions()),
       m_auditTrail(new AuditTrailCommand(
           {*m_commands, m_switches, controls.tools, *m_session, m_authorisation, window}, this)),
-      m_optionsCommand({*suite.settings, *suite.paths, m_dataFolders, *suite.drivers, m_authorisation, m_help,
-                        controls.tree, m_tree, *m_fileView, *m_preview, m_panes, window,
-                        [&notifications = *m_notifications] { notifications.rewatch(); }})
+      m_documentRecords(
+          new DocumentRecords({*m_commands, m_switches, controls.list, *window.statusBar(), *m_session,
+                               m_authorisation, *m_recording, controls.previewArea, window},
+                              this)),
+      m_optionsCommand(
+          {*suite.settings, *suite.paths, m_dataFolders, *suite.drivers, m_authorisation, m_help,
+           controls.tree, m_tree, *m_fileView, *m_preview, m_panes, window,
+           [&notifications = *m_notifications, &records = *m_documentRecords, &paths = *suite.paths] {
+               notifications.rewatch();
+               records.begin(DocumentFolders::of(paths));
+           }})
 {
     m_help.setHelpFilePath(HelpSystem::defaultHelpFile());
     m_help.setSelectedDocumentType([&tree = controls.tree] { return tree.currentNode().data(); });
@@ -90,6 +102,7 @@ Organiser::Organiser(MainWindow& window, const MainWindowControls& controls, Sui
     setCommands();
     connectControls();
     connectShellNotifications();
+    connectDocumentRecording();
     connect(m_probe, &DataFolderProbe::answeredLate, this, &Organiser::dataFoldersAnswered);
 }
 
@@ -128,6 +141,11 @@ LaunchContext Organiser::launchContext()
         wizards.ShowPicker(&window);
     };
     launching.documentUsed = [&aids = *m_findingAids](const QString& path) { aids.documentUsed(path); };
+    launching.programStarted = [&recording = *m_recording](qint64 processId, const QString& program,
+                                                           const QString& target) {
+        recording.programStarted(processId, program, target);
+    };
+    launching.currentFolder = [&list = m_controls.list] { return list.folder(); };
     launching.owner = &m_window;
     return launching;
 }
@@ -147,6 +165,9 @@ WizardHooks Organiser::wizardHooks()
     };
     hooks.openNewProtocol = [&launcher = m_launcher](const QStringList& files) {
         launcher.OpenNewProtocol(files);
+    };
+    hooks.wizardRunning = [&recording = *m_recording, &paths = *m_suite.paths](bool running) {
+        recording.organiserWriting(paths.ProtocolsFolder(), running);
     };
     return hooks;
 }
@@ -292,6 +313,23 @@ void Organiser::connectShellNotifications()
     });
 }
 
+// The documents' records follow every change the notifications and the
+// file-server polls see; a poll that found its folder changed compares the
+// documents with their records.
+void Organiser::connectDocumentRecording()
+{
+    DocumentRecording& recording = *m_recording;
+    connect(&m_notifications->source(), &FolderChangeSource::changed, &recording,
+            &DocumentRecording::noticeChange);
+    FolderPoller& poller = m_notifications->poller();
+    connect(&poller, &FolderPoller::changed, &recording, &DocumentRecording::noticeChange);
+    connect(&poller, &FolderPoller::listedFolderChanged, &recording, &DocumentRecording::polled);
+    connect(&poller, &FolderPoller::polled, &recording, [&poller, &recording](const QString& folder) {
+        if (poller.polledRoots().contains(folder))
+            recording.polled();
+    });
+}
+
 bool Organiser::startSecurity()
 {
     SecuritySession& session = *m_session;
@@ -301,6 +339,7 @@ bool Organiser::startSecurity()
         return true;
     m_suite.paths->SetSecurityManager(session.NebraSecurityManagerObj());
     m_auditTrail->offer();
+    m_documentRecords->begin(DocumentFolders::of(*m_suite.paths));
     // A plain file of that name is no folder: the folder is still to be made.
     if (!FileSystemObject().FolderExists(m_suite.paths->SecuredFolder())) {
         m_suite.settings->BeginFolderUpdate();
@@ -356,6 +395,7 @@ void Organiser::InitialiseOrganiserTree()
 void Organiser::unloadSessionWindows()
 {
     // The session has ended: its viewer goes first, and its command with it.
+    m_documentRecords->end();
     m_auditTrail->close();
     m_auditTrail->hide();
     m_optionsCommand.Unload();
@@ -372,6 +412,7 @@ void Organiser::unload(bool loaded)
     m_notifications->TerminateSHCNENotification();
     m_optionsCommand.Unload();
     m_auditTrail->close();
+    m_documentRecords->end();
     m_session->CloseSession();
 }
 

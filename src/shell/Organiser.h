@@ -22,6 +22,8 @@ namespace nebra {
 
 class CommandDispatcher;
 class DataFolderProbe;
+class DocumentRecording;
+class DocumentRecords;
 class FileView;
 class MainWindow;
 class PreviewPane;
@@ -65,6 +67,7 @@ private:
     void setCommands();
     void connectControls();
     void connectShellNotifications();
+    void connectDocumentRecording();
     LaunchContext launchContext();
     WizardHooks wizardHooks();
     WelcomeActions welcomeActions();
@@ -82,6 +85,7 @@ private:
     Authorisation m_authorisation;
     HelpSystem m_help;
     ShellNotifications* m_notifications;
+    DocumentRecording* m_recording;
     DataFolderProbe* m_probe;
     bool m_foldersAnswer = true;
     DataFolders m_dataFolders;
@@ -95,6 +99,7 @@ private:
     PreviewPane* m_preview;
     WelcomePage m_welcome;
     AuditTrailCommand* m_auditTrail;
+    DocumentRecords* m_documentRecords;
     OptionsCommand m_optionsCommand;
 };
 

@@ -288,10 +288,15 @@ void FileListControl::showListingState()
     m_state->setVisible(!text.isEmpty());
 }
 
-void FileListControl::addColumn(const QString& name)
+void FileListControl::addColumn(const QString& name, std::function<QVariant(const QString&, int)> source)
 {
-    m_model->addColumn(name);
+    m_model->addColumn(name, std::move(source));
     applyColumnVisibility();
+}
+
+void FileListControl::updateItem(const QString& path)
+{
+    m_model->updateEntry(path);
 }
 
 void FileListControl::setDocumentIcon(const QIcon& icon)

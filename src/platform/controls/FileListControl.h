@@ -8,6 +8,8 @@
 #include <QStringList>
 #include <QWidget>
 
+#include <functional>
+
 class QAction;
 class QFileSystemWatcher;
 class QLabel;
@@ -84,8 +86,11 @@ public:
     bool isListing() const { return m_dirty || m_pendingRead != 0; }
     static QString waitingText(const QString& folder);
 
-    // Adds a column after the standard ones.
-    void addColumn(const QString& name);
+    // Adds a column after the standard ones; a source gives its cells (FileListModel::ColumnSource).
+    void addColumn(const QString& name,
+                   std::function<QVariant(const QString& fullPath, int role)> source = {});
+    // The added columns' cells of the item at path may have changed.
+    void updateItem(const QString& path);
     QStringList columns() const;
     bool isColumnShown(const QString& name) const;
     // Shows or hides a column as the user does from the header's menu;

@@ -46,18 +46,30 @@ QString readComment(const QString& path)
 
 FileListModel::FileListModel(QObject* parent)
     : QAbstractTableModel(parent), m_columns{NameColumn, SizeColumn, TypeColumn, DateModifiedColumn},
-      m_kinds{Kind::Name, Kind::Size, Kind::Type, Kind::DateModified}
+      m_kinds{Kind::Name, Kind::Size, Kind::Type, Kind::DateModified}, m_sources(4)
 {
 }
 
-void FileListModel::addColumn(const QString& name)
+void FileListModel::addColumn(const QString& name, ColumnSource source)
 {
     if (m_columns.contains(name))
         return;
     beginInsertColumns({}, int(m_columns.size()), int(m_columns.size()));
     m_columns.append(name);
     m_kinds.push_back(kindOfName(name));
+    m_sources.push_back(std::move(source));
     endInsertColumns();
+}
+
+void FileListModel::updateEntry(const QString& path)
+{
+    const qsizetype slash = path.lastIndexOf(QLatin1Char('/'));
+    if (m_rows.empty() || slash < 0 || QStringView(path).left(slash) != QStringView(m_folder))
+        return;
+    // The views repaint only the rows they show: no search for the entry's row.
+    for (std::size_t column = 0; column < m_sources.size(); ++column)
+        if (m_sources[column])
+            Q_EMIT dataChanged(index(0, int(column)), index(int(m_rows.size()) - 1, int(column)));
 }
 
 FileListModel::Kind FileListModel::kindOfName(const QString& name)
@@ -256,6 +268,19 @@ QVariant FileListModel::data(const QModelIndex& index, int role) const
         return {};
     const Entry& entry = at(index.row());
     const Kind kind = kindOf(index.column());
+    if (const ColumnSource& source = m_sources[size_t(index.column())]) {
+        switch (role) {
+        case Qt::DisplayRole:
+        case Qt::AccessibleTextRole:
+            return source(fullPath(index.row()), Qt::DisplayRole);
+        case Qt::DecorationRole:
+        case Qt::AccessibleDescriptionRole:
+        case Qt::ToolTipRole:
+            return source(fullPath(index.row()), role);
+        default:
+            break;
+        }
+    }
     switch (role) {
     case Qt::DisplayRole:
     case Qt::AccessibleTextRole:

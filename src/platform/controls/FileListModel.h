@@ -45,7 +45,14 @@ public:
 
     explicit FileListModel(QObject* parent = nullptr);
 
-    void addColumn(const QString& name);
+    // The cell of an added column for an entry, asked by the entry's full
+    // path and the role (display, decoration, accessible description, tool
+    // tip); an empty variant shows nothing.
+    using ColumnSource = std::function<QVariant(const QString& fullPath, int role)>;
+    // A column this model does not know is empty unless it has a source.
+    void addColumn(const QString& name, ColumnSource source = {});
+    // What the sources say of the entry at path may have changed.
+    void updateEntry(const QString& path);
     QStringList columns() const { return m_columns; }
     int columnOf(const QString& name) const { return int(m_columns.indexOf(name)); }
 
@@ -143,7 +150,8 @@ private:
     void relayout(const std::function<void()>& change);
 
     QStringList m_columns;
-    std::vector<Kind> m_kinds; // of each column
+    std::vector<Kind> m_kinds;           // of each column
+    std::vector<ColumnSource> m_sources; // of each column; empty for most
     QString m_folder;
     const Entry& at(int row) const { return m_entries[size_t(m_rows[size_t(row)])]; }
     Entry& at(int row) { return m_entries[size_t(m_rows[size_t(row)])]; }
