@@ -46,7 +46,7 @@ QString readComment(const QString& path)
 
 FileListModel::FileListModel(QObject* parent)
     : QAbstractTableModel(parent), m_columns{NameColumn, SizeColumn, TypeColumn, DateModifiedColumn},
-      m_kinds{Kind::Name, Kind::Size, Kind::Type, Kind::DateModified}
+      m_kinds{Kind::Name, Kind::Size, Kind::Type, Kind::DateModified}, m_shown{0, 1, 2, 3}
 {
 }
 
@@ -54,10 +54,46 @@ void FileListModel::addColumn(const QString& name)
 {
     if (m_columns.contains(name))
         return;
-    beginInsertColumns({}, int(m_columns.size()), int(m_columns.size()));
+    beginInsertColumns({}, columnCount(), columnCount());
+    m_shown.push_back(int(m_columns.size()));
     m_columns.append(name);
     m_kinds.push_back(kindOfName(name));
     endInsertColumns();
+}
+
+int FileListModel::columnOf(const QString& name) const
+{
+    const auto found = std::find(m_shown.begin(), m_shown.end(), int(m_columns.indexOf(name)));
+    return found == m_shown.end() ? -1 : int(found - m_shown.begin());
+}
+
+QString FileListModel::columnName(int column) const
+{
+    return column >= 0 && size_t(column) < m_shown.size() ? m_columns.at(m_shown[size_t(column)]) : QString();
+}
+
+int FileListModel::sortColumn() const
+{
+    return columnOf(sortColumnName());
+}
+
+// Removing the column rather than hiding a view's section keeps it from
+// everything that walks the model, accessibility included.
+void FileListModel::setColumnShown(const QString& name, bool shown)
+{
+    const int position = int(m_columns.indexOf(name));
+    if (position < 0 || (columnOf(name) >= 0) == shown)
+        return;
+    const int column = int(std::lower_bound(m_shown.begin(), m_shown.end(), position) - m_shown.begin());
+    if (shown) {
+        beginInsertColumns({}, column, column);
+        m_shown.insert(m_shown.begin() + column, position);
+        endInsertColumns();
+    } else {
+        beginRemoveColumns({}, column, column);
+        m_shown.erase(m_shown.begin() + column);
+        endRemoveColumns();
+    }
 }
 
 FileListModel::Kind FileListModel::kindOfName(const QString& name)
@@ -247,7 +283,7 @@ int FileListModel::rowCount(const QModelIndex& parent) const
 
 int FileListModel::columnCount(const QModelIndex& parent) const
 {
-    return parent.isValid() ? 0 : int(m_columns.size());
+    return parent.isValid() ? 0 : int(m_shown.size());
 }
 
 QVariant FileListModel::data(const QModelIndex& index, int role) const
@@ -275,9 +311,8 @@ QVariant FileListModel::data(const QModelIndex& index, int role) const
 
 QVariant FileListModel::headerData(int section, Qt::Orientation orientation, int role) const
 {
-    if (orientation == Qt::Horizontal && role == Qt::DisplayRole && section >= 0 &&
-        section < m_columns.size())
-        return m_columns.at(section);
+    if (orientation == Qt::Horizontal && role == Qt::DisplayRole)
+        return columnName(section);
     return {};
 }
 
@@ -302,8 +337,7 @@ bool FileListModel::setData(const QModelIndex& index, const QVariant& value, int
 
 void FileListModel::sortEntries()
 {
-    const Kind kind =
-        m_sortColumn >= 0 && m_sortColumn < m_columns.size() ? kindOf(m_sortColumn) : Kind::Name;
+    const Kind kind = m_kinds[size_t(m_sortColumn)];
     if (kind == Kind::Comment)
         for (const Entry& entry : m_entries)
             commentOf(entry);
@@ -357,10 +391,10 @@ void FileListModel::rebuildRowIndex()
 
 void FileListModel::sort(int column, Qt::SortOrder order)
 {
-    if (column < 0 || column >= m_columns.size())
+    if (column < 0 || column >= columnCount())
         return;
     relayout([this, column, order] {
-        m_sortColumn = column;
+        m_sortColumn = m_shown[size_t(column)];
         m_sortOrder = order;
         sortEntries();
     });
