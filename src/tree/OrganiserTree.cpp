@@ -38,6 +38,7 @@ void OrganiserTree::InitialiseOrganiserTree()
     m_tree.setCaption(m_sources.resources.LoadResString(Resources::TreeCaption));
     m_tree.clear();
     m_nodes = {};
+    m_places = {};
     LogTrace();
     // The whole build reaches the view in one go.
     m_tree.beginUpdate();
@@ -138,6 +139,7 @@ FolderNode OrganiserTree::addBranchNode(const QString& caption, const QString& p
     node.setDisplayStyle(BranchStyle);
     node.setDisplayFlagB(true);
     node.setColour(m_list.colour());
+    m_places[std::size_t(toData(type))] = {caption, path};
     return node;
 }
 
@@ -192,7 +194,27 @@ bool OrganiserTree::DoesPathAlreadyExistInTree(const QString& path) const
 
 bool OrganiserTree::AddExplorerBranch(const QString& path)
 {
-    return m_branches.AddExplorerBranch(path);
+    return m_branches.AddExplorerBranch(path) || restoreBranch(path);
+}
+
+// A branch's own folder that was removed or moved away and comes back has
+// no parent node to be found under: the branch is made again in its place,
+// with its sub-folders, so that its shortcut finds it again.
+bool OrganiserTree::restoreBranch(const QString& path)
+{
+    int position = 0; // below the root, after the branches before it that are there
+    for (int data = toData(DocumentType::ReadConfigurations); data < int(m_nodes.size()); ++data) {
+        FolderNode& branch = m_nodes[std::size_t(data)];
+        const BranchPlace& place = m_places[std::size_t(data)];
+        if (!branch.isValid() && !place.folder.isEmpty() && TreePathRules::SamePath(place.folder, path)) {
+            const DocumentType type = documentTypeFromData(data);
+            branch = addBranchNode(place.caption, place.folder, type, position);
+            AddSubFolderNodes(place.folder, branch, type);
+            return true;
+        }
+        position += branch.isValid() ? 1 : 0;
+    }
+    return false;
 }
 
 bool OrganiserTree::RemoveExplorerBranch(const QString& path)
@@ -202,7 +224,7 @@ bool OrganiserTree::RemoveExplorerBranch(const QString& path)
 
 bool OrganiserTree::RenameExplorerBranch(const QString& oldPath, const QString& newPath)
 {
-    return m_branches.RenameExplorerBranch(oldPath, newPath);
+    return m_branches.RenameExplorerBranch(oldPath, newPath) || restoreBranch(newPath);
 }
 
 bool OrganiserTree::IsThisFolderANebraFolder(const QString& path) const

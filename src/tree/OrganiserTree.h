@@ -63,6 +63,8 @@ public:
     void RecreateResultsNode();
 
     bool DoesPathAlreadyExistInTree(const QString& path) const;
+    // A branch's own folder made again, or renamed back, brings the branch
+    // back where it was, sub-folders included.
     bool AddExplorerBranch(const QString& path);
     bool RemoveExplorerBranch(const QString& path);
     bool RenameExplorerBranch(const QString& oldPath, const QString& newPath);
@@ -102,6 +104,7 @@ private:
     FolderNode& slot(DocumentType type) { return m_nodes[std::size_t(toData(type))]; }
     QString selectedDriverName() const;
     void addInstrumentShortcut(const QString& caption);
+    bool restoreBranch(const QString& path);
 
     FolderTreeControl& m_tree;
     FileListControl& m_list;
@@ -111,7 +114,13 @@ private:
     FolderBranches m_branches;
 
     std::array<FolderNode, 6> m_nodes; // the root and the top-level node of each type, by type
-    int m_instrumentShortcut = -1;     // index in the shortcuts bar's second group
+    struct BranchPlace
+    {
+        QString caption;
+        QString folder;
+    };
+    std::array<BranchPlace, 6> m_places; // each branch's caption and folder when it was made, by type
+    int m_instrumentShortcut = -1;       // index in the shortcuts bar's second group
 };
 
 } // namespace nebra

@@ -6,6 +6,7 @@
 #include "MainWindow.h"
 #include "SecondProcess.h"
 #include "ShellNotifications.h"
+#include "ShortcutsBar.h"
 #include "WebEngineTestMain.h"
 #include "WindowParts.h"
 
@@ -83,6 +84,26 @@ private Q_SLOTS:
 
         window.close(); // shutdown stops following the disk
         QTRY_VERIFY_WITH_TIMEOUT(!part<ShellNotifications>(window).isActive(), Bound);
+    }
+
+    // A data folder moved away and back is a branch again, and its shortcut leads to it.
+    void aDataFolderMovedAwayAndBackComesBack()
+    {
+        LoadedOrganiser site;
+        const QString results = site.doc(QStringLiteral("Results"));
+        makeFolder(results + QStringLiteral("/Run1"));
+        MainWindow& window = site.load();
+        FolderTreeControl& tree = part<FolderTreeControl>(window);
+        const FolderNode protocols = branch(tree, DocumentType::Protocols);
+        runScript(site.doc({}), QStringLiteral("mv Results Away"));
+        QTRY_VERIFY_WITH_TIMEOUT(!branch(tree, DocumentType::Results).isValid(), Bound);
+        runScript(site.doc({}), QStringLiteral("mv Away Results"));
+        QTRY_VERIFY_WITH_TIMEOUT(tree.nodes().findFolderPath(results + QStringLiteral("/Run1")).isValid(),
+                                 Bound);
+        const FolderNode back = branch(tree, DocumentType::Results);
+        QCOMPARE(tree.nodes().indexOf(back).row(), tree.nodes().indexOf(protocols).row() + 1);
+        Q_EMIT part<ShortcutsBar>(window).itemClicked(QString::number(toData(DocumentType::Results)));
+        QCOMPARE(tree.currentNode(), back);
     }
 };
 

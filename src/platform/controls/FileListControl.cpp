@@ -179,7 +179,6 @@ void FileListControl::showListing(const QString& folder, DirectoryReader::FileLi
     m_quiet = true;
     m_model->load(folder, std::move(listing));
     m_quiet = false;
-    m_view->header()->setSortIndicator(m_model->sortColumn(), m_model->sortOrder());
     applyColumnVisibility();
     showListingState();
     if (m_model->error() == 0 && !folder.isEmpty() && m_watcher->directories().isEmpty())
@@ -317,25 +316,24 @@ QStringList FileListControl::columns() const
 
 bool FileListControl::isColumnShown(const QString& name) const
 {
-    const int column = m_model->columnOf(name);
-    return column >= 0 && !m_view->header()->isSectionHidden(column);
+    return m_model->columnOf(name) >= 0;
 }
 
 // Every column not hidden by the user is offered to columnAboutToBeShown().
 void FileListControl::applyColumnVisibility()
 {
-    const QStringList names = m_model->columns();
-    for (int column = 0; column < names.size(); ++column) {
-        bool show = !m_hiddenByUser.contains(names[column]);
+    for (const QString& name : m_model->columns()) {
+        bool show = !m_hiddenByUser.contains(name);
         if (show)
-            Q_EMIT columnAboutToBeShown(names[column], show);
-        m_view->header()->setSectionHidden(column, !show);
+            Q_EMIT columnAboutToBeShown(name, show);
+        m_model->setColumnShown(name, show);
     }
+    m_view->header()->setSortIndicator(m_model->sortColumn(), m_model->sortOrder());
 }
 
 bool FileListControl::setColumnShown(const QString& name, bool shown)
 {
-    if (m_model->columnOf(name) < 0)
+    if (!m_model->columns().contains(name))
         return false;
     if (shown)
         m_hiddenByUser.remove(name);
@@ -370,7 +368,7 @@ void FileListControl::sortByColumn(const QString& name, Qt::SortOrder order)
 
 QString FileListControl::sortColumn() const
 {
-    return m_model->columns().value(m_model->sortColumn());
+    return m_model->sortColumnName();
 }
 
 Qt::SortOrder FileListControl::sortOrder() const
@@ -380,7 +378,7 @@ Qt::SortOrder FileListControl::sortOrder() const
 
 void FileListControl::onHeaderClicked(int section)
 {
-    const QString name = m_model->columns().value(section);
+    const QString name = m_model->columnName(section);
     if (name.isEmpty())
         return;
     const bool again = section == m_model->sortColumn() && m_model->sortOrder() == Qt::AscendingOrder;

@@ -46,7 +46,7 @@ QString readComment(const QString& path)
 
 FileListModel::FileListModel(QObject* parent)
     : QAbstractTableModel(parent), m_columns{NameColumn, SizeColumn, TypeColumn, DateModifiedColumn},
-      m_kinds{Kind::Name, Kind::Size, Kind::Type, Kind::DateModified}, m_sources(4)
+      m_kinds{Kind::Name, Kind::Size, Kind::Type, Kind::DateModified}, m_sources(4), m_shown{0, 1, 2, 3}
 {
 }
 
@@ -54,7 +54,8 @@ void FileListModel::addColumn(const QString& name, ColumnSource source)
 {
     if (m_columns.contains(name))
         return;
-    beginInsertColumns({}, int(m_columns.size()), int(m_columns.size()));
+    beginInsertColumns({}, columnCount(), columnCount());
+    m_shown.push_back(int(m_columns.size()));
     m_columns.append(name);
     m_kinds.push_back(kindOfName(name));
     m_sources.push_back(std::move(source));
@@ -67,9 +68,44 @@ void FileListModel::updateEntry(const QString& path)
     if (m_rows.empty() || slash < 0 || QStringView(path).left(slash) != QStringView(m_folder))
         return;
     // The views repaint only the rows they show: no search for the entry's row.
-    for (std::size_t column = 0; column < m_sources.size(); ++column)
-        if (m_sources[column])
+    for (std::size_t column = 0; column < m_shown.size(); ++column)
+        if (m_sources[size_t(m_shown[column])])
             Q_EMIT dataChanged(index(0, int(column)), index(int(m_rows.size()) - 1, int(column)));
+}
+
+int FileListModel::columnOf(const QString& name) const
+{
+    const auto found = std::find(m_shown.begin(), m_shown.end(), int(m_columns.indexOf(name)));
+    return found == m_shown.end() ? -1 : int(found - m_shown.begin());
+}
+
+QString FileListModel::columnName(int column) const
+{
+    return column >= 0 && size_t(column) < m_shown.size() ? m_columns.at(m_shown[size_t(column)]) : QString();
+}
+
+int FileListModel::sortColumn() const
+{
+    return columnOf(sortColumnName());
+}
+
+// Removing the column rather than hiding a view's section keeps it from
+// everything that walks the model, accessibility included.
+void FileListModel::setColumnShown(const QString& name, bool shown)
+{
+    const int position = int(m_columns.indexOf(name));
+    if (position < 0 || (columnOf(name) >= 0) == shown)
+        return;
+    const int column = int(std::lower_bound(m_shown.begin(), m_shown.end(), position) - m_shown.begin());
+    if (shown) {
+        beginInsertColumns({}, column, column);
+        m_shown.insert(m_shown.begin() + column, position);
+        endInsertColumns();
+    } else {
+        beginRemoveColumns({}, column, column);
+        m_shown.erase(m_shown.begin() + column);
+        endRemoveColumns();
+    }
 }
 
 FileListModel::Kind FileListModel::kindOfName(const QString& name)
@@ -259,7 +295,7 @@ int FileListModel::rowCount(const QModelIndex& parent) const
 
 int FileListModel::columnCount(const QModelIndex& parent) const
 {
-    return parent.isValid() ? 0 : int(m_columns.size());
+    return parent.isValid() ? 0 : int(m_shown.size());
 }
 
 QVariant FileListModel::data(const QModelIndex& index, int role) const
@@ -268,7 +304,7 @@ QVariant FileListModel::data(const QModelIndex& index, int role) const
         return {};
     const Entry& entry = at(index.row());
     const Kind kind = kindOf(index.column());
-    if (const ColumnSource& source = m_sources[size_t(index.column())]) {
+    if (const ColumnSource& source = m_sources[size_t(m_shown[size_t(index.column())])]) {
         switch (role) {
         case Qt::DisplayRole:
         case Qt::AccessibleTextRole:
@@ -300,9 +336,8 @@ QVariant FileListModel::data(const QModelIndex& index, int role) const
 
 QVariant FileListModel::headerData(int section, Qt::Orientation orientation, int role) const
 {
-    if (orientation == Qt::Horizontal && role == Qt::DisplayRole && section >= 0 &&
-        section < m_columns.size())
-        return m_columns.at(section);
+    if (orientation == Qt::Horizontal && role == Qt::DisplayRole)
+        return columnName(section);
     return {};
 }
 
@@ -327,8 +362,7 @@ bool FileListModel::setData(const QModelIndex& index, const QVariant& value, int
 
 void FileListModel::sortEntries()
 {
-    const Kind kind =
-        m_sortColumn >= 0 && m_sortColumn < m_columns.size() ? kindOf(m_sortColumn) : Kind::Name;
+    const Kind kind = m_kinds[size_t(m_sortColumn)];
     if (kind == Kind::Comment)
         for (const Entry& entry : m_entries)
             commentOf(entry);
@@ -382,10 +416,10 @@ void FileListModel::rebuildRowIndex()
 
 void FileListModel::sort(int column, Qt::SortOrder order)
 {
-    if (column < 0 || column >= m_columns.size())
+    if (column < 0 || column >= columnCount())
         return;
     relayout([this, column, order] {
-        m_sortColumn = column;
+        m_sortColumn = m_shown[size_t(column)];
         m_sortOrder = order;
         sortEntries();
     });

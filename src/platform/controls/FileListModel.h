@@ -23,6 +23,10 @@ namespace nebra {
 // modification times (seconds and nanoseconds), never converted dates; the
 // date text and the comment are made only for the rows a view asks for.
 //
+// A hidden column is no column of the model at all (views and screen
+// readers see only the shown ones); columns() still names every column in
+// its place, and the sort may stay on a hidden column.
+//
 // A name filter (the user's filter box) narrows the rows to the entries
 // whose displayed names it matches; the rows are then positions in the
 // sorted entries, so filtering neither moves nor compares entries. It never changes what was
@@ -49,12 +53,18 @@ public:
     // path and the role (display, decoration, accessible description, tool
     // tip); an empty variant shows nothing.
     using ColumnSource = std::function<QVariant(const QString& fullPath, int role)>;
-    // A column this model does not know is empty unless it has a source.
+    // Adds a shown column after the others; one this model does not know is
+    // empty unless it has a source.
     void addColumn(const QString& name, ColumnSource source = {});
     // What the sources say of the entry at path may have changed.
     void updateEntry(const QString& path);
+    // Every column, shown or hidden, in its order.
     QStringList columns() const { return m_columns; }
-    int columnOf(const QString& name) const { return int(m_columns.indexOf(name)); }
+    // The model column showing name; -1 when it is hidden or unknown.
+    int columnOf(const QString& name) const;
+    // The name of a model column; empty when there is none.
+    QString columnName(int column) const;
+    void setColumnShown(const QString& name, bool shown);
 
     // Lists folder through filter and sorts it by the current sort column.
     // Returns false when the folder cannot be read (error() says why); the
@@ -81,7 +91,9 @@ public:
     // Every entry of the last load, shown or not: name -> is a folder.
     QHash<QString, bool> allEntries() const;
 
-    int sortColumn() const { return m_sortColumn; }
+    // The model column sorted by; -1 when that column is hidden.
+    int sortColumn() const;
+    QString sortColumnName() const { return m_columns.value(m_sortColumn); }
     Qt::SortOrder sortOrder() const { return m_sortOrder; }
 
     // Per row: the entry's name on disk, displayed name, full path and folder flag.
@@ -134,7 +146,7 @@ private:
     };
     static Kind kindOfName(const QString& name);
     // Asked for every row a view lays out: no comparison of column names.
-    Kind kindOf(int column) const { return m_kinds[size_t(column)]; }
+    Kind kindOf(int column) const { return m_kinds[size_t(m_shown[size_t(column)])]; }
     const QString& commentOf(const Entry& entry) const;
     QStringView shownName(const Entry& entry) const;
     const FoldedNames& foldedNames() const;
@@ -152,6 +164,7 @@ private:
     QStringList m_columns;
     std::vector<Kind> m_kinds;           // of each column
     std::vector<ColumnSource> m_sources; // of each column; empty for most
+    std::vector<int> m_shown;            // the model's columns: positions in m_columns, in order
     QString m_folder;
     const Entry& at(int row) const { return m_entries[size_t(m_rows[size_t(row)])]; }
     Entry& at(int row) { return m_entries[size_t(m_rows[size_t(row)])]; }
@@ -167,7 +180,7 @@ private:
     std::vector<qint32> m_rowOfId;
     std::vector<qint32> m_idOfPosition; // beside the entries, so that the row index touches no entry
     qint32 m_idCount = 0;               // the ids of the last load: 0 to m_idCount - 1
-    int m_sortColumn = 0;
+    int m_sortColumn = 0;               // a position in m_columns
     Qt::SortOrder m_sortOrder = Qt::AscendingOrder;
     int m_error = 0;
     quint32 m_generation = 0;

@@ -7,6 +7,7 @@
 #include "TestFiles.h"
 #include "UserFolders.h"
 
+#include <QAccessible>
 #include <QLabel>
 #include <QLineEdit>
 #include <QSignalSpy>
@@ -77,6 +78,31 @@ private Q_SLOTS:
         QCOMPARE(listing.list.sortOrder(), Qt::DescendingOrder);
         QCOMPARE(listing.list.item(2).name(), QStringLiteral("new.apr"));
         QCOMPARE(listing.list.item(1).name(), QStringLiteral("Sub")); // folders stay first
+    }
+
+    // A screen reader walking the list hears the shown columns only, headers and cells.
+    void hiddenColumnsAreNotHeard()
+    {
+        Listing listing;
+        listing.list.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&listing.list));
+        const auto heard = [&] {
+            QAccessibleInterface* table = QAccessible::queryAccessibleInterface(listing.list.view());
+            QStringList headers;
+            for (int column = 0; column < table->tableInterface()->columnCount(); ++column)
+                headers << table->child(column)->text(QAccessible::Name);
+            for (int child = 0; child < table->childCount(); ++child)
+                if (table->child(child)->text(QAccessible::Name) == QLatin1String("APR File"))
+                    headers << QStringLiteral("a type cell");
+            return headers;
+        };
+        QCOMPARE(heard(),
+                 QStringList({"Name", "Size", "Type", "Date Modified", "a type cell", "a type cell"}));
+        listing.list.setColumnShown(QStringLiteral("Type"), false);
+        listing.list.setColumnShown(QStringLiteral("Size"), false);
+        QCOMPARE(heard(), QStringList({"Name", "Date Modified"}));
+        QVERIFY(listing.list.setColumnShown(QStringLiteral("Type"), true)); // back in its place
+        QCOMPARE(heard(), QStringList({"Name", "Type", "Date Modified", "a type cell", "a type cell"}));
     }
 
     void renameRefusesWhatTheFileSystemCannotTake_data()
