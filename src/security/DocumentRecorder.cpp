@@ -14,6 +14,8 @@ constexpr qint64 ExpectedWriteSeconds = 30;
 constexpr int RenameGraceMs = 250;
 // Entries handed to the writer at once.
 constexpr int WriteBatch = 1000;
+// How long the end of a session waits for a read under way.
+constexpr int FinishWaitMs = 200;
 
 } // namespace
 
@@ -57,11 +59,8 @@ void DocumentRecorder::start()
     m_scanning = true;
     m_writer.readRecords(this,
                          [this](bool ok, const DocumentWriterThread::Records& records, const QString& error) {
-                             if (m_finishing) {
-                                 m_scanning = false;
-                                 finishing();
+                             if (m_finishing)
                                  return;
-                             }
                              if (!ok) {
                                  m_scanning = false;
                                  if (!std::exchange(m_failing, true))
@@ -108,7 +107,7 @@ void DocumentRecorder::scan(Cause cause)
 void DocumentRecorder::scanned(const Scanned& result, Cause cause)
 {
     m_scanning = false;
-    if (finishing())
+    if (m_finishing)
         return;
     // Only the comparison of everything with the records shows its progress.
     const bool counted = cause == Cause::Scan;
@@ -165,7 +164,7 @@ void DocumentRecorder::hash(const QString& path, Cause cause)
 void DocumentRecorder::hashed(const Hashed& result)
 {
     --m_hashing;
-    if (finishing())
+    if (m_finishing)
         return;
     const Cause cause = Cause(result.cause);
     if (cause == Cause::Scan && m_total > 0)
@@ -242,24 +241,18 @@ void DocumentRecorder::finish()
     m_retry.stop();
     m_grace.stop();
     blockSignals(true);
-    if (!underWay())
-        delete this;
-}
-
-bool DocumentRecorder::underWay() const
-{
-    // The start's reading of the records counts as a scan.
-    return m_hashing > 0 || m_scanning || m_inFlight > 0;
-}
-
-bool DocumentRecorder::finishing()
-{
-    if (!m_finishing)
-        return false;
-    // Called from a result that came back through the event loop: not deleted inside it.
-    if (!underWay())
-        deleteLater();
-    return true;
+    m_readers.clear();
+    // A read under way ends soon unless its disk hangs; one that hangs is not waited for.
+    if (m_readers.waitForDone(FinishWaitMs)) {
+        delete this; // the writer finishes the batch it holds
+        return;
+    }
+    auto* hanging = new QTimer(this);
+    connect(hanging, &QTimer::timeout, this, [this] {
+        if (m_readers.activeThreadCount() == 0)
+            deleteLater();
+    });
+    hanging->start(FinishWaitMs);
 }
 
 void DocumentRecorder::expectWrite(const QString& path)
@@ -334,7 +327,7 @@ void DocumentRecorder::write()
 void DocumentRecorder::written(const QList<qint64>& sequences, const QString& error)
 {
     m_inFlight = 0;
-    if (finishing())
+    if (m_finishing)
         return;
     for (qint64 sequence : sequences) {
         const DocumentChange change = m_outbox.takeFirst();

@@ -47,13 +47,13 @@ public:
     // Waits for the worker threads.
     ~DocumentRecorder() override;
 
-    // Ends recording without waiting: nothing more is read, and nothing is
-    // written beyond the entries handed to the store already. The recorder
-    // deletes itself at once when nothing is under way, and otherwise once
-    // the reads and the write under way have returned (never, for a read
-    // that never returns: its thread is left to the end of the process).
-    // Emits nothing after the call. Documents not recorded yet are found at
-    // the next start.
+    // Ends recording without waiting on the disk: nothing more is read, and
+    // nothing is written beyond the entries handed to the store already. The
+    // recorder deletes itself before returning when the reads under way end
+    // within a fifth of a second, and otherwise once they have ended (never,
+    // for a read that never returns: its thread is left to the end of the
+    // process). Emits nothing after the call. Documents not recorded yet are
+    // found at the next start.
     void finish();
 
     // Reads the newest records and then compares the disk with them.
@@ -110,9 +110,6 @@ private:
     void write();
     void written(const QList<qint64>& sequences, const QString& error);
     void settleWhenIdle();
-    bool underWay() const;
-    // After finish(): deletes the recorder once nothing is under way; true when finishing.
-    bool finishing();
     QString attribution(const QString& path);
 
     DocumentFolders m_folders;

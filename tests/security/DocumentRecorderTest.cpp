@@ -78,6 +78,8 @@ void DocumentRecorderTest::changesAreAttributed_data()
     QTest::newRow("a started program") << "running" << "Document changed: %1 sha256=" << int(RecordState::Recorded);
     QTest::newRow("a started program that ended") << "ended" << "Document changed outside the suite: %1 sha256=" << int(RecordState::ChangedOutside);
     QTest::newRow("another process") << "other" << "Document changed outside the suite: %1 sha256=" << int(RecordState::ChangedOutside);
+    QTest::newRow("another process, seen by a poll") << "polled" << "Document changed outside the suite: %1 sha256=" << int(RecordState::ChangedOutside);
+    QTest::newRow("a wizard in the Organiser, just ended") << "wizard" << "Document changed: %1 sha256=" << int(RecordState::Recorded);
     // clang-format on
 }
 
@@ -106,16 +108,22 @@ void DocumentRecorderTest::changesAreAttributed()
     }
     if (who == QLatin1String("organiser"))
         recorder->expectWrite(o.path(name));
+    if (who == QLatin1String("wizard"))
+        o.programs.startedHere(QStringLiteral("Organiser"), o.path(QStringLiteral("Protocols")));
     o.change(name, QStringLiteral("v2"));
+    if (who == QLatin1String("wizard"))
+        o.programs.endedHere(o.path(QStringLiteral("Protocols")));
     Recorded::settle(*recorder, [&] {
-        recorder->noticeChange({ShellEvent::SHCNE_UPDATEITEM, o.path(name), {}});
+        if (who == QLatin1String("polled"))
+            recorder->poll();
+        else
+            recorder->noticeChange({ShellEvent::SHCNE_UPDATEITEM, o.path(name), {}});
     });
 
     QVERIFY2(o.newestEntry().startsWith(entry.arg(o.path(name))), qPrintable(o.newestEntry()));
-    if (who == QLatin1String("organiser") || who == QLatin1String("running"))
-        QVERIFY(o.newestEntry().endsWith(who == QLatin1String("organiser")
-                                             ? QLatin1String(" by Organiser")
-                                             : QLatin1String(" by Layout Editor")));
+    if (state == int(RecordState::Recorded))
+        QVERIFY(o.newestEntry().endsWith(who == QLatin1String("running") ? QLatin1String(" by Layout Editor")
+                                                                         : QLatin1String(" by Organiser")));
     QCOMPARE(int(recorder->state(o.path(name))), state);
     QCOMPARE(recorder->changeSeen(o.path(name)).isValid(), state == int(RecordState::ChangedOutside));
     editor.kill();
