@@ -23,6 +23,7 @@ struct DocumentKind
 };
 
 // The five kinds, in the order of their types.
+// clang-format off
 inline constexpr std::array<DocumentKind, 5> DocumentKindTable{{
     {DocumentType::ReadConfigurations, &SuitePaths::ReadConfigurationsFolder, "*.daq", "Data Acquisition", true},
     {DocumentType::Layouts, &SuitePaths::LayoutsFolder, "*.mlo", "Layout", true},
@@ -30,6 +31,7 @@ inline constexpr std::array<DocumentKind, 5> DocumentKindTable{{
     {DocumentType::Results, &SuitePaths::ResultsFolder, "*.ars", "Assay Results", true},
     {DocumentType::Reports, &SuitePaths::ReportsFolder, "*", "Assay Report", true},
 }};
+// clang-format on
 
 class DocumentKinds
 {
