@@ -7,6 +7,7 @@
 #include "Dialogs.h"
 #include "DocumentRecording.h"
 #include "FileListControl.h"
+#include "FileListModel.h"
 #include "Messages.h"
 #include "NebraSecurityManager.h"
 #include "SecuritySession.h"
@@ -67,15 +68,13 @@ void DocumentRecords::begin(const DocumentFolders& folders)
     m_parts.recording.begin(folders, manager->DocumentWriters());
     m_parts.commands.setCommand(CommandId::AcceptChange, [this] { AcceptChange(); });
     m_parts.switches.setCommandVisible(CommandId::AcceptChange, true);
-    if (!m_contextAction)
-        offerViews();
     updateCommand();
-    showState();
 }
 
-// Made at the first log-in: without a session the window has none of them.
 void DocumentRecords::offerViews()
 {
+    if (m_contextAction || !m_parts.recording.isRecording())
+        return;
     m_contextAction =
         new QAction(QLatin1String(ToolDefinitions::command(CommandId::AcceptChange).caption), &m_parts.list);
     m_contextAction->setObjectName(QStringLiteral("AcceptChange"));
@@ -84,12 +83,17 @@ void DocumentRecords::offerViews()
     m_parts.list.addContextAction(m_contextAction);
     m_parts.list.addColumn(QLatin1String(ColumnName),
                            [this](const QString& path, int role) { return cell(path, role); });
+    // The record takes the comment's place, so that the list still fits a
+    // narrow pane; the user shows the comment again from the column menu.
+    m_parts.list.setColumnShown(FileListModel::CommentColumn, false);
     m_stateLine = new QLabel(&m_parts.previewArea);
     m_stateLine->setObjectName(QStringLiteral("recordState"));
     m_stateLine->setTextInteractionFlags(Qt::TextSelectableByKeyboard | Qt::TextSelectableByMouse);
     if (auto* grid = qobject_cast<QGridLayout*>(m_parts.previewArea.layout()))
         grid->addWidget(m_stateLine, 0, 0);
     m_stateLine->hide();
+    updateCommand();
+    showState();
 }
 
 QString DocumentRecords::changeDescription(const QString& path) const

@@ -23,7 +23,8 @@ class SecuritySession;
 
 // The documents' records in the window, inside a security session: the
 // first fingerprinting's progress in the status bar, a recording that fails
-// told once, the file list's column "Record" and the same state on a line
+// told once, the file list's column "Record" (in the place of the comment,
+// which the user can show again) and the same state on a line
 // above the preview (each document's record state; the two changed states
 // with a warning icon and a description naming when the change was seen),
 // and File > Accept Change... (also on the file list's context menu). The command is shown in a session only,
@@ -53,6 +54,9 @@ public:
 
     // At log-in: records the documents of folders and offers the command.
     void begin(const DocumentFolders& folders);
+    // Once the list has its own columns, in a session: the column, the
+    // state line and the context menu's command (once).
+    void offerViews();
     // At the end of the session: recording stops, without waiting.
     void end();
 
@@ -68,7 +72,6 @@ private:
     QString selectedDocument() const;
     void updateCommand();
     void showState();
-    void offerViews();
     // What is told of a change: when it was seen; empty for the other states.
     QString changeDescription(const QString& path) const;
     void showProgress(int done, int total);

@@ -390,6 +390,8 @@ void Organiser::dataFoldersAnswered()
 void Organiser::InitialiseOrganiserTree()
 {
     m_tree.InitialiseOrganiserTree();
+    // After the list's own columns: the record's comes last.
+    m_documentRecords->offerViews();
 }
 
 void Organiser::unloadSessionWindows()
