@@ -7,6 +7,7 @@
 #include "PostgresServer.h"
 #include "SecuritySettings.h"
 #include "SettingsStore.h"
+#include "TestFiles.h"
 #include "UserFolders.h"
 
 #include <QProcess>
@@ -68,27 +69,24 @@ class ServerConnectionTest : public QObject
     // The administrator's system-wide file for a workstation across the network.
     void writeSystemFile(const QString& host, const QString& sslMode, const QString& rootCertificate)
     {
-        QDir().mkpath(QFileInfo(m_folders->systemSettingsFile()).absolutePath());
-        QFile file(m_folders->systemSettingsFile());
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(QStringLiteral("[Settings]\nSecurityConfigured=true\n[Security]\nBackend=postgresql\n"
-                                  "Server=%1\nServerPort=%2\nServerDatabase=postgres\nServerUser=%3\n"
-                                  "ServerSslMode=%4\nServerSslRootCert=%5\n")
-                       .arg(host)
-                       .arg(m_port)
-                       .arg(test::PostgresServer::Superuser, sslMode, rootCertificate)
-                       .toUtf8());
+        test::writeFile(m_folders.systemSettingsFile(),
+                        QStringLiteral("[Settings]\nSecurityConfigured=true\n[Security]\nBackend=postgresql\n"
+                                       "Server=%1\nServerPort=%2\nServerDatabase=postgres\nServerUser=%3\n"
+                                       "ServerSslMode=%4\nServerSslRootCert=%5\n")
+                            .arg(host)
+                            .arg(m_port)
+                            .arg(test::PostgresServer::Superuser, sslMode, rootCertificate)
+                            .toUtf8());
     }
 
     QTemporaryDir m_certificates;
-    std::unique_ptr<test::UserFolders> m_folders;
+    test::UserFolders m_folders;
     std::unique_ptr<test::PostgresServer> m_server;
     int m_port = 0;
 
 private Q_SLOTS:
     void initTestCase()
     {
-        m_folders = std::make_unique<test::UserFolders>();
         QVERIFY(QFile::setPermissions(
             m_certificates.path(), QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner |
                                        QFileDevice::ReadOther | QFileDevice::ExeOther));
