@@ -128,18 +128,15 @@ private Q_SLOTS:
         QCOMPARE(protocol->units, QStringLiteral("U"));
     }
 
-    void aPipeOrSocketIsRefusedWithoutBlocking()
+    // Which files are not regular is RegularFileTest's; here the reader's answer to one.
+    void aPipeIsRefusedWithoutBlocking()
     {
         QTemporaryDir dir;
         test::makeFifo(dir.filePath("pipe.apr"));
-        const test::BoundSocket socket(dir.filePath("socket.apr"));
-        QVERIFY(socket.isBound());
         const test::PipeWatchdog watchdog(dir.filePath("pipe.apr"));
-        for (const char* name : {"pipe.apr", "socket.apr"}) {
-            QString error;
-            QVERIFY(!AssayProtocol::Load(dir.filePath(name), error));
-            QCOMPARE(error, QStringLiteral("The protocol cannot be read: it is not a regular file"));
-        }
+        QString error;
+        QVERIFY(!AssayProtocol::Load(dir.filePath("pipe.apr"), error));
+        QCOMPARE(error, QStringLiteral("The protocol cannot be read: it is not a regular file"));
         QVERIFY2(!watchdog.released(), "the reader blocked on the pipe");
     }
 };
