@@ -36,12 +36,6 @@ struct Site : ToolSite
                     {"grant-role", "Admins", "*", "*"}})
     {
     }
-
-    void setSystemValue(const QString& key, const QString& value) const
-    {
-        SettingsStore system(folders.systemSettingsFile());
-        QVERIFY(system.setValue(key, value));
-    }
 };
 
 // Another user of the site group runs the program (as nobody, through setpriv).
@@ -380,7 +374,7 @@ private Q_SLOTS:
     void parallelGuessesStopAtTheLock()
     {
         Site o;
-        o.setSystemValue("Security/LockoutThreshold", "3");
+        QVERIFY(SettingsStore(o.folders.systemSettingsFile()).setValue("Security/LockoutThreshold", "3"));
         std::vector<std::unique_ptr<QProcess>> guessers;
         for (int i = 0; i < 4; ++i) {
             guessers.push_back(std::make_unique<QProcess>());
