@@ -48,11 +48,6 @@ class ServerConnectionTest : public QObject
                        QStringList{name + ".csr", "-CA", ca + ".crt", "-CAkey", ca + ".key", "-out",
                                    name + ".crt"});
     }
-    bool writeFile(const QString& name, const QByteArray& text)
-    {
-        QFile file(m_certificates.filePath(name));
-        return file.open(QIODevice::WriteOnly) && file.write(text) == text.size();
-    }
     // The server's own files: readable by its id, the key by nobody else.
     bool handToServer(const QString& name, QFileDevice::Permissions permissions)
     {
@@ -95,10 +90,11 @@ private Q_SLOTS:
         QVERIFY(certificate("ca", "/CN=Lab Test Authority", {}));
         QVERIFY(certificate("other-ca", "/CN=Another Authority", {}));
         // The certificate names localhost only, not the address it is reached at as well.
-        QVERIFY(writeFile("san.ext", "subjectAltName=DNS:localhost\n"));
+        test::writeFile(m_certificates.filePath("san.ext"), "subjectAltName=DNS:localhost\n");
         QVERIFY(certificate("server", "/CN=localhost", "ca"));
         // TCP with TLS only: no "host" line, which would take plain connections as well.
-        QVERIFY(writeFile("pg_hba.conf", "local all all trust\nhostssl all all 127.0.0.1/32 trust\n"));
+        test::writeFile(m_certificates.filePath("pg_hba.conf"),
+                        "local all all trust\nhostssl all all 127.0.0.1/32 trust\n");
         QVERIFY(handToServer("server.key", QFileDevice::ReadOwner));
         QVERIFY(handToServer("server.crt", QFileDevice::ReadOwner | QFileDevice::ReadOther));
         QVERIFY(handToServer("pg_hba.conf", QFileDevice::ReadOwner));
