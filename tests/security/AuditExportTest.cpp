@@ -83,9 +83,7 @@ private Q_SLOTS:
         AuditExport exporter(o.entries(), "all entries", o.recorder());
         QString error;
         QCOMPARE(exporter.writeCsv(o.path("trail.csv"), &error), AuditExport::Outcome::Written);
-        QFile file(o.path("trail.csv"));
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        const QList<QByteArray> lines = file.readAll().split('\n');
+        const QList<QByteArray> lines = readFile(o.path("trail.csv")).split('\n');
         QCOMPARE(lines.first(), QByteArray("Sequence,Time (UTC),User,Workstation,Area,Text,MAC\r"));
         QCOMPARE(exporter.entryCount(), 8); // the store's own entry and the seven above
         QVERIFY(lines[2].contains(",General,\"'=HYPERLINK(\"\"http://x\"\")\","));

@@ -17,10 +17,7 @@ const QString Editor = QStringLiteral(NEBRA_LAYOUT_EDITOR);
 QMultiHash<QString, QString> readReport(const QString& path)
 {
     QMultiHash<QString, QString> report;
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return report;
-    for (const QString& line : QString::fromUtf8(file.readAll()).split('\n', Qt::SkipEmptyParts))
+    for (const QString& line : QString::fromUtf8(test::readFile(path)).split('\n', Qt::SkipEmptyParts))
         report.insert(line.section('=', 0, 0), line.section('=', 1));
     return report;
 }
