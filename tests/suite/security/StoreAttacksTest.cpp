@@ -1,3 +1,4 @@
+#include "TestFiles.h"
 #include "ToolSite.h"
 
 #include <QElapsedTimer>
@@ -277,10 +278,7 @@ private Q_SLOTS:
         SecurityFixture small(disk);
         small.create();
         const QString spare = disk + "/spare";
-        QFile reserve(spare);
-        QVERIFY(reserve.open(QIODevice::WriteOnly) &&
-                reserve.write(QByteArray(64 * 1024, '\0')) == 64 * 1024);
-        reserve.close();
+        writeFile(spare, QByteArray(64 * 1024, '\0'));
         qint64 committed = 0;
         {
             const std::unique_ptr<SecurityStore> store = small.open();
