@@ -90,6 +90,16 @@ private Q_SLOTS:
         QVERIFY(protocol.PreviewPage().contains("<h1>Ünïcode &lt;&amp;&gt; assay</h1>"));
     }
 
+    // An absorbance read names a reference wavelength only when it has one.
+    void theSummaryNamesAReferenceOnlyWhenThereIsOne()
+    {
+        ReadSettings s;
+        s.wavelength = 450;
+        QCOMPARE(s.Summary(), QStringLiteral("Absorbance 450 nm"));
+        s.referenceWavelength = 620;
+        QCOMPARE(s.Summary(), QStringLiteral("Absorbance 450 nm, reference 620 nm"));
+    }
+
     void faultsAreNamed_data()
     {
         QTest::addColumn<QByteArray>("content");
