@@ -1,6 +1,7 @@
 #include "AuditExport.h"
 #include "SecondProcess.h"
 #include "SecurityFixture.h"
+#include "TestFiles.h"
 
 #include <QFile>
 #include <QGuiApplication>
@@ -73,22 +74,27 @@ private Q_SLOTS:
     void csvIsTheToolsFormatWithFormulasNeutralised()
     {
         Store o;
-        o.append("General", "=HYPERLINK(\"http://x\")");
+        // Each start a spreadsheet would run as a formula.
+        const QStringList formulas{
+            "=HYPERLINK(\"http://x\")", "+1+cmd|' /C calc'!A0", "-2+3", "@SUM(A1)", "\t=1", "\r=1"};
+        for (const QString& formula : formulas)
+            o.append("General", formula);
         o.append("General", "Run protocol: a, \"b\".apr");
         AuditExport exporter(o.entries(), "all entries", o.recorder());
         QString error;
         QCOMPARE(exporter.writeCsv(o.path("trail.csv"), &error), AuditExport::Outcome::Written);
-        QFile file(o.path("trail.csv"));
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        const QList<QByteArray> lines = file.readAll().split('\n');
+        const QList<QByteArray> lines = readFile(o.path("trail.csv")).split('\n');
         QCOMPARE(lines.first(), QByteArray("Sequence,Time (UTC),User,Workstation,Area,Text,MAC\r"));
-        QCOMPARE(exporter.entryCount(), 3); // the store's own entry and the two above
+        QCOMPARE(exporter.entryCount(), 8); // the store's own entry and the seven above
         QVERIFY(lines[2].contains(",General,\"'=HYPERLINK(\"\"http://x\"\")\","));
-        QVERIFY(lines[3].contains(",\"Run protocol: a, \"\"b\"\".apr\","));
+        for (int i = 3; i < 8; ++i)
+            QVERIFY2(lines[i].contains(",General,'") || lines[i].contains(",General,\"'"),
+                     lines[i].constData());
+        QVERIFY(lines[8].contains(",\"Run protocol: a, \"\"b\"\".apr\","));
         // The export's own entry follows the entries it wrote.
         const QString recorded = o.fixture.auditTexts().last();
         QCOMPARE(recorded,
-                 QStringLiteral("Audit trail exported to CSV file \"%1\": 3 entries, filter: all entries")
+                 QStringLiteral("Audit trail exported to CSV file \"%1\": 8 entries, filter: all entries")
                      .arg(o.path("trail.csv")));
     }
 
@@ -148,11 +154,8 @@ private Q_SLOTS:
         QFETCH(bool, existing);
         Store o;
         const QString file = o.path(pdf ? "trail.pdf" : "trail.csv");
-        if (existing) {
-            QFile old(file);
-            QVERIFY(old.open(QIODevice::WriteOnly));
-            old.write("kept");
-        }
+        if (existing)
+            writeFile(file, "kept");
         o.fixture.fillUp("Security");
         AuditExport exporter(o.entries(), "all entries", o.recorder());
         QString error;

@@ -11,20 +11,24 @@
 
 namespace nebra::test {
 
-// A security manager for the site that the settings name, with jsmith
-// logged in through the dialog seam; null, with the reason logged, when
-// either fails.
-inline std::unique_ptr<NebraSecurityManager> loggedInManager(const QString& password = "correct horse")
+// A security manager for the site that the settings name; null, with the
+// reason logged, when there is none.
+inline std::unique_ptr<NebraSecurityManager> siteManager()
 {
     QString error;
     std::unique_ptr<NebraSecurityManager> manager = NebraSecurityManager::create(SettingsStore(), {}, &error);
+    if (!manager)
+        qWarning("No manager: %s", qPrintable(error));
+    return manager;
+}
+
+// The same with jsmith logged in through the dialog seam; null when either fails.
+inline std::unique_ptr<NebraSecurityManager> loggedInManager(const QString& password = "correct horse")
+{
+    std::unique_ptr<NebraSecurityManager> manager = siteManager();
     DialogScript dialogs;
     dialogs.logIn("jsmith", password);
-    if (!manager || !manager->LogIn(nullptr)) {
-        qWarning("No session: %s", qPrintable(error));
-        return nullptr;
-    }
-    return manager;
+    return manager && manager->LogIn(nullptr) ? std::move(manager) : nullptr;
 }
 
 // A security site for the manager's behaviour tests, on the back end that

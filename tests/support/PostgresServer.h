@@ -191,14 +191,12 @@ private:
                                                 QFileDevice::ExeOwner | QFileDevice::ReadOther |
                                                 QFileDevice::ExeOther | QFileDevice::ReadGroup |
                                                 QFileDevice::ExeGroup);
-        if (::geteuid() == 0 && ::chown(qPrintable(socketFolder()), ServerUid, ServerGid) != 0) {
-            m_problem = "Cannot hand the test server's folder to the server's id";
-            return false;
-        }
         // The data folder is made by initdb itself, as the server's id.
-        if (::geteuid() == 0 && ::chown(qPrintable(m_dir.path()), ServerUid, ServerGid) != 0) {
-            m_problem = "Cannot hand the test server's folder to the server's id";
-            return false;
+        for (const QString& folder : {socketFolder(), m_dir.path()}) {
+            if (::geteuid() == 0 && ::chown(qPrintable(folder), ServerUid, ServerGid) != 0) {
+                m_problem = "Cannot hand the test server's folder to the server's id";
+                return false;
+            }
         }
         return true;
     }

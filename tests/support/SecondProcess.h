@@ -36,6 +36,17 @@ inline ProcessRun runProgram(const QString& program, const QStringList& argument
             QString::fromUtf8(process.readAllStandardError())};
 }
 
+// Whether the program refused (exit code 1) saying words on either output;
+// what it did say is logged when it did not.
+inline bool refusedSaying(const ProcessRun& run, const QString& words)
+{
+    if (run.exitCode == 1 && (run.out.contains(words) || run.err.contains(words)))
+        return true;
+    qWarning("Exit code %d, not 1 with \"%s\":\n%s%s", run.exitCode, qPrintable(words), qPrintable(run.out),
+             qPrintable(run.err));
+    return false;
+}
+
 // Runs a shell script in folder as a separate process, to its end: the
 // changes it makes reach the program as another program's would.
 inline void runScript(const QString& folder, const QString& script)

@@ -1,6 +1,7 @@
 #include "DocumentLauncher.h"
 #include "SettingsStore.h"
 #include "SuitePaths.h"
+#include "TestFiles.h"
 #include "UserFolders.h"
 
 #include <QProcess>
@@ -16,10 +17,7 @@ const QString Editor = QStringLiteral(NEBRA_LAYOUT_EDITOR);
 QMultiHash<QString, QString> readReport(const QString& path)
 {
     QMultiHash<QString, QString> report;
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return report;
-    for (const QString& line : QString::fromUtf8(file.readAll()).split('\n', Qt::SkipEmptyParts))
+    for (const QString& line : QString::fromUtf8(test::readFile(path)).split('\n', Qt::SkipEmptyParts))
         report.insert(line.section('=', 0, 0), line.section('=', 1));
     return report;
 }
@@ -47,11 +45,8 @@ private Q_SLOTS:
     {
         m_report = m_dir.filePath("report.txt");
         qputenv("NEBRA_LAYOUT_EDITOR_REPORT", QFile::encodeName(m_report));
-        QVERIFY(QDir(m_dir.path()).mkpath("My Layouts"));
         m_layout = m_dir.filePath("My Layouts/Two words.mlo");
-        QFile file(m_layout);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write("[Layout]\nName=Two words\nRows=4\nColumns=6\n[Wells]\nA1=blank\n");
+        test::writeFile(m_layout, "[Layout]\nName=Two words\nRows=4\nColumns=6\n[Wells]\nA1=blank\n");
     }
 
     void init() { QFile::remove(m_report); }
@@ -85,10 +80,8 @@ private Q_SLOTS:
         QFETCH(QString, wells);
         QFETCH(QString, folder);
         QFETCH(QString, message);
-        if (QTest::currentDataTag() == QLatin1String("not a layout")) {
-            QFile bad(arguments.constFirst());
-            QVERIFY(bad.open(QIODevice::WriteOnly) && bad.write("not a layout\n") > 0);
-        }
+        if (QTest::currentDataTag() == QLatin1String("not a layout"))
+            test::writeFile(arguments.constFirst(), "not a layout\n");
         QProcess editor;
         editor.start(Editor, arguments);
         QVERIFY(editor.waitForFinished(20000));

@@ -13,12 +13,6 @@ using nebra::test::SecurityFixture;
 
 namespace {
 
-QByteArray readAll(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 // A database of its own whose trail holds six entries.
 struct Trail
 {
@@ -145,9 +139,9 @@ private Q_SLOTS:
         QFETCH(int, cut);
         Trail o;
         const QString head = o.fixture.settings().chainHeadFile;
-        const QByteArray before = readAll(head);
+        const QByteArray before = nebra::test::readFile(head);
         QCOMPARE(o.fixture.open()->audit().append("jsmith", "General", "Run protocol: 7.apr").sequence, 7);
-        const QByteArray after = readAll(head);
+        const QByteArray after = nebra::test::readFile(head);
         QCOMPARE(after.size(), before.size()); // written over the old record
         nebra::test::writeFile(head, after.left(cut) + before.mid(cut));
         const std::unique_ptr<SecurityStore> store = o.fixture.open(SecurityStore::HeadCheck::Skipped);
@@ -164,7 +158,7 @@ private Q_SLOTS:
     {
         Trail o;
         const QString head = o.fixture.settings().chainHeadFile;
-        nebra::test::writeFile(head, readAll(head).trimmed() + '\n');
+        nebra::test::writeFile(head, nebra::test::readFile(head).trimmed() + '\n');
         QCOMPARE(o.fixture.open()->audit().append("jsmith", "General", "Run protocol: 7.apr").sequence, 7);
         QCOMPARE(QFileInfo(head).size(), 256);
         QVERIFY(o.fixture.open()->audit().verify().ok);
@@ -174,10 +168,8 @@ private Q_SLOTS:
     {
         Trail o;
         const QString head = o.fixture.settings().chainHeadFile;
-        QFile file(head);
-        QVERIFY(file.open(QIODevice::ReadOnly));
         // Winding the head back to hide cut-off entries needs the site key to seal it.
-        nebra::test::writeFile(head, file.readAll().replace("count=6", "count=4"));
+        nebra::test::writeFile(head, nebra::test::readFile(head).replace("count=6", "count=4"));
         const QString altered =
             QStringLiteral(
                 "The audit chain head file \"%1\" has been altered or does not belong to this database.")

@@ -19,16 +19,6 @@ struct Manager
     ManagerSite site{{"AuthorisationsGeneral/RunProtocol"}};
     MessageRecorder messages;
     DialogScript dialogs;
-
-    static std::unique_ptr<NebraSecurityManager> create()
-    {
-        QString error;
-        std::unique_ptr<NebraSecurityManager> manager =
-            NebraSecurityManager::create(SettingsStore(), {}, &error);
-        if (!manager)
-            qWarning("%s", qPrintable(error));
-        return manager;
-    }
 };
 
 } // namespace
@@ -62,7 +52,7 @@ private Q_SLOTS:
         QFETCH(QStringList, messages);
         QFETCH(int, dialogs);
         Manager o;
-        const std::unique_ptr<NebraSecurityManager> manager = o.create();
+        const std::unique_ptr<NebraSecurityManager> manager = siteManager();
         for (int i = 0; i < attempts.size(); i += 2) {
             if (attempts[i] == QLatin1String("cancel")) {
                 o.dialogs.cancel();
@@ -196,7 +186,7 @@ private Q_SLOTS:
         o.site.administer([](auto& admin, QString* error) {
             return admin.setPassword("jsmith", SecretBytes("temporary1"), true, error);
         });
-        const std::unique_ptr<NebraSecurityManager> manager = o.create();
+        const std::unique_ptr<NebraSecurityManager> manager = siteManager();
         o.dialogs.logIn("jsmith", "temporary1");
         o.dialogs.cancel(); // the forced change
         QVERIFY(!manager->LogIn(nullptr));
@@ -228,7 +218,7 @@ private Q_SLOTS:
         QFETCH(bool, session);
         QFETCH(QString, error);
         Manager o;
-        const std::unique_ptr<NebraSecurityManager> manager = session ? loggedInManager() : o.create();
+        const std::unique_ptr<NebraSecurityManager> manager = session ? loggedInManager() : siteManager();
         QVERIFY(manager);
         qint64 count = -1;
         QList<AuditEntry> entries{AuditEntry{}};

@@ -62,14 +62,12 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("damage");
         QTest::addColumn<QString>("fix");
-        QTest::newRow("file writable by the group") << "file 0664"
-                                                    << "chmod go-w";
-        QTest::newRow("file writable by everyone") << "file 0666"
-                                                   << "chmod go-w";
-        QTest::newRow("folder writable by the group") << "folder 0775"
-                                                      << "chmod go-w";
-        QTest::newRow("file of another user") << "owner"
-                                              << "chown";
+        // clang-format off
+        QTest::newRow("file writable by the group") << "file 0664" << "chmod go-w";
+        QTest::newRow("file writable by everyone") << "file 0666" << "chmod go-w";
+        QTest::newRow("folder writable by the group") << "folder 0775" << "chmod go-w";
+        QTest::newRow("file of another user") << "owner" << "chown";
+        // clang-format on
     }
 
     void aPolicyOthersCanChangeIsRefused()

@@ -36,12 +36,6 @@ struct Site : ToolSite
                     {"grant-role", "Admins", "*", "*"}})
     {
     }
-
-    void setSystemValue(const QString& key, const QString& value) const
-    {
-        SettingsStore system(folders.systemSettingsFile());
-        QVERIFY(system.setValue(key, value));
-    }
 };
 
 // Another user of the site group runs the program (as nobody, through setpriv).
@@ -234,9 +228,7 @@ private Q_SLOTS:
         QCOMPARE(store->users().isOperationAllowed("jsmith", "AuthorisationsGeneral", "OpenProtocol", &error),
                  mayOpenProtocol);
         QVERIFY(error.isEmpty());
-        const ProcessRun verify = o.secadmin({"verify"});
-        QCOMPARE(verify.exitCode, 1);
-        QVERIFY2(verify.out.contains(QLatin1String("altered")), qPrintable(verify.out));
+        QVERIFY(refusedSaying(o.secadmin({"verify"}), "altered"));
     }
 
     // 2c: administration needs root or the admin group; another user of the site group is refused.
@@ -247,10 +239,9 @@ private Q_SLOTS:
         Site o({"--group", "users"});
         QVERIFY(QFile::setPermissions(o.folders.root(),
                                       QFile::permissions(o.folders.root()) | QFileDevice::ExeOther));
-        const ProcessRun refused =
-            runProgram(QStringLiteral(SECADMIN), {"grant", "mallory", "*", "*"}, {}, AsAnotherUser);
-        QCOMPARE(refused.exitCode, 1);
-        QVERIFY2(refused.err.contains(QLatin1String("may administer")), qPrintable(refused.err));
+        QVERIFY(refusedSaying(
+            runProgram(QStringLiteral(SECADMIN), {"grant", "mallory", "*", "*"}, {}, AsAnotherUser),
+            "may administer"));
         QString error;
         QVERIFY(o.fixture.open()->users().rightsOf("mallory", &error).isEmpty());
     }
@@ -273,9 +264,7 @@ private Q_SLOTS:
         // The change shares the entry's transaction: refused together.
         QVERIFY(!SecurityAdministration(*store, "admin").grant("mallory", {"*", "*"}, &error));
         QVERIFY(store->users().rightsOf("mallory", &error).isEmpty());
-        const ProcessRun verify = o.secadmin({"verify"});
-        QCOMPARE(verify.exitCode, 1);
-        QVERIFY(verify.out.contains(before));
+        QVERIFY(refusedSaying(o.secadmin({"verify"}), before));
     }
 
     // 4: a rollback of the database together with an old head goes unnoticed by the head, not by the anchor.
@@ -298,9 +287,7 @@ private Q_SLOTS:
             QVERIFY(QFile::copy(copy + suffix, o.database() + suffix));
         QVERIFY(QFile::setPermissions(o.database(), QFileDevice::ReadOwner | QFileDevice::WriteOwner));
         QCOMPARE(o.secadmin({"verify"}).exitCode, 0); // the embedded store's limit
-        const ProcessRun caught = o.secadmin({"verify", "--anchor", point});
-        QCOMPARE(caught.exitCode, 1);
-        QVERIFY2(caught.out.contains(QLatin1String("no longer reaches the anchor")), qPrintable(caught.out));
+        QVERIFY(refusedSaying(o.secadmin({"verify", "--anchor", point}), "no longer reaches the anchor"));
     }
 
     // 5: a disabled account answers alike whatever password is typed, and every attempt is recorded
@@ -363,9 +350,7 @@ private Q_SLOTS:
         if (command.isEmpty()) {
             QCOMPARE(o.logIn("jsmith", "correct horse"), LogInStatus::Error);
         } else {
-            const ProcessRun refused = o.secadmin(command);
-            QCOMPARE(refused.exitCode, 1);
-            QVERIFY2(refused.err.contains(QLatin1String("disk is full")), qPrintable(refused.err));
+            QVERIFY(refusedSaying(o.secadmin(command), "disk is full"));
         }
         const std::unique_ptr<SecurityStore> store = o.fixture.open();
         const UserRecord after = *store->users().find("jsmith", &error);
@@ -385,38 +370,11 @@ private Q_SLOTS:
         QVERIFY(qAbs(IdleTimer::bootClock()() - expected) < 1000);
     }
 
-    // 12: audit texts that a spreadsheet would run as formulas are exported inert.
-    void csvCellsCannotRunAsFormulas_data()
-    {
-        QTest::addColumn<QString>("text");
-        // clang-format off
-        QTest::newRow("=") << "=HYPERLINK(\"http://evil\",\"x\")";
-        QTest::newRow("+") << "+1+cmd|' /C calc'!A0";
-        QTest::newRow("-") << "-2+3";
-        QTest::newRow("@") << "@SUM(A1)";
-        QTest::newRow("tab") << "\t=1";
-        QTest::newRow("carriage return") << "\r=1";
-        // clang-format on
-    }
-
-    void csvCellsCannotRunAsFormulas()
-    {
-        QFETCH(QString, text);
-        Site o;
-        QVERIFY(o.fixture.open()->audit().append("jsmith", "General", text).error.isEmpty());
-        const ProcessRun csv = o.secadmin({"audit", "--csv", "-"});
-        QCOMPARE(csv.exitCode, 0);
-        const QString lastLine = csv.out.trimmed().split("\r\n").last();
-        const QString cell = lastLine.section(QLatin1Char(','), 5, 5);
-        QVERIFY2(cell.startsWith(QLatin1String("'")) || cell.startsWith(QLatin1String("\"'")),
-                 qPrintable(cell));
-    }
-
     // 13: guesses from parallel processes stop at the threshold.
     void parallelGuessesStopAtTheLock()
     {
         Site o;
-        o.setSystemValue("Security/LockoutThreshold", "3");
+        QVERIFY(SettingsStore(o.folders.systemSettingsFile()).setValue("Security/LockoutThreshold", "3"));
         std::vector<std::unique_ptr<QProcess>> guessers;
         for (int i = 0; i < 4; ++i) {
             guessers.push_back(std::make_unique<QProcess>());
@@ -438,9 +396,7 @@ private Q_SLOTS:
         Site o;
         QCOMPARE(o.secadmin({"add-user", "Ærøskøbing"}, "correct horse\n").exitCode, 0);
         QCOMPARE(o.logIn("ærØSKØBING", "correct horse"), LogInStatus::Success);
-        const ProcessRun twin = o.secadmin({"add-user", "ÆRØSKØBING"}, "another horse\n");
-        QCOMPARE(twin.exitCode, 1);
-        QVERIFY2(twin.err.contains(QLatin1String("already a user")), qPrintable(twin.err));
+        QVERIFY(refusedSaying(o.secadmin({"add-user", "ÆRØSKØBING"}, "another horse\n"), "already a user"));
     }
 
     // 14: Ctrl-C at the password prompt leaves the terminal echoing.
@@ -485,9 +441,7 @@ private Q_SLOTS:
         Site o;
         for (const char* suffix : {"", "-wal", "-shm", ".head"})
             QFile::remove(o.database() + suffix);
-        const ProcessRun refused = o.secadmin({"create", "--per-user"});
-        QCOMPARE(refused.exitCode, 1);
-        QVERIFY2(refused.err.contains(QLatin1String("--reuse-key")), qPrintable(refused.err));
+        QVERIFY(refusedSaying(o.secadmin({"create", "--per-user"}), "--reuse-key"));
         QVERIFY(!QFileInfo::exists(o.database()));
         QCOMPARE(o.secadmin({"create", "--per-user", "--reuse-key"}).exitCode, 0);
     }

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 using namespace nebra;
+using nebra::test::readFile;
 using nebra::test::SecurityFixture;
 using nebra::test::writeFile;
 
@@ -23,17 +24,13 @@ private Q_SLOTS:
         SecurityFixture fixture(dir.path());
         fixture.create();
         const QString path = fixture.settings().databasePath;
-        auto bytes = [&path] {
-            QFile file(path);
-            return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-        };
-        const QByteArray before = bytes();
+        const QByteArray before = readFile(path);
         QString error;
         QVERIFY(!SecurityStore::create(fixture.settings(), "tester", &error));
         QCOMPARE(error,
                  QStringLiteral("The security database \"%1\" already exists; it has not been changed.")
                      .arg(path));
-        QCOMPARE(bytes(), before);
+        QCOMPARE(readFile(path), before);
         // The site key that seals the audit chain is for its owner only.
         QCOMPARE(QFile::permissions(fixture.settings().siteKeyFile),
                  QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ReadUser |

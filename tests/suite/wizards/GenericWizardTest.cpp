@@ -201,9 +201,7 @@ private Q_SLOTS:
         o.fillUpToAnalysis("Raw");
         QCOMPARE(o.control<QComboBox>("cboUnits")->currentText(), "RFU");
         QVERIFY(QDir(o.protocols()).removeRecursively());
-        QFile blocker(o.protocols());
-        QVERIFY(blocker.open(QIODevice::WriteOnly)); // a file where the folder should be
-        blocker.close();
+        test::writeFile(o.protocols()); // a file where the folder should be
         o.wizard->button(QWizard::FinishButton)->click();
         QVERIFY(o.wizard->isVisible());
         QVERIFY(o.wizard->NewFileName().isEmpty());

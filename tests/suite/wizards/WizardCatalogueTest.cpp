@@ -1,5 +1,6 @@
 #include "WizardCatalogue.h"
 #include "SpecialFiles.h"
+#include "TestFiles.h"
 
 #include <QTemporaryDir>
 #include <QtTest>
@@ -33,11 +34,7 @@ private Q_SLOTS:
         QFETCH(QString, errorPart);
         QTemporaryDir dir;
         const QString path = WizardCatalogue::FileIn(dir.path());
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(content);
-        file.close();
-
+        test::writeFile(path, content);
         const WizardCatalogue catalogue(path);
         QStringList read;
         for (int i = 1; i <= catalogue.Wizards().Count(); ++i)

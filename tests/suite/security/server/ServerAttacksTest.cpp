@@ -7,13 +7,13 @@
 // else's name or re-chaining the trail as an administrator.
 
 #include "AdminToolCases.h"
-#include "PostgresServer.h"
 #include "SecretBytes.h"
 #include "SecuritySettings.h"
 #include "ServerAdministration.h"
 #include "ServerConnection.h"
 #include "ServerSecurityBackend.h"
 #include "ServerSession.h"
+#include "ServerSite.h"
 
 #include <QCryptographicHash>
 #include <QRegularExpression>
@@ -38,12 +38,8 @@ class ServerAttacksTest : public QObject
     Q_OBJECT
 
 private:
-    std::pair<QString, QString> newestEntry() { return test::newestEntry(*m_super); }
-    void admin(const std::function<bool(ServerAdministration&, QString*)>& change)
-    {
-        test::administer(*m_super, change);
-    }
-    void superuser(const QString& text) { test::script(*m_super, text); }
+    test::ServerSite m_site;
+    const test::PostgresServer& m_server = m_site.server;
 
     // What a second session of the client role sees of the others' statements while calls run.
     QString watchedWhile(const std::function<void()>& calls)
@@ -51,7 +47,7 @@ private:
         std::atomic<bool> watching{true};
         QSet<QString> seen;
         QThread* watcher = QThread::create([&] {
-            const std::unique_ptr<ServerConnection> observer = openConnection(m_server->client());
+            const std::unique_ptr<ServerConnection> observer = openConnection(m_server.client());
             while (watching)
                 for (const QString& text :
                      test::column(*observer, "SELECT coalesce(query, '') FROM pg_stat_activity "
@@ -72,28 +68,22 @@ private:
         for (const QRegularExpressionMatch& m : hex.globalMatch(text)) {
             const QByteArray hash = QCryptographicHash::hash(QByteArray::fromHex(m.captured(0).toLatin1()),
                                                              QCryptographicHash::Sha256);
-            QVERIFY2(test::column(*m_super, "SELECT count(*) FROM nebra.sessions WHERE token_hash = ?",
+            QVERIFY2(test::column(*m_site.owner, "SELECT count(*) FROM nebra.sessions WHERE token_hash = ?",
                                   {hash}) == QStringList{"0"},
                      qPrintable(m.captured(0)));
         }
     }
 
-    std::unique_ptr<test::PostgresServer> m_server;
-    std::unique_ptr<ServerConnection> m_super;
-
 private Q_SLOTS:
     void initTestCase()
     {
-        m_server = std::make_unique<test::PostgresServer>();
-        if (!m_server->problem().isEmpty())
-            QSKIP(qPrintable(m_server->problem()));
-        m_server->createSite();
-        m_super = openConnection(m_server->superuser());
-        admin([](ServerAdministration& a, QString* e) {
+        const QString problem = m_site.make([](ServerAdministration& a, QString* e) {
             return a.setPolicy(5, 4, e) && a.addUser("jsmith", {}, SecretBytes("correct horse"), e) &&
                    a.grant("jsmith", {"Reader", "Run"}, e) &&
                    a.addUser("pjones", {}, SecretBytes("battery staple"), e);
         });
+        if (!problem.isEmpty())
+            QSKIP(qPrintable(problem));
     }
 
     // A colleague with the client role's password watches the server's view of
@@ -103,10 +93,10 @@ private Q_SLOTS:
     void noSecretInQueryTextOrLog()
     {
         // A hash cost that keeps each call running for a while, so that the watcher sees it running.
-        admin([](ServerAdministration& a, QString* e) { return a.setPolicy(5, 10, e); });
+        m_site.admin([](ServerAdministration& a, QString* e) { return a.setPolicy(5, 10, e); });
         SecuritySettings settings;
         settings.backend = SecuritySettings::Backend::Server;
-        settings.server = m_server->client();
+        settings.server = m_server.client();
         QString error;
         const std::unique_ptr<ServerSecurityBackend> manager = ServerSecurityBackend::open(settings, &error);
         QVERIFY2(manager, qPrintable(error));
@@ -116,7 +106,7 @@ private Q_SLOTS:
             QVERIFY(manager->storeNewPassword({}, SecretBytes("correct horse"), SecretBytes("new password 1"),
                                               &error));
             // A fault in the trail makes each call fail, so the server logs them as errors.
-            superuser(
+            m_site.superuser(
                 QStringLiteral("CREATE FUNCTION public.fail() RETURNS trigger LANGUAGE plpgsql AS "
                                "$$ BEGIN RAISE EXCEPTION 'injected failure'; END $$; "
                                "CREATE TRIGGER injected BEFORE INSERT ON nebra.audit_trail FOR EACH ROW "
@@ -125,20 +115,20 @@ private Q_SLOTS:
             QCOMPARE(manager->append({}, "Reader", "Plate read").sequence, 0);
             QVERIFY(!manager->storeNewPassword({}, SecretBytes("new password 1"),
                                                SecretBytes("new password 2"), &error));
-            superuser("DROP TRIGGER injected ON nebra.audit_trail; DROP FUNCTION public.fail()");
+            m_site.superuser("DROP TRIGGER injected ON nebra.audit_trail; DROP FUNCTION public.fail()");
         });
         manager->endSession({}, "Log out");
-        admin([](ServerAdministration& a, QString* e) {
+        m_site.admin([](ServerAdministration& a, QString* e) {
             return a.setPolicy(5, 4, e) && a.setPassword("jsmith", SecretBytes("correct horse"), false, e);
         });
 
-        const QString log = m_server->logText();
+        const QString log = m_server.logText();
         QVERIFY2(log.contains(QLatin1String("injected failure")), qPrintable(log)); // the errors were logged
         for (const char* secret : {"correct horse", "new password 1", "new password 2"})
             QVERIFY2(!seen.contains(QLatin1String(secret)) && !log.contains(QLatin1String(secret)), secret);
         checkNoToken(seen + QLatin1Char('\n') + log);
         // The second layer is the server's: the client role cannot set it back.
-        const std::unique_ptr<ServerConnection> client = openConnection(m_server->client());
+        const std::unique_ptr<ServerConnection> client = openConnection(m_server.client());
         for (const char* setting : {"SET track_activities = on", "SET log_min_error_statement = error"}) {
             QVERIFY2(!client->execScript(QLatin1String(setting), &error), setting);
             QCOMPARE(client->lastState(), InsufficientPrivilege);
@@ -151,7 +141,7 @@ private Q_SLOTS:
     // the open transaction is ended by the server, and the lab carries on.
     void anOpenTransactionDoesNotBlockTheLab()
     {
-        const std::unique_ptr<ServerConnection> attacker = openConnection(m_server->client());
+        const std::unique_ptr<ServerConnection> attacker = openConnection(m_server.client());
         QString error;
         ServerResult held;
         QVERIFY(attacker->exec(held, "SELECT pg_backend_pid()", {}, &error) && held.next());
@@ -163,12 +153,12 @@ private Q_SLOTS:
         const auto attackerGone = [&] {
             ServerResult q;
             QString why;
-            return m_super->exec(q, "SELECT count(*) FROM pg_stat_activity WHERE pid = ?", {attackerPid},
-                                 &why) &&
+            return m_site.owner->exec(q, "SELECT count(*) FROM pg_stat_activity WHERE pid = ?", {attackerPid},
+                                      &why) &&
                    q.next() && q.value(0).toInt() == 0;
         };
 
-        ServerSettings patient = m_server->client();
+        ServerSettings patient = m_server.client();
         patient.lockTimeoutSeconds = 0;
         patient.statementTimeoutSeconds = 0;
         std::atomic<bool> done{false};
@@ -181,7 +171,7 @@ private Q_SLOTS:
         victim->start();
         const bool answered = QTest::qWaitFor([&] { return done.load(); }, 20000);
         if (!answered) // free the waiting workstation before failing, so the test ends
-            superuser(QStringLiteral("SELECT pg_terminate_backend(%1)").arg(attackerPid));
+            m_site.superuser(QStringLiteral("SELECT pg_terminate_backend(%1)").arg(attackerPid));
         victim->wait();
         delete victim;
         QVERIFY2(answered, "a log-in waited without bound behind another connection's open transaction");
@@ -191,7 +181,7 @@ private Q_SLOTS:
 
         QVERIFY2(QTest::qWaitFor(attackerGone, 30000),
                  "the server did not end a client connection left idle in a transaction");
-        const std::unique_ptr<ServerConnection> workstation = openConnection(m_server->client());
+        const std::unique_ptr<ServerConnection> workstation = openConnection(m_server.client());
         QCOMPARE(ServerSession(*workstation, "pc 2").logIn("pjones", SecretBytes("battery staple")).status,
                  LogInStatus::Success);
     }
@@ -202,19 +192,19 @@ private Q_SLOTS:
     // time-out once, and the token stays dead.
     void idleTokensEndOnTheServer()
     {
-        const std::unique_ptr<ServerConnection> client = openConnection(m_server->client());
+        const std::unique_ptr<ServerConnection> client = openConnection(m_server.client());
         ServerSession session(*client, "pc");
         const ServerLogIn in = session.logIn("jsmith", SecretBytes("correct horse"));
         QCOMPARE(in.status, LogInStatus::Success);
         QCOMPARE(in.idleMinutes, SecuritySettings::DefaultTimeOutMinutes);
         QString error;
         QCOMPARE(session.touch(in.token, &error), std::optional<bool>(true));
-        superuser(
+        m_site.superuser(
             QStringLiteral("UPDATE nebra.sessions SET last_used_utc = last_used_utc - interval '16 minutes' "
                            "WHERE ended_utc IS NULL"));
 
         QCOMPARE(session.isAllowed(in.token, "Reader", "Run", &error), std::optional<bool>(false));
-        QCOMPARE(newestEntry(),
+        QCOMPARE(m_site.newestEntry(),
                  std::make_pair(QStringLiteral("jsmith"),
                                 QStringLiteral("Session timed out on the server after 15 minutes "
                                                "without activity")));
@@ -222,7 +212,8 @@ private Q_SLOTS:
         qint64 count = 0;
         QVERIFY(!session.countAudit(in.token, {}, &count, &error));
         QCOMPARE(session.touch(in.token, &error), std::optional<bool>(false));
-        QCOMPARE(newestEntry().second, "Session timed out on the server after 15 minutes without activity");
+        QCOMPARE(m_site.newestEntry().second,
+                 "Session timed out on the server after 15 minutes without activity");
     }
 
     void changePasswordKeepsThePolicy_data()
@@ -243,11 +234,11 @@ private Q_SLOTS:
     {
         QFETCH(QByteArray, fresh);
         QFETCH(QString, refusal);
-        admin([](ServerAdministration& a, QString* e) {
+        m_site.admin([](ServerAdministration& a, QString* e) {
             return a.setPassword("pjones", SecretBytes("battery staple"), false, e) &&
                    a.setSessionPolicy(15, 6, e);
         });
-        const std::unique_ptr<ServerConnection> client = openConnection(m_server->client());
+        const std::unique_ptr<ServerConnection> client = openConnection(m_server.client());
         ServerSession session(*client, "pc");
         const ServerLogIn in = session.logIn("pjones", SecretBytes("battery staple"));
         QCOMPARE(in.passwordMinimumLength, 6);
@@ -256,7 +247,7 @@ private Q_SLOTS:
             session.changePassword(in.token, SecretBytes("battery staple"), SecretBytes(fresh), &error);
         QCOMPARE(outcome, refusal.isEmpty() ? ServerPasswordChange::Changed : ServerPasswordChange::Error);
         QCOMPARE(error, refusal);
-        admin([](ServerAdministration& a, QString* e) { return a.setSessionPolicy(15, 8, e); });
+        m_site.admin([](ServerAdministration& a, QString* e) { return a.setSessionPolicy(15, 8, e); });
     }
 
     // An administrator runs the tool under another login name's environment,
@@ -266,7 +257,7 @@ private Q_SLOTS:
     // an earlier version loses that membership at the next create.
     void administratorsAreWhoTheServerSays()
     {
-        superuser(QStringLiteral(
+        m_site.superuser(QStringLiteral(
             "CREATE ROLE bob LOGIN IN ROLE nebra_admin; CREATE ROLE carol LOGIN IN ROLE nebra_owner"));
         QProcess tool;
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
@@ -274,17 +265,18 @@ private Q_SLOTS:
         environment.insert("USER", "alice");
         tool.setProcessEnvironment(environment);
         tool.start(QStringLiteral(SECADMIN), {"grant", "jsmith", "Reader", "Print", "--backend", "postgresql",
-                                              "--server", m_server->socketFolder(), "--server-user", "bob"});
+                                              "--server", m_server.socketFolder(), "--server-user", "bob"});
         QVERIFY(tool.waitForFinished(60000));
         QVERIFY2(tool.exitCode() == 0, tool.readAllStandardError().constData());
-        QCOMPARE(newestEntry(), std::make_pair(QStringLiteral("bob"),
-                                               QStringLiteral("Right granted to jsmith: Reader/Print")));
+        QCOMPARE(
+            m_site.newestEntry(),
+            std::make_pair(QStringLiteral("bob"), QStringLiteral("Right granted to jsmith: Reader/Print")));
 
         QString error;
-        QVERIFY2(ServerSchema::createSite(m_server->superuser(), &error), qPrintable(error)); // moves carol
+        QVERIFY2(ServerSchema::createSite(m_server.superuser(), &error), qPrintable(error)); // moves carol
         for (const char* role : {"bob", "carol"}) {
             const std::unique_ptr<ServerConnection> administrator =
-                openConnection(m_server->settingsFor(QLatin1String(role)));
+                openConnection(m_server.settingsFor(QLatin1String(role)));
             for (const char* statement : {"SELECT mac_key FROM nebra.site_key", "SET ROLE nebra_owner",
                                           "UPDATE nebra.audit_trail SET text = 'nothing' WHERE seq = 1",
                                           "SELECT nebra.append_audit('bob', 'pc', 'General', 'forged')"}) {
@@ -300,7 +292,7 @@ private Q_SLOTS:
     // past the server's functions, nor accept a change of a document.
     void documentRecordsOnlyThroughTheServer()
     {
-        const std::unique_ptr<ServerConnection> client = openConnection(m_server->client());
+        const std::unique_ptr<ServerConnection> client = openConnection(m_server.client());
         QString error;
         // The table itself is tried with every other in ServerSchemaTest.
         QVERIFY(!client->execScript(QStringLiteral("SELECT * FROM nebra.admin_document_records()"), &error));

@@ -7,6 +7,7 @@
 #include "PostgresServer.h"
 #include "SecuritySettings.h"
 #include "SettingsStore.h"
+#include "TestFiles.h"
 #include "UserFolders.h"
 
 #include <QProcess>
@@ -47,11 +48,6 @@ class ServerConnectionTest : public QObject
                        QStringList{name + ".csr", "-CA", ca + ".crt", "-CAkey", ca + ".key", "-out",
                                    name + ".crt"});
     }
-    bool writeFile(const QString& name, const QByteArray& text)
-    {
-        QFile file(m_certificates.filePath(name));
-        return file.open(QIODevice::WriteOnly) && file.write(text) == text.size();
-    }
     // The server's own files: readable by its id, the key by nobody else.
     bool handToServer(const QString& name, QFileDevice::Permissions permissions)
     {
@@ -68,27 +64,24 @@ class ServerConnectionTest : public QObject
     // The administrator's system-wide file for a workstation across the network.
     void writeSystemFile(const QString& host, const QString& sslMode, const QString& rootCertificate)
     {
-        QDir().mkpath(QFileInfo(m_folders->systemSettingsFile()).absolutePath());
-        QFile file(m_folders->systemSettingsFile());
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(QStringLiteral("[Settings]\nSecurityConfigured=true\n[Security]\nBackend=postgresql\n"
-                                  "Server=%1\nServerPort=%2\nServerDatabase=postgres\nServerUser=%3\n"
-                                  "ServerSslMode=%4\nServerSslRootCert=%5\n")
-                       .arg(host)
-                       .arg(m_port)
-                       .arg(test::PostgresServer::Superuser, sslMode, rootCertificate)
-                       .toUtf8());
+        test::writeFile(m_folders.systemSettingsFile(),
+                        QStringLiteral("[Settings]\nSecurityConfigured=true\n[Security]\nBackend=postgresql\n"
+                                       "Server=%1\nServerPort=%2\nServerDatabase=postgres\nServerUser=%3\n"
+                                       "ServerSslMode=%4\nServerSslRootCert=%5\n")
+                            .arg(host)
+                            .arg(m_port)
+                            .arg(test::PostgresServer::Superuser, sslMode, rootCertificate)
+                            .toUtf8());
     }
 
     QTemporaryDir m_certificates;
-    std::unique_ptr<test::UserFolders> m_folders;
+    test::UserFolders m_folders;
     std::unique_ptr<test::PostgresServer> m_server;
     int m_port = 0;
 
 private Q_SLOTS:
     void initTestCase()
     {
-        m_folders = std::make_unique<test::UserFolders>();
         QVERIFY(QFile::setPermissions(
             m_certificates.path(), QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner |
                                        QFileDevice::ReadOther | QFileDevice::ExeOther));
@@ -97,10 +90,11 @@ private Q_SLOTS:
         QVERIFY(certificate("ca", "/CN=Lab Test Authority", {}));
         QVERIFY(certificate("other-ca", "/CN=Another Authority", {}));
         // The certificate names localhost only, not the address it is reached at as well.
-        QVERIFY(writeFile("san.ext", "subjectAltName=DNS:localhost\n"));
+        test::writeFile(m_certificates.filePath("san.ext"), "subjectAltName=DNS:localhost\n");
         QVERIFY(certificate("server", "/CN=localhost", "ca"));
         // TCP with TLS only: no "host" line, which would take plain connections as well.
-        QVERIFY(writeFile("pg_hba.conf", "local all all trust\nhostssl all all 127.0.0.1/32 trust\n"));
+        test::writeFile(m_certificates.filePath("pg_hba.conf"),
+                        "local all all trust\nhostssl all all 127.0.0.1/32 trust\n");
         QVERIFY(handToServer("server.key", QFileDevice::ReadOwner));
         QVERIFY(handToServer("server.crt", QFileDevice::ReadOwner | QFileDevice::ReadOther));
         QVERIFY(handToServer("pg_hba.conf", QFileDevice::ReadOwner));

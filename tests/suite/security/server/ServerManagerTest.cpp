@@ -80,12 +80,9 @@ private Q_SLOTS:
         QCOMPARE(messages.count(), 1);
         QVERIFY2(messages.last().text.startsWith(QLatin1String("The security database cannot be read.")),
                  qPrintable(messages.last().text));
+        // The entry's message is NebraSecurityManagerTest's (auditEntryThatCannotBeCommittedIsReported).
         QVERIFY(!manager->AddAuditTrailEntry("General", "While down"));
         QCOMPARE(messages.count(), 2);
-        QVERIFY2(messages.last().text.startsWith(NebraSecurityManager::auditWriteFailureText() +
-                                                 "\n\nThe audit trail entry could not be recorded"),
-                 qPrintable(messages.last().text));
-        QCOMPARE(messages.last().icon, MessageIcon::Critical);
 
         site.startServer();
         QVERIFY(manager->IsOperationAllowed("General", "RunProtocol"));

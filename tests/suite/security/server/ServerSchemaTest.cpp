@@ -4,11 +4,11 @@
 // behind the triggers.
 
 #include "ServerSchema.h"
-#include "PostgresServer.h"
 #include "SecretBytes.h"
 #include "ServerAdministration.h"
 #include "ServerConnection.h"
 #include "ServerSession.h"
+#include "ServerSite.h"
 
 #include <QtTest>
 
@@ -48,36 +48,34 @@ private:
     // A fresh site database of its own, so that tampering in one row leaves the others alone.
     ServerSettings freshSite(const QString& database)
     {
-        const ServerSettings settings = m_server->settingsFor(test::PostgresServer::Superuser, database);
+        const ServerSettings settings = m_server.settingsFor(test::PostgresServer::Superuser, database);
         QString error;
         if (!ServerSchema::createSite(settings, &error))
             qFatal("%s", qPrintable(error));
         return settings;
     }
 
-    std::unique_ptr<test::PostgresServer> m_server;
+    test::ServerSite m_site;
+    const test::PostgresServer& m_server = m_site.server;
 
 private Q_SLOTS:
     void initTestCase()
     {
-        m_server = std::make_unique<test::PostgresServer>();
-        if (!m_server->problem().isEmpty())
-            QSKIP(qPrintable(m_server->problem()));
-        m_server->createSite();
         // A user with a right, a role and a session, so that every table holds a row.
-        const std::unique_ptr<ServerConnection> owner = test::PostgresServer::connect(m_server->superuser());
-        test::administer(*owner, [](ServerAdministration& a, QString* e) {
+        const QString problem = m_site.make([](ServerAdministration& a, QString* e) {
             return a.addUser("jsmith", "Jane Smith", SecretBytes("correct horse"), e) &&
                    a.grant("jsmith", {"Reader", "Run"}, e) && a.addRole("Analyst", e) &&
                    a.grantToRole("Analyst", {"Reports", "*"}, e) && a.assignRole("jsmith", "Analyst", e);
         });
+        if (!problem.isEmpty())
+            QSKIP(qPrintable(problem));
     }
 
     void schemaIsAppliedOnce()
     {
         QString error;
-        QVERIFY2(ServerSchema::createSite(m_server->superuser(), &error), qPrintable(error));
-        const std::unique_ptr<ServerConnection> owner = test::PostgresServer::connect(m_server->superuser());
+        QVERIFY2(ServerSchema::createSite(m_server.superuser(), &error), qPrintable(error));
+        const std::unique_ptr<ServerConnection> owner = test::PostgresServer::connect(m_server.superuser());
         QCOMPARE(ServerSchema::version(*owner, &error), ServerSchema::latestVersion());
         const QString migrations = QString::number(ServerSchema::migrations().size());
         QCOMPARE(test::column(*owner,
@@ -89,7 +87,7 @@ private Q_SLOTS:
     // A table added later must be added to the list the privilege test tries.
     void everyTableIsTried()
     {
-        const std::unique_ptr<ServerConnection> owner = test::PostgresServer::connect(m_server->superuser());
+        const std::unique_ptr<ServerConnection> owner = test::PostgresServer::connect(m_server.superuser());
         const QStringList present =
             test::column(*owner, "SELECT schemaname || '.' || tablename FROM pg_tables "
                                  "WHERE schemaname IN ('nebra', 'nebra_crypto', 'public') ORDER BY 1");
@@ -137,26 +135,10 @@ private Q_SLOTS:
     void clientCannotTouchTablesOrOwnerCode()
     {
         QFETCH(QString, statement);
-        const std::unique_ptr<ServerConnection> client = test::PostgresServer::connect(m_server->client());
+        const std::unique_ptr<ServerConnection> client = test::PostgresServer::connect(m_server.client());
         QString error;
         QVERIFY2(!client->execScript(statement, &error), qPrintable(statement));
         QCOMPARE(client->lastState(), InsufficientPrivilege);
-    }
-
-    void clientCanRunItsFunctions()
-    {
-        const std::unique_ptr<ServerConnection> client = test::PostgresServer::connect(m_server->client());
-        ServerSession session(*client, "pc");
-        const ServerLogIn in = session.logIn("jsmith", SecretBytes("correct horse"));
-        QCOMPARE(in.status, LogInStatus::Success);
-        QString error;
-        QCOMPARE(session.isAllowed(in.token, "Reports", "Print", &error), true);
-        QVERIFY2(session.record(in.token, "Reader", "Plate read", &error) > 0, qPrintable(error));
-        // Reading the trail needs a right of its own, which the server checks itself.
-        qint64 count = 0;
-        QVERIFY(!session.countAudit(in.token, {}, &count, &error));
-        QCOMPARE(client->lastState(), InsufficientPrivilege);
-        QVERIFY2(session.logOut(in.token, "Log out", &error), qPrintable(error));
     }
 
     void triggersRefuseEvenTheOwner_data()
@@ -173,7 +155,7 @@ private Q_SLOTS:
     void triggersRefuseEvenTheOwner()
     {
         QFETCH(QString, statement);
-        const std::unique_ptr<ServerConnection> owner = test::PostgresServer::connect(m_server->superuser());
+        const std::unique_ptr<ServerConnection> owner = test::PostgresServer::connect(m_server.superuser());
         QString error;
         QVERIFY(!owner->execScript("SET ROLE nebra_owner; " + statement, &error));
         QCOMPARE(owner->lastState(), InsufficientPrivilege);
@@ -219,7 +201,7 @@ private Q_SLOTS:
 
         if (firstBad == 0 || QByteArray(QTest::currentDataTag()) == "entry slipped in") {
             const std::unique_ptr<ServerConnection> client = test::PostgresServer::connect(
-                m_server->settingsFor(ServerSettings::ClientRole, site.database));
+                m_server.settingsFor(ServerSettings::ClientRole, site.database));
             ServerSession session(*client, "pc");
             QCOMPARE(session.logIn("jsmith", SecretBytes("correct horse")).status, LogInStatus::Error);
         }

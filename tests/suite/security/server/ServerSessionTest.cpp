@@ -8,10 +8,10 @@
 // checked here.
 
 #include "ServerSession.h"
-#include "PostgresServer.h"
 #include "SecretBytes.h"
 #include "ServerAdministration.h"
 #include "ServerConnection.h"
+#include "ServerSite.h"
 
 #include <QProcess>
 #include <QSet>
@@ -24,26 +24,13 @@ class ServerSessionTest : public QObject
     Q_OBJECT
 
 private:
-    std::pair<QString, QString> newestEntry() { return test::newestEntry(*m_owner); }
-    void admin(const std::function<bool(ServerAdministration&, QString*)>& change)
-    {
-        test::administer(*m_owner, change);
-    }
-
-    std::unique_ptr<test::PostgresServer> m_server;
-    std::unique_ptr<ServerConnection> m_owner;
+    test::ServerSite m_site;
     std::unique_ptr<ServerConnection> m_client;
 
 private Q_SLOTS:
     void initTestCase()
     {
-        m_server = std::make_unique<test::PostgresServer>();
-        if (!m_server->problem().isEmpty())
-            QSKIP(qPrintable(m_server->problem()));
-        m_server->createSite();
-        m_owner = test::PostgresServer::connect(m_server->superuser());
-        m_client = test::PostgresServer::connect(m_server->client());
-        admin([](ServerAdministration& a, QString* e) {
+        const QString problem = m_site.make([](ServerAdministration& a, QString* e) {
             return a.setPolicy(3, 4, e) &&
                    a.addUser("jsmith", "Jane Smith", SecretBytes("correct horse"), e) &&
                    a.grant("jsmith", {"Reader", "Run"}, e) && a.addRole("Analyst", e) &&
@@ -52,6 +39,9 @@ private Q_SLOTS:
                    a.addUser("Ådne", {}, SecretBytes("fjord fjell"), e) &&
                    a.addUser("nopass", {}, SecretBytes(), e);
         });
+        if (!problem.isEmpty())
+            QSKIP(qPrintable(problem));
+        m_client = test::PostgresServer::connect(m_site.server.client());
     }
 
     void logIn_data()
@@ -84,7 +74,7 @@ private Q_SLOTS:
         const ServerLogIn in = session.logIn(name, SecretBytes(password));
         QCOMPARE(in.status, status);
         QCOMPARE(in.token.isEmpty(), status != LogInStatus::Success);
-        const auto [user, text] = newestEntry();
+        const auto [user, text] = m_site.newestEntry();
         QCOMPARE(text, recordedText);
         if (recordedUser.isEmpty()) {
             QVERIFY(user.startsWith(QLatin1String("unknown user #")));
@@ -98,23 +88,24 @@ private Q_SLOTS:
 
     void lockoutAtTheThreshold()
     {
-        admin([](ServerAdministration& a, QString* e) {
+        m_site.admin([](ServerAdministration& a, QString* e) {
             return a.addUser("lee", {}, SecretBytes("lee password"), e);
         });
         ServerSession session(*m_client, "pc");
         for (int i = 0; i < 3; ++i)
             QCOMPARE(session.logIn("lee", SecretBytes("guess")).status, LogInStatus::Refused);
-        QCOMPARE(newestEntry().second, "Account locked after 3 failed log ins");
+        QCOMPARE(m_site.newestEntry().second, "Account locked after 3 failed log ins");
         // Locked: the right password gets the same answer as a wrong one.
         QCOMPARE(session.logIn("lee", SecretBytes("lee password")).status, LogInStatus::Locked);
         QCOMPARE(session.logIn("lee", SecretBytes("guess")).status, LogInStatus::Locked);
-        QCOMPARE(newestEntry().second, "Log in refused: account locked");
-        admin([](ServerAdministration& a, QString* e) { return a.unlock("lee", e); });
+        QCOMPARE(m_site.newestEntry().second, "Log in refused: account locked");
+        m_site.admin([](ServerAdministration& a, QString* e) { return a.unlock("lee", e); });
         QCOMPARE(session.logIn("lee", SecretBytes("lee password")).status, LogInStatus::Success);
     }
 
     // The rights themselves are the manager's test, on either back end; here
-    // what only a server session has: a forged token, and the session once ended, have none.
+    // what only a server session has: a forged token, and the session once ended, have none,
+    // and the trail is read only with the reviewer's right, whatever the client checked.
     void rightsNeedTheSessionsToken()
     {
         ServerSession session(*m_client, "pc");
@@ -126,6 +117,10 @@ private Q_SLOTS:
         QCOMPARE(allowed(in.token), std::optional<bool>(true));
         QCOMPARE(allowed(QString(64, QLatin1Char('0'))), std::optional<bool>(false));
         QVERIFY(allowed("not a token") != std::optional<bool>(true));
+        // Reading the trail needs a right of its own, which the server checks itself.
+        qint64 count = 0;
+        QVERIFY(!session.countAudit(in.token, {}, &count, &error));
+        QCOMPARE(m_client->lastState(), "42501"); // insufficient privilege
         QVERIFY(session.logOut(in.token, "Log out", &error));
         QCOMPARE(allowed(in.token), std::optional<bool>(false));
     }
@@ -137,18 +132,19 @@ private Q_SLOTS:
         QString error;
         const qint64 first = session.record(in.token, "Reader", "Plate read", &error);
         QCOMPARE(session.record(in.token, "Reader", "Plate read", &error), first + 1);
-        QCOMPARE(newestEntry(), std::make_pair(QStringLiteral("jsmith"), QStringLiteral("Plate read")));
+        QCOMPARE(m_site.newestEntry(),
+                 std::make_pair(QStringLiteral("jsmith"), QStringLiteral("Plate read")));
         QVERIFY(session.logOut(in.token, "Log out", &error));
         QCOMPARE(session.record(in.token, "Reader", "After the end", &error), 0);
         QVERIFY(!error.isEmpty());
-        QCOMPARE(newestEntry().second, "Log out");
+        QCOMPARE(m_site.newestEntry().second, "Log out");
     }
 
     // Wrong current passwords count like failed log-ins: at the site's threshold of 3 the change
     // answers Locked.
     void passwordChangeAnswers()
     {
-        admin([](ServerAdministration& a, QString* e) {
+        m_site.admin([](ServerAdministration& a, QString* e) {
             return a.addUser("kim", {}, SecretBytes("first secret"), e);
         });
         ServerSession session(*m_client, "pc");
@@ -171,13 +167,13 @@ private Q_SLOTS:
     // writer's text, the sequence has no gaps and the chain holds.
     void workstationsWritingAtOnceLoseNothing()
     {
-        ServerAdministration administration(*m_owner, "pc");
+        ServerAdministration administration(*m_site.owner, "pc");
         const qint64 before = administration.verify().entryCount;
         std::vector<std::unique_ptr<QProcess>> writers;
         for (int i = 0; i < 8; ++i) {
             writers.push_back(std::make_unique<QProcess>());
             writers.back()->start(QStringLiteral(SERVER_WRITER),
-                                  {m_server->socketFolder(), ServerSettings::DefaultDatabase, "jsmith",
+                                  {m_site.server.socketFolder(), ServerSettings::DefaultDatabase, "jsmith",
                                    "correct horse", "3000"});
         }
         qint64 reported = 0;
@@ -198,8 +194,8 @@ private Q_SLOTS:
         QCOMPARE(verification.entryCount - before, reported);
         QSet<qint64> stored;
         for (const QString& seq : test::column(
-                 *m_owner, "SELECT seq FROM nebra.audit_trail WHERE seq > ? AND text LIKE 'Plate read by %'",
-                 {before}))
+                 *m_site.owner,
+                 "SELECT seq FROM nebra.audit_trail WHERE seq > ? AND text LIKE 'Plate read by %'", {before}))
             stored.insert(seq.toLongLong());
         QCOMPARE(stored, sequences);
     }
