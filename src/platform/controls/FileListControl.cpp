@@ -154,6 +154,7 @@ void FileListControl::list(bool keepSelection)
     m_refreshTimer->stop();
     if (m_pendingRead != 0)
         m_readers->cancel(std::exchange(m_pendingRead, 0));
+    const bool comments = m_model->needsComments();
     const QString folder = m_folder;
     const QString filter = m_filter;
     if (folder.isEmpty()) {
@@ -162,16 +163,15 @@ void FileListControl::list(bool keepSelection)
     }
     m_pendingRead = m_readers->read(
         folder, FolderReaders::Lane::User, this,
-        [folder, filter] { return FileListModel::read(folder, filter); },
-        [this, folder, keepSelection](DirectoryReader::FileListing listing) {
+        [folder, filter, comments] { return FileListModel::read(folder, filter, comments); },
+        [this, folder, keepSelection](FileListModel::Listing listing) {
             m_pendingRead = 0;
             showListing(folder, std::move(listing), keepSelection);
         },
         [this, folder] { showWaiting(folder); });
 }
 
-void FileListControl::showListing(const QString& folder, DirectoryReader::FileListing listing,
-                                  bool keepSelection)
+void FileListControl::showListing(const QString& folder, FileListModel::Listing listing, bool keepSelection)
 {
     const QHash<QString, bool> before = m_model->allEntries(); // name -> folder
     const QSet<QString> selected = selectedNames();
@@ -201,7 +201,7 @@ void FileListControl::showWaiting(const QString& folder)
     if (folder != m_folder)
         return;
     m_quiet = true;
-    m_model->load(folder, DirectoryReader::FileListing{});
+    m_model->load(folder, FileListModel::Listing{});
     m_quiet = false;
     m_state->setText(waitingText(folder));
     m_state->show();
@@ -289,6 +289,15 @@ void FileListControl::showListingState()
 
 void FileListControl::addColumn(const QString& name)
 {
+    listCommentsWhenShown();
+}
+
+// The comments are read with a listing, never as rows are drawn: a comment
+// column shown after the listing needs one more.
+void FileListControl::listCommentsWhenShown()
+{
+    if (m_model->needsComments() && !m_model->hasComments() && !m_model->folder().isEmpty())
+        refresh();
     m_model->addColumn(name);
     applyColumnVisibility();
 }
@@ -333,6 +342,7 @@ bool FileListControl::setColumnShown(const QString& name, bool shown)
     if (shown)
         m_hiddenByUser.remove(name);
     else
+    listCommentsWhenShown();
         m_hiddenByUser.insert(name);
     applyColumnVisibility();
     return isColumnShown(name);

@@ -2,6 +2,7 @@
 
 #include "DirectoryReader.h"
 #include "FileListItem.h"
+#include "FileListModel.h"
 
 #include <QList>
 #include <QSet>
@@ -19,7 +20,6 @@ namespace nebra {
 class FileListFilterBox;
 class FileListView;
 
-class FileListModel;
 class FolderReaders;
 
 // The file list pane: the subfolders and documents of one folder, filtered
@@ -147,7 +147,7 @@ private:
     void connectEvents();
     void markDirty();
     void list(bool keepSelection);
-    void showListing(const QString& folder, DirectoryReader::FileListing listing, bool keepSelection);
+    void showListing(const QString& folder, FileListModel::Listing listing, bool keepSelection);
     void showWaiting(const QString& folder);
     void applyColumnVisibility();
     int rowOf(const FileListItem& item) const;
@@ -156,6 +156,7 @@ private:
     QSet<QString> selectedNames() const;
     void reselect(const QSet<QString>& names, const QString& currentName);
     void onHeaderClicked(int section);
+    void listCommentsWhenShown();
     void showHeaderMenu(const QPoint& position);
     void showListingState();
     void showContextMenu(const QPoint& position);
