@@ -13,6 +13,7 @@ namespace nebra {
 
 class CommandSwitches;
 class FileListControl;
+class FolderReaders;
 class FolderTreeControl;
 class SuitePaths;
 class SuiteSettings;
@@ -96,6 +97,7 @@ private:
     const SuitePaths& m_paths;
     bool m_instrumentDriversInUse;
     SortByColumnTimer m_sortTimer;
+    FolderReaders* m_readers;
     ShowPreview m_showPreview;
     ClearPreview m_clearPreview;
     QString m_currentDocumentTypeName;

@@ -5,8 +5,6 @@
 #include "FileListView.h"
 
 #include "FileListModel.h"
-#include "FileListPrompts.h"
-#include "FileOperations.h"
 #include "FolderReaders.h"
 
 #include <QAction>
@@ -154,9 +152,9 @@ void FileListControl::list(bool keepSelection)
     m_refreshTimer->stop();
     if (m_pendingRead != 0)
         m_readers->cancel(std::exchange(m_pendingRead, 0));
-    const bool comments = m_model->needsComments();
     const QString folder = m_folder;
     const QString filter = m_filter;
+    const bool comments = m_model->needsComments();
     if (folder.isEmpty()) {
         showListing(folder, {}, false); // nothing to list
         return;
@@ -289,6 +287,8 @@ void FileListControl::showListingState()
 
 void FileListControl::addColumn(const QString& name)
 {
+    m_model->addColumn(name);
+    applyColumnVisibility();
     listCommentsWhenShown();
 }
 
@@ -298,8 +298,6 @@ void FileListControl::listCommentsWhenShown()
 {
     if (m_model->needsComments() && !m_model->hasComments() && !m_model->folder().isEmpty())
         refresh();
-    m_model->addColumn(name);
-    applyColumnVisibility();
 }
 
 void FileListControl::setDocumentIcon(const QIcon& icon)
@@ -342,9 +340,9 @@ bool FileListControl::setColumnShown(const QString& name, bool shown)
     if (shown)
         m_hiddenByUser.remove(name);
     else
-    listCommentsWhenShown();
         m_hiddenByUser.insert(name);
     applyColumnVisibility();
+    listCommentsWhenShown();
     return isColumnShown(name);
 }
 
@@ -503,63 +501,6 @@ void FileListControl::ensureItemVisible(const FileListItem& item)
     const int row = rowOf(item);
     if (row >= 0)
         m_view->scrollTo(m_model->index(row, 0));
-}
-
-void FileListControl::editItem(const FileListItem& item)
-{
-    const int row = rowOf(item);
-    if (row >= 0)
-        m_view->edit(m_model->index(row, 0));
-}
-
-bool FileListControl::renameItem(const FileListItem& item, const QString& newName)
-{
-    const int row = rowOf(item);
-    if (row < 0 || newName == m_model->displayedName(row))
-        return false;
-    bool cancel = false;
-    Q_EMIT beforeItemRenamed(item, newName, cancel);
-    if (cancel || !FileListPrompts::acceptNewName(this, newName))
-        return false;
-    const int rowNow = rowOf(item); // a handler may have changed the list
-    if (rowNow < 0)
-        return false;
-    QString name = newName;
-    const QString oldName = m_model->fileName(rowNow);
-    if (!m_model->showExtensions() && !m_model->isFolder(rowNow) && oldName != m_model->displayedName(rowNow))
-        name += oldName.mid(m_model->displayedName(rowNow).size()); // the hidden extension stays
-    const QString oldPath = m_model->fullPath(rowNow);
-    const QString newPath = QFileInfo(oldPath).path() + QLatin1Char('/') + name;
-    if (const int error = FileOperations::RenameNoReplace(oldPath, newPath)) {
-        FileListPrompts::renameFailed(this, oldName, name, error);
-        return false;
-    }
-    m_model->renameEntry(rowNow, name);
-    Q_EMIT itemRenamed(itemAtRow(rowNow), oldPath);
-    return true;
-}
-
-void FileListControl::deleteSelectedItems()
-{
-    const QList<FileListItem> items = selectedItems();
-    if (items.isEmpty())
-        return;
-    if (!FileListPrompts::confirmMoveToTrash(this, items.first().name(), items.first().isFolder(),
-                                             int(items.size())))
-        return;
-    QStringList failed;
-    for (const FileListItem& item : items) {
-        QFile file(item.path());
-        if (!file.moveToTrash()) {
-            failed.append(FileListPrompts::moveToTrashFailure(item.name(), file.errorString()));
-            continue;
-        }
-        m_model->removeEntry(rowOf(item));
-        Q_EMIT itemRemoved(item);
-    }
-    showListingState();
-    if (!failed.isEmpty())
-        FileListPrompts::moveToTrashFailed(this, failed);
 }
 
 void FileListControl::activateItem(const FileListItem& item)
