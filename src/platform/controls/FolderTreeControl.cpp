@@ -94,6 +94,17 @@ FolderTreeControl::FolderTreeControl(QWidget* parent)
 
 FolderTreeControl::~FolderTreeControl() = default;
 
+void FolderTreeControl::setBusy(bool busy)
+{
+    if (busy == m_busy)
+        return;
+    m_busy = busy;
+    if (busy)
+        m_view->viewport()->setCursor(Qt::BusyCursor);
+    else
+        m_view->viewport()->unsetCursor();
+}
+
 void FolderTreeControl::setCaption(const QString& caption)
 {
     m_caption->setText(caption);

@@ -87,6 +87,9 @@ public:
     // current node stays current, without events, when it is still there.
     void beginUpdate();
     void endUpdate();
+    // Nodes are still being read from the disk: the tree shows a busy pointer.
+    void setBusy(bool busy);
+    bool isBusy() const { return m_busy; }
 
     FolderNode currentNode() const;
     // Makes node the current (selected) node, opening its ancestors; emits
@@ -128,6 +131,7 @@ private:
     FolderNode m_currentBeforeUpdate;
     DisplayMode m_displayMode = DisplayMode::Compact;
     bool m_navigating = false;
+    bool m_busy = false;
 };
 
 } // namespace nebra
