@@ -59,6 +59,26 @@ struct Listing
     }
 };
 
+// A list of a folder on a bindfs share ("share", backed by "backing").
+struct SharedListing
+{
+    QTemporaryDir dir;
+    FuseShare share;
+    FileListControl list;
+    QString mount = dir.filePath("share");
+
+    // Mounts the share with the files given and lists it.
+    bool listed(const QStringList& files)
+    {
+        if (!share.mount(dir.filePath("backing"), mount))
+            return false;
+        for (const QString& name : files)
+            writeFile(dir.filePath("backing/" + name));
+        list.setFolder(mount);
+        return waitForListing(list);
+    }
+};
+
 } // namespace
 
 class FileListControlTest : public QObject
@@ -244,15 +264,10 @@ private Q_SLOTS:
     {
         if (const QString reason = FuseShare::unavailableReason(); !reason.isEmpty())
             QSKIP(qPrintable(reason));
-        QTemporaryDir dir;
-        const QString mount = dir.filePath("share");
-        FuseShare share;
-        QVERIFY(share.mount(dir.filePath("backing"), mount));
-        writeFile(dir.filePath("backing/run.ars"));
+        SharedListing shared;
+        QVERIFY(shared.listed({"run.ars"}));
+        auto& [dir, share, list, mount] = shared;
         writeFile(dir.filePath("local/here.ars"));
-        FileListControl list;
-        list.setFolder(mount);
-        QVERIFY(waitForListing(list));
         QCOMPARE(list.itemCount(), 1);
 
         share.freeze();
@@ -280,15 +295,9 @@ private Q_SLOTS:
         if (const QString reason = FuseShare::unavailableReason(); !reason.isEmpty())
             QSKIP(qPrintable(reason));
         UserFolders user;
-        QTemporaryDir dir;
-        const QString mount = dir.filePath("share");
-        FuseShare share;
-        QVERIFY(share.mount(dir.filePath("backing"), mount));
-        writeFile(dir.filePath("backing/a.ars"));
-        writeFile(dir.filePath("backing/b.ars"));
-        FileListControl list;
-        list.setFolder(mount);
-        QVERIFY(waitForListing(list));
+        SharedListing shared;
+        QVERIFY(shared.listed({"a.ars", "b.ars"}));
+        auto& [dir, share, list, mount] = shared;
         MessageRecorder messages;
         messages.answer(MessageButton::Yes);
 
