@@ -121,8 +121,20 @@ void FileView::UpdateDocumentCommands()
     }
 }
 
+// A folder the tree has no node for yet may be among the branches it is
+// still reading: asked again once they have arrived.
+bool FileView::waitForTree(const QString& folder, const std::function<void()>& again)
+{
+    if (!m_tree.isBusy() || m_tree.nodes().findFolderPath(folder).isValid())
+        return false;
+    connect(&m_tree, &FolderTreeControl::idle, this, again, Qt::SingleShotConnection);
+    return true;
+}
+
 void FileView::selectFolder(const QString& folder)
 {
+    if (waitForTree(folder, [this, folder] { selectFolder(folder); }))
+        return;
     const FolderNode node = m_tree.nodes().findFolderPath(folder);
     if (node.isValid())
         m_tree.setCurrentNode(node);
@@ -131,6 +143,8 @@ void FileView::selectFolder(const QString& folder)
 void FileView::ShowDocument(const QString& path)
 {
     const QString folder = QFileInfo(path).absolutePath();
+    if (waitForTree(folder, [this, path] { ShowDocument(path); }))
+        return;
     selectFolder(folder);
     if (QDir::cleanPath(m_tree.currentNode().folderPath()).compare(folder, Qt::CaseInsensitive) != 0) {
         documentGone(path);

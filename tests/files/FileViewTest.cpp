@@ -128,6 +128,20 @@ private Q_SLOTS:
         QCOMPARE(o.previews.last(), QStringLiteral("clear")); // an empty folder clears the preview
     }
 
+    // A document in a folder the tree is still reading is shown once the folder has arrived.
+    void aDocumentWaitsForTheTreeToReadItsFolder()
+    {
+        Organiser o;
+        MessageRecorder messages;
+        o.open({"Protocols/P.apr"}, DocumentType::Protocols);
+        writeFile(o.data("Results/Run 1/R.ars"));
+        o.organiser.RecreateResultsNode();
+        o.view.ShowDocument(o.data("Results/Run 1/R.ars"));
+        QTRY_COMPARE(o.tree->currentNode().folderPath(), o.data("Results/Run 1"));
+        QTRY_COMPARE(o.list->firstSelectedItem().name(), QStringLiteral("R.ars"));
+        QCOMPARE(messages.count(), 0);
+    }
+
     void renamingKeepsTheExtensionShown()
     {
         Organiser o;

@@ -99,10 +99,12 @@ void FolderTreeControl::setBusy(bool busy)
     if (busy == m_busy)
         return;
     m_busy = busy;
-    if (busy)
+    if (busy) {
         m_view->viewport()->setCursor(Qt::BusyCursor);
-    else
-        m_view->viewport()->unsetCursor();
+        return;
+    }
+    m_view->viewport()->unsetCursor();
+    Q_EMIT idle();
 }
 
 void FolderTreeControl::setCaption(const QString& caption)

@@ -88,6 +88,7 @@ public:
     void beginUpdate();
     void endUpdate();
     // Nodes are still being read from the disk: the tree shows a busy pointer.
+    // idle() follows when it is no longer busy.
     void setBusy(bool busy);
     bool isBusy() const { return m_busy; }
 
@@ -107,6 +108,8 @@ Q_SIGNALS:
     void currentNodeChanged(const FolderNode& node, int state);
     // A node became the selected one.
     void nodeSelected(const FolderNode& node);
+    // The nodes being read from the disk have all arrived.
+    void idle();
 
 private:
     void onCurrentChanged(const QModelIndex& current, const QModelIndex& previous);
