@@ -154,14 +154,13 @@ void FileListControl::list(bool keepSelection)
         m_readers->cancel(std::exchange(m_pendingRead, 0));
     const QString folder = m_folder;
     const QString filter = m_filter;
-    const bool comments = m_model->needsComments();
     if (folder.isEmpty()) {
         showListing(folder, {}, false); // nothing to list
         return;
     }
     m_pendingRead = m_readers->read(
         folder, FolderReaders::Lane::User, this,
-        [folder, filter, comments] { return FileListModel::read(folder, filter, comments); },
+        [folder, filter] { return FileListModel::read(folder, filter, false); },
         [this, folder, keepSelection](FileListModel::Listing listing) {
             m_pendingRead = 0;
             showListing(folder, std::move(listing), keepSelection);
@@ -189,6 +188,7 @@ void FileListControl::showListing(const QString& folder, FileListModel::Listing 
         if (selectedNames() != selected)
             onSelectionChanged();
     }
+    readComments();
     Q_EMIT listed();
 }
 
@@ -289,15 +289,22 @@ void FileListControl::addColumn(const QString& name)
 {
     m_model->addColumn(name);
     applyColumnVisibility();
-    listCommentsWhenShown();
+    readComments();
 }
 
-// The comments are read with a listing, never as rows are drawn: a comment
-// column shown after the listing needs one more.
-void FileListControl::listCommentsWhenShown()
+// The comments are read after the listing, on the background lane, never as
+// rows are drawn: a long folder shows its rows first.
+void FileListControl::readComments()
 {
-    if (m_model->needsComments() && !m_model->hasComments() && !m_model->folder().isEmpty())
-        refresh();
+    const QString folder = m_model->folder();
+    if (!m_model->needsComments() || m_model->hasComments() || folder.isEmpty() || m_model->error() != 0)
+        return;
+    m_readers->read(
+        folder, FolderReaders::Lane::Background, this,
+        [folder, names = m_model->namesById()] { return FileListModel::readComments(folder, names); },
+        [this, generation = m_model->generation()](std::vector<QString> comments) {
+            m_model->setComments(generation, std::move(comments));
+        });
 }
 
 void FileListControl::setDocumentIcon(const QIcon& icon)
@@ -342,7 +349,7 @@ bool FileListControl::setColumnShown(const QString& name, bool shown)
     else
         m_hiddenByUser.insert(name);
     applyColumnVisibility();
-    listCommentsWhenShown();
+    readComments();
     return isColumnShown(name);
 }
 

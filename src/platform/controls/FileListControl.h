@@ -156,7 +156,7 @@ private:
     void showBusy(const QString& folder);
     int rowOfName(const QString& name) const;
     void applyColumnVisibility();
-    void listCommentsWhenShown();
+    void readComments();
     int rowOf(const FileListItem& item) const;
     FileListItem itemAtRow(int row) const;
     void onSelectionChanged();

@@ -120,11 +120,45 @@ FileListModel::Listing FileListModel::read(const QString& folder, const QString&
 {
     Listing listing{DirectoryReader::files(QFile::encodeName(folder), WildcardFilter(filter)), {}};
     if (comments) {
-        listing.comments.reserve(listing.files.records.size());
+        std::vector<QString> names;
+        names.reserve(listing.files.records.size());
         for (const DirectoryReader::FileRecord& record : listing.files.records)
-            listing.comments.push_back(readComment(folder + QLatin1Char('/') + record.name));
+            names.push_back(record.name);
+        listing.comments = readComments(folder, names);
     }
     return listing;
+}
+
+std::vector<QString> FileListModel::namesById() const
+{
+    std::vector<QString> names(static_cast<size_t>(m_idCount));
+    for (const Entry& entry : m_entries)
+        names[size_t(entry.id)] = entry.name;
+    return names;
+}
+
+std::vector<QString> FileListModel::readComments(const QString& folder, const std::vector<QString>& names)
+{
+    std::vector<QString> comments;
+    comments.reserve(names.size());
+    for (const QString& name : names)
+        comments.push_back(name.isEmpty() ? QString() : readComment(folder + QLatin1Char('/') + name));
+    return comments;
+}
+
+void FileListModel::setComments(quint32 generation, std::vector<QString> comments)
+{
+    if (generation != m_generation || comments.size() != size_t(m_idCount))
+        return;
+    for (Entry& entry : m_entries)
+        entry.comment = std::move(comments[size_t(entry.id)]);
+    m_hasComments = true;
+    if (m_kinds[size_t(m_sortColumn)] == Kind::Comment) {
+        relayout([this] { sortEntries(); });
+        return;
+    }
+    if (const int column = columnOf(CommentColumn); column >= 0 && rowCount() > 0)
+        Q_EMIT dataChanged(index(0, column), index(rowCount() - 1, column));
 }
 
 bool FileListModel::load(const QString& folder, Listing listing)

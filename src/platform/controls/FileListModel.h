@@ -19,9 +19,9 @@ namespace nebra {
 //
 // The columns this model knows are "Name", "Size", "Type", "Date Modified"
 // and "Comment" (the file's user.xdg.comment extended attribute, read with
-// the listing); any other column is empty. Sorting keeps folders before files and compares the raw
-// modification times (seconds and nanoseconds), never converted dates; the
-// date text and the comment are made only for the rows a view asks for.
+// or after the listing, never when drawn); any other column is empty. Sorting keeps folders before files and
+// compares the raw modification times (seconds and nanoseconds), never converted dates; the date text and the
+// comment are made only for the rows a view asks for.
 //
 // A hidden column is no column of the model at all (views and screen
 // readers see only the shown ones); columns() still names every column in
@@ -71,14 +71,21 @@ public:
     // model is then empty.
     bool load(const QString& folder, const QString& filter);
     // The same in two halves: read() touches only the disk and may run on
-    // any thread; load() takes its result on the model's thread. The
-    // comments are read here or never: data() never reads the disk.
+    // any thread; load() takes its result on the model's thread. data()
+    // never reads the disk: the comments come from here or readComments().
     static Listing read(const QString& folder, const QString& filter, bool comments);
     bool load(const QString& folder, Listing listing);
     // A listing needs the comments: a "Comment" column is shown.
     bool needsComments() const { return columnOf(CommentColumn) >= 0; }
-    // The last load brought the comments.
+    // The entries of the last load have their comments.
     bool hasComments() const { return m_hasComments; }
+    // The comments read apart from the listing, so that a long folder shows
+    // its rows first: readComments() of namesById() touches only the disk and
+    // may run on any thread; setComments() takes them unless another load
+    // came meanwhile.
+    std::vector<QString> namesById() const;
+    static std::vector<QString> readComments(const QString& folder, const std::vector<QString>& names);
+    void setComments(quint32 generation, std::vector<QString> comments);
     QString folder() const { return m_folder; }
     int error() const { return m_error; }
     // Moves on with every load, so that old item handles can tell they are stale.

@@ -15,6 +15,8 @@
 #include <QTest>
 #include <QTreeView>
 
+#include <sys/xattr.h>
+
 using namespace nebra;
 using nebra::test::FuseShare;
 using nebra::test::makeFolder;
@@ -124,6 +126,23 @@ private Q_SLOTS:
         QCOMPARE(heard(), QStringList({"Name", "Date Modified"}));
         QVERIFY(listing.list.setColumnShown(QStringLiteral("Type"), true)); // back in its place
         QCOMPARE(heard(), QStringList({"Name", "Type", "Date Modified", "a type cell", "a type cell"}));
+    }
+
+    // A comment column is filled from the files' comments after the listing.
+    void theCommentsFollowTheListing()
+    {
+        Listing listing;
+        const QByteArray comment("Plate 3");
+        if (::setxattr(QFile::encodeName(listing.dir.filePath("new.apr")).constData(), "user.xdg.comment",
+                       comment.constData(), size_t(comment.size()), 0) != 0)
+            QSKIP("this file system keeps no user extended attributes");
+        listing.list.addColumn(QStringLiteral("Comment"));
+        QAbstractItemModel* model = listing.list.view()->model();
+        const QModelIndex name =
+            model->match(model->index(0, 0), Qt::DisplayRole, QStringLiteral("new.apr"), 1, Qt::MatchExactly)
+                .value(0);
+        QTRY_COMPARE(name.siblingAtColumn(model->columnCount() - 1).data().toString(),
+                     QStringLiteral("Plate 3"));
     }
 
     void renameRefusesWhatTheFileSystemCannotTake_data()
