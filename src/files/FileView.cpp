@@ -2,6 +2,7 @@
 
 #include "CommandSwitches.h"
 #include "FileListControl.h"
+#include "FolderReaders.h"
 #include "FolderTreeControl.h"
 #include "FolderTreeModel.h"
 #include "Messages.h"
@@ -27,7 +28,7 @@ FileView::FileView(FolderTreeControl& tree, FileListControl& list, CommandSwitch
                    SortByColumnTimer::Clock clock, QObject* parent)
     : QObject(parent), m_tree(tree), m_list(list), m_commands(commands), m_settings(settings), m_paths(paths),
       m_instrumentDriversInUse(instrumentDriversInUse),
-      m_sortTimer([this] { showSelectionAfterSort(); }, std::move(clock))
+      m_sortTimer([this] { showSelectionAfterSort(); }, std::move(clock)), m_readers(new FolderReaders(this))
 {
 }
 
@@ -120,8 +121,20 @@ void FileView::UpdateDocumentCommands()
     }
 }
 
+// A folder the tree has no node for yet may be among the branches it is
+// still reading: asked again once they have arrived.
+bool FileView::waitForTree(const QString& folder, const std::function<void()>& again)
+{
+    if (!m_tree.isBusy() || m_tree.nodes().findFolderPath(folder).isValid())
+        return false;
+    connect(&m_tree, &FolderTreeControl::idle, this, again, Qt::SingleShotConnection);
+    return true;
+}
+
 void FileView::selectFolder(const QString& folder)
 {
+    if (waitForTree(folder, [this, folder] { selectFolder(folder); }))
+        return;
     const FolderNode node = m_tree.nodes().findFolderPath(folder);
     if (node.isValid())
         m_tree.setCurrentNode(node);
@@ -130,6 +143,8 @@ void FileView::selectFolder(const QString& folder)
 void FileView::ShowDocument(const QString& path)
 {
     const QString folder = QFileInfo(path).absolutePath();
+    if (waitForTree(folder, [this, path] { ShowDocument(path); }))
+        return;
     selectFolder(folder);
     if (QDir::cleanPath(m_tree.currentNode().folderPath()).compare(folder, Qt::CaseInsensitive) != 0) {
         documentGone(path);
@@ -240,21 +255,24 @@ void FileView::OnItemRenamed(const FileListItem& item, const QString& oldPath)
 // The preview page of a renamed document follows it. A protocol's preview
 // shows the protocol's name, so it is dropped and made again by the assay
 // application; other previews are renamed unless the new name is taken.
+// On a reader thread: the preview may be on a server that does not answer.
 void FileView::renamePreviewFile(const QString& oldPath, const QString& newPath)
 {
     const QString preview = m_paths.PreviewFileFor(oldPath);
-    if (preview == oldPath || !QFileInfo::exists(preview))
+    const QString newPreview = m_paths.PreviewFileFor(newPath);
+    if (preview == oldPath || newPreview == newPath)
         return;
-    bool done = true;
-    if (oldPath.endsWith(QLatin1String(".apr"), Qt::CaseInsensitive)) {
-        done = QFile::remove(preview);
-    } else {
-        const QString newPreview = m_paths.PreviewFileFor(newPath);
-        if (newPreview == newPath || QFileInfo::exists(newPreview))
+    const bool drop = oldPath.endsWith(QLatin1String(".apr"), Qt::CaseInsensitive);
+    const auto follow = [preview, newPreview, drop] {
+        if (!QFileInfo::exists(preview))
+            return true;
+        if (drop)
+            return QFile::remove(preview);
+        return QFileInfo::exists(newPreview) || QFile::rename(preview, newPreview);
+    };
+    m_readers->read(preview, FolderReaders::Lane::User, this, follow, [this, preview](bool done) {
+        if (done)
             return;
-        done = QFile::rename(preview, newPreview);
-    }
-    if (!done)
         Messages::show(
             {QStringLiteral("The file: \r\n%1\r\ndoes not appears to be a valid Assay Protocol file and "
                             "cannot be opened.")
@@ -264,6 +282,7 @@ void FileView::renamePreviewFile(const QString& oldPath, const QString& newPath)
              MessageButton::Ok,
              MessageButton::Ok,
              &m_list});
+    });
 }
 
 // Subfolders that appear in or vanish from the list keep the tree in step,

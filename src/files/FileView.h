@@ -13,6 +13,7 @@ namespace nebra {
 
 class CommandSwitches;
 class FileListControl;
+class FolderReaders;
 class FolderTreeControl;
 class SuitePaths;
 class SuiteSettings;
@@ -54,7 +55,7 @@ public:
     // Selects the document's folder in the tree and, once listed, the
     // document in the list (File > Recent, the welcome page's recent links);
     // a document no longer in a folder of the tree, or no longer listed, is
-    // reported.
+    // reported. While the tree reads its branches, both wait for them.
     void ShowDocument(const QString& path);
     // Selects the tree's node of the folder; a folder not in the tree selects nothing.
     void selectFolder(const QString& folder);
@@ -85,6 +86,7 @@ private:
     void showSelectionAfterSort();
     FolderNode trackedChild(const FileListItem& item, bool& tracked) const;
     void renamePreviewFile(const QString& oldPath, const QString& newPath);
+    bool waitForTree(const QString& folder, const std::function<void()>& again);
     void onListed();
     void selectDocument(const QString& path);
     void documentGone(const QString& path);
@@ -96,6 +98,7 @@ private:
     const SuitePaths& m_paths;
     bool m_instrumentDriversInUse;
     SortByColumnTimer m_sortTimer;
+    FolderReaders* m_readers;
     ShowPreview m_showPreview;
     ClearPreview m_clearPreview;
     QString m_currentDocumentTypeName;

@@ -2,6 +2,7 @@
 
 #include "BrowserControl.h"
 #include "DocumentTypes.h"
+#include "FileListControl.h"
 #include "FolderReaders.h"
 #include "PlateLayoutViewer.h"
 #include "PreviewAge.h"
@@ -90,14 +91,42 @@ void PreviewPane::cancelPageRead()
         m_readers->cancel(std::exchange(m_pageRead, 0));
 }
 
+// The layout is read on a reader thread; until it arrives the viewer shows
+// nothing of the layout before, and after two seconds that the folder is
+// waited for. An unreadable layout is the viewer's notice, never an error here.
 void PreviewPane::showLayout(const QString& layoutPath)
 {
-    // An unreadable layout is shown as the viewer's notice, never as an error here.
-    m_viewer.LoadFile(layoutPath);
-    if (m_viewer.isHidden()) {
-        m_viewer.show();
-        m_viewer.raise();
-    }
+    struct Read
+    {
+        std::optional<PlateLayout> layout;
+        QString error;
+    };
+    const auto show = [this] {
+        if (m_viewer.isHidden()) {
+            m_viewer.show();
+            m_viewer.raise();
+        }
+    };
+    m_viewer.clear();
+    m_pageRead = m_readers->read(
+        layoutPath, FolderReaders::Lane::User, this,
+        [layoutPath] {
+            Read read;
+            read.layout = PlateLayout::Load(layoutPath, read.error);
+            return read;
+        },
+        [this, show](const Read& read) {
+            m_pageRead = 0;
+            if (read.layout)
+                m_viewer.setPlateLayout(*read.layout);
+            else
+                m_viewer.showError(read.error);
+            show();
+        },
+        [this, show, layoutPath] {
+            m_viewer.showMessage(FileListControl::waitingText(QFileInfo(layoutPath).path()));
+            show();
+        });
 }
 
 void PreviewPane::ShowPage(const QString& address)

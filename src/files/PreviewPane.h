@@ -30,9 +30,10 @@ struct PreviewItem
 // The current page is the address last sent to the browser ("about:blank"
 // after clearing); asking for it again refreshes instead of navigating. The
 // selected tree node keeps the page last shown for it, through a hook.
-// Whether a document's preview page exists and is up to date is read on a
-// reader thread (FolderReaders); the page follows when the answer arrives,
-// unless another page was asked for meanwhile.
+// Whether a document's preview page exists and is up to date, and a layout,
+// are read on a reader thread (FolderReaders); the page or the layout follows
+// when the answer arrives, unless another preview was asked for meanwhile.
+// A layout not read within two seconds shows that its folder is waited for.
 // Waits for the browser are bounded local event loops, so a page that never
 // completes cannot hang the Organiser, and other events run meanwhile.
 class PreviewPane : public QObject

@@ -49,67 +49,103 @@ DataFolders::DataFolders(SuitePaths& paths, SuiteSettings& settings, DriverSourc
 {
 }
 
-void DataFolders::CreateAnyMissingNebraDirectories()
+// What the making of the data folders does, read from the settings: each
+// folder in order (a parent before its children) with the example files a
+// folder made in this run is seeded with.
+struct DataFolders::Plan
 {
-    LogTraceBlock();
-    m_settings.BeginFolderUpdate();
-    m_fileSystem = m_fileSystemFactory();
-    if (m_fileSystem) {
-        createFolderTree();
-        createDriverFolders();
-    }
-    m_settings.EndFolderUpdate();
-}
-
-void DataFolders::createFolderTree()
-{
-    const FileSystemObject& fs = *m_fileSystem;
     struct Folder
     {
         QString path;
-        QStringList seeds;
+        QStringList seeds;         // full source patterns
+        bool onlyWithLast = false; // made only when the folder before it was made in this run
     };
-    // In this order: each creation is one level deep, so a parent comes
-    // before its children.
-    const Folder folders[] = {
-        {m_paths.ParentDirectory(), {}},
-        {m_paths.MyAssaysFolder(), {}},
-        {m_paths.LayoutsFolder(), {QStringLiteral("/Microplate Layouts/*.mlo")}},
-        {m_paths.ReadConfigurationsFolder(), {}},
-        {m_paths.ResultsFolder(), {QStringLiteral("/Results/*.ars"), QStringLiteral("/Results/*.mht")}},
-        {m_paths.ProtocolsFolder(), {QStringLiteral("/Protocols/*.*")}},
-        {m_paths.ReportsFolder(), {}},
-    };
-    for (const Folder& folder : folders) {
-        // Only a folder made in this run is seeded: one the user emptied stays empty.
-        if (!fs.FolderExists(folder.path) && fs.CreateFolder(folder.path)) {
-            for (const QString& seed : folder.seeds)
-                fs.CopyFile(m_exampleSource + seed, folder.path, false);
-            if (folder.path == m_paths.ResultsFolder()) {
-                const QString qcExample = folder.path + QStringLiteral("/QC Example");
-                if (!fs.FolderExists(qcExample) && fs.CreateFolder(qcExample))
-                    fs.CopyFile(m_exampleSource + QStringLiteral("/Results/QC Example/*.ars"), qcExample,
-                                false);
-            }
-        }
-        LogTrace();
-    }
-    LogTrace();
+    std::vector<Folder> folders;
+    bool driverFolders = false; // the settings want one folder per driver
+    QStringList drivers;        // those folders
+};
+
+void DataFolders::CreateAnyMissingNebraDirectories()
+{
+    const std::function<void()> create = prepareCreation();
+    create();
+    finishCreation();
 }
 
-void DataFolders::createDriverFolders()
+std::function<void()> DataFolders::prepareCreation()
 {
-    if (m_settings.SkipDriverFolders())
-        return;
     LogTraceBlock();
-    const HLDCollection& drivers = m_drivers();
-    for (const HLDElement& driver : drivers.Items()) {
-        LogTrace(); // one milestone per driver, the driver's name being the step
-        const QString folder = m_paths.ReadConfigurationsFolder() + QLatin1Char('/') + driver.FullName;
-        // A name the file system cannot hold is skipped; the other drivers still get their folders.
-        if (!m_fileSystem->FolderExists(folder))
-            m_fileSystem->CreateFolder(folder);
+    m_settings.BeginFolderUpdate();
+    std::shared_ptr<const FileSystemObject> fs = m_fileSystemFactory();
+    m_plan = std::make_shared<const Plan>(plan(fs != nullptr));
+    if (!fs)
+        return [] {};
+    return [fs, plan = m_plan] { create(*plan, *fs); };
+}
+
+void DataFolders::finishCreation()
+{
+    if (m_plan && !m_plan->folders.empty()) {
+        for (const Plan::Folder& folder : m_plan->folders)
+            if (!folder.onlyWithLast)
+                LogTrace(); // one milestone per folder of the tree
+        LogTrace();
+        if (m_plan->driverFolders) {
+            LogTraceBlock();
+            for (qsizetype i = 0; i < m_plan->drivers.size(); ++i)
+                LogTrace(); // one milestone per driver, the driver's name being the step
+        }
     }
+    m_plan.reset();
+    m_settings.EndFolderUpdate();
+}
+
+DataFolders::Plan DataFolders::plan(bool withFileSystem) const
+{
+    Plan plan;
+    if (!withFileSystem)
+        return plan;
+    const auto examples = [this](std::initializer_list<const char*> patterns) {
+        QStringList seeds;
+        for (const char* pattern : patterns)
+            seeds << m_exampleSource + QLatin1String(pattern);
+        return seeds;
+    };
+    plan.folders = {
+        {m_paths.ParentDirectory(), {}},
+        {m_paths.MyAssaysFolder(), {}},
+        {m_paths.LayoutsFolder(), examples({"/Microplate Layouts/*.mlo"})},
+        {m_paths.ReadConfigurationsFolder(), {}},
+        {m_paths.ResultsFolder(), examples({"/Results/*.ars", "/Results/*.mht"})},
+        {m_paths.ResultsFolder() + QStringLiteral("/QC Example"), examples({"/Results/QC Example/*.ars"}),
+         true},
+        {m_paths.ProtocolsFolder(), examples({"/Protocols/*.*"})},
+        {m_paths.ReportsFolder(), {}},
+    };
+    plan.driverFolders = !m_settings.SkipDriverFolders();
+    if (plan.driverFolders)
+        for (const HLDElement& driver : m_drivers().Items())
+            plan.drivers << m_paths.ReadConfigurationsFolder() + QLatin1Char('/') + driver.FullName;
+    return plan;
+}
+
+// Only a folder made in this run is seeded: one the user emptied stays
+// empty. A driver's name the file system cannot hold is skipped; the other
+// drivers still get their folders.
+void DataFolders::create(const Plan& plan, const FileSystemObject& fs)
+{
+    bool lastMade = false;
+    for (const Plan::Folder& folder : plan.folders) {
+        if (folder.onlyWithLast && !lastMade)
+            continue;
+        lastMade = !fs.FolderExists(folder.path) && fs.CreateFolder(folder.path);
+        if (lastMade)
+            for (const QString& seed : folder.seeds)
+                fs.CopyFile(seed, folder.path, false);
+    }
+    for (const QString& folder : plan.drivers)
+        if (!fs.FolderExists(folder))
+            fs.CreateFolder(folder);
 }
 
 bool DataFolders::AreAllSubfoldersPresent(const QString& candidate)

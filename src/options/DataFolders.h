@@ -5,6 +5,7 @@
 #include <QString>
 
 #include <functional>
+#include <memory>
 
 namespace nebra {
 
@@ -33,6 +34,12 @@ public:
     // read-configuration folder per installed driver. Reports nothing: a
     // folder that cannot be made is simply left out.
     void CreateAnyMissingNebraDirectories();
+    // The same in halves, for a caller that must not wait on the disk:
+    // prepareCreation() reads the settings, starts their folder update and
+    // returns the disk's part, which touches nothing else and may run on any
+    // thread; finishCreation() writes the milestones and ends the update.
+    std::function<void()> prepareCreation();
+    void finishCreation();
 
     // True when all six folders below the candidate exist (the candidate itself is not tested).
     bool AreAllSubfoldersPresent(const QString& candidate);
@@ -47,8 +54,9 @@ public:
     bool ApplyParentDirectory(QString& text);
 
 private:
-    void createFolderTree();
-    void createDriverFolders();
+    struct Plan;
+    Plan plan(bool withFileSystem) const;
+    static void create(const Plan& plan, const FileSystemObject& fs);
     bool applyNewFolder(const QString& text);
     bool applyExistingFolder(const QString& text);
     bool storeParentDirectory(const QString& text);
@@ -59,6 +67,7 @@ private:
     FileSystemObjectFactory m_fileSystemFactory;
     QString m_exampleSource;
     std::unique_ptr<FileSystemObject> m_fileSystem;
+    std::shared_ptr<const Plan> m_plan; // between prepareCreation() and finishCreation()
 };
 
 } // namespace nebra

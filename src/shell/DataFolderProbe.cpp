@@ -12,13 +12,23 @@ DataFolderProbe::DataFolderProbe(QObject* parent) : QObject(parent), m_readers(n
 
 bool DataFolderProbe::waitFor(const QString& folder, int waitMs)
 {
+    // Whether the folder could be made matters not here: making the data
+    // folders reports nothing either. What matters is that the server answered.
+    return run(
+        folder, [folder] { QDir().mkpath(folder); }, waitMs);
+}
+
+bool DataFolderProbe::run(const QString& folder, std::function<void()> work, int waitMs)
+{
     m_answered = false;
     QEventLoop loop;
     m_loop = &loop;
-    // Whether the folder could be made matters not here: making the data
-    // folders reports nothing either. What matters is that the server answered.
     m_readers->read(
-        folder, FolderReaders::Lane::User, this, [folder] { return QDir().mkpath(folder); },
+        folder, FolderReaders::Lane::User, this,
+        [work = std::move(work)] {
+            work();
+            return true;
+        },
         [this](bool) {
             m_answered = true;
             if (m_loop)

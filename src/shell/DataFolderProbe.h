@@ -3,6 +3,8 @@
 #include <QObject>
 #include <QString>
 
+#include <functional>
+
 class QEventLoop;
 
 namespace nebra {
@@ -10,8 +12,9 @@ namespace nebra {
 class FolderReaders;
 
 // Asks, on a reader thread, whether the parent folder of the data folders
-// answers, making it when it is missing, so that the start-up never waits on
-// a file server that stopped answering for longer than it chooses to.
+// answers, making it when it is missing, and makes the data folders there,
+// so that the start-up never waits on a file server that stopped answering
+// for longer than it chooses to.
 class DataFolderProbe : public QObject
 {
     Q_OBJECT
@@ -24,6 +27,8 @@ public:
     // true when it answered in time. Otherwise answeredLate() follows when
     // it answers.
     bool waitFor(const QString& folder, int waitMs = StartUpWaitMs);
+    // The same for any work on the disk where folder lives.
+    bool run(const QString& folder, std::function<void()> work, int waitMs = StartUpWaitMs);
 
     // The message shown once when the data folders did not answer in time.
     static QString notAnsweringText(const QString& folder);

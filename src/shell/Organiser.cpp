@@ -358,31 +358,55 @@ void Organiser::ActivateSHCNENotification()
     m_foldersAnswer = m_probe->waitFor(parent);
     m_tree.setFoldersAnswer(m_foldersAnswer);
     if (!m_foldersAnswer) {
-        QTimer::singleShot(0, this, [&window = m_window, parent] {
-            Messages::show({DataFolderProbe::notAnsweringText(parent),
-                            {},
-                            MessageIcon::Information,
-                            MessageButton::Ok,
-                            MessageButton::Ok,
-                            &window});
-        });
+        showFoldersNotAnswering();
         return;
     }
     m_notifications->ActivateSHCNENotification();
 }
 
-void Organiser::CreateAnyMissingNebraDirectories()
+void Organiser::showFoldersNotAnswering()
 {
-    if (m_foldersAnswer)
-        m_dataFolders.CreateAnyMissingNebraDirectories();
+    QTimer::singleShot(0, this, [&window = m_window, parent = m_suite.paths->ParentDirectory()] {
+        Messages::show({DataFolderProbe::notAnsweringText(parent),
+                        {},
+                        MessageIcon::Information,
+                        MessageButton::Ok,
+                        MessageButton::Ok,
+                        &window});
+    });
 }
 
+// The parent answered; its folders are made on a reader thread, waited for
+// as long as the parent was.
+void Organiser::CreateAnyMissingNebraDirectories()
+{
+    if (!m_foldersAnswer)
+        return;
+    m_makingFolders = true;
+    m_foldersAnswer = m_probe->run(m_suite.paths->ParentDirectory(), m_dataFolders.prepareCreation());
+    m_dataFolders.finishCreation();
+    m_makingFolders = !m_foldersAnswer;
+    if (m_foldersAnswer)
+        return;
+    m_tree.setFoldersAnswer(false);
+    showFoldersNotAnswering();
+}
+
+// Late answers come in two steps: the parent's, then the data folders'
+// making (started here, off this thread); the tree is built after both.
 void Organiser::dataFoldersAnswered()
 {
+    if (!m_makingFolders) {
+        m_makingFolders = true;
+        const bool made = m_probe->run(m_suite.paths->ParentDirectory(), m_dataFolders.prepareCreation(), 0);
+        m_dataFolders.finishCreation();
+        if (!made)
+            return; // answeredLate() follows
+    }
+    m_makingFolders = false;
     m_foldersAnswer = true;
     m_tree.setFoldersAnswer(true);
     m_notifications->ActivateSHCNENotification();
-    m_dataFolders.CreateAnyMissingNebraDirectories();
     m_tree.InitialiseOrganiserTree();
     m_controls.tree.setCurrentNode(m_tree.rootNode());
 }

@@ -73,6 +73,7 @@ private:
     WelcomeActions welcomeActions();
     OrganiserTreeSources treeSources();
     void dataFoldersAnswered();
+    void showFoldersNotAnswering();
 
     MainWindow& m_window;
     MainWindowControls m_controls;
@@ -88,6 +89,7 @@ private:
     DocumentRecording* m_recording;
     DataFolderProbe* m_probe;
     bool m_foldersAnswer = true;
+    bool m_makingFolders = false; // the data folders' making is on its way
     DataFolders m_dataFolders;
     OrganiserTree m_tree;
     TreeNavigation m_navigation;

@@ -29,7 +29,7 @@ struct FolderBranches::Scan
     struct Link
     {
         QByteArray rawPath;
-        FolderNode node;
+        qint32 folder; // in the sketch
         DirectoryReader::FolderId target;
     };
     // Until the links are followed the folders are only collected; a set is
@@ -40,8 +40,7 @@ struct FolderBranches::Scan
     std::deque<Link> links;
     std::vector<QByteArray> rawNames; // the names from the walk's start down to the folder being listed
     QByteArray rawStart;
-    quint32 colour = 0;
-    DocumentType type = DocumentType::None;
+    FolderSketch sketch;
 
     QByteArray rawPathOf(const QByteArray& name) const
     {
@@ -76,25 +75,52 @@ void FolderBranches::setAttributes(const FolderNode& node, DocumentType type, qu
 void FolderBranches::AddSubFolderNodes(const QString& folderPath, const FolderNode& parentNode,
                                        DocumentType type) const
 {
+    addSketch(sketch(folderPath), parentNode, type);
+}
+
+FolderSketch FolderBranches::sketch(const QString& folderPath)
+{
     Scan scan;
-    scan.colour = m_colour ? m_colour() : 0;
-    scan.type = type;
-    startScan(QFile::encodeName(folderPath), parentNode, scan, nullptr);
+    startScan(QFile::encodeName(folderPath), FolderSketch::Start, scan, nullptr);
     if (scan.links.empty())
-        return;
+        return std::move(scan.sketch);
     scan.listed = QSet<DirectoryReader::FolderId>(scan.walked.begin(), scan.walked.end());
     scan.following = true;
     while (!scan.links.empty()) {
         const Scan::Link link = std::move(scan.links.front());
         scan.links.pop_front();
         if (!scan.listed.contains(link.target))
-            startScan(link.rawPath, link.node, scan, &link.target);
+            startScan(link.rawPath, link.folder, scan, &link.target);
+    }
+    return std::move(scan.sketch);
+}
+
+void FolderBranches::addSketch(const FolderSketch& sketch, const FolderNode& parentNode, DocumentType type,
+                               bool keepKnown) const
+{
+    const quint32 colour = m_colour ? m_colour() : 0;
+    std::vector<FolderNode> nodes;
+    nodes.reserve(sketch.folders.size());
+    for (const FolderSketch::Folder& folder : sketch.folders) {
+        const FolderNode& parent =
+            folder.parent == FolderSketch::Start ? parentNode : nodes[size_t(folder.parent)];
+        if (keepKnown) {
+            const FolderNode known = FindNode(parent.folderPath() + QLatin1Char('/') + folder.name);
+            if (known.isValid()) {
+                nodes.push_back(known);
+                continue;
+            }
+        }
+        const FolderNode node = m_nodes.addNode(parent, folder.name);
+        m_nodes.setDerivedFolderPath(node);
+        setAttributes(node, type, colour);
+        nodes.push_back(node);
     }
 }
 
 // Lists a folder reached by path: the start of a fill, or the folder a link leads to.
-void FolderBranches::startScan(const QByteArray& rawPath, const FolderNode& parent, Scan& scan,
-                               const DirectoryReader::FolderId* known) const
+void FolderBranches::startScan(const QByteArray& rawPath, qint32 parent, Scan& scan,
+                               const DirectoryReader::FolderId* known)
 {
     int error = 0;
     DirectoryReader::OpenFolder folder = DirectoryReader::open(rawPath, error);
@@ -118,8 +144,7 @@ void FolderBranches::markListed(Scan& scan, const DirectoryReader::FolderId& id)
         scan.walked.push_back(id);
 }
 
-void FolderBranches::scanFolder(DirectoryReader::OpenFolder folder, quint64 device, const FolderNode& parent,
-                                Scan& scan) const
+void FolderBranches::scanFolder(DirectoryReader::OpenFolder folder, quint64 device, qint32 parent, Scan& scan)
 {
     const DirectoryReader::SubfolderListing listing = DirectoryReader::subfolders(folder, device);
     if (listing.error != 0)
@@ -128,9 +153,8 @@ void FolderBranches::scanFolder(DirectoryReader::OpenFolder folder, quint64 devi
     if (!held)
         folder = {};
     for (const DirectoryReader::Subfolder& entry : listing.folders) {
-        const FolderNode node = m_nodes.addNode(parent, entry.name);
-        m_nodes.setDerivedFolderPath(node);
-        setAttributes(node, scan.type, scan.colour);
+        const auto node = qint32(scan.sketch.folders.size());
+        scan.sketch.folders.push_back({parent, entry.name});
         if (entry.isLink) {
             scan.links.push_back({scan.rawPathOf(entry.rawName), node, entry.target});
             continue;

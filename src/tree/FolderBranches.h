@@ -7,10 +7,25 @@
 #include <QString>
 
 #include <functional>
+#include <vector>
 
 namespace nebra {
 
 class FolderTreeModel;
+
+// The subfolders below a folder as read from the disk, before any node is
+// made: each with the position of its parent folder in the list (Start: the
+// folder read), parents before their children, in the order the nodes are added.
+struct FolderSketch
+{
+    static constexpr qint32 Start = -1;
+    struct Folder
+    {
+        qint32 parent = Start;
+        QString name;
+    };
+    std::vector<Folder> folders;
+};
 
 // The folder branches of the tree: filling a node from the disk and the
 // three branch operations by path that keep the tree in step with folders
@@ -33,6 +48,12 @@ public:
     // shows that folder already, so link loops end and nothing repeats. An
     // unreadable or vanished folder simply gets no children.
     void AddSubFolderNodes(const QString& folderPath, const FolderNode& parentNode, DocumentType type) const;
+    // The same in two halves: sketch() only reads the disk and may run on
+    // any thread; addSketch() makes the nodes on the tree's thread.
+    static FolderSketch sketch(const QString& folderPath);
+    // With keepKnown a folder already in the tree keeps its node (and gets the sketch's children).
+    void addSketch(const FolderSketch& sketch, const FolderNode& parentNode, DocumentType type,
+                   bool keepKnown = false) const;
 
     bool DoesPathAlreadyExistInTree(const QString& path) const;
     // The first node whose folder path is path (ignoring case), or none.
@@ -51,10 +72,9 @@ private:
     struct Scan;
     static void setAttributes(const FolderNode& node, DocumentType type, quint32 colour);
     static void markListed(Scan& scan, const DirectoryReader::FolderId& id);
-    void startScan(const QByteArray& rawPath, const FolderNode& parent, Scan& scan,
-                   const DirectoryReader::FolderId* known) const;
-    void scanFolder(DirectoryReader::OpenFolder folder, quint64 device, const FolderNode& parent,
-                    Scan& scan) const;
+    static void startScan(const QByteArray& rawPath, qint32 parent, Scan& scan,
+                          const DirectoryReader::FolderId* known);
+    static void scanFolder(DirectoryReader::OpenFolder folder, quint64 device, qint32 parent, Scan& scan);
 
     FolderTreeModel& m_nodes;
     ColourSource m_colour;

@@ -59,6 +59,43 @@ QString OrganiserTree::unavailableCaption(const QString& caption)
     return QStringLiteral("%1 (unavailable)").arg(caption);
 }
 
+QString OrganiserTree::waitingCaption(const QString& caption)
+{
+    return QStringLiteral("%1 (waiting for the folder to answer)").arg(caption);
+}
+
+QString OrganiserTree::shownCaption(DocumentType type) const
+{
+    const QString& caption = m_places[std::size_t(toData(type))].caption;
+    return m_foldersAnswer ? caption : unavailableCaption(caption);
+}
+
+// The reading keeps its order on the folder's lane; the nodes are made here,
+// under the branch as it is then: gone, nothing is made; a notification that
+// added a folder meanwhile keeps its node.
+void OrganiserTree::fillLater(const FolderNode& branch, DocumentType type, bool replace)
+{
+    const QString folder = branch.folderPath();
+    m_readers.read(
+        folder, FolderReaders::Lane::User, nullptr, [folder] { return FolderBranches::sketch(folder); },
+        [this, branch, type, replace](const FolderSketch& sketch) {
+            if (branch.isValid()) {
+                branch.setText(shownCaption(type));
+                m_tree.beginUpdate();
+                if (replace)
+                    m_tree.nodes().removeChildren(branch);
+                m_branches.addSketch(sketch, branch, type, branch.childCount() > 0);
+                m_tree.endUpdate();
+            }
+            m_tree.setBusy(isFilling());
+        },
+        [this, branch, type] {
+            if (branch.isValid())
+                branch.setText(waitingCaption(shownCaption(type)));
+        });
+    m_tree.setBusy(true);
+}
+
 void OrganiserTree::addRootNode()
 {
     const FolderNode root = m_tree.addNode(caption(DocumentType::None));
@@ -114,7 +151,7 @@ void OrganiserTree::fillBranches()
 {
     auto fill = [this](DocumentType type) {
         if (const FolderNode branch = node(type); branch.isValid())
-            AddSubFolderNodes(branch.folderPath(), branch, type);
+            fillLater(branch, type);
     };
     if (!m_sources.settings.SuppressLayoutsBranch())
         fill(DocumentType::Layouts);
@@ -179,12 +216,8 @@ void OrganiserTree::AddSubFolderNodes(const QString& folderPath, const FolderNod
 void OrganiserTree::RecreateResultsNode()
 {
     const FolderNode results = node(DocumentType::Results);
-    if (!results.isValid())
-        return;
-    m_tree.beginUpdate();
-    m_tree.nodes().removeChildren(results);
-    AddSubFolderNodes(folder(DocumentType::Results), results, DocumentType::Results);
-    m_tree.endUpdate();
+    if (results.isValid())
+        fillLater(results, DocumentType::Results, true);
 }
 
 bool OrganiserTree::DoesPathAlreadyExistInTree(const QString& path) const
@@ -209,7 +242,7 @@ bool OrganiserTree::restoreBranch(const QString& path)
         if (!branch.isValid() && !place.folder.isEmpty() && TreePathRules::SamePath(place.folder, path)) {
             const DocumentType type = documentTypeFromData(data);
             branch = addBranchNode(place.caption, place.folder, type, position);
-            AddSubFolderNodes(place.folder, branch, type);
+            fillLater(branch, type);
             return true;
         }
         position += branch.isValid() ? 1 : 0;
@@ -266,7 +299,7 @@ void OrganiserTree::SetupHLDNode(const QString& caption)
     }
     instrument = addBranchNode(caption, folder(DocumentType::ReadConfigurations) + QLatin1Char('/') + driver,
                                DocumentType::ReadConfigurations, position);
-    AddSubFolderNodes(instrument.folderPath(), instrument, DocumentType::ReadConfigurations);
+    fillLater(instrument, DocumentType::ReadConfigurations);
     addInstrumentShortcut(caption);
     if (wasCurrent)
         m_tree.setCurrentNode(instrument);

@@ -3,6 +3,7 @@
 #include "DocumentTypes.h"
 #include "FolderBranches.h"
 #include "FolderNode.h"
+#include "FolderReaders.h"
 
 #include <QString>
 
@@ -58,6 +59,12 @@ public:
     // with its branches captioned as unavailable and nothing below them.
     void setFoldersAnswer(bool answer) { m_foldersAnswer = answer; }
     static QString unavailableCaption(const QString& caption);
+    // A branch whose folder has not answered within two seconds while it is read.
+    static QString waitingCaption(const QString& caption);
+    // Branches are being read from the disk, on a reader thread: the build's,
+    // RecreateResultsNode's, SetupHLDNode's and a branch's that came back.
+    // Each is filled when its reading arrives; the tree control is busy until then.
+    bool isFilling() const { return m_readers.pendingCount() > 0; }
     void AddResultsNode();
     void AddSubFolderNodes(const QString& folderPath, const FolderNode& parentNode, DocumentType type);
     void RecreateResultsNode();
@@ -105,6 +112,9 @@ private:
     QString selectedDriverName() const;
     void addInstrumentShortcut(const QString& caption);
     bool restoreBranch(const QString& path);
+    // Fills branch from its folder once the reading arrives; replace drops its children then.
+    void fillLater(const FolderNode& branch, DocumentType type, bool replace = false);
+    QString shownCaption(DocumentType type) const;
 
     FolderTreeControl& m_tree;
     FileListControl& m_list;
@@ -120,6 +130,7 @@ private:
         QString folder;
     };
     std::array<BranchPlace, 6> m_places; // each branch's caption and folder when it was made, by type
+    FolderReaders m_readers;             // last: gone, with what it would deliver, before the rest
     int m_instrumentShortcut = -1;       // index in the shortcuts bar's second group
 };
 

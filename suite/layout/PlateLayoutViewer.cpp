@@ -61,6 +61,7 @@ void PlateLayoutViewer::setPlateLayout(const PlateLayout& layout)
     m_labels.clear();
     m_title = {};
     m_error.clear();
+    m_message.clear();
     describe();
     update();
 }
@@ -69,7 +70,17 @@ void PlateLayoutViewer::showError(const QString& reason)
 {
     m_layout.reset();
     m_error = reason.isEmpty() ? QStringLiteral("The layout cannot be read.") : reason;
+    m_message.clear();
     describe();
+    update();
+}
+
+void PlateLayoutViewer::showMessage(const QString& text)
+{
+    m_layout.reset();
+    m_error.clear();
+    m_message = text;
+    setAccessibleDescription(text);
     update();
 }
 
@@ -77,6 +88,7 @@ void PlateLayoutViewer::clear()
 {
     m_layout.reset();
     m_error.clear();
+    m_message.clear();
     describe();
     update();
 }
@@ -145,6 +157,9 @@ void PlateLayoutViewer::paintEvent(QPaintEvent*)
     if (!m_layout) {
         if (!m_error.isEmpty())
             drawError(painter);
+        painter.setPen(palette().color(QPalette::WindowText));
+        painter.drawText(QRectF(rect()).adjusted(Margin * 2, Margin * 2, -Margin * 2, -Margin * 2),
+                         Qt::AlignCenter | Qt::TextWordWrap, m_message);
         return;
     }
     const Geometry g = geometry();

@@ -33,11 +33,14 @@ public:
     void setPlateLayout(const PlateLayout& layout);
     // Shows the notice with the reason.
     void showError(const QString& reason);
+    // Shows a plain line in place of a layout (one still being read, say).
+    void showMessage(const QString& text);
     void clear();
 
     bool hasPlateLayout() const { return m_layout.has_value(); }
     const std::optional<PlateLayout>& plateLayout() const { return m_layout; }
     QString errorText() const { return m_error; }
+    QString message() const { return m_message; }
 
     static QColor roleColour(WellRole role);
     static QString unreadableTitle() { return QStringLiteral("Cannot display this layout"); }
@@ -79,6 +82,7 @@ private:
     QColor m_bkColour = Qt::white;
     std::optional<PlateLayout> m_layout;
     QString m_error;
+    QString m_message;
     mutable QList<QStaticText> m_labels; // the wells' labels, laid out for m_labelCell
     mutable double m_labelCell = 0;
     // Eliding a long name costs far more than drawing the plate, so the

@@ -1,5 +1,7 @@
 #include "PreviewPane.h"
 #include "BrowserControl.h"
+#include "FileListControl.h"
+#include "FuseShare.h"
 #include "PlateLayoutViewer.h"
 #include "SettingsStore.h"
 #include "SpecialFiles.h"
@@ -124,8 +126,8 @@ private Q_SLOTS:
         o.type = 2;
         const PreviewItem layout{example(QStringLiteral("Microplate Layouts/Kinetic 384.mlo")), false};
         o.pane.ShowPreview(&layout);
+        QTRY_VERIFY2(o.viewer->hasPlateLayout(), qPrintable(o.viewer->errorText()));
         QVERIFY(o.viewer->isVisible());
-        QVERIFY2(o.viewer->hasPlateLayout(), qPrintable(o.viewer->errorText()));
         QCOMPARE(o.viewer->plateLayout()->wellCount(), 384);
         QCOMPARE(states.count(), 0); // the browser is left alone
 
@@ -152,7 +154,8 @@ private Q_SLOTS:
         o.type = 2;
         const PreviewItem mht{example(QStringLiteral("Protocols/BCA Protein Assay.mht")), false};
         o.pane.ShowPreview(&mht);
-        QVERIFY(o.viewer->isVisible() && !o.viewer->hasPlateLayout() && !o.viewer->errorText().isEmpty());
+        QTRY_VERIFY(!o.viewer->errorText().isEmpty());
+        QVERIFY(o.viewer->isVisible() && !o.viewer->hasPlateLayout());
 
         o.type = 3;
         QByteArray junk(256 * 1024, '\0');
@@ -213,12 +216,39 @@ private Q_SLOTS:
         o.pane.ShowPreview(&item);
         QVERIFY2(!watchdog.released(), "the pane blocked on the pipe");
         if (type == 2) {
+            QTRY_VERIFY2(o.viewer->errorText().contains(QLatin1String("not a file that can be read")),
+                         qPrintable(o.viewer->errorText()));
             QVERIFY(o.viewer->isVisible() && !o.viewer->hasPlateLayout());
-            QVERIFY2(o.viewer->errorText().contains(QLatin1String("not a file that can be read")),
-                     qPrintable(o.viewer->errorText()));
         } else {
             QTRY_COMPARE_WITH_TIMEOUT(o.pane.CurrentPage(), o.pane.PreviewNotAvailablePage(), 5000);
         }
+    }
+
+    // A layout on a share that stops answering: the pane returns at once,
+    // says that it waits, and draws the layout once the share answers.
+    void aLayoutOnAShareThatDoesNotAnswerIsWaitedFor()
+    {
+        if (const QString reason = test::FuseShare::unavailableReason(); !reason.isEmpty())
+            QSKIP(qPrintable(reason));
+        Pane o;
+        o.type = 2;
+        QTemporaryDir dir;
+        test::FuseShare share;
+        QVERIFY(share.mount(dir.filePath("backing"), dir.filePath("share")));
+        QVERIFY(QFile::copy(example(QStringLiteral("Microplate Layouts/Kinetic 384.mlo")),
+                            dir.filePath("backing/Kinetic.mlo")));
+        share.freeze();
+        const PreviewItem layout{dir.filePath("share/Kinetic.mlo"), false};
+        QElapsedTimer answered;
+        answered.start();
+        o.pane.ShowPreview(&layout);
+        QVERIFY(answered.elapsed() < 1000);
+        QTRY_COMPARE_WITH_TIMEOUT(o.viewer->message(), FileListControl::waitingText(dir.filePath("share")),
+                                  5000);
+        QVERIFY(o.viewer->isVisible());
+        share.thaw();
+        QTRY_VERIFY_WITH_TIMEOUT(o.viewer->hasPlateLayout(), 10000);
+        QVERIFY(o.viewer->message().isEmpty());
     }
 };
 

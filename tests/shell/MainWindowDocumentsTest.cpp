@@ -145,7 +145,7 @@ private Q_SLOTS:
         tree.setCurrentNode(branch(window, DocumentType::Layouts));
         QVERIFY(waitForListing(part<FileListControl>(window)));
         PlateLayoutViewer& viewer = part<PlateLayoutViewer>(window);
-        QVERIFY(viewer.isVisible() && viewer.hasPlateLayout());
+        QTRY_VERIFY(viewer.isVisible() && viewer.hasPlateLayout());
         tree.setCurrentNode(branch(window, DocumentType::Reports));
         QVERIFY(waitForListing(part<FileListControl>(window)));
         QCOMPARE(part<FileListControl>(window).firstSelectedItem().path(),
@@ -187,7 +187,7 @@ private Q_SLOTS:
         const QString welcome = branch(window, DocumentType::None).page();
         part<FolderTreeControl>(window).setCurrentNode(branch(window, DocumentType::Layouts));
         QVERIFY(waitForListing(part<FileListControl>(window)));
-        QCOMPARE(part<PlateLayoutViewer>(window).isVisible(), layouts);
+        QTRY_COMPARE(part<PlateLayoutViewer>(window).isVisible(), layouts);
         part<FolderTreeControl>(window).setCurrentNode(branch(window, DocumentType::Protocols));
         QVERIFY(waitForListing(part<FileListControl>(window)));
         QTRY_COMPARE_WITH_TIMEOUT(part<PreviewPane>(window).CurrentPage(),

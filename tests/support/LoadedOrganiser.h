@@ -1,6 +1,7 @@
 #pragma once
 
 #include "DialogScript.h"
+#include "FolderTreeControl.h"
 #include "MainWindow.h"
 #include "MessageRecorder.h"
 #include "SecurityFixture.h"
@@ -9,6 +10,7 @@
 #include "UserFolders.h"
 
 #include <QCoreApplication>
+#include <QTest>
 
 #include <functional>
 #include <memory>
@@ -79,11 +81,14 @@ struct LoadedOrganiser
         return window->Load();
     }
 
-    // As start(); the test program ends if the window does not load.
+    // As start(), then waits (within a bound) for the tree's branches to be
+    // read; the test program ends if the window does not load.
     MainWindow& load(int pollIntervalMs = 1000)
     {
         if (start(pollIntervalMs) != MainWindow::LoadOutcome::Loaded)
             qFatal("The Organiser did not load");
+        const auto* tree = window->findChild<FolderTreeControl*>();
+        static_cast<void>(QTest::qWaitFor([tree] { return !tree->isBusy(); }, 10000));
         return *window;
     }
 };

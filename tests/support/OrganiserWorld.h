@@ -120,7 +120,16 @@ struct TreeWorld : OrganiserWorld
 
     OrganiserTree organiser;
 
-    void build() { organiser.InitialiseOrganiserTree(); }
+    void build()
+    {
+        organiser.InitialiseOrganiserTree();
+        QVERIFY(filled());
+    }
+    // The branches' readings have arrived, within a bound.
+    bool filled()
+    {
+        return QTest::qWaitFor([this] { return !organiser.isFilling(); }, 10000);
+    }
 };
 
 } // namespace nebra::test

@@ -1,13 +1,16 @@
 #include "OrganiserTree.h"
 #include "FolderTreeModel.h"
+#include "FuseShare.h"
 #include "ListingWait.h"
 #include "OrganiserWorld.h"
 
 #include <QAbstractItemModelTester>
+#include <QElapsedTimer>
 #include <QSignalSpy>
 #include <QTest>
 
 using namespace nebra;
+using nebra::test::FuseShare;
 using nebra::test::makeFolder;
 using nebra::test::readFile;
 using nebra::test::TreeWorld;
@@ -102,6 +105,35 @@ private Q_SLOTS:
                         .endsWith(indexAfter == 2 ? "/Reader Two" : "/Reader One"));
     }
 
+    // A branch on a share that stops answering: the build returns at once,
+    // the other branches fill, the branch says that it waits, and it fills
+    // when the share answers.
+    void aBranchOnAShareThatDoesNotAnswerIsWaitedFor()
+    {
+        if (const QString reason = FuseShare::unavailableReason(); !reason.isEmpty())
+            QSKIP(qPrintable(reason));
+        TreeWorld o;
+        QTemporaryDir backing;
+        makeFolder(backing.filePath("Run 1"));
+        makeFolder(o.data("Protocols/Elisa"));
+        FuseShare share;
+        QVERIFY(share.mount(backing.path(), o.data("Results")));
+        share.freeze();
+        QElapsedTimer answered;
+        answered.start();
+        o.organiser.InitialiseOrganiserTree();
+        QVERIFY(answered.elapsed() < 1000);
+        const FolderNode results = o.organiser.node(DocumentType::Results);
+        QTRY_COMPARE_WITH_TIMEOUT(results.text(), OrganiserTree::waitingCaption("Results"), 5000);
+        QCOMPARE(o.organiser.node(DocumentType::Protocols).childCount(), 1);
+        QVERIFY(o.tree->isBusy());
+        share.thaw();
+        QVERIFY(o.filled());
+        QCOMPARE(childRows(results), QStringList{"Run 1 [4] " + o.data("Results/Run 1")});
+        QCOMPARE(results.text(), QStringLiteral("Results"));
+        QVERIFY(!o.tree->isBusy());
+    }
+
     void recreatingResultsFollowsTheDiskAndKeepsTheSelection()
     {
         TreeWorld o;
@@ -109,6 +141,7 @@ private Q_SLOTS:
         makeFolder(o.data("Results/Run 0"));
         makeFolder(o.data("Results/Run 1/raw"));
         o.organiser.RecreateResultsNode(); // no children yet: only fills
+        QVERIFY(o.filled());
         QCOMPARE(o.organiser.node(DocumentType::Results).childCount(), 2);
 
         o.tree->setCurrentNode(o.organiser.node(DocumentType::Protocols));
@@ -117,6 +150,7 @@ private Q_SLOTS:
             QVERIFY(QDir(o.data(QLatin1String(run))).removeRecursively());
         makeFolder(o.data("Results/Run 2"));
         o.organiser.RecreateResultsNode();
+        QVERIFY(o.filled());
         QCOMPARE(childRows(o.organiser.node(DocumentType::Results)),
                  QStringList{"Run 2 [4] " + o.data("Results/Run 2")});
         QCOMPARE(o.tree->currentNode(), o.organiser.node(DocumentType::Protocols));
@@ -166,6 +200,7 @@ private Q_SLOTS:
         makeFolder(o.paths.ReadConfigurationsFolder() + QStringLiteral("/Reader Two/Plates"));
         o.settings.SetCurrentHLD(2);
         o.organiser.HandleChangedHLD();
+        QVERIFY(o.filled());
         const FolderNode node = o.organiser.node(DocumentType::ReadConfigurations);
         QCOMPARE(o.organiser.rootNode().child(0), node);
         QCOMPARE(o.organiser.rootNode().childCount(), 5);

@@ -5,8 +5,6 @@
 #include "FileListView.h"
 
 #include "FileListModel.h"
-#include "FileListPrompts.h"
-#include "FileOperations.h"
 #include "FolderReaders.h"
 
 #include <QAction>
@@ -162,16 +160,15 @@ void FileListControl::list(bool keepSelection)
     }
     m_pendingRead = m_readers->read(
         folder, FolderReaders::Lane::User, this,
-        [folder, filter] { return FileListModel::read(folder, filter); },
-        [this, folder, keepSelection](DirectoryReader::FileListing listing) {
+        [folder, filter] { return FileListModel::read(folder, filter, false); },
+        [this, folder, keepSelection](FileListModel::Listing listing) {
             m_pendingRead = 0;
             showListing(folder, std::move(listing), keepSelection);
         },
         [this, folder] { showWaiting(folder); });
 }
 
-void FileListControl::showListing(const QString& folder, DirectoryReader::FileListing listing,
-                                  bool keepSelection)
+void FileListControl::showListing(const QString& folder, FileListModel::Listing listing, bool keepSelection)
 {
     const QHash<QString, bool> before = m_model->allEntries(); // name -> folder
     const QSet<QString> selected = selectedNames();
@@ -191,6 +188,7 @@ void FileListControl::showListing(const QString& folder, DirectoryReader::FileLi
         if (selectedNames() != selected)
             onSelectionChanged();
     }
+    readComments();
     Q_EMIT listed();
 }
 
@@ -201,7 +199,7 @@ void FileListControl::showWaiting(const QString& folder)
     if (folder != m_folder)
         return;
     m_quiet = true;
-    m_model->load(folder, DirectoryReader::FileListing{});
+    m_model->load(folder, FileListModel::Listing{});
     m_quiet = false;
     m_state->setText(waitingText(folder));
     m_state->show();
@@ -291,6 +289,22 @@ void FileListControl::addColumn(const QString& name, std::function<QVariant(cons
 {
     m_model->addColumn(name, std::move(source));
     applyColumnVisibility();
+    readComments();
+}
+
+// The comments are read after the listing, on the background lane, never as
+// rows are drawn: a long folder shows its rows first.
+void FileListControl::readComments()
+{
+    const QString folder = m_model->folder();
+    if (!m_model->needsComments() || m_model->hasComments() || folder.isEmpty() || m_model->error() != 0)
+        return;
+    m_readers->read(
+        folder, FolderReaders::Lane::Background, this,
+        [folder, names = m_model->namesById()] { return FileListModel::readComments(folder, names); },
+        [this, generation = m_model->generation()](std::vector<QString> comments) {
+            m_model->setComments(generation, std::move(comments));
+        });
 }
 
 void FileListControl::updateItem(const QString& path)
@@ -340,6 +354,7 @@ bool FileListControl::setColumnShown(const QString& name, bool shown)
     else
         m_hiddenByUser.insert(name);
     applyColumnVisibility();
+    readComments();
     return isColumnShown(name);
 }
 
@@ -498,63 +513,6 @@ void FileListControl::ensureItemVisible(const FileListItem& item)
     const int row = rowOf(item);
     if (row >= 0)
         m_view->scrollTo(m_model->index(row, 0));
-}
-
-void FileListControl::editItem(const FileListItem& item)
-{
-    const int row = rowOf(item);
-    if (row >= 0)
-        m_view->edit(m_model->index(row, 0));
-}
-
-bool FileListControl::renameItem(const FileListItem& item, const QString& newName)
-{
-    const int row = rowOf(item);
-    if (row < 0 || newName == m_model->displayedName(row))
-        return false;
-    bool cancel = false;
-    Q_EMIT beforeItemRenamed(item, newName, cancel);
-    if (cancel || !FileListPrompts::acceptNewName(this, newName))
-        return false;
-    const int rowNow = rowOf(item); // a handler may have changed the list
-    if (rowNow < 0)
-        return false;
-    QString name = newName;
-    const QString oldName = m_model->fileName(rowNow);
-    if (!m_model->showExtensions() && !m_model->isFolder(rowNow) && oldName != m_model->displayedName(rowNow))
-        name += oldName.mid(m_model->displayedName(rowNow).size()); // the hidden extension stays
-    const QString oldPath = m_model->fullPath(rowNow);
-    const QString newPath = QFileInfo(oldPath).path() + QLatin1Char('/') + name;
-    if (const int error = FileOperations::RenameNoReplace(oldPath, newPath)) {
-        FileListPrompts::renameFailed(this, oldName, name, error);
-        return false;
-    }
-    m_model->renameEntry(rowNow, name);
-    Q_EMIT itemRenamed(itemAtRow(rowNow), oldPath);
-    return true;
-}
-
-void FileListControl::deleteSelectedItems()
-{
-    const QList<FileListItem> items = selectedItems();
-    if (items.isEmpty())
-        return;
-    if (!FileListPrompts::confirmMoveToTrash(this, items.first().name(), items.first().isFolder(),
-                                             int(items.size())))
-        return;
-    QStringList failed;
-    for (const FileListItem& item : items) {
-        QFile file(item.path());
-        if (!file.moveToTrash()) {
-            failed.append(FileListPrompts::moveToTrashFailure(item.name(), file.errorString()));
-            continue;
-        }
-        m_model->removeEntry(rowOf(item));
-        Q_EMIT itemRemoved(item);
-    }
-    showListingState();
-    if (!failed.isEmpty())
-        FileListPrompts::moveToTrashFailed(this, failed);
 }
 
 void FileListControl::activateItem(const FileListItem& item)

@@ -2,6 +2,7 @@
 
 #include "DirectoryReader.h"
 #include "FileListItem.h"
+#include "FileListModel.h"
 
 #include <QList>
 #include <QSet>
@@ -21,7 +22,6 @@ namespace nebra {
 class FileListFilterBox;
 class FileListView;
 
-class FileListModel;
 class FolderReaders;
 
 // The file list pane: the subfolders and documents of one folder, filtered
@@ -43,7 +43,10 @@ class FolderReaders;
 // beforeItemRenamed() may cancel, and a name the file system cannot take,
 // or an existing name, is refused with a message and changes nothing. The
 // Delete key moves the selected items to the desktop's trash after the user
-// confirms. Double-click or Enter activates an item: unless a handler of
+// confirms. Both reach the file system on a reader thread: the list changes,
+// and itemRenamed() or itemRemoved() follow, when it has answered; a folder
+// that has not answered within two seconds is said to be waited for.
+// Double-click or Enter activates an item: unless a handler of
 // itemActivated() marks it handled, a folder is opened in the list and a
 // file is opened with the desktop's application for it.
 //
@@ -118,6 +121,7 @@ public:
     quint32 colour() const;
 
     // What the user's in-place edit, Delete key and double-click do.
+    // renameItem() is false when the name was refused, true once the rename is asked of the disk.
     bool renameItem(const FileListItem& item, const QString& newName);
     void editItem(const FileListItem& item);
     void deleteSelectedItems();
@@ -152,9 +156,12 @@ private:
     void connectEvents();
     void markDirty();
     void list(bool keepSelection);
-    void showListing(const QString& folder, DirectoryReader::FileListing listing, bool keepSelection);
+    void showListing(const QString& folder, FileListModel::Listing listing, bool keepSelection);
     void showWaiting(const QString& folder);
+    void showBusy(const QString& folder);
+    int rowOfName(const QString& name) const;
     void applyColumnVisibility();
+    void readComments();
     int rowOf(const FileListItem& item) const;
     FileListItem itemAtRow(int row) const;
     void onSelectionChanged();

@@ -125,31 +125,74 @@ FileListModel::Kind FileListModel::kindOfName(const QString& name)
 
 bool FileListModel::load(const QString& folder, const QString& filter)
 {
-    return load(folder, read(folder, filter));
+    return load(folder, read(folder, filter, needsComments()));
 }
 
-DirectoryReader::FileListing FileListModel::read(const QString& folder, const QString& filter)
+FileListModel::Listing FileListModel::read(const QString& folder, const QString& filter, bool comments)
 {
-    return DirectoryReader::files(QFile::encodeName(folder), WildcardFilter(filter));
+    Listing listing{DirectoryReader::files(QFile::encodeName(folder), WildcardFilter(filter)), {}};
+    if (comments) {
+        std::vector<QString> names;
+        names.reserve(listing.files.records.size());
+        for (const DirectoryReader::FileRecord& record : listing.files.records)
+            names.push_back(record.name);
+        listing.comments = readComments(folder, names);
+    }
+    return listing;
 }
 
-bool FileListModel::load(const QString& folder, DirectoryReader::FileListing listing)
+std::vector<QString> FileListModel::namesById() const
+{
+    std::vector<QString> names(static_cast<size_t>(m_idCount));
+    for (const Entry& entry : m_entries)
+        names[size_t(entry.id)] = entry.name;
+    return names;
+}
+
+std::vector<QString> FileListModel::readComments(const QString& folder, const std::vector<QString>& names)
+{
+    std::vector<QString> comments;
+    comments.reserve(names.size());
+    for (const QString& name : names)
+        comments.push_back(name.isEmpty() ? QString() : readComment(folder + QLatin1Char('/') + name));
+    return comments;
+}
+
+void FileListModel::setComments(quint32 generation, std::vector<QString> comments)
+{
+    if (generation != m_generation || comments.size() != size_t(m_idCount))
+        return;
+    for (Entry& entry : m_entries)
+        entry.comment = std::move(comments[size_t(entry.id)]);
+    m_hasComments = true;
+    if (m_kinds[size_t(m_sortColumn)] == Kind::Comment) {
+        relayout([this] { sortEntries(); });
+        return;
+    }
+    if (const int column = columnOf(CommentColumn); column >= 0 && rowCount() > 0)
+        Q_EMIT dataChanged(index(0, column), index(rowCount() - 1, column));
+}
+
+bool FileListModel::load(const QString& folder, Listing listing)
 {
     beginResetModel();
     m_folder = folder;
-    m_error = listing.error;
+    m_error = listing.files.error;
+    m_hasComments = listing.comments.size() == listing.files.records.size();
     ++m_generation;
     m_entries.clear();
-    m_entries.reserve(listing.records.size());
+    m_entries.reserve(listing.files.records.size());
     m_foldedNamesMade = false;
     qint32 id = 0;
-    for (DirectoryReader::FileRecord& record : listing.records) {
+    for (DirectoryReader::FileRecord& record : listing.files.records) {
         Entry entry;
         entry.name = std::move(record.name);
         entry.mtimeSeconds = record.mtimeSeconds;
         entry.mtimeNanoseconds = record.mtimeNanoseconds;
         entry.size = record.size;
         entry.isFolder = record.isFolder;
+        if (size_t(id) < listing.comments.size())
+            entry.comment = std::move(listing.comments[size_t(id)]);
         entry.id = id++;
         m_entries.push_back(std::move(entry));
     }
@@ -249,15 +292,6 @@ void FileListModel::removeEntry(int row)
     endRemoveRows();
 }
 
-const QString& FileListModel::commentOf(const Entry& entry) const
-{
-    if (!entry.commentLoaded) {
-        entry.comment = readComment(m_folder + QLatin1Char('/') + entry.name);
-        entry.commentLoaded = true;
-    }
-    return entry.comment;
-}
-
 QString FileListModel::typeText(const Entry& entry) const
 {
     if (entry.isFolder)
@@ -281,7 +315,7 @@ QString FileListModel::cell(const Entry& entry, Kind kind) const
         // One conversion per row shown, never one per row sorted.
         return QLocale().toString(QDateTime::fromSecsSinceEpoch(entry.mtimeSeconds), QLocale::ShortFormat);
     case Kind::Comment:
-        return commentOf(entry);
+        return entry.comment;
     case Kind::Other:
         break;
     }
@@ -363,9 +397,6 @@ bool FileListModel::setData(const QModelIndex& index, const QVariant& value, int
 void FileListModel::sortEntries()
 {
     const Kind kind = m_kinds[size_t(m_sortColumn)];
-    if (kind == Kind::Comment)
-        for (const Entry& entry : m_entries)
-            commentOf(entry);
     const bool descending = m_sortOrder == Qt::DescendingOrder;
     std::sort(m_entries.begin(), m_entries.end(), [this, kind, descending](const Entry& a, const Entry& b) {
         if (a.isFolder != b.isFolder)

@@ -18,10 +18,10 @@ namespace nebra {
 // subfolders and the files its filter lets through, in named columns.
 //
 // The columns this model knows are "Name", "Size", "Type", "Date Modified"
-// and "Comment" (the file's user.xdg.comment extended attribute); any other
-// column is empty. Sorting keeps folders before files and compares the raw
-// modification times (seconds and nanoseconds), never converted dates; the
-// date text and the comment are made only for the rows a view asks for.
+// and "Comment" (the file's user.xdg.comment extended attribute, read with
+// or after the listing, never when drawn); any other column is empty. Sorting keeps folders before files and
+// compares the raw modification times (seconds and nanoseconds), never converted dates; the date text and the
+// comment are made only for the rows a view asks for.
 //
 // A hidden column is no column of the model at all (views and screen
 // readers see only the shown ones); columns() still names every column in
@@ -66,14 +66,33 @@ public:
     QString columnName(int column) const;
     void setColumnShown(const QString& name, bool shown);
 
+    // What read() brings: the entries and, when asked for, each one's comment.
+    struct Listing
+    {
+        DirectoryReader::FileListing files;
+        std::vector<QString> comments; // by record; empty when not asked for
+    };
+
     // Lists folder through filter and sorts it by the current sort column.
     // Returns false when the folder cannot be read (error() says why); the
     // model is then empty.
     bool load(const QString& folder, const QString& filter);
     // The same in two halves: read() touches only the disk and may run on
-    // any thread; load() takes its result on the model's thread.
-    static DirectoryReader::FileListing read(const QString& folder, const QString& filter);
-    bool load(const QString& folder, DirectoryReader::FileListing listing);
+    // any thread; load() takes its result on the model's thread. data()
+    // never reads the disk: the comments come from here or readComments().
+    static Listing read(const QString& folder, const QString& filter, bool comments);
+    bool load(const QString& folder, Listing listing);
+    // A listing needs the comments: a "Comment" column is shown.
+    bool needsComments() const { return columnOf(CommentColumn) >= 0; }
+    // The entries of the last load have their comments.
+    bool hasComments() const { return m_hasComments; }
+    // The comments read apart from the listing, so that a long folder shows
+    // its rows first: readComments() of namesById() touches only the disk and
+    // may run on any thread; setComments() takes them unless another load
+    // came meanwhile.
+    std::vector<QString> namesById() const;
+    static std::vector<QString> readComments(const QString& folder, const std::vector<QString>& names);
+    void setComments(quint32 generation, std::vector<QString> comments);
     QString folder() const { return m_folder; }
     int error() const { return m_error; }
     // Moves on with every load, so that old item handles can tell they are stale.
@@ -126,13 +145,12 @@ private:
     struct Entry
     {
         QString name;
-        mutable QString comment;
+        QString comment;
         qint64 mtimeSeconds = 0;
         qint64 size = 0;
         qint32 mtimeNanoseconds = 0;
         qint32 id = 0;
         bool isFolder = false;
-        mutable bool commentLoaded = false;
     };
 
     enum class Kind
@@ -147,7 +165,6 @@ private:
     static Kind kindOfName(const QString& name);
     // Asked for every row a view lays out: no comparison of column names.
     Kind kindOf(int column) const { return m_kinds[size_t(m_shown[size_t(column)])]; }
-    const QString& commentOf(const Entry& entry) const;
     QStringView shownName(const Entry& entry) const;
     const FoldedNames& foldedNames() const;
     QString typeText(const Entry& entry) const;
@@ -185,6 +202,7 @@ private:
     int m_error = 0;
     quint32 m_generation = 0;
     bool m_showExtensions = true;
+    bool m_hasComments = false;
 };
 
 } // namespace nebra

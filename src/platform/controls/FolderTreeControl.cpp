@@ -94,6 +94,19 @@ FolderTreeControl::FolderTreeControl(QWidget* parent)
 
 FolderTreeControl::~FolderTreeControl() = default;
 
+void FolderTreeControl::setBusy(bool busy)
+{
+    if (busy == m_busy)
+        return;
+    m_busy = busy;
+    if (busy) {
+        m_view->viewport()->setCursor(Qt::BusyCursor);
+        return;
+    }
+    m_view->viewport()->unsetCursor();
+    Q_EMIT idle();
+}
+
 void FolderTreeControl::setCaption(const QString& caption)
 {
     m_caption->setText(caption);

@@ -87,6 +87,10 @@ public:
     // current node stays current, without events, when it is still there.
     void beginUpdate();
     void endUpdate();
+    // Nodes are still being read from the disk: the tree shows a busy pointer.
+    // idle() follows when it is no longer busy.
+    void setBusy(bool busy);
+    bool isBusy() const { return m_busy; }
 
     FolderNode currentNode() const;
     // Makes node the current (selected) node, opening its ancestors; emits
@@ -104,6 +108,8 @@ Q_SIGNALS:
     void currentNodeChanged(const FolderNode& node, int state);
     // A node became the selected one.
     void nodeSelected(const FolderNode& node);
+    // The nodes being read from the disk have all arrived.
+    void idle();
 
 private:
     void onCurrentChanged(const QModelIndex& current, const QModelIndex& previous);
@@ -128,6 +134,7 @@ private:
     FolderNode m_currentBeforeUpdate;
     DisplayMode m_displayMode = DisplayMode::Compact;
     bool m_navigating = false;
+    bool m_busy = false;
 };
 
 } // namespace nebra
