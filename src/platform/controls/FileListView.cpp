@@ -35,6 +35,9 @@ FileListView::FileListView(FileListModel* model, QWidget* parent) : QTreeView(pa
     });
     columns->resizeSection(model->columnOf(FileListModel::DateModifiedColumn),
                            fontMetrics().horizontalAdvance(QStringLiteral("00 MMM 0000 00:00")) + 32);
+    // A column shown or added later takes its room from the name, as a resize does.
+    connect(model, &QAbstractItemModel::columnsInserted, this, &FileListView::fitColumns);
+    connect(model, &QAbstractItemModel::columnsRemoved, this, &FileListView::fitColumns);
 }
 
 void FileListView::resizeEvent(QResizeEvent* event)
