@@ -236,7 +236,8 @@ private Q_SLOTS:
         QVERIFY(waitForListing(part<FileListControl>(window)));
         const QString protocol = o.doc("Protocols/ELISA IgG Quantitation.apr");
         part<ToolBarsControl>(window).action(QStringLiteral("ID_Run"))->trigger();
-        QCOMPARE(security.auditTexts().last() == "Run protocol: " + protocol, allowed);
+        // The session also records the documents, on its own threads: the run's entry need not be the last.
+        QCOMPARE(security.auditTexts().contains("Run protocol: " + protocol), allowed);
         if (allowed)
             QCOMPARE(o.started(), argv({o.program("Assay Application"), protocol}));
         else
