@@ -5,6 +5,7 @@
 //   bench_audit_export [entries] [folder]     (defaults: 20000, a temporary folder)
 
 #include "AuditExport.h"
+#include "BenchStore.h"
 #include "SecurityStore.h"
 
 #include <QDir>
@@ -21,14 +22,7 @@ namespace {
 
 std::unique_ptr<SecurityStore> makeStore(const QString& folder, int entries)
 {
-    SecuritySettings settings;
-    settings.databasePath = folder + QStringLiteral("/Security.db");
-    settings.siteKeyFile = folder + QStringLiteral("/Security.key");
-    settings.chainHeadFile = folder + QStringLiteral("/Security.head");
-    QString error;
-    std::unique_ptr<SecurityStore> store = SecurityStore::create(settings, QStringLiteral("bench"), &error);
-    if (!store)
-        qFatal("%s", qPrintable(error));
+    std::unique_ptr<SecurityStore> store = bench::newStoreIn(folder);
     const AuditAppendResult made = store->audit().record([entries](QList<AuditRecord>* records, QString*) {
         for (int i = 0; i < entries; ++i)
             records->append(

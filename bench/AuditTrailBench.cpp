@@ -7,6 +7,7 @@
 
 #include "Authenticator.h"
 #include "BenchStats.h"
+#include "BenchStore.h"
 #include "SecretBytes.h"
 #include "SecurityAdministration.h"
 #include "SecurityStore.h"
@@ -136,14 +137,10 @@ int main(int argc, char** argv)
     const int entries = args.size() > 1 ? args[1].toInt() : 3000;
     QTemporaryDir dir((args.size() > 2 ? args[2] : QDir::currentPath()) +
                       QStringLiteral("/bench-audit-XXXXXX"));
-    SecuritySettings settings;
-    settings.databasePath = dir.filePath(QStringLiteral("Security.db"));
-    settings.siteKeyFile = dir.filePath(QStringLiteral("Security.key"));
-    settings.chainHeadFile = dir.filePath(QStringLiteral("Security.head"));
+    std::unique_ptr<SecurityStore> store = bench::newStoreIn(dir.path());
     QString error;
-    std::unique_ptr<SecurityStore> store = SecurityStore::create(settings, QStringLiteral("bench"), &error);
-    if (!store || !SecurityAdministration(*store, QStringLiteral("bench"))
-                       .addUser(QStringLiteral("jsmith"), {}, SecretBytes("correct horse"), &error))
+    if (!SecurityAdministration(*store, QStringLiteral("bench"))
+             .addUser(QStringLiteral("jsmith"), {}, SecretBytes("correct horse"), &error))
         qFatal("%s", qPrintable(error));
     {
         BareInsert bare(dir.filePath(QStringLiteral("bare.db")));

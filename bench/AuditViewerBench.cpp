@@ -13,6 +13,7 @@
 
 #include "AuditTrailModel.h"
 #include "BenchStats.h"
+#include "BenchStore.h"
 #include "EmbeddedSecurityBackend.h"
 #include "SecurityStore.h"
 
@@ -32,15 +33,6 @@ namespace {
 
 constexpr int VisibleRows = 40; // what a maximised window shows
 constexpr int Batch = 50000;    // entries per transaction while the store is made
-
-SecuritySettings settingsIn(const QString& folder)
-{
-    SecuritySettings settings;
-    settings.databasePath = folder + QStringLiteral("/Security.db");
-    settings.siteKeyFile = folder + QStringLiteral("/Security.key");
-    settings.chainHeadFile = folder + QStringLiteral("/Security.head");
-    return settings;
-}
 
 // Entries like a lab's: a few dozen users, three areas, document paths.
 void makeStore(const SecuritySettings& settings, qint64 entries)
@@ -131,7 +123,7 @@ int main(int argc, char** argv)
     const qint64 entries = args.size() > 2 ? args[2].toLongLong() : 1000000;
     const QString folder = args[1] + QLatin1Char('/') + QString::number(entries);
     QDir().mkpath(folder);
-    const SecuritySettings settings = settingsIn(folder);
+    const SecuritySettings settings = bench::storeSettingsIn(folder);
     if (!QFile::exists(settings.databasePath))
         makeStore(settings, entries);
     resetPeak();

@@ -9,6 +9,7 @@
 //   (defaults: 10000 documents, 2048 MB in all, the current folder, 200 changes)
 
 #include "BenchStats.h"
+#include "BenchStore.h"
 #include "DocumentRecorder.h"
 #include "EmbeddedSecurityBackend.h"
 #include "FolderChangeSource.h"
@@ -110,14 +111,7 @@ int main(int argc, char** argv)
     QTemporaryDir dir(args.value(3, QDir::currentPath()) + QStringLiteral("/documents-XXXXXX"));
     const int changes = args.value(4, QStringLiteral("200")).toInt();
 
-    SecuritySettings settings;
-    settings.databasePath = dir.filePath(QStringLiteral("Security.db"));
-    settings.siteKeyFile = dir.filePath(QStringLiteral("Security.key"));
-    settings.chainHeadFile = dir.filePath(QStringLiteral("Security.head"));
-    QString error;
-    if (!SecurityStore::create(settings, QStringLiteral("bench"), &error))
-        qFatal("%s", qPrintable(error));
-    EmbeddedSecurityBackend backend(SecurityStore::open(settings, &error));
+    EmbeddedSecurityBackend backend(bench::newStoreIn(dir.path()));
     const QString results = dir.filePath(QStringLiteral("Results"));
     const QStringList paths = makeDocuments(results, count, bytes);
     DocumentFolders folders({{results, {QStringLiteral("*.ars")}}});

@@ -13,6 +13,7 @@
 //   QT_QPA_PLATFORM=offscreen bench_record_cell [changes] [documents] [folder]
 
 #include "BenchStats.h"
+#include "BenchStore.h"
 #include "DocumentRecorder.h"
 #include "EmbeddedSecurityBackend.h"
 #include "FileListControl.h"
@@ -70,14 +71,7 @@ int main(int argc, char** argv)
     const int count = args.value(2, QStringLiteral("500")).toInt();
     QTemporaryDir dir(args.value(3, QDir::currentPath()) + QStringLiteral("/record-cell-XXXXXX"));
 
-    SecuritySettings settings;
-    settings.databasePath = dir.filePath(QStringLiteral("Security.db"));
-    settings.siteKeyFile = dir.filePath(QStringLiteral("Security.key"));
-    settings.chainHeadFile = dir.filePath(QStringLiteral("Security.head"));
-    QString error;
-    if (!SecurityStore::create(settings, QStringLiteral("bench"), &error))
-        qFatal("%s", qPrintable(error));
-    EmbeddedSecurityBackend backend(SecurityStore::open(settings, &error));
+    EmbeddedSecurityBackend backend(bench::newStoreIn(dir.path()));
     const QString results = dir.filePath(QStringLiteral("Results"));
     QDir().mkpath(results);
     QStringList paths;
