@@ -1,6 +1,7 @@
 #pragma once
 
 #include "AuditTrail.h"
+#include "DocumentSignature.h"
 
 #include <QByteArray>
 #include <QHash>
@@ -72,6 +73,8 @@ struct DocumentWriter
     std::function<bool(const QList<DocumentChange>&, QList<qint64>* sequences, QString* error)> record;
     // Every path's newest record, keyed by path.
     std::function<bool(QHash<QString, DocumentRecord>*, QString*)> records;
+    // Every path's signatures, oldest first, keyed by path.
+    std::function<bool(QHash<QString, QList<DocumentSignature>>*, QString*)> signatures;
 };
 // Opens a writer in the calling thread; empty, with *error, when the store cannot be reached.
 using DocumentWriterFactory = std::function<std::optional<DocumentWriter>(QString* error)>;

@@ -104,6 +104,11 @@ DocumentWriterFactory EmbeddedSecurityBackend::documentWriter(const QString& use
             },
             [store](QHash<QString, DocumentRecord>* records, QString* e) {
                 return store->documents().read(records, e);
+            },
+            // Signatures are read once the store keeps them.
+            [](QHash<QString, QList<DocumentSignature>>* signatures, QString*) {
+                signatures->clear();
+                return true;
             }};
     };
 }

@@ -197,6 +197,32 @@ AuditAppendResult NebraSecurityManager::AcceptDocumentChange(const DocumentFinge
                                      {DocumentEvent::Accepted, fingerprint, {}, {}, reason.trimmed()});
 }
 
+// Declared for the window's signing; the stores' side follows.
+QStringList NebraSecurityManager::SignatureMeanings() const
+{
+    return QString::fromLatin1(SignatureEntries::DefaultMeanings).split(QLatin1Char(';'));
+}
+
+bool NebraSecurityManager::HasSignedInSession() const
+{
+    return false;
+}
+
+SignResult NebraSecurityManager::SignDocument(const DocumentFingerprint&, const QString&, const QString&,
+                                              const SecretBytes&)
+{
+    SignResult result;
+    result.error = QStringLiteral("Documents cannot be signed yet.");
+    return result;
+}
+
+bool NebraSecurityManager::ReadSignatures(const QString&, QList<DocumentSignature>* signatures,
+                                          QString*) const
+{
+    signatures->clear();
+    return true;
+}
+
 QString NebraSecurityManager::UserName() const
 {
     return m_user ? m_user->name : QString();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Authenticator.h"
+#include "DocumentSignature.h"
 #include "IdleTimer.h"
 #include "Messages.h"
 #include "SecurityBackend.h"
@@ -107,6 +108,27 @@ public:
     // refused without the right (DocumentEntries::Area, AcceptOperation) or
     // without a reason.
     AuditAppendResult AcceptDocumentChange(const DocumentFingerprint& fingerprint, const QString& reason);
+
+    // Electronic signatures. The meanings a signature may have: the site's
+    // [Security] SignatureMeanings from the system-wide file only (default
+    // SignatureEntries::DefaultMeanings), in their order.
+    QStringList SignatureMeanings() const;
+    // False until the session's user has signed once: the first signing of a
+    // session asks for the user name and the password, later ones only the password.
+    bool HasSignedInSession() const;
+    // Signs the content fingerprint shows with meaning, as the session's user:
+    // refused without a session, without the right (SignatureEntries::RightArea,
+    // RightOperation), for a meaning outside SignatureMeanings(), for a user
+    // name that is not the session's, for a user without a full name, and for
+    // a wrong password, which counts like a failed log-in; when it locks the
+    // account the session ends (UserLoggedOut) and result.locked is set. The
+    // entry (area SignatureEntries::Area) and the signature's row are written
+    // in one transaction. Shows no message: the caller reports result.error.
+    SignResult SignDocument(const DocumentFingerprint& fingerprint, const QString& meaning,
+                            const QString& userName, const SecretBytes& password);
+    // Every signature of path, oldest first; false, with *error, when the
+    // store cannot answer (no session: refused).
+    bool ReadSignatures(const QString& path, QList<DocumentSignature>* signatures, QString* error) const;
 
 Q_SIGNALS:
     void UserLoggedOut(const QString& userName, int reason);

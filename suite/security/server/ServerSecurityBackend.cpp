@@ -246,6 +246,11 @@ DocumentWriterFactory ServerSecurityBackend::documentWriter(const QString&)
             },
             [connection, session, token](QHash<QString, DocumentRecord>* records, QString* e) {
                 return session->documentRecords(token, records, e);
+            },
+            // Signatures are read once the store keeps them.
+            [](QHash<QString, QList<DocumentSignature>>* signatures, QString*) {
+                signatures->clear();
+                return true;
             }};
     };
 }

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <QByteArray>
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+namespace nebra {
+
+// One electronic signature of a document: who signed which content of which
+// path, when, and what the signature means. It is bound to the document's
+// path and SHA-256; a later change of the document voids it, and a copy of
+// the document elsewhere is not signed.
+struct DocumentSignature
+{
+    QString path;        // absolute, as the data folders name it
+    QByteArray sha256;   // the content the signer saw (32 bytes)
+    QString meaning;     // one of the site's meanings ("Authored", "Reviewed", "Approved", ...)
+    QString userName;    // the signer's log-in name
+    QString fullName;    // the signer's printed name, from the user store when signing
+    qint64 signedMs = 0; // milliseconds since the epoch, UTC
+    qint64 sequence = 0; // the audit entry that records it
+    bool intact = true;  // false: the row fails its seal or does not match its entry
+};
+
+// What a signing came to. Signed when sequence is above 0; otherwise error
+// says why not, in a sentence for the user.
+struct SignResult
+{
+    qint64 sequence = 0;
+    QString error;
+    bool locked = false;         // the wrong password locked the account and the session has ended
+    DocumentSignature signature; // as recorded, when signed
+};
+
+// The names and texts of signatures, shared by both stores (the server
+// composes the same entry text in its own function).
+class SignatureEntries
+{
+public:
+    static constexpr const char* Area = "Signatures"; // the audit entries' area
+    static constexpr const char* RightArea = "Documents";
+    static constexpr const char* RightOperation = "Sign";
+    static constexpr const char* DefaultMeanings = "Authored;Reviewed;Approved";
+
+    // "Signed: <path> sha256=<hex> meaning=<meaning> by <full name> (<user>)"
+    static QString text(const DocumentSignature& signature);
+};
+
+} // namespace nebra
