@@ -1,5 +1,6 @@
 #include "RecentDocuments.h"
 
+#include "FolderReaders.h"
 #include "SuiteSettings.h"
 
 #include <QDir>
@@ -7,12 +8,12 @@
 
 namespace nebra {
 
-RecentDocuments::RecentDocuments(SuiteSettings& settings, Exists exists)
-    : m_settings(settings), m_exists(std::move(exists))
+RecentDocuments::RecentDocuments(SuiteSettings& settings, QObject* parent)
+    : QObject(parent), m_settings(settings), m_readers(new FolderReaders(this))
 {
-    if (!m_exists)
-        m_exists = [](const QString& path) { return QFileInfo(path).isFile(); };
 }
+
+RecentDocuments::~RecentDocuments() = default;
 
 void RecentDocuments::add(const QString& path)
 {
@@ -28,18 +29,45 @@ void RecentDocuments::add(const QString& path)
     m_settings.SetRecentDocuments(paths);
 }
 
-QStringList RecentDocuments::shown()
+QStringList RecentDocuments::shown() const
 {
+    QStringList shown;
+    for (const QString& path : m_settings.RecentDocuments())
+        if (!path.isEmpty() && !shown.contains(path))
+            shown.append(path);
+    while (shown.size() > Capacity)
+        shown.removeLast();
+    return shown;
+}
+
+// One read per document: each goes to the lane of its own mount, so a
+// server that does not answer holds up only the documents it keeps.
+void RecentDocuments::check()
+{
+    for (const QString& path : shown()) {
+        if (m_checking.contains(path))
+            continue;
+        m_checking.insert(path, m_readers->read(
+                                    path, FolderReaders::Lane::User, this,
+                                    [path] { return QFileInfo(path).isFile(); },
+                                    [this, path](bool exists) { answered(path, exists); }));
+    }
+}
+
+void RecentDocuments::answered(const QString& path, bool exists)
+{
+    m_checking.remove(path);
+    if (exists)
+        return;
+    // The stored list as it is now: a document used since the check began
+    // has moved, and only the missing one goes.
     const QStringList stored = m_settings.RecentDocuments();
-    QStringList present;
-    for (const QString& path : stored)
-        if (!path.isEmpty() && !present.contains(path) && m_exists(path))
-            present.append(path);
-    while (present.size() > Capacity)
-        present.removeLast();
-    if (present != stored)
-        m_settings.SetRecentDocuments(present);
-    return present;
+    QStringList kept = stored;
+    kept.removeAll(path);
+    if (kept == stored)
+        return;
+    m_settings.SetRecentDocuments(kept);
+    Q_EMIT changed();
 }
 
 } // namespace nebra

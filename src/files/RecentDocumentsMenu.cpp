@@ -12,9 +12,16 @@ RecentDocumentsMenu::RecentDocumentsMenu(RecentDocuments& recent, QWidget* paren
 {
     setAccessibleName(QStringLiteral("Recent documents"));
     connect(this, &QMenu::aboutToShow, this, &RecentDocumentsMenu::fill);
+    connect(&m_recent, &RecentDocuments::changed, this, &RecentDocumentsMenu::showDocuments);
 }
 
 void RecentDocumentsMenu::fill()
+{
+    showDocuments();
+    m_recent.check();
+}
+
+void RecentDocumentsMenu::showDocuments()
 {
     clear();
     const QStringList paths = m_recent.shown();

@@ -85,6 +85,10 @@ FindingAids::~FindingAids() = default;
 void FindingAids::createRecentDocuments()
 {
     m_recent = std::make_unique<RecentDocuments>(m_parts.settings);
+    connect(m_recent.get(), &RecentDocuments::changed, this, [this] {
+        if (m_parts.tree.currentNode().level() == 0)
+            listRecentOnWelcomePage();
+    });
     auto* menu = new RecentDocumentsMenu(*m_recent, &m_parts.owner);
     connect(menu, &RecentDocumentsMenu::documentChosen, &m_parts.fileView, &FileView::ShowDocument);
     if (QMenu* file = m_parts.tools.menu(ToolDefinitions::toolId(CommandId::FileMenu)))
@@ -111,7 +115,15 @@ void FindingAids::openRecent(int index)
         });
 }
 
+// The stored list at once; the documents found missing leave it when their
+// checks answer (changed()).
 void FindingAids::showRecentOnWelcomePage()
+{
+    listRecentOnWelcomePage();
+    m_recent->check();
+}
+
+void FindingAids::listRecentOnWelcomePage()
 {
     m_welcomeRecent = m_recent->shown();
     m_parts.browser.view()->page()->runJavaScript(recentListScript(m_welcomeRecent),

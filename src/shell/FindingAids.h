@@ -48,6 +48,7 @@ public:
 private:
     void createRecentDocuments();
     void showRecentOnWelcomePage();
+    void listRecentOnWelcomePage();
     void showSelectionInFileManager();
 
     Parts m_parts;

@@ -139,7 +139,7 @@ private Q_SLOTS:
         // A vanished document leaves the lists; one outside the tree is reported.
         QVERIFY(QFile::remove(elisa));
         Q_EMIT menu->aboutToShow();
-        QCOMPARE(menu->actions().size(), 1);
+        QTRY_COMPARE(menu->actions().size(), 1);
         part<FileView>(window).ShowDocument(o.folders.root() + "/elsewhere.apr");
         QVERIFY(waitForListing(part<FileListControl>(window)));
         QCOMPARE(o.messages.count(), 1);

@@ -6,6 +6,7 @@
 #include "ListingWait.h"
 #include "LoadedOrganiser.h"
 #include "MainWindow.h"
+#include "RecentDocumentsMenu.h"
 #include "SecondProcess.h"
 #include "WebEngineTestMain.h"
 #include "WindowParts.h"
@@ -135,6 +136,26 @@ private Q_SLOTS:
         window.close();
         m_site->window.reset();
         QVERIFY2(clock.elapsed() < 3000, qPrintable(QString::number(clock.elapsed())));
+    }
+
+    // File > Recent lists its documents at once while their server is frozen
+    // (a document whose check has not answered stays listed); the vanished
+    // one leaves the menu when the server answers.
+    void recentDocumentsOnAFrozenShare()
+    {
+        if (!shared())
+            return;
+        LoadedOrganiser::set(QStringLiteral("Settings/RecentDocuments"),
+                             QStringList{m_site->doc(QStringLiteral("Protocols/Gone.apr")),
+                                         m_site->doc(QStringLiteral("Protocols/Elisa.apr"))});
+        m_share->freeze(); // from the start: no check has answered yet
+        QCOMPARE(m_site->start(), MainWindow::LoadOutcome::Loaded);
+        auto& menu = part<RecentDocumentsMenu>(*m_site->window);
+        Q_EMIT menu.aboutToShow();
+        QCOMPARE(menu.actions().size(), 2);
+        m_share->thaw();
+        QTRY_COMPARE_WITH_TIMEOUT(menu.actions().size(), 1, 10000);
+        QCOMPARE(menu.actions().first()->text(), QStringLiteral("&1  Elisa.apr"));
     }
 };
 
