@@ -30,6 +30,9 @@ public:
     // The same for any work on the disk where folder lives.
     bool run(const QString& folder, std::function<void()> work, int waitMs = StartUpWaitMs);
 
+    // The readers of the data folders, for work that nobody waits for.
+    FolderReaders& readers() { return *m_readers; }
+
     // The message shown once when the data folders did not answer in time.
     static QString notAnsweringText(const QString& folder);
 

@@ -9,6 +9,7 @@
 #include "FileListControl.h"
 #include "FileSystemObject.h"
 #include "FileView.h"
+#include "FolderReaders.h"
 #include "FolderTreeControl.h"
 #include "HelpTopics.h"
 #include "HelpWindow.h"
@@ -340,13 +341,30 @@ bool Organiser::startSecurity()
     m_suite.paths->SetSecurityManager(session.NebraSecurityManagerObj());
     m_auditTrail->offer();
     m_documentRecords->begin(DocumentFolders::of(*m_suite.paths));
-    // A plain file of that name is no folder: the folder is still to be made.
-    if (!FileSystemObject().FolderExists(m_suite.paths->SecuredFolder())) {
-        m_suite.settings->BeginFolderUpdate();
-        m_suite.paths->CreateSecuredFolder();
-        m_suite.settings->EndFolderUpdate();
-    }
+    checkSecuredFolder();
     return true;
+}
+
+// The secured folder may be on a file server: it is checked and made on a
+// reader thread, and the log-in goes on whether or not the server answers.
+void Organiser::checkSecuredFolder()
+{
+    const QString folder = m_suite.paths->SecuredFolder();
+    FolderReaders& readers = m_probe->readers();
+    // A plain file of that name is no folder: the folder is still to be made.
+    readers.read(
+        folder, FolderReaders::Lane::User, this, [folder] { return FileSystemObject().FolderExists(folder); },
+        [&readers, &settings = *m_suite.settings, folder, this](bool exists) {
+            if (exists)
+                return;
+            // The making is queued, not waited for, between the two calls:
+            // the settings' batch is not held open while a server is slow.
+            settings.BeginFolderUpdate();
+            readers.read(
+                folder, FolderReaders::Lane::User, this, [folder] { return QDir().mkpath(folder); },
+                [](bool) {});
+            settings.EndFolderUpdate();
+        });
 }
 
 // The first look at the data folders. A server that does not answer in

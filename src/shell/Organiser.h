@@ -72,6 +72,7 @@ private:
     WizardHooks wizardHooks();
     WelcomeActions welcomeActions();
     OrganiserTreeSources treeSources();
+    void checkSecuredFolder();
     void dataFoldersAnswered();
     void showFoldersNotAnswering();
 

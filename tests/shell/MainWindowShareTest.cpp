@@ -157,6 +157,26 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(menu.actions().size(), 1, 10000);
         QCOMPARE(menu.actions().first()->text(), QStringLiteral("&1  Elisa.apr"));
     }
+
+    // The log-in goes on while the secured folder's server is frozen; the
+    // folder is made when the server answers.
+    void theSecuredFolderOnAFrozenShare()
+    {
+        if (!shared(QStringLiteral("/Secured")))
+            return;
+        LoadedOrganiser::set(QStringLiteral("Settings/WatchMode"), QStringLiteral("poll"));
+        const QString secured = m_site->folders.root() + QStringLiteral("/Lab Data/Secured/Site");
+        LoadedOrganiser::set(QStringLiteral("Paths/SecuredFolder"), secured);
+        m_site->secure();
+        m_share->freeze();
+        QCOMPARE(m_site->start(), MainWindow::LoadOutcome::Loaded);
+        const int messages = m_site->messages.count();
+        tool(*m_site->window, CommandId::About).trigger();
+        QCOMPARE(m_site->messages.count(), messages + 1);
+        m_share->thaw();
+        QTRY_VERIFY_WITH_TIMEOUT(
+            QFileInfo(m_site->folders.root() + QStringLiteral("/backing/Secured/Site")).isDir(), 10000);
+    }
 };
 
 NEBRA_WEBENGINE_TEST_MAIN(MainWindowShareTest)
