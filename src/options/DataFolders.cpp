@@ -7,6 +7,8 @@
 #include "SuitePaths.h"
 #include "SuiteSettings.h"
 
+#include <QDir>
+
 namespace nebra {
 
 namespace {
@@ -150,7 +152,11 @@ void DataFolders::create(const Plan& plan, const FileSystemObject& fs)
 
 bool DataFolders::AreAllSubfoldersPresent(const QString& candidate)
 {
-    const FileSystemObject fs;
+    return subfoldersPresent(FileSystemObject(), candidate);
+}
+
+bool DataFolders::subfoldersPresent(const FileSystemObject& fs, const QString& candidate)
+{
     bool allPresent = true;
     for (const char* name : SubfolderNames)
         allPresent = fs.FolderExists(candidate + QLatin1String(name)) && allPresent;
@@ -170,25 +176,63 @@ bool DataFolders::DoAllDataFoldersExist()
     return allExist;
 }
 
+QString DataFolders::notAnsweringText(const QString& folder)
+{
+    return QStringLiteral("The folder %1 does not answer, so it cannot be checked.\r\n"
+                          "Check the connection to the file server, or choose another folder.")
+        .arg(QDir::toNativeSeparators(folder));
+}
+
+// What the checks of a typed parent directory need to know of the disk,
+// found in one read on a reader thread.
+struct DataFolders::TypedFolder
+{
+    QString problem; // the first rule it breaks
+    bool exists = false;
+    bool complete = false; // all subfolders present
+    bool writable = false;
+};
+
 bool DataFolders::ApplyParentDirectory(QString& text)
 {
     text = ParentDirectoryRules::normalised(text);
     // Exact comparison: a change of letter case counts as a change.
     if (text == m_paths.ParentDirectory())
         return true;
-    if (const QString problem = ParentDirectoryRules::problem(text); !problem.isEmpty()) {
-        showFolderError(problem);
+    std::shared_ptr<const FileSystemObject> fs = m_fileSystemFactory();
+    const std::optional<TypedFolder> typed = m_disk.run(text, [fs, text] {
+        TypedFolder found;
+        found.problem = ParentDirectoryRules::problem(text);
+        found.exists = found.problem.isEmpty() && fs && fs->FolderExists(text);
+        if (found.exists) {
+            found.complete = subfoldersPresent(*fs, text);
+            found.writable = ParentDirectoryRules::canWriteInto(text);
+        }
+        return found;
+    });
+    if (!typed) {
+        showFolderError(notAnsweringText(text));
         return false;
     }
-    m_fileSystem = m_fileSystemFactory();
-    if (!m_fileSystem)
+    if (!typed->problem.isEmpty()) {
+        showFolderError(typed->problem);
         return false;
-    return m_fileSystem->FolderExists(text) ? applyExistingFolder(text) : applyNewFolder(text);
+    }
+    if (!fs)
+        return false;
+    m_fileSystem = fs;
+    return typed->exists ? applyExistingFolder(text, *typed) : applyNewFolder(text);
 }
 
 bool DataFolders::applyNewFolder(const QString& text)
 {
-    if (!m_fileSystem->CreateFolder(text)) {
+    const std::optional<bool> made =
+        m_disk.run(text, [fs = m_fileSystem, text] { return fs->CreateFolder(text); });
+    if (!made) {
+        showFolderError(notAnsweringText(text));
+        return false;
+    }
+    if (!*made) {
         showFolderError(QStringLiteral("The specified parent directory path is invalid.\r\n"
                                        "Either it contains illegal characters or\r\n"
                                        "a multiple level directory structure needs to be created."));
@@ -196,36 +240,43 @@ bool DataFolders::applyNewFolder(const QString& text)
     }
     if (askYesNo(QStringLiteral("The specified parent directory for data files does not exist.\r\n"
                                 "Would you like it and its subfolders to be created now?")) ==
-        MessageButton::No) {
+            MessageButton::No ||
+        !storeParentDirectory(text)) {
         // The folder was made only to test the path: a refused path leaves no trace.
-        m_fileSystem->DeleteFolder(text, false);
+        m_disk.run(text, [fs = m_fileSystem, text] { return fs->DeleteFolder(text, false); });
         return false;
     }
-    if (!storeParentDirectory(text)) {
-        m_fileSystem->DeleteFolder(text, false);
-        return false;
-    }
-    CreateAnyMissingNebraDirectories();
+    createOnDisk(text);
     return true;
 }
 
-bool DataFolders::applyExistingFolder(const QString& text)
+bool DataFolders::applyExistingFolder(const QString& text, const TypedFolder& typed)
 {
-    const bool complete = AreAllSubfoldersPresent(text);
-    if (!complete && !ParentDirectoryRules::canWriteInto(text)) {
+    if (!typed.complete && !typed.writable) {
         // Accepting it would leave the tree without the folders it shows.
         showFolderError(ParentDirectoryRules::readOnlySubfoldersText());
         return false;
     }
-    if (!complete &&
+    if (!typed.complete &&
         askYesNo(QStringLiteral("The specified parent directory has one or more missing subfolders.\r\n"
                                 "Would you like them to be created now?")) == MessageButton::No)
         return false;
     if (!storeParentDirectory(text))
         return false;
-    if (!complete)
-        CreateAnyMissingNebraDirectories();
+    if (!typed.complete)
+        createOnDisk(text);
     return true;
+}
+
+// The parent directory is stored by now: a server that stops answering
+// half-way leaves the rest of the folders to the making at the next start.
+void DataFolders::createOnDisk(const QString& parent)
+{
+    m_disk.run(parent, [create = prepareCreation()] {
+        create();
+        return true;
+    });
+    finishCreation();
 }
 
 bool DataFolders::storeParentDirectory(const QString& text)

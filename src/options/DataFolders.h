@@ -1,5 +1,6 @@
 #pragma once
 
+#include "BoundedRead.h"
 #include "FileSystemObject.h"
 
 #include <QString>
@@ -50,15 +51,22 @@ public:
     // Validates a typed parent directory and applies it, asking the user where
     // folders are missing. The trimmed text is written back into text. Returns
     // false when the typed value must not be accepted (the caller keeps its
-    // dialog open); no setting has then changed.
+    // dialog open); no setting has then changed. The disk is reached on a
+    // reader thread while the event loop runs, each step waited for
+    // BoundedRead::DefaultWaitMs at most: a folder that does not answer in
+    // that time is refused with notAnsweringText(), never accepted unchecked.
     bool ApplyParentDirectory(QString& text);
+    static QString notAnsweringText(const QString& folder);
 
 private:
     struct Plan;
+    struct TypedFolder;
     Plan plan(bool withFileSystem) const;
     static void create(const Plan& plan, const FileSystemObject& fs);
+    static bool subfoldersPresent(const FileSystemObject& fs, const QString& candidate);
     bool applyNewFolder(const QString& text);
-    bool applyExistingFolder(const QString& text);
+    bool applyExistingFolder(const QString& text, const TypedFolder& typed);
+    void createOnDisk(const QString& parent);
     bool storeParentDirectory(const QString& text);
 
     SuitePaths& m_paths;
@@ -66,7 +74,8 @@ private:
     DriverSource m_drivers;
     FileSystemObjectFactory m_fileSystemFactory;
     QString m_exampleSource;
-    std::unique_ptr<FileSystemObject> m_fileSystem;
+    std::shared_ptr<const FileSystemObject> m_fileSystem; // shared with the reads that use it
+    BoundedRead m_disk;
     std::shared_ptr<const Plan> m_plan; // between prepareCreation() and finishCreation()
 };
 

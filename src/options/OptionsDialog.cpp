@@ -17,6 +17,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QPointer>
 #include <QPushButton>
 #include <QTabBar>
 #include <QTabWidget>
@@ -266,10 +267,28 @@ void OptionsDialog::fillDrivers()
     m_driversListed = true;
 }
 
+// The folder is checked while the event loop runs (it may be on a file
+// server that is slow to answer): meanwhile the dialog takes no second OK and
+// no Cancel, and it may even be closed and deleted by a forced log-out.
 void OptionsDialog::onOK()
 {
+    if (m_checking)
+        return;
+    const QPointer<OptionsDialog> alive(this);
     QString text = m_txtParentDirectoryPath->text();
-    const bool accepted = m_folders.ApplyParentDirectory(text);
+    bool accepted = false;
+    {
+        m_checking = true;
+        for (QPushButton* button : {m_ok, m_cancel, m_browse})
+            button->setEnabled(false);
+        BusyCursor busy;
+        accepted = m_folders.ApplyParentDirectory(text);
+    }
+    if (!alive)
+        return;
+    m_checking = false;
+    for (QPushButton* button : {m_ok, m_cancel, m_browse})
+        button->setEnabled(true);
     m_txtParentDirectoryPath->setText(text);
     if (!accepted || !applyDriver())
         return;
@@ -297,6 +316,8 @@ bool OptionsDialog::applyDriver()
 
 void OptionsDialog::reject()
 {
+    if (m_checking)
+        return; // the check ends within its bound; OK then decides
     m_okPressed = false;
     QDialog::reject();
 }
@@ -309,7 +330,10 @@ void OptionsDialog::chooseFolder()
     chooser.setFileMode(QFileDialog::Directory);
     chooser.setOptions(QFileDialog::ShowDirsOnly | QFileDialog::DontUseNativeDialog);
     const QString typed = m_txtParentDirectoryPath->text().trimmed();
-    if (!typed.isEmpty() && QDir(typed).exists())
+    // Started where the typed folder is, when it answers at once; a folder
+    // that does not is left for OK to report.
+    if (!typed.isEmpty() &&
+        m_folderCheck.run(typed, [typed] { return QDir(typed).exists(); }).value_or(false))
         chooser.setDirectory(typed);
     if (Dialogs::exec(chooser) != QDialog::Accepted || chooser.selectedFiles().isEmpty())
         return;

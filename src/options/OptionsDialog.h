@@ -1,5 +1,7 @@
 #pragma once
 
+#include "BoundedRead.h"
+
 #include <QDialog>
 
 #include <functional>
@@ -84,6 +86,8 @@ private:
     DataFolders& m_folders;
     OptionsDialogHooks m_hooks;
     bool m_okPressed = false;
+    bool m_checking = false;   // OK waits for the folder's check
+    BoundedRead m_folderCheck; // Browse...'s look at the typed folder
     bool m_driversListed = false;
 
     QTabWidget* m_tabs = nullptr;

@@ -1,3 +1,5 @@
+#include "Controls.h"
+#include "DataFolders.h"
 #include "FileListControl.h"
 #include "FolderReaders.h"
 #include "FolderTreeControl.h"
@@ -12,8 +14,11 @@
 #include "WindowParts.h"
 
 #include <QElapsedTimer>
+#include <QLineEdit>
+#include <QPushButton>
 #include <QStatusBar>
 #include <QTest>
+#include <QTimer>
 
 using namespace nebra;
 using namespace nebra::test;
@@ -136,6 +141,33 @@ private Q_SLOTS:
         window.close();
         m_site->window.reset();
         QVERIFY2(clock.elapsed() < 3000, qPrintable(QString::number(clock.elapsed())));
+    }
+
+    // OK in the Options dialog with a parent directory on a frozen server
+    // leaves the window answering and refuses the folder it could not check,
+    // with one message; once the server answers, OK takes it.
+    void theOptionsCheckAFrozenShare()
+    {
+        if (!shared(QStringLiteral("/Elsewhere")))
+            return;
+        MainWindow& window = m_site->load();
+        const QString typed = m_site->folders.root() + QStringLiteral("/Lab Data/Elsewhere/Data");
+        m_share->freeze();
+        QString refusedKept; // the parent directory after the refusal
+        m_site->dialogs.then([&](QDialog& dialog) {
+            control<QLineEdit>(dialog, "txtParentDirectoryPath")->setText(typed);
+            QTimer::singleShot(100, &window, [&window] { tool(window, CommandId::About).trigger(); });
+            control<QPushButton>(dialog, "OKButton")->click();
+            refusedKept = LoadedOrganiser::stored(QStringLiteral("Paths/ParentDirectory")).toString();
+            m_share->thaw();
+            control<QPushButton>(dialog, "OKButton")->click(); // the question to make it: Yes
+            return dialog.result();
+        });
+        tool(window, CommandId::Options).trigger();
+        QCOMPARE(m_site->messages.count(), 3); // About, the folder's silence, the question
+        QCOMPARE(m_site->messages.requests().at(1).text, DataFolders::notAnsweringText(typed));
+        QCOMPARE(refusedKept, m_site->folders.root() + QStringLiteral("/Lab Data"));
+        QCOMPARE(LoadedOrganiser::stored(QStringLiteral("Paths/ParentDirectory")).toString(), typed);
     }
 
     // File > Recent lists its documents at once while their server is frozen
