@@ -6,6 +6,7 @@
 
 #include "FileListModel.h"
 #include "FolderReaders.h"
+#include "FolderWatch.h"
 
 #include <QAction>
 #include <QApplication>
@@ -13,7 +14,6 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QFileSystemWatcher>
 #include <QHeaderView>
 #include <QLabel>
 #include <QMenu>
@@ -36,9 +36,8 @@ constexpr int RefreshDelayMs = 250;
 
 FileListControl::FileListControl(QWidget* parent)
     : QWidget(parent), m_model(new FileListModel(this)), m_view(new FileListView(m_model, this)),
-      m_filterBox(new FileListFilterBox(this)), m_state(new QLabel(this)),
-      m_watcher(new QFileSystemWatcher(this)), m_readers(new FolderReaders(this)),
-      m_refreshTimer(new QTimer(this))
+      m_filterBox(new FileListFilterBox(this)), m_state(new QLabel(this)), m_readers(new FolderReaders(this)),
+      m_watch(new FolderWatch(*m_readers, this)), m_refreshTimer(new QTimer(this))
 {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -84,7 +83,7 @@ void FileListControl::connectEvents()
 
     m_refreshTimer->setSingleShot(true);
     m_refreshTimer->setInterval(RefreshDelayMs);
-    connect(m_watcher, &QFileSystemWatcher::directoryChanged, m_refreshTimer, qOverload<>(&QTimer::start));
+    connect(m_watch, &FolderWatch::changed, m_refreshTimer, qOverload<>(&QTimer::start));
     connect(m_refreshTimer, &QTimer::timeout, this, &FileListControl::refresh);
 }
 
@@ -113,9 +112,7 @@ void FileListControl::setFolder(const QString& path)
         m_filterBox->clear();
         m_model->setNameFilter(QString());
     }
-    // Watched again once a listing shows the folder answers.
-    if (!m_watcher->directories().isEmpty())
-        m_watcher->removePaths(m_watcher->directories());
+    m_watch->clear(); // watched again with the listing
     markDirty();
 }
 
@@ -158,6 +155,9 @@ void FileListControl::list(bool keepSelection)
         showListing(folder, {}, false); // nothing to list
         return;
     }
+    // The watch is added on the same reader just before the listing, so a
+    // change the listing misses is reported.
+    m_watch->watch(folder);
     m_pendingRead = m_readers->read(
         folder, FolderReaders::Lane::User, this,
         [folder, filter] { return FileListModel::read(folder, filter, false); },
@@ -178,8 +178,6 @@ void FileListControl::showListing(const QString& folder, FileListModel::Listing 
     m_quiet = false;
     applyColumnVisibility();
     showListingState();
-    if (m_model->error() == 0 && !folder.isEmpty() && m_watcher->directories().isEmpty())
-        m_watcher->addPath(folder);
     if (m_filterBox->isVisibleTo(this)) // ready before the user can type
         QTimer::singleShot(0, m_model, &FileListModel::prepareNameFilter);
     if (keepSelection) {

@@ -12,7 +12,6 @@
 #include <functional>
 
 class QAction;
-class QFileSystemWatcher;
 class QLabel;
 class QTimer;
 class QTreeView;
@@ -23,6 +22,7 @@ class FileListFilterBox;
 class FileListView;
 
 class FolderReaders;
+class FolderWatch;
 
 // The file list pane: the subfolders and documents of one folder, filtered
 // by a wildcard pattern (WildcardFilter), in the columns "Name", "Size",
@@ -179,8 +179,8 @@ private:
     FileListFilterBox* m_filterBox;
     QList<QAction*> m_contextActions;
     QLabel* m_state;
-    QFileSystemWatcher* m_watcher;
     FolderReaders* m_readers;
+    FolderWatch* m_watch;
     quint64 m_pendingRead = 0;
     QTimer* m_refreshTimer;
     QString m_folder;
