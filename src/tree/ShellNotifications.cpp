@@ -5,6 +5,7 @@
 
 #include "FileSystemKind.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
@@ -110,9 +111,27 @@ bool ShellNotifications::RegisterShellNotifications()
                             FileSystemKind::isNotifiedType(m_mounts.mountOf(QFile::encodeName(root)).type);
         (kernel ? notified : polled) << root;
     }
+    if (m_watchMode == FolderWatchMode::Auto)
+        polled << sharesBelow(notified);
     if (!polled.isEmpty())
         m_poller.watch(polled, FolderWatchMode::Poll);
     return notified.isEmpty() || m_source.watch(notified);
+}
+
+// The kernel's source does not look into a share mounted below a local
+// root (FolderChangeSource): it is polled as a root of its own.
+QStringList ShellNotifications::sharesBelow(const QStringList& roots)
+{
+    QStringList shares;
+    for (const MountTable::Mount& mount : m_mounts.mounts()) {
+        if (FileSystemKind::isNotifiedType(mount.type))
+            continue;
+        const QString point = QFile::decodeName(mount.point);
+        for (const QString& root : roots)
+            if (point.startsWith(QDir::cleanPath(root) + QLatin1Char('/')))
+                shares << point;
+    }
+    return shares;
 }
 
 void ShellNotifications::showWatchLimitWarning(int limit)

@@ -47,7 +47,8 @@ struct NotificationTargets
 // Which roots the kernel follows is the watch mode's choice: with Auto a
 // root on a file server (by the mount table's type) is polled instead
 // (FolderPoller), and its changes come as the same four kinds of change, so
-// that the tree's logic is the same.
+// that the tree's logic is the same; so is a share mounted below a local
+// root, which the kernel's source leaves alone.
 // The folder the file list shows is polled on a file server too.
 class ShellNotifications : public QObject
 {
@@ -98,6 +99,7 @@ private:
     bool SubclassForNotifications();
     bool RegisterShellNotifications();
     void showWatchLimitWarning(int limit);
+    QStringList sharesBelow(const QStringList& roots);
     static void readItem(const std::optional<QString>& item, QString& name, QString& path);
 
     NotificationTargets m_targets;

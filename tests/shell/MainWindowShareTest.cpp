@@ -116,8 +116,6 @@ private Q_SLOTS:
         QFETCH(QString, mounted);
         if (!shared(mounted))
             return;
-        if (!mounted.isEmpty()) // the kernel's watches on the local parent would walk into the share
-            LoadedOrganiser::set(QStringLiteral("Settings/WatchMode"), QStringLiteral("poll"));
         m_share->freeze();
         QElapsedTimer clock;
         clock.start();
@@ -196,7 +194,6 @@ private Q_SLOTS:
     {
         if (!shared(QStringLiteral("/Secured")))
             return;
-        LoadedOrganiser::set(QStringLiteral("Settings/WatchMode"), QStringLiteral("poll"));
         const QString secured = m_site->folders.root() + QStringLiteral("/Lab Data/Secured/Site");
         LoadedOrganiser::set(QStringLiteral("Paths/SecuredFolder"), secured);
         m_site->secure();

@@ -1,5 +1,7 @@
 #include "FolderChangeSource.h"
 
+#include "FileSystemKind.h"
+
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
@@ -82,6 +84,7 @@ bool FolderChangeSource::watch(const QStringList& roots)
 {
     if (m_fd < 0)
         return false;
+    noteUnnotifiedMounts();
     bool all = true;
     for (const QString& root : roots) {
         Folder* folder = addRoot(root);
@@ -151,6 +154,7 @@ int FolderChangeSource::systemWatchLimit()
 
 void FolderChangeSource::readEvents()
 {
+    noteUnnotifiedMounts();
     Pass pass;
     drain(pass);
     if (m_pendingMoves.empty())
@@ -356,8 +360,11 @@ bool FolderChangeSource::tryWatch(Folder& folder)
 // Adds the folder's subfolders, watched, with theirs; reports each when a pass is given.
 void FolderChangeSource::scanChildren(Folder& folder, Pass* pass)
 {
-    for (const WatchedFolder::Entry& entry : WatchedFolder::subfolders(folder.rawPath())) {
-        if (!entry.link) {
+    const QByteArray path = folder.rawPath();
+    for (const WatchedFolder::Entry& entry : WatchedFolder::subfolders(path)) {
+        const bool unnotified =
+            !m_unnotifiedMounts.isEmpty() && m_unnotifiedMounts.contains(path + '/' + entry.name);
+        if (!entry.link && !unnotified) {
             folderAppeared(folder, entry.name, pass);
         } else if (!folder.children.count(entry.name)) {
             Folder& added = folder.addChild(entry.name, true);
@@ -366,6 +373,16 @@ void FolderChangeSource::scanChildren(Folder& folder, Pass* pass)
         }
     }
     updateRescanTimer();
+}
+
+// The mount table needs no call on a file system; it is read again only
+// when the mounts changed.
+void FolderChangeSource::noteUnnotifiedMounts()
+{
+    m_unnotifiedMounts.clear();
+    for (const MountTable::Mount& mount : m_mounts.mounts())
+        if (!FileSystemKind::isNotifiedType(mount.type))
+            m_unnotifiedMounts.insert(mount.point);
 }
 
 // Compares the folder's subfolders on disk with those reported and reports the differences.

@@ -2,6 +2,7 @@
 
 #include "ChangeBatch.h"
 #include "FolderChange.h"
+#include "MountTable.h"
 #include "WatchedFolder.h"
 
 #include <QByteArray>
@@ -36,6 +37,10 @@ namespace nebra {
 //   periodically; an unreadable folder is treated the same way;
 // - a link to a folder is reported as a folder but never followed, and a
 //   folder reached a second time (a bind mount) is not descended again;
+// - a file system mounted below a root whose changes the kernel cannot see
+//   (a file server's share, FileSystemKind) is reported as a folder but
+//   neither watched nor descended: looking into it would wait for its server
+//   on this thread, and its changes are for a poll to find (FolderPoller);
 // - a folder's move within the roots is one rename; a move out is a removal
 //   and a move in a folder made, with its subfolders.
 // Changes found in one pass over the kernel's queue are delivered together,
@@ -118,6 +123,7 @@ private:
     void updateRescanTimer();
 
     Folder* findFolder(const QByteArray& rawPath) const;
+    void noteUnnotifiedMounts();
 
     int m_fd = -1;
     int m_lastError = 0;
@@ -131,6 +137,8 @@ private:
     QSet<Folder*> m_unwatched;
     std::vector<PendingMove> m_pendingMoves;
     Statistics m_stats;
+    MountTable m_mounts;
+    QSet<QByteArray> m_unnotifiedMounts; // mount points, as of the last walk or pass
 };
 
 } // namespace nebra

@@ -1,8 +1,10 @@
 #include "FolderChangeSource.h"
+#include "FuseShare.h"
 #include "SecondProcess.h"
 
 #include "TestFiles.h"
 
+#include <QElapsedTimer>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
@@ -315,6 +317,26 @@ private Q_SLOTS:
         QCOMPARE(source.watchCount(), 0);
         source.close();
         QVERIFY(!source.isOpen());
+    }
+
+    // A share mounted below the root is a folder of the tree, but the source
+    // neither watches nor enters it: with its server frozen, watching the
+    // root returns at once.
+    void aShareBelowTheRootIsNotEntered()
+    {
+        if (const QString reason = test::FuseShare::unavailableReason(); !reason.isEmpty())
+            QSKIP(qPrintable(reason));
+        test::FuseShare share;
+        test::makeFolder(m_dir.path() + QStringLiteral("/backing/inside"));
+        QVERIFY(share.mount(m_dir.path() + QStringLiteral("/backing"), m_root + QStringLiteral("/share")));
+        share.freeze();
+        FolderChangeSource source;
+        QVERIFY(source.open());
+        QElapsedTimer clock;
+        clock.start();
+        QVERIFY(source.watch({m_root}));
+        QVERIFY(clock.elapsed() < 1000);
+        QCOMPARE(source.watchCount(), 3); // the root, a and a/b
     }
 
     void removedRootIsReported()
