@@ -51,8 +51,13 @@ void FolderWatch::watch(const QString& folder)
             return ::inotify_add_watch(instance->fd, path.constData(), Events) >= 0;
         },
         [this, instance](bool added) {
-            if (!added || instance != m_instance)
+            if (instance != m_instance)
                 return;
+            if (!added) { // missing or unreadable: asked again with the next watch()
+                m_instance.reset();
+                m_folder.clear();
+                return;
+            }
             m_notifier = new QSocketNotifier(instance->fd, QSocketNotifier::Read, this);
             connect(m_notifier, &QSocketNotifier::activated, this, &FolderWatch::readEvents);
         });

@@ -27,7 +27,8 @@ public:
     ~FolderWatch() override;
 
     // Watches folder in place of the folder watched before; nothing when it
-    // is that folder already.
+    // is that folder already, watched or being added. A folder that cannot be
+    // watched (missing, unreadable) is tried again by the next call.
     void watch(const QString& folder);
     // Stops watching.
     void clear();

@@ -17,16 +17,18 @@ class FolderWatchTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    // A change is reported; a folder removed and made again is watched
-    // again when asked.
+    // A change is reported; a folder missing when asked, or removed, is
+    // watched again when asked once it is back.
     void changesOfTheFolderWatchedAreReported()
     {
         QTemporaryDir dir;
         const QString folder = dir.filePath("Results");
-        makeFolder(folder);
         FolderReaders readers;
         FolderWatch watch(readers);
         QSignalSpy changed(&watch, &FolderWatch::changed);
+        watch.watch(folder);
+        QTRY_VERIFY(watch.folder().isEmpty()); // not there: not watched
+        makeFolder(folder);
         watch.watch(folder);
         QTRY_VERIFY((writeFile(folder + "/run.ars"), !changed.isEmpty()));
 
