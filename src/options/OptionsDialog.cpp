@@ -281,7 +281,6 @@ void OptionsDialog::onOK()
         m_checking = true;
         for (QPushButton* button : {m_ok, m_cancel, m_browse})
             button->setEnabled(false);
-        BusyCursor busy;
         accepted = m_folders.ApplyParentDirectory(text);
     }
     if (!alive)
