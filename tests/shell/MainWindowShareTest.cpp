@@ -131,6 +131,10 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(
             !branch(tree, DocumentType::Results).text().endsWith(QStringLiteral(" (unavailable)")), 10000);
         QTRY_VERIFY(tree.nodes().findFolderPath(m_site->doc(QStringLiteral("Results/Run1"))).isValid());
+        // Followed: polled as the root, or as a share below the local root.
+        runScript(m_backing + QStringLiteral("/Results"), QStringLiteral("mkdir Run2"));
+        QTRY_VERIFY_WITH_TIMEOUT(
+            tree.nodes().findFolderPath(m_site->doc(QStringLiteral("Results/Run2"))).isValid(), 5000);
 
         m_share->freeze();
         tree.setCurrentNode(branch(tree, DocumentType::Results).child(0)); // a read that will not answer
