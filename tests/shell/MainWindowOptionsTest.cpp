@@ -110,8 +110,9 @@ private Q_SLOTS:
             const auto instrumentNode = [&window] {
                 return branch(window, DocumentType::ReadConfigurations);
             };
-            QCOMPARE(part<FolderTreeControl>(window).currentNode().folderPath(),
-                     site.other + QStringLiteral("/My Assays/Protocols/Batch 1"));
+            // The new tree is read on the readers: the place is selected once it has arrived.
+            QTRY_COMPARE_WITH_TIMEOUT(part<FolderTreeControl>(window).currentNode().folderPath(),
+                                      site.other + QStringLiteral("/My Assays/Protocols/Batch 1"), 5000);
             QCOMPARE(instrumentNode().folderPath(),
                      site.other + QStringLiteral("/My Assays/Read Configurations/Reader Two"));
             QCOMPARE(instrumentNode().text(), QStringLiteral("Reader Two"));
