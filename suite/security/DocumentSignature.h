@@ -45,6 +45,12 @@ public:
 
     // "Signed: <path> sha256=<hex> meaning=<meaning> by <full name> (<user>)"
     static QString text(const DocumentSignature& signature);
+    // The meanings a site's [Security] SignatureMeanings lists: ';'-separated,
+    // trimmed, each once, in order; the default when none is left.
+    static QStringList meaningsFrom(const QString& text);
+    // The refusals both stores give, in the same words.
+    static QString noFullNameText();
+    static QString wrongPasswordText();
 };
 
 } // namespace nebra

@@ -220,6 +220,20 @@ AuditAppendResult ServerSecurityBackend::recordDocument(const QString&, const Do
     return result;
 }
 
+// The server's signatures follow; until then it signs nothing.
+SignResult ServerSecurityBackend::signDocument(const QString&, const SecretBytes&, const DocumentSignature&)
+{
+    SignResult result;
+    result.error = QStringLiteral("Documents cannot be signed on this security server yet.");
+    return result;
+}
+
+bool ServerSecurityBackend::readSignatures(const QString&, QList<DocumentSignature>* signatures, QString*)
+{
+    signatures->clear();
+    return true;
+}
+
 DocumentWriterFactory ServerSecurityBackend::documentWriter(const QString&)
 {
     return [server = m_settings.server, token = m_token](QString* error) -> std::optional<DocumentWriter> {
