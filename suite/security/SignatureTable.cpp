@@ -68,12 +68,20 @@ SignResult SignatureTable::record(const DocumentSignature& signature)
             {row.userName, QString::fromLatin1(SignatureEntries::Area), SignatureEntries::text(row)});
         return true;
     });
-    result.sequence = appended.sequence;
-    if (appended.sequence != row.sequence)
-        result.sequence = 0;
-    if (result.sequence == 0)
+    if (appended.sequence == 0 || appended.sequence != row.sequence) {
         result.error = appended.error.isEmpty() ? QStringLiteral("The signature could not be recorded.")
                                                 : appended.error;
+        return result;
+    }
+    result.sequence = appended.sequence;
+    // As read from now on: at the time of its entry.
+    QList<DocumentSignature> recorded;
+    QString ignored;
+    if (select(
+            QStringLiteral("WHERE s.seq = ?"), {row.sequence},
+            [&recorded](const DocumentSignature& s) { recorded.append(s); }, &ignored) &&
+        !recorded.isEmpty())
+        row = recorded.first();
     return result;
 }
 
@@ -124,10 +132,7 @@ QStringList SignatureTable::alteredRows(QString* error) const
         [&](const DocumentSignature& s) {
             rows.insert(s.sequence);
             if (!s.intact)
-                found.append(QStringLiteral("The signature of document \"%1\" recorded by entry %2 has been "
-                                            "changed outside the suite or does not match its entry.")
-                                 .arg(s.path)
-                                 .arg(s.sequence));
+                found.append(SignatureEntries::alteredText(s));
         },
         error);
     if (!selected)
@@ -135,8 +140,7 @@ QStringList SignatureTable::alteredRows(QString* error) const
     const bool walked = m_trail.forEachEntry(
         [&](const AuditEntry& entry) {
             if (entry.area == QLatin1String(SignatureEntries::Area) && !rows.contains(entry.sequence))
-                found.append(QStringLiteral("The signature recorded by entry %1 has been removed.")
-                                 .arg(entry.sequence));
+                found.append(SignatureEntries::removedText(entry.sequence));
             return true;
         },
         error);
