@@ -128,12 +128,38 @@ bool Authenticator::checkCurrentPassword(const QString& userName, const SecretBy
     if (user->intact && !user->passwordHash.isEmpty() &&
         m_store.hasher().verify(user->passwordHash, password))
         return true;
+    refusePassword(*user, QStringLiteral("Password change refused: current password incorrect"), locked,
+                   error);
+    return false;
+}
+
+bool Authenticator::checkSigningPassword(const QString& userName, const SecretBytes& password, bool* locked,
+                                         QString* error)
+{
+    *locked = false;
+    const std::optional<UserRecord> user = m_store.users().find(userName, error);
+    if (!user)
+        return false;
+    // A lock set at another workstation since the log-in holds here too.
+    if (user->locked || user->disabled || !user->intact) {
+        *error = QStringLiteral("Your account cannot sign now (it is locked, disabled or altered). Ask your "
+                                "security administrator.");
+        return false;
+    }
+    if (!user->passwordHash.isEmpty() && m_store.hasher().verify(user->passwordHash, password))
+        return true;
+    refusePassword(*user, QStringLiteral("Signing refused: password incorrect"), locked, error);
+    return false;
+}
+
+void Authenticator::refusePassword(const UserRecord& user, const QString& refusal, bool* locked,
+                                   QString* error)
+{
     bool lockedNow = false;
     const AuditAppendResult recorded = m_store.audit().record([&](QList<AuditRecord>* records, QString* why) {
-        records->append(
-            {user->name, Area, QStringLiteral("Password change refused: current password incorrect")});
+        records->append({user.name, Area, refusal});
         QList<AuditRecord> counted;
-        if (!countFailure(*user, &counted, &lockedNow, why))
+        if (!countFailure(user, &counted, &lockedNow, why))
             return false;
         records->append(counted.mid(1)); // the lock, when this failure set it
         return true;
@@ -141,7 +167,6 @@ bool Authenticator::checkCurrentPassword(const QString& userName, const SecretBy
     if (recorded.sequence == 0 && error->isEmpty())
         *error = recorded.error;
     *locked = lockedNow;
-    return false;
 }
 
 } // namespace nebra

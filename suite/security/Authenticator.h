@@ -54,6 +54,11 @@ public:
     // *locked is set.
     bool checkCurrentPassword(const QString& userName, const SecretBytes& password, bool* locked,
                               QString* error);
+    // The same check before a signature: a locked, disabled or altered
+    // account is refused as well; a wrong password is recorded as refusal
+    // and counts.
+    bool checkSigningPassword(const QString& userName, const SecretBytes& password, bool* locked,
+                              QString* error);
 
     // How an unknown user name is recorded: "unknown user #" and a short
     // Argon2id hash at the password hashes' cost, salted from the site key,
@@ -64,6 +69,8 @@ private:
     struct Attempt;
     bool decide(Attempt& attempt, QList<AuditRecord>* records, QString* error);
     bool countFailure(const UserRecord& user, QList<AuditRecord>* records, bool* lockedNow, QString* error);
+    // Records refusal and counts the failure, in one transaction.
+    void refusePassword(const UserRecord& user, const QString& refusal, bool* locked, QString* error);
 
     SecurityStore& m_store;
 };

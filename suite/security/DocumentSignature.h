@@ -45,6 +45,22 @@ public:
 
     // "Signed: <path> sha256=<hex> meaning=<meaning> by <full name> (<user>)"
     static QString text(const DocumentSignature& signature);
+    // The meanings a site's [Security] SignatureMeanings lists: ';'-separated,
+    // trimmed, each once, in order; the default when none is left.
+    static QStringList meaningsFrom(const QString& text);
+    // "Approved by Jane Smith (jsmith), 25 Nov 2026 14:03:07 CET": the
+    // meaning, the printed name, the user and the local time with its zone,
+    // as every human-readable form shows a signature.
+    static QString caption(const DocumentSignature& signature);
+    // The local time with its zone: "25 Nov 2026 14:03:07 CET".
+    static QString localTime(qint64 msSinceEpoch);
+    // What verify says of a row that fails its seal or its entry, and of an
+    // entry whose row is gone, on either back end.
+    static QString alteredText(const DocumentSignature& signature);
+    static QString removedText(qint64 sequence);
+    // The refusals both stores give, in the same words.
+    static QString noFullNameText();
+    static QString wrongPasswordText();
 };
 
 } // namespace nebra

@@ -105,12 +105,42 @@ DocumentWriterFactory EmbeddedSecurityBackend::documentWriter(const QString& use
             [store](QHash<QString, DocumentRecord>* records, QString* e) {
                 return store->documents().read(records, e);
             },
-            // Signatures are read once the store keeps them.
-            [](QHash<QString, QList<DocumentSignature>>* signatures, QString*) {
-                signatures->clear();
-                return true;
+            [store](QHash<QString, QList<DocumentSignature>>* signatures, QString* e) {
+                return store->signatures().read(signatures, e);
             }};
     };
+}
+
+SignResult EmbeddedSecurityBackend::signDocument(const QString& userName, const SecretBytes& password,
+                                                 const DocumentSignature& signature)
+{
+    SignResult result;
+    const std::optional<UserRecord> user = m_store->users().find(userName, &result.error);
+    if (!user) {
+        if (result.error.isEmpty())
+            result.error = QStringLiteral("No user is logged in.");
+        return result;
+    }
+    // Told before the password is asked for: without a printed name there is nothing to sign with.
+    if (user->fullName.trimmed().isEmpty()) {
+        result.error = SignatureEntries::noFullNameText();
+        return result;
+    }
+    if (!m_authenticator.checkSigningPassword(user->name, password, &result.locked, &result.error)) {
+        if (result.error.isEmpty())
+            result.error = SignatureEntries::wrongPasswordText();
+        return result;
+    }
+    DocumentSignature signing = signature;
+    signing.userName = user->name;
+    signing.fullName = user->fullName.trimmed();
+    return m_store->signatures().record(signing);
+}
+
+bool EmbeddedSecurityBackend::readSignatures(const QString& path, QList<DocumentSignature>* signatures,
+                                             QString* error)
+{
+    return m_store->signatures().read(path, signatures, error);
 }
 
 AuditVerification EmbeddedSecurityBackend::verifyAuditTrail()

@@ -34,6 +34,9 @@ public:
                           QList<AuditEntry>* entries, QString* error) override;
     AuditAppendResult recordDocument(const QString& userName, const DocumentChange& change) override;
     DocumentWriterFactory documentWriter(const QString& userName) override;
+    SignResult signDocument(const QString& userName, const SecretBytes& password,
+                            const DocumentSignature& signature) override;
+    bool readSignatures(const QString& path, QList<DocumentSignature>* signatures, QString* error) override;
     AuditVerification verifyAuditTrail() override;
     std::function<AuditVerification()> auditTrailVerifier() override;
 

@@ -130,6 +130,7 @@ void NebraSecurityManager::endSession(const QString& auditText)
     m_idle.stop();
     const QString name = m_user->name;
     m_user.reset();
+    m_signedInSession = false;
     closeSession(name, auditText);
 }
 
@@ -197,30 +198,68 @@ AuditAppendResult NebraSecurityManager::AcceptDocumentChange(const DocumentFinge
                                      {DocumentEvent::Accepted, fingerprint, {}, {}, reason.trimmed()});
 }
 
-// Declared for the window's signing; the stores' side follows.
 QStringList NebraSecurityManager::SignatureMeanings() const
 {
-    return QString::fromLatin1(SignatureEntries::DefaultMeanings).split(QLatin1Char(';'));
+    return m_backend->settings().signatureMeanings;
 }
 
 bool NebraSecurityManager::HasSignedInSession() const
 {
-    return false;
+    return m_user && m_signedInSession;
 }
 
-SignResult NebraSecurityManager::SignDocument(const DocumentFingerprint&, const QString&, const QString&,
-                                              const SecretBytes&)
+SignResult NebraSecurityManager::SignDocument(const DocumentFingerprint& fingerprint, const QString& meaning,
+                                              const QString& userName, const SecretBytes& password)
 {
     SignResult result;
-    result.error = QStringLiteral("Documents cannot be signed yet.");
+    result.error = refusalToSign(meaning, userName);
+    if (!result.error.isEmpty())
+        return result;
+    // A copy: a wrong password that locks the account ends the session, which frees m_user.
+    const QString name = m_user->name;
+    DocumentSignature signature;
+    signature.path = fingerprint.path;
+    signature.sha256 = fingerprint.sha256;
+    signature.meaning = meaning;
+    result = m_backend->signDocument(name, password, signature);
+    if (result.sequence > 0) {
+        m_signedInSession = true;
+    } else if (result.locked) {
+        // Guessing the password at a signature locks the account like guessing
+        // at the log-in does, and ends the session (as Change Password does).
+        endSession(QStringLiteral("Session ended: the account was locked"));
+        Q_EMIT UserLoggedOut(name, LoggedOut);
+    }
     return result;
 }
 
-bool NebraSecurityManager::ReadSignatures(const QString&, QList<DocumentSignature>* signatures,
-                                          QString*) const
+QString NebraSecurityManager::refusalToSign(const QString& meaning, const QString& userName) const
+{
+    if (!m_user)
+        return QStringLiteral("No user is logged in.");
+    QString error;
+    if (!m_backend->isOperationAllowed(m_user->name, QLatin1String(SignatureEntries::RightArea),
+                                       QLatin1String(SignatureEntries::RightOperation), &error))
+        return error.isEmpty() ? QStringLiteral("You do not have the right to sign documents.")
+                               : QStringLiteral("The security database cannot be read.\n\n%1").arg(error);
+    if (!SignatureMeanings().contains(meaning))
+        return QStringLiteral("\"%1\" is not a meaning of a signature at this site: choose one of %2.")
+            .arg(meaning, SignatureMeanings().join(QStringLiteral(", ")));
+    // Only the session's user signs in it: the name typed proves who is at the keyboard.
+    if (UserStore::nameKey(userName.trimmed()) != UserStore::nameKey(m_user->name))
+        return QStringLiteral("Sign with the user name of the session (%1).").arg(m_user->name);
+    return {};
+}
+
+bool NebraSecurityManager::ReadSignatures(const QString& path, QList<DocumentSignature>* signatures,
+                                          QString* error) const
 {
     signatures->clear();
-    return true;
+    if (!m_user) {
+        *error = QStringLiteral("No user is logged in.");
+        return false;
+    }
+    return m_backend->readSignatures(path, signatures, error);
 }
 
 QString NebraSecurityManager::UserName() const

@@ -149,11 +149,14 @@ private:
     void tell(QWidget* owner, const QString& text, MessageIcon icon) const;
     // False, with *error, unless the session's user may review the audit trail.
     bool mayReview(QString* error) const;
+    // Why the session's user may not sign with meaning as userName; empty when they may.
+    QString refusalToSign(const QString& meaning, const QString& userName) const;
 
     std::unique_ptr<SecurityBackend> m_backend;
     IdleTimer m_idle;
     std::optional<UserRecord> m_user;
     QString m_lastUserName;
+    bool m_signedInSession = false;
 };
 
 } // namespace nebra

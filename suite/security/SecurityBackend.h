@@ -4,6 +4,7 @@
 #include "AuditTrail.h"
 #include "Authenticator.h"
 #include "DocumentRecord.h"
+#include "DocumentSignature.h"
 #include "PasswordPolicy.h"
 #include "SecuritySettings.h"
 
@@ -58,6 +59,18 @@ public:
     // The same, and the newest records, on a connection of its own that the
     // function returned opens in the calling thread, for the session of userName.
     virtual DocumentWriterFactory documentWriter(const QString& userName) = 0;
+
+    // Signs as userName, the session's user: refused (result.error) for a
+    // user without a full name in the store, and for a wrong password, which
+    // counts like a failed log-in (result.locked when it locked the account).
+    // The signature's full name is the store's; the entry (area
+    // SignatureEntries::Area) and the row are committed together or not at all.
+    // Whether the user may sign, and with what meaning, is the caller's check.
+    virtual SignResult signDocument(const QString& userName, const SecretBytes& password,
+                                    const DocumentSignature& signature) = 0;
+    // Every signature of path, oldest first, each with intact checked.
+    virtual bool readSignatures(const QString& path, QList<DocumentSignature>* signatures,
+                                QString* error) = 0;
 
     // The reviewer's reading of the audit trail. Whether the user may read
     // it is the caller's check; the server checks it again for its session.

@@ -29,6 +29,17 @@ const QStringList& reviewIndexes()
             "CREATE TABLE IF NOT EXISTS document_records(path TEXT PRIMARY KEY, sha256 BLOB NOT NULL, "
             "size INTEGER NOT NULL, modified INTEGER NOT NULL, event TEXT NOT NULL, "
             "seq INTEGER NOT NULL, changes INTEGER NOT NULL, mac BLOB NOT NULL)"),
+        // Electronic signatures (SignatureTable), each named by its audit
+        // entry; kept like the entries: never changed, never removed.
+        QStringLiteral("CREATE TABLE IF NOT EXISTS document_signatures(seq INTEGER PRIMARY KEY, "
+                       "path TEXT NOT NULL, sha256 BLOB NOT NULL, meaning TEXT NOT NULL, "
+                       "user_name TEXT NOT NULL, full_name TEXT NOT NULL, signed INTEGER NOT NULL, "
+                       "mac BLOB NOT NULL)"),
+        QStringLiteral("CREATE INDEX IF NOT EXISTS document_signatures_path ON document_signatures(path)"),
+        QStringLiteral("CREATE TRIGGER IF NOT EXISTS document_signatures_no_update BEFORE UPDATE ON "
+                       "document_signatures BEGIN SELECT RAISE(ABORT, 'signatures cannot be changed'); END"),
+        QStringLiteral("CREATE TRIGGER IF NOT EXISTS document_signatures_no_delete BEFORE DELETE ON "
+                       "document_signatures BEGIN SELECT RAISE(ABORT, 'signatures cannot be removed'); END"),
     };
     return statements;
 }
@@ -299,7 +310,9 @@ bool SecurityDatabase::addReviewIndexes(QString* error)
     if (!exec(
             q,
             QStringLiteral("SELECT count(*) FROM sqlite_master WHERE name IN "
-                           "('audit_trail_utc', 'audit_trail_user', 'audit_trail_area', 'document_records')"),
+                           "('audit_trail_utc', 'audit_trail_user', 'audit_trail_area', 'document_records', "
+                           "'document_signatures', 'document_signatures_path', "
+                           "'document_signatures_no_update', 'document_signatures_no_delete')"),
             {}, &why) ||
         !q.next()) {
         *error = describe(QStringLiteral("is damaged (%1).").arg(why));

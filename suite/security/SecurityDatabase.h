@@ -30,8 +30,10 @@ namespace nebra {
 // folder shared by the site group (SecureFiles); a database that every user
 // could read or write is refused.
 //   audit_trail(seq, utc, user_name, workstation, area, text, mac)
+//   document_records(...)               the newest fingerprint per document (DocumentTable)
+//   document_signatures(...)            electronic signatures (SignatureTable)
 //
-// The audit table refuses UPDATE and DELETE through triggers, and is
+// The audit and signature tables refuse UPDATE and DELETE through triggers, and is
 // indexed by time, user and area for the reviewer's views.
 //
 // WAL needs every connection to run on the one machine that holds the file

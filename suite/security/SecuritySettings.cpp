@@ -3,6 +3,7 @@
 #include "SettingsStore.h"
 
 #include <QDir>
+#include <QFile>
 #include <QStandardPaths>
 
 namespace nebra {
@@ -29,6 +30,27 @@ public:
     QString effective(const char* name, const QString& fallback) const
     {
         const QString value = text(name);
+        note(name, value.isEmpty() ? fallback : value,
+             value.isEmpty() ? QStringLiteral("default") : m_source);
+        return value.isEmpty() ? fallback : value;
+    }
+
+    // Qt's settings files end a plain value at ';' (a comment) and split it
+    // at ',', so a ';'-separated list is read from its line as written.
+    QString listAsWritten(const char* name, const QString& fallback) const
+    {
+        QFile file(m_store.filePath());
+        QString value;
+        bool inGroup = false;
+        const bool opened = file.open(QIODevice::ReadOnly | QIODevice::Text);
+        while (opened && value.isEmpty() && !file.atEnd()) {
+            const QString line = QString::fromUtf8(file.readLine()).trimmed();
+            const qsizetype equals = line.indexOf(QLatin1Char('='));
+            if (line.startsWith(QLatin1Char('[')))
+                inGroup = line == QLatin1String("[Security]");
+            else if (inGroup && equals > 0 && line.left(equals).trimmed() == QLatin1String(name))
+                value = line.mid(equals + 1).trimmed().remove(QLatin1Char('"'));
+        }
         note(name, value.isEmpty() ? fallback : value,
              value.isEmpty() ? QStringLiteral("default") : m_source);
         return value.isEmpty() ? fallback : value;
@@ -127,8 +149,16 @@ SecuritySettings SecuritySettings::fromStore(const SettingsStore& store, const Q
     s.hashCost.memoryMiB = r.atLeast("PasswordHashMemoryMiB", PasswordHashCost::MinimumMemoryMiB, 4096);
     s.hashCost.passes = r.atLeast("PasswordHashPasses", PasswordHashCost::MinimumPasses, 100);
     s.adminGroup = r.effective("AdminGroup", QString());
-    if (s.systemWide)
+    if (s.systemWide) {
         readServer(r, &s);
+        s.signatureMeanings = SignatureEntries::meaningsFrom(
+            r.listAsWritten("SignatureMeanings", QString::fromLatin1(SignatureEntries::DefaultMeanings)));
+    } else {
+        // A user's own file never decides what a signature may mean.
+        s.signatureMeanings = SignatureEntries::meaningsFrom({});
+        r.note("SignatureMeanings", s.signatureMeanings.join(QLatin1Char(';')),
+               QStringLiteral("default; read from the system-wide file only"));
+    }
     return s;
 }
 

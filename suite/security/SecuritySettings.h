@@ -1,9 +1,11 @@
 #pragma once
 
+#include "DocumentSignature.h"
 #include "ServerSettings.h"
 
 #include <QList>
 #include <QString>
+#include <QStringList>
 
 namespace nebra {
 
@@ -58,6 +60,9 @@ struct SecuritySettings
     int passwordMinimumLength = DefaultPasswordMinimumLength;
     QString authenticationLibrary = QLatin1String(ServiceLibrary);
     PasswordHashCost hashCost;
+    // SignatureMeanings: what a signature may mean, in the order offered.
+    // Read from the system-wide file only: a user cannot add a meaning.
+    QStringList signatureMeanings = SignatureEntries::meaningsFrom({});
     // AdminGroup: members may run the administration commands (root always may).
     QString adminGroup;
 

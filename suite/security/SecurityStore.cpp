@@ -19,8 +19,8 @@ SecurityStore::SecurityStore(const SecuritySettings& settings, std::unique_ptr<S
     : m_settings(settings), m_database(std::move(database)), m_key(std::move(key)),
       m_head(settings.chainHeadFile, m_key, m_database->databaseId()), m_state(*m_database, m_key, m_head),
       m_audit(*m_database, m_key, m_head, m_state), m_users(*m_database, m_key, m_state),
-      m_documents(*m_database, m_key, m_state, m_audit), m_hasher(settings.hashCost),
-      m_policy(settings.passwordMinimumLength)
+      m_documents(*m_database, m_key, m_state, m_audit), m_signatures(*m_database, m_key, m_state, m_audit),
+      m_hasher(settings.hashCost), m_policy(settings.passwordMinimumLength)
 {
 }
 

@@ -7,6 +7,7 @@
 #include "PasswordPolicy.h"
 #include "SecurityDatabase.h"
 #include "SecuritySettings.h"
+#include "SignatureTable.h"
 #include "SiteKey.h"
 #include "StoreState.h"
 #include "UserStore.h"
@@ -19,8 +20,7 @@ namespace nebra {
 // together from the "[Security]" settings: the database, the site key (which
 // must be the one the database was made with), the database's sealed record
 // of itself, the audit trail with its chain head, the users, the documents
-// recorded, the password
-// hasher and the password policy.
+// recorded and their signatures, the password hasher and the password policy.
 class SecurityStore
 {
 public:
@@ -57,6 +57,7 @@ public:
     AuditTrail& audit() { return m_audit; }
     UserStore& users() { return m_users; }
     DocumentTable& documents() { return m_documents; }
+    SignatureTable& signatures() { return m_signatures; }
     const PasswordHasher& hasher() const { return m_hasher; }
     const PasswordPolicy& policy() const { return m_policy; }
 
@@ -76,6 +77,7 @@ private:
     AuditTrail m_audit;
     UserStore m_users;
     DocumentTable m_documents;
+    SignatureTable m_signatures;
     PasswordHasher m_hasher;
     PasswordPolicy m_policy;
 };

@@ -5,6 +5,7 @@
 // way of starting the tool.
 
 #include "DocumentFolders.h"
+#include "DocumentSignature.h"
 #include "SecondProcess.h"
 #include "SettingsStore.h"
 #include "SuitePaths.h"
@@ -173,6 +174,44 @@ public:
         QCOMPARE(done.exitCode, 0);
         QCOMPARE(done.out,
                  QStringLiteral("finding,path\r\naccepted change,%1/done/accepted.ars\r\n").arg(results));
+    }
+
+    // signatures PATH on a document in folder signed through sign (by jsmith,
+    // "Jane Smith", as a workstation would): valid while the file is as
+    // signed, void once it changed, and a copy elsewhere is not signed.
+    void signaturesTellWhetherTheDocumentStillMatches(
+        const QString& folder, const std::function<DocumentSignature(const DocumentSignature&)>& sign) const
+    {
+        const QString report = folder + QStringLiteral("/plate 7.pdf");
+        const auto write = [](const QString& path, const QByteArray& content) {
+            QFile file(path);
+            QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
+        };
+        write(report, "v1");
+        QStringList lines;
+        for (const char* meaning : {"Reviewed", "Approved"}) {
+            const std::optional<DocumentFingerprint> f = DocumentFolders::fingerprint(report);
+            QVERIFY(f);
+            const DocumentSignature signature =
+                sign({report, f->sha256, QLatin1String(meaning), {}, {}, 0, 0});
+            QVERIFY(signature.sequence > 0);
+            lines.append(SignatureEntries::caption(signature));
+        }
+        QVERIFY(lines.first().startsWith(QLatin1String("Reviewed by Jane Smith (jsmith), ")));
+        const AdminRun valid = run({"signatures", report});
+        QCOMPARE(valid.out, lines.join(QLatin1String(": valid\n")) + QStringLiteral(": valid\n"));
+        QCOMPARE(valid.exitCode, 0);
+        QVERIFY(QFile::copy(report, folder + QStringLiteral("/copy.pdf")));
+        const AdminRun copy = run({"signatures", folder + QStringLiteral("/copy.pdf")});
+        QCOMPARE(copy.out, QStringLiteral("No signature of \"%1/copy.pdf\" is recorded.\n").arg(folder));
+        QCOMPARE(copy.exitCode, 1);
+
+        write(report, "v2");
+        const AdminRun changed = run({"signatures", report});
+        QCOMPARE(changed.out, lines.join(QLatin1String(": void: document changed\n")) +
+                                  QStringLiteral(": void: document changed\n"));
+        QCOMPARE(changed.exitCode, 1);
+        QCOMPARE(run({"verify"}).exitCode, 0);
     }
 
 private:

@@ -2,6 +2,8 @@
 
 #include "SecretBytes.h"
 #include "ServerConnection.h"
+#include "ServerResult.h"
+#include "ServerSession.h"
 
 #include <QStringList>
 
@@ -195,6 +197,23 @@ bool ServerAdministration::checkAnchor(AuditVerification* result, const AuditAnc
         return false;
     }
     return true;
+}
+
+QStringList ServerAdministration::alteredSignatures(QString* error)
+{
+    QList<DocumentSignature> signatures;
+    if (!ServerSession(m_connection, m_workstation).signatures({}, {}, &signatures, error))
+        return {};
+    QStringList found;
+    for (const DocumentSignature& signature : std::as_const(signatures))
+        if (!signature.intact)
+            found.append(SignatureEntries::alteredText(signature));
+    ServerResult q;
+    if (!m_connection.exec(q, QStringLiteral("SELECT * FROM nebra.admin_unrecorded_signatures()"), {}, error))
+        return {};
+    while (q.next())
+        found.append(SignatureEntries::removedText(q.value(0).toLongLong()));
+    return found;
 }
 
 AuditVerification ServerAdministration::verify(const std::optional<AuditAnchor>& anchor)

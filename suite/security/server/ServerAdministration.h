@@ -64,6 +64,10 @@ public:
     // also that the trail still holds the anchored entry. newestMac is set when ok.
     AuditVerification verify(const std::optional<AuditAnchor>& anchor = {});
 
+    // One sentence per signature row that does not say what its entry says,
+    // and per signature entry whose row is gone (as the embedded store's verify words them).
+    QStringList alteredSignatures(QString* error);
+
 private:
     bool checkAnchor(AuditVerification* result, const AuditAnchor& anchor);
     // The MAC of entry sequence; empty when there is none or it cannot be read.

@@ -220,6 +220,27 @@ AuditAppendResult ServerSecurityBackend::recordDocument(const QString&, const Do
     return result;
 }
 
+SignResult ServerSecurityBackend::signDocument(const QString&, const SecretBytes& password,
+                                               const DocumentSignature& signature)
+{
+    SignResult result;
+    if (m_token.isEmpty())
+        result.error = QStringLiteral("No user is logged in.");
+    else if (connected(&result.error))
+        result = m_session->sign(m_token, password, signature);
+    if (result.locked)
+        m_token.clear(); // the server ended the session with the lock
+    if (result.sequence > 0)
+        contacted();
+    return result;
+}
+
+bool ServerSecurityBackend::readSignatures(const QString& path, QList<DocumentSignature>* signatures,
+                                           QString* error)
+{
+    return reading([&](QString* e) { return m_session->signatures(m_token, path, signatures, e); }, error);
+}
+
 DocumentWriterFactory ServerSecurityBackend::documentWriter(const QString&)
 {
     return [server = m_settings.server, token = m_token](QString* error) -> std::optional<DocumentWriter> {
@@ -247,9 +268,13 @@ DocumentWriterFactory ServerSecurityBackend::documentWriter(const QString&)
             [connection, session, token](QHash<QString, DocumentRecord>* records, QString* e) {
                 return session->documentRecords(token, records, e);
             },
-            // Signatures are read once the store keeps them.
-            [](QHash<QString, QList<DocumentSignature>>* signatures, QString*) {
+            [connection, session, token](QHash<QString, QList<DocumentSignature>>* signatures, QString* e) {
+                QList<DocumentSignature> all;
                 signatures->clear();
+                if (!session->signatures(token, {}, &all, e))
+                    return false;
+                for (const DocumentSignature& signature : std::as_const(all))
+                    (*signatures)[signature.path].append(signature);
                 return true;
             }};
     };

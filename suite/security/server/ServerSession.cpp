@@ -3,6 +3,8 @@
 #include "SecretBytes.h"
 #include "ServerConnection.h"
 
+#include <QDateTime>
+
 namespace nebra {
 
 namespace {
@@ -144,6 +146,66 @@ bool ServerSession::documentRecords(const QString& token, QHash<QString, Documen
         const DocumentRecord row = DocumentEntries::recordFrom([&q](int column) { return q.value(column); });
         records->insert(row.fingerprint.path, row);
     }
+    return true;
+}
+
+SignResult ServerSession::sign(const QString& token, const SecretBytes& password,
+                               const DocumentSignature& signature)
+{
+    SignResult result;
+    ServerResult q;
+    if (!m_connection.exec(q,
+                           QStringLiteral("SELECT status, seq, user_name, full_name, signed_utc FROM "
+                                          "nebra.sign_document(?, ?, ?, ?, ?)"),
+                           {token, text(password), signature.path, signature.sha256, signature.meaning},
+                           &result.error) ||
+        !q.next()) {
+        if (result.error.isEmpty())
+            result.error = QStringLiteral("The security server gave no answer.");
+        return result;
+    }
+    const QString status = q.value(0).toString();
+    if (status == QLatin1String("signed")) {
+        result.sequence = q.value(1).toLongLong();
+        result.signature = signature;
+        result.signature.userName = q.value(2).toString();
+        result.signature.fullName = q.value(3).toString();
+        result.signature.signedMs =
+            QDateTime::fromString(q.value(4).toString(), Qt::ISODateWithMs).toMSecsSinceEpoch();
+        result.signature.sequence = result.sequence;
+    } else if (status == QLatin1String("no full name")) {
+        result.error = SignatureEntries::noFullNameText();
+    } else {
+        result.locked = status == QLatin1String("locked");
+        result.error = SignatureEntries::wrongPasswordText();
+    }
+    return result;
+}
+
+bool ServerSession::signatures(const QString& token, const QString& path,
+                               QList<DocumentSignature>* signatures, QString* error)
+{
+    signatures->clear();
+    const QString columns =
+        QStringLiteral("seq, path, sha256, meaning, user_name, full_name, signed_utc, intact");
+    const QVariant wanted = path.isNull() ? QVariant() : QVariant(path);
+    ServerResult q;
+    const bool read =
+        token.isEmpty()
+            ? m_connection.exec(
+                  q, QStringLiteral("SELECT %1 FROM nebra.admin_document_signatures(?)").arg(columns),
+                  {wanted}, error)
+            : m_connection.exec(q,
+                                QStringLiteral("SELECT %1 FROM nebra.document_signatures(?, ?)").arg(columns),
+                                {token, wanted}, error);
+    if (!read)
+        return false;
+    while (q.next())
+        signatures->append(
+            {q.value(1).toString(), q.value(2).toByteArray(), q.value(3).toString(), q.value(4).toString(),
+             q.value(5).toString(),
+             QDateTime::fromString(q.value(6).toString(), Qt::ISODateWithMs).toMSecsSinceEpoch(),
+             q.value(0).toLongLong(), q.value(7).toBool()});
     return true;
 }
 

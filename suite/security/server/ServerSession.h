@@ -4,6 +4,7 @@
 #include "AuditTrail.h"
 #include "Authenticator.h"
 #include "DocumentRecord.h"
+#include "DocumentSignature.h"
 
 #include <QHash>
 
@@ -60,6 +61,15 @@ public:
     qint64 recordDocument(const QString& token, const DocumentChange& change, QString* error);
     // Every path's newest record (token: the session's; empty: the administrator's own connection).
     bool documentRecords(const QString& token, QHash<QString, DocumentRecord>* records, QString* error);
+    // Signs for the session's user: the server checks the right, the full
+    // name and the password, counts a wrong one and records the entry and the
+    // row in one transaction (see SecurityBackend::signDocument). result.error
+    // is set when the server refused or could not answer.
+    SignResult sign(const QString& token, const SecretBytes& password, const DocumentSignature& signature);
+    // The signatures of path, or of every path when it is null (token: the
+    // session's; empty: the administrator's own connection), oldest first.
+    bool signatures(const QString& token, const QString& path, QList<DocumentSignature>* signatures,
+                    QString* error);
     // Changed (the password is right), Incorrect, Locked or Error.
     ServerPasswordChange checkPassword(const QString& token, const SecretBytes& current, QString* error);
     ServerPasswordChange changePassword(const QString& token, const SecretBytes& current,

@@ -6,6 +6,7 @@
 #include "SecurityStore.h"
 #include "ServerAdminTool.h"
 #include "SettingsStore.h"
+#include "SignatureReport.h"
 #include "SitePolicyFile.h"
 #include "SuitePaths.h"
 
@@ -86,6 +87,11 @@ QList<AdminTool::Command> AdminTool::inquiryCommands()
          "suite, missing, unrecorded; accepted change for information) and exits with 1 when any but "
          "accepted changes is printed; --csv FILE (\"-\": standard output) writes them as CSV",
          1, "", true},
+        {"signatures", "PATH",
+         "List each electronic signature of the document (meaning, full name, user, local time) and whether "
+         "it still matches the file (valid, or void); exits with 1 unless it has signatures and all are "
+         "valid",
+         1, ""},
         {"anchor", "", "Print the verified newest entry as COUNT:MAC, to be kept away from this computer", 0,
          ""},
         {"status", "", "Print the effective security policy and where each value comes from", 0, ""},
@@ -242,6 +248,7 @@ int AdminTool::onEmbedded(const Command& command, const QStringList& arguments,
 {
     EmbeddedAdminTool::Options options;
     options.verifyDocuments = documentCheck(arguments);
+    options.checkSignatures = signatureCheck(arguments);
     options.settings = settings;
     options.fullName = m_fullName;
     options.csvPath = m_csvPath;
@@ -263,6 +270,7 @@ int AdminTool::onServer(const Command& command, const QStringList& arguments,
         return m_report.fail(error);
     ServerAdminTool::Options options;
     options.verifyDocuments = documentCheck(arguments);
+    options.checkSignatures = signatureCheck(arguments);
     options.server = settings.server;
     if (!m_server[0].isEmpty())
         options.server.host = m_server[0];
@@ -308,6 +316,22 @@ AdminTool::documentCheck(const QStringList& arguments)
                             m_csvPath.isEmpty() ? QStringLiteral("-") : m_csvPath, &error))
             return m_report.fail(error);
         return DocumentReport::exitStatus(lines);
+    };
+}
+
+SignatureCheck AdminTool::signatureCheck(const QStringList& arguments)
+{
+    return [this, arguments](const SignatureReader& read) {
+        // Signatures name the document's absolute path, as the data folders do.
+        const QString path =
+            arguments.isEmpty() ? QString() : QFileInfo(arguments.first()).absoluteFilePath();
+        QList<DocumentSignature> signatures;
+        QString error;
+        if (!read(path, &signatures, &error))
+            return m_report.fail(error);
+        const std::optional<QByteArray> sha256 = SignatureReport::sha256Of(path);
+        m_report.say(SignatureReport::text(path, signatures, sha256));
+        return SignatureReport::exitStatus(signatures, sha256);
     };
 }
 

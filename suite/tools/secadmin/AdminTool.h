@@ -2,6 +2,7 @@
 
 #include "AdminReport.h"
 #include "DocumentRecord.h"
+#include "SignatureReport.h"
 
 #include <QCommandLineOption>
 #include <QList>
@@ -68,6 +69,8 @@ private:
     // verify-documents on the records a back end read: the documents under the folder given, or
     // under the data folders' parent directory.
     std::function<int(const QHash<QString, DocumentRecord>&)> documentCheck(const QStringList& arguments);
+    // signatures PATH on the signatures a back end reads.
+    SignatureCheck signatureCheck(const QStringList& arguments);
     // --database, --key-file ... --per-user
     static QList<QCommandLineOption> storeOptions();
     // --backend, --server, --server-port, --server-database, --server-user

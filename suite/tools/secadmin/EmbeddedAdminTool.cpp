@@ -115,6 +115,13 @@ QList<EmbeddedAdminTool::Command> EmbeddedAdminTool::inquiryCommands()
              return m_store->documents().read(&records, &error) ? m_options.verifyDocuments(records)
                                                                 : m_report.fail(error);
          }},
+        {"signatures", O,
+         [this](const QStringList&) {
+             return m_options.checkSignatures(
+                 [this](const QString& path, QList<DocumentSignature>* signatures, QString* e) {
+                     return m_store->signatures().read(path, signatures, e);
+                 });
+         }},
         {"anchor", O, [this](const QStringList&) { return m_report.anchor(m_store->audit().verify()); }},
         {"migrate", O,
          [this](const QStringList&) {
@@ -230,6 +237,8 @@ int EmbeddedAdminTool::verify()
     QStringList altered = m_store->users().alteredRows(&error);
     if (error.isEmpty())
         altered += m_store->documents().alteredRows(&error);
+    if (error.isEmpty())
+        altered += m_store->signatures().alteredRows(&error);
     if (!error.isEmpty()) {
         for (const QString& row : altered)
             m_report.say(row);

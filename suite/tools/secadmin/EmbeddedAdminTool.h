@@ -3,6 +3,7 @@
 #include "AdminReport.h"
 #include "DocumentRecord.h"
 #include "SecuritySettings.h"
+#include "SignatureReport.h"
 
 #include <QList>
 #include <QString>
@@ -36,6 +37,8 @@ public:
         bool perUser = false;      // create --per-user
         // verify-documents: compares the documents with the records read; the exit status.
         std::function<int(const QHash<QString, DocumentRecord>&)> verifyDocuments;
+        // signatures PATH: checks the signatures its reader gives; the exit status.
+        SignatureCheck checkSignatures;
     };
 
     EmbeddedAdminTool(AdminReport& report, Options options);

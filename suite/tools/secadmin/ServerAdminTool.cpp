@@ -129,6 +129,14 @@ QList<ServerAdminTool::Command> ServerAdminTool::inquiryCommands()
                         ? m_options.verifyDocuments(records)
                         : m_report.fail(error);
          }},
+        {"signatures",
+         [this](const QStringList&) {
+             ServerSession session(*m_connection, AuditTrail::workstationName());
+             return m_options.checkSignatures(
+                 [&session](const QString& path, QList<DocumentSignature>* signatures, QString* e) {
+                     return session.signatures({}, path, signatures, e);
+                 });
+         }},
         {"anchor", [this](const QStringList&) { return m_report.anchor(administration().verify()); }},
         {"reseal-head",
          [this](const QStringList&) {
@@ -181,13 +189,17 @@ int ServerAdminTool::listUsers()
     return 0;
 }
 
-// The server's users and rights are guarded by privileges rather than row MACs: no rows to report.
+// The server's users and rights are guarded by privileges rather than row MACs; its signatures are
+// checked against their entries.
 int ServerAdminTool::verify()
 {
     std::optional<AuditAnchor> anchor;
     if (!m_report.parseAnchor(m_options.anchor, &anchor))
         return 2;
-    return m_report.verification(administration().verify(anchor), anchor, {});
+    const AuditVerification result = administration().verify(anchor);
+    QString error;
+    const QStringList altered = administration().alteredSignatures(&error);
+    return error.isEmpty() ? m_report.verification(result, anchor, altered) : m_report.fail(error);
 }
 
 int ServerAdminTool::migrate()

@@ -2,6 +2,7 @@
 
 #include "DocumentRecord.h"
 #include "ServerSettings.h"
+#include "SignatureReport.h"
 
 #include <QString>
 #include <QStringList>
@@ -39,6 +40,8 @@ public:
         bool writePolicyFile = true;
         // verify-documents: compares the documents with the records read; the exit status.
         std::function<int(const QHash<QString, DocumentRecord>&)> verifyDocuments;
+        // signatures PATH: checks the signatures its reader gives; the exit status.
+        SignatureCheck checkSignatures;
         // For migrate: opens the embedded store to copy (null, with *error, when it cannot).
         std::function<std::unique_ptr<SecurityStore>(QString*)> openEmbedded;
     };

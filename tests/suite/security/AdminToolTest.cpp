@@ -64,6 +64,19 @@ private Q_SLOTS:
             });
     }
 
+    void signaturesTellWhetherTheDocumentStillMatches()
+    {
+        Site o;
+        QCOMPARE(o.run({"add-user", "jsmith", "--full-name", "Jane Smith"}, "correct horse\n").exitCode, 0);
+        const std::unique_ptr<SecurityStore> store = o.fixture.open();
+        o.cases().signaturesTellWhetherTheDocumentStillMatches(o.folders.root(), [&](DocumentSignature s) {
+            s.userName = QStringLiteral("jsmith");
+            s.fullName = QStringLiteral("Jane Smith");
+            const SignResult result = store->signatures().record(s);
+            return result.signature;
+        });
+    }
+
     void passwordsAreNeverTakenFromTheCommandLine()
     {
         Site o;

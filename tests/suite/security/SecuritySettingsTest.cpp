@@ -1,5 +1,7 @@
 #include "SecuritySettings.h"
 #include "SettingsStore.h"
+#include "TestFiles.h"
+#include "UserFolders.h"
 
 #include <QTemporaryDir>
 #include <QTest>
@@ -52,6 +54,41 @@ private Q_SLOTS:
                                             {"PasswordHashMemoryMiB", s.hashCost.memoryMiB},
                                             {"PasswordHashPasses", s.hashCost.passes}};
         QCOMPARE(fields.value(key), expected);
+    }
+
+    // What a signature may mean is the site's to say: a user's own file
+    // never adds a meaning, not even on a personal installation.
+    void signatureMeaningsComeFromTheSystemFileOnly_data()
+    {
+        QTest::addColumn<QString>("system"); // empty: no site policy
+        QTest::addColumn<QString>("user");
+        QTest::addColumn<QString>("meanings");
+        // clang-format off
+        QTest::newRow("the site's list, tidied") << "SignatureMeanings= Approved ;;Verified; Approved" << "" << "Approved;Verified";
+        QTest::newRow("a user's meaning under a site policy") << "DatabasePath=/srv/site.db" << "Waived" << "Authored;Reviewed;Approved";
+        QTest::newRow("a user's meaning on a personal installation") << "" << "Waived" << "Authored;Reviewed;Approved";
+        QTest::newRow("an empty list") << "SignatureMeanings=;" << "" << "Authored;Reviewed;Approved";
+        // clang-format on
+    }
+
+    void signatureMeaningsComeFromTheSystemFileOnly()
+    {
+        QFETCH(QString, system);
+        QFETCH(QString, user);
+        QFETCH(QString, meanings);
+        test::UserFolders folders;
+        // As the administrator writes it.
+        if (!system.isEmpty())
+            test::writeFile(folders.systemSettingsFile(),
+                            "[Settings]\nSecurityConfigured=true\n[Security]\n" + system.toUtf8() + "\n");
+        SettingsStore store;
+        QVERIFY(store.setValue("Security/SignatureMeanings", user));
+        const SecuritySettings s = SecuritySettings::fromStore(store);
+        QCOMPARE(s.signatureMeanings.join(';'), meanings);
+        // "nebra-secadmin status" prints where it came from.
+        QVERIFY(std::any_of(s.origins.cbegin(), s.origins.cend(), [](const SecuritySettings::Origin& o) {
+            return o.key == QLatin1String("SignatureMeanings");
+        }));
     }
 };
 

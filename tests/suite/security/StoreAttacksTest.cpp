@@ -1,3 +1,4 @@
+#include "DocumentFolders.h"
 #include "TestFiles.h"
 #include "ToolSite.h"
 
@@ -139,6 +140,50 @@ private Q_SLOTS:
         QVERIFY(verify.out.contains(QLatin1String("all are intact")));
         QVERIFY(o.fixture.auditTexts().constLast().startsWith(
             QStringLiteral("Document changed outside the suite: %1 sha256=6262").arg(path)));
+    }
+
+    // A signed document and its signature copied onto another document,
+    // moved there, or removed, by someone without the site key: the copy's
+    // seal fails (the file copied with it is no signed document), and
+    // verify names the row or the entry left without it.
+    void signaturesCopiedMovedOrRemovedAreFound_data()
+    {
+        QTest::addColumn<QStringList>("tampering");
+        QTest::addColumn<QString>("said");
+        const QString copyTo = "INSERT INTO document_signatures SELECT 1, '%1', sha256, meaning, user_name, "
+                               "full_name, signed, mac FROM document_signatures";
+        // clang-format off
+        QTest::newRow("copied") << QStringList{copyTo} << "has been changed outside the suite or does not match its entry";
+        QTest::newRow("moved") << QStringList{"DROP TRIGGER document_signatures_no_update", "UPDATE document_signatures SET path = '%1'"} << "has been changed outside the suite or does not match its entry";
+        QTest::newRow("removed") << QStringList{"DROP TRIGGER document_signatures_no_delete", "DELETE FROM document_signatures"} << "has been removed";
+        // clang-format on
+    }
+
+    void signaturesCopiedMovedOrRemovedAreFound()
+    {
+        QFETCH(QStringList, tampering);
+        QFETCH(QString, said);
+        Site o;
+        const QString signedOne = o.folders.root() + QStringLiteral("/report.pdf");
+        const QString copy = o.folders.root() + QStringLiteral("/copy.pdf");
+        writeFile(signedOne, "approved content");
+        QVERIFY(QFile::copy(signedOne, copy));
+        {
+            const std::unique_ptr<SecurityStore> store = o.fixture.open();
+            const SignResult result =
+                store->signatures().record({signedOne, DocumentFolders::fingerprint(signedOne)->sha256,
+                                            "Approved", "jsmith", "J", 0, 0});
+            QVERIFY2(result.sequence > 0, qPrintable(result.error));
+        }
+        QCOMPARE(o.secadmin({"signatures", signedOne}).exitCode, 0);
+        for (QString& statement : tampering)
+            statement = statement.replace(QLatin1String("%1"), copy);
+        o.fixture.tamper(tampering);
+
+        const Run copied = o.secadmin({"signatures", copy});
+        QCOMPARE(copied.exitCode, 1);
+        QVERIFY2(!copied.out.contains(QLatin1String(": valid")), qPrintable(copied.out));
+        QVERIFY(refusedSaying(o.secadmin({"verify"}), said));
     }
 
     // 7: two roles' names swapped: the administrator's next assign-role is

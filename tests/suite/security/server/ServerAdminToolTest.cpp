@@ -202,6 +202,14 @@ private Q_SLOTS:
             m_folders.root() + "/data", [&](const DocumentChange& change) {
                 QVERIFY2(session.recordDocument(in.token, change, &error), qPrintable(error));
             });
+        QCOMPARE(cases.run({"grant", "jsmith", "Documents", "Sign"}).exitCode, 0);
+        QCOMPARE(cases.run({"enable-user", "jsmith"}).exitCode, 0);
+        const ServerLogIn signer = session.logIn("jsmith", SecretBytes("correct horse"));
+        QCOMPARE(signer.status, LogInStatus::Success);
+        cases.signaturesTellWhetherTheDocumentStillMatches(m_folders.root(), [&](const DocumentSignature& s) {
+            const SignResult result = session.sign(signer.token, SecretBytes("correct horse"), s);
+            return result.signature;
+        });
     }
 
     // Entries removed behind the triggers' back stop every append until the

@@ -105,6 +105,10 @@ private Q_SLOTS:
             QVERIFY(manager->append({}, "Reader", "Plate read").sequence > 0);
             QVERIFY(manager->storeNewPassword({}, SecretBytes("correct horse"), SecretBytes("new password 1"),
                                               &error));
+            QVERIFY(manager
+                        ->signDocument({}, SecretBytes("new password 2"),
+                                       {"/x.pdf", QByteArray(32, 'a'), "Approved", {}, {}, 0, 0})
+                        .sequence == 0);
             // A fault in the trail makes each call fail, so the server logs them as errors.
             m_site.superuser(
                 QStringLiteral("CREATE FUNCTION public.fail() RETURNS trigger LANGUAGE plpgsql AS "
@@ -310,6 +314,38 @@ private Q_SLOTS:
         QHash<QString, DocumentRecord> records;
         QVERIFY2(session.documentRecords(in.token, &records, &error), qPrintable(error));
         QVERIFY(!records.contains(QStringLiteral("/x.apr")));
+    }
+
+    // The owner's copy of a signature onto another document is no signature
+    // of it: the server reads it as not matching its entry, and verify names
+    // it. (The client role cannot write the table at all: ServerSchemaTest.)
+    void aSignatureCopiedOntoAnotherDocumentIsCaught()
+    {
+        m_site.admin([](ServerAdministration& a, QString* e) {
+            return a.addUser("asigner", "Ann Signer", SecretBytes("signing pass"), e) &&
+                   a.grant("asigner", {"Documents", "Sign"}, e);
+        });
+        const std::unique_ptr<ServerConnection> client = openConnection(m_server.client());
+        ServerSession session(*client, QStringLiteral("pc"));
+        const ServerLogIn in = session.logIn(QStringLiteral("asigner"), SecretBytes("signing pass"));
+        QCOMPARE(in.status, LogInStatus::Success);
+        const SignResult signedOne =
+            session.sign(in.token, SecretBytes("signing pass"),
+                         {"/signed.pdf", QByteArray(32, 's'), "Approved", {}, {}, 0, 0});
+        QVERIFY2(signedOne.sequence > 0, qPrintable(signedOne.error));
+        m_site.superuser(
+            "INSERT INTO nebra.document_signatures SELECT 1, '/copy.pdf', sha256, meaning, user_name, "
+            "full_name, signed_utc FROM nebra.document_signatures WHERE path = '/signed.pdf'");
+
+        QList<DocumentSignature> read;
+        QString error;
+        QVERIFY2(session.signatures(in.token, QStringLiteral("/copy.pdf"), &read, &error), qPrintable(error));
+        QCOMPARE(read.size(), 1);
+        QVERIFY(!read.first().intact);
+        QVERIFY(session.signatures(in.token, QStringLiteral("/signed.pdf"), &read, &error));
+        QVERIFY(read.size() == 1 && read.first().intact);
+        const QStringList found = ServerAdministration(*m_site.owner, "pc").alteredSignatures(&error);
+        QCOMPARE(found, QStringList{SignatureEntries::alteredText({"/copy.pdf", {}, {}, {}, {}, 0, 1})});
     }
 };
 

@@ -34,6 +34,7 @@ const QList<std::pair<QString, QString>>& tables()
         {"nebra.audit_head", "id (2, 0, '\\x00')"},
         {"nebra.schema_version", "version (99, 'x')"},
         {"nebra.document_records", "path ('/x', '', 0, 0, 'accepted', 1)"},
+        {"nebra.document_signatures", "seq (99, '/x', '\\x00', 'Approved', 'eve', 'Eve', '')"},
     };
     return list;
 }
