@@ -1,6 +1,7 @@
 #include "AuditPrintout.h"
 
 #include "AuditTrailModel.h"
+#include "DocumentSignature.h"
 
 #include <QFontMetricsF>
 #include <QPagedPaintDevice>
@@ -57,7 +58,7 @@ QStringList AuditPrintout::cellsOf(const AuditEntry& e)
             e.userName,
             e.workstation,
             e.area,
-            e.text};
+            SignatureEntries::shownText(e)};
 }
 
 bool AuditPrintout::paint(QPainter& painter, QPagedPaintDevice& device, QString* error)

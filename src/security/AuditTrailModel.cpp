@@ -1,5 +1,7 @@
 #include "AuditTrailModel.h"
 
+#include "DocumentSignature.h"
+
 #include <QDateTime>
 
 #include <algorithm>
@@ -45,7 +47,7 @@ QVariant cell(const AuditEntry& entry, int column)
     case AuditColumn::Area:
         return entry.area;
     case AuditColumn::Text:
-        return entry.text;
+        return SignatureEntries::shownText(entry);
     }
     return {};
 }

@@ -1,10 +1,8 @@
 #include "SignatureBand.h"
 
 #include <QApplication>
-#include <QDateTime>
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QLocale>
 #include <QStyle>
 
 namespace nebra {
@@ -54,23 +52,14 @@ QStringList SignatureBand::lines() const
     return texts;
 }
 
-QString SignatureBand::signedText(const DocumentSignature& signature)
-{
-    // The same words in every locale, as in the audit trail; the zone says which local time.
-    const QDateTime local = QDateTime::fromMSecsSinceEpoch(signature.signedMs).toLocalTime();
-    return QStringLiteral("%1 by %2 (%3), %4")
-        .arg(signature.meaning, signature.fullName, signature.userName,
-             QLocale::c().toString(local, QStringLiteral("d MMM yyyy HH:mm:ss t")));
-}
-
 QString SignatureBand::lineText(const DocumentState::Signature& signature)
 {
     if (signature.valid)
-        return signedText(signature.signature);
+        return SignatureEntries::caption(signature.signature);
     const QString reason = signature.signature.intact
                                ? DocumentState::voidText()
                                : QStringLiteral("Signature void: its record was altered outside the suite");
-    return QStringLiteral("%1 (%2)").arg(reason, signedText(signature.signature));
+    return QStringLiteral("%1 (%2)").arg(reason, SignatureEntries::caption(signature.signature));
 }
 
 } // namespace nebra

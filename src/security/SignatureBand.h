@@ -22,10 +22,8 @@ public:
     // The lines shown, for a reader of the band.
     QStringList lines() const;
 
-    // "Approved by Jane Smith (jsmith), 25 Nov 2026 14:03:07 CET": the
-    // signing time in local time with its zone's abbreviation.
-    static QString signedText(const DocumentSignature& signature);
-    // A line of the band: signedText, or the reason the signature is void before it.
+    // A line of the band: the signature's caption as every human-readable form
+    // shows it (SignatureEntries::caption), with the reason before it when void.
     static QString lineText(const DocumentState::Signature& signature);
 
 private:

@@ -1,5 +1,7 @@
 #include "AuditCsv.h"
 
+#include "DocumentSignature.h"
+
 #include <QIODevice>
 #include <QStringList>
 
@@ -7,14 +9,19 @@ namespace nebra {
 
 QByteArray AuditCsv::header()
 {
-    return QByteArrayLiteral("Sequence,Time (UTC),User,Workstation,Area,Text,MAC\r\n");
+    return QByteArrayLiteral("Sequence,Time (UTC),User,Workstation,Area,Text,MAC,Signature\r\n");
 }
 
 QByteArray AuditCsv::line(const AuditEntry& e)
 {
-    const QStringList fields = {
-        QString::number(e.sequence),       e.utc, e.userName, e.workstation, e.area, e.text,
-        QString::fromLatin1(e.mac.toHex())};
+    const QStringList fields = {QString::number(e.sequence),
+                                e.utc,
+                                e.userName,
+                                e.workstation,
+                                e.area,
+                                e.text,
+                                QString::fromLatin1(e.mac.toHex()),
+                                SignatureEntries::manifestOf(e)};
     QStringList quoted;
     for (const QString& f : fields)
         quoted.append(field(f));

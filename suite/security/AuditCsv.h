@@ -18,8 +18,10 @@ using AuditEntrySource = std::function<bool(const AuditEntryVisitor& visit, QStr
 
 // The audit trail as CSV, in the one form the administration tool and the
 // Organiser both write: RFC 4180 with a header row, CRLF line ends, UTF-8,
-// the columns sequence, time (UTC), user, workstation, area, text and the
-// MAC in hexadecimal, fields quoted where needed.
+// the columns sequence, time (UTC), user, workstation, area, text, the MAC
+// in hexadecimal and, for a signature entry, the signature as the other
+// forms show it (meaning, printed name, user and local time with its zone),
+// fields quoted where needed.
 class AuditCsv
 {
 public:

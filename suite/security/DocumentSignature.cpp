@@ -1,7 +1,10 @@
 #include "DocumentSignature.h"
 
+#include "AuditTrail.h"
+
 #include <QDateTime>
 #include <QLocale>
+#include <QRegularExpression>
 
 namespace nebra {
 
@@ -23,6 +26,32 @@ QString SignatureEntries::caption(const DocumentSignature& signature)
 {
     return QStringLiteral("%1 by %2 (%3), %4")
         .arg(signature.meaning, signature.fullName, signature.userName, localTime(signature.signedMs));
+}
+
+QString SignatureEntries::manifestOf(const AuditEntry& entry)
+{
+    if (entry.area != QLatin1String(Area))
+        return {};
+    // The signer's user name is the entry's; a meaning may hold " by " ("Approved by QA"), a printed name
+    // hardly, so the name is what follows the last one.
+    static const QRegularExpression signedText(
+        QStringLiteral("^Signed: .+ sha256=[0-9a-f]{64} meaning=(.+) by (.+) \\((.+)\\)$"));
+    const QRegularExpressionMatch m = signedText.match(entry.text);
+    const QDateTime time = QDateTime::fromString(entry.utc, Qt::ISODateWithMs);
+    if (!m.hasMatch() || m.captured(3) != entry.userName || !time.isValid())
+        return {};
+    DocumentSignature signature;
+    signature.meaning = m.captured(1);
+    signature.fullName = m.captured(2);
+    signature.userName = entry.userName;
+    signature.signedMs = time.toMSecsSinceEpoch();
+    return caption(signature);
+}
+
+QString SignatureEntries::shownText(const AuditEntry& entry)
+{
+    const QString manifest = manifestOf(entry);
+    return manifest.isEmpty() ? entry.text : manifest + QStringLiteral(" \u2014 ") + entry.text;
 }
 
 QString SignatureEntries::alteredText(const DocumentSignature& signature)

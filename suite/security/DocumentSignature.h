@@ -7,6 +7,8 @@
 
 namespace nebra {
 
+struct AuditEntry;
+
 // One electronic signature of a document: who signed which content of which
 // path, when, and what the signature means. It is bound to the document's
 // path and SHA-256; a later change of the document voids it, and a copy of
@@ -54,6 +56,14 @@ public:
     static QString caption(const DocumentSignature& signature);
     // The local time with its zone: "25 Nov 2026 14:03:07 CET".
     static QString localTime(qint64 msSinceEpoch);
+    // The caption of the signature a signature entry records, at the entry's
+    // time; empty for any other entry. What the audit trail's viewer, its
+    // printout and its CSV show beside the entry's text.
+    static QString manifestOf(const AuditEntry& entry);
+    // The entry's text as the viewer and the printout show it: a signature's
+    // caption first (so a narrow column still shows who signed, when and
+    // what for), then the text as recorded.
+    static QString shownText(const AuditEntry& entry);
     // What verify says of a row that fails its seal or its entry, and of an
     // entry whose row is gone, on either back end.
     static QString alteredText(const DocumentSignature& signature);

@@ -1,4 +1,6 @@
 #include "AuditExport.h"
+#include "AuditTrailModel.h"
+#include "AuditTrailReader.h"
 #include "SecondProcess.h"
 #include "SecurityFixture.h"
 #include "TestFiles.h"
@@ -8,6 +10,8 @@
 #include <QRegularExpression>
 #include <QStandardPaths>
 #include <QTest>
+
+#include <ctime>
 
 using namespace nebra;
 using namespace nebra::test;
@@ -84,7 +88,7 @@ private Q_SLOTS:
         QString error;
         QCOMPARE(exporter.writeCsv(o.path("trail.csv"), &error), AuditExport::Outcome::Written);
         const QList<QByteArray> lines = readFile(o.path("trail.csv")).split('\n');
-        QCOMPARE(lines.first(), QByteArray("Sequence,Time (UTC),User,Workstation,Area,Text,MAC\r"));
+        QCOMPARE(lines.first(), QByteArray("Sequence,Time (UTC),User,Workstation,Area,Text,MAC,Signature\r"));
         QCOMPARE(exporter.entryCount(), 8); // the store's own entry and the seven above
         QVERIFY(lines[2].contains(",General,\"'=HYPERLINK(\"\"http://x\"\")\","));
         for (int i = 3; i < 8; ++i)
@@ -135,6 +139,55 @@ private Q_SLOTS:
         QCOMPARE(pages.last(), QString::number(pages.size()));
         QCOMPARE(totals, QSet<QString>{QString::number(pages.size())});
         QVERIFY(QString(text).remove(QRegularExpression("\\s")).contains(QString(240, QLatin1Char('w'))));
+    }
+
+    // 11.50: a signature shows its meaning, the signer's printed name and the
+    // time with its zone alike in the viewer, the CSV and the PDF; only an
+    // entry that is a signature, by the user it names, is shown as one.
+    void signaturesShowTheSignerTheTimeAndTheMeaning()
+    {
+        qputenv("TZ", "Europe/Berlin");
+        tzset();
+        Store o;
+        const QByteArray sha(32, 's');
+        const SignResult signature = o.store->signatures().record(
+            {"/data/r.pdf", sha, "Approved by QA", "jsmith", "Jane Smith", 0, 0});
+        QVERIFY2(signature.sequence > 0, qPrintable(signature.error));
+        const QString forged =
+            SignatureEntries::text({"/data/r.pdf", sha, "Approved", "jsmith", "Jane Smith", 0, 0});
+        QVERIFY(o.store->audit().append("mallory", "Signatures", forged).sequence > 0);
+        o.append("General", forged);
+        AuditExport exporter(o.entries(), "all entries", o.recorder());
+        QString error;
+        QCOMPARE(exporter.writeCsv(o.path("trail.csv"), &error), AuditExport::Outcome::Written);
+        const QList<QByteArray> lines = readFile(o.path("trail.csv")).split('\n');
+        const QString manifest = QString::fromUtf8(lines[2]).section(QLatin1Char(','), -2).chopped(1);
+        QVERIFY2(
+            manifest.contains(QRegularExpression("^\"Approved by QA by Jane Smith \\(jsmith\\), \\d{1,2} "
+                                                 "[A-Z][a-z]{2} \\d{4} \\d\\d:\\d\\d:\\d\\d CES?T\"$")),
+            qPrintable(manifest));
+        QVERIFY2(lines[3].endsWith(",\r") && lines[4].endsWith(",\r"), lines[3].constData());
+
+        const AuditPrintoutTitle title{"Lab", "jsmith (Jane Smith)", QDateTime::currentDateTime(), "all",
+                                       "intact"};
+        QCOMPARE(exporter.writePdf(o.path("trail.pdf"), title, &error), AuditExport::Outcome::Written);
+        const auto bare = [](QString text) { return text.remove(QRegularExpression("[\\s\"]")); };
+        QVERIFY2(bare(pdfText(o.path("trail.pdf"))).contains(bare(manifest)), qPrintable(manifest));
+
+        AuditTrailModel viewer(
+            {[&](const AuditFilter& f, qint64* n, QString* e) {
+                 return AuditTrailReader(o.store->database()).count(f, n, e);
+             },
+             [&](const AuditFilter& f, const AuditOrder& order, qint64 offset, int limit,
+                 QList<AuditEntry>* out, QString* e) {
+                 return AuditTrailReader(o.store->database()).read(f, order, offset, limit, out, e);
+             }});
+        viewer.reload();
+        const int row = viewer.rowCount() - 2; // newest first
+        QVERIFY(viewer.index(row, int(AuditColumn::Text))
+                    .data()
+                    .toString()
+                    .startsWith(manifest.mid(1).chopped(1)));
     }
 
     void anExportTheTrailCannotRecordIsNotWritten_data()

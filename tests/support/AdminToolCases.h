@@ -115,7 +115,7 @@ public:
         QFile file(path);
         QVERIFY(file.open(QIODevice::ReadOnly));
         const QList<QByteArray> lines = file.readAll().split('\n');
-        QCOMPARE(lines.first(), QByteArray("Sequence,Time (UTC),User,Workstation,Area,Text,MAC\r"));
+        QCOMPARE(lines.first(), QByteArray("Sequence,Time (UTC),User,Workstation,Area,Text,MAC,Signature\r"));
         QCOMPARE(lines.size(), newestTexts(100000).size() + 2); // the header and the empty rest
         const QByteArray newest = lines[lines.size() - 2];
         QVERIFY2(newest.contains(",General,\"'" + newestText.toUtf8().replace("\"", "\"\"") + "\","),

