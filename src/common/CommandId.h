@@ -24,6 +24,7 @@ enum class CommandId : int
     Quorvix,
     AuditTrail,
     AcceptChange,
+    Sign,
     // Tools without a command: a click on one does nothing beyond counting as activity.
     HelpHelp,
     FileMenu,

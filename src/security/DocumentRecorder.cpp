@@ -69,12 +69,16 @@ void DocumentRecorder::start()
                                  settleWhenIdle();
                                  return;
                              }
-                             m_records = records;
-                             for (const DocumentRecord& record : records)
+                             m_records = records.newest;
+                             m_signatures = records.signatures;
+                             for (const DocumentRecord& record : m_records)
                                  if (record.intact && record.event != DocumentEvent::Removed)
                                      m_latest.insert(record.fingerprint.path, record.fingerprint);
                              for (auto it = m_records.cbegin(); it != m_records.cend(); ++it)
                                  Q_EMIT stateChanged(it.key());
+                             for (auto it = m_signatures.cbegin(); it != m_signatures.cend(); ++it)
+                                 if (!m_records.contains(it.key()))
+                                     Q_EMIT stateChanged(it.key());
                              scan(Cause::Scan);
                          });
 }
@@ -292,6 +296,12 @@ void DocumentRecorder::noteAccepted(const DocumentFingerprint& fingerprint, qint
     Q_EMIT stateChanged(fingerprint.path);
 }
 
+void DocumentRecorder::noteSigned(const DocumentSignature& signature)
+{
+    m_signatures[signature.path].append(signature);
+    Q_EMIT stateChanged(signature.path);
+}
+
 void DocumentRecorder::record(const DocumentChange& change)
 {
     m_outbox.append(change);
@@ -373,6 +383,17 @@ RecordState DocumentRecorder::state(const QString& path) const
         return DocumentEntries::stateOf(DocumentRecord{{path, {}, 0, 0}, queued->first, 0, true});
     const auto record = m_records.constFind(path);
     return DocumentEntries::stateOf(record == m_records.cend() ? std::nullopt : std::optional(*record));
+}
+
+DocumentState DocumentRecorder::shownState(const QString& path) const
+{
+    DocumentState shown{state(path), {}};
+    // A document gone, or not read yet, has no content a signature could match.
+    const QByteArray current = m_latest.value(path).sha256;
+    for (const DocumentSignature& signature : m_signatures.value(path))
+        shown.signatures.append(
+            {signature, signature.intact && !current.isEmpty() && signature.sha256 == current});
+    return shown;
 }
 
 std::optional<DocumentFingerprint> DocumentRecorder::acceptable(const QString& path) const

@@ -2,6 +2,7 @@
 
 #include "DocumentFolders.h"
 #include "DocumentRecord.h"
+#include "DocumentState.h"
 #include "DocumentWriterThread.h"
 #include "FolderChange.h"
 
@@ -68,8 +69,15 @@ public:
     void noticeChange(const FolderChange& change);
     // A change accepted through the security manager: the record it wrote.
     void noteAccepted(const DocumentFingerprint& fingerprint, qint64 sequence);
+    // A signature the security manager recorded in this session.
+    void noteSigned(const DocumentSignature& signature);
 
     RecordState state(const QString& path) const;
+    // What the list and the preview show: the record state joined by the
+    // signatures, each valid while it signed the content last fingerprinted
+    // (recorded or waiting to be) and its row is intact.
+    DocumentState shownState(const QString& path) const;
+    bool isDocument(const QString& path) const { return m_folders.isDocument(path); }
     // The fingerprint a reviewer accepts for path: that of its newest
     // committed record, when it shows a change no suite program made and no
     // newer change waits to be written; empty otherwise.
@@ -115,13 +123,14 @@ private:
     DocumentFolders m_folders;
     const StartedPrograms* m_programs;
     std::function<QDateTime()> m_clock;
-    QHash<QString, DocumentRecord> m_records;     // committed: the newest entry of each path
-    QHash<QString, DocumentFingerprint> m_latest; // recorded or queued, and vouched for
-    QHash<QString, DocumentStat> m_stats;         // as last hashed or found unchanged
-    QHash<QString, QDateTime> m_seen;             // when a change was seen
-    QHash<QString, QDateTime> m_expected;         // announced writes, until when
-    QHash<QByteArray, QString> m_vanished;        // recorded documents gone, by content
-    QList<DocumentChange> m_outbox;               // to be written, in order
+    QHash<QString, DocumentRecord> m_records;              // committed: the newest entry of each path
+    QHash<QString, QList<DocumentSignature>> m_signatures; // oldest first
+    QHash<QString, DocumentFingerprint> m_latest;          // recorded or queued, and vouched for
+    QHash<QString, DocumentStat> m_stats;                  // as last hashed or found unchanged
+    QHash<QString, QDateTime> m_seen;                      // when a change was seen
+    QHash<QString, QDateTime> m_expected;                  // announced writes, until when
+    QHash<QByteArray, QString> m_vanished;                 // recorded documents gone, by content
+    QList<DocumentChange> m_outbox;                        // to be written, in order
     // Per path with changes in the outbox: the newest one's event, and how many there are.
     QHash<QString, std::pair<DocumentEvent, int>> m_queued;
     int m_inFlight = 0; // entries handed to the writer

@@ -70,6 +70,22 @@ void DocumentRecording::noteAccepted(const DocumentFingerprint& fingerprint, qin
         m_recorder->noteAccepted(fingerprint, sequence);
 }
 
+void DocumentRecording::noteSigned(const DocumentSignature& signature)
+{
+    if (m_recorder)
+        m_recorder->noteSigned(signature);
+}
+
+DocumentState DocumentRecording::shownState(const QString& path) const
+{
+    return m_recorder ? m_recorder->shownState(path) : DocumentState();
+}
+
+bool DocumentRecording::isDocument(const QString& path) const
+{
+    return m_recorder && m_recorder->isDocument(path);
+}
+
 RecordState DocumentRecording::state(const QString& path) const
 {
     return m_recorder ? m_recorder->state(path) : RecordState::NotRecorded;

@@ -2,6 +2,7 @@
 
 #include "DocumentFolders.h"
 #include "DocumentRecord.h"
+#include "DocumentState.h"
 #include "FolderChange.h"
 #include "RunningPrograms.h"
 
@@ -45,9 +46,15 @@ public:
     void organiserWriting(const QString& folder, bool writing);
     // A reviewer accepted the change: the record the manager wrote.
     void noteAccepted(const DocumentFingerprint& fingerprint, qint64 sequence);
+    // The user signed: the signature the manager recorded.
+    void noteSigned(const DocumentSignature& signature);
 
     // What the trail says of path; NotRecorded while nothing is recorded.
     RecordState state(const QString& path) const;
+    // See DocumentRecorder::shownState; NotRecorded and unsigned while nothing is recorded.
+    DocumentState shownState(const QString& path) const;
+    // Whether path is a document of the data folders recorded; false while nothing is recorded.
+    bool isDocument(const QString& path) const;
     // See DocumentRecorder::acceptable; empty while nothing is recorded.
     std::optional<DocumentFingerprint> acceptable(const QString& path) const;
     // When the change the state shows was seen; invalid for the other states.

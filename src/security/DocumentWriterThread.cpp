@@ -39,7 +39,9 @@ void DocumentWriterThread::readRecords(QObject* receiver,
     m_thread.start([state = m_state, receiver, done = std::move(done)] {
         Records records;
         QString error;
-        const bool ok = state->open(&error) && state->writer->records(&records, &error);
+        const bool ok =
+            state->open(&error) && state->writer->records(&records.newest, &error) &&
+            (!state->writer->signatures || state->writer->signatures(&records.signatures, &error));
         if (!ok)
             state->writer.reset();
         QMetaObject::invokeMethod(

@@ -25,7 +25,12 @@ public:
     DocumentWriterThread(const DocumentWriterThread&) = delete;
     DocumentWriterThread& operator=(const DocumentWriterThread&) = delete;
 
-    using Records = QHash<QString, DocumentRecord>;
+    // Every path's newest record and its signatures, read together.
+    struct Records
+    {
+        QHash<QString, DocumentRecord> newest;
+        QHash<QString, QList<DocumentSignature>> signatures;
+    };
     void readRecords(QObject* receiver,
                      std::function<void(bool ok, const Records&, const QString& error)> done);
     // Writes the changes in order up to the first that fails; done gets the

@@ -16,8 +16,9 @@ CommandDispatcher::CommandDispatcher(ToolBarsControl& tools, UserActivity& activ
 QList<CommandId> CommandDispatcher::commandIds()
 {
     using enum CommandId;
-    return {New,   Open,        Run,           Options,        ChangePassword, LogOut,     Exit,
-            About, HelpContext, ContentsIndex, GettingStarted, Quorvix,        AuditTrail, AcceptChange};
+    return {New,        Open,         Run,         Options,       ChangePassword, LogOut,
+            Exit,       About,        HelpContext, ContentsIndex, GettingStarted, Quorvix,
+            AuditTrail, AcceptChange, Sign};
 }
 
 void CommandDispatcher::setCommand(CommandId id, Command command)

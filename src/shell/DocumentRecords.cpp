@@ -11,6 +11,7 @@
 #include "Messages.h"
 #include "NebraSecurityManager.h"
 #include "SecuritySession.h"
+#include "SignatureBand.h"
 #include "ToolDefinitions.h"
 
 #include <QAction>
@@ -20,6 +21,7 @@
 #include <QLocale>
 #include <QStatusBar>
 #include <QStyle>
+#include <QVBoxLayout>
 
 namespace nebra {
 
@@ -86,11 +88,16 @@ void DocumentRecords::offerViews()
     // The record takes the comment's place, so that the list still fits a
     // narrow pane; the user shows the comment again from the column menu.
     m_parts.list.setColumnShown(FileListModel::CommentColumn, false);
+    // Above the preview: the state line, and the signatures below it.
+    auto* above = new QVBoxLayout;
     m_stateLine = new QLabel(&m_parts.previewArea);
     m_stateLine->setObjectName(QStringLiteral("recordState"));
     m_stateLine->setTextInteractionFlags(Qt::TextSelectableByKeyboard | Qt::TextSelectableByMouse);
+    m_band = new SignatureBand(&m_parts.previewArea);
+    above->addWidget(m_stateLine);
+    above->addWidget(m_band);
     if (auto* grid = qobject_cast<QGridLayout*>(m_parts.previewArea.layout()))
-        grid->addWidget(m_stateLine, 0, 0);
+        grid->addLayout(above, 0, 0);
     m_stateLine->hide();
     updateCommand();
     showState();
@@ -99,8 +106,11 @@ void DocumentRecords::offerViews()
 QString DocumentRecords::changeDescription(const QString& path) const
 {
     const QDateTime seen = m_parts.recording.changeSeen(path);
-    const RecordState state = m_parts.recording.state(path);
-    if (state != RecordState::ChangedOutside && state != RecordState::ChangedUnwatched)
+    const DocumentState shown = m_parts.recording.shownState(path);
+    const RecordState state = shown.record;
+    // A signature's state is told in its own words.
+    if (!shown.signatures.isEmpty() ||
+        (state != RecordState::ChangedOutside && state != RecordState::ChangedUnwatched))
         return {};
     const QString caption = DocumentEntries::caption(state);
     return seen.isValid() ? QStringLiteral("%1, seen %2")
@@ -112,17 +122,17 @@ QVariant DocumentRecords::cell(const QString& path, int role) const
 {
     if (!m_parts.recording.isRecording() || !m_folders || !m_folders->isDocument(path))
         return {};
-    const RecordState state = m_parts.recording.state(path);
-    const bool changed = state == RecordState::ChangedOutside || state == RecordState::ChangedUnwatched;
+    const DocumentState state = m_parts.recording.shownState(path);
+    const bool warns = state.warns();
     switch (role) {
     case Qt::DisplayRole:
-        return DocumentEntries::caption(state);
+        return state.caption();
     case Qt::DecorationRole:
-        return changed ? QVariant(QApplication::style()->standardIcon(QStyle::SP_MessageBoxWarning))
-                       : QVariant();
+        return warns ? QVariant(QApplication::style()->standardIcon(QStyle::SP_MessageBoxWarning))
+                     : QVariant();
     case Qt::AccessibleDescriptionRole:
     case Qt::ToolTipRole:
-        return changed ? QVariant(changeDescription(path)) : QVariant();
+        return warns && state.signatures.isEmpty() ? QVariant(changeDescription(path)) : QVariant();
     default:
         return {};
     }
@@ -139,6 +149,9 @@ void DocumentRecords::showState()
     m_stateLine->setText(QStringLiteral("Record: ") + (change.isEmpty() ? caption : change));
     m_stateLine->setAccessibleName(QStringLiteral("Record: ") + caption);
     m_stateLine->setAccessibleDescription(change);
+    // Never another document's: none is shown without one selected document.
+    m_band->showSignatures(caption.isEmpty() ? QList<DocumentState::Signature>()
+                                             : m_parts.recording.shownState(document).signatures);
 }
 
 void DocumentRecords::end()
@@ -150,6 +163,8 @@ void DocumentRecords::end()
         m_contextAction->setEnabled(false);
     if (m_stateLine)
         m_stateLine->hide();
+    if (m_band)
+        m_band->showSignatures({});
 }
 
 QString DocumentRecords::selectedDocument() const

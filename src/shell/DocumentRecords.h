@@ -20,13 +20,15 @@ class CommandSwitches;
 class DocumentRecording;
 class FileListControl;
 class SecuritySession;
+class SignatureBand;
 
 // The documents' records in the window, inside a security session: the
 // first fingerprinting's progress in the status bar, a recording that fails
 // told once, the file list's column "Record" (in the place of the comment,
 // which the user can show again) and the same state on a line
 // above the preview (each document's record state; the two changed states
-// with a warning icon and a description naming when the change was seen),
+// with a warning icon and a description naming when the change was seen;
+// a signed document its signature's state, and its signatures on a band below the line),
 // and File > Accept Change... (also on the file list's context menu). The command is shown in a session only,
 // and enabled for one selected document whose newest record is a change no suite program made, when the user
 // has the right (Documents, AcceptChange); it asks for a reason, writes the accept entry and tells the
@@ -80,6 +82,7 @@ private:
     Parts m_parts;
     QAction* m_contextAction = nullptr;
     QLabel* m_stateLine = nullptr;
+    SignatureBand* m_band = nullptr;
     std::optional<DocumentFolders> m_folders;
     bool m_mayAccept = false;
 };

@@ -6,6 +6,7 @@
 #include "DocumentFolders.h"
 #include "DocumentRecording.h"
 #include "DocumentRecords.h"
+#include "DocumentSigning.h"
 #include "FileListControl.h"
 #include "FileSystemObject.h"
 #include "FileView.h"
@@ -88,6 +89,8 @@ Organiser::Organiser(MainWindow& window, const MainWindowControls& controls, Sui
           new DocumentRecords({*m_commands, m_switches, controls.list, *window.statusBar(), *m_session,
                                m_authorisation, *m_recording, controls.previewArea, window},
                               this)),
+      m_signing(new DocumentSigning(
+          {*m_commands, m_switches, controls.list, *m_session, m_authorisation, *m_recording, window}, this)),
       m_optionsCommand(
           {*suite.settings, *suite.paths, m_dataFolders, *suite.drivers, m_authorisation, m_help,
            controls.tree, m_tree, *m_fileView, *m_preview, m_panes, window,
@@ -341,6 +344,7 @@ bool Organiser::startSecurity()
     m_suite.paths->SetSecurityManager(session.NebraSecurityManagerObj());
     m_auditTrail->offer();
     m_documentRecords->begin(DocumentFolders::of(*m_suite.paths));
+    m_signing->begin();
     checkSecuredFolder();
     return true;
 }
@@ -434,12 +438,14 @@ void Organiser::InitialiseOrganiserTree()
     m_tree.InitialiseOrganiserTree();
     // After the list's own columns: the record's comes last.
     m_documentRecords->offerViews();
+    m_signing->offerViews();
 }
 
 void Organiser::unloadSessionWindows()
 {
     // The session has ended: its viewer goes first, and its command with it.
     m_documentRecords->end();
+    m_signing->end();
     m_auditTrail->close();
     m_auditTrail->hide();
     m_optionsCommand.Unload();
@@ -457,6 +463,7 @@ void Organiser::unload(bool loaded)
     m_optionsCommand.Unload();
     m_auditTrail->close();
     m_documentRecords->end();
+    m_signing->end();
     m_session->CloseSession();
 }
 

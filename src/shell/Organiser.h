@@ -24,6 +24,7 @@ class CommandDispatcher;
 class DataFolderProbe;
 class DocumentRecording;
 class DocumentRecords;
+class DocumentSigning;
 class FileView;
 class MainWindow;
 class PreviewPane;
@@ -103,6 +104,7 @@ private:
     WelcomePage m_welcome;
     AuditTrailCommand* m_auditTrail;
     DocumentRecords* m_documentRecords;
+    DocumentSigning* m_signing;
     OptionsCommand m_optionsCommand;
 };
 

@@ -31,6 +31,7 @@ constexpr std::array Table{
     // Shown only inside a security session.
     Command{AuditTrail, "ID_AuditTrail", "&Audit Trail...", ToolsDropDown, "", 0},
     Command{AcceptChange, "ID_AcceptChange", "&Accept Change...", FileDropDown, "", 0},
+    Command{Sign, "ID_Sign", "&Sign...", FileDropDown, "", 0},
     // The menus.
     Command{FileMenu, "ID_File", "&File", General, "", 0},
     Command{ToolsMenu, "ID_Tools", "&Tools", General, "", 0},
@@ -103,7 +104,7 @@ QList<QPair<ToolDefinition, QStringList>> menus()
 {
     return {
         {definition(command(FileMenu)),
-         ids({New, Open, Run, AcceptChange, Sep, Options, ChangePassword, Sep, LogOut, Exit})},
+         ids({New, Open, Run, AcceptChange, Sign, Sep, Options, ChangePassword, Sep, LogOut, Exit})},
         {definition(command(ToolsMenu)), ids({AuditTrail})},
         {definition(command(HelpMenu)),
          ids({HelpContext, ContentsIndex, GettingStarted, Sep, Quorvix, Sep, About})},

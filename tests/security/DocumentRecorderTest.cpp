@@ -2,6 +2,7 @@
 #include "ManagerSite.h"
 #include "RunningPrograms.h"
 #include "SecondProcess.h"
+#include "SecretBytes.h"
 
 #include <QProcess>
 #include <QSignalSpy>
@@ -16,7 +17,7 @@ namespace {
 // jsmith's session over them.
 struct Recorded
 {
-    ManagerSite site{{}};
+    ManagerSite site{{QStringLiteral("Documents/Sign")}};
     std::unique_ptr<NebraSecurityManager> manager = loggedInManager();
     QTemporaryDir parent;
     DocumentFolders folders{{{parent.path() + QStringLiteral("/Protocols"), {QStringLiteral("*.apr")}},
@@ -66,6 +67,7 @@ private Q_SLOTS:
     void changesWhileNothingRecordedAreFoundAtStart();
     void aRenameOrASaveOverKeepsTheHistory();
     void anEntryThatCannotBeWrittenIsRetried();
+    void aSignatureHoldsUntilTheDocumentChanges();
 };
 
 void DocumentRecorderTest::changesAreAttributed_data()
@@ -220,6 +222,38 @@ void DocumentRecorderTest::anEntryThatCannotBeWrittenIsRetried()
     QVERIFY(
         texts.at(texts.size() - 2).startsWith(QLatin1String("Document recorded: ") + o.path("Reports/one")));
     QVERIFY(texts.constLast().startsWith(QLatin1String("Document recorded: ") + o.path("Reports/two")));
+}
+
+// A signature noted in the session, or read from the store at the start of
+// the next, shows while the document holds what was signed, and is void after.
+void DocumentRecorderTest::aSignatureHoldsUntilTheDocumentChanges()
+{
+    Recorded o;
+    QVERIFY(o.manager);
+    QVERIFY(QDir().mkpath(o.path(QStringLiteral("Reports"))));
+    const QString path = o.path(QStringLiteral("Reports/r"));
+    o.change(QStringLiteral("Reports/r"), QStringLiteral("v1"));
+    const std::unique_ptr<DocumentRecorder> signing = o.recorder();
+    Recorded::settle(*signing, [&] { signing->start(); });
+    QCOMPARE(signing->shownState(path).caption(), QStringLiteral("Recorded"));
+    const SignResult result =
+        o.manager->SignDocument(*DocumentFolders::fingerprint(path), QStringLiteral("Approved"),
+                                QStringLiteral("jsmith"), SecretBytes("correct horse"));
+    QVERIFY2(result.sequence > 0, qPrintable(result.error));
+    signing->noteSigned(result.signature);
+    QCOMPARE(signing->shownState(path).caption(), QStringLiteral("Signed (Approved)"));
+
+    const std::unique_ptr<DocumentRecorder> next = o.recorder();
+    Recorded::settle(*next, [&] { next->start(); });
+    QCOMPARE(next->shownState(path).caption(), QStringLiteral("Signed (Approved)"));
+    QVERIFY(!next->shownState(path).warns());
+    o.change(QStringLiteral("Reports/r"), QStringLiteral("v2"));
+    Recorded::settle(*next, [&] { next->noticeChange({ShellEvent::SHCNE_UPDATEITEM, path, {}}); });
+    const DocumentState shown = next->shownState(path);
+    QCOMPARE(shown.caption(), DocumentState::voidText());
+    QVERIFY(shown.warns());
+    QCOMPARE(shown.signatures.size(), 1);
+    QCOMPARE(shown.signatures.constFirst().signature.userName, QStringLiteral("jsmith"));
 }
 
 QTEST_MAIN(DocumentRecorderTest)

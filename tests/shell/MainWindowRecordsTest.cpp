@@ -1,16 +1,23 @@
+#include "Authorisation.h"
 #include "CommandDispatcher.h"
 #include "DocumentRecording.h"
+#include "DocumentSigning.h"
 #include "FileListControl.h"
 #include "FileListModel.h"
 #include "FolderTreeControl.h"
 #include "ListingWait.h"
 #include "LoadedOrganiser.h"
 #include "SecondProcess.h"
+#include "SignatureBand.h"
 #include "WebEngineTestMain.h"
 #include "WindowParts.h"
 
 #include <QAction>
+#include <QComboBox>
+#include <QDialogButtonBox>
 #include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
 #include <QTreeView>
 
 using namespace nebra;
@@ -64,14 +71,43 @@ struct Records : LoadedOrganiser
     {
         runScript(doc("Microplate Layouts"), QStringLiteral("printf v3 >> 'Plate A.mlo'"));
     }
+    QStringList band() const { return window->findChild<SignatureBand*>()->lines(); }
+
+    QStringList userNames; // as each Sign Document dialog offered it: "typed" or "read-only <name>"
+    // Runs Sign... and answers its dialog once the document has been read:
+    // jsmith's password, the meaning, and the user name where it is typed;
+    // meanwhile runs before OK.
+    void sign(const QString& meaning, const std::function<void()>& meanwhile = {})
+    {
+        dialogs.then([this, meaning, meanwhile](QDialog& dialog) {
+            const auto* sha256 = dialog.findChild<QLabel*>(QStringLiteral("lblSha256"));
+            if (!QTest::qWaitFor([&] { return !sha256->toolTip().isEmpty(); }, 10000))
+                return int(QDialog::Rejected);
+            auto* user = dialog.findChild<QLineEdit*>(QStringLiteral("txtUserName"));
+            userNames.append(user->isReadOnly() ? QStringLiteral("read-only ") + user->text()
+                                                : QStringLiteral("typed"));
+            if (!user->isReadOnly())
+                user->setText(QStringLiteral("jsmith"));
+            dialog.findChild<QLineEdit*>(QStringLiteral("txtPassword"))
+                ->setText(QStringLiteral("correct horse"));
+            dialog.findChild<QComboBox*>(QStringLiteral("cboMeaning"))->setCurrentText(meaning);
+            if (meanwhile)
+                meanwhile();
+            return dialog.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok)->isEnabled()
+                       ? int(QDialog::Accepted)
+                       : int(QDialog::Rejected);
+        });
+        part<CommandDispatcher>(*window).run(CommandId::Sign);
+    }
 };
 
 } // namespace
 
 // The documents' records in the window: which change the list and the trail
-// show, how a reviewer accepts one, and nothing of it without security. The
-// rules are DocumentRecorderTest's and DocumentRecordsTest's; here the wiring,
-// one row per path.
+// show, how a reviewer accepts one, how a user signs one and what a change
+// does to the signature, and nothing of it without security. The rules are
+// DocumentRecorderTest's, DocumentRecordsTest's and SignatureBandTest's (and
+// the manager's checks of a signing its own tests'); here the wiring, one row per path.
 class MainWindowRecordsTest : public QObject
 {
     Q_OBJECT
@@ -141,6 +177,62 @@ private Q_SLOTS:
                 QLatin1String("reason: Checked against the lab book")));
     }
 
+    void aSignatureShowsUntilTheDocumentChanges()
+    {
+        Records o({QStringLiteral("Documents/Sign")});
+        QVERIFY(o.showLayout());
+        FileListControl& list = part<FileListControl>(*o.window);
+        QVERIFY(tool(*o.window, CommandId::Sign).isEnabled());
+        const QString signedEntry = QStringLiteral("Signed: ") + o.doc(Layout) + QStringLiteral(" sha256=");
+        o.sign(QStringLiteral("Reviewed"));
+        QTRY_COMPARE_WITH_TIMEOUT(o.recordCell(list), QStringLiteral("Signed (Reviewed)"), 10000);
+        QVERIFY(o.entryStarting(signedEntry));
+        o.sign(QStringLiteral("Approved"));
+        QTRY_COMPARE_WITH_TIMEOUT(o.recordCell(list), QStringLiteral("Signed (Approved)"), 10000);
+        QCOMPARE(o.userNames, QStringList({"typed", "read-only jsmith"}));
+        QCOMPARE(o.band().size(), 2);
+        QVERIFY2(o.band().constLast().startsWith(QLatin1String("Approved by Jane Smith (jsmith), ")),
+                 qPrintable(o.band().constLast()));
+        auto* line = o.window->findChild<QLabel*>(QStringLiteral("recordState"));
+        QCOMPARE(line->text(), QStringLiteral("Record: Signed (Approved)"));
+
+        o.changeOutside();
+        const QString voided = DocumentState::voidText();
+        QTRY_COMPARE_WITH_TIMEOUT(o.recordCell(list), voided, 20000);
+        auto* model = static_cast<FileListModel*>(list.view()->model());
+        QVERIFY(
+            !model->index(0, model->columnOf(QStringLiteral("Record"))).data(Qt::DecorationRole).isNull());
+        QCOMPARE(line->text(), QStringLiteral("Record: ") + voided);
+        for (const QString& text : o.band())
+            QVERIFY2(text.startsWith(voided), qPrintable(text));
+        // The band follows the selection: no document, no signatures.
+        list.view()->clearSelection();
+        QTRY_VERIFY(o.band().isEmpty());
+    }
+
+    void nothingIsSigned_data()
+    {
+        QTest::addColumn<bool>("maySign");
+        QTest::addColumn<QString>("message");
+        // clang-format off
+        QTest::newRow("without the right") << false << Authorisation::permissionDeniedText();
+        QTest::newRow("changed while the dialog was open") << true << DocumentSigning::changedText();
+        // clang-format on
+    }
+    void nothingIsSigned()
+    {
+        QFETCH(bool, maySign);
+        QFETCH(QString, message);
+        Records o(maySign ? QStringList{QStringLiteral("Documents/Sign")} : QStringList());
+        QVERIFY(o.showLayout());
+        const int messages = o.messages.count();
+        o.sign(QStringLiteral("Approved"), [&o] { o.changeOutside(); });
+        QTRY_COMPARE_WITH_TIMEOUT(o.messages.count(), messages + 1, 10000);
+        QCOMPARE(o.messages.last().text, message);
+        QCOMPARE(o.dialogs.shown().contains(QStringLiteral("frmSignDocument")), maySign);
+        QVERIFY(!o.entryStarting(QStringLiteral("Signed: ")));
+    }
+
     void nothingIsRecordedWithoutSecurity()
     {
         LoadedOrganiser o;
@@ -149,6 +241,7 @@ private Q_SLOTS:
         QVERIFY(!part<DocumentRecording>(w).isRecording());
         QVERIFY(!part<FileListControl>(w).columns().contains(QStringLiteral("Record")));
         QVERIFY(!tool(w, CommandId::AcceptChange).isVisible());
+        QVERIFY(!tool(w, CommandId::Sign).isVisible());
     }
 };
 

@@ -1,0 +1,83 @@
+#include "SignatureBand.h"
+
+#include <QLabel>
+#include <QTest>
+
+#include <ctime>
+
+using namespace nebra;
+
+namespace {
+
+DocumentState::Signature signature(const QString& meaning, const QString& utc, bool valid, bool intact = true)
+{
+    DocumentSignature s;
+    s.meaning = meaning;
+    s.fullName = QStringLiteral("Jane Smith");
+    s.userName = QStringLiteral("jsmith");
+    s.signedMs = QDateTime::fromString(utc, Qt::ISODate).toMSecsSinceEpoch();
+    s.intact = intact;
+    return {s, valid};
+}
+
+} // namespace
+
+// The band above the preview: each signature's line in local time with its
+// zone (this process runs in Europe/Berlin, winter and summer), and the band
+// as a screen reader hears it.
+class SignatureBandTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        qputenv("TZ", "Europe/Berlin");
+        tzset();
+    }
+
+    void aLineNamesTheSignerTheMeaningAndTheLocalTime_data()
+    {
+        QTest::addColumn<QString>("meaning");
+        QTest::addColumn<QString>("utc");
+        QTest::addColumn<bool>("valid");
+        QTest::addColumn<bool>("intact");
+        QTest::addColumn<QString>("line");
+        // clang-format off
+        QTest::newRow("winter") << "Approved" << "2026-11-25T13:03:07Z" << true << true << "Approved by Jane Smith (jsmith), 25 Nov 2026 14:03:07 CET";
+        QTest::newRow("summer") << "Reviewed" << "2026-07-01T12:03:07Z" << true << true << "Reviewed by Jane Smith (jsmith), 1 Jul 2026 14:03:07 CEST";
+        QTest::newRow("void") << "Approved" << "2026-11-25T13:03:07Z" << false << true << "Signature void: the document changed after it was signed (Approved by Jane Smith (jsmith), 25 Nov 2026 14:03:07 CET)";
+        QTest::newRow("row altered") << "Authored" << "2026-11-25T13:03:07Z" << false << false << "Signature void: its record was altered outside the suite (Authored by Jane Smith (jsmith), 25 Nov 2026 14:03:07 CET)";
+        // clang-format on
+    }
+    void aLineNamesTheSignerTheMeaningAndTheLocalTime()
+    {
+        QFETCH(QString, meaning);
+        QFETCH(QString, utc);
+        QFETCH(bool, valid);
+        QFETCH(bool, intact);
+        QFETCH(QString, line);
+        QCOMPARE(SignatureBand::lineText(signature(meaning, utc, valid, intact)), line);
+    }
+
+    void theBandIsHeardLineByLineAndGoneWithoutSignatures()
+    {
+        SignatureBand band;
+        band.showSignatures(
+            {signature(QStringLiteral("Authored"), QStringLiteral("2026-11-25T13:03:07Z"), false),
+             signature(QStringLiteral("Approved"), QStringLiteral("2026-11-26T09:00:00Z"), true)});
+        QVERIFY(!band.isHidden());
+        const QList<QLabel*> lines = band.findChildren<QLabel*>(QStringLiteral("signature"));
+        QCOMPARE(lines.size(), 2);
+        for (const QLabel* line : lines)
+            QCOMPARE(line->accessibleName(), line->text());
+        QVERIFY(lines.constFirst()->text().startsWith(DocumentState::voidText()));
+        QCOMPARE(band.findChildren<QLabel*>(QStringLiteral("warning")).size(), 1); // the void one's
+        band.showSignatures({});
+        QVERIFY(band.isHidden());
+        QVERIFY(band.lines().isEmpty());
+    }
+};
+
+QTEST_MAIN(SignatureBandTest)
+#include "SignatureBandTest.moc"
