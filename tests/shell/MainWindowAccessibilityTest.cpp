@@ -47,7 +47,8 @@ private Q_SLOTS:
         LoadedOrganiser site;
         writeFile(site.doc(QStringLiteral("Protocols/Elisa.apr")));
         site.secure({QStringLiteral("Security/ViewAuditTrail"),
-                     QStringLiteral("AuthorisationsGeneral/CreateProtocol")},
+                     QStringLiteral("AuthorisationsGeneral/CreateProtocol"),
+                     QStringLiteral("Documents/Sign")},
                     false);
         QStringList walked;
         // Each dialog is read while it is shown, then left as a user would leave it.
@@ -79,6 +80,10 @@ private Q_SLOTS:
         part<FolderTreeControl>(window).setCurrentNode(branch(window, DocumentType::Protocols));
         readThen(2, QDialog::Rejected);
         tool(window, CommandId::New).trigger();
+        // Signing the protocol the list selected.
+        QTRY_VERIFY(tool(window, CommandId::Sign).isEnabled());
+        readThen(5, QDialog::Rejected);
+        tool(window, CommandId::Sign).trigger();
 
         tool(window, CommandId::AuditTrail).trigger();
         QTRY_VERIFY(shownWindow<AuditTrailWindow>());
@@ -92,7 +97,7 @@ private Q_SLOTS:
         QTRY_VERIFY(warning->isVisible());
         verifyAccessibleNames(*warning, 2);
 
-        QCOMPARE(walked.size(), 5); // every dialog above was shown, the log-in twice
+        QCOMPARE(walked.size(), 6); // every dialog above was shown, the log-in twice
     }
 
     // Tab goes tree, documents, preview, shortcuts, filter; each list shows where the keys are.
