@@ -9,6 +9,8 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <utility>
+
 namespace nebra {
 
 namespace {
@@ -39,6 +41,10 @@ ShellNotifications::ShellNotifications(QObject* parent) : QObject(parent)
     connect(&m_poller, &FolderPoller::listedFolderChanged, this, [this] { call(m_targets.refreshFileList); });
     connect(&m_source, &FolderChangeSource::watchLimitReached, this,
             &ShellNotifications::showWatchLimitWarning);
+    connect(&m_source, &FolderChangeSource::watched, this, [this](bool allRoots) {
+        if (std::exchange(m_activating, false) && !allRoots)
+            m_active = false;
+    });
 }
 
 void ShellNotifications::ActivateSHCNENotification()
@@ -46,8 +52,10 @@ void ShellNotifications::ActivateSHCNENotification()
     LogTraceBlock();
     if (m_active)
         return;
-    if (SubclassForNotifications() && RegisterShellNotifications())
+    if (SubclassForNotifications() && RegisterShellNotifications()) {
         m_active = true;
+        m_activating = m_source.isWalking();
+    }
 }
 
 void ShellNotifications::TerminateSHCNENotification()
@@ -58,6 +66,7 @@ void ShellNotifications::TerminateSHCNENotification()
     m_source.unwatchAll();
     m_source.close();
     m_active = false;
+    m_activating = false;
 }
 
 void ShellNotifications::setWatchMode(FolderWatchMode mode, int listSeconds, int treeSeconds)
@@ -77,6 +86,7 @@ void ShellNotifications::rewatch()
         return;
     m_poller.unwatchAll();
     m_source.unwatchAll();
+    m_activating = false;
     RegisterShellNotifications();
 }
 

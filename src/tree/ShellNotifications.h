@@ -40,9 +40,11 @@ struct NotificationTargets
 // "Unable to successfully subclass &H" with the main window's id in
 // hexadecimal, and the tree then never follows the disk during the run) and
 // then watches the folders below the watched roots (failure: silent, the
-// source stays open). Only when both succeed are notifications active.
-// Termination stops watching and closes the source. Everything runs on the
-// main thread, one change at a time.
+// source stays open). Only when both succeed are notifications active; the
+// watches are added on a reader thread, so a root that cannot be watched
+// ends the activation when that walk is done (FolderChangeSource::watched).
+// Termination stops watching and closes the source. The changes are handled
+// on the main thread, one at a time.
 //
 // Which roots the kernel follows is the watch mode's choice: with Auto a
 // root on a file server (by the mount table's type) is polled instead
@@ -111,6 +113,7 @@ private:
     FolderPoller m_poller{m_readers};
     FolderWatchMode m_watchMode = FolderWatchMode::Notify;
     bool m_active = false;
+    bool m_activating = false; // the activation's walk runs
     bool m_refreshGuard = false;
     QString m_item1Name;
     QString m_item1Path;

@@ -6,6 +6,7 @@
 #include "MessageRecorder.h"
 #include "SecurityFixture.h"
 #include "SettingsStore.h"
+#include "ShellNotifications.h"
 #include "TestFiles.h"
 #include "UserFolders.h"
 
@@ -82,13 +83,19 @@ struct LoadedOrganiser
     }
 
     // As start(), then waits (within a bound) for the tree's branches to be
-    // read; the test program ends if the window does not load.
+    // read and the folders' watches to be in place; the test program ends if
+    // the window does not load.
     MainWindow& load(int pollIntervalMs = 1000)
     {
         if (start(pollIntervalMs) != MainWindow::LoadOutcome::Loaded)
             qFatal("The Organiser did not load");
         const auto* tree = window->findChild<FolderTreeControl*>();
-        static_cast<void>(QTest::qWaitFor([tree] { return !tree->isBusy(); }, 10000));
+        auto* notifications = window->findChild<ShellNotifications*>();
+        static_cast<void>(QTest::qWaitFor(
+            [tree, notifications] {
+                return !tree->isBusy() && (!notifications || !notifications->source().isWalking());
+            },
+            10000));
         return *window;
     }
 };

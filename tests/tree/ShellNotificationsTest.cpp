@@ -8,6 +8,7 @@
 #include "TreePathRules.h"
 
 #include <QProcess>
+#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -94,6 +95,15 @@ private:
         return paths;
     }
 
+    // Activates and waits until the roots' walk, when one started, is done.
+    void activate()
+    {
+        QSignalSpy done(&m_notifications->source(), &FolderChangeSource::watched);
+        m_notifications->ActivateSHCNENotification();
+        if (m_notifications->source().isWalking())
+            QVERIFY(done.wait(Bound));
+    }
+
 private Q_SLOTS:
     void init()
     {
@@ -147,7 +157,7 @@ private Q_SLOTS:
         QFETCH(QString, current);
         if (current != QLatin1String("Organiser"))
             current = m_current;
-        m_notifications->ActivateSHCNENotification();
+        activate();
         QVERIFY(m_notifications->isActive());
         runScript(m_results, script);
         QTRY_COMPARE_WITH_TIMEOUT(m_log.size(), log.size(), Bound);
@@ -162,16 +172,16 @@ private Q_SLOTS:
         test::MessageRecorder messages;
         m_notifications->TerminateSHCNENotification(); // while inactive: nothing
         QVERIFY(!m_notifications->isActive());
-        m_notifications->ActivateSHCNENotification();
+        activate();
         const int watches = m_notifications->source().watchCount();
-        m_notifications->ActivateSHCNENotification(); // while active: nothing
+        activate(); // while active: nothing
         QVERIFY(m_notifications->isActive());
         QCOMPARE(m_notifications->source().watchCount(), watches);
         m_notifications->TerminateSHCNENotification();
         QVERIFY(!m_notifications->isActive());
         QVERIFY(!m_notifications->source().isOpen());
         runScript(m_results, QStringLiteral("mkdir Unseen"));
-        m_notifications->ActivateSHCNENotification(); // again after termination
+        activate(); // again after termination
         QVERIFY(m_notifications->isActive());
         QVERIFY(m_log.isEmpty());
         QVERIFY(messages.requests().isEmpty());
@@ -188,7 +198,7 @@ private Q_SLOTS:
         rlimit tight = saved;
         tight.rlim_cur = rlim_t(lowestFree);
         QCOMPARE(::setrlimit(RLIMIT_NOFILE, &tight), 0);
-        m_notifications->ActivateSHCNENotification();
+        activate();
         ::setrlimit(RLIMIT_NOFILE, &saved);
         QVERIFY(!m_notifications->isActive());
         QCOMPARE(messages.requests().size(), 1);
@@ -204,11 +214,11 @@ private Q_SLOTS:
         test::MessageRecorder messages;
         m_notifications->setWatchedRoots(
             [this] { return QStringList{m_dir.path() + QStringLiteral("/none")}; });
-        m_notifications->ActivateSHCNENotification();
+        activate();
         QVERIFY(!m_notifications->isActive());
         QVERIFY(messages.requests().isEmpty());
         QVERIFY(m_notifications->source().isOpen());
-        m_notifications->ActivateSHCNENotification();
+        activate();
         QCOMPARE(messages.requests().size(), 1);
         QVERIFY(!m_notifications->isActive());
     }
@@ -222,7 +232,7 @@ private Q_SLOTS:
             errno = ENOSPC;
             return -1;
         });
-        m_notifications->ActivateSHCNENotification();
+        activate();
         QVERIFY(m_notifications->isActive());
         runScript(m_parent, QStringLiteral("mkdir a b"));
         QTRY_COMPARE_WITH_TIMEOUT(m_log.size(), 2, Bound);

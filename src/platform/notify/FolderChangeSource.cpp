@@ -1,6 +1,7 @@
 #include "FolderChangeSource.h"
 
 #include "FileSystemKind.h"
+#include "FolderReaders.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -10,22 +11,37 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <fcntl.h>
 #include <sys/inotify.h>
 #include <unistd.h>
+#include <utility>
 
 namespace nebra {
 
 namespace {
 
-constexpr quint32 WatchMask = IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_CLOSE_WRITE |
-                              IN_ATTRIB | IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR | IN_DONT_FOLLOW |
-                              IN_EXCL_UNLINK;
 constexpr int DefaultRescanInterval = 30000;
 // The second half of a move is queued right after the first; a reader can
 // still slip in between, so an unmatched first half waits this long.
 constexpr int MoveGrace = 2;
 
 } // namespace
+
+// The walk's own descriptor of the source's instance: a walk abandoned and
+// still running after close() adds its watches to the same instance, never
+// to a descriptor number reused since.
+struct FolderChangeSource::Instance
+{
+    explicit Instance(int source) : fd(::fcntl(source, F_DUPFD_CLOEXEC, 0)) {}
+    ~Instance()
+    {
+        if (fd >= 0)
+            ::close(fd);
+    }
+    Instance(const Instance&) = delete;
+    Instance& operator=(const Instance&) = delete;
+    int fd;
+};
 
 struct FolderChangeSource::PendingMove
 {
@@ -37,12 +53,15 @@ struct FolderChangeSource::PendingMove
 
 FolderChangeSource::FolderChangeSource(QObject* parent)
     : QObject(parent), m_moveTimer(new QTimer(this)), m_rescanTimer(new QTimer(this)),
-      m_addWatch([](int fd, const char* path, quint32 mask) { return ::inotify_add_watch(fd, path, mask); })
+      m_addWatch([](int fd, const char* path, quint32 mask) { return ::inotify_add_watch(fd, path, mask); }),
+      m_readers(new FolderReaders(this))
 {
     m_moveTimer->setSingleShot(true);
     m_moveTimer->setInterval(MoveGrace);
     m_rescanTimer->setInterval(DefaultRescanInterval);
     connect(m_moveTimer, &QTimer::timeout, this, [this] {
+        if (m_walking)
+            return; // read when the walk is taken in
         Pass pass;
         drain(pass);
         flushPendingMoves(pass);
@@ -65,6 +84,8 @@ bool FolderChangeSource::open()
         m_lastError = errno;
         return false;
     }
+    ++m_opened;
+    m_staleWatches.clear();
     m_notifier = new QSocketNotifier(m_fd, QSocketNotifier::Read, this);
     connect(m_notifier, &QSocketNotifier::activated, this, &FolderChangeSource::readEvents);
     return true;
@@ -84,37 +105,84 @@ bool FolderChangeSource::watch(const QStringList& roots)
 {
     if (m_fd < 0)
         return false;
-    noteUnnotifiedMounts();
-    bool all = true;
-    for (const QString& root : roots) {
-        Folder* folder = addRoot(root);
-        if (!folder) {
-            all = false;
-            continue;
-        }
-        scanChildren(*folder, nullptr);
-    }
-    updateRescanTimer();
-    return all;
+    if (m_walking)
+        m_queuedRoots << roots;
+    else
+        startWalk(roots);
+    return true;
 }
 
-FolderChangeSource::Folder* FolderChangeSource::addRoot(const QString& root)
+// The folders known are not touched until the walk is taken in: the
+// notifier and the timers that read the kernel's queue or the folders wait,
+// so the walk may start from copies of the watch tables.
+void FolderChangeSource::startWalk(const QStringList& roots)
 {
-    auto folder = std::make_unique<Folder>();
-    folder->rootText = QDir::cleanPath(root);
-    folder->name = QFile::encodeName(folder->rootText);
-    folder->wd = m_addWatch(m_fd, folder->name.constData(), WatchMask);
-    if (folder->wd < 0) {
-        m_lastError = errno;
-        return nullptr;
+    noteUnnotifiedMounts();
+    auto instance = std::make_shared<Instance>(m_fd);
+    m_walking = true;
+    m_notifier->setEnabled(false);
+    m_rescanTimer->stop();
+    const quint64 generation = m_generation;
+    const quint64 opened = m_opened;
+    m_readers->read(
+        roots.value(0), FolderReaders::Lane::Background, this,
+        [instance, addWatch = m_addWatch, byWatch = m_byWatch, unwatched = m_unwatched,
+         mounts = m_unnotifiedMounts, roots] {
+            return FolderWalker::walkRoots(instance->fd, addWatch, byWatch, unwatched, mounts, roots);
+        },
+        [this, generation, opened](FolderWalker::Roots result) {
+            if (opened == m_opened) // else its instance is closed, with its watches
+                adopt(result, generation);
+        });
+}
+
+void FolderChangeSource::adopt(FolderWalker::Roots& walk, quint64 generation)
+{
+    if (generation != m_generation) { // abandoned: its watches go
+        m_staleWatches.unite(walk.added);
+        if (!m_walking)
+            dropStaleWatches();
+        return;
     }
-    m_byWatch.insert(folder->wd, folder.get());
-    m_roots.push_back(std::move(folder));
-    return m_roots.back().get();
+    m_walking = false;
+    for (auto& root : walk.roots)
+        m_roots.push_back(std::move(root));
+    m_byWatch = std::move(walk.byWatch);
+    m_unwatched = std::move(walk.unwatched);
+    if (walk.lastError)
+        m_lastError = walk.lastError;
+    if (walk.limitReached && !m_limitWarned) {
+        m_limitWarned = true;
+        Q_EMIT watchLimitReached(systemWatchLimit());
+    }
+    dropStaleWatches();
+    updateRescanTimer();
+    m_notifier->setEnabled(true);
+    readEvents(); // what the kernel queued during the walk
+    if (generation != m_generation)
+        return; // a receiver of those changes unwatched
+    if (!m_queuedRoots.isEmpty())
+        startWalk(std::exchange(m_queuedRoots, {}));
+    Q_EMIT watched(walk.allRoots);
+}
+
+// A watch an abandoned walk made and no folder known holds. The kernel gives
+// a folder one watch per instance, so one known may be the same.
+void FolderChangeSource::dropStaleWatches()
+{
+    for (const int wd : std::as_const(m_staleWatches))
+        if (m_fd >= 0 && !m_byWatch.contains(wd))
+            ::inotify_rm_watch(m_fd, wd);
+    m_staleWatches.clear();
 }
 
 void FolderChangeSource::unwatchAll()
 {
+    ++m_generation;
+    m_queuedRoots.clear();
+    if (m_walking && m_notifier)
+        m_notifier->setEnabled(true);
+    m_walking = false;
     for (auto& root : m_roots)
         forgetWatches(*root);
     m_roots.clear();
@@ -304,24 +372,27 @@ void FolderChangeSource::deliver(Pass& pass)
 
 // ---- the folders reported
 
+FolderWalker FolderChangeSource::walker()
+{
+    return FolderWalker(m_fd, m_addWatch, m_byWatch, m_unwatched, m_unnotifiedMounts);
+}
+
+void FolderChangeSource::settle(const FolderWalker& walker)
+{
+    if (walker.lastError())
+        m_lastError = walker.lastError();
+    if (walker.limitReached() && !m_limitWarned) {
+        m_limitWarned = true;
+        Q_EMIT watchLimitReached(systemWatchLimit());
+    }
+    updateRescanTimer();
+}
+
 void FolderChangeSource::folderAppeared(Folder& parent, const QByteArray& name, Pass* pass)
 {
-    if (parent.children.count(name))
-        return; // reported already (found by a read of its parent)
-    Folder& folder = parent.addChild(name, false);
-    const bool watched = tryWatch(folder);
-    if (!watched && (m_lastError == ENOENT || m_lastError == ENOTDIR || m_lastError == ELOOP)) {
-        // Gone again, or not a folder after all: perhaps a link to one.
-        if (!WatchedFolder::isLinkToFolder(folder.rawPath())) {
-            parent.children.erase(name);
-            return;
-        }
-        folder.link = true;
-    }
-    if (pass)
-        pass->add(ShellEvent::SHCNE_MKDIR, folder.textPath());
-    if (!folder.link)
-        scanChildren(folder, pass);
+    FolderWalker folders = walker();
+    folders.folderAppeared(parent, name, pass);
+    settle(folders);
 }
 
 void FolderChangeSource::fileAppeared(Folder& parent, const QByteArray& name, Pass& pass)
@@ -336,43 +407,18 @@ void FolderChangeSource::fileAppeared(Folder& parent, const QByteArray& name, Pa
 
 bool FolderChangeSource::tryWatch(Folder& folder)
 {
-    const int wd = m_addWatch(m_fd, folder.rawPath().constData(), WatchMask);
-    if (wd < 0) {
-        m_lastError = errno;
-        if (m_lastError == ENOSPC && !m_limitWarned) {
-            m_limitWarned = true;
-            Q_EMIT watchLimitReached(systemWatchLimit());
-        }
-        if (m_lastError == ENOSPC || m_lastError == EACCES)
-            m_unwatched.insert(&folder);
-        return false;
-    }
-    if (Folder* other = m_byWatch.value(wd); other && other != &folder) {
-        folder.link = true; // the same folder reached a second time: not descended again
-        return false;
-    }
-    m_unwatched.remove(&folder);
-    folder.wd = wd;
-    m_byWatch.insert(wd, &folder);
-    return true;
+    FolderWalker folders = walker();
+    const bool watched = folders.tryWatch(folder);
+    settle(folders);
+    return watched;
 }
 
 // Adds the folder's subfolders, watched, with theirs; reports each when a pass is given.
 void FolderChangeSource::scanChildren(Folder& folder, Pass* pass)
 {
-    const QByteArray path = folder.rawPath();
-    for (const WatchedFolder::Entry& entry : WatchedFolder::subfolders(path)) {
-        const bool unnotified =
-            !m_unnotifiedMounts.isEmpty() && m_unnotifiedMounts.contains(path + '/' + entry.name);
-        if (!entry.link && !unnotified) {
-            folderAppeared(folder, entry.name, pass);
-        } else if (!folder.children.count(entry.name)) {
-            Folder& added = folder.addChild(entry.name, true);
-            if (pass)
-                pass->add(ShellEvent::SHCNE_MKDIR, added.textPath());
-        }
-    }
-    updateRescanTimer();
+    FolderWalker folders = walker();
+    folders.scanChildren(folder, pass);
+    settle(folders);
 }
 
 // The mount table needs no call on a file system; it is read again only
@@ -449,6 +495,8 @@ void FolderChangeSource::rescanAfterOverflow(Pass& pass)
 
 void FolderChangeSource::rescanUnwatched()
 {
+    if (m_walking)
+        return; // the timer starts again when the walk is taken in
     // Parents first; a folder may vanish with its parent during the round.
     QList<QByteArray> paths;
     for (const Folder* folder : std::as_const(m_unwatched))

@@ -2,6 +2,7 @@
 
 #include "ChangeBatch.h"
 #include "FolderChange.h"
+#include "FolderWalker.h"
 #include "MountTable.h"
 #include "WatchedFolder.h"
 
@@ -21,11 +22,20 @@ struct inotify_event;
 
 namespace nebra {
 
+class FolderReaders;
+
 // Follows folders on disk through the kernel's inotify interface and reports
 // each change as a FolderChange with full paths, on the thread that owns it
-// (the main thread): no other thread is involved.
+// (the main thread).
 //
-// Every folder below the watched roots gets a watch of its own. The source
+// Every folder below the watched roots gets a watch of its own. The first
+// walk of the roots runs on a reader thread (FolderReaders), so that a large
+// or slow disk never holds the owner's thread; watched() tells when its
+// watches are in place. Meanwhile the kernel's events wait in its queue and
+// are read, in order, when the walk is taken in: a folder made during the
+// walk is reported unless the walk found it. A walk still running when the
+// source is told to unwatch, close or go is abandoned, never waited for, and
+// its watches are removed when it ends. The source
 // keeps the folders it has reported, so that whatever the kernel does, what
 // it reports adds up to the folders on disk:
 // - a new folder is watched and then read at once, and every subfolder that
@@ -50,8 +60,7 @@ class FolderChangeSource : public QObject
 {
     Q_OBJECT
 public:
-    // Adds a watch the way inotify_add_watch(2) does (-1 and errno on failure).
-    using AddWatch = std::function<int(int fd, const char* path, quint32 mask)>;
+    using AddWatch = FolderWalker::AddWatch;
 
     struct Statistics
     {
@@ -72,13 +81,17 @@ public:
     void close();
     bool isOpen() const { return m_fd >= 0; }
 
-    // Watches every folder under each root (which need not exist all). False
-    // when the source is not open or a root cannot be watched; the roots that
-    // could be stay watched.
+    // Starts watching every folder under each root (which need not exist
+    // all); watched() follows once per call, when the watches are in place.
+    // False when the source is not open. A call while a walk runs is walked
+    // after it.
     bool watch(const QStringList& roots);
-    // Removes every watch and forgets every folder.
+    // Removes every watch and forgets every folder; a walk still running is
+    // abandoned and its watched() never comes.
     void unwatchAll();
-    bool isWatching() const { return !m_roots.empty(); }
+    bool isWatching() const { return !m_roots.empty() || m_walking; }
+    // A walk of watch() is running.
+    bool isWalking() const { return m_walking; }
 
     int watchCount() const { return int(m_byWatch.size()); }
     int lastError() const { return m_lastError; }
@@ -86,7 +99,8 @@ public:
 
     // How often folders without a watch are read again (default 30 s).
     void setRescanInterval(int milliseconds);
-    // Replaces inotify_add_watch, so a test can run out of watches.
+    // Replaces inotify_add_watch, so a test can run out of watches. It is
+    // called on the reader thread during a walk of watch().
     void setAddWatch(AddWatch addWatch);
 
     // The system's limit of watches per user, 0 when it cannot be read.
@@ -96,11 +110,16 @@ Q_SIGNALS:
     void changed(const nebra::FolderChange& change);
     // The system refused a watch for want of watches; emitted once per source.
     void watchLimitReached(int limit);
+    // The walk of a watch() call is done and its watches are in place;
+    // allRoots is false when a root could not be watched (lastError() holds
+    // errno), the roots that could be stay watched.
+    void watched(bool allRoots);
 
 private:
     using Folder = WatchedFolder;
     using Pass = ChangeBatch;
     struct PendingMove;
+    struct Instance;
 
     void readEvents();
     void drain(Pass& pass);
@@ -110,7 +129,11 @@ private:
     void flushPendingMoves(Pass& pass);
     void deliver(Pass& pass);
 
-    Folder* addRoot(const QString& root);
+    void startWalk(const QStringList& roots);
+    void adopt(FolderWalker::Roots& walk, quint64 generation);
+    void dropStaleWatches();
+    FolderWalker walker();
+    void settle(const FolderWalker& walker);
     void folderAppeared(Folder& parent, const QByteArray& name, Pass* pass);
     void fileAppeared(Folder& parent, const QByteArray& name, Pass& pass);
     bool tryWatch(Folder& folder);
@@ -139,6 +162,12 @@ private:
     Statistics m_stats;
     MountTable m_mounts;
     QSet<QByteArray> m_unnotifiedMounts; // mount points, as of the last walk or pass
+    FolderReaders* m_readers;
+    bool m_walking = false;
+    quint64 m_generation = 0;  // a walk started before the last unwatchAll() is stale
+    quint64 m_opened = 0;      // instances opened: a walk's instance may be closed since
+    QStringList m_queuedRoots; // watch() calls while a walk runs
+    QSet<int> m_staleWatches;  // added by abandoned walks
 };
 
 } // namespace nebra

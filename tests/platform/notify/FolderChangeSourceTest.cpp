@@ -6,9 +6,14 @@
 
 #include <QElapsedTimer>
 #include <QProcess>
+#include <QSemaphore>
+#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QThread>
+#include <QTimer>
 
+#include <atomic>
 #include <cerrno>
 #include <dirent.h>
 #include <functional>
@@ -23,6 +28,15 @@ using nebra::test::runScript;
 namespace {
 
 constexpr int Bound = 10000;
+
+// Watches the roots and waits for the walk: true when every root is watched.
+bool watchAndWait(FolderChangeSource& source, const QStringList& roots)
+{
+    QSignalSpy done(&source, &FolderChangeSource::watched);
+    if (!source.watch(roots) || !done.wait(Bound))
+        return false;
+    return done.at(0).at(0).toBool();
+}
 
 // What the changes say is on disk: the folders at the start, then each change applied.
 struct Replay
@@ -111,7 +125,7 @@ private:
         });
         m_replay.folders = foldersOnDisk(m_root);
         QVERIFY(m_source->open());
-        QVERIFY(m_source->watch({m_root}));
+        QVERIFY(watchAndWait(*m_source, {m_root}));
     }
 
     // The folders the changes leave and those on disk that differ, empty when none do.
@@ -309,9 +323,10 @@ private Q_SLOTS:
         QVERIFY(!source.watch({m_root})); // not open
         QVERIFY(source.open());
         QVERIFY(!source.open()); // open already
-        QVERIFY(!source.watch({m_dir.path() + QStringLiteral("/missing")}));
+        QVERIFY(!watchAndWait(source, {m_dir.path() + QStringLiteral("/missing")}));
+        QCOMPARE(source.lastError(), ENOENT);
         QVERIFY(!source.isWatching());
-        QVERIFY(source.watch({m_root}));
+        QVERIFY(watchAndWait(source, {m_root}));
         QCOMPARE(source.watchCount(), 3); // the root, a and a/b
         source.unwatchAll();
         QCOMPARE(source.watchCount(), 0);
@@ -334,9 +349,76 @@ private Q_SLOTS:
         QVERIFY(source.open());
         QElapsedTimer clock;
         clock.start();
-        QVERIFY(source.watch({m_root}));
+        QVERIFY(watchAndWait(source, {m_root}));
         QVERIFY(clock.elapsed() < 1000);
         QCOMPARE(source.watchCount(), 3); // the root, a and a/b
+    }
+
+    // The walk runs on a reader thread: the caller's events are handled while
+    // it waits in a watch, and folders made meanwhile are reported when the
+    // walk is taken in, unless it found them itself.
+    void walkLeavesTheCallingThreadFree()
+    {
+        QSemaphore inWatch;
+        QSemaphore go;
+        std::atomic<bool> onCaller = false;
+        QThread* const caller = QThread::currentThread();
+        startWatching([&](FolderChangeSource& source) {
+            source.setAddWatch([&](int fd, const char* path, quint32 mask) {
+                if (QByteArray(path).endsWith("/a/b")) { // the root and a are read
+                    onCaller = QThread::currentThread() == caller;
+                    inWatch.release();
+                    go.tryAcquire(1, Bound); // a walk on this thread fails, not hangs
+                }
+                return ::inotify_add_watch(fd, path, mask);
+            });
+            QTimer::singleShot(0, this, [&] {
+                QVERIFY(inWatch.tryAcquire(1, Bound));
+                QVERIFY(source.isWalking());
+                runScript(m_root, QStringLiteral("mkdir c a/new a/b/found"));
+                m_replay.folders.insert(m_root + QStringLiteral("/a/b/found"));
+                go.release();
+            });
+        });
+        QVERIFY(!onCaller);
+        QTRY_COMPARE_WITH_TIMEOUT(difference(), QString(), Bound);
+        QCOMPARE(m_changes.size(), 2); // c and a/new
+    }
+
+    // A walk abandoned by unwatchAll() or the source's end is never taken in,
+    // and nothing waits for it.
+    void abandonedWalkIsDropped()
+    {
+        struct Gate
+        {
+            QSemaphore inWatch;
+            QSemaphore go;
+            std::atomic<bool> first = true;
+        };
+        auto gate = std::make_shared<Gate>(); // the last walk outlives this test
+        auto source = std::make_unique<FolderChangeSource>();
+        source->setAddWatch([gate](int fd, const char* path, quint32 mask) {
+            if (gate->first.exchange(false)) {
+                gate->inWatch.release();
+                gate->go.acquire();
+            }
+            return ::inotify_add_watch(fd, path, mask);
+        });
+        QVERIFY(source->open());
+        QSignalSpy done(source.get(), &FolderChangeSource::watched);
+        QVERIFY(source->watch({m_root}));
+        QVERIFY(gate->inWatch.tryAcquire(1, Bound));
+        source->unwatchAll();
+        QVERIFY(!source->isWatching());
+        gate->go.release();
+        QVERIFY(watchAndWait(*source, {m_root}));
+        QCOMPARE(done.size(), 1); // the second walk's only
+        QCOMPARE(source->watchCount(), 3);
+        gate->first = true;
+        QVERIFY(source->watch({m_root}));
+        QVERIFY(gate->inWatch.tryAcquire(1, Bound));
+        source.reset(); // returns with the walk still waiting
+        gate->go.release();
     }
 
     void removedRootIsReported()
