@@ -153,6 +153,8 @@ int main(int argc, char** argv)
     FolderChangeSource source;
     if (!source.open() || !source.watch({results}))
         qFatal("Cannot watch %s", qPrintable(results));
+    while (source.isWalking())
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     QObject::connect(&source, &FolderChangeSource::changed, &recorder, &DocumentRecorder::noticeChange);
     QList<double> toState;
     QList<double> toEntry;

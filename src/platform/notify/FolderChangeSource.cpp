@@ -149,14 +149,8 @@ void FolderChangeSource::adopt(FolderWalker::Roots& walk, quint64 generation)
         m_roots.push_back(std::move(root));
     m_byWatch = std::move(walk.byWatch);
     m_unwatched = std::move(walk.unwatched);
-    if (walk.lastError)
-        m_lastError = walk.lastError;
-    if (walk.limitReached && !m_limitWarned) {
-        m_limitWarned = true;
-        Q_EMIT watchLimitReached(systemWatchLimit());
-    }
     dropStaleWatches();
-    updateRescanTimer();
+    settle(walk.lastError, walk.limitReached);
     m_notifier->setEnabled(true);
     readEvents(); // what the kernel queued during the walk
     if (generation != m_generation)
@@ -377,11 +371,11 @@ FolderWalker FolderChangeSource::walker()
     return FolderWalker(m_fd, m_addWatch, m_byWatch, m_unwatched, m_unnotifiedMounts);
 }
 
-void FolderChangeSource::settle(const FolderWalker& walker)
+void FolderChangeSource::settle(int lastError, bool limitReached)
 {
-    if (walker.lastError())
-        m_lastError = walker.lastError();
-    if (walker.limitReached() && !m_limitWarned) {
+    if (lastError)
+        m_lastError = lastError;
+    if (limitReached && !m_limitWarned) {
         m_limitWarned = true;
         Q_EMIT watchLimitReached(systemWatchLimit());
     }
@@ -392,7 +386,7 @@ void FolderChangeSource::folderAppeared(Folder& parent, const QByteArray& name, 
 {
     FolderWalker folders = walker();
     folders.folderAppeared(parent, name, pass);
-    settle(folders);
+    settle(folders.lastError(), folders.limitReached());
 }
 
 void FolderChangeSource::fileAppeared(Folder& parent, const QByteArray& name, Pass& pass)
@@ -409,7 +403,7 @@ bool FolderChangeSource::tryWatch(Folder& folder)
 {
     FolderWalker folders = walker();
     const bool watched = folders.tryWatch(folder);
-    settle(folders);
+    settle(folders.lastError(), folders.limitReached());
     return watched;
 }
 
@@ -418,7 +412,7 @@ void FolderChangeSource::scanChildren(Folder& folder, Pass* pass)
 {
     FolderWalker folders = walker();
     folders.scanChildren(folder, pass);
-    settle(folders);
+    settle(folders.lastError(), folders.limitReached());
 }
 
 // The mount table needs no call on a file system; it is read again only

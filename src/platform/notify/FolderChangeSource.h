@@ -133,7 +133,8 @@ private:
     void adopt(FolderWalker::Roots& walk, quint64 generation);
     void dropStaleWatches();
     FolderWalker walker();
-    void settle(const FolderWalker& walker);
+    // Takes in a walk's refusals: lastError(), watchLimitReached() once.
+    void settle(int lastError, bool limitReached);
     void folderAppeared(Folder& parent, const QByteArray& name, Pass* pass);
     void fileAppeared(Folder& parent, const QByteArray& name, Pass& pass);
     bool tryWatch(Folder& folder);
