@@ -50,7 +50,7 @@ class FolderReaders;
 // - a file system mounted below a root whose changes the kernel cannot see
 //   (a file server's share, FileSystemKind) is reported as a folder but
 //   neither watched nor descended: looking into it would wait for its server
-//   on this thread, and its changes are for a poll to find (FolderPoller);
+//   on a thread of ours, and its changes are for a poll to find (FolderPoller);
 // - a folder's move within the roots is one rename; a move out is a removal
 //   and a move in a folder made, with its subfolders.
 // Changes found in one pass over the kernel's queue are delivered together,
