@@ -46,19 +46,29 @@ void RecentDocuments::check()
 {
     for (const QString& path : shown()) {
         if (m_checking.contains(path))
-            continue;
-        m_checking.insert(path, m_readers->read(
-                                    path, FolderReaders::Lane::User, this,
-                                    [path] { return QFileInfo(path).isFile(); },
-                                    [this, path](bool exists) { answered(path, exists); }));
+            m_askAgain.insert(path); // its answer may predate what the user did since
+        else
+            ask(path);
     }
+}
+
+void RecentDocuments::ask(const QString& path)
+{
+    m_checking.insert(path,
+                      m_readers->read(
+                          path, FolderReaders::Lane::User, this, [path] { return QFileInfo(path).isFile(); },
+                          [this, path](bool exists) { answered(path, exists); }));
 }
 
 void RecentDocuments::answered(const QString& path, bool exists)
 {
     m_checking.remove(path);
-    if (exists)
+    if (exists) {
+        if (m_askAgain.remove(path))
+            ask(path);
         return;
+    }
+    m_askAgain.remove(path);
     // The stored list as it is now: a document used since the check began
     // has moved, and only the missing one goes.
     const QStringList stored = m_settings.RecentDocuments();

@@ -2,6 +2,7 @@
 
 #include <QHash>
 #include <QObject>
+#include <QSet>
 #include <QStringList>
 
 namespace nebra {
@@ -32,7 +33,8 @@ public:
     // The documents to show: the stored ones not yet found missing.
     QStringList shown() const;
     // Asks whether each shown document still exists; a document whose
-    // earlier check is still on its way is not asked again.
+    // earlier check is still on its way is asked again once it answers
+    // (never twice at once, so a server that does not answer gets one read).
     void check();
 
 Q_SIGNALS:
@@ -40,11 +42,13 @@ Q_SIGNALS:
     void changed();
 
 private:
+    void ask(const QString& path);
     void answered(const QString& path, bool exists);
 
     SuiteSettings& m_settings;
     FolderReaders* m_readers;
     QHash<QString, quint64> m_checking; // path -> its read
+    QSet<QString> m_askAgain;           // checked again while its read was on its way
 };
 
 } // namespace nebra
