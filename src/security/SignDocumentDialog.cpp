@@ -17,10 +17,9 @@ namespace nebra {
 
 namespace {
 
-QLabel* shownText(const QString& text, const QString& name, QWidget* parent)
+QLabel* shownText(const QString& text, QWidget* parent)
 {
     auto* label = new QLabel(text, parent);
-    label->setAccessibleName(name);
     label->setTextInteractionFlags(Qt::TextSelectableByKeyboard | Qt::TextSelectableByMouse);
     return label;
 }
@@ -37,7 +36,8 @@ SignDocumentDialog::SignDocumentDialog(const QString& document, const QStringLis
     setModal(true);
 
     const QFileInfo file(document);
-    m_sha256 = shownText(QStringLiteral("Reading the document..."), QStringLiteral("SHA-256"), this);
+    m_sha256 = shownText(QStringLiteral("Reading the document..."), this);
+    m_sha256->setAccessibleName(QStringLiteral("SHA-256"));
     m_sha256->setObjectName(QStringLiteral("lblSha256"));
     m_meaning = new QComboBox(this);
     m_meaning->setObjectName(QStringLiteral("cboMeaning"));
@@ -55,9 +55,12 @@ SignDocumentDialog::SignDocumentDialog(const QString& document, const QStringLis
     m_password->setMaxLength(1024);
 
     auto* form = new QFormLayout;
-    form->addRow(QStringLiteral("Document:"), shownText(file.fileName(), QStringLiteral("Document"), this));
-    form->addRow(QStringLiteral("Folder:"),
-                 shownText(QDir::toNativeSeparators(file.absolutePath()), QStringLiteral("Folder"), this));
+    QLabel* name = shownText(file.fileName(), this);
+    name->setAccessibleName(QStringLiteral("Document"));
+    form->addRow(QStringLiteral("Document:"), name);
+    QLabel* folder = shownText(QDir::toNativeSeparators(file.absolutePath()), this);
+    folder->setAccessibleName(QStringLiteral("Folder"));
+    form->addRow(QStringLiteral("Folder:"), folder);
     form->addRow(QStringLiteral("SHA-256:"), m_sha256);
     form->addRow(QStringLiteral("&Meaning:"), m_meaning);
     form->addRow(QStringLiteral("&User name:"), m_userName);
