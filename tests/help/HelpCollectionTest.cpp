@@ -5,7 +5,6 @@
 
 #include <QDateTime>
 #include <QFile>
-#include <QHelpEngine>
 #include <QTemporaryDir>
 #include <QTest>
 

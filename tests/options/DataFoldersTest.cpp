@@ -133,6 +133,9 @@ private Q_SLOTS:
         QVERIFY(!f.folders().DoAllDataFoldersExist());
     }
 
+    // A typed parent directory is checked, asked about and applied; what the
+    // file system could never hold or would refuse to make is refused before
+    // anything is made. A refused or unchanged one leaves the settings file untouched.
     void aTypedParentDirectoryIsCheckedAndApplied_data()
     {
         QTest::addColumn<QString>("typed");        // %1: the test's folder, where "Parent" is current
@@ -148,19 +151,30 @@ private Q_SLOTS:
                            "Would you like it and its subfolders to be created now?");
         const QString incomplete = QStringLiteral("The specified parent directory has one or more missing "
                                                   "subfolders.\r\nWould you like them to be created now?");
+        const QString tooLong = QStringLiteral("The specified parent directory path is too long.");
+        const QString cannotCreate = QStringLiteral("The specified parent directory cannot be created:\r\n"
+                                                    "the folder it belongs in cannot be written to.");
         QStringList complete;
         for (const QString& kind : Kinds)
             complete << QStringLiteral("parent/My Assays/") + kind;
+        const QStringList none;
         const int yes = MessageButton::Yes;
         const int no = MessageButton::No;
         // clang-format off
-        QTest::newRow("blanks and one separator") << " %1/Parent/ " << QStringList() << 0 << "Parent" << "";
-        QTest::newRow("two missing levels") << "%1/New/Deeper" << QStringList() << 0 << "Parent" << invalid;
-        QTest::newRow("new, yes") << "%1/Fresh" << QStringList() << yes << "Fresh" << missing;
-        QTest::newRow("new, no") << "%1/Fresh" << QStringList() << no << "Parent" << missing;
+        QTest::newRow("blanks and one separator") << " %1/Parent/ " << none << 0 << "Parent" << "";
+        QTest::newRow("two missing levels") << "%1/New/Deeper" << none << 0 << "Parent" << invalid;
+        QTest::newRow("new, yes") << "%1/Fresh" << none << yes << "Fresh" << missing;
+        QTest::newRow("new, no") << "%1/Fresh" << none << no << "Parent" << missing;
         QTest::newRow("incomplete, yes") << "%1/Old" << QStringList{"Old/My Assays/Results"} << yes << "Old" << incomplete;
         QTest::newRow("incomplete, no") << "%1/Old" << QStringList{"Old/My Assays/Results"} << no << "Parent" << incomplete;
         QTest::newRow("complete, other letter case") << "%1/parent" << complete << 0 << "parent" << "";
+        QTest::newRow("empty") << "   " << none << 0 << "Parent" << "Please type the parent directory for data files.";
+        QTest::newRow("relative") << "Data/Assays" << none << 0 << "Parent" << "The specified parent directory path is incomplete.\r\nType the full path of the folder, beginning with /.";
+        QTest::newRow("a name too long") << "%1/" + QString(300, 'a') << none << 0 << "Parent" << tooLong;
+        QTest::newRow("a path too long") << "%1" + QString("/abcdefghij").repeated(400) << none << 0 << "Parent" << tooLong;
+        QTest::newRow("a file") << "%1/notes.txt" << none << 0 << "Parent" << "The specified parent directory is a file, not a folder.";
+        QTest::newRow("new in a read-only folder") << "%1/Locked/New" << none << 0 << "Parent" << cannotCreate;
+        QTest::newRow("read-only, subfolders missing") << "%1/Locked" << none << 0 << "Parent" << ParentDirectoryRules::readOnlySubfoldersText();
         // clang-format on
     }
 
@@ -171,21 +185,30 @@ private Q_SLOTS:
         QFETCH(int, answer);
         QFETCH(QString, parentAfter);
         QFETCH(QString, message);
+        if (typed.contains(QLatin1String("Locked")) && ::geteuid() == 0)
+            QSKIP("The administrator writes into read-only folders; run as a user to test them");
         Fixture f;
         for (const QString& folder : existing)
             QVERIFY(QDir().mkpath(f.dir.filePath(folder)));
+        writeFile(f.dir.filePath("notes.txt"), "not a folder");
+        makeFolder(f.dir.filePath("Locked")); // cannot be written to
+        QFile::setPermissions(f.dir.filePath("Locked"), QFileDevice::ReadOwner | QFileDevice::ExeOwner);
         const QStringList before = f.subfolders(f.dir.path());
+        const QByteArray settingsBefore = test::readFile(f.dir.filePath("Suite.ini"));
         MessageRecorder messages;
         if (answer)
             messages.answer(answer);
-        QString text = typed.arg(f.dir.path());
+        QString text = typed.contains("%1") ? typed.arg(f.dir.path()) : typed;
         const bool changed = parentAfter != QLatin1String("Parent");
         QCOMPARE(f.folders().ApplyParentDirectory(text), changed || message.isEmpty());
         QCOMPARE(f.paths.ParentDirectory(), f.dir.filePath(parentAfter));
-        if (changed)
+        if (changed) {
             QVERIFY(f.folders().DoAllDataFoldersExist());
-        else // refused, or unchanged: nothing checked, nothing made, and a refused test folder is gone again
+        } else { // nothing checked, nothing made, and a refused test folder is gone again
             QCOMPARE(f.subfolders(f.dir.path()), before);
+            QVERIFY(f.subfolders(f.dir.filePath("Locked")).isEmpty());
+            QCOMPARE(test::readFile(f.dir.filePath("Suite.ini")), settingsBefore);
+        }
         QCOMPARE(messages.count(), message.isEmpty() ? 0 : 1);
         if (message.isEmpty()) {
             QCOMPARE(text, f.paths.ParentDirectory()); // trimmed in the dialog's text too
@@ -196,55 +219,6 @@ private Q_SLOTS:
         QCOMPARE(messages.last().icon, answer ? MessageIcon::Question : MessageIcon::Warning);
         QCOMPARE(messages.last().buttons,
                  answer ? int(MessageButton::Yes | MessageButton::No) : int(MessageButton::Ok));
-    }
-
-    // What the file system could never hold or would refuse to make is
-    // refused before anything is made, with the settings file untouched.
-    void unusableParentDirectoriesAreRefused_data()
-    {
-        QTest::addColumn<QString>("typed"); // %1: the test's folder
-        QTest::addColumn<QString>("message");
-        QTest::addColumn<bool>("readOnly"); // the test's "Locked" folder cannot be written to
-        const QString tooLong = QStringLiteral("The specified parent directory path is too long.");
-        const QString cannotCreate = QStringLiteral("The specified parent directory cannot be created:\r\n"
-                                                    "the folder it belongs in cannot be written to.");
-        // clang-format off
-        QTest::newRow("empty") << "   " << "Please type the parent directory for data files." << false;
-        QTest::newRow("relative") << "Data/Assays" << "The specified parent directory path is incomplete.\r\nType the full path of the folder, beginning with /." << false;
-        QTest::newRow("a name too long") << "%1/" + QString(300, 'a') << tooLong << false;
-        QTest::newRow("a path too long") << "%1" + QString("/abcdefghij").repeated(400) << tooLong << false;
-        QTest::newRow("a file") << "%1/notes.txt" << "The specified parent directory is a file, not a folder." << false;
-        QTest::newRow("new in a read-only folder") << "%1/Locked/New" << cannotCreate << true;
-        QTest::newRow("read-only, subfolders missing") << "%1/Locked" << ParentDirectoryRules::readOnlySubfoldersText() << true;
-        // clang-format on
-    }
-
-    void unusableParentDirectoriesAreRefused()
-    {
-        QFETCH(QString, typed);
-        QFETCH(QString, message);
-        QFETCH(bool, readOnly);
-        if (readOnly && ::geteuid() == 0)
-            QSKIP("The administrator writes into read-only folders; run as a user to test them");
-        Fixture f;
-        writeFile(f.dir.filePath("notes.txt"), "not a folder");
-        makeFolder(f.dir.filePath("Locked"));
-        QFile::setPermissions(f.dir.filePath("Locked"), QFileDevice::ReadOwner | QFileDevice::ExeOwner);
-        const QStringList before = f.subfolders(f.dir.path());
-        const QByteArray settingsBefore = test::readFile(f.dir.filePath("Suite.ini"));
-        QVERIFY(!settingsBefore.isEmpty());
-        MessageRecorder messages;
-        QString text = typed.contains("%1") ? typed.arg(f.dir.path()) : typed;
-        QVERIFY(!f.folders().ApplyParentDirectory(text));
-        QCOMPARE(messages.count(), 1);
-        QCOMPARE(messages.last().text, message);
-        QCOMPARE(messages.last().title, QStringLiteral("Folder Specification Error"));
-        QCOMPARE(messages.last().icon, MessageIcon::Warning);
-        QCOMPARE(f.subfolders(f.dir.path()), before);
-        QVERIFY(f.subfolders(f.dir.filePath("Locked")).isEmpty());
-        QCOMPARE(test::readFile(f.dir.filePath("Suite.ini")), settingsBefore);
-        QFile::setPermissions(f.dir.filePath("Locked"),
-                              QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
     }
 };
 

@@ -9,7 +9,6 @@
 #include "SettingsStore.h"
 #include "SuitePaths.h"
 #include "SuiteSettings.h"
-#include "TestFiles.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -17,7 +16,6 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
-#include <QTabBar>
 #include <QTabWidget>
 #include <QTemporaryDir>
 #include <QTest>
@@ -377,3 +375,4 @@ private Q_SLOTS:
 
 QTEST_MAIN(OptionsDialogTest)
 #include "OptionsDialogTest.moc"
+#include "TestFiles.h"

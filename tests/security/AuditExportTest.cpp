@@ -3,10 +3,8 @@
 #include "AuditTrailReader.h"
 #include "SecondProcess.h"
 #include "SecurityFixture.h"
-#include "TestFiles.h"
 
 #include <QFile>
-#include <QGuiApplication>
 #include <QRegularExpression>
 #include <QStandardPaths>
 #include <QTest>
@@ -266,3 +264,4 @@ private Q_SLOTS:
 
 QTEST_MAIN(AuditExportTest)
 #include "AuditExportTest.moc"
+#include "TestFiles.h"

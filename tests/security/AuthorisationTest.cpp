@@ -4,7 +4,6 @@
 #include "MainWindow.h"
 #include "MessageRecorder.h"
 #include "NebraSecurityManager.h"
-#include "SecurityFixture.h"
 #include "SecuritySession.h"
 #include "StatusBarControl.h"
 #include "SuiteSettings.h"

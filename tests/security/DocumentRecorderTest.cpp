@@ -46,6 +46,18 @@ struct Recorded
                                      .arg(++m_seconds));
     }
     QString newestEntry() { return site.auditTexts().constLast(); }
+    // A recorder started over the folder given (made first, with the files
+    // given holding "v1"), once it has read it.
+    std::unique_ptr<DocumentRecorder> started(const QString& folder, const QStringList& files = {})
+    {
+        if (!manager || !QDir().mkpath(path(folder)))
+            qFatal("No session or no folder");
+        for (const QString& file : files)
+            change(file, QStringLiteral("v1"));
+        std::unique_ptr<DocumentRecorder> r = recorder();
+        settle(*r, [&r] { r->start(); });
+        return r;
+    }
 
 private:
     int m_seconds = 0;
@@ -62,199 +74,175 @@ class DocumentRecorderTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void changesAreAttributed_data();
-    void changesAreAttributed();
-    void changesWhileNothingRecordedAreFoundAtStart();
-    void aRenameOrASaveOverKeepsTheHistory();
-    void anEntryThatCannotBeWrittenIsRetried();
-    void aSignatureHoldsUntilTheDocumentChanges();
-};
-
-void DocumentRecorderTest::changesAreAttributed_data()
-{
-    QTest::addColumn<QString>("who");
-    QTest::addColumn<QString>("entry");
-    QTest::addColumn<int>("state");
-    // clang-format off
-    QTest::newRow("the Organiser") << "organiser" << "Document changed: %1 sha256=" << int(RecordState::Recorded);
-    QTest::newRow("a started program") << "running" << "Document changed: %1 sha256=" << int(RecordState::Recorded);
-    QTest::newRow("a started program that ended") << "ended" << "Document changed outside the suite: %1 sha256=" << int(RecordState::ChangedOutside);
-    QTest::newRow("another process") << "other" << "Document changed outside the suite: %1 sha256=" << int(RecordState::ChangedOutside);
-    QTest::newRow("another process, seen by a poll") << "polled" << "Document changed outside the suite: %1 sha256=" << int(RecordState::ChangedOutside);
-    QTest::newRow("a wizard in the Organiser, just ended") << "wizard" << "Document changed: %1 sha256=" << int(RecordState::Recorded);
-    // clang-format on
-}
-
-void DocumentRecorderTest::changesAreAttributed()
-{
-    QFETCH(QString, who);
-    QFETCH(QString, entry);
-    QFETCH(int, state);
-    Recorded o;
-    QVERIFY(o.manager);
-    QVERIFY(QDir().mkpath(o.path(QStringLiteral("Protocols"))));
-    const QString name = QStringLiteral("Protocols/ELISA.apr");
-    o.change(name, QStringLiteral("v1"));
-    const std::unique_ptr<DocumentRecorder> recorder = o.recorder();
-    Recorded::settle(*recorder, [&] { recorder->start(); });
-    QVERIFY(o.newestEntry().startsWith(QLatin1String("Document recorded: ") + o.path(name)));
-
-    QProcess editor; // stands in for the layout editor, started on the folder
-    editor.start(QStringLiteral("sleep"), {QStringLiteral("60")});
-    QVERIFY(editor.waitForStarted());
-    o.programs.started(editor.processId(), QStringLiteral("Layout Editor"),
-                       o.path(QStringLiteral("Protocols")));
-    if (who != QLatin1String("running")) {
-        editor.kill();
-        QVERIFY(editor.waitForFinished());
-    }
-    if (who == QLatin1String("organiser"))
-        recorder->expectWrite(o.path(name));
-    if (who == QLatin1String("wizard"))
-        o.programs.startedHere(QStringLiteral("Organiser"), o.path(QStringLiteral("Protocols")));
-    o.change(name, QStringLiteral("v2"));
-    if (who == QLatin1String("wizard"))
-        o.programs.endedHere(o.path(QStringLiteral("Protocols")));
-    Recorded::settle(*recorder, [&] {
-        if (who == QLatin1String("polled"))
-            recorder->poll();
-        else
-            recorder->noticeChange({ShellEvent::SHCNE_UPDATEITEM, o.path(name), {}});
-    });
-
-    QVERIFY2(o.newestEntry().startsWith(entry.arg(o.path(name))), qPrintable(o.newestEntry()));
-    if (state == int(RecordState::Recorded))
-        QVERIFY(o.newestEntry().endsWith(who == QLatin1String("running") ? QLatin1String(" by Layout Editor")
-                                                                         : QLatin1String(" by Organiser")));
-    QCOMPARE(int(recorder->state(o.path(name))), state);
-    QCOMPARE(recorder->changeSeen(o.path(name)).isValid(), state == int(RecordState::ChangedOutside));
-    editor.kill();
-    editor.waitForFinished();
-}
-
-// Changes made while no Organiser ran are found at the next start, each once.
-void DocumentRecorderTest::changesWhileNothingRecordedAreFoundAtStart()
-{
-    Recorded o;
-    QVERIFY(o.manager);
-    QVERIFY(QDir().mkpath(o.path(QStringLiteral("Reports"))));
-    for (const char* name : {"kept", "altered", "removed"})
-        o.change(QStringLiteral("Reports/") + QLatin1String(name), QLatin1String(name));
+    void changesAreAttributed_data()
     {
-        const std::unique_ptr<DocumentRecorder> first = o.recorder();
-        Recorded::settle(*first, [&] { first->start(); });
+        QTest::addColumn<QString>("who");
+        QTest::addColumn<QString>("entry");
+        QTest::addColumn<int>("state");
+        // clang-format off
+        QTest::newRow("the Organiser") << "organiser" << "Document changed: %1 sha256=" << int(RecordState::Recorded);
+        QTest::newRow("a started program") << "running" << "Document changed: %1 sha256=" << int(RecordState::Recorded);
+        QTest::newRow("a started program that ended") << "ended" << "Document changed outside the suite: %1 sha256=" << int(RecordState::ChangedOutside);
+        QTest::newRow("another process") << "other" << "Document changed outside the suite: %1 sha256=" << int(RecordState::ChangedOutside);
+        QTest::newRow("another process, seen by a poll") << "polled" << "Document changed outside the suite: %1 sha256=" << int(RecordState::ChangedOutside);
+        QTest::newRow("a wizard in the Organiser, just ended") << "wizard" << "Document changed: %1 sha256=" << int(RecordState::Recorded);
+        // clang-format on
     }
-    const qsizetype before = o.site.auditTexts().size();
-    o.change(QStringLiteral("Reports/altered"), QStringLiteral("v2"));
-    o.change(QStringLiteral("Reports/new"), QStringLiteral("new"));
-    QVERIFY(QFile::remove(o.path(QStringLiteral("Reports/removed"))));
 
-    const std::unique_ptr<DocumentRecorder> next = o.recorder();
-    QSignalSpy progress(next.get(), &DocumentRecorder::progress);
-    Recorded::settle(*next, [&] { next->start(); });
-    QStringList found = o.site.auditTexts().mid(before);
-    for (QString& text : found)
-        text = text.section(QLatin1String(" sha256="), 0, 0);
-    found.sort();
-    QCOMPARE(found, QStringList({"Document changed while nothing recorded it: " + o.path("Reports/altered"),
-                                 "Document recorded: " + o.path("Reports/new"),
-                                 "Document removed: " + o.path("Reports/removed")}));
-    QCOMPARE(progress.constLast(), QVariantList({2, 2})); // only what changed was read
-    QCOMPARE(next->state(o.path(QStringLiteral("Reports/altered"))), RecordState::ChangedUnwatched);
-    QCOMPARE(next->state(o.path(QStringLiteral("Reports/kept"))), RecordState::Recorded);
-    QCOMPARE(next->state(o.path(QStringLiteral("Reports/removed"))), RecordState::NotRecorded);
-}
+    void changesAreAttributed()
+    {
+        QFETCH(QString, who);
+        QFETCH(QString, entry);
+        QFETCH(int, state);
+        Recorded o;
+        const QString name = QStringLiteral("Protocols/ELISA.apr");
+        const std::unique_ptr<DocumentRecorder> recorder = o.started(QStringLiteral("Protocols"), {name});
+        QVERIFY(o.newestEntry().startsWith(QLatin1String("Document recorded: ") + o.path(name)));
 
-void DocumentRecorderTest::aRenameOrASaveOverKeepsTheHistory()
-{
-    Recorded o;
-    QVERIFY(o.manager);
-    QVERIFY(QDir().mkpath(o.path(QStringLiteral("Reports"))));
-    o.change(QStringLiteral("Reports/a"), QStringLiteral("v1"));
-    const std::unique_ptr<DocumentRecorder> recorder = o.recorder();
-    Recorded::settle(*recorder, [&] { recorder->start(); });
-    runScript(o.parent.path(), QStringLiteral("mv Reports/a Reports/b"));
-    Recorded::settle(*recorder, [&] {
-        recorder->noticeChange({ShellEvent::SHCNE_DELETE, o.path(QStringLiteral("Reports/a")), {}});
-        recorder->noticeChange({ShellEvent::SHCNE_UPDATEITEM, o.path(QStringLiteral("Reports/b")), {}});
-    });
-    QCOMPARE(o.newestEntry(),
-             QStringLiteral("Document renamed: %1 -> %2")
-                 .arg(o.path(QStringLiteral("Reports/a")), o.path(QStringLiteral("Reports/b"))));
-    QCOMPARE(recorder->state(o.path(QStringLiteral("Reports/b"))), RecordState::Recorded);
+        QProcess editor; // stands in for the layout editor, started on the folder
+        editor.start(QStringLiteral("sleep"), {QStringLiteral("60")});
+        QVERIFY(editor.waitForStarted());
+        o.programs.started(editor.processId(), QStringLiteral("Layout Editor"),
+                           o.path(QStringLiteral("Protocols")));
+        if (who != QLatin1String("running")) {
+            editor.kill();
+            QVERIFY(editor.waitForFinished());
+        }
+        if (who == QLatin1String("organiser"))
+            recorder->expectWrite(o.path(name));
+        if (who == QLatin1String("wizard"))
+            o.programs.startedHere(QStringLiteral("Organiser"), o.path(QStringLiteral("Protocols")));
+        o.change(name, QStringLiteral("v2"));
+        if (who == QLatin1String("wizard"))
+            o.programs.endedHere(o.path(QStringLiteral("Protocols")));
+        Recorded::settle(*recorder, [&] {
+            if (who == QLatin1String("polled"))
+                recorder->poll();
+            else
+                recorder->noticeChange({ShellEvent::SHCNE_UPDATEITEM, o.path(name), {}});
+        });
 
-    // An editor's save: the new content written aside and moved over the document.
-    const qsizetype before = o.site.auditTexts().size();
-    runScript(o.parent.path(), QStringLiteral("printf v2 > Reports/.b.new && mv Reports/.b.new Reports/b"));
-    Recorded::settle(*recorder, [&] {
-        recorder->noticeChange({ShellEvent::SHCNE_DELETE, o.path(QStringLiteral("Reports/b")), {}});
-        recorder->noticeChange({ShellEvent::SHCNE_UPDATEITEM, o.path(QStringLiteral("Reports/b")), {}});
-    });
-    const QStringList after = o.site.auditTexts().mid(before);
-    QCOMPARE(after.size(), 1);
-    QVERIFY2(after.constFirst().startsWith(QLatin1String("Document changed outside the suite: ") +
-                                           o.path(QStringLiteral("Reports/b")) + QLatin1String(" sha256=")),
-             qPrintable(after.constFirst()));
-}
-
-// The store refuses entries for a while: the failure is reported once, and
-// the entries are written, in order, once it takes them again.
-void DocumentRecorderTest::anEntryThatCannotBeWrittenIsRetried()
-{
-    Recorded o;
-    QVERIFY(o.manager);
-    QVERIFY(QDir().mkpath(o.path(QStringLiteral("Reports"))));
-    const std::unique_ptr<DocumentRecorder> recorder = o.recorder();
-    Recorded::settle(*recorder, [&] { recorder->start(); });
-    QSignalSpy failed(recorder.get(), &DocumentRecorder::recordingFailed);
-    const QString reason = o.site.breakAppends();
-    for (const char* name : {"Reports/one", "Reports/two"}) {
-        o.change(QLatin1String(name), QStringLiteral("v1"));
-        recorder->noticeChange({ShellEvent::SHCNE_UPDATEITEM, o.path(QLatin1String(name)), {}});
+        QVERIFY2(o.newestEntry().startsWith(entry.arg(o.path(name))), qPrintable(o.newestEntry()));
+        if (state == int(RecordState::Recorded))
+            QVERIFY(o.newestEntry().endsWith(who == QLatin1String("running")
+                                                 ? QLatin1String(" by Layout Editor")
+                                                 : QLatin1String(" by Organiser")));
+        QCOMPARE(int(recorder->state(o.path(name))), state);
+        QCOMPARE(recorder->changeSeen(o.path(name)).isValid(), state == int(RecordState::ChangedOutside));
+        editor.kill();
+        editor.waitForFinished();
     }
-    QVERIFY(failed.wait(20000));
-    QVERIFY2(failed.constFirst().constFirst().toString().contains(reason),
-             qPrintable(failed.constFirst().constFirst().toString()));
-    o.site.repairAppends();
-    QTRY_VERIFY_WITH_TIMEOUT(o.newestEntry().contains(o.path("Reports/two")), 20000);
-    QCOMPARE(failed.size(), 1);
-    const QStringList texts = o.site.auditTexts();
-    QVERIFY(
-        texts.at(texts.size() - 2).startsWith(QLatin1String("Document recorded: ") + o.path("Reports/one")));
-    QVERIFY(texts.constLast().startsWith(QLatin1String("Document recorded: ") + o.path("Reports/two")));
-}
 
-// A signature noted in the session, or read from the store at the start of
-// the next, shows while the document holds what was signed, and is void after.
-void DocumentRecorderTest::aSignatureHoldsUntilTheDocumentChanges()
-{
-    Recorded o;
-    QVERIFY(o.manager);
-    QVERIFY(QDir().mkpath(o.path(QStringLiteral("Reports"))));
-    const QString path = o.path(QStringLiteral("Reports/r"));
-    o.change(QStringLiteral("Reports/r"), QStringLiteral("v1"));
-    const std::unique_ptr<DocumentRecorder> signing = o.recorder();
-    Recorded::settle(*signing, [&] { signing->start(); });
-    QCOMPARE(signing->shownState(path).caption(), QStringLiteral("Recorded"));
-    const SignResult result =
-        o.manager->SignDocument(*DocumentFolders::fingerprint(path), QStringLiteral("Approved"),
-                                QStringLiteral("jsmith"), SecretBytes("correct horse"));
-    QVERIFY2(result.sequence > 0, qPrintable(result.error));
-    signing->noteSigned(result.signature);
-    QCOMPARE(signing->shownState(path).caption(), QStringLiteral("Signed (Approved)"));
+    // Changes made while no Organiser ran are found at the next start, each once.
+    void changesWhileNothingRecordedAreFoundAtStart()
+    {
+        Recorded o;
+        static_cast<void>(
+            o.started(QStringLiteral("Reports"), {"Reports/kept", "Reports/altered", "Reports/removed"}));
+        const qsizetype before = o.site.auditTexts().size();
+        o.change(QStringLiteral("Reports/altered"), QStringLiteral("v2"));
+        o.change(QStringLiteral("Reports/new"), QStringLiteral("new"));
+        QVERIFY(QFile::remove(o.path(QStringLiteral("Reports/removed"))));
 
-    const std::unique_ptr<DocumentRecorder> next = o.recorder();
-    Recorded::settle(*next, [&] { next->start(); });
-    QCOMPARE(next->shownState(path).caption(), QStringLiteral("Signed (Approved)"));
-    QVERIFY(!next->shownState(path).warns());
-    o.change(QStringLiteral("Reports/r"), QStringLiteral("v2"));
-    Recorded::settle(*next, [&] { next->noticeChange({ShellEvent::SHCNE_UPDATEITEM, path, {}}); });
-    const DocumentState shown = next->shownState(path);
-    QCOMPARE(shown.caption(), DocumentState::voidText());
-    QVERIFY(shown.warns());
-    QCOMPARE(shown.signatures.size(), 1);
-    QCOMPARE(shown.signatures.constFirst().signature.userName, QStringLiteral("jsmith"));
-}
+        const std::unique_ptr<DocumentRecorder> next = o.recorder();
+        QSignalSpy progress(next.get(), &DocumentRecorder::progress);
+        Recorded::settle(*next, [&] { next->start(); });
+        QStringList found = o.site.auditTexts().mid(before);
+        for (QString& text : found)
+            text = text.section(QLatin1String(" sha256="), 0, 0);
+        found.sort();
+        QCOMPARE(found,
+                 QStringList({"Document changed while nothing recorded it: " + o.path("Reports/altered"),
+                              "Document recorded: " + o.path("Reports/new"),
+                              "Document removed: " + o.path("Reports/removed")}));
+        QCOMPARE(progress.constLast(), QVariantList({2, 2})); // only what changed was read
+        QCOMPARE(next->state(o.path(QStringLiteral("Reports/altered"))), RecordState::ChangedUnwatched);
+        QCOMPARE(next->state(o.path(QStringLiteral("Reports/kept"))), RecordState::Recorded);
+        QCOMPARE(next->state(o.path(QStringLiteral("Reports/removed"))), RecordState::NotRecorded);
+    }
+
+    void aRenameOrASaveOverKeepsTheHistory()
+    {
+        Recorded o;
+        const std::unique_ptr<DocumentRecorder> recorder =
+            o.started(QStringLiteral("Reports"), {"Reports/a"});
+        runScript(o.parent.path(), QStringLiteral("mv Reports/a Reports/b"));
+        Recorded::settle(*recorder, [&] {
+            recorder->noticeChange({ShellEvent::SHCNE_DELETE, o.path(QStringLiteral("Reports/a")), {}});
+            recorder->noticeChange({ShellEvent::SHCNE_UPDATEITEM, o.path(QStringLiteral("Reports/b")), {}});
+        });
+        QCOMPARE(o.newestEntry(),
+                 QStringLiteral("Document renamed: %1 -> %2")
+                     .arg(o.path(QStringLiteral("Reports/a")), o.path(QStringLiteral("Reports/b"))));
+        QCOMPARE(recorder->state(o.path(QStringLiteral("Reports/b"))), RecordState::Recorded);
+
+        // An editor's save: the new content written aside and moved over the document.
+        const qsizetype before = o.site.auditTexts().size();
+        runScript(o.parent.path(),
+                  QStringLiteral("printf v2 > Reports/.b.new && mv Reports/.b.new Reports/b"));
+        Recorded::settle(*recorder, [&] {
+            recorder->noticeChange({ShellEvent::SHCNE_DELETE, o.path(QStringLiteral("Reports/b")), {}});
+            recorder->noticeChange({ShellEvent::SHCNE_UPDATEITEM, o.path(QStringLiteral("Reports/b")), {}});
+        });
+        const QStringList after = o.site.auditTexts().mid(before);
+        QCOMPARE(after.size(), 1);
+        QVERIFY2(after.constFirst().startsWith(QLatin1String("Document changed outside the suite: ") +
+                                               o.path(QStringLiteral("Reports/b")) +
+                                               QLatin1String(" sha256=")),
+                 qPrintable(after.constFirst()));
+    }
+
+    // The store refuses entries for a while: the failure is reported once, and
+    // the entries are written, in order, once it takes them again.
+    void anEntryThatCannotBeWrittenIsRetried()
+    {
+        Recorded o;
+        const std::unique_ptr<DocumentRecorder> recorder = o.started(QStringLiteral("Reports"));
+        QSignalSpy failed(recorder.get(), &DocumentRecorder::recordingFailed);
+        const QString reason = o.site.breakAppends();
+        for (const char* name : {"Reports/one", "Reports/two"}) {
+            o.change(QLatin1String(name), QStringLiteral("v1"));
+            recorder->noticeChange({ShellEvent::SHCNE_UPDATEITEM, o.path(QLatin1String(name)), {}});
+        }
+        QVERIFY(failed.wait(20000));
+        QVERIFY2(failed.constFirst().constFirst().toString().contains(reason),
+                 qPrintable(failed.constFirst().constFirst().toString()));
+        o.site.repairAppends();
+        QTRY_VERIFY_WITH_TIMEOUT(o.newestEntry().contains(o.path("Reports/two")), 20000);
+        QCOMPARE(failed.size(), 1);
+        const QStringList texts = o.site.auditTexts();
+        QVERIFY(texts.at(texts.size() - 2)
+                    .startsWith(QLatin1String("Document recorded: ") + o.path("Reports/one")));
+        QVERIFY(texts.constLast().startsWith(QLatin1String("Document recorded: ") + o.path("Reports/two")));
+    }
+
+    // A signature noted in the session, or read from the store at the start of
+    // the next, shows while the document holds what was signed, and is void after.
+    void aSignatureHoldsUntilTheDocumentChanges()
+    {
+        Recorded o;
+        const QString path = o.path(QStringLiteral("Reports/r"));
+        const std::unique_ptr<DocumentRecorder> signing = o.started(QStringLiteral("Reports"), {"Reports/r"});
+        QCOMPARE(signing->shownState(path).caption(), QStringLiteral("Recorded"));
+        const SignResult result =
+            o.manager->SignDocument(*DocumentFolders::fingerprint(path), QStringLiteral("Approved"),
+                                    QStringLiteral("jsmith"), SecretBytes("correct horse"));
+        QVERIFY2(result.sequence > 0, qPrintable(result.error));
+        signing->noteSigned(result.signature);
+        QCOMPARE(signing->shownState(path).caption(), QStringLiteral("Signed (Approved)"));
+
+        const std::unique_ptr<DocumentRecorder> next = o.started(QStringLiteral("Reports"));
+        QCOMPARE(next->shownState(path).caption(), QStringLiteral("Signed (Approved)"));
+        QVERIFY(!next->shownState(path).warns());
+        o.change(QStringLiteral("Reports/r"), QStringLiteral("v2"));
+        Recorded::settle(*next, [&] { next->noticeChange({ShellEvent::SHCNE_UPDATEITEM, path, {}}); });
+        const DocumentState shown = next->shownState(path);
+        QCOMPARE(shown.caption(), DocumentState::voidText());
+        QVERIFY(shown.warns());
+        QCOMPARE(shown.signatures.size(), 1);
+        QCOMPARE(shown.signatures.constFirst().signature.userName, QStringLiteral("jsmith"));
+    }
+};
 
 QTEST_MAIN(DocumentRecorderTest)
 #include "DocumentRecorderTest.moc"

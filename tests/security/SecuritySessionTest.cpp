@@ -1,6 +1,9 @@
 #include "SecuritySession.h"
+#include "AuditTrailWindow.h"
 #include "Authorisation.h"
 #include "CommandDispatcher.h"
+#include "DocumentRecording.h"
+#include "FileListControl.h"
 #include "LoadedOrganiser.h"
 #include "MainWindow.h"
 #include "NebraSecurityManager.h"
@@ -8,15 +11,12 @@
 #include "SuitePaths.h"
 #include "TimeOutWarning.h"
 #include "ToolBarsControl.h"
+#include "WebEngineTestMain.h"
 #include "WindowParts.h"
 
-#include <QAction>
-#include <QApplication>
 #include <QDialog>
 #include <QLabel>
 #include <QPointer>
-#include <QPushButton>
-#include <QStatusBar>
 #include <QTest>
 
 using namespace nebra;
@@ -54,18 +54,25 @@ class SecuritySessionTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    // Without security no session control shows, no command of one does anything and no document is recorded.
     void withoutSecurityTheControlsAreHiddenAndCommandsDoNothing()
     {
         Session o(false);
         o.set("Settings/SecurityConfigured", false);
+        writeFile(o.doc("Microplate Layouts/Plate A.mlo"), "v1");
         MainWindow* window = &o.run();
         QVERIFY(!part<SecuritySession>(*window).SecurityEnabled());
         QVERIFY(!part<StatusBarControl>(*window).isPanelVisible(SecuritySession::SessionPanel));
-        QVERIFY(!part<ToolBarsControl>(*window).isToolVisible("ID_LogOut"));
-        QVERIFY(!part<ToolBarsControl>(*window).isToolVisible("ID_ChangePassword"));
-        for (const char* id : {"ID_LogOut", "ID_ChangePassword"})
+        for (const char* id :
+             {"ID_LogOut", "ID_ChangePassword", "ID_AuditTrail", "ID_AcceptChange", "ID_Sign"})
+            QVERIFY2(!part<ToolBarsControl>(*window).isToolVisible(QLatin1String(id)), id);
+        QVERIFY(!part<ToolBarsControl>(*window).menu("ID_Tools")->menuAction()->isVisible());
+        for (const char* id : {"ID_LogOut", "ID_ChangePassword", "ID_AuditTrail"})
             part<CommandDispatcher>(*window).ToolClick(QLatin1String(id));
         Q_EMIT part<StatusBarControl>(*window).panelClick(SecuritySession::SessionPanel);
+        QVERIFY(!window->findChild<AuditTrailWindow*>());
+        QVERIFY(!part<DocumentRecording>(*window).isRecording());
+        QVERIFY(!part<FileListControl>(*window).columns().contains("Record"));
         QVERIFY(o.dialogs.shown().isEmpty());
         QCOMPARE(o.messages.count(), 0);
         QCOMPARE(o.processEnds, 0);
@@ -122,8 +129,9 @@ private Q_SLOTS:
         QCOMPARE(part<StatusBarControl>(*window).panelText(SecuritySession::SessionPanel),
                  "Logged in as: jsmith (Jane Smith)");
         QVERIFY(part<StatusBarControl>(*window).isPanelVisible(SecuritySession::SessionPanel));
-        QVERIFY(part<ToolBarsControl>(*window).isToolVisible("ID_LogOut"));
-        QVERIFY(part<ToolBarsControl>(*window).isToolVisible("ID_ChangePassword"));
+        for (const char* id : {"ID_LogOut", "ID_ChangePassword", "ID_AuditTrail"})
+            QVERIFY2(part<ToolBarsControl>(*window).isToolVisible(QLatin1String(id)), id);
+        QVERIFY(part<ToolBarsControl>(*window).menu("ID_Tools")->menuAction()->isVisible());
         SettingsStore store;
         SuitePaths paths(store);
         paths.Initialise();
@@ -281,12 +289,5 @@ private Q_SLOTS:
     }
 };
 
-int main(int argc, char** argv)
-{
-    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
-    QApplication app(argc, argv);
-    SecuritySessionTest test;
-    return QTest::qExec(&test, argc, argv);
-}
-
+NEBRA_WEBENGINE_TEST_MAIN(SecuritySessionTest)
 #include "SecuritySessionTest.moc"

@@ -4,7 +4,6 @@
 #include "ToolDefinitions.h"
 #include "UserActivity.h"
 
-#include <QAction>
 #include <QMainWindow>
 #include <QTest>
 

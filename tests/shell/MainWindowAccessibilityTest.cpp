@@ -1,23 +1,14 @@
-#include "Accessibility.h"
-#include "AuditTrailWindow.h"
 #include "BrowserControl.h"
 #include "FileListControl.h"
-#include "FileListFilterBox.h"
 #include "FolderTreeControl.h"
-#include "HelpWindow.h"
 #include "LoadedOrganiser.h"
 #include "MainWindow.h"
-#include "SecuritySession.h"
 #include "ShortcutsBar.h"
-#include "TestFiles.h"
-#include "TimeOutWarning.h"
 #include "WebEngineTestMain.h"
 #include "WindowParts.h"
 
 #include <QApplication>
-#include <QLineEdit>
 #include <QTest>
-#include <QTreeView>
 
 using namespace nebra;
 using namespace nebra::test;
@@ -34,72 +25,13 @@ QString spokenName(const QWidget* widget)
 
 } // namespace
 
-// What a screen reader says in every window and dialog a user can open from
-// the Organiser: each control reached by the keyboard has a name a person
-// hears, never a code name.
+// The main window from the keyboard: what a screen reader says at each stop
+// (every dialog's names are checked with its fit, in MainWindowSmallScreenTest).
 class MainWindowAccessibilityTest : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void everyWindowAndDialogNamesItsControls()
-    {
-        LoadedOrganiser site;
-        writeFile(site.doc(QStringLiteral("Protocols/Elisa.apr")));
-        site.secure({QStringLiteral("Security/ViewAuditTrail"),
-                     QStringLiteral("AuthorisationsGeneral/CreateProtocol"),
-                     QStringLiteral("Documents/Sign")},
-                    false);
-        QStringList walked;
-        // Each dialog is read while it is shown, then left as a user would leave it.
-        const auto readThen = [&](int minimum, int answer) {
-            site.dialogs.then([&walked, minimum, answer](QDialog& dialog) {
-                verifyAccessibleNames(dialog, minimum);
-                walked << dialog.windowTitle();
-                return answer;
-            });
-        };
-        // The log-in, with a wrong password first: it is asked again.
-        for (const char* password : {"wrong horse", "correct horse"})
-            site.dialogs.then([&walked, password](QDialog& dialog) {
-                verifyAccessibleNames(dialog, 4);
-                walked << dialog.windowTitle();
-                dialog.findChild<QLineEdit*>(QStringLiteral("txtUserName"))
-                    ->setText(QStringLiteral("jsmith"));
-                dialog.findChild<QLineEdit*>(QStringLiteral("txtPassword"))->setText(QLatin1String(password));
-                return int(QDialog::Accepted);
-            });
-        site.set(QStringLiteral("Security/TimeOutMinutes"), 10);
-        MainWindow& window = site.load();
-        verifyAccessibleNames(window, 6);
-
-        readThen(4, QDialog::Rejected);
-        tool(window, CommandId::Options).trigger();
-        readThen(4, QDialog::Rejected);
-        tool(window, CommandId::ChangePassword).trigger();
-        part<FolderTreeControl>(window).setCurrentNode(branch(window, DocumentType::Protocols));
-        readThen(2, QDialog::Rejected);
-        tool(window, CommandId::New).trigger();
-        // Signing the protocol the list selected.
-        QTRY_VERIFY(tool(window, CommandId::Sign).isEnabled());
-        readThen(5, QDialog::Rejected);
-        tool(window, CommandId::Sign).trigger();
-
-        tool(window, CommandId::AuditTrail).trigger();
-        QTRY_VERIFY(shownWindow<AuditTrailWindow>());
-        verifyAccessibleNames(*shownWindow<AuditTrailWindow>(), 4);
-        tool(window, CommandId::ContentsIndex).trigger();
-        QTRY_VERIFY(shownWindow<HelpWindow>());
-        verifyAccessibleNames(*shownWindow<HelpWindow>(), 2);
-        // The time-out warning, shown when the session has been left idle for nine minutes.
-        site.now += 9 * 60 * 1000;
-        TimeOutWarning* warning = part<SecuritySession>(window).timeOutWarning();
-        QTRY_VERIFY(warning->isVisible());
-        verifyAccessibleNames(*warning, 2);
-
-        QCOMPARE(walked.size(), 6); // every dialog above was shown, the log-in twice
-    }
-
     // Tab goes tree, documents, preview, shortcuts, filter; each list shows where the keys are.
     void theKeysReachEveryPaneAndShowWhereTheyAre()
     {

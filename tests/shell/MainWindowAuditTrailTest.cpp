@@ -1,28 +1,20 @@
-#include "AuditChainStatus.h"
 #include "AuditFilterBar.h"
 #include "AuditTrailWindow.h"
 #include "Authorisation.h"
-#include "CommandDispatcher.h"
 #include "LoadedOrganiser.h"
-#include "MainWindow.h"
 #include "NebraSecurityManager.h"
 #include "SecondProcess.h"
-#include "TestFiles.h"
 #include "ToolBarsControl.h"
 #include "WebEngineTestMain.h"
 #include "WindowParts.h"
 
-#include <QAbstractItemModel>
 #include <QAction>
-#include <QApplication>
 #include <QLineEdit>
-#include <QMenu>
 #include <QPointer>
 #include <QPrintDialog>
 #include <QPrinter>
 #include <QPushButton>
 #include <QSignalSpy>
-#include <QTableView>
 #include <QTest>
 
 using namespace nebra;
@@ -30,14 +22,12 @@ using namespace nebra::test;
 
 namespace {
 
-// The Organiser in a session of jsmith, who holds the rights given, or out of one.
+// The Organiser in a session of jsmith, who holds the rights given.
 struct Site : LoadedOrganiser
 {
-    explicit Site(bool security, const QStringList& rights = {QStringLiteral("Security/ViewAuditTrail")})
+    explicit Site(const QStringList& rights = {QStringLiteral("Security/ViewAuditTrail")})
     {
         secure(rights);
-        if (!security)
-            set(QStringLiteral("Settings/SecurityConfigured"), false);
         load();
     }
 
@@ -64,41 +54,17 @@ int rows(const AuditTrailWindow& viewer)
 
 } // namespace
 
-// Tools > Audit Trail... in the running Organiser, on a real security store:
-// shown only in a session, refused without the right, recorded when opened;
+// Tools > Audit Trail... in the running Organiser, on a real security store
+// (shown only in a session: SecuritySessionTest): refused without the right, recorded when opened;
 // the viewer's filter, chain status, exports and printing; closed at log-out.
 class MainWindowAuditTrailTest : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void theCommandIsOnlyInASession_data()
-    {
-        QTest::addColumn<bool>("security");
-        // clang-format off
-        QTest::newRow("no session") << false;
-        QTest::newRow("session") << true;
-        // clang-format on
-    }
-
-    void theCommandIsOnlyInASession()
-    {
-        QFETCH(bool, security);
-        Site site(security);
-        QCOMPARE(site.command()->isVisible(), security);
-        QCOMPARE(site.command()->isEnabled(), security);
-        QCOMPARE(
-            part<ToolBarsControl>(*site.window).menu(QStringLiteral("ID_Tools"))->menuAction()->isVisible(),
-            security);
-        if (!security) {
-            part<CommandDispatcher>(*site.window).ToolClick(QStringLiteral("ID_AuditTrail"));
-            QVERIFY(!site.window->findChild<AuditTrailWindow*>());
-        }
-    }
-
     void refusedWithoutTheRight()
     {
-        Site site(true, {});
+        Site site(QStringList{});
         const int entries = site.security->auditTexts().size();
         site.command()->trigger();
         QVERIFY(!site.window->findChild<AuditTrailWindow*>());
@@ -109,7 +75,7 @@ private Q_SLOTS:
 
     void opensRecordedFiltersAndClosesAtLogOut()
     {
-        Site site(true);
+        Site site;
         AuditTrailWindow* viewer = site.openViewer();
         QVERIFY(viewer);
         QPointer<AuditTrailWindow> open(viewer);
@@ -140,7 +106,7 @@ private Q_SLOTS:
 
     void aTamperedTrailShowsItsFirstBadEntry()
     {
-        Site site(true);
+        Site site;
         AuditTrailWindow* viewer = site.openViewer();
         QVERIFY(viewer);
         site.security->tamper(
@@ -169,7 +135,7 @@ private Q_SLOTS:
     {
         QFETCH(QString, kind);
         QFETCH(bool, auditFull);
-        Site site(true);
+        Site site;
         AuditTrailWindow* viewer = site.openViewer();
         QVERIFY(viewer);
         const QString file =
@@ -221,7 +187,7 @@ private Q_SLOTS:
     void replacingAFileAsksFirst()
     {
         QFETCH(int, answer);
-        Site site(true);
+        Site site;
         AuditTrailWindow* viewer = site.openViewer();
         QVERIFY(viewer);
         const QString file = site.folders.root() + QStringLiteral("/trail.csv");

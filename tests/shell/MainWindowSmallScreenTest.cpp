@@ -1,19 +1,21 @@
+#include "Accessibility.h"
 #include "AuditTrailWindow.h"
 #include "FileListControl.h"
 #include "FolderTreeControl.h"
+#include "HelpWindow.h"
 #include "LoadedOrganiser.h"
 #include "MainWindow.h"
+#include "SecuritySession.h"
 #include "TestFiles.h"
+#include "TimeOutWarning.h"
 #include "WebEngineTestMain.h"
 #include "WindowParts.h"
 
 #include <QAbstractSpinBox>
-#include <QApplication>
 #include <QComboBox>
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
-#include <QScreen>
 #include <QTableView>
 #include <QTest>
 #include <QTreeView>
@@ -88,42 +90,78 @@ void verifyShownCentred(QDialog& dialog)
 
 } // namespace
 
-// The windows a user meets first on a small screen or with large text (the
-// screen and the scale are the test's environment): everything fits.
+// Every window and dialog a user can open from the Organiser, on a small
+// screen or with large text (the screen and the scale are the test's
+// environment): everything fits, and each control reached by the keyboard
+// has a name a person hears, never a code name.
 class MainWindowSmallScreenTest : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void everyWindowFitsItsContentAndTheScreen()
+    void everyWindowFitsAndNamesItsControls()
     {
         LoadedOrganiser site;
         writeFile(site.doc(QStringLiteral("Protocols/Enzyme linked immunosorbent assay, plate 12.apr")));
         site.secure({QStringLiteral("Security/ViewAuditTrail"),
-                     QStringLiteral("AuthorisationsGeneral/CreateProtocol")});
+                     QStringLiteral("AuthorisationsGeneral/CreateProtocol"),
+                     QStringLiteral("Documents/Sign")},
+                    false);
+        QStringList walked;
+        // Each dialog is read while it is shown, then left as a user would leave it.
+        const auto readThen = [&](int minimum, bool fits = false) {
+            site.dialogs.then([&walked, minimum, fits](QDialog& dialog) {
+                verifyAccessibleNames(dialog, minimum);
+                if (fits)
+                    verifyShownCentred(dialog);
+                walked << dialog.windowTitle();
+                dialog.hide();
+                return int(QDialog::Rejected);
+            });
+        };
+        // The log-in, with a wrong password first: it is asked again.
+        for (const char* password : {"wrong horse", "correct horse"})
+            site.dialogs.then([&walked, password](QDialog& dialog) {
+                verifyAccessibleNames(dialog, 4);
+                walked << dialog.windowTitle();
+                dialog.findChild<QLineEdit*>(QStringLiteral("txtUserName"))
+                    ->setText(QStringLiteral("jsmith"));
+                dialog.findChild<QLineEdit*>(QStringLiteral("txtPassword"))->setText(QLatin1String(password));
+                return int(QDialog::Accepted);
+            });
+        site.set(QStringLiteral("Security/TimeOutMinutes"), 10);
         MainWindow& window = site.load();
+        verifyAccessibleNames(window, 6);
         FolderTreeControl& tree = part<FolderTreeControl>(window);
         tree.setCurrentNode(branch(tree, DocumentType::Protocols));
         verifyNothingCut(window);
         // The documents, not the tree, take the room.
         QVERIFY(part<FileListControl>(window).width() > tree.width());
 
-        QStringList dialogs;
-        const auto showThenCancel = [&dialogs](QDialog& dialog) {
-            verifyShownCentred(dialog);
-            dialogs << dialog.windowTitle();
-            dialog.hide();
-            return int(QDialog::Rejected);
-        };
-        site.dialogs.then(showThenCancel);
+        readThen(4, true);
         tool(window, CommandId::Options).trigger();
-        site.dialogs.then(showThenCancel);
+        readThen(4);
+        tool(window, CommandId::ChangePassword).trigger();
+        readThen(2, true);
         tool(window, CommandId::New).trigger();
-        QCOMPARE(dialogs.size(), 2);
+        // Signing the protocol the list selected.
+        QTRY_VERIFY(tool(window, CommandId::Sign).isEnabled());
+        readThen(5);
+        tool(window, CommandId::Sign).trigger();
+        QCOMPARE(walked.size(), 6); // every dialog above was shown, the log-in twice
 
         tool(window, CommandId::AuditTrail).trigger();
         QTRY_VERIFY(shownWindow<AuditTrailWindow>());
+        verifyAccessibleNames(*shownWindow<AuditTrailWindow>(), 4);
         verifyNothingCut(*shownWindow<AuditTrailWindow>());
+        tool(window, CommandId::ContentsIndex).trigger();
+        QTRY_VERIFY(shownWindow<HelpWindow>());
+        verifyAccessibleNames(*shownWindow<HelpWindow>(), 2);
+        // The time-out warning, shown when the session has been left idle for nine minutes.
+        site.now += 9 * 60 * 1000;
+        TimeOutWarning* warning = part<SecuritySession>(window).timeOutWarning();
+        QTRY_VERIFY(warning->isVisible());
+        verifyAccessibleNames(*warning, 2);
     }
 };
 

@@ -4,12 +4,10 @@
 #include "LoadedOrganiser.h"
 #include "MainWindow.h"
 #include "ShortcutsBar.h"
-#include "ToolBarsControl.h"
 #include "ToolDefinitions.h"
 #include "WebEngineTestMain.h"
 #include "WindowParts.h"
 
-#include <QAction>
 #include <QDir>
 #include <QFile>
 #include <QTest>

@@ -8,8 +8,6 @@
 
 #include <QtTest>
 
-#include <memory>
-
 using namespace nebra;
 
 class WelcomePageTest : public QObject

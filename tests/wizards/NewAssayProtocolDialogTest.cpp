@@ -15,8 +15,6 @@
 #include <QPushButton>
 #include <QtTest>
 
-#include <memory>
-
 using namespace nebra;
 
 namespace {
