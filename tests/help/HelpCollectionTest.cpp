@@ -5,6 +5,7 @@
 
 #include <QDateTime>
 #include <QFile>
+#include <QHelpEngine>
 #include <QTemporaryDir>
 #include <QTest>
 

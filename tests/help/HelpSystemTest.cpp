@@ -1,12 +1,16 @@
 #include "HelpSystem.h"
 #include "DocumentTypes.h"
+#include "HelpBrowser.h"
 #include "HelpTopics.h"
 #include "HelpWindow.h"
 #include "MessageRecorder.h"
 #include "TestFiles.h"
 #include "UserFolders.h"
 
+#include <QTabWidget>
 #include <QTest>
+#include <QTextBlock>
+#include <QTextDocument>
 
 using namespace nebra;
 using nebra::test::MessageRecorder;

@@ -124,18 +124,12 @@ private Q_SLOTS:
               "Assay 59\\.apr"})
             QVERIFY2(text.contains(QRegularExpression(QLatin1String(pattern))), pattern);
         // Every page is numbered out of the same total, and the long text is wrapped, not cut.
-        const QRegularExpression pageNumber("Page (\\d+) of (\\d+)");
-        QStringList pages;
-        QSet<QString> totals;
-        for (auto it = pageNumber.globalMatch(text); it.hasNext();) {
-            const QRegularExpressionMatch match = it.next();
-            pages << match.captured(1);
-            totals << match.captured(2);
-        }
+        QStringList pages; // "n of total", page by page
+        for (auto it = QRegularExpression("Page (\\d+ of \\d+)").globalMatch(text); it.hasNext();)
+            pages << it.next().captured(1);
         QVERIFY2(pages.size() >= 3, qPrintable(pages.join(',')));
-        QCOMPARE(pages.first(), "1");
-        QCOMPARE(pages.last(), QString::number(pages.size()));
-        QCOMPARE(totals, QSet<QString>{QString::number(pages.size())});
+        for (int page = 1; page <= pages.size(); ++page)
+            QCOMPARE(pages[page - 1], QStringLiteral("%1 of %2").arg(page).arg(pages.size()));
         QVERIFY(QString(text).remove(QRegularExpression("\\s")).contains(QString(240, QLatin1Char('w'))));
     }
 
@@ -213,12 +207,7 @@ private Q_SLOTS:
         const AuditExport::Outcome outcome =
             pdf ? exporter.writePdf(file, {}, &error) : exporter.writeCsv(file, &error);
         QCOMPARE(outcome, AuditExport::Outcome::NotRecorded);
-        QCOMPARE(QFile::exists(file), existing);
-        if (existing) {
-            QFile old(file);
-            QVERIFY(old.open(QIODevice::ReadOnly));
-            QCOMPARE(old.readAll(), QByteArray("kept"));
-        }
+        QCOMPARE(QFile::exists(file) ? readFile(file) : QByteArray("none"), existing ? "kept" : "none");
         QCOMPARE(QDir(o.folders.root()).entryList(QDir::Files).size(), existing ? 1 : 0);
     }
 

@@ -4,6 +4,7 @@
 #include "MainWindow.h"
 #include "MessageRecorder.h"
 #include "NebraSecurityManager.h"
+#include "SecurityFixture.h"
 #include "SecuritySession.h"
 #include "StatusBarControl.h"
 #include "SuiteSettings.h"

@@ -1,5 +1,6 @@
 #include "BrowserControl.h"
 #include "FileListControl.h"
+#include "FileView.h"
 #include "FolderTreeControl.h"
 #include "ListingWait.h"
 #include "LoadedOrganiser.h"
@@ -14,6 +15,7 @@
 
 #include <QDateTime>
 #include <QElapsedTimer>
+#include <QMenu>
 #include <QWebEngineScript>
 
 using namespace nebra;
@@ -21,7 +23,7 @@ using namespace nebra::test;
 
 namespace {
 
-// The Organiser with examples of every kind of document (and an up-to-date
+// The Organiser with example protocols and a layout (and an up-to-date
 // preview of the newest protocol), the suite's programs recording their starts.
 struct Documents : LoadedOrganiser
 {
@@ -37,7 +39,6 @@ struct Documents : LoadedOrganiser
         place("Protocols/Ünï Lab/Assay \"Gold\" #1.apr", 0, "Protocols/BCA Protein Assay.apr");
         place("Protocols/Ünï Lab/Assay \"Gold\" #1.mht", 0, "Protocols/BCA Protein Assay.mht");
         place("Microplate Layouts/ELISA 96 Standard Curve.mlo", 0);
-        place("Reports/ELISA IgG Summary Report.mht", 0);
     }
 
     // Copies a document of the example assays, modified the given seconds after a day ago.
@@ -51,37 +52,6 @@ struct Documents : LoadedOrganiser
 
     QString program(const char* name) const { return programs.program(QLatin1String(name)); }
 
-    // Makes the document the file list's only selection, as a click on it does.
-    void pick(const QString& path)
-    {
-        FileListControl& list = part<FileListControl>(*window);
-        for (int i = 1; i <= list.itemCount(); ++i)
-            if (list.item(i).path() == path)
-                return list.view()->selectionModel()->setCurrentIndex(list.view()->model()->index(i - 1, 0),
-                                                                      QItemSelectionModel::ClearAndSelect |
-                                                                          QItemSelectionModel::Rows);
-        QFAIL(qPrintable(path + " is not listed"));
-    }
-
-    // In a session of jsmith, the welcome page of the user's own choosing loaded;
-    // `announced` counts the page's navigations from then on. The security
-    // manager's clock is polled at every turn of the event loop.
-    int announced = 0;
-    BrowserControl& showOwnWelcomePage(const QByteArray& html)
-    {
-        const QString pages = folders.root() + "/pages";
-        writeFile(pages + "/Start.htm", html);
-        set("Settings/PageFolder", pages);
-        set("Settings/OrganiserFile", "Start.htm");
-        secure();
-        BrowserControl& browser = part<BrowserControl>(load(0));
-        if (!browser.WaitUntilComplete() || part<PreviewPane>(*window).CurrentPage() != pages + "/Start.htm")
-            qFatal("The welcome page was not shown");
-        QObject::connect(&browser, &BrowserControl::BeforeNavigate2, window.get(),
-                         [this](const QUrl&, bool&) { ++announced; });
-        return browser;
-    }
-
     // The argv of the starts of the suite's programs since the last call; waits for one.
     QList<QByteArrayList> started()
     {
@@ -89,6 +59,35 @@ struct Documents : LoadedOrganiser
         const QList<QByteArrayList> records = programs.records();
         programs.clear();
         return records;
+    }
+
+    QMenu* recentMenu() const
+    {
+        for (QAction* action : part<ToolBarsControl>(*window).menu(QStringLiteral("ID_File"))->actions())
+            if (action->menu() && action->menu()->accessibleName() == QLatin1String("Recent documents"))
+                return action->menu();
+        return nullptr;
+    }
+
+    // Shows the document in its folder and opens it, as a user finds and opens one.
+    void open(const QString& path)
+    {
+        part<FileView>(*window).ShowDocument(path);
+        QVERIFY(waitForListing(part<FileListControl>(*window)));
+        QCOMPARE(part<FileListControl>(*window).firstSelectedItem().path(), path);
+        tool(*window, CommandId::Open).trigger();
+        started();
+    }
+
+    int welcomeRecentLinks()
+    {
+        int links = -1;
+        part<BrowserControl>(*window).view()->page()->runJavaScript(
+            QStringLiteral("document.querySelectorAll('#organiser-recent a').length"),
+            QWebEngineScript::ApplicationWorld, [&](const QVariant& result) { links = result.toInt(); });
+        if (!QTest::qWaitFor([&] { return links >= 0; }, 10000))
+            qWarning("The page did not answer");
+        return links;
     }
 };
 
@@ -170,28 +169,19 @@ private Q_SLOTS:
         // A layout is drawn by the viewer; the browser keeps its page.
         QVERIFY(show(branch(window, DocumentType::Layouts)));
         QTRY_COMPARE(viewer.isVisible() && viewer.hasPlateLayout(), layouts);
-        // The newest protocol is selected and its preview shown; another pick, another page.
+        // The newest protocol is selected and its preview shown.
         QVERIFY(show(branch(window, DocumentType::Protocols)));
         QCOMPARE(part<FileListControl>(window).firstSelectedItem().path(),
                  o.doc("Protocols/ELISA IgG Quantitation.apr"));
         QVERIFY(shows(protocols ? o.doc("Protocols/ELISA IgG Quantitation.mht") : welcome));
         if (!protocols)
             return;
-        o.pick(o.doc("Protocols/BCA Protein Assay.apr"));
-        QTRY_COMPARE_WITH_TIMEOUT(pane.CurrentPage(), pane.PreviewNotAvailablePage(), 5000);
-        QVERIFY(QFileInfo(pane.PreviewNotAvailablePage()).isFile());
         // Quotes, a hash and non-ASCII letters in a sub-folder's document.
         QVERIFY(show(branch(window, DocumentType::Protocols).child(0)));
-        const QString odd = o.doc("Protocols/Ünï Lab/Assay \"Gold\" #1.mht");
-        QVERIFY(shows(odd));
-        // A report leaves the page and the viewer; the root shows the welcome page again.
+        QVERIFY(shows(o.doc("Protocols/Ünï Lab/Assay \"Gold\" #1.mht")));
+        // The root shows the welcome page again, and no layout.
         QVERIFY(show(branch(window, DocumentType::Layouts)));
         QTRY_VERIFY(viewer.isVisible());
-        QVERIFY(show(branch(window, DocumentType::Reports)));
-        QCOMPARE(part<FileListControl>(window).firstSelectedItem().path(),
-                 o.doc("Reports/ELISA IgG Summary Report.mht"));
-        QVERIFY(viewer.isVisible());
-        QCOMPARE(pane.CurrentPage(), odd);
         QVERIFY(show(branch(window, DocumentType::None)));
         QVERIFY(shows(welcome));
         QVERIFY(!viewer.isVisible());
@@ -284,6 +274,77 @@ private Q_SLOTS:
         // The clock was watched all along: a quarter of an hour without activity ends the session.
         o.now += 15 * 60 * 1000;
         QTRY_COMPARE_WITH_TIMEOUT(o.processEnds, 1, 5000);
+    }
+
+    // Finding documents: the filter box, the recent documents in the File menu
+    // and on the welcome page, and the file list's "Show in file manager";
+    // each can be switched off.
+    void eachAidCanBeSwitchedOff_data()
+    {
+        QTest::addColumn<bool>("on");
+        // clang-format off
+        QTest::newRow("on, as by default") << true;
+        QTest::newRow("switched off") << false;
+        // clang-format on
+    }
+
+    void eachAidCanBeSwitchedOff()
+    {
+        QFETCH(bool, on);
+        Documents o;
+        if (!on)
+            for (const char* key : {"ShowFileListFilter", "ShowRecentDocuments", "ShowInFileManager"})
+                o.set(QStringLiteral("Settings/") + QLatin1String(key), false);
+        MainWindow& window = o.load();
+        QCOMPARE(part<FileListControl>(window).filterBox()->isVisible(), on);
+        QCOMPARE(o.recentMenu() != nullptr, on);
+        QCOMPARE(part<FileListControl>(window).findChild<QAction*>(QStringLiteral("ShowInFileManager")) !=
+                     nullptr,
+                 on);
+    }
+
+    // Opening documents fills File > Recent, newest first; choosing one
+    // shows it in its folder, selected; the welcome page lists them too and
+    // its links do the same.
+    void recentDocumentsAreShownInTheirFolders()
+    {
+        Documents o;
+        MainWindow& window = o.load();
+        const QString bca = o.doc("Protocols/BCA Protein Assay.apr");
+        const QString elisa = o.doc("Protocols/ELISA IgG Quantitation.apr");
+        o.open(bca);
+        o.open(elisa);
+        QMenu* menu = o.recentMenu();
+        QVERIFY(menu);
+        Q_EMIT menu->aboutToShow();
+        QCOMPARE(menu->actions().size(), 2);
+
+        part<FolderTreeControl>(window).setCurrentNode(branch(window, DocumentType::Layouts));
+        QVERIFY(waitForListing(part<FileListControl>(window)));
+        part<FileListControl>(window).setNameFilter(QStringLiteral("Standard"));
+        menu->actions().at(1)->trigger();
+        QVERIFY(waitForListing(part<FileListControl>(window)));
+        QCOMPARE(part<FolderTreeControl>(window).currentNode().folderPath(), o.doc("Protocols"));
+        QCOMPARE(part<FileListControl>(window).selectedCount(), 1);
+        QCOMPARE(part<FileListControl>(window).firstSelectedItem().path(), bca);
+
+        part<FolderTreeControl>(window).setCurrentNode(branch(window, DocumentType::None));
+        QVERIFY(waitForListing(part<FileListControl>(window)));
+        QTRY_COMPARE_WITH_TIMEOUT(o.welcomeRecentLinks(), 2, 10000);
+        bool cancel = false;
+        Q_EMIT part<BrowserControl>(window).BeforeNavigate2(QUrl(QStringLiteral("organiser:%5CRecent%201")),
+                                                            cancel);
+        QVERIFY(cancel);
+        QTRY_COMPARE_WITH_TIMEOUT(part<FileListControl>(window).firstSelectedItem().path(), elisa, 5000);
+
+        // A vanished document leaves the lists; one outside the tree is reported.
+        QVERIFY(QFile::remove(elisa));
+        Q_EMIT menu->aboutToShow();
+        QTRY_COMPARE(menu->actions().size(), 1);
+        part<FileView>(window).ShowDocument(o.folders.root() + "/elsewhere.apr");
+        QVERIFY(waitForListing(part<FileListControl>(window)));
+        QCOMPARE(o.messages.count(), 1);
+        QCOMPARE(o.messages.last().title, QStringLiteral("Recent Documents"));
     }
 
     // A welcome link that waits for the page is forgotten once the tree leaves the root.

@@ -1,3 +1,5 @@
+#include "AuditFilterBar.h"
+#include "AuditTrailWindow.h"
 #include "Authorisation.h"
 #include "CommandDispatcher.h"
 #include "DocumentSigning.h"
@@ -6,15 +8,24 @@
 #include "FolderTreeControl.h"
 #include "ListingWait.h"
 #include "LoadedOrganiser.h"
+#include "NebraSecurityManager.h"
 #include "SecondProcess.h"
 #include "SignatureBand.h"
+#include "ToolBarsControl.h"
 #include "WebEngineTestMain.h"
 #include "WindowParts.h"
 
+#include <QAction>
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPointer>
+#include <QPrintDialog>
+#include <QPrinter>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTest>
 
 using namespace nebra;
 using namespace nebra::test;
@@ -97,13 +108,46 @@ struct Records : LoadedOrganiser
     }
 };
 
+// The Organiser in a session of jsmith, who holds the rights given.
+struct Site : LoadedOrganiser
+{
+    explicit Site(const QStringList& rights = {QStringLiteral("Security/ViewAuditTrail")})
+    {
+        secure(rights);
+        load();
+    }
+
+    QAction* command() const
+    {
+        return part<ToolBarsControl>(*window).action(QStringLiteral("ID_AuditTrail"));
+    }
+
+    // Opens the viewer and waits for its first rows and chain check.
+    AuditTrailWindow* openViewer()
+    {
+        command()->trigger();
+        AuditTrailWindow* viewer = window->findChild<AuditTrailWindow*>();
+        if (viewer && !QTest::qWaitFor([viewer] { return !viewer->chainStatus().checking(); }, 10000))
+            qWarning("The chain check did not end");
+        return viewer;
+    }
+};
+
+int rows(const AuditTrailWindow& viewer)
+{
+    return viewer.table().model()->rowCount();
+}
+
 } // namespace
 
-// The documents' records in the window: which change the list and the trail
+// The documents' records and the audit trail in the window. The records: which change the list and the trail
 // show, how a reviewer accepts one, how a user signs one and what a change
 // does to the signature (nothing of it without security: SecuritySessionTest). The rules are
 // DocumentRecorderTest's, DocumentRecordsTest's and SignatureBandTest's (and
 // the manager's checks of a signing its own tests'); here the wiring, one row per path.
+// Tools > Audit Trail... (shown only in a session: SecuritySessionTest):
+// refused without the right, recorded when opened; the viewer's filter, chain
+// status, exports and printing; closed at log-out.
 class MainWindowRecordsTest : public QObject
 {
     Q_OBJECT
@@ -123,18 +167,9 @@ private Q_SLOTS:
         QCOMPARE(o.recordCell(list), QStringLiteral("Recorded"));
     }
 
-    void aReviewerAcceptsAChangeWithAReason_data()
-    {
-        QTest::addColumn<bool>("mayAccept");
-        // clang-format off
-        QTest::newRow("with the right") << true;
-        QTest::newRow("without it") << false;
-        // clang-format on
-    }
     void aReviewerAcceptsAChangeWithAReason()
     {
-        QFETCH(bool, mayAccept);
-        Records o(mayAccept ? QStringList{QStringLiteral("Documents/AcceptChange")} : QStringList());
+        Records o({QStringLiteral("Documents/AcceptChange")});
         QVERIFY(o.showLayout());
         FileListControl& list = part<FileListControl>(*o.window);
         o.changeOutside();
@@ -144,19 +179,37 @@ private Q_SLOTS:
         auto* line = o.window->findChild<QLabel*>(QStringLiteral("recordState"));
         QVERIFY(line && line->isVisible());
         QVERIFY(line->text().startsWith(QLatin1String("Record: Changed outside the suite, seen ")));
-        QTRY_COMPARE(tool(*o.window, CommandId::AcceptChange).isEnabled(), mayAccept);
-
+        QTRY_VERIFY(tool(*o.window, CommandId::AcceptChange).isEnabled());
         o.dialogs.accept({{QStringLiteral("txtReason"), QStringLiteral("Checked against the lab book")}});
-        const int messages = o.messages.count();
         part<CommandDispatcher>(*o.window).run(CommandId::AcceptChange);
-        const QString accepted = QStringLiteral("Document change accepted: ") + o.doc(Layout);
-        QCOMPARE(o.entryStarting(accepted), mayAccept);
-        QCOMPARE(o.messages.count() - messages, mayAccept ? 0 : 1); // the refusal
-        QCOMPARE(o.recordCell(list),
-                 mayAccept ? QStringLiteral("Recorded") : QStringLiteral("Changed outside the suite"));
-        if (mayAccept)
-            QVERIFY(o.security->auditTexts().constLast().endsWith(
-                QLatin1String("reason: Checked against the lab book")));
+        QVERIFY(o.entryStarting(QStringLiteral("Document change accepted: ") + o.doc(Layout)));
+        QVERIFY(o.security->auditTexts().constLast().endsWith(
+            QLatin1String("reason: Checked against the lab book")));
+        QCOMPARE(o.recordCell(list), QStringLiteral("Recorded"));
+        QCOMPARE(o.messages.count(), 0);
+    }
+
+    // Without the rights, accepting a change, signing and the audit trail are
+    // each refused with the permission message, and nothing is recorded.
+    void withoutTheRightsEachCommandIsRefused()
+    {
+        Records o({});
+        QVERIFY(o.showLayout());
+        o.changeOutside();
+        QTRY_COMPARE_WITH_TIMEOUT(o.recordCell(part<FileListControl>(*o.window)),
+                                  QStringLiteral("Changed outside the suite"), 20000);
+        QVERIFY(!tool(*o.window, CommandId::AcceptChange).isEnabled());
+        part<CommandDispatcher>(*o.window).run(CommandId::AcceptChange);
+        o.sign(QStringLiteral("Approved"));
+        tool(*o.window, CommandId::AuditTrail).trigger();
+        QCOMPARE(o.messages.count(), 3);
+        for (const MessageRequest& refusal : o.messages.requests())
+            QCOMPARE(refusal.text, Authorisation::permissionDeniedText());
+        QCOMPARE(o.dialogs.shown().size(), 1); // the log-in
+        QVERIFY(!o.window->findChild<AuditTrailWindow*>());
+        for (const char* entry : {"Document change accepted: ", "Signed: ", "Audit trail viewer opened"})
+            QVERIFY2(!o.entryStarting(QLatin1String(entry)), entry);
+        QCOMPARE(o.recordCell(part<FileListControl>(*o.window)), QStringLiteral("Changed outside the suite"));
     }
 
     void aSignatureShowsUntilTheDocumentChanges()
@@ -192,27 +245,142 @@ private Q_SLOTS:
         QTRY_VERIFY(o.band().isEmpty());
     }
 
-    void nothingIsSigned_data()
+    // A document changed while its Sign Document dialog was open is not signed.
+    void aDocumentChangedWhileSigningIsNotSigned()
     {
-        QTest::addColumn<bool>("maySign");
-        QTest::addColumn<QString>("message");
+        Records o({QStringLiteral("Documents/Sign")});
+        QVERIFY(o.showLayout());
+        o.sign(QStringLiteral("Approved"), [&o] { o.changeOutside(); });
+        QTRY_COMPARE_WITH_TIMEOUT(o.messages.count(), 1, 10000);
+        QCOMPARE(o.messages.last().text, DocumentSigning::changedText());
+        QCOMPARE(o.userNames.size(), 1); // the dialog was shown
+        QVERIFY(!o.entryStarting(QStringLiteral("Signed: ")));
+    }
+
+    void theTrailOpensRecordedFiltersAndClosesAtLogOut()
+    {
+        Site site;
+        AuditTrailWindow* viewer = site.openViewer();
+        QVERIFY(viewer);
+        QPointer<AuditTrailWindow> open(viewer);
+        QVERIFY(viewer->isVisible());
+        QCOMPARE(site.security->auditTexts().last(), QStringLiteral("Audit trail viewer opened"));
+        const int all = site.security->auditTexts().size();
+        QTRY_COMPARE_WITH_TIMEOUT(rows(*viewer), all, 5000);
+        // Newest first: the opening itself heads the table.
+        QCOMPARE(viewer->table().model()->index(0, 5).data().toString(),
+                 QStringLiteral("Audit trail viewer opened"));
+        QVERIFY(viewer->chainStatus().statusText().startsWith(QStringLiteral("Intact, %1 entries").arg(all)));
+
+        auto* text = viewer->filterBar().findChild<QLineEdit*>(QStringLiteral("txtText"));
+        QSignalSpy filtered(&viewer->filterBar(), &AuditFilterBar::filterChanged);
+        QTest::keyClicks(text, QStringLiteral("WELCOME"));
+        QTRY_COMPARE_WITH_TIMEOUT(rows(*viewer), 1, 5000);
+        QCOMPARE(filtered.size(), 1); // once typing pauses, not at every key
+        QCOMPARE(viewer->table().model()->index(0, 5).data().toString(),
+                 QStringLiteral("Launch Welcome screen"));
+        viewer->filterBar().findChild<QPushButton*>(QStringLiteral("cmdClear"))->click();
+        QTRY_COMPARE_WITH_TIMEOUT(rows(*viewer), all, 5000);
+
+        part<ToolBarsControl>(*site.window).action(QStringLiteral("ID_LogOut"))->trigger();
+        QTRY_COMPARE_WITH_TIMEOUT(site.processEnds, 1, 5000);
+        QTRY_VERIFY_WITH_TIMEOUT(open.isNull(), 5000);
+        QVERIFY(!site.command()->isEnabled());
+    }
+
+    void aTamperedTrailShowsItsFirstBadEntry()
+    {
+        Site site;
+        AuditTrailWindow* viewer = site.openViewer();
+        QVERIFY(viewer);
+        site.security->tamper(
+            {QStringLiteral("DROP TRIGGER audit_trail_no_update"),
+             QStringLiteral("UPDATE audit_trail SET text = 'User added: mallory' WHERE seq = 2")});
+        viewer->findChild<QPushButton*>(QStringLiteral("cmdCheckAgain"))->click();
+        QTRY_VERIFY_WITH_TIMEOUT(!viewer->chainStatus().checking(), 10000);
+        QVERIFY2(viewer->chainStatus().statusText().startsWith(QStringLiteral("NOT intact from entry 2: ")),
+                 qPrintable(viewer->chainStatus().statusText()));
+    }
+
+    // What an export writes is the export's own test; here each way out of the viewer reaches it.
+    void exportsAreRecordedOrNotMade_data()
+    {
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<bool>("auditFull");
         // clang-format off
-        QTest::newRow("without the right") << false << Authorisation::permissionDeniedText();
-        QTest::newRow("changed while the dialog was open") << true << DocumentSigning::changedText();
+        QTest::newRow("csv") << "csv" << false;
+        QTest::newRow("pdf") << "pdf" << false;
+        QTest::newRow("print") << "print" << false;
+        QTest::newRow("print, trail full") << "print" << true;
         // clang-format on
     }
-    void nothingIsSigned()
+
+    void exportsAreRecordedOrNotMade()
     {
-        QFETCH(bool, maySign);
-        QFETCH(QString, message);
-        Records o(maySign ? QStringList{QStringLiteral("Documents/Sign")} : QStringList());
-        QVERIFY(o.showLayout());
-        const int messages = o.messages.count();
-        o.sign(QStringLiteral("Approved"), [&o] { o.changeOutside(); });
-        QTRY_COMPARE_WITH_TIMEOUT(o.messages.count(), messages + 1, 10000);
-        QCOMPARE(o.messages.last().text, message);
-        QCOMPARE(o.dialogs.shown().contains(QStringLiteral("frmSignDocument")), maySign);
-        QVERIFY(!o.entryStarting(QStringLiteral("Signed: ")));
+        QFETCH(QString, kind);
+        QFETCH(bool, auditFull);
+        Site site;
+        AuditTrailWindow* viewer = site.openViewer();
+        QVERIFY(viewer);
+        const QString file =
+            site.folders.root() + QStringLiteral("/trail.") + (kind == "csv" ? "csv" : "pdf");
+        if (auditFull)
+            site.security->fillUp(QStringLiteral("Security"));
+        const int entries = site.security->auditTexts().size();
+        if (kind == QLatin1String("print")) {
+            site.dialogs.then([file](QDialog& dialog) {
+                auto* print = qobject_cast<QPrintDialog*>(&dialog);
+                if (!print)
+                    return int(QDialog::Rejected);
+                print->printer()->setOutputFormat(QPrinter::PdfFormat);
+                print->printer()->setOutputFileName(file);
+                return int(QDialog::Accepted);
+            });
+            viewer->Print();
+        } else {
+            site.dialogs.chooseFile(file);
+            kind == QLatin1String("csv") ? viewer->ExportCsv() : viewer->ExportPdf();
+        }
+        QCOMPARE(QFileInfo::exists(file), !auditFull);
+        QCOMPARE(site.security->auditTexts().size(), entries + (auditFull ? 0 : 1));
+        if (auditFull) {
+            // The manager has said why; nothing else is shown.
+            QCOMPARE(site.messages.count(), 1);
+            QVERIFY(site.messages.last().text.startsWith(NebraSecurityManager::auditWriteFailureText()));
+            return;
+        }
+        QCOMPARE(site.messages.count(), 0);
+        const QString recorded = site.security->auditTexts().last();
+        QVERIFY2(recorded.contains(
+                     QStringLiteral("\"%1\": %2 entries, filter: all entries").arg(file).arg(entries)),
+                 qPrintable(recorded));
+    }
+
+    void replacingAFileAsksFirst_data()
+    {
+        QTest::addColumn<int>("answer");
+        // clang-format off
+        QTest::newRow("yes") << int(MessageButton::Yes);
+        QTest::newRow("no") << int(MessageButton::No);
+        // clang-format on
+    }
+
+    void replacingAFileAsksFirst()
+    {
+        QFETCH(int, answer);
+        Site site;
+        AuditTrailWindow* viewer = site.openViewer();
+        QVERIFY(viewer);
+        const QString file = site.folders.root() + QStringLiteral("/trail.csv");
+        writeFile(file, "old");
+        site.dialogs.chooseFile(file);
+        site.messages.answer(answer);
+        viewer->ExportCsv();
+        QCOMPARE(site.messages.count(), 1);
+        QCOMPARE(site.messages.last().text,
+                 QStringLiteral("\"%1\" already exists.\nDo you want to replace it?").arg(file));
+        QCOMPARE(site.messages.last().defaultButton, int(MessageButton::No));
+        QCOMPARE(readFile(file).startsWith("Sequence,"), answer == MessageButton::Yes);
     }
 };
 

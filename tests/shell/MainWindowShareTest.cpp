@@ -1,3 +1,4 @@
+#include "MainWindowShareTest.moc"
 #include "Controls.h"
 #include "DataFolders.h"
 #include "FileListControl.h"
@@ -7,8 +8,11 @@
 #include "ListingWait.h"
 #include "LoadedOrganiser.h"
 #include "MainWindow.h"
+#include "MainWindowNotificationsTest.moc"
 #include "RecentDocumentsMenu.h"
 #include "SecondProcess.h"
+#include "ShellNotifications.h"
+#include "ShortcutsBar.h"
 #include "WebEngineTestMain.h"
 #include "WindowParts.h"
 
@@ -21,14 +25,16 @@
 using namespace nebra;
 using namespace nebra::test;
 
-// The main window with its data folders on a share (a bindfs mount of a
-// folder another process writes), from start-up to shutdown, with the share
-// answering and frozen. The rules themselves are tested where they live.
+// The main window follows what another process does to its data folders,
+// from start-up to shutdown: on a local disk, and on a share (a bindfs mount
+// of a folder another process writes), answering and frozen. The rules
+// themselves are tested where they live.
 class MainWindowShareTest : public QObject
 {
     Q_OBJECT
 
 private:
+    static constexpr int FollowedMs = 10000;
     std::unique_ptr<LoadedOrganiser> m_site;
     std::unique_ptr<FuseShare> m_share;
     QString m_backing; // "My Assays" as the other process sees it
@@ -66,6 +72,53 @@ private Q_SLOTS:
         m_share.reset();
     }
 
+    // Which change becomes which node is ShellNotificationsTest's; here the
+    // window's tree and list follow the shown folder's removal, and stop at shutdown.
+    void treeFollowsTheDisk()
+    {
+        LoadedOrganiser site;
+        const QString results = site.doc(QStringLiteral("Results"));
+        makeFolder(results + QStringLiteral("/Run1/sub"));
+        writeFile(results + QStringLiteral("/Run1/run.ars"));
+        MainWindow& window = site.load();
+        QVERIFY(part<ShellNotifications>(window).isActive());
+        FolderTreeControl& tree = part<FolderTreeControl>(window);
+        tree.setCurrentNode(branch(tree, DocumentType::Results).child(0));
+        FileListControl& list = part<FileListControl>(window);
+        QVERIFY(waitForListing(list));
+        QCOMPARE(list.itemCount(), 2);
+
+        runScript(results, QStringLiteral("rm -r Run1"));
+        QTRY_VERIFY_WITH_TIMEOUT(!tree.nodes().findFolderPath(results + QStringLiteral("/Run1")).isValid(),
+                                 FollowedMs);
+        QCOMPARE(tree.currentNode().folderPath(), QStringLiteral("Organiser"));
+        // The root keeps the list, which follows its own folder: a gone folder lists nothing.
+        QTRY_COMPARE_WITH_TIMEOUT(list.itemCount(), 0, FollowedMs);
+        QVERIFY(site.messages.requests().isEmpty());
+
+        window.close(); // shutdown stops following the disk
+        QTRY_VERIFY_WITH_TIMEOUT(!part<ShellNotifications>(window).isActive(), FollowedMs);
+    }
+
+    // A data folder moved away and back is a branch again, and its shortcut leads to it.
+    void aDataFolderMovedAwayAndBackComesBack()
+    {
+        LoadedOrganiser site;
+        const QString results = site.doc(QStringLiteral("Results"));
+        makeFolder(results + QStringLiteral("/Run1"));
+        MainWindow& window = site.load();
+        FolderTreeControl& tree = part<FolderTreeControl>(window);
+        const FolderNode protocols = branch(tree, DocumentType::Protocols);
+        runScript(site.doc({}), QStringLiteral("mv Results Away"));
+        QTRY_VERIFY_WITH_TIMEOUT(!branch(tree, DocumentType::Results).isValid(), FollowedMs);
+        runScript(site.doc({}), QStringLiteral("mv Away Results"));
+        QTRY_VERIFY_WITH_TIMEOUT(tree.nodes().findFolderPath(results + QStringLiteral("/Run1")).isValid(),
+                                 FollowedMs);
+        const FolderNode back = branch(tree, DocumentType::Results);
+        QCOMPARE(tree.nodes().indexOf(back).row(), tree.nodes().indexOf(protocols).row() + 1);
+        Q_EMIT part<ShortcutsBar>(window).itemClicked(QString::number(toData(DocumentType::Results)));
+        QCOMPARE(tree.currentNode(), back);
+    }
     // Another workstation's folder and document appear within the poll
     // interval; a frozen server leaves the window answering commands, and
     // the list fills in when the server answers again.
@@ -200,4 +253,3 @@ private Q_SLOTS:
 };
 
 NEBRA_WEBENGINE_TEST_MAIN(MainWindowShareTest)
-#include "MainWindowShareTest.moc"
