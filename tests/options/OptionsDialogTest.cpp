@@ -9,6 +9,7 @@
 #include "SettingsStore.h"
 #include "SuitePaths.h"
 #include "SuiteSettings.h"
+#include "TestFiles.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -375,4 +376,3 @@ private Q_SLOTS:
 
 QTEST_MAIN(OptionsDialogTest)
 #include "OptionsDialogTest.moc"
-#include "TestFiles.h"

@@ -3,6 +3,7 @@
 #include "AuditTrailReader.h"
 #include "SecondProcess.h"
 #include "SecurityFixture.h"
+#include "TestFiles.h"
 
 #include <QFile>
 #include <QRegularExpression>
@@ -253,4 +254,3 @@ private Q_SLOTS:
 
 QTEST_MAIN(AuditExportTest)
 #include "AuditExportTest.moc"
-#include "TestFiles.h"

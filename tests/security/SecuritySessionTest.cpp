@@ -16,7 +16,10 @@
 
 #include <QDialog>
 #include <QLabel>
+#include <QMenu>
 #include <QPointer>
+#include <QPushButton>
+#include <QStatusBar>
 #include <QTest>
 
 using namespace nebra;

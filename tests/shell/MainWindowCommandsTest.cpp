@@ -1,5 +1,6 @@
 #include "DocumentType.h"
 #include "FolderTreeControl.h"
+#include "HelpBrowser.h"
 #include "HelpTopics.h"
 #include "HelpWindow.h"
 #include "LoadedOrganiser.h"

@@ -1,5 +1,6 @@
 #include "BrowserControl.h"
 #include "FileListControl.h"
+#include "FileListFilterBox.h"
 #include "FileView.h"
 #include "FolderTreeControl.h"
 #include "ListingWait.h"
@@ -16,7 +17,9 @@
 #include <QDateTime>
 #include <QElapsedTimer>
 #include <QMenu>
+#include <QWebEnginePage>
 #include <QWebEngineScript>
+#include <QWebEngineView>
 
 using namespace nebra;
 using namespace nebra::test;
@@ -51,6 +54,25 @@ struct Documents : LoadedOrganiser
     }
 
     QString program(const char* name) const { return programs.program(QLatin1String(name)); }
+
+    // In a session of jsmith, the welcome page of the user's own choosing loaded;
+    // `announced` counts the page's navigations from then on. The security
+    // manager's clock is polled at every turn of the event loop.
+    int announced = 0;
+    BrowserControl& showOwnWelcomePage(const QByteArray& html)
+    {
+        const QString pages = folders.root() + "/pages";
+        writeFile(pages + "/Start.htm", html);
+        set("Settings/PageFolder", pages);
+        set("Settings/OrganiserFile", "Start.htm");
+        secure();
+        BrowserControl& browser = part<BrowserControl>(load(0));
+        if (!browser.WaitUntilComplete() || part<PreviewPane>(*window).CurrentPage() != pages + "/Start.htm")
+            qFatal("The welcome page was not shown");
+        QObject::connect(&browser, &BrowserControl::BeforeNavigate2, window.get(),
+                         [this](const QUrl&, bool&) { ++announced; });
+        return browser;
+    }
 
     // The argv of the starts of the suite's programs since the last call; waits for one.
     QList<QByteArrayList> started()

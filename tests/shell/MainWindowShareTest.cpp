@@ -1,14 +1,13 @@
-#include "MainWindowShareTest.moc"
 #include "Controls.h"
 #include "DataFolders.h"
 #include "FileListControl.h"
 #include "FolderReaders.h"
 #include "FolderTreeControl.h"
+#include "FolderTreeModel.h"
 #include "FuseShare.h"
 #include "ListingWait.h"
 #include "LoadedOrganiser.h"
 #include "MainWindow.h"
-#include "MainWindowNotificationsTest.moc"
 #include "RecentDocumentsMenu.h"
 #include "SecondProcess.h"
 #include "ShellNotifications.h"
@@ -19,6 +18,7 @@
 #include <QElapsedTimer>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QStatusBar>
 #include <QTest>
 #include <QTimer>
 
@@ -253,3 +253,4 @@ private Q_SLOTS:
 };
 
 NEBRA_WEBENGINE_TEST_MAIN(MainWindowShareTest)
+#include "MainWindowShareTest.moc"

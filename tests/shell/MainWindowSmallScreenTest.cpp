@@ -2,6 +2,7 @@
 #include "AuditTrailWindow.h"
 #include "BrowserControl.h"
 #include "FileListControl.h"
+#include "FileListFilterBox.h"
 #include "FolderTreeControl.h"
 #include "HelpWindow.h"
 #include "LoadedOrganiser.h"
