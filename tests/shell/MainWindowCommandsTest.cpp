@@ -82,7 +82,7 @@ private Q_SLOTS:
         QVERIFY(!window.isVisible()); // Exit came last and closed the window
     }
 
-    // Every help command reaches its page in the help window, and the window goes with the program.
+    // Every help command reaches its page in the help window, which goes with the program.
     void helpCommandsOpenTheirPages_data()
     {
         QTest::addColumn<QString>("command");     // a tool, or "tree" for the tree's Help button
@@ -114,29 +114,7 @@ private Q_SLOTS:
         QVERIFY(help);
         QCOMPARE(help->browser().source(), HelpTopics::guideUrl(page));
         QCOMPARE(site.messages.count(), 0);
-        window.close();
-    }
-
-    void theHelpWindowGoesWithTheProgram_data()
-    {
-        QTest::addColumn<bool>("forcedLogOut");
-        // clang-format off
-        QTest::newRow("shutdown") << false;
-        QTest::newRow("forced log-out") << true;
-        // clang-format on
-    }
-
-    void theHelpWindowGoesWithTheProgram()
-    {
-        QFETCH(bool, forcedLogOut);
-        LoadedOrganiser site;
-        MainWindow& window = site.load();
-        part<ToolBarsControl>(window).action(QStringLiteral("ID_ContentsIndex"))->trigger();
-        QVERIFY(shownWindow<HelpWindow>());
-        if (forcedLogOut)
-            window.UnloadAllExceptMain();
-        else
-            window.close();
+        window.close(); // the help window goes with the program (at a forced log-out: SecuritySessionTest)
         QVERIFY(!shownWindow<HelpWindow>());
     }
 };

@@ -231,9 +231,7 @@ private Q_SLOTS:
         o.sign(QStringLiteral("Approved"));
         QTRY_COMPARE_WITH_TIMEOUT(o.recordCell(list), QStringLiteral("Signed (Approved)"), 10000);
         QCOMPARE(o.userNames, QStringList({"typed", "read-only jsmith"}));
-        QCOMPARE(o.band().size(), 2);
-        QVERIFY2(o.band().constLast().startsWith(QLatin1String("Approved by Jane Smith (jsmith), ")),
-                 qPrintable(o.band().constLast()));
+        QCOMPARE(o.band().size(), 2); // each line's wording is SignatureBandTest's
         auto* line = o.window->findChild<QLabel*>(QStringLiteral("recordState"));
         QCOMPARE(line->text(), QStringLiteral("Record: Signed (Approved)"));
 
@@ -244,8 +242,7 @@ private Q_SLOTS:
         QVERIFY(
             !model->index(0, model->columnOf(QStringLiteral("Record"))).data(Qt::DecorationRole).isNull());
         QCOMPARE(line->text(), QStringLiteral("Record: ") + voided);
-        for (const QString& text : o.band())
-            QVERIFY2(text.startsWith(voided), qPrintable(text));
+        QVERIFY(o.band().constFirst().startsWith(voided));
         // The band follows the selection: no document, no signatures.
         list.view()->clearSelection();
         QTRY_VERIFY(o.band().isEmpty());
