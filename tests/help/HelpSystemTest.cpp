@@ -152,7 +152,6 @@ private slots:
         // clang-format off
         QTest::newRow("missing") << false << QByteArray() << "is missing";
         QTest::newRow("not a collection") << true << QByteArray("not a help file\n") << "is damaged";
-        QTest::newRow("empty") << true << QByteArray() << "is damaged";
         // clang-format on
     }
 

@@ -62,7 +62,6 @@ private Q_SLOTS:
         QTest::addColumn<QString>("id");
         QTest::addColumn<QStringList>("expected");
         // clang-format off
-        QTest::newRow("command") << QStringLiteral("ID_Exit") << QStringList{"activity", "ID_Exit", "activity"};
         QTest::newRow("drop-down without command") << QStringLiteral("ID_File") << QStringList{"activity", "activity"};
         QTest::newRow("help drop-down tool") << QStringLiteral("ID_HelpHelp") << QStringList{"activity", "activity"};
         QTest::newRow("case matters") << QStringLiteral("id_exit") << QStringList{"activity", "activity"};
