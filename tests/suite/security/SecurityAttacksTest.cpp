@@ -178,50 +178,6 @@ private Q_SLOTS:
                      .arg(what, path));
     }
 
-    // 2b: rows edited with SQLite behind the suite's back grant nothing and are reported by verify.
-    void rowsEditedBehindTheSuitesBackAreRefused_data()
-    {
-        QTest::addColumn<QString>("prepare"); // the state the attacker starts from
-        QTest::addColumn<QStringList>("statements");
-        QTest::addColumn<QString>("password"); // typed for jsmith afterwards
-        QTest::addColumn<bool>("mayOpenProtocol");
-        const QString mallorysHash = "(SELECT password_hash FROM users WHERE name = 'mallory')";
-        // clang-format off
-        QTest::newRow("locked account unlocked") << "lock" << QStringList{"UPDATE users SET locked = 0, failed_logins = 0 WHERE name = 'jsmith'"} << "correct horse" << false;
-        QTest::newRow("disabled account enabled") << "disable" << QStringList{"UPDATE users SET disabled = 0 WHERE name = 'jsmith'"} << "correct horse" << false;
-        QTest::newRow("password hash replaced") << "" << QStringList{"UPDATE users SET password_hash = " + mallorysHash + " WHERE name = 'jsmith'"} << "battery staple" << false;
-        QTest::newRow("every right slipped in") << "" << QStringList{"INSERT INTO user_rights(user_id, area, operation) SELECT id, '*', '*' FROM users WHERE name = 'mallory'"} << "correct horse" << true;
-        QTest::newRow("admin role joined") << "" << QStringList{"INSERT INTO user_roles(user_id, role_id) SELECT u.id, r.id FROM users u, roles r WHERE u.name = 'mallory'"} << "correct horse" << true;
-        QTest::newRow("right moved to another user") << "" << QStringList{"UPDATE user_rights SET user_id = (SELECT id FROM users WHERE name = 'mallory')"} << "correct horse" << false;
-        // clang-format on
-    }
-
-    void rowsEditedBehindTheSuitesBackAreRefused()
-    {
-        QFETCH(QString, prepare);
-        QFETCH(QStringList, statements);
-        QFETCH(QString, password);
-        QFETCH(bool, mayOpenProtocol);
-        Site o;
-        if (prepare == QLatin1String("disable"))
-            QCOMPARE(o.secadmin({"disable-user", "jsmith"}).exitCode, 0);
-        for (int i = 0; prepare == QLatin1String("lock") && i < SecuritySettings::DefaultLockoutThreshold;
-             ++i)
-            QCOMPARE(o.logIn("jsmith", "guess"), LogInStatus::Refused);
-        o.fixture.tamper(statements);
-        const bool changesJsmith = statements.first().startsWith(QLatin1String("UPDATE users"));
-        if (changesJsmith)
-            QCOMPARE(o.logIn("jsmith", password), LogInStatus::Refused);
-        const std::unique_ptr<SecurityStore> store = o.fixture.open();
-        QString error;
-        QVERIFY(
-            !store->users().isOperationAllowed("mallory", "AuthorisationsGeneral", "RunProtocol", &error));
-        QCOMPARE(store->users().isOperationAllowed("jsmith", "AuthorisationsGeneral", "OpenProtocol", &error),
-                 mayOpenProtocol);
-        QVERIFY(error.isEmpty());
-        QVERIFY(refusedSaying(o.secadmin({"verify"}), "altered"));
-    }
-
     // 4: a rollback of the database together with an old head goes unnoticed by the head, not by the anchor.
     void rollbackIsCaughtByTheAnchor()
     {
