@@ -152,32 +152,6 @@ private Q_SLOTS:
         }
     }
 
-    // 2a: a database or key that an administrator left open to everyone is refused, naming the fix.
-    void exposedFilesAreRefused_data()
-    {
-        QTest::addColumn<QString>("suffix");
-        QTest::addColumn<QString>("what");
-        // clang-format off
-        QTest::newRow("database") << "" << "security database";
-        QTest::newRow("site key") << ".key" << "site key file";
-        // clang-format on
-    }
-
-    void exposedFilesAreRefused()
-    {
-        QFETCH(QString, suffix);
-        QFETCH(QString, what);
-        Site o;
-        const QString path = o.database() + suffix;
-        QVERIFY(QFile::setPermissions(path, QFile::permissions(path) | QFileDevice::ReadOther));
-        QString error;
-        QVERIFY(!SecurityStore::open(o.fixture.settings(), &error));
-        QCOMPARE(error,
-                 QStringLiteral("The %1 \"%2\" can be read or changed by every user of this computer, so "
-                                "it is not used. Ask your security administrator to run \"chmod o-rwx %2\".")
-                     .arg(what, path));
-    }
-
     // 4: a rollback of the database together with an old head goes unnoticed by the head, not by the anchor.
     void rollbackIsCaughtByTheAnchor()
     {
