@@ -79,28 +79,6 @@ private Q_SLOTS:
         QCOMPARE(run(QStringList{"verify"} + on("raced")).exitCode, 0);
     }
 
-    void createTwiceThenAdminister()
-    {
-        const QStringList create{"create", "--backend", "postgresql", "--server", m_server.socketFolder()};
-        for (int i = 0; i < 2; ++i) {
-            const Run created = run(create);
-            QVERIFY2(created.exitCode == 0, qPrintable(created.err));
-            QVERIFY(created.out.contains(QLatin1String("schema version")));
-        }
-        // Every workstation now finds the server in the system-wide file, and only the client role there.
-        SettingsStore system(m_folders.systemSettingsFile());
-        QCOMPARE(system.value("Security/Backend", {}).toString(), "postgresql");
-        QCOMPARE(system.value("Security/Server", {}).toString(), m_server.socketFolder());
-        QCOMPARE(system.value("Security/ServerUser", {}).toString(), ServerSettings::ClientRole);
-
-        // Without --backend the tool follows the system-wide file.
-        QCOMPARE(run({"add-user", "jsmith", "--full-name", "Jane Smith"}, "correct horse\n").exitCode, 0);
-        QVERIFY(refusedSaying(run({"add-user", "JSmith"}, "another password\n"), "There is already a user"));
-        const Run verified = run({"verify"});
-        QCOMPARE(verified.exitCode, 0);
-        QVERIFY(verified.out.contains(QLatin1String("intact: 1 entries")));
-    }
-
     // A site moves from its embedded store to a new store on the server: the
     // trail comes along in order and verifies on both, rights and roles too;
     // passwords must be set anew.
@@ -140,12 +118,25 @@ private Q_SLOTS:
         QCOMPARE(session.isAllowed(in.token, "Reader", "Run", &error), std::optional<bool>(true));
     }
 
-    // The commands that read and undo, as on the embedded database.
-    void sameCommandsAsOnTheEmbeddedDatabase()
+    // create, twice without harm, points the system-wide file at the server;
+    // then the tool, without --backend, follows that file for the commands
+    // that administer, read and undo, as on the embedded database.
+    void createTwiceThenTheSameCommandsAsOnTheEmbeddedDatabase()
     {
-        const QString database = "cases";
-        QCOMPARE(run(QStringList{"create", "--per-user"} + on(database)).exitCode, 0);
-        const test::AdminToolCases cases = casesOn(database);
+        for (int i = 0; i < 2; ++i) {
+            const Run created =
+                run({"create", "--backend", "postgresql", "--server", m_server.socketFolder()});
+            QVERIFY2(created.exitCode == 0, qPrintable(created.err));
+            QVERIFY(created.out.contains(QLatin1String("schema version")));
+        }
+        // Every workstation now finds the server there, and only the client role.
+        SettingsStore system(m_folders.systemSettingsFile());
+        QCOMPARE(system.value("Security/Backend", {}).toString(), "postgresql");
+        QCOMPARE(system.value("Security/Server", {}).toString(), m_server.socketFolder());
+        QCOMPARE(system.value("Security/ServerUser", {}).toString(), ServerSettings::ClientRole);
+        const QString database = ServerSettings::DefaultDatabase;
+        const test::AdminToolCases cases(
+            [this](const QStringList& a, const QByteArray& input) { return run(a, input); });
         cases.administersUsersAndRights();
         cases.anchorIsCheckedByVerify();
         // An entry a workstation wrote, which a spreadsheet would take for a formula.
