@@ -36,105 +36,100 @@ class DocumentRecordsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void eachEventIsAnEntryAndTheNewestRecord_data();
-    void eachEventIsAnEntryAndTheNewestRecord();
-    void acceptingNeedsTheRightAndAReason_data();
-    void acceptingNeedsTheRightAndAReason();
-};
-
-void DocumentRecordsTest::eachEventIsAnEntryAndTheNewestRecord_data()
-{
-    QTest::addColumn<DocumentChange>("change");
-    QTest::addColumn<QString>("entry");
-    QTest::addColumn<int>("state");
-    const QString fp = QStringLiteral("%1 sha256=%2 size=2 modified=2025-11-26T04:45:00.123Z")
-                           .arg(Protocol, QString::fromLatin1(fingerprint({}, "v2").sha256.toHex()));
-    DocumentChange renamed{
-        DocumentEvent::Renamed, fingerprint(Protocol + QStringLiteral(".old"), "v2"), Protocol, {}, {}};
-    // clang-format off
-    QTest::newRow("first seen") << change(DocumentEvent::Recorded, "v2") << "Document recorded: " + fp << int(RecordState::Recorded);
-    QTest::newRow("by a suite program") << change(DocumentEvent::ChangedBySuite, "v2", "Layout Editor") << "Document changed: " + fp + " by Layout Editor" << int(RecordState::Recorded);
-    QTest::newRow("outside") << change(DocumentEvent::ChangedOutside, "v2") << "Document changed outside the suite: " + fp + " (seen while jsmith was logged in)" << int(RecordState::ChangedOutside);
-    QTest::newRow("unwatched") << change(DocumentEvent::ChangedUnwatched, "v2") << "Document changed while nothing recorded it: " + fp + " (found while jsmith was logged in)" << int(RecordState::ChangedUnwatched);
-    QTest::newRow("removed") << DocumentChange{DocumentEvent::Removed, {Protocol, {}, -1, 0}, {}, {}, {}} << "Document removed: " + Protocol << int(RecordState::NotRecorded);
-    QTest::newRow("renamed") << renamed << "Document renamed: " + Protocol + " -> " + Protocol + ".old" << int(RecordState::Recorded);
-    // clang-format on
-}
-
-void DocumentRecordsTest::eachEventIsAnEntryAndTheNewestRecord()
-{
-    QFETCH(DocumentChange, change);
-    QFETCH(QString, entry);
-    QFETCH(int, state);
-    ManagerSite site({});
-    const std::unique_ptr<NebraSecurityManager> manager = loggedInManager();
-    QVERIFY(manager);
-    QString error;
-    const std::optional<DocumentWriter> writer = manager->DocumentWriters()(&error);
-    QVERIFY2(writer, qPrintable(error));
-    QList<qint64> sequences;
-    QVERIFY2(writer->record({::change(DocumentEvent::Recorded, "v1"), change}, &sequences, &error),
-             qPrintable(error));
-    QCOMPARE(sequences.size(), 2);
-    QCOMPARE(site.auditTexts().constLast(), entry);
-    QCOMPARE(DocumentEntries::text(change, QStringLiteral("jsmith")), entry);
-
-    QHash<QString, DocumentRecord> records;
-    QVERIFY2(writer->records(&records, &error), qPrintable(error));
-    QCOMPARE(records.size(), 1);
-    const DocumentRecord newest = records.value(change.fingerprint.path);
-    QCOMPARE(newest.sequence, sequences.constLast());
-    QCOMPARE(newest.event, change.event);
-    QCOMPARE(newest.fingerprint.sha256, change.fingerprint.sha256);
-    QCOMPARE(newest.fingerprint.modifiedMs, change.fingerprint.modifiedMs);
-    QVERIFY(newest.intact);
-    QCOMPARE(int(DocumentEntries::stateOf(newest)), state);
-}
-
-void DocumentRecordsTest::acceptingNeedsTheRightAndAReason_data()
-{
-    QTest::addColumn<QStringList>("rights");
-    QTest::addColumn<QString>("reason");
-    QTest::addColumn<QString>("refusal"); // empty: accepted
-    // clang-format off
-    QTest::newRow("reviewer") << QStringList{"Documents/AcceptChange"} << " Corrected a typing error " << "";
-    QTest::newRow("no reason") << QStringList{"Documents/AcceptChange"} << " " << "Give the reason for accepting the change.";
-    QTest::newRow("no right") << QStringList{"Documents/Other"} << "Looks fine" << "You do not have the right to accept changes of documents.";
-    // clang-format on
-}
-
-void DocumentRecordsTest::acceptingNeedsTheRightAndAReason()
-{
-    QFETCH(QStringList, rights);
-    QFETCH(QString, reason);
-    QFETCH(QString, refusal);
-    ManagerSite site(rights);
-    const std::unique_ptr<NebraSecurityManager> manager = loggedInManager();
-    QVERIFY(manager);
-    QString error;
-    const std::optional<DocumentWriter> writer = manager->DocumentWriters()(&error);
-    QVERIFY2(writer, qPrintable(error));
-    QList<qint64> sequences;
-    QVERIFY(writer->record({change(DocumentEvent::ChangedOutside, "v2")}, &sequences, &error));
-    const qsizetype entries = site.auditTexts().size();
-
-    const AuditAppendResult result = manager->AcceptDocumentChange(fingerprint(Protocol, "v2"), reason);
-    QHash<QString, DocumentRecord> records;
-    QVERIFY(writer->records(&records, &error));
-    if (!refusal.isEmpty()) {
-        QCOMPARE(result.error, refusal);
-        QCOMPARE(site.auditTexts().size(), entries);
-        QCOMPARE(records.value(Protocol).event, DocumentEvent::ChangedOutside);
-        return;
+    void eachEventIsAnEntryAndTheNewestRecord_data()
+    {
+        QTest::addColumn<DocumentChange>("change");
+        QTest::addColumn<QString>("entry");
+        QTest::addColumn<int>("state");
+        const QString fp = QStringLiteral("%1 sha256=%2 size=2 modified=2025-11-26T04:45:00.123Z")
+                               .arg(Protocol, QString::fromLatin1(fingerprint({}, "v2").sha256.toHex()));
+        DocumentChange renamed{
+            DocumentEvent::Renamed, fingerprint(Protocol + QStringLiteral(".old"), "v2"), Protocol, {}, {}};
+        // clang-format off
+        QTest::newRow("first seen") << change(DocumentEvent::Recorded, "v2") << "Document recorded: " + fp << int(RecordState::Recorded);
+        QTest::newRow("by a suite program") << change(DocumentEvent::ChangedBySuite, "v2", "Layout Editor") << "Document changed: " + fp + " by Layout Editor" << int(RecordState::Recorded);
+        QTest::newRow("outside") << change(DocumentEvent::ChangedOutside, "v2") << "Document changed outside the suite: " + fp + " (seen while jsmith was logged in)" << int(RecordState::ChangedOutside);
+        QTest::newRow("unwatched") << change(DocumentEvent::ChangedUnwatched, "v2") << "Document changed while nothing recorded it: " + fp + " (found while jsmith was logged in)" << int(RecordState::ChangedUnwatched);
+        QTest::newRow("removed") << DocumentChange{DocumentEvent::Removed, {Protocol, {}, -1, 0}, {}, {}, {}} << "Document removed: " + Protocol << int(RecordState::NotRecorded);
+        QTest::newRow("renamed") << renamed << "Document renamed: " + Protocol + " -> " + Protocol + ".old" << int(RecordState::Recorded);
+        // clang-format on
     }
-    QVERIFY2(result.sequence > 0, qPrintable(result.error));
-    // The history keeps both: the change seen and its acceptance.
-    const QStringList texts = site.auditTexts();
-    QVERIFY(texts.at(texts.size() - 2).startsWith(QLatin1String("Document changed outside the suite: ")));
-    QVERIFY(texts.constLast().endsWith(QLatin1String(" reason: Corrected a typing error")));
-    QCOMPARE(records.value(Protocol).event, DocumentEvent::Accepted);
-    QCOMPARE(DocumentEntries::stateOf(records.value(Protocol)), RecordState::Recorded);
-}
+
+    void eachEventIsAnEntryAndTheNewestRecord()
+    {
+        QFETCH(DocumentChange, change);
+        QFETCH(QString, entry);
+        QFETCH(int, state);
+        ManagerSite site({});
+        const std::unique_ptr<NebraSecurityManager> manager = loggedInManager();
+        QVERIFY(manager);
+        QString error;
+        const std::optional<DocumentWriter> writer = manager->DocumentWriters()(&error);
+        QVERIFY2(writer, qPrintable(error));
+        QList<qint64> sequences;
+        QVERIFY2(writer->record({::change(DocumentEvent::Recorded, "v1"), change}, &sequences, &error),
+                 qPrintable(error));
+        QCOMPARE(sequences.size(), 2);
+        QCOMPARE(site.auditTexts().constLast(), entry);
+        QCOMPARE(DocumentEntries::text(change, QStringLiteral("jsmith")), entry);
+
+        QHash<QString, DocumentRecord> records;
+        QVERIFY2(writer->records(&records, &error), qPrintable(error));
+        QCOMPARE(records.size(), 1);
+        const DocumentRecord newest = records.value(change.fingerprint.path);
+        QCOMPARE(newest.sequence, sequences.constLast());
+        QCOMPARE(newest.event, change.event);
+        QCOMPARE(newest.fingerprint.sha256, change.fingerprint.sha256);
+        QCOMPARE(newest.fingerprint.modifiedMs, change.fingerprint.modifiedMs);
+        QVERIFY(newest.intact);
+        QCOMPARE(int(DocumentEntries::stateOf(newest)), state);
+    }
+
+    void acceptingNeedsTheRightAndAReason_data()
+    {
+        QTest::addColumn<QStringList>("rights");
+        QTest::addColumn<QString>("reason");
+        QTest::addColumn<QString>("refusal"); // empty: accepted
+        // clang-format off
+        QTest::newRow("reviewer") << QStringList{"Documents/AcceptChange"} << " Corrected a typing error " << "";
+        QTest::newRow("no reason") << QStringList{"Documents/AcceptChange"} << " " << "Give the reason for accepting the change.";
+        QTest::newRow("no right") << QStringList{"Documents/Other"} << "Looks fine" << "You do not have the right to accept changes of documents.";
+        // clang-format on
+    }
+
+    void acceptingNeedsTheRightAndAReason()
+    {
+        QFETCH(QStringList, rights);
+        QFETCH(QString, reason);
+        QFETCH(QString, refusal);
+        ManagerSite site(rights);
+        const std::unique_ptr<NebraSecurityManager> manager = loggedInManager();
+        QVERIFY(manager);
+        QString error;
+        const std::optional<DocumentWriter> writer = manager->DocumentWriters()(&error);
+        QVERIFY2(writer, qPrintable(error));
+        QList<qint64> sequences;
+        QVERIFY(writer->record({change(DocumentEvent::ChangedOutside, "v2")}, &sequences, &error));
+        const qsizetype entries = site.auditTexts().size();
+
+        const AuditAppendResult result = manager->AcceptDocumentChange(fingerprint(Protocol, "v2"), reason);
+        QHash<QString, DocumentRecord> records;
+        QVERIFY(writer->records(&records, &error));
+        if (!refusal.isEmpty()) {
+            QCOMPARE(result.error, refusal);
+            QCOMPARE(site.auditTexts().size(), entries);
+            QCOMPARE(records.value(Protocol).event, DocumentEvent::ChangedOutside);
+            return;
+        }
+        QVERIFY2(result.sequence > 0, qPrintable(result.error));
+        // The history keeps both: the change seen and its acceptance.
+        const QStringList texts = site.auditTexts();
+        QVERIFY(texts.at(texts.size() - 2).startsWith(QLatin1String("Document changed outside the suite: ")));
+        QVERIFY(texts.constLast().endsWith(QLatin1String(" reason: Corrected a typing error")));
+        QCOMPARE(records.value(Protocol).event, DocumentEvent::Accepted);
+        QCOMPARE(DocumentEntries::stateOf(records.value(Protocol)), RecordState::Recorded);
+    }
+};
 
 QTEST_MAIN(DocumentRecordsTest)
 #include "DocumentRecordsTest.moc"

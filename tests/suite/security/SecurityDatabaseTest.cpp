@@ -12,7 +12,8 @@ using nebra::test::readFile;
 using nebra::test::SecurityFixture;
 using nebra::test::writeFile;
 
-// Opening and creating the security database and its companion files.
+// Opening and creating the security database and its companion files (a
+// database or key left open to everyone is refused too, naming the fix).
 class SecurityDatabaseTest : public QObject
 {
     Q_OBJECT
@@ -42,6 +43,10 @@ private Q_SLOTS:
         QTest::addColumn<QString>("damage");
         QTest::addColumn<QString>("message"); // %1 database, %2 key file, %3 head file
         const QString notOurs = "The security database \"%1\" is not a security database.";
+        // An administrator left it open to everyone.
+        const QString exposed =
+            "The %1 can be read or changed by every user of this computer, so it is not used. "
+            "Ask your security administrator to run \"chmod o-rwx %2\".";
         // clang-format off
         QTest::newRow("missing") << "delete" << "The security database \"%1\" does not exist.";
         QTest::newRow("not SQLite") << "text" << "The security database \"%1\" is not a security database (it is not an SQLite file).";
@@ -53,6 +58,8 @@ private Q_SLOTS:
         QTest::newRow("key of another site") << "other key" << "The site key file \"%2\" does not belong to the security database \"%1\".";
         QTest::newRow("key file garbled") << "garbled key" << "The file \"%2\" is not a site key file.";
         QTest::newRow("chain head missing") << "no head" << "The audit chain head file \"%3\" is missing.";
+        QTest::newRow("database readable by everyone") << "exposed database" << exposed.arg("security database \"%1\"", "%1");
+        QTest::newRow("key readable by everyone") << "exposed key" << exposed.arg("site key file \"%2\"", "%2");
         // clang-format on
     }
 
@@ -78,7 +85,7 @@ private Q_SLOTS:
             QVERIFY(QFile::setPermissions(s.databasePath, QFileDevice::ReadOwner));
         } else if (damage == QLatin1String("no head")) {
             QVERIFY(QFile::remove(s.chainHeadFile));
-        } else {
+        } else if (!damage.startsWith(QLatin1String("exposed"))) {
             QVERIFY(QFile::remove(s.siteKeyFile));
             QString error;
             if (damage == QLatin1String("other key"))
@@ -89,6 +96,10 @@ private Q_SLOTS:
         // Files written here get the umask's mode; only what the row damages is to be refused.
         for (const QString& path : {s.databasePath, s.siteKeyFile})
             QFile::setPermissions(path, QFileDevice::ReadOwner | QFileDevice::WriteOwner);
+        if (damage.startsWith(QLatin1String("exposed")))
+            QVERIFY(QFile::setPermissions(
+                damage.endsWith(QLatin1String("key")) ? s.siteKeyFile : s.databasePath,
+                QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ReadOther));
         QString error;
         QVERIFY(!SecurityStore::open(s, &error));
         message.replace(QLatin1String("%1"), s.databasePath)

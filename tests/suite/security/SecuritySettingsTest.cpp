@@ -56,36 +56,46 @@ private Q_SLOTS:
         QCOMPARE(fields.value(key), expected);
     }
 
-    // What a signature may mean is the site's to say: a user's own file
-    // never adds a meaning, not even on a personal installation.
-    void signatureMeaningsComeFromTheSystemFileOnly_data()
+    // What a signature may mean and which back end holds the store are the
+    // site's to say: a user's own file never decides them, not even on a
+    // personal installation.
+    void siteValuesComeFromTheSystemFileOnly_data()
     {
+        QTest::addColumn<QString>("key");
         QTest::addColumn<QString>("system"); // empty: no site policy
         QTest::addColumn<QString>("user");
-        QTest::addColumn<QString>("meanings");
+        QTest::addColumn<QString>("effective");
         // clang-format off
-        QTest::newRow("the site's list, tidied") << "SignatureMeanings= Approved ;;Verified; Approved" << "" << "Approved;Verified";
-        QTest::newRow("a user's meaning under a site policy") << "DatabasePath=/srv/site.db" << "Waived" << "Authored;Reviewed;Approved";
-        QTest::newRow("a user's meaning on a personal installation") << "" << "Waived" << "Authored;Reviewed;Approved";
-        QTest::newRow("an empty list") << "SignatureMeanings=;" << "" << "Authored;Reviewed;Approved";
+        QTest::newRow("the site's meanings, tidied") << "SignatureMeanings" << "SignatureMeanings= Approved ;;Verified; Approved" << "" << "Approved;Verified";
+        QTest::newRow("a user's meaning under a site policy") << "SignatureMeanings" << "DatabasePath=/srv/site.db" << "Waived" << "Authored;Reviewed;Approved";
+        QTest::newRow("a user's meaning on a personal installation") << "SignatureMeanings" << "" << "Waived" << "Authored;Reviewed;Approved";
+        QTest::newRow("an empty list of meanings") << "SignatureMeanings" << "SignatureMeanings=;" << "" << "Authored;Reviewed;Approved";
+        QTest::newRow("a user's server on a personal installation") << "Backend" << "" << "postgresql" << "sqlite";
+        QTest::newRow("a user's server under a site policy") << "Backend" << "Backend=sqlite" << "postgresql" << "sqlite";
+        QTest::newRow("the site's server") << "Backend" << "Backend=postgresql" << "sqlite" << "postgresql";
+        QTest::newRow("an unknown back end") << "Backend" << "Backend=oracle" << "" << "refused";
         // clang-format on
     }
 
-    void signatureMeaningsComeFromTheSystemFileOnly()
+    void siteValuesComeFromTheSystemFileOnly()
     {
+        QFETCH(QString, key);
         QFETCH(QString, system);
         QFETCH(QString, user);
-        QFETCH(QString, meanings);
+        QFETCH(QString, effective);
         test::UserFolders folders;
         // As the administrator writes it.
         if (!system.isEmpty())
             test::writeFile(folders.systemSettingsFile(),
                             "[Settings]\nSecurityConfigured=true\n[Security]\n" + system.toUtf8() + "\n");
         SettingsStore store;
-        QVERIFY(store.setValue("Security/SignatureMeanings", user));
+        QVERIFY(store.setValue("Security/" + key, user));
         const SecuritySettings s = SecuritySettings::fromStore(store);
-        QCOMPARE(s.signatureMeanings.join(';'), meanings);
-        // "nebra-secadmin status" prints where it came from.
+        const QString backend = !s.policyError.isEmpty()                         ? "refused"
+                                : s.backend == SecuritySettings::Backend::Server ? "postgresql"
+                                                                                 : "sqlite";
+        QCOMPARE(key == QLatin1String("Backend") ? backend : s.signatureMeanings.join(';'), effective);
+        // "nebra-secadmin status" prints where the meanings came from.
         QVERIFY(std::any_of(s.origins.cbegin(), s.origins.cend(), [](const SecuritySettings::Origin& o) {
             return o.key == QLatin1String("SignatureMeanings");
         }));

@@ -46,39 +46,64 @@ class StoreAttacksTest : public QObject
     using Run = test::ProcessRun;
 
 private Q_SLOTS:
-    // 7: a row kept from before an administrator took something away, and
-    // written back afterwards, carries its old MAC: it grants nothing, and
-    // verify names it.
-    void rowsWrittenBackGrantNothing_data()
+    // 2b, 7: rows edited with SQLite behind the suite's back, slipped in, or
+    // kept from before an administrator took something away and written back
+    // with their old MAC grant nothing: the right they would give is refused,
+    // the password typed for a user they change is refused, and verify names
+    // them.
+    void rowsChangedBehindTheSuitesBackGrantNothing_data()
     {
-        QTest::addColumn<QStringList>("give");
-        QTest::addColumn<QString>("table");
+        QTest::addColumn<QList<QStringList>>(
+            "before");                     // tool commands; {"lock"}: jsmith guesses until locked
+        QTest::addColumn<QString>("kept"); // a table kept, before takeAway runs
         QTest::addColumn<QStringList>("takeAway");
-        QTest::addColumn<QString>("writeBack");
+        QTest::addColumn<QString>("tampering");
+        QTest::addColumn<QString>("user");     // who may not edit layouts now
+        QTest::addColumn<QString>("password"); // typed for user afterwards, refused; empty: none
+        const QStringList toJsmith{"grant", "jsmith", "Layouts", "Edit"};
+        const QStringList toMallory{"grant", "mallory", "Layouts", "Edit"};
+        const QString mallorysHash = "(SELECT password_hash FROM users WHERE name = 'mallory')";
+        using Commands = QList<QStringList>;
         // clang-format off
-        QTest::newRow("right, after revoke") << QStringList{"grant", "mallory", "Layouts", "Edit"} << "user_rights" << QStringList{"revoke", "mallory", "Layouts", "Edit"} << "INSERT INTO main.user_rights SELECT * FROM saved.kept";
-        QTest::newRow("membership, after unassign-role") << QStringList{"assign-role", "mallory", "Admins"} << "user_roles" << QStringList{"unassign-role", "mallory", "Admins"} << "INSERT INTO main.user_roles SELECT * FROM saved.kept";
-        QTest::newRow("user, after disable-user") << QStringList{"grant", "mallory", "Layouts", "Edit"} << "users" << QStringList{"disable-user", "mallory"} << "UPDATE main.users SET disabled = 0, mac = (SELECT mac FROM saved.kept WHERE name = 'mallory') WHERE name = 'mallory'";
+        QTest::newRow("locked account unlocked") << Commands{toJsmith, {"lock"}} << "" << QStringList{} << "UPDATE users SET locked = 0, failed_logins = 0 WHERE name = 'jsmith'" << "jsmith" << "correct horse";
+        QTest::newRow("disabled account enabled") << Commands{toJsmith, {"disable-user", "jsmith"}} << "" << QStringList{} << "UPDATE users SET disabled = 0 WHERE name = 'jsmith'" << "jsmith" << "correct horse";
+        QTest::newRow("password hash replaced") << Commands{toJsmith} << "" << QStringList{} << "UPDATE users SET password_hash = " + mallorysHash + " WHERE name = 'jsmith'" << "jsmith" << "battery staple";
+        QTest::newRow("every right slipped in") << Commands{} << "" << QStringList{} << "INSERT INTO user_rights(user_id, area, operation) SELECT id, '*', '*' FROM users WHERE name = 'mallory'" << "mallory" << "";
+        QTest::newRow("admin role joined") << Commands{} << "" << QStringList{} << "INSERT INTO user_roles(user_id, role_id) SELECT u.id, r.id FROM users u, roles r WHERE u.name = 'mallory'" << "mallory" << "";
+        QTest::newRow("right moved to another user") << Commands{toJsmith} << "" << QStringList{} << "UPDATE user_rights SET user_id = (SELECT id FROM users WHERE name = 'mallory')" << "mallory" << "";
+        QTest::newRow("right, after revoke") << Commands{toMallory} << "user_rights" << QStringList{"revoke", "mallory", "Layouts", "Edit"} << "INSERT INTO main.user_rights SELECT * FROM saved.kept" << "mallory" << "";
+        QTest::newRow("membership, after unassign-role") << Commands{{"assign-role", "mallory", "Admins"}} << "user_roles" << QStringList{"unassign-role", "mallory", "Admins"} << "INSERT INTO main.user_roles SELECT * FROM saved.kept" << "mallory" << "";
+        QTest::newRow("user, after disable-user") << Commands{toMallory} << "users" << QStringList{"disable-user", "mallory"} << "UPDATE main.users SET disabled = 0, mac = (SELECT mac FROM saved.kept WHERE name = 'mallory') WHERE name = 'mallory'" << "mallory" << "battery staple";
         // clang-format on
     }
 
-    void rowsWrittenBackGrantNothing()
+    void rowsChangedBehindTheSuitesBackGrantNothing()
     {
-        Site o;
-        QFETCH(QStringList, give);
-        QFETCH(QString, table);
+        QFETCH(QList<QStringList>, before);
+        QFETCH(QString, kept);
         QFETCH(QStringList, takeAway);
-        QFETCH(QString, writeBack);
-        o.administer(give);
-        QVERIFY(o.allowed("mallory", "Layouts", "Edit"));
-        o.fixture.tamper({QStringLiteral("ATTACH '%1' AS saved").arg(o.saved()),
-                          QStringLiteral("CREATE TABLE saved.kept AS SELECT * FROM main.%1").arg(table)});
-        o.administer(takeAway);
-        o.fixture.tamper({QStringLiteral("ATTACH '%1' AS saved").arg(o.saved()), writeBack});
+        QFETCH(QString, tampering);
+        QFETCH(QString, user);
+        QFETCH(QString, password);
+        Site o;
+        for (const QStringList& command : before) {
+            for (int i = 0; command == QStringList{"lock"} && i < SecuritySettings::DefaultLockoutThreshold;
+                 ++i)
+                QCOMPARE(o.logIn("jsmith", "guess"), LogInStatus::Refused);
+            if (command != QStringList{"lock"})
+                o.administer(command);
+        }
+        const QString attach = QStringLiteral("ATTACH '%1' AS saved").arg(o.saved());
+        if (!kept.isEmpty()) {
+            o.fixture.tamper(
+                {attach, QStringLiteral("CREATE TABLE saved.kept AS SELECT * FROM main.%1").arg(kept)});
+            o.administer(takeAway);
+        }
+        o.fixture.tamper({attach, tampering});
 
-        QVERIFY(!o.allowed("mallory", "Layouts", "Edit"));
-        if (table == QLatin1String("users"))
-            QCOMPARE(o.logIn("mallory", "battery staple"), LogInStatus::Refused);
+        QVERIFY(!o.allowed(user, "Layouts", "Edit"));
+        if (!password.isEmpty())
+            QCOMPARE(o.logIn(user, password), LogInStatus::Refused);
         QVERIFY(refusedSaying(o.secadmin({"verify"}), "altered"));
     }
 
@@ -202,20 +227,27 @@ private Q_SLOTS:
         QVERIFY(refusedSaying(o.secadmin({"verify"}), "The record of role \"Readers\" has been altered"));
     }
 
-    // 8: the newest entries cut off and a copy of the older head file written
-    // back; or only the older head written back.
-    void anOlderHeadIsFound_data()
+    // 3, 8: the newest entries cut off behind the head, with or without a copy
+    // of the older head file written back; or only the older head written
+    // back. The store does not open, verify names it, and no change is made
+    // unrecorded.
+    void cutOffEntriesOrAnOlderHeadAreFound_data()
     {
         QTest::addColumn<bool>("cutOff");
+        QTest::addColumn<bool>("olderHead");
         QTest::addColumn<QString>("said");
-        QTest::newRow("entries cut off, older head") << true << "the newest entries have been cut off";
-        QTest::newRow("older head alone") << false << "has been replaced by an older copy";
+        // clang-format off
+        QTest::newRow("entries cut off") << true << false << "cut off";
+        QTest::newRow("entries cut off, older head") << true << true << "the newest entries have been cut off";
+        QTest::newRow("older head alone") << false << true << "has been replaced by an older copy";
+        // clang-format on
     }
 
-    void anOlderHeadIsFound()
+    void cutOffEntriesOrAnOlderHeadAreFound()
     {
         Site o;
         QFETCH(bool, cutOff);
+        QFETCH(bool, olderHead);
         QFETCH(QString, said);
         const QString head = o.fixture.settings().chainHeadFile;
         QVERIFY(QFile::copy(head, o.folders.root() + "/older.head"));
@@ -225,32 +257,16 @@ private Q_SLOTS:
         if (cutOff)
             o.fixture.tamper({"DROP TRIGGER audit_trail_no_delete",
                               QStringLiteral("DELETE FROM audit_trail WHERE seq > %1").arg(kept)});
-        QVERIFY(QFile::remove(head));
-        QVERIFY(QFile::copy(o.folders.root() + "/older.head", head));
+        if (olderHead)
+            QVERIFY(QFile::remove(head) && QFile::copy(o.folders.root() + "/older.head", head));
 
         QString error;
         QVERIFY(!SecurityStore::open(o.fixture.settings(), &error));
         QVERIFY2(error.contains(said), qPrintable(error));
         QVERIFY(refusedSaying(o.secadmin({"verify"}), said));
         QCOMPARE(o.secadmin({"grant", "mallory", "*", "*"}).exitCode, 1);
-    }
-
-    // 8: the database written back from a copy made before a change, beside
-    // the head that recorded the change: the store does not open, verify
-    // names the entry the head knows and the database lacks, and no further
-    // change is made.
-    void aDatabaseBehindItsHeadIsFound()
-    {
-        Site o;
-        QVERIFY(QFile::copy(o.database(), o.saved()));
-        o.administer({"disable-user", "mallory"});
-        QVERIFY(QFile::remove(o.database()));
-        QVERIFY(QFile::copy(o.saved(), o.database()));
-
-        QString error;
-        QVERIFY(!SecurityStore::open(o.fixture.settings(), &error));
-        QVERIFY(refusedSaying(o.secadmin({"verify"}), "the newest entry has been cut off"));
-        QCOMPARE(o.secadmin({"enable-user", "mallory"}).exitCode, 1);
+        QCOMPARE(o.logIn("jsmith", "correct horse"), LogInStatus::Error);
+        QVERIFY(!o.allowed("mallory", "Layouts", "Edit"));
     }
 
     // A row whose MAC cannot be written while every row is sealed afresh

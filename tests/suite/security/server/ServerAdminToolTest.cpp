@@ -1,7 +1,7 @@
 // nebra-secadmin against a security server: create makes the store (again
 // without harm) and points the system-wide file at it, the same commands
-// administer it, verify runs on the server, and two workstations of two
-// OS users share one trail.
+// administer it, and verify runs on the server. (Two OS users' workstations
+// sharing one trail: ServerSessionTest.)
 
 #include "AdminToolCases.h"
 #include "PostgresServer.h"
@@ -13,8 +13,6 @@
 
 #include <QProcess>
 #include <QtTest>
-
-#include <unistd.h>
 
 using namespace nebra;
 
@@ -44,24 +42,6 @@ class ServerAdminToolTest : public QObject
     {
         return test::PostgresServer::connect(m_server.settingsFor(role, database));
     }
-    // A workstation process writing for a while, as the OS user uid when given.
-    std::unique_ptr<QProcess> writer(uid_t uid)
-    {
-        auto process = std::make_unique<QProcess>();
-        QStringList arguments{QStringLiteral(SERVER_WRITER),
-                              m_server.socketFolder(),
-                              ServerSettings::DefaultDatabase,
-                              "jsmith",
-                              "correct horse",
-                              "1500"};
-        if (uid != 0)
-            arguments = QStringList{QStringLiteral("--reuid=%1").arg(uid),
-                                    QStringLiteral("--regid=%1").arg(uid), "--clear-groups"} +
-                        arguments;
-        process->start("setpriv", uid != 0 ? arguments : QStringList{"--"} + arguments);
-        return process;
-    }
-
     test::UserFolders m_folders;
     test::PostgresServer m_server;
 
@@ -95,49 +75,8 @@ private Q_SLOTS:
                               "FROM nebra.schema_version"),
                  QStringList{migrations + ' ' + migrations + ' ' +
                              QString::number(ServerSchema::latestVersion())});
+        QCOMPARE(test::column(*owner, "SELECT count(*) FROM nebra.policy"), QStringList{"1"});
         QCOMPARE(run(QStringList{"verify"} + on("raced")).exitCode, 0);
-    }
-
-    void createTwiceThenAdminister()
-    {
-        const QStringList create{"create", "--backend", "postgresql", "--server", m_server.socketFolder()};
-        for (int i = 0; i < 2; ++i) {
-            const Run created = run(create);
-            QVERIFY2(created.exitCode == 0, qPrintable(created.err));
-            QVERIFY(created.out.contains(QLatin1String("schema version")));
-        }
-        // Every workstation now finds the server in the system-wide file, and only the client role there.
-        SettingsStore system(m_folders.systemSettingsFile());
-        QCOMPARE(system.value("Security/Backend", {}).toString(), "postgresql");
-        QCOMPARE(system.value("Security/Server", {}).toString(), m_server.socketFolder());
-        QCOMPARE(system.value("Security/ServerUser", {}).toString(), ServerSettings::ClientRole);
-
-        // Without --backend the tool follows the system-wide file.
-        QCOMPARE(run({"add-user", "jsmith", "--full-name", "Jane Smith"}, "correct horse\n").exitCode, 0);
-        QCOMPARE(run({"add-role", "Analysts"}).exitCode, 0);
-        QCOMPARE(run({"grant-role", "Analysts", "Reader", "*"}).exitCode, 0);
-        QCOMPARE(run({"assign-role", "jsmith", "Analysts"}).exitCode, 0);
-        QCOMPARE(run({"grant", "jsmith", "Instrumentation", "SelectDriver"}).exitCode, 0);
-        QVERIFY(refusedSaying(run({"add-user", "JSmith"}, "another password\n"), "There is already a user"));
-        const Run verified = run({"verify"});
-        QCOMPARE(verified.exitCode, 0);
-        QVERIFY(verified.out.contains(QLatin1String("intact: 5 entries")));
-    }
-
-    // A second workstation, run by another OS user, writes to the same trail at the same time.
-    void twoOsUsersShareOneTrail()
-    {
-        if (::geteuid() != 0)
-            QSKIP("needs root to run the second workstation as another user");
-        const std::unique_ptr<QProcess> first = writer(0);
-        const std::unique_ptr<QProcess> second = writer(64123);
-        for (QProcess* p : {first.get(), second.get()}) {
-            QVERIFY(p->waitForFinished(60000));
-            QVERIFY2(p->exitCode() == 0, p->readAllStandardError().constData());
-            QVERIFY(p->readAllStandardOutput().count("R ") > 0);
-        }
-        const Run verified = run({"verify"});
-        QVERIFY2(verified.exitCode == 0, qPrintable(verified.out + verified.err));
     }
 
     // A site moves from its embedded store to a new store on the server: the
@@ -179,12 +118,25 @@ private Q_SLOTS:
         QCOMPARE(session.isAllowed(in.token, "Reader", "Run", &error), std::optional<bool>(true));
     }
 
-    // The commands that read and undo, as on the embedded database.
-    void sameCommandsAsOnTheEmbeddedDatabase()
+    // create, twice without harm, points the system-wide file at the server;
+    // then the tool, without --backend, follows that file for the commands
+    // that administer, read and undo, as on the embedded database.
+    void createTwiceThenTheSameCommandsAsOnTheEmbeddedDatabase()
     {
-        const QString database = "cases";
-        QCOMPARE(run(QStringList{"create", "--per-user"} + on(database)).exitCode, 0);
-        const test::AdminToolCases cases = casesOn(database);
+        for (int i = 0; i < 2; ++i) {
+            const Run created =
+                run({"create", "--backend", "postgresql", "--server", m_server.socketFolder()});
+            QVERIFY2(created.exitCode == 0, qPrintable(created.err));
+            QVERIFY(created.out.contains(QLatin1String("schema version")));
+        }
+        // Every workstation now finds the server there, and only the client role.
+        SettingsStore system(m_folders.systemSettingsFile());
+        QCOMPARE(system.value("Security/Backend", {}).toString(), "postgresql");
+        QCOMPARE(system.value("Security/Server", {}).toString(), m_server.socketFolder());
+        QCOMPARE(system.value("Security/ServerUser", {}).toString(), ServerSettings::ClientRole);
+        const QString database = ServerSettings::DefaultDatabase;
+        const test::AdminToolCases cases(
+            [this](const QStringList& a, const QByteArray& input) { return run(a, input); });
         cases.administersUsersAndRights();
         cases.anchorIsCheckedByVerify();
         // An entry a workstation wrote, which a spreadsheet would take for a formula.

@@ -1,6 +1,7 @@
 // The connection to a security server across the network: TLS with the
-// server's certificate and name checked ("verify-full") against the
-// authority named in the system-wide file. A throw-away authority and
+// server's certificate and name checked ("verify-full", unless the
+// administrator says otherwise) against the authority named in the
+// system-wide file. A throw-away authority and
 // server certificate are made for the test; one server serves every row.
 
 #include "ServerConnection.h"
@@ -61,16 +62,17 @@ class ServerConnectionTest : public QObject
         QTcpServer probe;
         return probe.listen(QHostAddress::LocalHost) ? probe.serverPort() : 0;
     }
-    // The administrator's system-wide file for a workstation across the network.
-    void writeSystemFile(const QString& host, const QString& sslMode, const QString& rootCertificate)
+    // The administrator's system-wide file for a workstation across the network,
+    // which leaves the TLS mode to its default.
+    void writeSystemFile(const QString& host, const QString& rootCertificate)
     {
         test::writeFile(m_folders.systemSettingsFile(),
                         QStringLiteral("[Settings]\nSecurityConfigured=true\n[Security]\nBackend=postgresql\n"
                                        "Server=%1\nServerPort=%2\nServerDatabase=postgres\nServerUser=%3\n"
-                                       "ServerSslMode=%4\nServerSslRootCert=%5\n")
+                                       "ServerSslRootCert=%4\n")
                             .arg(host)
                             .arg(m_port)
-                            .arg(test::PostgresServer::Superuser, sslMode, rootCertificate)
+                            .arg(test::PostgresServer::Superuser, rootCertificate)
                             .toUtf8());
     }
 
@@ -112,25 +114,22 @@ private Q_SLOTS:
     void verifyFull_data()
     {
         QTest::addColumn<QString>("host");
-        QTest::addColumn<QString>("sslMode");
         QTest::addColumn<QString>("authority");
         QTest::addColumn<QString>("refusal"); // empty: connects, over TLS
         // clang-format off
-        QTest::newRow("the certificate's name and authority") << "localhost" << "verify-full" << "ca.crt" << "";
-        QTest::newRow("another name") << "127.0.0.1" << "verify-full" << "ca.crt" << "does not match host name";
-        QTest::newRow("another authority") << "localhost" << "verify-full" << "other-ca.crt" << "certificate verify failed";
-        QTest::newRow("no authority file") << "localhost" << "verify-full" << "missing.crt" << "does not exist";
-        QTest::newRow("without TLS") << "localhost" << "disable" << "ca.crt" << "no encryption";
+        QTest::newRow("the certificate's name and authority") << "localhost" << "ca.crt" << "";
+        QTest::newRow("another name") << "127.0.0.1" << "ca.crt" << "does not match host name";
+        QTest::newRow("another authority") << "localhost" << "other-ca.crt" << "certificate verify failed";
+        QTest::newRow("no authority file") << "localhost" << "missing.crt" << "does not exist";
         // clang-format on
     }
 
     void verifyFull()
     {
         QFETCH(QString, host);
-        QFETCH(QString, sslMode);
         QFETCH(QString, authority);
         QFETCH(QString, refusal);
-        writeSystemFile(host, sslMode, m_certificates.filePath(authority));
+        writeSystemFile(host, m_certificates.filePath(authority));
         SettingsStore store;
         const SecuritySettings settings = SecuritySettings::fromStore(store, {});
         QVERIFY2(settings.policyError.isEmpty(), qPrintable(settings.policyError));

@@ -1,8 +1,8 @@
 // The security manager on the server back end, where it differs from the
-// embedded one: only the administrator's file can choose the server, a
-// server that cannot be reached at start-up means no manager (no unsecured
-// run), and a connection lost mid-session refuses every check and entry
-// until the server is back, then carries on.
+// embedded one (that only the administrator's file chooses the server is
+// SecuritySettingsTest's): a server that cannot be reached at start-up
+// means no manager (no unsecured run), and a connection lost mid-session
+// refuses every check and entry until the server is back, then carries on.
 
 #include "ManagerSite.h"
 #include "MessageRecorder.h"
@@ -19,41 +19,6 @@ class ServerManagerTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void onlyTheSystemFileChoosesTheServer_data()
-    {
-        QTest::addColumn<QString>("systemBackend"); // empty: no system-wide policy
-        QTest::addColumn<QString>("userBackend");
-        QTest::addColumn<bool>("server");
-        QTest::addColumn<bool>("problem");
-        // clang-format off
-        QTest::newRow("user's file alone") << "" << "postgresql" << false << false;
-        QTest::newRow("system sqlite, user postgresql") << "sqlite" << "postgresql" << false << false;
-        QTest::newRow("system postgresql, user sqlite") << "postgresql" << "sqlite" << true << false;
-        QTest::newRow("unknown back end") << "oracle" << "" << false << true;
-        // clang-format on
-    }
-
-    void onlyTheSystemFileChoosesTheServer()
-    {
-        QFETCH(QString, systemBackend);
-        QFETCH(QString, userBackend);
-        QFETCH(bool, server);
-        QFETCH(bool, problem);
-        UserFolders folders;
-        SettingsStore user;
-        QVERIFY(user.setValue("Security/Backend", userBackend));
-        QVERIFY(user.setValue("Security/Server", "/tmp/not-the-site"));
-        if (!systemBackend.isEmpty()) {
-            SettingsStore system(folders.systemSettingsFile());
-            QVERIFY(system.setValue("Settings/SecurityConfigured", "true"));
-            QVERIFY(system.setValue("Security/Backend", systemBackend));
-        }
-        const SecuritySettings settings = SecuritySettings::fromStore(SettingsStore());
-        QCOMPARE(settings.backend == SecuritySettings::Backend::Server, server);
-        QCOMPARE(!settings.policyError.isEmpty(), problem);
-        QVERIFY(settings.server.host != QLatin1String("/tmp/not-the-site"));
-    }
-
     void unreachableServerMeansNoManager()
     {
         UserFolders folders;

@@ -18,32 +18,34 @@ using namespace nebra;
 
 namespace {
 
-bool oneSession(ServerSession& session, const QString& user, const QString& password)
+// Says what failed on stderr; returns the exit code given.
+int fail(int code, const char* what, const QString& why)
+{
+    std::fprintf(stderr, "%s: %s\n", what, qPrintable(why));
+    return code;
+}
+
+// One session's log-in, entries and log-out; 0, or the exit code of its failure.
+int oneSession(ServerSession& session, const QString& user, const QString& password)
 {
     const ServerLogIn in = session.logIn(user, SecretBytes(password.toUtf8()));
-    if (in.status != LogInStatus::Success) {
-        std::fprintf(stderr, "log-in: %d %s\n", int(in.status), qPrintable(in.error));
-        return false;
-    }
+    if (in.status != LogInStatus::Success)
+        return fail(1, "log-in", QString::number(int(in.status)) + QLatin1Char(' ') + in.error);
     std::printf("L\n");
     QString error;
     for (int i = 0; i < 3; ++i) {
         const qint64 sequence = session.record(
             in.token, "Reader", QStringLiteral("Plate read by %1").arg(QCoreApplication::applicationPid()),
             &error);
-        if (sequence == 0) {
-            std::fprintf(stderr, "record: %s\n", qPrintable(error));
-            return false;
-        }
+        if (sequence == 0)
+            return fail(1, "record", error);
         std::printf("R %lld\n", static_cast<long long>(sequence));
     }
-    if (!session.logOut(in.token, "Log out", &error)) {
-        std::fprintf(stderr, "log-out: %s\n", qPrintable(error));
-        return false;
-    }
+    if (!session.logOut(in.token, "Log out", &error))
+        return fail(1, "log-out", error);
     std::printf("O\n");
     std::fflush(stdout);
-    return true;
+    return 0;
 }
 
 } // namespace
@@ -52,25 +54,21 @@ int main(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
     const QStringList args = QCoreApplication::arguments();
-    if (args.size() != 6) {
-        std::fprintf(stderr, "usage: server-writer SOCKET_FOLDER DATABASE USER PASSWORD MILLISECONDS\n");
-        return 2;
-    }
+    if (args.size() != 6)
+        return fail(2, "usage", "server-writer SOCKET_FOLDER DATABASE USER PASSWORD MILLISECONDS");
     ServerSettings settings;
     settings.host = args[1];
     settings.database = args[2];
     QString error;
     const std::unique_ptr<ServerConnection> connection = ServerConnection::open(settings, &error);
-    if (!connection) {
-        std::fprintf(stderr, "%s\n", qPrintable(error));
-        return 1;
-    }
+    if (!connection)
+        return fail(1, "connect", error);
     ServerSession session(*connection,
                           QStringLiteral("workstation-%1").arg(QCoreApplication::applicationPid()));
     QElapsedTimer clock;
     clock.start();
     while (clock.elapsed() < args[5].toLongLong())
-        if (!oneSession(session, args[3], args[4]))
-            return 1;
+        if (const int code = oneSession(session, args[3], args[4]))
+            return code;
     return 0;
 }
