@@ -1,7 +1,7 @@
 #include "OrganiserTree.h"
 #include "FolderTreeModel.h"
-#include "FuseShare.h"
 #include "ListingWait.h"
+#include "MountedShare.h"
 #include "OrganiserWorld.h"
 
 #include <QAbstractItemModelTester>
@@ -10,7 +10,6 @@
 #include <QTest>
 
 using namespace nebra;
-using nebra::test::FuseShare;
 using nebra::test::makeFolder;
 using nebra::test::readFile;
 using nebra::test::TreeWorld;
@@ -110,15 +109,14 @@ private Q_SLOTS:
     // when the share answers.
     void aBranchOnAShareThatDoesNotAnswerIsWaitedFor()
     {
-        if (const QString reason = FuseShare::unavailableReason(); !reason.isEmpty())
-            QSKIP(qPrintable(reason));
         TreeWorld o;
-        QTemporaryDir backing;
-        makeFolder(backing.filePath("Run 1"));
         makeFolder(o.data("Protocols/Elisa"));
-        FuseShare share;
-        QVERIFY(share.mount(backing.path(), o.data("Results")));
-        share.freeze();
+        test::MountedShare share;
+        share.mount = o.data("Results");
+        if (!share.made())
+            return;
+        makeFolder(share.backing + "/Run 1");
+        share.fuse.freeze();
         QElapsedTimer answered;
         answered.start();
         o.organiser.InitialiseOrganiserTree();
@@ -127,7 +125,7 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(results.text(), OrganiserTree::waitingCaption("Results"), 5000);
         QCOMPARE(o.organiser.node(DocumentType::Protocols).childCount(), 1);
         QVERIFY(o.tree->isBusy());
-        share.thaw();
+        share.fuse.thaw();
         QVERIFY(o.filled());
         QCOMPARE(childRows(results), QStringList{"Run 1 [4] " + o.data("Results/Run 1")});
         QCOMPARE(results.text(), QStringLiteral("Results"));

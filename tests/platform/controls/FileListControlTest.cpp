@@ -1,9 +1,9 @@
 #include "FileListControl.h"
 #include "FileListFilterBox.h"
 #include "FolderReaders.h"
-#include "FuseShare.h"
 #include "ListingWait.h"
 #include "MessageRecorder.h"
+#include "MountedShare.h"
 #include "TestFiles.h"
 #include "UserFolders.h"
 
@@ -18,7 +18,6 @@
 #include <sys/xattr.h>
 
 using namespace nebra;
-using nebra::test::FuseShare;
 using nebra::test::makeFolder;
 using nebra::test::MessageRecorder;
 using nebra::test::UserFolders;
@@ -58,26 +57,6 @@ struct Listing
             if (list.item(i).name() == name)
                 return list.item(i);
         return {};
-    }
-};
-
-// A list of a folder on a bindfs share ("share", backed by "backing").
-struct SharedListing
-{
-    QTemporaryDir dir;
-    FuseShare share;
-    FileListControl list;
-    QString mount = dir.filePath("share");
-
-    // Mounts the share with the files given and lists it.
-    bool listed(const QStringList& files)
-    {
-        if (!share.mount(dir.filePath("backing"), mount))
-            return false;
-        for (const QString& name : files)
-            writeFile(dir.filePath("backing/" + name));
-        list.setFolder(mount);
-        return waitForListing(list);
     }
 };
 
@@ -277,64 +256,46 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(listing.list.itemCount(), 0, 5000);
     }
 
-    // A share that stops answering: the list says it waits, other folders
-    // still list at once, and the rows come when the share answers again.
-    void aFolderThatDoesNotAnswerIsWaitedFor()
+    // A share that stops answering: renaming and deleting return at once,
+    // other folders still list at once, the list says that it waits, and
+    // all is done and shown when the share answers.
+    void aShareThatDoesNotAnswerIsWaitedFor()
     {
-        if (const QString reason = FuseShare::unavailableReason(); !reason.isEmpty())
-            QSKIP(qPrintable(reason));
-        SharedListing shared;
-        QVERIFY(shared.listed({"run.ars"}));
-        auto& [dir, share, list, mount] = shared;
-        writeFile(dir.filePath("local/here.ars"));
-        QCOMPARE(list.itemCount(), 1);
-
-        share.freeze();
-        QSignalSpy waiting(&list, &FileListControl::waiting);
-        list.refresh();
-        QVERIFY(waiting.wait(FolderReaders::WaitingAfterMs + 3000));
-        QCOMPARE(list.itemCount(), 0);
-        auto* state = list.findChild<QLabel*>();
-        QCOMPARE(state->text(), QStringLiteral("Waiting for the folder %1 to answer...").arg(mount));
-        list.setFolder(dir.filePath("local"));
-        QVERIFY(waitForListing(list, 1000));
-        QCOMPARE(list.item(1).name(), QStringLiteral("here.ars"));
-        list.setFolder(mount);
-        QVERIFY(waiting.wait(FolderReaders::WaitingAfterMs + 3000));
-        share.thaw();
-        QVERIFY(waitForListing(list, 10000));
-        QCOMPARE(list.item(1).name(), QStringLiteral("run.ars"));
-        QVERIFY(state->isHidden());
-    }
-
-    // Renaming and deleting on a share that stops answering: both return at
-    // once, the list says that it waits, and both are done when the share answers.
-    void renameAndDeleteOnAShareThatDoesNotAnswer()
-    {
-        if (const QString reason = FuseShare::unavailableReason(); !reason.isEmpty())
-            QSKIP(qPrintable(reason));
         UserFolders user;
-        SharedListing shared;
-        QVERIFY(shared.listed({"a.ars", "b.ars"}));
-        auto& [dir, share, list, mount] = shared;
+        test::MountedShare share;
+        if (!share.made())
+            return;
+        writeFile(share.backing + "/a.ars");
+        writeFile(share.backing + "/b.ars");
+        writeFile(share.dir.filePath("local/here.ars"));
+        FileListControl list;
+        list.setFolder(share.mount);
+        QVERIFY(waitForListing(list));
         MessageRecorder messages;
         messages.answer(MessageButton::Yes);
 
-        share.freeze();
+        share.fuse.freeze();
         QElapsedTimer answered;
         answered.start();
         QVERIFY(list.renameItem(list.item(1), QStringLiteral("renamed.ars")));
         list.item(2).setSelected(true);
         list.deleteSelectedItems();
+        list.setFolder(share.dir.filePath("local"));
+        QVERIFY(waitForListing(list, 1000));
         QVERIFY(answered.elapsed() < 1000);
+        QCOMPARE(list.item(1).name(), QStringLiteral("here.ars"));
+        QSignalSpy waiting(&list, &FileListControl::waiting);
+        list.setFolder(share.mount);
+        QVERIFY(waiting.wait(FolderReaders::WaitingAfterMs + 3000));
+        QCOMPARE(list.itemCount(), 0);
         auto* state = list.findChild<QLabel*>();
-        QTRY_COMPARE_WITH_TIMEOUT(state->text(), FileListControl::waitingText(mount),
-                                  FolderReaders::WaitingAfterMs + 3000);
-        share.thaw();
-        QTRY_COMPARE_WITH_TIMEOUT(QDir(dir.filePath("backing")).entryList(QDir::Files),
+        QCOMPARE(state->text(), QStringLiteral("Waiting for the folder %1 to answer...").arg(share.mount));
+        share.fuse.thaw();
+        QTRY_COMPARE_WITH_TIMEOUT(QDir(share.backing).entryList(QDir::Files),
                                   QStringList{"renamed.ars"}, 10000);
-        QTRY_COMPARE(list.itemCount(), 1);
+        QTRY_COMPARE_WITH_TIMEOUT(list.itemCount(), 1, 10000);
         QCOMPARE(list.item(1).name(), QStringLiteral("renamed.ars"));
+        QVERIFY(state->isHidden());
         QCOMPARE(messages.count(), 1); // the question only
     }
 

@@ -5,7 +5,6 @@
 #include "PlateLayoutViewer.h"
 #include "SpecialFiles.h"
 #include "TestFiles.h"
-#include "WizardPlugins.h"
 
 #include <QAbstractButton>
 #include <QCheckBox>
@@ -207,13 +206,6 @@ private Q_SLOTS:
         QVERIFY(o.wizard->NewFileName().isEmpty());
         QVERIFY2(o.control<QLabel>("lblSaveProblem")->text().startsWith("The protocol was not saved."),
                  qPrintable(o.control<QLabel>("lblSaveProblem")->text()));
-    }
-
-    void theInstalledPluginLoads()
-    {
-        QString reason;
-        QVERIFY2(WizardPlugins(WizardPlugins::DefaultFolder()).Create("NebraWizards.Generic", &reason),
-                 qPrintable(reason));
     }
 };
 

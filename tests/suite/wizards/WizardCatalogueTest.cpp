@@ -1,4 +1,5 @@
 #include "WizardCatalogue.h"
+#include "WizardPlugins.h"
 #include "SpecialFiles.h"
 #include "TestFiles.h"
 
@@ -67,14 +68,20 @@ private Q_SLOTS:
                      .arg(dir.filePath("wizards.json")));
     }
 
-    void installedCatalogueListsGenericFirst()
+    // The shipped catalogue lists Generic first, and every plug-in it names is installed and loads.
+    void installedCatalogueListsGenericFirstAndEachWizardLoads()
     {
         const WizardCatalogue catalogue(WizardCatalogue::FileIn(qEnvironmentVariable("NEBRA_TEST_DATA_DIR")));
         QVERIFY(catalogue.errorString().isEmpty());
-        QVERIFY(catalogue.Wizards().Count() >= 1);
+        QVERIFY(catalogue.Wizards().Count() >= 2);
         QCOMPARE(catalogue.Wizards().Item(1).Name, "Generic");
+        for (int i = 1; i <= catalogue.Wizards().Count(); ++i) {
+            QString reason;
+            QVERIFY2(WizardPlugins(WizardPlugins::DefaultFolder()).Create(catalogue.Wizards().Item(i).ProgID, &reason),
+                     qPrintable(reason));
+        }
     }
 };
 
-QTEST_GUILESS_MAIN(WizardCatalogueTest)
+QTEST_MAIN(WizardCatalogueTest)
 #include "WizardCatalogueTest.moc"
