@@ -6,8 +6,6 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <unistd.h>
-
 using namespace nebra;
 using nebra::test::makeFolder;
 using nebra::test::writeFile;
@@ -118,19 +116,6 @@ private Q_SLOTS:
         QCOMPARE(node.child(0).child(0).text(), QStringLiteral("far"));
         QCOMPARE(node.child(1).folderPath(), branch.path(relative + QStringLiteral("/B")));
         QCOMPARE(branch.branches.FindNode(branch.path(relative + QStringLiteral("/b"))), node.child(1));
-    }
-
-    void anUnreadableFolderGetsNoChildren()
-    {
-        if (::geteuid() == 0)
-            QSKIP("permissions do not bind root");
-        Branch branch;
-        makeFolder(branch.path("Results/locked/inner"));
-        QFile::setPermissions(branch.path("Results/locked"), QFileDevice::WriteOwner);
-        branch.fill();
-        QFile::setPermissions(branch.path("Results/locked"),
-                              QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
-        QCOMPARE(outline(branch.model), (QStringList{"Results [4]", "  locked [4]"}));
     }
 
     void addingABranchFindsItsParentIgnoringCase()

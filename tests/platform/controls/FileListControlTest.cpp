@@ -67,25 +67,20 @@ class FileListControlTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void aHeaderClickAnnouncesThenSortsBothWays()
+    void theColumnsAsSortedHeardAndCommented()
     {
         Listing listing;
         listing.list.sortByColumn(QStringLiteral("Date Modified"));
         QCOMPARE(listing.list.item(3).name(), QStringLiteral("new.apr"));
-        QStringList heard;
+        QStringList announced;
         connect(&listing.list, &FileListControl::columnHeaderClicked, &listing.list,
-                [&](const QString& name) { heard << name + QLatin1Char(' ') + listing.list.item(3).name(); });
+                [&](const QString& name) { announced << name + QLatin1Char(' ') + listing.list.item(3).name(); });
         listing.list.clickColumnHeader(QStringLiteral("Date Modified"));
-        QCOMPARE(heard, QStringList{QStringLiteral("Date Modified new.apr")}); // before the sort
+        QCOMPARE(announced, QStringList{QStringLiteral("Date Modified new.apr")}); // before the sort
         QCOMPARE(listing.list.sortOrder(), Qt::DescendingOrder);
         QCOMPARE(listing.list.item(2).name(), QStringLiteral("new.apr"));
         QCOMPARE(listing.list.item(1).name(), QStringLiteral("Sub")); // folders stay first
-    }
-
-    // A screen reader walking the list hears the shown columns only, headers and cells.
-    void hiddenColumnsAreNotHeard()
-    {
-        Listing listing;
+        // A screen reader walking the list hears the shown columns only, headers and cells.
         listing.list.show();
         QVERIFY(QTest::qWaitForWindowExposed(&listing.list));
         const auto heard = [&] {
@@ -105,12 +100,7 @@ private Q_SLOTS:
         QCOMPARE(heard(), QStringList({"Name", "Date Modified"}));
         QVERIFY(listing.list.setColumnShown(QStringLiteral("Type"), true)); // back in its place
         QCOMPARE(heard(), QStringList({"Name", "Type", "Date Modified", "a type cell", "a type cell"}));
-    }
-
-    // A comment column is filled from the files' comments after the listing.
-    void theCommentsFollowTheListing()
-    {
-        Listing listing;
+        // A comment column is filled from the files' comments after the listing.
         const QByteArray comment("Plate 3");
         if (::setxattr(QFile::encodeName(listing.dir.filePath("new.apr")).constData(), "user.xdg.comment",
                        comment.constData(), size_t(comment.size()), 0) != 0)
@@ -211,7 +201,7 @@ private Q_SLOTS:
                  qPrintable(messages.last().text));
     }
 
-    void changesOnDiskAreFollowedKeepingTheSelection()
+    void changesOnDiskAndAVanishedFolder()
     {
         Listing listing;
         listing.named(QStringLiteral("new.apr")).setSelected(true);
@@ -224,11 +214,6 @@ private Q_SLOTS:
         QVERIFY(removed.first().at(0).value<FileListItem>().isFolder());
         QCOMPARE(listing.list.selectedCount(), 1);
         QCOMPARE(listing.list.firstSelectedItem().name(), QStringLiteral("new.apr"));
-    }
-
-    void aVanishedFolderListsNothingAndSaysSo()
-    {
-        Listing listing;
         QVERIFY(listing.list.itemCount() > 0);
         listing.showFolder(listing.dir.filePath("gone"));
         QCOMPARE(listing.list.itemCount(), 0);

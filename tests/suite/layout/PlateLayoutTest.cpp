@@ -107,18 +107,6 @@ private Q_SLOTS:
         QCOMPARE(layout->well(1, 2).role, WellRole::Blank);
     }
 
-    void everyWellNameOfTheLargestPlateReadsBack()
-    {
-        for (int r = 0; r < 32; ++r)
-            for (int c = 0; c < 48; ++c) {
-                int row = -1;
-                int column = -1;
-                const QString name = PlateLayout::wellName(r, c);
-                QVERIFY2(PlateLayout::parseWellName(name.toLower(), row, column), qPrintable(name));
-                QCOMPARE(std::pair(row, column), std::pair(r, c));
-            }
-    }
-
     // A file over the limit is refused whatever its content; a valid layout
     // padded to exactly the limit is read.
     void theSizeLimitIsJudgedOnWhatWasRead_data()
