@@ -129,7 +129,7 @@ private Q_SLOTS:
     }
 
     // A document in a folder the tree is still reading is shown once the folder has arrived.
-    void aDocumentWaitsForTheTreeToReadItsFolder()
+    void aDocumentWaitsForItsFolderAndRenamingKeepsTheExtensionShown()
     {
         Organiser o;
         MessageRecorder messages;
@@ -140,13 +140,8 @@ private Q_SLOTS:
         QTRY_COMPARE(o.tree->currentNode().folderPath(), o.data("Results/Run 1"));
         QTRY_COMPARE(o.list->firstSelectedItem().name(), QStringLiteral("R.ars"));
         QCOMPARE(messages.count(), 0);
-    }
-
-    void renamingKeepsTheExtensionShown()
-    {
-        Organiser o;
-        MessageRecorder messages;
-        o.open({"Protocols/P.apr"}, DocumentType::Protocols);
+        o.tree->setCurrentNode(o.organiser.node(DocumentType::Protocols));
+        QVERIFY(waitForListing(*o.list));
         QVERIFY(!o.list->renameItem(o.item(QStringLiteral("P.apr")), QStringLiteral("Q.txt")));
         QCOMPARE(o.files("Protocols"), QStringList{"P.apr"});
         QCOMPARE(messages.count(), 1);

@@ -136,7 +136,7 @@ private Q_SLOTS:
         QCOMPARE(int(settings.WatchMode()), mode);
     }
 
-    void logLevelSeesChangesMadeByAnotherProgram()
+    void theLevelSeesOtherProgramsAndAWriteIntoAnUnwritableFolderFailsCleanly()
     {
         QTemporaryDir dir;
         const QString path = dir.filePath("Suite.ini");
@@ -147,16 +147,11 @@ private Q_SLOTS:
         SettingsStore other(path);
         QVERIFY(SuiteSettings(other).SetDiagnosticLogLevel(4));
         QCOMPARE(settings.DiagnosticLogLevel(), 4);
-    }
-
-    void writeIntoAnUnwritableFolderFailsCleanly()
-    {
-        QTemporaryDir dir;
         const QString blocker = dir.filePath("file");
         nebra::test::writeFile(blocker, "x");
-        SettingsStore store(blocker + QStringLiteral("/Suite.ini"));
-        QVERIFY(!store.setValue(QStringLiteral("Settings/PlusCaption"), true));
-        QVERIFY(!store.lastError().isEmpty());
+        SettingsStore unwritable(blocker + QStringLiteral("/Suite.ini"));
+        QVERIFY(!unwritable.setValue(QStringLiteral("Settings/PlusCaption"), true));
+        QVERIFY(!unwritable.lastError().isEmpty());
         QCOMPARE(nebra::test::readFile(blocker), QByteArray("x"));
     }
 };

@@ -132,7 +132,7 @@ private Q_SLOTS:
         QVERIFY(!o.tree->isBusy());
     }
 
-    void recreatingResultsFollowsTheDiskAndKeepsTheSelection()
+    void recreatingResultsFollowsTheDiskAndKeepsTheSelectionAndLookups()
     {
         TreeWorld o;
         o.build();
@@ -154,12 +154,6 @@ private Q_SLOTS:
         QCOMPARE(o.tree->currentNode(), o.organiser.node(DocumentType::Protocols));
         QCOMPARE(selected.count(), 0);
         QVERIFY(!o.tree->nodes().isUpdating()); // the views hear of later changes again
-    }
-
-    void lookupsByPathAndName()
-    {
-        TreeWorld o;
-        o.build();
         // The root's "Organiser" never matches a real folder.
         const QString pretend = o.dir.filePath("Organiser");
         QVERIFY(!o.organiser.RemoveExplorerBranch(pretend));
