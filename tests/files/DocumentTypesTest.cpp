@@ -20,9 +20,9 @@ private Q_SLOTS:
             return QList<int>{int(row.newCommand.availability), int(row.openCommand.availability),
                               int(row.runCommand.availability)};
         };
-        QCOMPARE(states(2), (QList<int>{int(On), int(SingleFile), int(Off)}));         // layouts
-        QCOMPARE(states(4), (QList<int>{int(Off), int(SingleFile), int(Off)}));        // results
-        QCOMPARE(states(-3), states(1));                                               // negative: type 1
+        QCOMPARE(states(2), (QList<int>{int(On), int(SingleFile), int(Off)}));             // layouts
+        QCOMPARE(states(4), (QList<int>{int(Off), int(SingleFile), int(Off)}));            // results
+        QCOMPARE(states(-3), states(1));                                                   // negative: type 1
         QCOMPARE(states(6), (QList<int>{int(Unchanged), int(Unchanged), int(Unchanged)})); // unknown
     }
 
@@ -32,7 +32,8 @@ private Q_SLOTS:
         QVERIFY(!RenameExtensionRule::IsRefused("*.apr", "New name.APR", "Old.apr", "/data/Old.apr"));
         QVERIFY(RenameExtensionRule::IsRefused("*.apr", "New name", "Old.apr", "/data/Old.apr"));
         QVERIFY(RenameExtensionRule::IsRefused("*.*", "Summary 2.mht", "Summary.mht", "/data/Summary.mht"));
-        QVERIFY(!RenameExtensionRule::IsRefused("*.*", "Summary 2", "Summary", "/data/Summary.ext")); // hidden
+        QVERIFY(
+            !RenameExtensionRule::IsRefused("*.*", "Summary 2", "Summary", "/data/Summary.ext")); // hidden
     }
 };
 

@@ -74,24 +74,15 @@ private Q_SLOTS:
         QCOMPARE(paths.LayoutEditorPath(), expected == "EDITOR" ? editor.fileName() : expected);
     }
 
-    void previewFileSitsBesideTheDocument_data()
-    {
-        QTest::addColumn<QString>("document");
-        QTest::addColumn<QString>("preview");
-        // clang-format off
-        QTest::newRow("protocol") << "/d/My Assays/Protocols/ELISA.apr" << "/d/My Assays/Protocols/ELISA.mht";
-        QTest::newRow("dots in name") << "/d/Run 1.2.ars" << "/d/Run 1.2.mht";
-        QTest::newRow("no extension") << "/d/plain" << "/d/plain.mht";
-        // clang-format on
-    }
-
     void previewFileSitsBesideTheDocument()
     {
-        QFETCH(QString, document);
-        QFETCH(QString, preview);
         QTemporaryDir dir;
         SettingsStore store(dir.filePath("Suite.ini"));
-        QCOMPARE(SuitePaths(store).PreviewFileFor(document), preview);
+        const SuitePaths paths(store);
+        QCOMPARE(paths.PreviewFileFor("/d/My Assays/Protocols/ELISA.apr"),
+                 "/d/My Assays/Protocols/ELISA.mht");
+        QCOMPARE(paths.PreviewFileFor("/d/Run 1.2.ars"), "/d/Run 1.2.mht");
+        QCOMPARE(paths.PreviewFileFor("/d/plain"), "/d/plain.mht");
     }
 
     // How a bad or unreadable catalogue is refused is shared with the wizard

@@ -73,8 +73,9 @@ private Q_SLOTS:
         listing.list.sortByColumn(QStringLiteral("Date Modified"));
         QCOMPARE(listing.list.item(3).name(), QStringLiteral("new.apr"));
         QStringList announced;
-        connect(&listing.list, &FileListControl::columnHeaderClicked, &listing.list,
-                [&](const QString& name) { announced << name + QLatin1Char(' ') + listing.list.item(3).name(); });
+        connect(
+            &listing.list, &FileListControl::columnHeaderClicked, &listing.list,
+            [&](const QString& name) { announced << name + QLatin1Char(' ') + listing.list.item(3).name(); });
         listing.list.clickColumnHeader(QStringLiteral("Date Modified"));
         QCOMPARE(announced, QStringList{QStringLiteral("Date Modified new.apr")}); // before the sort
         QCOMPARE(listing.list.sortOrder(), Qt::DescendingOrder);
@@ -276,8 +277,8 @@ private Q_SLOTS:
         auto* state = list.findChild<QLabel*>();
         QCOMPARE(state->text(), QStringLiteral("Waiting for the folder %1 to answer...").arg(share.mount));
         share.fuse.thaw();
-        QTRY_COMPARE_WITH_TIMEOUT(QDir(share.backing).entryList(QDir::Files),
-                                  QStringList{"renamed.ars"}, 10000);
+        QTRY_COMPARE_WITH_TIMEOUT(QDir(share.backing).entryList(QDir::Files), QStringList{"renamed.ars"},
+                                  10000);
         QTRY_COMPARE_WITH_TIMEOUT(list.itemCount(), 1, 10000);
         QCOMPARE(list.item(1).name(), QStringLiteral("renamed.ars"));
         QVERIFY(state->isHidden());

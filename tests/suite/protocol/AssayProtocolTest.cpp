@@ -51,6 +51,12 @@ private Q_SLOTS:
             AssayProtocol::Parse("\xEF\xBB\xBF" + Head + "Extra=1\n[Plate map]\nwhatever\n", error);
         QVERIFY2(protocol, qPrintable(error));
         QCOMPARE(protocol->units, QStringLiteral("U"));
+        // An absorbance read names a reference wavelength only when it has one.
+        ReadSettings s;
+        s.wavelength = 450;
+        QCOMPARE(s.Summary(), QStringLiteral("Absorbance 450 nm"));
+        s.referenceWavelength = 620;
+        QCOMPARE(s.Summary(), QStringLiteral("Absorbance 450 nm, reference 620 nm"));
     }
 
     void writtenProtocolsReadBack_data()
@@ -93,16 +99,6 @@ private Q_SLOTS:
         QCOMPARE(back->name, protocol.name);
         QCOMPARE(back->settings.has_value(), protocol.settings.has_value());
         QVERIFY(protocol.PreviewPage().contains("<h1>Ünïcode &lt;&amp;&gt; assay</h1>"));
-    }
-
-    // An absorbance read names a reference wavelength only when it has one.
-    void theSummaryNamesAReferenceOnlyWhenThereIsOne()
-    {
-        ReadSettings s;
-        s.wavelength = 450;
-        QCOMPARE(s.Summary(), QStringLiteral("Absorbance 450 nm"));
-        s.referenceWavelength = 620;
-        QCOMPARE(s.Summary(), QStringLiteral("Absorbance 450 nm, reference 620 nm"));
     }
 
     void faultsAreNamed_data()

@@ -1,7 +1,7 @@
 #include "WizardCatalogue.h"
-#include "WizardPlugins.h"
 #include "SpecialFiles.h"
 #include "TestFiles.h"
+#include "WizardPlugins.h"
 
 #include <QTemporaryDir>
 #include <QtTest>
@@ -72,7 +72,8 @@ private Q_SLOTS:
         QCOMPARE(catalogue.Wizards().Item(1).Name, "Generic");
         for (int i = 1; i <= catalogue.Wizards().Count(); ++i) {
             QString reason;
-            QVERIFY2(WizardPlugins(WizardPlugins::DefaultFolder()).Create(catalogue.Wizards().Item(i).ProgID, &reason),
+            QVERIFY2(WizardPlugins(WizardPlugins::DefaultFolder())
+                         .Create(catalogue.Wizards().Item(i).ProgID, &reason),
                      qPrintable(reason));
         }
     }
