@@ -9,6 +9,8 @@
 #include <QWebEngineView>
 #include <QtTest>
 
+#include <functional>
+
 using namespace nebra;
 
 class BrowserControlTest : public QObject
@@ -28,6 +30,22 @@ private:
         return QUrl::fromLocalFile(file.fileName());
     }
 
+    // Clicks the page until done() says a click was taken: a new page takes
+    // clicks only after a moment, and quick repeats would make a double click.
+    static bool clickUntil(BrowserControl& browser, const std::function<bool()>& done)
+    {
+        QElapsedTimer sinceClick;
+        return QTest::qWaitFor(
+            [&] {
+                if (!done() && (!sinceClick.isValid() || sinceClick.elapsed() > 200)) {
+                    QTest::mouseClick(browser.view()->focusProxy(), Qt::LeftButton, {}, QPoint(30, 30));
+                    sinceClick.start();
+                }
+                return done();
+            },
+            BrowserControl::DefaultWaitLimitMs);
+    }
+
 private Q_SLOTS:
     void onlyTheLinksOfThePageAreAnnounced()
     {
@@ -44,17 +62,7 @@ private Q_SLOTS:
         QVERIFY(browser.WaitUntilComplete());
         QCOMPARE(navigated.count(), 1); // neither the program's navigation nor a refresh is announced
         QCOMPARE(announced.count(), 0);
-        // A new page takes clicks only after a moment; quick repeats would make a double click.
-        QElapsedTimer sinceClick;
-        QVERIFY(QTest::qWaitFor(
-            [&] {
-                if (announced.isEmpty() && (!sinceClick.isValid() || sinceClick.elapsed() > 200)) {
-                    QTest::mouseClick(browser.view()->focusProxy(), Qt::LeftButton, {}, QPoint(30, 30));
-                    sinceClick.start();
-                }
-                return !announced.isEmpty();
-            },
-            BrowserControl::DefaultWaitLimitMs));
+        QVERIFY(clickUntil(browser, [&] { return !announced.isEmpty(); }));
         QCOMPARE(announced.first().first().toUrl(), second);
         QVERIFY(navigated.wait(BrowserControl::DefaultWaitLimitMs)); // not cancelled: followed
         QCOMPARE(browser.LocationURL(), second);
@@ -100,16 +108,7 @@ private Q_SLOTS:
             const qsizetype before = heard.size();
             static_cast<void>(QTest::qWaitFor([&] { return heard.size() > before; }, 2000));
         });
-        QElapsedTimer sinceClick;
-        QVERIFY(QTest::qWaitFor(
-            [&] {
-                if (announced == 0 && (!sinceClick.isValid() || sinceClick.elapsed() > 200)) {
-                    QTest::mouseClick(browser.view()->focusProxy(), Qt::LeftButton, {}, QPoint(30, 30));
-                    sinceClick.start();
-                }
-                return announced > 0;
-            },
-            BrowserControl::DefaultWaitLimitMs));
+        QVERIFY(clickUntil(browser, [&] { return announced > 0; }));
         QTRY_VERIFY2_WITH_TIMEOUT(heard.size() == 2, qPrintable(heard.join(' ')), 5000); // started, failed
         QCOMPARE(browser.ReadyState(), int(BrowserControl::Complete));
     }
