@@ -1,4 +1,5 @@
 #include "BrowserControl.h"
+#include "TestFiles.h"
 #include "WebEngineTestMain.h"
 
 #include <QSignalSpy>
@@ -23,11 +24,11 @@ private:
     // A page whose whole surface is a link to the other page.
     QUrl page(const QString& name, const QString& other)
     {
-        QFile file(m_dir.filePath(name));
-        file.open(QIODevice::WriteOnly);
-        file.write("<html><body><a href=\"" + other.toUtf8() +
-                   "\" style=\"position:fixed;left:0;top:0;right:0;bottom:0\">link</a></body></html>");
-        return QUrl::fromLocalFile(file.fileName());
+        test::writeFile(
+            m_dir.filePath(name),
+            "<html><body><a href=\"" + other.toUtf8() +
+                "\" style=\"position:fixed;left:0;top:0;right:0;bottom:0\">link</a></body></html>");
+        return QUrl::fromLocalFile(m_dir.filePath(name));
     }
 
     // Clicks the page until done() says a click was taken: a new page takes
@@ -73,12 +74,10 @@ private Q_SLOTS:
     void pagesRunNoScriptButTheProgramsDo()
     {
         BrowserControl browser;
-        QFile file(m_dir.filePath(QStringLiteral("script.htm")));
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write("<html><head><title>quiet</title></head>"
-                   "<body><script>document.title = 'ran';</script></body></html>");
-        file.close();
-        browser.Navigate(QUrl::fromLocalFile(file.fileName()));
+        test::writeFile(m_dir.filePath("script.htm"),
+                        "<html><head><title>quiet</title></head>"
+                        "<body><script>document.title = 'ran';</script></body></html>");
+        browser.Navigate(QUrl::fromLocalFile(m_dir.filePath("script.htm")));
         QVERIFY(browser.WaitUntilComplete());
         QWebEngineView& view = *browser.view();
         QCOMPARE(view.title(), QStringLiteral("quiet"));
