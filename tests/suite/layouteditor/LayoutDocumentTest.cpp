@@ -168,6 +168,21 @@ private Q_SLOTS:
         QVERIFY(!WellBlock::FromText("# Nebra wells 1 x 2\nsample,,a\n"));
     }
 
+    void examplesOpenAndSaveUnchanged()
+    {
+        const QDir folder(qEnvironmentVariable("NEBRA_TEST_DATA_DIR") + "/Example Assays/Microplate Layouts");
+        for (const QString& name : folder.entryList({QStringLiteral("*.mlo")})) {
+            LayoutDocument document;
+            QString error;
+            QVERIFY2(document.open(folder.filePath(name), error), qPrintable(error));
+            QCOMPARE(document.displayName(), name);
+            const QString copy = m_dir.filePath(name);
+            QCOMPARE(document.saveAs(copy, error), LayoutDocument::SaveResult::Saved);
+            QCOMPARE(test::readFile(copy), test::readFile(folder.filePath(name)));
+            QCOMPARE(document.path(), copy);
+        }
+    }
+
     void replacingAnotherFileAsksFirst_data()
     {
         QTest::addColumn<int>("answer");

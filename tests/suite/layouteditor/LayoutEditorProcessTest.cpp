@@ -68,6 +68,7 @@ private Q_SLOTS:
         QTest::newRow("the layouts folder, quoted") << QStringList{"\"layoutsfolder:" + folder + '"'} << untitled << "96" << folder << "";
         QTest::newRow("a missing layouts folder") << QStringList{"\"layoutsfolder:" + folder + "/gone\""} << untitled << "96" << folder + "/gone" << "The layouts folder \"" + folder + "/gone\" does not exist.";
         QTest::newRow("a missing file") << QStringList{m_dir.filePath("none.mlo")} << untitled << "96" << "" << "does not exist or is not a file";
+        QTest::newRow("an unknown option") << QStringList{"--frobnicate"} << untitled << "96" << "" << "\"--frobnicate\" is not an option";
         // clang-format on
     }
 
@@ -88,6 +89,31 @@ private Q_SLOTS:
         QCOMPARE(report.value("folder"), folder);
         QCOMPARE(report.values("message").size(), message.isEmpty() ? 0 : 1);
         QVERIFY2(report.value("message").contains(message), qPrintable(report.value("message")));
+    }
+
+    void answersHelpAndVersionWithoutAWindow_data()
+    {
+        QTest::addColumn<QString>("option");
+        QTest::addColumn<QString>("output");
+        // clang-format off
+        QTest::newRow("help") << "--help" << "Usage: nebra-layout-editor [LAYOUT | \"layoutsfolder:FOLDER\"";
+        QTest::newRow("version") << "--version" << "nebra-layout-editor " NEBRA_VERSION "\n";
+        // clang-format on
+    }
+
+    void answersHelpAndVersionWithoutAWindow()
+    {
+        QFETCH(QString, option);
+        QFETCH(QString, output);
+        QProcess editor;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert("QT_QPA_PLATFORM", "none-at-all"); // a window would fail to start
+        editor.setProcessEnvironment(environment);
+        editor.start(Editor, {option});
+        QVERIFY(editor.waitForFinished(20000));
+        QCOMPARE(editor.exitCode(), 0);
+        QVERIFY(QString::fromUtf8(editor.readAllStandardOutput()).startsWith(output));
+        QVERIFY(!QFileInfo::exists(m_report));
     }
 
     void startedByTheOrganisersLauncher_data()
