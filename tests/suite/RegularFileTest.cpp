@@ -14,7 +14,7 @@ class RegularFileTest : public QObject
 
 private:
     QTemporaryDir m_dir;
-    std::unique_ptr<test::BoundSocket> m_socket;
+    const test::BoundSocket m_socket{m_dir.filePath("socket")};
 
     QString path(const QString& name) const { return name.startsWith(u'/') ? name : m_dir.filePath(name); }
 
@@ -25,8 +25,7 @@ private Q_SLOTS:
         test::writeFile(m_dir.filePath("empty.txt"));
         test::makeFolder(m_dir.filePath("folder"));
         test::makeFifo(m_dir.filePath("pipe"));
-        m_socket = std::make_unique<test::BoundSocket>(m_dir.filePath("socket"));
-        QVERIFY(m_socket->isBound());
+        QVERIFY(m_socket.isBound());
         QVERIFY(QFile::link(m_dir.filePath("pipe"), m_dir.filePath("link to pipe")));
         QVERIFY(QFile::link(m_dir.filePath("ten.txt"), m_dir.filePath("link to file")));
     }

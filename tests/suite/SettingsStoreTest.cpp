@@ -79,64 +79,43 @@ private Q_SLOTS:
         QCOMPARE(SuiteSettings(store).DiagnosticLogLevel(), 0);
     }
 
-    void valuesThatDoNotParseReadAsDefaults_data()
-    {
-        QTest::addColumn<QByteArray>("line");
-        QTest::addColumn<bool>("showShortcuts");
-        QTest::addColumn<int>("level");
-        // clang-format off
-        QTest::newRow("words") << QByteArray("ShowShortcutsBar=banana\nDiagnosticLogLevel=high") << true << 0;
-        QTest::newRow("numbers") << QByteArray("ShowShortcutsBar=0\nDiagnosticLogLevel= 2 ") << false << 2;
-        QTest::newRow("yes/no") << QByteArray("ShowShortcutsBar=No\nDiagnosticLogLevel=-1") << false << -1;
-        // clang-format on
-    }
-
-    void valuesThatDoNotParseReadAsDefaults()
-    {
-        QFETCH(QByteArray, line);
-        QFETCH(bool, showShortcuts);
-        QFETCH(int, level);
-        QTemporaryDir dir;
-        const QString path = dir.filePath("Suite.ini");
-        nebra::test::writeFile(path, "[Settings]\n" + line + "\n");
-        SettingsStore store(path);
-        SuiteSettings settings(store);
-        QVERIFY(store.warning().isEmpty());
-        QCOMPARE(settings.ShowShortcuts(), showShortcuts);
-        QCOMPARE(settings.DiagnosticLogLevel(), level);
-    }
-
-    void followingFileServers_data()
+    // A value that does not parse, or is out of its range, reads as its default.
+    void valuesAsRead_data()
     {
         QTest::addColumn<QByteArray>("lines");
-        QTest::addColumn<int>("listSeconds");
-        QTest::addColumn<int>("treeSeconds");
-        QTest::addColumn<int>("mode");
+        QTest::addColumn<QString>("read"); // shortcuts bar, log level, list and tree poll seconds, watch mode
         // clang-format off
-        QTest::newRow("defaults") << QByteArray() << 2 << 10 << int(FolderWatchMode::Auto);
-        QTest::newRow("off, and polled") << QByteArray("NetworkPollSeconds=0\nNetworkTreePollSeconds=0\nWatchMode=Poll") << 0 << 0 << int(FolderWatchMode::Poll);
-        QTest::newRow("out of range, unknown") << QByteArray("NetworkPollSeconds=-3\nNetworkTreePollSeconds=99999999\nWatchMode=sometimes") << 2 << 86400 << int(FolderWatchMode::Auto);
-        QTest::newRow("blanks and case") << QByteArray("WatchMode= NOTIFY ") << 2 << 10 << int(FolderWatchMode::Notify);
+        QTest::newRow("defaults") << QByteArray() << "true 0 2 10 Auto";
+        QTest::newRow("words") << QByteArray("ShowShortcutsBar=banana\nDiagnosticLogLevel=high") << "true 0 2 10 Auto";
+        QTest::newRow("numbers") << QByteArray("ShowShortcutsBar=0\nDiagnosticLogLevel= 2 ") << "false 2 2 10 Auto";
+        QTest::newRow("yes/no") << QByteArray("ShowShortcutsBar=No\nDiagnosticLogLevel=-1") << "false -1 2 10 Auto";
+        QTest::newRow("off, and polled") << QByteArray("NetworkPollSeconds=0\nNetworkTreePollSeconds=0\nWatchMode=Poll") << "true 0 0 0 Poll";
+        QTest::newRow("out of range, unknown") << QByteArray("NetworkPollSeconds=-3\nNetworkTreePollSeconds=99999999\nWatchMode=sometimes") << "true 0 2 86400 Auto";
+        QTest::newRow("blanks and case") << QByteArray("WatchMode= NOTIFY ") << "true 0 2 10 Notify";
         // clang-format on
     }
 
-    void followingFileServers()
+    void valuesAsRead()
     {
         QFETCH(QByteArray, lines);
-        QFETCH(int, listSeconds);
-        QFETCH(int, treeSeconds);
-        QFETCH(int, mode);
+        QFETCH(QString, read);
         QTemporaryDir dir;
         const QString path = dir.filePath("Suite.ini");
         nebra::test::writeFile(path, "[Settings]\n" + lines + "\n");
         SettingsStore store(path);
-        const SuiteSettings settings(store);
-        QCOMPARE(settings.NetworkPollSeconds(), listSeconds);
-        QCOMPARE(settings.NetworkTreePollSeconds(), treeSeconds);
-        QCOMPARE(int(settings.WatchMode()), mode);
+        SuiteSettings settings(store);
+        QVERIFY(store.warning().isEmpty());
+        const char* const modes[] = {"Auto", "Notify", "Poll"};
+        QCOMPARE(QStringLiteral("%1 %2 %3 %4 %5")
+                     .arg(settings.ShowShortcuts() ? "true" : "false")
+                     .arg(settings.DiagnosticLogLevel())
+                     .arg(settings.NetworkPollSeconds())
+                     .arg(settings.NetworkTreePollSeconds())
+                     .arg(QLatin1String(modes[int(settings.WatchMode())])),
+                 read);
     }
 
-    void logLevelSeesChangesMadeByAnotherProgram()
+    void theLevelSeesOtherProgramsAndAWriteIntoAnUnwritableFolderFailsCleanly()
     {
         QTemporaryDir dir;
         const QString path = dir.filePath("Suite.ini");
@@ -147,16 +126,11 @@ private Q_SLOTS:
         SettingsStore other(path);
         QVERIFY(SuiteSettings(other).SetDiagnosticLogLevel(4));
         QCOMPARE(settings.DiagnosticLogLevel(), 4);
-    }
-
-    void writeIntoAnUnwritableFolderFailsCleanly()
-    {
-        QTemporaryDir dir;
         const QString blocker = dir.filePath("file");
         nebra::test::writeFile(blocker, "x");
-        SettingsStore store(blocker + QStringLiteral("/Suite.ini"));
-        QVERIFY(!store.setValue(QStringLiteral("Settings/PlusCaption"), true));
-        QVERIFY(!store.lastError().isEmpty());
+        SettingsStore unwritable(blocker + QStringLiteral("/Suite.ini"));
+        QVERIFY(!unwritable.setValue(QStringLiteral("Settings/PlusCaption"), true));
+        QVERIFY(!unwritable.lastError().isEmpty());
         QCOMPARE(nebra::test::readFile(blocker), QByteArray("x"));
     }
 };

@@ -15,7 +15,7 @@ class SuitePathsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void dataFoldersFollowTheParentDirectory()
+    void dataFoldersFollowTheParentDirectoryAndTheShippedDriversAreListed()
     {
         QTemporaryDir dir;
         SettingsStore store(dir.filePath("Suite.ini"));
@@ -29,6 +29,11 @@ private Q_SLOTS:
         for (const QString& folder : {paths.LayoutsFolder(), paths.ReadConfigurationsFolder(),
                                       paths.ResultsFolder(), paths.ProtocolsFolder(), paths.ReportsFolder()})
             QVERIFY2(folder.startsWith(assays + QLatin1Char('/')), qPrintable(folder));
+        // The shipped driver catalogue lists the example drivers.
+        const HLDCollection drivers(paths.DriverCatalogueFile());
+        QVERIFY(drivers.errorString().isEmpty());
+        QVERIFY(drivers.Count() >= 2);
+        QCOMPARE(drivers.Item(1).FullName, drivers.Items().first().FullName);
     }
 
     void layoutEditorDefaultsToTheSuitesOwn_data()
@@ -69,24 +74,15 @@ private Q_SLOTS:
         QCOMPARE(paths.LayoutEditorPath(), expected == "EDITOR" ? editor.fileName() : expected);
     }
 
-    void previewFileSitsBesideTheDocument_data()
-    {
-        QTest::addColumn<QString>("document");
-        QTest::addColumn<QString>("preview");
-        // clang-format off
-        QTest::newRow("protocol") << "/d/My Assays/Protocols/ELISA.apr" << "/d/My Assays/Protocols/ELISA.mht";
-        QTest::newRow("dots in name") << "/d/Run 1.2.ars" << "/d/Run 1.2.mht";
-        QTest::newRow("no extension") << "/d/plain" << "/d/plain.mht";
-        // clang-format on
-    }
-
     void previewFileSitsBesideTheDocument()
     {
-        QFETCH(QString, document);
-        QFETCH(QString, preview);
         QTemporaryDir dir;
         SettingsStore store(dir.filePath("Suite.ini"));
-        QCOMPARE(SuitePaths(store).PreviewFileFor(document), preview);
+        const SuitePaths paths(store);
+        QCOMPARE(paths.PreviewFileFor("/d/My Assays/Protocols/ELISA.apr"),
+                 "/d/My Assays/Protocols/ELISA.mht");
+        QCOMPARE(paths.PreviewFileFor("/d/Run 1.2.ars"), "/d/Run 1.2.mht");
+        QCOMPARE(paths.PreviewFileFor("/d/plain"), "/d/plain.mht");
     }
 
     // How a bad or unreadable catalogue is refused is shared with the wizard
@@ -103,18 +99,6 @@ private Q_SLOTS:
         QCOMPARE(read, (QStringList{"A", "B C"}));
         QVERIFY(drivers.errorString().isEmpty());
         QCOMPARE(HLDCollection(dir.filePath("missing.json")).Count(), 0);
-    }
-
-    void shippedCatalogueListsTheExampleDrivers()
-    {
-        QTemporaryDir dir;
-        SettingsStore store(dir.filePath("Suite.ini"));
-        SuitePaths paths(store);
-        paths.Initialise();
-        const HLDCollection drivers(paths.DriverCatalogueFile());
-        QVERIFY(drivers.errorString().isEmpty());
-        QVERIFY(drivers.Count() >= 2);
-        QCOMPARE(drivers.Item(1).FullName, drivers.Items().first().FullName);
     }
 };
 

@@ -1,7 +1,7 @@
 #include "OrganiserTree.h"
 #include "FolderTreeModel.h"
-#include "FuseShare.h"
 #include "ListingWait.h"
+#include "MountedShare.h"
 #include "OrganiserWorld.h"
 
 #include <QAbstractItemModelTester>
@@ -10,7 +10,6 @@
 #include <QTest>
 
 using namespace nebra;
-using nebra::test::FuseShare;
 using nebra::test::makeFolder;
 using nebra::test::readFile;
 using nebra::test::TreeWorld;
@@ -110,15 +109,14 @@ private Q_SLOTS:
     // when the share answers.
     void aBranchOnAShareThatDoesNotAnswerIsWaitedFor()
     {
-        if (const QString reason = FuseShare::unavailableReason(); !reason.isEmpty())
-            QSKIP(qPrintable(reason));
         TreeWorld o;
-        QTemporaryDir backing;
-        makeFolder(backing.filePath("Run 1"));
         makeFolder(o.data("Protocols/Elisa"));
-        FuseShare share;
-        QVERIFY(share.mount(backing.path(), o.data("Results")));
-        share.freeze();
+        test::MountedShare share;
+        share.mount = o.data("Results");
+        if (!share.made())
+            return;
+        makeFolder(share.backing + "/Run 1");
+        share.fuse.freeze();
         QElapsedTimer answered;
         answered.start();
         o.organiser.InitialiseOrganiserTree();
@@ -127,14 +125,14 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(results.text(), OrganiserTree::waitingCaption("Results"), 5000);
         QCOMPARE(o.organiser.node(DocumentType::Protocols).childCount(), 1);
         QVERIFY(o.tree->isBusy());
-        share.thaw();
+        share.fuse.thaw();
         QVERIFY(o.filled());
         QCOMPARE(childRows(results), QStringList{"Run 1 [4] " + o.data("Results/Run 1")});
         QCOMPARE(results.text(), QStringLiteral("Results"));
         QVERIFY(!o.tree->isBusy());
     }
 
-    void recreatingResultsFollowsTheDiskAndKeepsTheSelection()
+    void recreatingResultsFollowsTheDiskAndKeepsTheSelectionAndLookups()
     {
         TreeWorld o;
         o.build();
@@ -156,12 +154,6 @@ private Q_SLOTS:
         QCOMPARE(o.tree->currentNode(), o.organiser.node(DocumentType::Protocols));
         QCOMPARE(selected.count(), 0);
         QVERIFY(!o.tree->nodes().isUpdating()); // the views hear of later changes again
-    }
-
-    void lookupsByPathAndName()
-    {
-        TreeWorld o;
-        o.build();
         // The root's "Organiser" never matches a real folder.
         const QString pretend = o.dir.filePath("Organiser");
         QVERIFY(!o.organiser.RemoveExplorerBranch(pretend));

@@ -13,25 +13,10 @@ class TreeNavigationTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void upIsEnabledWhereItLeadsSomewhere_data()
-    {
-        QTest::addColumn<int>("level");
-        QTest::addColumn<int>("state");
-        QTest::addColumn<bool>("enabled");
-        // clang-format off
-        QTest::newRow("root") << 0 << 0 << false;
-        QTest::newRow("root, navigated") << 0 << 1 << false;
-        QTest::newRow("primary folder") << 1 << 0 << true;
-        QTest::newRow("primary folder, navigated") << 1 << 1 << false;
-        QTest::newRow("sub-folder, navigated") << 2 << 1 << true;
-        // clang-format on
-    }
-
+    // Rows: the node's level (the root, a primary folder, a sub-folder), the
+    // change's state (0 selected, 1 navigated), and whether Up is enabled after it.
     void upIsEnabledWhereItLeadsSomewhere()
     {
-        QFETCH(int, level);
-        QFETCH(int, state);
-        QFETCH(bool, enabled);
         TreeWorld world;
         makeFolder(world.data("Protocols/Sub"));
         world.build();
@@ -39,9 +24,14 @@ private Q_SLOTS:
         TreeNavigation navigation(*world.tree, organiser);
         const FolderNode nodes[] = {organiser.rootNode(), organiser.node(DocumentType::Protocols),
                                     organiser.node(DocumentType::Protocols).child(0)};
-        world.tree->setButtonEnabled(FolderTreeControl::UpButton, !enabled);
-        navigation.OnCurrentNodeChanged(nodes[level], state);
-        QCOMPARE(world.tree->isButtonEnabled(FolderTreeControl::UpButton), enabled);
+        // clang-format off
+        for (const auto& [level, state, enabled] : {std::tuple{0, 0, false}, {0, 1, false}, {1, 0, true}, {1, 1, false}, {2, 1, true}}) {
+            // clang-format on
+            world.tree->setButtonEnabled(FolderTreeControl::UpButton, !enabled);
+            navigation.OnCurrentNodeChanged(nodes[level], state);
+            QVERIFY2(world.tree->isButtonEnabled(FolderTreeControl::UpButton) == enabled,
+                     qPrintable(QStringLiteral("level %1, state %2").arg(level).arg(state)));
+        }
     }
 };
 

@@ -1,4 +1,5 @@
 #include "BrowserControl.h"
+#include "TestFiles.h"
 #include "WebEngineTestMain.h"
 
 #include <QSignalSpy>
@@ -8,6 +9,8 @@
 #include <QWebEngineScript>
 #include <QWebEngineView>
 #include <QtTest>
+
+#include <functional>
 
 using namespace nebra;
 
@@ -21,11 +24,27 @@ private:
     // A page whose whole surface is a link to the other page.
     QUrl page(const QString& name, const QString& other)
     {
-        QFile file(m_dir.filePath(name));
-        file.open(QIODevice::WriteOnly);
-        file.write("<html><body><a href=\"" + other.toUtf8() +
-                   "\" style=\"position:fixed;left:0;top:0;right:0;bottom:0\">link</a></body></html>");
-        return QUrl::fromLocalFile(file.fileName());
+        test::writeFile(
+            m_dir.filePath(name),
+            "<html><body><a href=\"" + other.toUtf8() +
+                "\" style=\"position:fixed;left:0;top:0;right:0;bottom:0\">link</a></body></html>");
+        return QUrl::fromLocalFile(m_dir.filePath(name));
+    }
+
+    // Clicks the page until done() says a click was taken: a new page takes
+    // clicks only after a moment, and quick repeats would make a double click.
+    static bool clickUntil(BrowserControl& browser, const std::function<bool()>& done)
+    {
+        QElapsedTimer sinceClick;
+        return QTest::qWaitFor(
+            [&] {
+                if (!done() && (!sinceClick.isValid() || sinceClick.elapsed() > 200)) {
+                    QTest::mouseClick(browser.view()->focusProxy(), Qt::LeftButton, {}, QPoint(30, 30));
+                    sinceClick.start();
+                }
+                return done();
+            },
+            BrowserControl::DefaultWaitLimitMs);
     }
 
 private Q_SLOTS:
@@ -44,17 +63,7 @@ private Q_SLOTS:
         QVERIFY(browser.WaitUntilComplete());
         QCOMPARE(navigated.count(), 1); // neither the program's navigation nor a refresh is announced
         QCOMPARE(announced.count(), 0);
-        // A new page takes clicks only after a moment; quick repeats would make a double click.
-        QElapsedTimer sinceClick;
-        QVERIFY(QTest::qWaitFor(
-            [&] {
-                if (announced.isEmpty() && (!sinceClick.isValid() || sinceClick.elapsed() > 200)) {
-                    QTest::mouseClick(browser.view()->focusProxy(), Qt::LeftButton, {}, QPoint(30, 30));
-                    sinceClick.start();
-                }
-                return !announced.isEmpty();
-            },
-            BrowserControl::DefaultWaitLimitMs));
+        QVERIFY(clickUntil(browser, [&] { return !announced.isEmpty(); }));
         QCOMPARE(announced.first().first().toUrl(), second);
         QVERIFY(navigated.wait(BrowserControl::DefaultWaitLimitMs)); // not cancelled: followed
         QCOMPARE(browser.LocationURL(), second);
@@ -65,12 +74,10 @@ private Q_SLOTS:
     void pagesRunNoScriptButTheProgramsDo()
     {
         BrowserControl browser;
-        QFile file(m_dir.filePath(QStringLiteral("script.htm")));
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write("<html><head><title>quiet</title></head>"
-                   "<body><script>document.title = 'ran';</script></body></html>");
-        file.close();
-        browser.Navigate(QUrl::fromLocalFile(file.fileName()));
+        test::writeFile(m_dir.filePath("script.htm"),
+                        "<html><head><title>quiet</title></head>"
+                        "<body><script>document.title = 'ran';</script></body></html>");
+        browser.Navigate(QUrl::fromLocalFile(m_dir.filePath("script.htm")));
         QVERIFY(browser.WaitUntilComplete());
         QWebEngineView& view = *browser.view();
         QCOMPARE(view.title(), QStringLiteral("quiet"));
@@ -100,16 +107,7 @@ private Q_SLOTS:
             const qsizetype before = heard.size();
             static_cast<void>(QTest::qWaitFor([&] { return heard.size() > before; }, 2000));
         });
-        QElapsedTimer sinceClick;
-        QVERIFY(QTest::qWaitFor(
-            [&] {
-                if (announced == 0 && (!sinceClick.isValid() || sinceClick.elapsed() > 200)) {
-                    QTest::mouseClick(browser.view()->focusProxy(), Qt::LeftButton, {}, QPoint(30, 30));
-                    sinceClick.start();
-                }
-                return announced > 0;
-            },
-            BrowserControl::DefaultWaitLimitMs));
+        QVERIFY(clickUntil(browser, [&] { return announced > 0; }));
         QTRY_VERIFY2_WITH_TIMEOUT(heard.size() == 2, qPrintable(heard.join(' ')), 5000); // started, failed
         QCOMPARE(browser.ReadyState(), int(BrowserControl::Complete));
     }

@@ -8,7 +8,6 @@
 
 #include <cerrno>
 
-#include <sys/stat.h>
 #include <unistd.h>
 
 using namespace nebra;
@@ -109,38 +108,6 @@ private Q_SLOTS:
             names.sort();
             QCOMPARE(names, (QStringList{QStringLiteral("a.mlo"), QStringLiteral("broken.mlo")}));
         }
-    }
-
-    // Link loops are recognised by these identities, taken from the listing
-    // without a stat: they must be the folders' own.
-    void subfoldersOfAnOpenFolderCarryTheirIdentity()
-    {
-        QTemporaryDir dir;
-        makeFolder(dir.filePath("b/inner"));
-        makeFolder(dir.filePath("A"));
-        writeFile(dir.filePath("file"));
-        QVERIFY(QFile::link(dir.filePath("b"), dir.filePath("link")));
-        int error = -1;
-        const DirectoryReader::OpenFolder folder = DirectoryReader::open(encoded(dir.path()), error);
-        QVERIFY(folder.isOpen());
-        QCOMPARE(error, 0);
-        const DirectoryReader::FolderId self = DirectoryReader::idOf(folder);
-        const auto listing = DirectoryReader::subfolders(folder, self.device);
-        QCOMPARE(listing.error, 0);
-        QStringList names;
-        for (const auto& entry : listing.folders) {
-            names.append(entry.name);
-            struct stat st = {};
-            QCOMPARE(::stat(encoded(dir.filePath(entry.name)).constData(), &st), 0);
-            QCOMPARE(entry.target, (DirectoryReader::FolderId{quint64(st.st_dev), quint64(st.st_ino)}));
-        }
-        QCOMPARE(names, (QStringList{"A", "b", "link"}));
-        QVERIFY(listing.folders[2].isLink);
-        const DirectoryReader::OpenFolder inner = DirectoryReader::openSubfolder(folder, "b", error);
-        QVERIFY(inner.isOpen());
-        QCOMPARE(DirectoryReader::subfolders(inner, self.device).folders.size(), size_t(1));
-        QVERIFY(!DirectoryReader::openSubfolder(folder, "file", error).isOpen());
-        QCOMPARE(error, ENOTDIR);
     }
 };
 

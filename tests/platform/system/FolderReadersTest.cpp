@@ -1,6 +1,6 @@
 #include "FolderReaders.h"
 #include "DirectoryReader.h"
-#include "FuseShare.h"
+#include "MountedShare.h"
 
 #include <QElapsedTimer>
 #include <QProcess>
@@ -44,32 +44,19 @@ class FolderReadersTest : public QObject
 
 private:
     QTemporaryDir m_dir;
-    QString m_mount;
-    std::unique_ptr<test::FuseShare> m_share;
 
     // A share with two folders on it, its daemon frozen: the server stopped answering.
-    bool frozenShare()
+    static bool frozen(test::MountedShare& share)
     {
-        if (const QString reason = test::FuseShare::unavailableReason(); !reason.isEmpty()) {
-            QTest::qSkip(qPrintable(reason), __FILE__, __LINE__);
+        if (!share.made())
             return false;
-        }
-        const QString backing = m_dir.filePath(QStringLiteral("backing"));
-        m_mount = m_dir.filePath(QStringLiteral("share"));
-        QDir().mkpath(backing + QStringLiteral("/Protocols"));
-        QDir().mkpath(backing + QStringLiteral("/Results"));
-        m_share = std::make_unique<test::FuseShare>();
-        if (!m_share->mount(backing, m_mount)) {
-            QTest::qFail("bindfs did not mount the share", __FILE__, __LINE__);
-            return false;
-        }
-        m_share->freeze();
+        QDir().mkpath(share.backing + QStringLiteral("/Protocols"));
+        QDir().mkpath(share.backing + QStringLiteral("/Results"));
+        share.fuse.freeze();
         return true;
     }
 
 private Q_SLOTS:
-    void cleanup() { m_share.reset(); }
-
     void readsRunOnAnotherThreadAndAnswerInOrder()
     {
         FolderReaders readers;
@@ -93,7 +80,8 @@ private Q_SLOTS:
 
     void aFrozenShareIsReportedWaitingWhileOtherFoldersAnswer()
     {
-        if (!frozenShare())
+        test::MountedShare share;
+        if (!frozen(share))
             return;
         FolderReaders readers;
         QElapsedTimer clock;
@@ -101,7 +89,7 @@ private Q_SLOTS:
         qint64 waitedAt = -1;
         std::optional<size_t> shared;
         readers.read(
-            m_mount, Lane::User, this, Listing{QFile::encodeName(m_mount)},
+            share.mount, Lane::User, this, Listing{QFile::encodeName(share.mount)},
             [&shared](size_t count) { shared = count; }, [&] { waitedAt = clock.elapsed(); });
         bool localAnswered = false;
         readers.read(m_dir.path(), Lane::User, this, Listing{QFile::encodeName(m_dir.path())},
@@ -111,33 +99,34 @@ private Q_SLOTS:
         QVERIFY2(waitedAt >= FolderReaders::WaitingAfterMs, qPrintable(QString::number(waitedAt)));
         QVERIFY(!shared);
 
-        m_share->thaw();
+        share.fuse.thaw();
         QTRY_VERIFY_WITH_TIMEOUT(shared.has_value(), Bound);
         QCOMPARE(*shared, size_t(2));
     }
 
     void cancelledReadsAndThoseWhoseAskerWentAreNotDelivered()
     {
-        if (!frozenShare())
+        test::MountedShare share;
+        if (!frozen(share))
             return;
         FolderReaders readers;
         int delivered = 0;
         const auto count = [&delivered](size_t) { ++delivered; };
-        const Listing stuck{QFile::encodeName(m_mount)};
+        const Listing stuck{QFile::encodeName(share.mount)};
         const Listing queued{stuck.raw};
         const Listing orphaned{stuck.raw};
-        const quint64 stuckId = readers.read(m_mount, Lane::User, this, stuck, count);
+        const quint64 stuckId = readers.read(share.mount, Lane::User, this, stuck, count);
         QTRY_VERIFY_WITH_TIMEOUT(*stuck.started, Bound);
         readers.cancel(stuckId);
-        readers.cancel(readers.read(m_mount, Lane::User, this, queued, count));
+        readers.cancel(readers.read(share.mount, Lane::User, this, queued, count));
         auto* asker = new QObject;
-        readers.read(m_mount, Lane::User, asker, orphaned, count);
+        readers.read(share.mount, Lane::User, asker, orphaned, count);
         delete asker;
 
-        m_share->thaw();
+        share.fuse.thaw();
         bool last = false;
         readers.read(
-            m_mount, Lane::User, this, [] { return 0; }, [&last](int) { last = true; });
+            share.mount, Lane::User, this, [] { return 0; }, [&last](int) { last = true; });
         QTRY_VERIFY_WITH_TIMEOUT(last, Bound);
         QCOMPARE(delivered, 0);
         QVERIFY(*stuck.done && !*queued.started && *orphaned.done);
@@ -146,19 +135,20 @@ private Q_SLOTS:
 
     void destroyingTheReadersNeverWaitsForAStuckRead()
     {
-        if (!frozenShare())
+        test::MountedShare share;
+        if (!frozen(share))
             return;
         auto readers = std::make_unique<FolderReaders>();
         bool delivered = false;
-        const Listing stuck{QFile::encodeName(m_mount)};
-        readers->read(m_mount, Lane::User, this, stuck, [&delivered](size_t) { delivered = true; });
+        const Listing stuck{QFile::encodeName(share.mount)};
+        readers->read(share.mount, Lane::User, this, stuck, [&delivered](size_t) { delivered = true; });
         QTRY_VERIFY_WITH_TIMEOUT(*stuck.started, Bound);
         QElapsedTimer clock;
         clock.start();
         readers.reset();
         QVERIFY(clock.elapsed() < 1000);
 
-        m_share->thaw(); // the abandoned thread ends its read and must deliver nothing
+        share.fuse.thaw(); // the abandoned thread ends its read and must deliver nothing
         QTRY_VERIFY_WITH_TIMEOUT(*stuck.done, Bound);
         QCoreApplication::processEvents();
         QVERIFY(!delivered);
@@ -166,7 +156,8 @@ private Q_SLOTS:
 
     void theProcessEndsWhileAReadIsStuck()
     {
-        if (!frozenShare())
+        test::MountedShare share;
+        if (!frozen(share))
             return;
         QProcess probe;
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
@@ -175,7 +166,7 @@ private Q_SLOTS:
         environment.insert(QStringLiteral("ASAN_OPTIONS"), environment.value(QStringLiteral("ASAN_OPTIONS")) +
                                                                QStringLiteral(":detect_leaks=0"));
         probe.setProcessEnvironment(environment);
-        probe.start(QStringLiteral(PROBE_PATH), {m_mount});
+        probe.start(QStringLiteral(PROBE_PATH), {share.mount});
         QVERIFY(probe.waitForFinished(FolderReaders::WaitingAfterMs + Bound));
         QCOMPARE(probe.exitStatus(), QProcess::NormalExit);
         QCOMPARE(probe.exitCode(), 0);

@@ -1,6 +1,6 @@
 #include "FolderWatch.h"
 #include "FolderReaders.h"
-#include "FuseShare.h"
+#include "MountedShare.h"
 #include "TestFiles.h"
 
 #include <QElapsedTimer>
@@ -44,23 +44,20 @@ private Q_SLOTS:
     // force once the server answers.
     void aFrozenServerHoldsOnlyTheWatch()
     {
-        if (const QString reason = test::FuseShare::unavailableReason(); !reason.isEmpty())
-            QSKIP(qPrintable(reason));
-        QTemporaryDir dir;
-        test::FuseShare share;
-        makeFolder(dir.filePath("backing/Results"));
-        QVERIFY(share.mount(dir.filePath("backing"), dir.filePath("share")));
+        test::MountedShare share;
+        if (!share.made())
+            return;
+        makeFolder(share.backing + "/Results");
         FolderReaders readers;
         FolderWatch watch(readers);
         QSignalSpy changed(&watch, &FolderWatch::changed);
-        share.freeze();
+        share.fuse.freeze();
         QElapsedTimer clock;
         clock.start();
-        watch.watch(dir.filePath("share/Results"));
+        watch.watch(share.mount + "/Results");
         QVERIFY(clock.elapsed() < 1000);
-        share.thaw();
-        QTRY_VERIFY_WITH_TIMEOUT((writeFile(dir.filePath("share/Results/run.ars")), !changed.isEmpty()),
-                                 10000);
+        share.fuse.thaw();
+        QTRY_VERIFY_WITH_TIMEOUT((writeFile(share.mount + "/Results/run.ars"), !changed.isEmpty()), 10000);
     }
 };
 

@@ -21,13 +21,20 @@ class PlateLayoutTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void readsTheExampleLayouts()
+    void readsTheExamplesAndPassesOverUnknownSectionsAndKeys()
     {
         const QDir folder(qEnvironmentVariable("NEBRA_TEST_DATA_DIR") + "/Example Assays/Microplate Layouts");
         QString error;
         for (const QString& name : folder.entryList({QStringLiteral("*.mlo")}))
             QVERIFY2(PlateLayout::Load(folder.filePath(name), error), qPrintable(name + ": " + error));
         QVERIFY(folder.entryList({QStringLiteral("*.mlo")}).size() >= 3);
+        // Unknown sections and keys after the layout are passed over.
+        const auto layout = PlateLayout::Parse("\xef\xbb\xbf[layout]\r\nName=N\r\nRows=2\r\nColumns="
+                                               "3\r\nOwner=x\r\n[Notes]\r\nb3=?\r\n[WELLS]\r\nb3=blank\r\n",
+                                               error);
+        QVERIFY2(layout, qPrintable(error));
+        QCOMPARE(layout->name(), QStringLiteral("N"));
+        QCOMPARE(layout->well(1, 2).role, WellRole::Blank);
     }
 
     void supportsEveryPlateFrom6To1536Wells_data()
@@ -94,29 +101,6 @@ private Q_SLOTS:
         QString error;
         QVERIFY(!PlateLayout::Parse(text, error));
         QVERIFY2(error.contains(reason), qPrintable(error));
-    }
-
-    void unknownSectionsAndKeysAfterTheLayoutArePassedOver()
-    {
-        QString error;
-        const auto layout = PlateLayout::Parse("\xef\xbb\xbf[layout]\r\nName=N\r\nRows=2\r\nColumns="
-                                               "3\r\nOwner=x\r\n[Notes]\r\nb3=?\r\n[WELLS]\r\nb3=blank\r\n",
-                                               error);
-        QVERIFY2(layout, qPrintable(error));
-        QCOMPARE(layout->name(), QStringLiteral("N"));
-        QCOMPARE(layout->well(1, 2).role, WellRole::Blank);
-    }
-
-    void everyWellNameOfTheLargestPlateReadsBack()
-    {
-        for (int r = 0; r < 32; ++r)
-            for (int c = 0; c < 48; ++c) {
-                int row = -1;
-                int column = -1;
-                const QString name = PlateLayout::wellName(r, c);
-                QVERIFY2(PlateLayout::parseWellName(name.toLower(), row, column), qPrintable(name));
-                QCOMPARE(std::pair(row, column), std::pair(r, c));
-            }
     }
 
     // A file over the limit is refused whatever its content; a valid layout

@@ -40,18 +40,13 @@ private Q_SLOTS:
         QVERIFY(!viewer.wellAt(QPoint(600, 400)).isEmpty());
     }
 
-    void aNameIsShownAsWrittenEvenWithPlaceholders()
+    void theNameIsShownAsWrittenAndTheTitleFollowsTheWidth()
     {
         PlateLayoutViewer viewer;
         viewer.setPlateLayout(PlateLayout(QStringLiteral("%2 and %1"), 8, 12));
         QCOMPARE(viewer.accessibleDescription(), QStringLiteral("%2 and %1: 96 wells, 8 rows by 12 columns"));
-    }
-
-    // The elided title is kept between paints; it must still follow the
-    // width and the layout.
-    void theTitleFollowsTheWidthAndTheLayout()
-    {
-        PlateLayoutViewer viewer;
+        // The elided title is kept between paints; it must still follow the
+        // width and the layout.
         const QString longName = QStringLiteral("Standard curve ").repeated(20000); // 300 000 characters
         viewer.setPlateLayout(PlateLayout(longName, 8, 12));
         viewer.resize(300, 220);

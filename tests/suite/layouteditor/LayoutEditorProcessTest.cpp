@@ -69,7 +69,6 @@ private Q_SLOTS:
         QTest::newRow("a missing layouts folder") << QStringList{"\"layoutsfolder:" + folder + "/gone\""} << untitled << "96" << folder + "/gone" << "The layouts folder \"" + folder + "/gone\" does not exist.";
         QTest::newRow("a missing file") << QStringList{m_dir.filePath("none.mlo")} << untitled << "96" << "" << "does not exist or is not a file";
         QTest::newRow("an unknown option") << QStringList{"--frobnicate"} << untitled << "96" << "" << "\"--frobnicate\" is not an option";
-        QTest::newRow("not a layout") << QStringList{m_report.chopped(4) + ".mlo"} << untitled << "96" << "" << "could not be opened";
         // clang-format on
     }
 
@@ -80,8 +79,6 @@ private Q_SLOTS:
         QFETCH(QString, wells);
         QFETCH(QString, folder);
         QFETCH(QString, message);
-        if (QTest::currentDataTag() == QLatin1String("not a layout"))
-            test::writeFile(arguments.constFirst(), "not a layout\n");
         QProcess editor;
         editor.start(Editor, arguments);
         QVERIFY(editor.waitForFinished(20000));

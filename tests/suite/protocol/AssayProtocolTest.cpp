@@ -34,18 +34,29 @@ class AssayProtocolTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void exampleProtocolsAreValid()
+    void examplesAreValidAndLaterSectionsAndKeysArePassedOver()
     {
         const QDir folder(qEnvironmentVariable("NEBRA_TEST_DATA_DIR") +
                           QStringLiteral("/Example Assays/Protocols"));
         const QStringList files = folder.entryList({QStringLiteral("*.apr")}, QDir::Files);
         QCOMPARE(files.size(), 3);
+        QString error;
         for (const QString& file : files) {
-            QString error;
             const auto protocol = AssayProtocol::Load(folder.filePath(file), error);
             QVERIFY2(protocol, qPrintable(file + QStringLiteral(": ") + error));
             QCOMPARE(protocol->name + QStringLiteral(".apr"), file);
         }
+        // Later sections and keys are passed over.
+        const auto protocol =
+            AssayProtocol::Parse("\xEF\xBB\xBF" + Head + "Extra=1\n[Plate map]\nwhatever\n", error);
+        QVERIFY2(protocol, qPrintable(error));
+        QCOMPARE(protocol->units, QStringLiteral("U"));
+        // An absorbance read names a reference wavelength only when it has one.
+        ReadSettings s;
+        s.wavelength = 450;
+        QCOMPARE(s.Summary(), QStringLiteral("Absorbance 450 nm"));
+        s.referenceWavelength = 620;
+        QCOMPARE(s.Summary(), QStringLiteral("Absorbance 450 nm, reference 620 nm"));
     }
 
     void writtenProtocolsReadBack_data()
@@ -90,16 +101,6 @@ private Q_SLOTS:
         QVERIFY(protocol.PreviewPage().contains("<h1>Ünïcode &lt;&amp;&gt; assay</h1>"));
     }
 
-    // An absorbance read names a reference wavelength only when it has one.
-    void theSummaryNamesAReferenceOnlyWhenThereIsOne()
-    {
-        ReadSettings s;
-        s.wavelength = 450;
-        QCOMPARE(s.Summary(), QStringLiteral("Absorbance 450 nm"));
-        s.referenceWavelength = 620;
-        QCOMPARE(s.Summary(), QStringLiteral("Absorbance 450 nm, reference 620 nm"));
-    }
-
     void faultsAreNamed_data()
     {
         QTest::addColumn<QByteArray>("content");
@@ -127,15 +128,6 @@ private Q_SLOTS:
         QString actual;
         QVERIFY(!AssayProtocol::Parse(content, actual));
         QCOMPARE(actual, error);
-    }
-
-    void laterSectionsAndKeysArePassedOver()
-    {
-        QString error;
-        const auto protocol =
-            AssayProtocol::Parse("\xEF\xBB\xBF" + Head + "Extra=1\n[Plate map]\nwhatever\n", error);
-        QVERIFY2(protocol, qPrintable(error));
-        QCOMPARE(protocol->units, QStringLiteral("U"));
     }
 
     // Which files are not regular is RegularFileTest's; here the reader's answer to one.

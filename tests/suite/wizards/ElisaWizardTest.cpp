@@ -1,5 +1,4 @@
 #include "ElisaWizard.h"
-#include "WizardPlugins.h"
 
 #include <QAbstractButton>
 #include <QComboBox>
@@ -38,13 +37,6 @@ private Q_SLOTS:
         QCOMPARE(made->read, templateProtocol->read);
         QCOMPARE(made->settings->referenceWavelength, 620);
         QVERIFY(QFileInfo::exists(protocols.filePath("IL-6 ELISA.mht")));
-    }
-
-    void theInstalledPluginLoads()
-    {
-        QString reason;
-        QVERIFY2(WizardPlugins(WizardPlugins::DefaultFolder()).Create("NebraWizards.Elisa", &reason),
-                 qPrintable(reason));
     }
 };
 

@@ -1,6 +1,7 @@
 #include "WizardCatalogue.h"
 #include "SpecialFiles.h"
 #include "TestFiles.h"
+#include "WizardPlugins.h"
 
 #include <QTemporaryDir>
 #include <QtTest>
@@ -46,15 +47,10 @@ private Q_SLOTS:
             QVERIFY2(catalogue.errorString().contains(errorPart), qPrintable(catalogue.errorString()));
     }
 
-    void missingFileMeansNoWizards()
+    void aMissingFileMeansNoWizardsAndAPipeIsRefusedWithoutBlocking()
     {
-        const WizardCatalogue catalogue("/nonexistent/wizards.json");
-        QCOMPARE(catalogue.Wizards().Count(), 0);
-        QVERIFY(catalogue.errorString().isEmpty());
-    }
-
-    void aPipeIsRefusedWithoutBlocking()
-    {
+        QCOMPARE(WizardCatalogue("/nonexistent/wizards.json").Wizards().Count(), 0);
+        QVERIFY(WizardCatalogue("/nonexistent/wizards.json").errorString().isEmpty());
         QTemporaryDir dir;
         test::makeFifo(dir.filePath("wizards.json"));
         const test::PipeWatchdog watchdog(dir.filePath("wizards.json"));
@@ -67,14 +63,21 @@ private Q_SLOTS:
                      .arg(dir.filePath("wizards.json")));
     }
 
-    void installedCatalogueListsGenericFirst()
+    // The shipped catalogue lists Generic first, and every plug-in it names is installed and loads.
+    void installedCatalogueListsGenericFirstAndEachWizardLoads()
     {
         const WizardCatalogue catalogue(WizardCatalogue::FileIn(qEnvironmentVariable("NEBRA_TEST_DATA_DIR")));
         QVERIFY(catalogue.errorString().isEmpty());
-        QVERIFY(catalogue.Wizards().Count() >= 1);
+        QVERIFY(catalogue.Wizards().Count() >= 2);
         QCOMPARE(catalogue.Wizards().Item(1).Name, "Generic");
+        for (int i = 1; i <= catalogue.Wizards().Count(); ++i) {
+            QString reason;
+            QVERIFY2(WizardPlugins(WizardPlugins::DefaultFolder())
+                         .Create(catalogue.Wizards().Item(i).ProgID, &reason),
+                     qPrintable(reason));
+        }
     }
 };
 
-QTEST_GUILESS_MAIN(WizardCatalogueTest)
+QTEST_MAIN(WizardCatalogueTest)
 #include "WizardCatalogueTest.moc"

@@ -42,24 +42,18 @@ class WizardHostTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void loadFailuresGiveTheReason_data()
-    {
-        QTest::addColumn<QString>("progId");
-        QTest::addColumn<QString>("reasonPart");
-        // clang-format off
-        QTest::newRow("no plug-in declares it") << "NebraTest.NotInstalled" << "declares the ProgID \"NebraTest.NotInstalled\"";
-        QTest::newRow("another interface") << "NebraTest.WrongInterface" << "does not implement the wizard interface";
-        QTest::newRow("unresolved symbol") << "NebraTest.Unresolved" << "nebra_test_function_nobody_defines";
-        // clang-format on
-    }
     void loadFailuresGiveTheReason()
     {
-        QFETCH(QString, progId);
-        QFETCH(QString, reasonPart);
         Host o;
-        QString reason;
-        QVERIFY(!o.host.CreateWizard(progId, &reason));
-        QVERIFY2(reason.contains(reasonPart), qPrintable(reason));
+        // clang-format off
+        for (const auto& [progId, reasonPart] : {std::pair{"NebraTest.NotInstalled", "declares the ProgID \"NebraTest.NotInstalled\""},
+                                                 {"NebraTest.WrongInterface", "does not implement the wizard interface"},
+                                                 {"NebraTest.Unresolved", "nebra_test_function_nobody_defines"}}) {
+            // clang-format on
+            QString reason;
+            QVERIFY(!o.host.CreateWizard(QLatin1String(progId), &reason));
+            QVERIFY2(reason.contains(QLatin1String(reasonPart)), qPrintable(reason));
+        }
     }
 
     void runGetsContextAndSharedState_data()
