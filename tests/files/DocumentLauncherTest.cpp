@@ -65,6 +65,7 @@ struct Launch
             {"EditLayout", &DocumentLauncher::EditLayout},
             {"CreateLayout", &DocumentLauncher::CreateLayout},
             {"CreateReadConfiguration", &DocumentLauncher::CreateReadConfiguration},
+            {"OpenReadConfiguration", &DocumentLauncher::OpenReadConfiguration},
             {"CreateProtocol", &DocumentLauncher::CreateProtocol},
             {"OpenReport", &DocumentLauncher::OpenReport}};
         (launcher.*procedures.value(procedure))();
@@ -116,6 +117,7 @@ private Q_SLOTS:
         QTest::newRow("open for edit") << "OpenProtocol" << assay << "%1" << q << apr << false << "/edit " + apr << "Open protocol for edit: " + apr;
         QTest::newRow("results, quotes in the path") << "OpenResults" << assay << "%1" << q << ars << false << ars << "Open results: " + ars;
         QTest::newRow("layout, non-ASCII") << "EditLayout" << layouts << "%1" << q << mlo << false << mlo << "Edit layout: " + mlo;
+        QTest::newRow("open read configuration") << "OpenReadConfiguration" << "ReadConfigurationEditorPath" << "%1" << q << daq << false << daq << "Open read configuration: " + daq;
         QTest::newRow("new read configuration") << "CreateReadConfiguration" << "ReadConfigurationEditorPath" << "%1" << q << daq << false << "" << "Create new read configuration";
         QTest::newRow("new layout, no session") << "CreateLayout" << layouts << "%1" << q << mlo << false << "" << "Create new layout template";
         QTest::newRow("new layout, in a session") << "CreateLayout" << layouts << "%1" << q << mlo << true << "\"layoutsfolder:LAYOUTS\"" << "Create new layout template";

@@ -19,6 +19,7 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPointer>
+#include <QProcess>
 #include <QPushButton>
 #include <QTabWidget>
 #include <QTest>
@@ -144,6 +145,20 @@ private Q_SLOTS:
         QVERIFY(watcher.panesVisible);
         QTRY_COMPARE_WITH_TIMEOUT(browser.ReadyState(), int(BrowserControl::Complete), 10000);
         QVERIFY(browser.LocationURL().fileName().endsWith(QLatin1String(".mht")));
+    }
+
+    // A start while another copy runs asks that copy to show itself and ends.
+    void aSecondStartAsksTheFirstToShowItself()
+    {
+        LoadedOrganiser organiser;
+        QProcess first;
+        first.start(QStringLiteral(PROBE_PATH),
+                    {QStringLiteral("%1-%2").arg(QCoreApplication::applicationName(),
+                                                 QString::number(QCoreApplication::applicationPid()))});
+        QVERIFY(first.waitForReadyRead(20000));
+        QCOMPARE(organiser.start(), MainWindow::LoadOutcome::DuplicateInstance);
+        QVERIFY(first.waitForFinished(20000));
+        QCOMPARE(first.readAllStandardOutput().simplified(), QByteArray("primary activated"));
     }
 
     // With an unusable settings file every setting has its default: logging off.
