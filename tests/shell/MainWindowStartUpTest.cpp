@@ -119,24 +119,13 @@ private Q_SLOTS:
         BrowserControl& browser = part<BrowserControl>(window);
         QVERIFY(!browser.engineStarted());
         const QByteArray log = readFile(site.folders.stateFolder() + QStringLiteral("/Nebra/NebraLog.txt"));
-        QVERIFY(!log.isEmpty());
-        QList<QByteArray> lines = log.split('\n');
-        QCOMPARE(lines.takeLast(), QByteArray()); // the file ends with a line end
-        QCOMPARE(lines.at(2), QByteArray("Log trace: Block 1\r"));
-        int traces = 0;
-        int blocks = 0;
-        for (const QByteArray& line : lines.mid(2)) {
-            if (line.startsWith("Log trace: Block "))
-                QCOMPARE(line, QByteArray("Log trace: Block ") + QByteArray::number(++blocks) + '\r');
-            else
-                QCOMPARE(line, QByteArray("Log trace: ") + QByteArray::number(++traces) + '\r');
-        }
         // 28 of the start-up itself, 8 of the data folder creation and one for each of the
         // catalogue's 3 drivers, and 10 of building the tree with its welcome page; one block line
         // each for the start-up, the notifications, the shortcuts bar setting, the tree and the
-        // shortcut icons, and two for the data folders.
-        QCOMPARE(traces, 49);
-        QCOMPARE(blocks, 7);
+        // shortcut icons, and two for the data folders. (The lines' form: DiagnosticLogTest.)
+        QCOMPARE(log.count("Log trace: Block "), 7);
+        QCOMPARE(log.count("Log trace: "), 49 + 7);
+        QVERIFY(log.contains("Log trace: 49\r\n"));
 
         QTRY_VERIFY_WITH_TIMEOUT(browser.engineStarted(), 10000);
         QVERIFY(watcher.painted);
