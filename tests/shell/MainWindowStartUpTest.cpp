@@ -303,7 +303,6 @@ private Q_SLOTS:
             QCOMPARE(site.messages.count(), 0);
             OptionsDialog* dialog = window.findChild<OptionsDialog*>();
             QVERIFY(dialog && dialog->isHidden());
-            QCOMPARE(dialog->windowIcon().cacheKey(), QApplication::windowIcon().cacheKey());
 
             // The panes left take the room of the hidden ones.
             QVERIFY(part<ShortcutsBar>(window).isHidden());
