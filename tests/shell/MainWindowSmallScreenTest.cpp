@@ -102,7 +102,9 @@ QString spokenName(const QWidget* widget)
 // Every window and dialog a user can open from the Organiser, on a small
 // screen or with large text (the screen and the scale are the test's
 // environment): everything fits, each control reached by the keyboard has a
-// name a person hears, never a code name, and the keys reach every pane.
+// name a person hears, never a code name, and the keys reach every pane. (The
+// names in the help window and the time-out warning and the tree's own keys
+// are HelpWindowTest's, SecuritySessionTest's and FolderTreeControlTest's.)
 class MainWindowSmallScreenTest : public QObject
 {
     Q_OBJECT
