@@ -20,8 +20,11 @@ namespace {
 // main window connects them. The sort timer reads the clock below.
 struct Organiser : TreeWorld
 {
+    explicit Organiser(bool driversInUse = true) : TreeWorld(driversInUse), driversInUse(driversInUse) {}
+
+    const bool driversInUse;
     double clock = 1000.0;
-    FileView view{*tree, *list, *switches, settings, paths, true, [this] { return clock; }};
+    FileView view{*tree, *list, *switches, settings, paths, driversInUse, [this] { return clock; }};
     QStringList previews; // "show <name>" or "clear"
 
     // Writes the files (relative to My Assays), builds the tree and selects the node.
@@ -128,8 +131,35 @@ private Q_SLOTS:
         QCOMPARE(o.previews.last(), QStringLiteral("clear")); // an empty folder clears the preview
     }
 
-    // A document in a folder the tree is still reading is shown once the folder has arrived.
-    void aDocumentWaitsForItsFolderAndRenamingKeepsTheExtensionShown()
+    // Layouts are previewed always, protocols only with instrument drivers in use; nothing with the pane off.
+    void thePreviewFollowsTheSettings_data()
+    {
+        QTest::addColumn<bool>("driversInUse");
+        QTest::addColumn<bool>("previewOn");
+        QTest::addColumn<QStringList>("previews");
+        // clang-format off
+        QTest::newRow("with instrument drivers") << true << true << QStringList{"show L.mlo", "show P.apr"};
+        QTest::newRow("without instrument drivers: layouts only") << false << true << QStringList{"show L.mlo"};
+        QTest::newRow("preview off") << true << false << QStringList{};
+        // clang-format on
+    }
+
+    void thePreviewFollowsTheSettings()
+    {
+        QFETCH(bool, driversInUse);
+        QFETCH(bool, previewOn);
+        QFETCH(QStringList, previews);
+        Organiser o(driversInUse);
+        o.settings.SetShowPreviewPane(previewOn);
+        o.open({"Microplate Layouts/L.mlo", "Protocols/P.apr"}, DocumentType::Layouts);
+        o.tree->setCurrentNode(o.organiser.node(DocumentType::Protocols));
+        QVERIFY(waitForListing(*o.list));
+        QCOMPARE(o.previews, previews);
+    }
+
+    // A document in a folder the tree is still reading is shown once the folder has arrived;
+    // one outside the tree is reported.
+    void aDocumentWaitsForItsFolderOrIsReportedAndRenamingKeepsTheExtension()
     {
         Organiser o;
         MessageRecorder messages;
@@ -140,11 +170,14 @@ private Q_SLOTS:
         QTRY_COMPARE(o.tree->currentNode().folderPath(), o.data("Results/Run 1"));
         QTRY_COMPARE(o.list->firstSelectedItem().name(), QStringLiteral("R.ars"));
         QCOMPARE(messages.count(), 0);
+        o.view.ShowDocument(o.dir.filePath("elsewhere.apr"));
+        QTRY_COMPARE(messages.count(), 1);
+        QCOMPARE(messages.last().title, QStringLiteral("Recent Documents"));
         o.tree->setCurrentNode(o.organiser.node(DocumentType::Protocols));
         QVERIFY(waitForListing(*o.list));
         QVERIFY(!o.list->renameItem(o.item(QStringLiteral("P.apr")), QStringLiteral("Q.txt")));
         QCOMPARE(o.files("Protocols"), QStringList{"P.apr"});
-        QCOMPARE(messages.count(), 1);
+        QCOMPARE(messages.count(), 2);
         QCOMPARE(messages.last().text, QStringLiteral("Changing a  file extension is not allowed."));
         QCOMPARE(messages.last().title, QStringLiteral("File Rename Error"));
         QCOMPARE(messages.last().icon, MessageIcon::Warning);
@@ -153,7 +186,7 @@ private Q_SLOTS:
         o.list->setShowExtensions(false);
         QVERIFY(o.list->renameItem(o.list->item(1), QStringLiteral("Q")));
         QTRY_COMPARE(o.files("Protocols"), QStringList{"Q.apr"});
-        QCOMPARE(messages.count(), 1);
+        QCOMPARE(messages.count(), 2);
     }
 
     void thePreviewFileFollowsARenamedDocument_data()

@@ -1,4 +1,5 @@
 #include "HelpWindow.h"
+#include "Accessibility.h"
 #include "HelpBrowser.h"
 #include "HelpCollection.h"
 #include "HelpTopics.h"
@@ -71,6 +72,7 @@ private slots:
         UserFolders folders;
         const auto window = openWindow();
         window->show();
+        nebra::test::verifyAccessibleNames(*window, 2);
         QAction* back = tool(*window, "Back");
         QAction* forward = tool(*window, "Forward");
         const QUrl reports = HelpTopics::pageUrl(HelpTopics::Reports);

@@ -1,4 +1,5 @@
 #include "SecuritySession.h"
+#include "Accessibility.h"
 #include "AuditTrailWindow.h"
 #include "Authorisation.h"
 #include "CommandDispatcher.h"
@@ -263,6 +264,7 @@ private Q_SLOTS:
             QTRY_VERIFY_WITH_TIMEOUT(warning->isVisible(), 5000);
             QVERIFY(!warning->isModal());
             QCOMPARE(warning->windowTitle(), "Session Time-Out");
+            verifyAccessibleNames(*warning, 2);
             o.now += 20 * 1000;
             const QString expected =
                 QStringLiteral("Your session will time out in %1 seconds because of inactivity.")

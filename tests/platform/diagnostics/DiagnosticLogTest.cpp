@@ -50,6 +50,7 @@ private Q_SLOTS:
         const QList<QByteArray> expected = {"Log trace: Block 1\r", "Log trace: 1\r", "Log trace: 2\r",
                                             "Log trace: Block 2\r", "Log trace: 3\r"};
         QCOMPARE(written.mid(2), expected);
+        QVERIFY(nebra::test::readFile(path).endsWith("\r\n")); // the last line ends too
     }
 
     void theLevelIsReadAfreshAndZeroOrLessWritesNothing()
