@@ -223,6 +223,19 @@ private Q_SLOTS:
         QVERIFY(!m_notifications->isActive());
     }
 
+    // Only the activation's walk may switch the notifications off: after a
+    // rewatch, a root that cannot be watched leaves the others followed.
+    void aRewatchKeepsTheNotificationsOn()
+    {
+        activate();
+        m_notifications->setWatchedRoots([this] { return QStringList{m_parent, m_dir.path() + "/none"}; });
+        QSignalSpy done(&m_notifications->source(), &FolderChangeSource::watched);
+        m_notifications->rewatch();
+        QVERIFY(done.wait(Bound));
+        QCOMPARE(done.last().at(0).toBool(), false);
+        QVERIFY(m_notifications->isActive());
+    }
+
     void watchLimitWarnsOnce()
     {
         test::MessageRecorder messages;

@@ -126,6 +126,8 @@ private Q_SLOTS:
         qint64 count = 0;
         QVERIFY(!session.countAudit(in.token, {}, &count, &error));
         QCOMPARE(m_client->lastState(), "42501"); // insufficient privilege
+        AuditVerification verification;
+        QVERIFY(!session.verifyAudit(in.token, &verification, &error)); // a refusal is no verdict
         QVERIFY(session.logOut(in.token, "Log out", &error));
         QCOMPARE(allowed(in.token), std::optional<bool>(false));
         QCOMPARE(session.record(in.token, "Reader", "After the end", &error), 0);
