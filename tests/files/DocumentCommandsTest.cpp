@@ -7,27 +7,7 @@
 #include <QTest>
 
 using namespace nebra;
-using nebra::test::makeFolder;
-using nebra::test::MessageRecorder;
-using nebra::test::TreeWorld;
-
-namespace {
-
-// No program is allowed to start: the launcher's context allows nothing.
-struct Commands : TreeWorld
-{
-    DocumentLauncher launcher{paths, {}};
-    DocumentCommands commands{*tree, launcher};
-
-    Commands()
-    {
-        makeFolder(data("Microplate Layouts/96 well/Deep"));
-        makeFolder(data("Protocols/Elisa"));
-        build();
-    }
-};
-
-} // namespace
+using namespace nebra::test;
 
 class DocumentCommandsTest : public QObject
 {
@@ -53,7 +33,12 @@ private Q_SLOTS:
         QFETCH(QString, where);
         QFETCH(int, answer);
         QFETCH(QString, whereAfter);
-        Commands c;
+        TreeWorld c; // no program is allowed to start: the launcher's context allows nothing
+        DocumentLauncher launcher{c.paths, {}};
+        DocumentCommands commands{*c.tree, launcher};
+        makeFolder(c.data("Microplate Layouts/96 well/Deep"));
+        makeFolder(c.data("Protocols/Elisa"));
+        c.build();
         MessageRecorder messages;
         const QMap<QString, FolderNode> nodes{
             {"layouts", c.organiser.node(DocumentType::Layouts)},
@@ -63,10 +48,10 @@ private Q_SLOTS:
         c.tree->setCurrentNode(nodes[where]);
         if (answer)
             messages.answer(answer);
-        c.commands.PerformDocumentCommand(CommandId::New);
+        commands.PerformDocumentCommand(CommandId::New);
         QCOMPARE(c.tree->currentNode(), nodes.value(whereAfter, nodes[where]));
-        c.commands.PerformDocumentCommand(CommandId::Open);
-        c.commands.PerformDocumentCommand(CommandId::About); // not a document command
+        commands.PerformDocumentCommand(CommandId::Open);
+        commands.PerformDocumentCommand(CommandId::About); // not a document command
         QCOMPARE(messages.count(), whereAfter.isEmpty() ? 0 : 1);
         if (whereAfter.isEmpty())
             return;

@@ -4,8 +4,6 @@
 
 #include <QtTest>
 
-#include <memory>
-
 using namespace nebra;
 
 namespace {
@@ -147,6 +145,8 @@ private Q_SLOTS:
         if (!arguments.isEmpty())
             expected << arguments.toUtf8();
         QCOMPARE(o.startedArgv(), expected);
+        // Only a document whose program was started counts as used (recent documents).
+        QCOMPARE(o.used, arguments.endsWith(document) ? QStringList{document} : QStringList{});
     }
 
     // Another program of the suite moves the assay application while the Organiser runs.
@@ -165,42 +165,38 @@ private Q_SLOTS:
                  QFile::encodeName(o.programFor(QStringLiteral("LayoutEditorPath"))));
     }
 
-    void aDeniedOperationIsNeitherAuditedNorStarted()
-    {
-        Launch o;
-        o.launcher.CreateProtocol();
-        QCOMPARE(o.events, QStringList({"check CreateProtocol", "audit Create new protocol", "wizard"}));
-        o.events.clear();
-        o.used.clear();
-        o.allow = false;
-        o.launcher.RunProtocol();
-        o.launcher.CreateProtocol();
-        QCOMPARE(o.events, QStringList({"check RunProtocol", "check CreateProtocol"}));
-        o.nothingStartedBefore();
-    }
-
-    void anOperationWhoseEntryIsNotWrittenIsNotCarriedOut_data()
+    // A denied operation is neither audited nor started; one whose entry is not written is not carried out.
+    void onlyAnAllowedAndAuditedOperationIsCarriedOut_data()
     {
         QTest::addColumn<QString>("procedure");
-        QTest::addColumn<QString>("audit");
+        QTest::addColumn<bool>("allow");
+        QTest::addColumn<bool>("auditWritten");
+        QTest::addColumn<QStringList>("events");
+        const QString run = QStringLiteral("audit Run protocol: ") + Protocol;
         // clang-format off
-        QTest::newRow("run") << "RunProtocol" << "Run protocol: " + Protocol;
-        QTest::newRow("new layout") << "CreateLayout" << "Create new layout template";
-        QTest::newRow("new protocol: no wizard") << "CreateProtocol" << "Create new protocol";
-        QTest::newRow("report, never checked") << "OpenReport" << "Open report: " + Protocol;
+        QTest::newRow("new protocol: the wizard") << "CreateProtocol" << true << true << QStringList{"check CreateProtocol", "audit Create new protocol", "wizard"};
+        QTest::newRow("run denied") << "RunProtocol" << false << true << QStringList{"check RunProtocol"};
+        QTest::newRow("new protocol denied") << "CreateProtocol" << false << true << QStringList{"check CreateProtocol"};
+        QTest::newRow("run not written") << "RunProtocol" << true << false << QStringList{"check RunProtocol", run};
+        QTest::newRow("new layout not written") << "CreateLayout" << true << false << QStringList{"check CreateLayout", "audit Create new layout template"};
+        QTest::newRow("new protocol not written: no wizard") << "CreateProtocol" << true << false << QStringList{"check CreateProtocol", "audit Create new protocol"};
+        QTest::newRow("report not written, never checked") << "OpenReport" << true << false << QStringList{"audit Open report: " + Protocol};
         // clang-format on
     }
 
-    void anOperationWhoseEntryIsNotWrittenIsNotCarriedOut()
+    void onlyAnAllowedAndAuditedOperationIsCarriedOut()
     {
         QFETCH(QString, procedure);
-        QFETCH(QString, audit);
+        QFETCH(bool, allow);
+        QFETCH(bool, auditWritten);
+        QFETCH(QStringList, events);
         Launch o;
-        o.auditWritten = false;
+        o.allow = allow;
+        o.auditWritten = auditWritten;
         o.run(procedure);
-        QCOMPARE(o.events.last(), "audit " + audit);
-        QVERIFY(!o.events.contains(QStringLiteral("wizard")));
+        QCOMPARE(o.events, events);
         QVERIFY(o.launcher.lastCommandLine().text.isEmpty());
+        QVERIFY(o.used.isEmpty());
         o.nothingStartedBefore();
     }
 
@@ -231,6 +227,7 @@ private Q_SLOTS:
         QCOMPARE(messages.last().title, DocumentLauncher::startFailureTitle());
         for (const QString& part : {QStringLiteral("AssayApplicationPath"), reason, program})
             QVERIFY2(messages.last().text.contains(part), qPrintable(messages.last().text));
+        QVERIFY(o.used.isEmpty());
     }
 
     void aReportOpensWithTheDesktopOpenerWithoutACheck()
@@ -245,6 +242,7 @@ private Q_SLOTS:
         QCOMPARE(o.events, QStringList({"audit Open report: " + o.document}));
         QVERIFY(argv.value(0).endsWith("xdg-open"));
         QCOMPARE(argv.mid(1), QByteArrayList{o.document.toUtf8()});
+        QCOMPARE(o.used, QStringList{o.document});
     }
 
     // A wizard's two files reach the editor joined by "; ", as the rest of its command line.
@@ -258,39 +256,6 @@ private Q_SLOTS:
         QCOMPARE(o.launcher.lastCommandLine().text, program + ' ' + made.join("; "));
         QCOMPARE(o.startedArgv(), QByteArrayList({QFile::encodeName(program), made.join("; ").toUtf8()}));
         QVERIFY(o.events.isEmpty());
-    }
-
-    // Only a document whose program was started counts as used (recent documents).
-    void onlyStartedDocumentsCountAsUsed_data()
-    {
-        QTest::addColumn<QString>("procedure");
-        QTest::addColumn<bool>("allowed");
-        QTest::addColumn<bool>("programThere");
-        QTest::addColumn<bool>("used");
-        // clang-format off
-        QTest::newRow("run") << "RunProtocol" << true << true << true;
-        QTest::newRow("refused") << "RunProtocol" << false << true << false;
-        QTest::newRow("program missing") << "OpenProtocol" << true << false << false;
-        QTest::newRow("no document") << "CreateReadConfiguration" << true << true << false;
-        // clang-format on
-    }
-
-    void onlyStartedDocumentsCountAsUsed()
-    {
-        QFETCH(QString, procedure);
-        QFETCH(bool, allowed);
-        QFETCH(bool, programThere);
-        QFETCH(bool, used);
-        Launch o;
-        test::MessageRecorder messages;
-        for (const char* setting : {"AssayApplicationPath", "ReadConfigurationEditorPath"})
-            o.setProgram(QLatin1String(setting), programThere
-                                                     ? o.programFor(QLatin1String(setting))
-                                                     : o.suite.folders.root() + QStringLiteral("/missing"));
-        o.allow = allowed;
-        o.run(procedure);
-        QCOMPARE(o.used, used ? QStringList{o.document} : QStringList{});
-        QCOMPARE(messages.count(), programThere ? 0 : 1);
     }
 };
 

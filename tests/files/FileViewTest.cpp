@@ -8,11 +8,7 @@
 #include <QTreeView>
 
 using namespace nebra;
-using nebra::test::makeFolder;
-using nebra::test::MessageRecorder;
-using nebra::test::TreeWorld;
-using nebra::test::waitForListing;
-using nebra::test::writeFile;
+using namespace nebra::test;
 
 namespace {
 
@@ -132,29 +128,18 @@ private Q_SLOTS:
     }
 
     // Layouts are previewed always, protocols only with instrument drivers in use; nothing with the pane off.
-    void thePreviewFollowsTheSettings_data()
-    {
-        QTest::addColumn<bool>("driversInUse");
-        QTest::addColumn<bool>("previewOn");
-        QTest::addColumn<QStringList>("previews");
-        // clang-format off
-        QTest::newRow("with instrument drivers") << true << true << QStringList{"show L.mlo", "show P.apr"};
-        QTest::newRow("without instrument drivers: layouts only") << false << true << QStringList{"show L.mlo"};
-        QTest::newRow("preview off") << true << false << QStringList{};
-        // clang-format on
-    }
-
     void thePreviewFollowsTheSettings()
     {
-        QFETCH(bool, driversInUse);
-        QFETCH(bool, previewOn);
-        QFETCH(QStringList, previews);
-        Organiser o(driversInUse);
-        o.settings.SetShowPreviewPane(previewOn);
-        o.open({"Microplate Layouts/L.mlo", "Protocols/P.apr"}, DocumentType::Layouts);
-        o.tree->setCurrentNode(o.organiser.node(DocumentType::Protocols));
-        QVERIFY(waitForListing(*o.list));
-        QCOMPARE(o.previews, previews);
+        // clang-format off
+        for (const auto& [driversInUse, previewOn, previews] : {std::tuple{true, true, QStringList{"show L.mlo", "show P.apr"}}, {false, true, QStringList{"show L.mlo"}}, {true, false, QStringList{}}}) {
+            // clang-format on
+            Organiser o(driversInUse);
+            o.settings.SetShowPreviewPane(previewOn);
+            o.open({"Microplate Layouts/L.mlo", "Protocols/P.apr"}, DocumentType::Layouts);
+            o.tree->setCurrentNode(o.organiser.node(DocumentType::Protocols));
+            QVERIFY(waitForListing(*o.list));
+            QCOMPARE(o.previews, previews);
+        }
     }
 
     // A document in a folder the tree is still reading is shown once the folder has arrived;
@@ -189,36 +174,26 @@ private Q_SLOTS:
         QCOMPARE(messages.count(), 2);
     }
 
-    void thePreviewFileFollowsARenamedDocument_data()
-    {
-        QTest::addColumn<QStringList>("files");
-        QTest::addColumn<QString>("newName");
-        QTest::addColumn<QStringList>("after");
-        // clang-format off
-        QTest::newRow("results: renamed along") << QStringList{"Run.ars", "Run.mht"} << "Run 2.ars" << QStringList{"Run 2.ars", "Run 2.mht"};
-        QTest::newRow("results: new name taken") << QStringList{"A.ars", "A.mht", "B.mht"} << "B.ars" << QStringList{"A.mht", "B.ars", "B.mht"};
-        QTest::newRow("protocol: dropped") << QStringList{"P.apr", "P.mht"} << "Q.apr" << QStringList{"Q.apr"};
-        // clang-format on
-    }
-
+    // Results: the preview renamed along, or left when the new name is taken; a protocol's dropped.
     void thePreviewFileFollowsARenamedDocument()
     {
-        QFETCH(QStringList, files);
-        QFETCH(QString, newName);
-        QFETCH(QStringList, after);
-        Organiser o;
-        const bool protocol = files.first().endsWith(".apr");
-        const QString folder = protocol ? "Protocols/" : "Results/";
-        for (QString& name : files)
-            name.prepend(folder);
-        o.open(files, protocol ? DocumentType::Protocols : DocumentType::Results);
-        QVERIFY(o.list->renameItem(o.item(QFileInfo(files.first()).fileName()), newName));
-        QTRY_COMPARE(o.files(folder), after);
-        if (after.contains("B.mht")) // the other document's preview is left alone
-            QCOMPARE(test::readFile(o.data(folder + "B.mht")), QByteArray("Results/B.mht"));
+        // clang-format off
+        for (auto [files, newName, after] : {std::tuple{QStringList{"Run.ars", "Run.mht"}, QString("Run 2.ars"), QStringList{"Run 2.ars", "Run 2.mht"}}, {QStringList{"A.ars", "A.mht", "B.mht"}, QString("B.ars"), QStringList{"A.mht", "B.ars", "B.mht"}}, {QStringList{"P.apr", "P.mht"}, QString("Q.apr"), QStringList{"Q.apr"}}}) {
+            // clang-format on
+            Organiser o;
+            const bool protocol = files.first().endsWith(".apr");
+            const QString folder = protocol ? "Protocols/" : "Results/";
+            for (QString& name : files)
+                name.prepend(folder);
+            o.open(files, protocol ? DocumentType::Protocols : DocumentType::Results);
+            QVERIFY(o.list->renameItem(o.item(QFileInfo(files.first()).fileName()), newName));
+            QTRY_COMPARE(o.files(folder), after);
+            if (after.contains("B.mht")) // the other document's preview is left alone
+                QCOMPARE(test::readFile(o.data(folder + "B.mht")), QByteArray("Results/B.mht"));
+        }
     }
 
-    void doubleClickingASubFolderMovesTheTree()
+    void doubleClickingASubFolderMovesTheTreeAndSubFoldersAppearingInTheListReachIt()
     {
         Organiser o;
         makeFolder(o.data("Results/2026"));
@@ -239,6 +214,13 @@ private Q_SLOTS:
         QVERIFY(waitForListing(*o.list));
         o.view.OnItemActivated(o.item(QStringLiteral("r.ars")), handled);
         QVERIFY(!handled); // files are left to the list
+        // Sub-folders appearing in the list reach the tree.
+        const FolderNode shown = o.tree->currentNode();
+        makeFolder(o.data("Results/2026/New Run"));
+        QTRY_COMPARE_WITH_TIMEOUT(shown.childCount(), 1, 5000);
+        QCOMPARE(shown.child(0).folderPath(), o.data("Results/2026/New Run"));
+        QVERIFY(QDir(o.data("Results/2026/New Run")).removeRecursively());
+        QTRY_COMPARE_WITH_TIMEOUT(shown.childCount(), 0, 5000);
     }
 
     void afterAHeaderClickTheSelectionComesBackIntoView()
@@ -261,17 +243,6 @@ private Q_SLOTS:
         o.clock += 0.1;
         QTRY_VERIFY_WITH_TIMEOUT(!o.view.TimerSortByColumn().isArmed(), 2000);
         QVERIFY(selectedInView());
-    }
-
-    void subFoldersAppearingInTheListReachTheTree()
-    {
-        Organiser o;
-        o.open({}, DocumentType::Results);
-        makeFolder(o.data("Results/New Run"));
-        QTRY_COMPARE_WITH_TIMEOUT(o.organiser.node(DocumentType::Results).childCount(), 1, 5000);
-        QCOMPARE(o.organiser.node(DocumentType::Results).child(0).folderPath(), o.data("Results/New Run"));
-        QVERIFY(QDir(o.data("Results/New Run")).removeRecursively());
-        QTRY_COMPARE_WITH_TIMEOUT(o.organiser.node(DocumentType::Results).childCount(), 0, 5000);
     }
 };
 

@@ -102,7 +102,8 @@ private Q_SLOTS:
         QCOMPARE(o.browser->LocationURL(), QUrl::fromLocalFile(page));
     }
 
-    void theSameAddressIsRefreshedNotNavigated()
+    // The same address is refreshed, not navigated again.
+    void theSameAddressIsRefreshedLayoutsGoToTheViewerFoldersClearReportsChangeNothing()
     {
         Pane o;
         o.pane.ShowPage(o.pane.PreviewNotAvailablePage());
@@ -113,13 +114,6 @@ private Q_SLOTS:
         QVERIFY(completed.wait(BrowserControl::DefaultWaitLimitMs));
         QCOMPARE(navigated.count(), 0);
         QCOMPARE(o.nodePages.size(), 1);
-    }
-
-    void layoutsGoToTheViewerFoldersClearReportsChangeNothing()
-    {
-        Pane o;
-        o.pane.ShowPage(o.pane.PreviewNotAvailablePage());
-        QVERIFY(o.browser->WaitUntilComplete());
         QSignalSpy states(o.browser, &BrowserControl::CommandStateChange);
         o.type = 2;
         const PreviewItem layout{example(QStringLiteral("Microplate Layouts/Kinetic 384.mlo")), false};
@@ -169,33 +163,24 @@ private Q_SLOTS:
     // A pipe given a document's name, or its preview's, is never opened: the
     // pane shows the preview-not-available page. (Which files are not regular
     // is RegularFileTest's; a layout's, PlateLayoutTest's.)
-    void pipesNeverHangThePane_data()
-    {
-        QTest::addColumn<int>("type");
-        QTest::addColumn<QString>("pipe"); // "document" or "preview"
-        // clang-format off
-        QTest::newRow("protocol, beside a fresh preview") << 3 << "document";
-        QTest::newRow("results, its preview a pipe") << 4 << "preview";
-        // clang-format on
-    }
-
     void pipesNeverHangThePane()
     {
-        QFETCH(int, type);
-        QFETCH(QString, pipe);
-        Pane o;
-        o.type = type;
-        const QString document = o.folders.root() + "/Special.apr";
-        const QString preview = o.paths.PreviewFileFor(document);
-        const QString special = pipe == QLatin1String("preview") ? preview : document;
-        test::writeFile(special == document ? preview : document, "<p>fresh</p>");
-        test::makeFifo(special);
-        const test::PipeWatchdog watchdog(special);
-        o.pane.setWaitUntilLoaded(true);
-        const PreviewItem item{document, false};
-        o.pane.ShowPreview(&item);
-        QVERIFY2(!watchdog.released(), "the pane blocked on the pipe");
-        QTRY_COMPARE_WITH_TIMEOUT(o.pane.CurrentPage(), o.pane.PreviewNotAvailablePage(), 5000);
+        // A protocol beside a fresh preview; results whose preview is a pipe.
+        for (const auto& [type, pipedPreview] : {std::pair{3, false}, {4, true}}) {
+            Pane o;
+            o.type = type;
+            const QString document = o.folders.root() + "/Special.apr";
+            const QString preview = o.paths.PreviewFileFor(document);
+            const QString special = pipedPreview ? preview : document;
+            test::writeFile(pipedPreview ? document : preview, "<p>fresh</p>");
+            test::makeFifo(special);
+            const test::PipeWatchdog watchdog(special);
+            o.pane.setWaitUntilLoaded(true);
+            const PreviewItem item{document, false};
+            o.pane.ShowPreview(&item);
+            QVERIFY2(!watchdog.released(), "the pane blocked on the pipe");
+            QTRY_COMPARE_WITH_TIMEOUT(o.pane.CurrentPage(), o.pane.PreviewNotAvailablePage(), 5000);
+        }
     }
 
     // A layout on a share that stops answering: the pane returns at once,

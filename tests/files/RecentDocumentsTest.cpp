@@ -29,10 +29,7 @@ private Q_SLOTS:
         QStringList twelve;
         for (int i = 1; i <= 12; ++i)
             twelve << QStringLiteral("run %1.ars").arg(i);
-        QStringList lastTen;
-        for (int i = 12; i >= 3; --i)
-            lastTen << QStringLiteral("run %1.ars").arg(i);
-        QTest::newRow("ten at most") << twelve << QStringList{} << lastTen;
+        QTest::newRow("ten at most: the last ten, newest first") << twelve << QStringList{} << QStringList(twelve.crbegin(), twelve.crend() - 2);
         QTest::newRow("missing files dropped") << QStringList{"a.apr", "b.ars", "c.mlo"} << QStringList{"b.ars", "c.mlo"} << QStringList{"a.apr"};
         // clang-format on
     }

@@ -15,7 +15,7 @@ class SettingsStoreTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void aMissingFileMeansDefaultsUntilAValueIsWritten()
+    void aMissingFileMeansDefaultsUntilAValueIsWrittenAndOtherProgramsWritesAreSeen()
     {
         QTemporaryDir dir;
         const QString path = dir.filePath("Nebra/Suite.ini");
@@ -33,50 +33,48 @@ private Q_SLOTS:
         SettingsStore again(path);
         QCOMPARE(SuiteSettings(again).ExplorerModeFlag(), true);
         QCOMPARE(SuiteSettings(again).CurrentHLD(), 3);
+        // The level read sees what another program wrote.
+        QCOMPARE(settings.DiagnosticLogLevel(), 0);
+        QVERIFY(SuiteSettings(again).SetDiagnosticLogLevel(4));
+        QCOMPARE(settings.DiagnosticLogLevel(), 4);
+        // A write into a folder that cannot be made fails cleanly.
+        const QString blocker = dir.filePath("file");
+        nebra::test::writeFile(blocker, "x");
+        SettingsStore unwritable(blocker + QStringLiteral("/Suite.ini"));
+        QVERIFY(!unwritable.setValue(QStringLiteral("Settings/PlusCaption"), true));
+        QVERIFY(!unwritable.lastError().isEmpty());
+        QCOMPARE(nebra::test::readFile(blocker), QByteArray("x"));
+        // A file it cannot read warns and means defaults (root reads every file).
+        if (geteuid() != 0) {
+            nebra::test::writeFile(path, "[Settings]\nDiagnosticLogLevel=2\n");
+            QFile::setPermissions(path, QFileDevice::WriteOwner);
+            SettingsStore unreadable(path);
+            QVERIFY(!unreadable.warning().isEmpty());
+            QCOMPARE(SuiteSettings(unreadable).DiagnosticLogLevel(), 0);
+        }
     }
 
-    void unusableFilesMeanDefaultsAndAreLeftAlone_data()
-    {
-        QTest::addColumn<QByteArray>("content");
-        // clang-format off
-        QTest::newRow("binary") << QByteArray("[Settings]\nDiagnosticLogLevel=3\n\0\0\x01", 35);
-        QTest::newRow("not utf-8") << QByteArray("[Settings]\nPlusCaption=\xff\xfe true\n");
-        QTest::newRow("truncated mid-word") << QByteArray("[Settings]\nDiagnosticLogLevel=3\nShowPrev");
-        QTest::newRow("some other file") << QByteArray("#!/bin/sh\necho hello\n");
-        // clang-format on
-    }
-
+    // Binary, not UTF-8, cut off mid-word, some other file.
     void unusableFilesMeanDefaultsAndAreLeftAlone()
     {
-        QFETCH(QByteArray, content);
-        QTemporaryDir dir;
-        const QString path = dir.filePath("Suite.ini");
-        nebra::test::writeFile(path, content);
-        SettingsStore store(path);
-        SuiteSettings settings(store);
-        QVERIFY(store.warning().contains(QStringLiteral("Default settings are in effect")));
-        QCOMPARE(settings.DiagnosticLogLevel(), 0);
-        QCOMPARE(nebra::test::readFile(path), content);
-
-        // Writing a value keeps the unusable file aside before a new one is written.
-        QVERIFY(settings.SetShowPreviewPane(false));
-        const QStringList aside = QDir(dir.path()).entryList({QStringLiteral("Suite.ini.corrupt-*")});
-        QCOMPARE(aside.size(), 1);
-        QCOMPARE(nebra::test::readFile(dir.filePath(aside.first())), content);
-        QCOMPARE(SuiteSettings(*std::make_unique<SettingsStore>(path)).ShowPreviewPane(), false);
-    }
-
-    void unreadableFileWarns()
-    {
-        if (geteuid() == 0)
-            QSKIP("root reads every file");
-        QTemporaryDir dir;
-        const QString path = dir.filePath("Suite.ini");
-        nebra::test::writeFile(path, "[Settings]\nDiagnosticLogLevel=2\n");
-        QFile::setPermissions(path, QFileDevice::WriteOwner);
-        SettingsStore store(path);
-        QVERIFY(!store.warning().isEmpty());
-        QCOMPARE(SuiteSettings(store).DiagnosticLogLevel(), 0);
+        // clang-format off
+        for (const QByteArray& content : {QByteArray("[Settings]\nDiagnosticLogLevel=3\n\0\0\x01", 35), QByteArray("[Settings]\nPlusCaption=\xff\xfe true\n"), QByteArray("[Settings]\nDiagnosticLogLevel=3\nShowPrev"), QByteArray("#!/bin/sh\necho hello\n")}) {
+            // clang-format on
+            QTemporaryDir dir;
+            const QString path = dir.filePath("Suite.ini");
+            nebra::test::writeFile(path, content);
+            SettingsStore store(path);
+            SuiteSettings settings(store);
+            QVERIFY(store.warning().contains(QStringLiteral("Default settings are in effect")));
+            QCOMPARE(settings.DiagnosticLogLevel(), 0);
+            QCOMPARE(nebra::test::readFile(path), content);
+            // Writing a value keeps the unusable file aside before a new one is written.
+            QVERIFY(settings.SetShowPreviewPane(false));
+            const QStringList aside = QDir(dir.path()).entryList({QStringLiteral("Suite.ini.corrupt-*")});
+            QCOMPARE(aside.size(), 1);
+            QCOMPARE(nebra::test::readFile(dir.filePath(aside.first())), content);
+            QCOMPARE(SuiteSettings(*std::make_unique<SettingsStore>(path)).ShowPreviewPane(), false);
+        }
     }
 
     // A value that does not parse, or is out of its range, reads as its default.
@@ -113,25 +111,6 @@ private Q_SLOTS:
                      .arg(settings.NetworkTreePollSeconds())
                      .arg(QLatin1String(modes[int(settings.WatchMode())])),
                  read);
-    }
-
-    void theLevelSeesOtherProgramsAndAWriteIntoAnUnwritableFolderFailsCleanly()
-    {
-        QTemporaryDir dir;
-        const QString path = dir.filePath("Suite.ini");
-        nebra::test::writeFile(path, "[Settings]\nDiagnosticLogLevel=0\n");
-        SettingsStore store(path);
-        SuiteSettings settings(store);
-        QCOMPARE(settings.DiagnosticLogLevel(), 0);
-        SettingsStore other(path);
-        QVERIFY(SuiteSettings(other).SetDiagnosticLogLevel(4));
-        QCOMPARE(settings.DiagnosticLogLevel(), 4);
-        const QString blocker = dir.filePath("file");
-        nebra::test::writeFile(blocker, "x");
-        SettingsStore unwritable(blocker + QStringLiteral("/Suite.ini"));
-        QVERIFY(!unwritable.setValue(QStringLiteral("Settings/PlusCaption"), true));
-        QVERIFY(!unwritable.lastError().isEmpty());
-        QCOMPARE(nebra::test::readFile(blocker), QByteArray("x"));
     }
 };
 

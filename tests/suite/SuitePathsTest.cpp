@@ -15,7 +15,7 @@ class SuitePathsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void dataFoldersFollowTheParentDirectoryAndTheShippedDriversAreListed()
+    void dataFoldersFollowTheParentDirectoryDriversAreListedAndPreviewsSitBeside()
     {
         QTemporaryDir dir;
         SettingsStore store(dir.filePath("Suite.ini"));
@@ -34,6 +34,22 @@ private Q_SLOTS:
         QVERIFY(drivers.errorString().isEmpty());
         QVERIFY(drivers.Count() >= 2);
         QCOMPARE(drivers.Item(1).FullName, drivers.Items().first().FullName);
+        // Which entries of a catalogue become drivers (how a bad or unreadable catalogue is refused is
+        // shared with the wizard catalogue and tested there).
+        nebra::test::writeFile(dir.filePath("drivers.json"),
+                               R"({"drivers":[{"FullName":"A"},{"Version":"1"},{"FullName":"B C"}]})");
+        const HLDCollection named(dir.filePath("drivers.json"));
+        QStringList read;
+        for (const HLDElement& driver : named.Items())
+            read << driver.FullName;
+        QCOMPARE(read, (QStringList{"A", "B C"}));
+        QVERIFY(named.errorString().isEmpty());
+        QCOMPARE(HLDCollection(dir.filePath("missing.json")).Count(), 0);
+        // A document's preview sits beside it.
+        QCOMPARE(paths.PreviewFileFor("/d/My Assays/Protocols/ELISA.apr"),
+                 "/d/My Assays/Protocols/ELISA.mht");
+        QCOMPARE(paths.PreviewFileFor("/d/Run 1.2.ars"), "/d/Run 1.2.mht");
+        QCOMPARE(paths.PreviewFileFor("/d/plain"), "/d/plain.mht");
     }
 
     void layoutEditorDefaultsToTheSuitesOwn_data()
@@ -72,33 +88,6 @@ private Q_SLOTS:
         SuitePaths paths(store);
         paths.Initialise();
         QCOMPARE(paths.LayoutEditorPath(), expected == "EDITOR" ? editor.fileName() : expected);
-    }
-
-    void previewFileSitsBesideTheDocument()
-    {
-        QTemporaryDir dir;
-        SettingsStore store(dir.filePath("Suite.ini"));
-        const SuitePaths paths(store);
-        QCOMPARE(paths.PreviewFileFor("/d/My Assays/Protocols/ELISA.apr"),
-                 "/d/My Assays/Protocols/ELISA.mht");
-        QCOMPARE(paths.PreviewFileFor("/d/Run 1.2.ars"), "/d/Run 1.2.mht");
-        QCOMPARE(paths.PreviewFileFor("/d/plain"), "/d/plain.mht");
-    }
-
-    // How a bad or unreadable catalogue is refused is shared with the wizard
-    // catalogue and tested there; here, which entries become drivers.
-    void driverCatalogueListsTheNamedDrivers()
-    {
-        QTemporaryDir dir;
-        nebra::test::writeFile(dir.filePath("drivers.json"),
-                               R"({"drivers":[{"FullName":"A"},{"Version":"1"},{"FullName":"B C"}]})");
-        const HLDCollection drivers(dir.filePath("drivers.json"));
-        QStringList read;
-        for (const HLDElement& driver : drivers.Items())
-            read << driver.FullName;
-        QCOMPARE(read, (QStringList{"A", "B C"}));
-        QVERIFY(drivers.errorString().isEmpty());
-        QCOMPARE(HLDCollection(dir.filePath("missing.json")).Count(), 0);
     }
 };
 

@@ -10,10 +10,7 @@
 #include <QTest>
 
 using namespace nebra;
-using nebra::test::makeFolder;
-using nebra::test::readFile;
-using nebra::test::TreeWorld;
-using nebra::test::writeFile;
+using namespace nebra::test;
 
 namespace {
 
@@ -168,38 +165,34 @@ private Q_SLOTS:
         QVERIFY(o.organiser.IsThisCurrentFolder(o.paths.ProtocolsFolder()));
     }
 
-    void aChangedDriverSetsUpTheInstrumentNode_data()
-    {
-        QTest::addColumn<bool>("nodeBefore"); // the catalogue had the drivers when the tree was built
-        QTest::newRow("another driver replaces the node in place") << true;
-        QTest::newRow("the first driver makes the node") << false;
-    }
-
+    // Another driver replaces the node in place; the first driver makes the node (the catalogue had no
+    // drivers when the tree was built).
     void aChangedDriverSetsUpTheInstrumentNode()
     {
-        QFETCH(bool, nodeBefore);
-        TreeWorld o;
-        const QString catalogue = o.dir.filePath("drivers.json");
-        const QByteArray drivers = readFile(catalogue);
-        if (!nodeBefore)
-            writeFile(catalogue, R"({"drivers":[]})");
-        o.build();
-        QAbstractItemModelTester tester(&o.tree->nodes(),
-                                        QAbstractItemModelTester::FailureReportingMode::QtTest);
-        o.tree->setCurrentNode(
-            o.organiser.node(nodeBefore ? DocumentType::ReadConfigurations : DocumentType::None));
-        writeFile(catalogue, drivers);
-        makeFolder(o.paths.ReadConfigurationsFolder() + QStringLiteral("/Reader Two/Plates"));
-        o.settings.SetCurrentHLD(2);
-        o.organiser.HandleChangedHLD();
-        QVERIFY(o.filled());
-        const FolderNode node = o.organiser.node(DocumentType::ReadConfigurations);
-        QCOMPARE(o.organiser.rootNode().child(0), node);
-        QCOMPARE(o.organiser.rootNode().childCount(), 5);
-        QCOMPARE(node.text(), QStringLiteral("Reader Two"));
-        QCOMPARE(node.child(0).text(), QStringLiteral("Plates"));
-        QCOMPARE(o.tree->currentNode() == node, nodeBefore);
-        QCOMPARE(o.shortcuts->itemCaptions(1).at(1), QStringLiteral("Reader Two"));
+        for (const bool nodeBefore : {true, false}) {
+            TreeWorld o;
+            const QString catalogue = o.dir.filePath("drivers.json");
+            const QByteArray drivers = readFile(catalogue);
+            if (!nodeBefore)
+                writeFile(catalogue, R"({"drivers":[]})");
+            o.build();
+            QAbstractItemModelTester tester(&o.tree->nodes(),
+                                            QAbstractItemModelTester::FailureReportingMode::QtTest);
+            o.tree->setCurrentNode(
+                o.organiser.node(nodeBefore ? DocumentType::ReadConfigurations : DocumentType::None));
+            writeFile(catalogue, drivers);
+            makeFolder(o.paths.ReadConfigurationsFolder() + QStringLiteral("/Reader Two/Plates"));
+            o.settings.SetCurrentHLD(2);
+            o.organiser.HandleChangedHLD();
+            QVERIFY(o.filled());
+            const FolderNode node = o.organiser.node(DocumentType::ReadConfigurations);
+            QCOMPARE(o.organiser.rootNode().child(0), node);
+            QCOMPARE(o.organiser.rootNode().childCount(), 5);
+            QCOMPARE(node.text(), QStringLiteral("Reader Two"));
+            QCOMPARE(node.child(0).text(), QStringLiteral("Plates"));
+            QCOMPARE(o.tree->currentNode() == node, nodeBefore);
+            QCOMPARE(o.shortcuts->itemCaptions(1).at(1), QStringLiteral("Reader Two"));
+        }
     }
 };
 

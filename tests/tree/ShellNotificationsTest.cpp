@@ -7,7 +7,6 @@
 #include "TestFiles.h"
 #include "TreePathRules.h"
 
-#include <QProcess>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -22,11 +21,7 @@ using namespace nebra;
 
 using nebra::test::runScript;
 
-namespace {
-
 constexpr int Bound = 10000;
-
-} // namespace
 
 // The notifications on a real tree of nodes over real folders, changed by a
 // second process. What the hooks are asked is logged, in order.
@@ -84,15 +79,6 @@ private:
         t.fileListItemCount = [this] { return m_items; };
         t.previewCurrentItem = [this] { ++m_previews; };
         return t;
-    }
-
-    // The tree's folder paths below the root, relative to the parent folder.
-    QStringList treePaths() const
-    {
-        QStringList paths;
-        for (int i = 1; i < m_model.count(); ++i)
-            paths << relative(m_model.node(i).folderPath());
-        return paths;
     }
 
     // Activates and waits until the roots' walk, when one started, is done.
@@ -162,12 +148,15 @@ private Q_SLOTS:
         runScript(m_results, script);
         QTRY_COMPARE_WITH_TIMEOUT(m_log.size(), log.size(), Bound);
         QCOMPARE(m_log, log);
-        QCOMPARE(treePaths(), tree);
+        QStringList paths; // the tree's folder paths below the root, relative to the parent folder
+        for (int i = 1; i < m_model.count(); ++i)
+            paths << relative(m_model.node(i).folderPath());
+        QCOMPARE(paths, tree);
         QCOMPARE(m_current, current);
         QCOMPARE(m_model.node(m_model.count() - 1).data(), 4);
     }
 
-    void activateAndTerminateTwice()
+    void activateAndTerminateTwiceThenAStartFailureShowsTheWindowId()
     {
         test::MessageRecorder messages;
         m_notifications->TerminateSHCNENotification(); // while inactive: nothing
@@ -185,12 +174,8 @@ private Q_SLOTS:
         QVERIFY(m_notifications->isActive());
         QVERIFY(m_log.isEmpty());
         QVERIFY(messages.requests().isEmpty());
-    }
-
-    // The system refuses a notification instance: no descriptor is free.
-    void startFailureShowsTheWindowId()
-    {
-        test::MessageRecorder messages;
+        // The system refuses a notification instance: no descriptor is free.
+        m_notifications->TerminateSHCNENotification();
         const int lowestFree = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
         ::close(lowestFree);
         rlimit saved = {};

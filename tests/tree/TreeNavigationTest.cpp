@@ -5,8 +5,7 @@
 #include <QTest>
 
 using namespace nebra;
-using nebra::test::makeFolder;
-using nebra::test::TreeWorld;
+using namespace nebra::test;
 
 class TreeNavigationTest : public QObject
 {

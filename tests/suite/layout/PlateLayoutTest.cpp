@@ -2,7 +2,6 @@
 #include "SpecialFiles.h"
 #include "TestFiles.h"
 
-#include <QDir>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -21,14 +20,10 @@ class PlateLayoutTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void readsTheExamplesAndPassesOverUnknownSectionsAndKeys()
+    // The examples are read by LayoutDocumentTest, which saves them again byte for byte.
+    void passesOverUnknownSectionsAndKeys()
     {
-        const QDir folder(qEnvironmentVariable("NEBRA_TEST_DATA_DIR") + "/Example Assays/Microplate Layouts");
         QString error;
-        for (const QString& name : folder.entryList({QStringLiteral("*.mlo")}))
-            QVERIFY2(PlateLayout::Load(folder.filePath(name), error), qPrintable(name + ": " + error));
-        QVERIFY(folder.entryList({QStringLiteral("*.mlo")}).size() >= 3);
-        // Unknown sections and keys after the layout are passed over.
         const auto layout = PlateLayout::Parse("\xef\xbb\xbf[layout]\r\nName=N\r\nRows=2\r\nColumns="
                                                "3\r\nOwner=x\r\n[Notes]\r\nb3=?\r\n[WELLS]\r\nb3=blank\r\n",
                                                error);
@@ -37,31 +32,20 @@ private Q_SLOTS:
         QCOMPARE(layout->well(1, 2).role, WellRole::Blank);
     }
 
-    void supportsEveryPlateFrom6To1536Wells_data()
-    {
-        QTest::addColumn<int>("rows");
-        QTest::addColumn<int>("columns");
-        QTest::addColumn<QString>("lastWell");
-        // clang-format off
-        for (const auto& [rows, columns, last] : {std::tuple{2, 3, "B3"}, {3, 4, "C4"}, {4, 6, "D6"}, {6, 8, "F8"},
-                                                  {8, 12, "H12"}, {16, 24, "P24"}, {32, 48, "AF48"}})
-            QTest::addRow("%d wells", rows * columns) << rows << columns << QString::fromLatin1(last);
-        // clang-format on
-    }
-
     void supportsEveryPlateFrom6To1536Wells()
     {
-        QFETCH(int, rows);
-        QFETCH(int, columns);
-        QFETCH(QString, lastWell);
         QString error;
-        const auto layout = PlateLayout::Parse(
-            plate(rows, columns, lastWell.toLower().toUtf8() + "=Sample, U1, U2\r\n"), error);
-        QVERIFY2(layout, qPrintable(error));
-        QCOMPARE(layout->well(rows - 1, columns - 1).role, WellRole::Sample);
-        QCOMPARE(layout->well(rows - 1, columns - 1).label, QStringLiteral("U1, U2"));
-        QCOMPARE(layout->roleCounts()[int(WellRole::Empty)], rows * columns - 1);
-        QCOMPARE(PlateLayout::wellName(rows - 1, columns - 1), lastWell);
+        // clang-format off
+        for (const auto& [rows, columns, last] : {std::tuple{2, 3, "B3"}, {3, 4, "C4"}, {4, 6, "D6"}, {6, 8, "F8"}, {8, 12, "H12"}, {16, 24, "P24"}, {32, 48, "AF48"}}) {
+            // clang-format on
+            const auto layout = PlateLayout::Parse(
+                plate(rows, columns, QByteArray(last).toLower() + "=Sample, U1, U2\r\n"), error);
+            QVERIFY2(layout, qPrintable(error));
+            QCOMPARE(layout->well(rows - 1, columns - 1).role, WellRole::Sample);
+            QCOMPARE(layout->well(rows - 1, columns - 1).label, QStringLiteral("U1, U2"));
+            QCOMPARE(layout->roleCounts()[int(WellRole::Empty)], rows * columns - 1);
+            QCOMPARE(PlateLayout::wellName(rows - 1, columns - 1), QLatin1String(last));
+        }
     }
 
     void malformedLayoutsAreRefusedWithTheReason_data()
@@ -91,6 +75,13 @@ private Q_SLOTS:
         QTest::newRow("Arabic-Indic digit") << plate(8, 12, "A\xd9\xa1=sample\n") << "is not a well";
         QTest::newRow("leading zero") << plate(8, 12, "A01=sample\n") << "\"A01\" is not a well";
         QTest::newRow("signed column") << plate(8, 12, "A+1=sample\n") << "\"A+1\" is not a well";
+        // The concentrations of the second version are checked like the wells.
+        const QByteArray v2 = "[Layout]\nVersion=2\nRows=8\nColumns=12\n[Wells]\nA1=standard,S1\n[Concentrations]\n";
+        QTest::newRow("concentration not a number") << v2 + "A1=lots\n" << "Line 8: \"lots\" is not a concentration";
+        QTest::newRow("negative concentration") << v2 + "A1=-1\n" << "is not a concentration";
+        QTest::newRow("concentration off the plate") << v2 + "Z1=1\n" << "\"Z1\" is not a well of a 8 x 12 plate";
+        QTest::newRow("concentration twice") << v2 + "A1=1\na1=2\n" << "Line 9: the concentration of a1 is given twice";
+        QTest::newRow("bad version") << QByteArray(v2).replace("=2", "=two") << "\"two\" is not a format version";
         // clang-format on
     }
 
@@ -103,42 +94,25 @@ private Q_SLOTS:
         QVERIFY2(error.contains(reason), qPrintable(error));
     }
 
-    // A file over the limit is refused whatever its content; a valid layout
-    // padded to exactly the limit is read.
-    void theSizeLimitIsJudgedOnWhatWasRead_data()
+    // A file over the limit is refused whatever its content, a valid layout padded to exactly the
+    // limit is read; a pipe is refused without blocking (which files are not regular is RegularFileTest's).
+    void theSizeLimitIsJudgedOnWhatWasReadAndAPipeIsRefused()
     {
-        QTest::addColumn<qint64>("size");
-        QTest::addColumn<bool>("read");
-        // clang-format off
-        QTest::newRow("at the limit") << PlateLayout::MaximumFileSize << true;
-        QTest::newRow("one byte over") << PlateLayout::MaximumFileSize + 1 << false;
-        // clang-format on
-    }
-
-    void theSizeLimitIsJudgedOnWhatWasRead()
-    {
-        QFETCH(qint64, size);
-        QFETCH(bool, read);
         QTemporaryDir dir;
-        QByteArray text = plate(8, 12, "A1=sample\n# ");
-        text += QByteArray(size - text.size() - 1, 'x') + '\n';
-        QCOMPARE(text.size(), size);
-        test::writeFile(dir.filePath("big.mlo"), text);
         QString error;
-        QCOMPARE(bool(PlateLayout::Load(dir.filePath("big.mlo"), error)), read);
-        QVERIFY2(read == error.isEmpty(), qPrintable(error));
-        if (!read)
-            QCOMPARE(error,
-                     QStringLiteral("The file is too large for a plate layout (more than 1048576 bytes)."));
-    }
-
-    // Which files are not regular is RegularFileTest's; here the reader's answer to one.
-    void aPipeIsRefusedWithoutBlocking()
-    {
-        QTemporaryDir dir;
+        for (const qint64 size : {PlateLayout::MaximumFileSize, PlateLayout::MaximumFileSize + 1}) {
+            QByteArray text = plate(8, 12, "A1=sample\n# ");
+            text += QByteArray(size - text.size() - 1, 'x') + '\n';
+            test::writeFile(dir.filePath("big.mlo"), text);
+            const bool read = size == PlateLayout::MaximumFileSize;
+            QCOMPARE(bool(PlateLayout::Load(dir.filePath("big.mlo"), error)), read);
+            QCOMPARE(
+                error,
+                read ? QString()
+                     : QStringLiteral("The file is too large for a plate layout (more than 1048576 bytes)."));
+        }
         test::makeFifo(dir.filePath("pipe.mlo"));
         const test::PipeWatchdog watchdog(dir.filePath("pipe.mlo"));
-        QString error;
         QVERIFY(!PlateLayout::Load(dir.filePath("pipe.mlo"), error));
         QCOMPARE(error,
                  QStringLiteral("This is not a file that can be read (a folder, pipe, socket or device)."));

@@ -9,19 +9,16 @@ class PlateLayoutViewerTest : public QObject
 {
     Q_OBJECT
 
-private:
-    static int pixelsOf(const QImage& image, const QColor& colour)
-    {
-        int count = 0;
-        for (int y = 0; y < image.height(); ++y)
-            for (int x = 0; x < image.width(); ++x)
-                count += image.pixelColor(x, y) == colour;
-        return count;
-    }
-
 private Q_SLOTS:
-    void drawsWellsByRoleAndScalesWithThePane()
+    void drawsWellsByRoleScalesWithThePaneAndShowsTheNameAsWritten()
     {
+        const auto pixelsOf = [](const QImage& image, const QColor& colour) {
+            int count = 0;
+            for (int y = 0; y < image.height(); ++y)
+                for (int x = 0; x < image.width(); ++x)
+                    count += image.pixelColor(x, y) == colour;
+            return count;
+        };
         PlateLayoutViewer viewer;
         QVERIFY(viewer.LoadFile(qEnvironmentVariable("NEBRA_TEST_DATA_DIR") +
                                 "/Example Assays/Microplate Layouts/ELISA 96 Standard Curve.mlo"));
@@ -38,11 +35,7 @@ private Q_SLOTS:
         QCOMPARE(viewer.wellAt(QPoint(0, 0)), QString());
         QCOMPARE(viewer.wellAt(QPoint(1199, 799)), QString());
         QVERIFY(!viewer.wellAt(QPoint(600, 400)).isEmpty());
-    }
-
-    void theNameIsShownAsWrittenAndTheTitleFollowsTheWidth()
-    {
-        PlateLayoutViewer viewer;
+        // The name is shown as written, and the title follows the width.
         viewer.setPlateLayout(PlateLayout(QStringLiteral("%2 and %1"), 8, 12));
         QCOMPARE(viewer.accessibleDescription(), QStringLiteral("%2 and %1: 96 wells, 8 rows by 12 columns"));
         // The elided title is kept between paints; it must still follow the

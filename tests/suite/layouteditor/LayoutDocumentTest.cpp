@@ -95,27 +95,33 @@ private Q_SLOTS:
         QCOMPARE(document.undoStack().count(), filled ? 1 : 0);
     }
 
-    void numbersSamplesInRowOrColumnOrder_data()
+    void numbersSamplesInRowOrColumnOrderAndPastesOnlyWhatFits()
     {
-        QTest::addColumn<bool>("byColumns");
-        QTest::addColumn<QString>("expected");
         // clang-format off
-        QTest::newRow("by rows") << false << "A1=sample:U1 A3=sample:U2 B1=sample:U3 B2=blank:B";
-        QTest::newRow("by columns") << true << "A1=sample:U1 A3=sample:U3 B1=sample:U2 B2=blank:B";
-        // clang-format on
-    }
-
-    void numbersSamplesInRowOrColumnOrder()
-    {
-        QFETCH(bool, byColumns);
-        QFETCH(QString, expected);
+        for (const auto& [byColumns, expected] : {std::pair{false, "A1=sample:U1 A3=sample:U2 B1=sample:U3 B2=blank:B"}, {true, "A1=sample:U1 A3=sample:U3 B1=sample:U2 B2=blank:B"}}) {
+            // clang-format on
+            LayoutDocument document;
+            document.newLayout(2, 3);
+            document.assignRole(wells(document.layout(), "A1 A3 B1"), WellRole::Sample);
+            document.assignRole(wells(document.layout(), "B2"), WellRole::Blank);
+            document.assignLabel(wells(document.layout(), "B2"), " B ");
+            document.numberSamples(wells(document.layout(), "A1 A2 A3 B1 B2 B3"), byColumns, "U");
+            QCOMPARE(describe(document.layout()), QLatin1String(expected));
+        }
+        // A copied block must fit on the plate where it is pasted.
         LayoutDocument document;
         document.newLayout(2, 3);
-        document.assignRole(wells(document.layout(), "A1 A3 B1"), WellRole::Sample);
-        document.assignRole(wells(document.layout(), "B2"), WellRole::Blank);
-        document.assignLabel(wells(document.layout(), "B2"), " B ");
-        document.numberSamples(wells(document.layout(), "A1 A2 A3 B1 B2 B3"), byColumns, "U");
-        QCOMPARE(describe(document.layout()), expected);
+        document.assignRole(wells(document.layout(), "A1 A2"), WellRole::Blank);
+        const auto block =
+            WellBlock::FromText(WellBlock::Copy(document.layout(), QRect(0, 0, 2, 1)).toText());
+        QVERIFY(block);
+        QString error;
+        QVERIFY(!document.paste(*block, 1, 2, error));
+        QCOMPARE(error,
+                 QStringLiteral("The copied block of 1 x 2 wells does not fit on the plate from well B3."));
+        QVERIFY(document.paste(*block, 1, 1, error));
+        QCOMPARE(describe(document.layout()), QStringLiteral("A1=blank: A2=blank: B2=blank: B3=blank:"));
+        QVERIFY(!WellBlock::FromText("# Nebra wells 1 x 2\nsample,,a\n"));
     }
 
     void everyChangeIsUndoneAndRedone()
@@ -151,27 +157,12 @@ private Q_SLOTS:
         QCOMPARE(modified.count(), 3);
     }
 
-    void pasteMustFitOnThePlate()
-    {
-        LayoutDocument document;
-        document.newLayout(2, 3);
-        document.assignRole(wells(document.layout(), "A1 A2"), WellRole::Blank);
-        const auto block =
-            WellBlock::FromText(WellBlock::Copy(document.layout(), QRect(0, 0, 2, 1)).toText());
-        QVERIFY(block);
-        QString error;
-        QVERIFY(!document.paste(*block, 1, 2, error));
-        QCOMPARE(error,
-                 QStringLiteral("The copied block of 1 x 2 wells does not fit on the plate from well B3."));
-        QVERIFY(document.paste(*block, 1, 1, error));
-        QCOMPARE(describe(document.layout()), QStringLiteral("A1=blank: A2=blank: B2=blank: B3=blank:"));
-        QVERIFY(!WellBlock::FromText("# Nebra wells 1 x 2\nsample,,a\n"));
-    }
-
     void examplesOpenAndSaveUnchanged()
     {
         const QDir folder(qEnvironmentVariable("NEBRA_TEST_DATA_DIR") + "/Example Assays/Microplate Layouts");
-        for (const QString& name : folder.entryList({QStringLiteral("*.mlo")})) {
+        const QStringList names = folder.entryList({QStringLiteral("*.mlo")});
+        QVERIFY(names.size() >= 3);
+        for (const QString& name : names) {
             LayoutDocument document;
             QString error;
             QVERIFY2(document.open(folder.filePath(name), error), qPrintable(error));
@@ -183,86 +174,72 @@ private Q_SLOTS:
         }
     }
 
-    void replacingAnotherFileAsksFirst_data()
-    {
-        QTest::addColumn<int>("answer");
-        QTest::addColumn<bool>("replaced");
-        // clang-format off
-        QTest::newRow("yes") << int(MessageButton::Yes) << true;
-        QTest::newRow("no") << int(MessageButton::No) << false;
-        // clang-format on
-    }
-
+    // Yes replaces the other file, No keeps it.
     void replacingAnotherFileAsksFirst()
     {
-        QFETCH(int, answer);
-        QFETCH(bool, replaced);
-        const QString other = m_dir.filePath(QStringLiteral("Other %1.mlo").arg(answer));
-        test::writeFile(other, "precious");
-        test::MessageRecorder messages;
-        messages.answer(answer);
-        LayoutDocument document;
-        document.newLayout(2, 3);
-        QString error;
-        const auto result = document.saveAs(other, error);
-        QCOMPARE(messages.count(), 1);
-        QCOMPARE(messages.last().text, QStringLiteral("\"%1\" already exists.\nDo you want to replace it?")
-                                           .arg(QFileInfo(other).fileName()));
-        QCOMPARE(messages.last().icon, MessageIcon::Question);
-        QCOMPARE(messages.last().buttons, MessageButton::Yes | MessageButton::No);
-        QCOMPARE(messages.last().defaultButton, int(MessageButton::No));
-        QCOMPARE(result == LayoutDocument::SaveResult::Saved, replaced);
-        QCOMPARE(test::readFile(other) == "precious", !replaced);
-        QCOMPARE(document.isModified(), false);
+        for (const int answer : {int(MessageButton::Yes), int(MessageButton::No)}) {
+            const bool replaced = answer == MessageButton::Yes;
+            const QString other = m_dir.filePath(QStringLiteral("Other %1.mlo").arg(answer));
+            test::writeFile(other, "precious");
+            test::MessageRecorder messages;
+            messages.answer(answer);
+            LayoutDocument document;
+            document.newLayout(2, 3);
+            QString error;
+            const auto result = document.saveAs(other, error);
+            QCOMPARE(messages.count(), 1);
+            QCOMPARE(messages.last().text,
+                     QStringLiteral("\"%1\" already exists.\nDo you want to replace it?")
+                         .arg(QFileInfo(other).fileName()));
+            QCOMPARE(messages.last().icon, MessageIcon::Question);
+            QCOMPARE(messages.last().buttons, MessageButton::Yes | MessageButton::No);
+            QCOMPARE(messages.last().defaultButton, int(MessageButton::No));
+            QCOMPARE(result == LayoutDocument::SaveResult::Saved, replaced);
+            QCOMPARE(test::readFile(other) == "precious", !replaced);
+            QCOMPARE(document.isModified(), false);
+        }
     }
 
-    void aSaveRacingAnotherProgramKeepsBothVersions_data()
-    {
-        QTest::addColumn<int>("answer");
-        // clang-format off
-        QTest::newRow("save beside it") << int(MessageButton::Ok);
-        QTest::newRow("cancel") << int(MessageButton::Cancel);
-        // clang-format on
-    }
-
+    // Ok saves beside the other version, Cancel saves nothing.
     void aSaveRacingAnotherProgramKeepsBothVersions()
     {
-        QFETCH(int, answer);
-        QTemporaryDir dir;
-        const QString path = dir.filePath(QStringLiteral("Race.mlo"));
-        LayoutDocument document;
-        document.newLayout(8, 12);
-        QString error;
-        QCOMPARE(document.saveAs(path, error), LayoutDocument::SaveResult::Saved);
-        document.assignRole(wells(document.layout(), "A1"), WellRole::Sample);
-        // Saving again unchanged by anyone else asks nothing.
-        test::MessageRecorder messages;
-        QCOMPARE(document.save(error), LayoutDocument::SaveResult::Saved);
-        QCOMPARE(messages.count(), 0);
-        // Another program rewrites the file meanwhile.
-        const QByteArray theirs = "[Layout]\nRows=2\nColumns=3\n";
-        test::writeFile(path, theirs);
-        document.assignRole(wells(document.layout(), "A2"), WellRole::Blank);
-        messages.answer(answer);
-        const auto result = document.save(error);
-        QCOMPARE(messages.count(), 1);
-        QCOMPARE(messages.last().icon, MessageIcon::Warning);
-        QCOMPARE(
-            messages.last().text,
-            QStringLiteral("\"Race.mlo\" has been changed by another program since it was opened here.\n\n"
-                           "Your version will be saved as \"Race (edited).mlo\" beside it; the other version "
-                           "is kept as it is."));
-        QCOMPARE(test::readFile(path), theirs);
-        const QString copy = dir.filePath(QStringLiteral("Race (edited).mlo"));
-        if (answer == MessageButton::Ok) {
-            QCOMPARE(result, LayoutDocument::SaveResult::Saved);
-            QCOMPARE(document.path(), copy);
-            QCOMPARE(test::readFile(copy), PlateLayoutWriter::Serialise(document.layout()));
-            QCOMPARE(LayoutDocument::freeSiblingPath(path), dir.filePath("Race (edited 2).mlo"));
-        } else {
-            QCOMPARE(result, LayoutDocument::SaveResult::Cancelled);
-            QVERIFY(!QFileInfo::exists(copy));
-            QVERIFY(document.isModified());
+        for (const int answer : {int(MessageButton::Ok), int(MessageButton::Cancel)}) {
+            QTemporaryDir dir;
+            const QString path = dir.filePath(QStringLiteral("Race.mlo"));
+            LayoutDocument document;
+            document.newLayout(8, 12);
+            QString error;
+            QCOMPARE(document.saveAs(path, error), LayoutDocument::SaveResult::Saved);
+            document.assignRole(wells(document.layout(), "A1"), WellRole::Sample);
+            // Saving again unchanged by anyone else asks nothing.
+            test::MessageRecorder messages;
+            QCOMPARE(document.save(error), LayoutDocument::SaveResult::Saved);
+            QCOMPARE(messages.count(), 0);
+            // Another program rewrites the file meanwhile.
+            const QByteArray theirs = "[Layout]\nRows=2\nColumns=3\n";
+            test::writeFile(path, theirs);
+            document.assignRole(wells(document.layout(), "A2"), WellRole::Blank);
+            messages.answer(answer);
+            const auto result = document.save(error);
+            QCOMPARE(messages.count(), 1);
+            QCOMPARE(messages.last().icon, MessageIcon::Warning);
+            QCOMPARE(messages.last().text,
+                     QStringLiteral(
+                         "\"Race.mlo\" has been changed by another program since it was opened here.\n\n"
+                         "Your version will be saved as \"Race (edited).mlo\" beside it; the other version "
+                         "is kept as it is."));
+            QCOMPARE(test::readFile(path), theirs);
+            const QString copy = dir.filePath(QStringLiteral("Race (edited).mlo"));
+            if (answer == MessageButton::Ok) {
+                QCOMPARE(result, LayoutDocument::SaveResult::Saved);
+                QCOMPARE(document.path(), copy);
+                QCOMPARE(test::readFile(copy), PlateLayoutWriter::Serialise(document.layout()));
+                QCOMPARE(LayoutDocument::freeSiblingPath(path), dir.filePath("Race (edited 2).mlo"));
+            } else {
+                QCOMPARE(result, LayoutDocument::SaveResult::Cancelled);
+                QVERIFY(!QFileInfo::exists(copy));
+                QVERIFY(document.isModified());
+            }
         }
     }
 

@@ -33,13 +33,6 @@ private:
     QString m_report;
     QString m_layout; // a layout whose path holds blanks
 
-    QMultiHash<QString, QString> waitForReport()
-    {
-        QMultiHash<QString, QString> report;
-        [&] { QTRY_VERIFY_WITH_TIMEOUT(!(report = readReport(m_report)).isEmpty(), 20000); }();
-        return report;
-    }
-
 private Q_SLOTS:
     void initTestCase()
     {
@@ -91,64 +84,48 @@ private Q_SLOTS:
         QVERIFY2(report.value("message").contains(message), qPrintable(report.value("message")));
     }
 
-    void answersHelpAndVersionWithoutAWindow_data()
-    {
-        QTest::addColumn<QString>("option");
-        QTest::addColumn<QString>("output");
-        // clang-format off
-        QTest::newRow("help") << "--help" << "Usage: nebra-layout-editor [LAYOUT | \"layoutsfolder:FOLDER\"";
-        QTest::newRow("version") << "--version" << "nebra-layout-editor " NEBRA_VERSION "\n";
-        // clang-format on
-    }
-
     void answersHelpAndVersionWithoutAWindow()
     {
-        QFETCH(QString, option);
-        QFETCH(QString, output);
-        QProcess editor;
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert("QT_QPA_PLATFORM", "none-at-all"); // a window would fail to start
-        editor.setProcessEnvironment(environment);
-        editor.start(Editor, {option});
-        QVERIFY(editor.waitForFinished(20000));
-        QCOMPARE(editor.exitCode(), 0);
-        QVERIFY(QString::fromUtf8(editor.readAllStandardOutput()).startsWith(output));
-        QVERIFY(!QFileInfo::exists(m_report));
+                                                              // clang-format off
+        for (const auto& [option, output] : {std::pair{"--help", "Usage: nebra-layout-editor [LAYOUT | \"layoutsfolder:FOLDER\""}, {"--version", "nebra-layout-editor " NEBRA_VERSION "\n"}}) {
+            // clang-format on
+            QProcess editor;
+            editor.setProcessEnvironment(environment);
+            editor.start(Editor, {QLatin1String(option)});
+            QVERIFY(editor.waitForFinished(20000));
+            QCOMPARE(editor.exitCode(), 0);
+            QVERIFY(QString::fromUtf8(editor.readAllStandardOutput()).startsWith(QLatin1String(output)));
+            QVERIFY(!QFileInfo::exists(m_report));
+        }
     }
 
-    void startedByTheOrganisersLauncher_data()
-    {
-        QTest::addColumn<bool>("edit");
-        QTest::addColumn<bool>("secured");
-        // clang-format off
-        QTest::newRow("new layout") << false << false;
-        QTest::newRow("new layout in a security session") << false << true;
-        QTest::newRow("edit a layout") << true << false;
-        // clang-format on
-    }
-
+    // A new layout, a new layout in a security session, a layout edited.
     void startedByTheOrganisersLauncher()
     {
-        QFETCH(bool, edit);
-        QFETCH(bool, secured);
-        test::UserFolders folders;
-        SettingsStore store(folders.settingsFile());
-        SuitePaths paths(store);
-        QVERIFY(paths.SetParentDirectory(m_dir.filePath("Data")));
-        QVERIFY(QDir().mkpath(paths.LayoutsFolder()));
-        QVERIFY(store.setValue("Paths/LayoutEditorPath", Editor));
-        LaunchContext context;
-        context.canPerform = [](const QString&) { return true; };
-        context.selectedDocumentPath = [this] { return m_layout; };
-        context.securityEnabled = [secured] { return secured; };
-        DocumentLauncher launcher(paths, std::move(context));
-        edit ? launcher.EditLayout() : launcher.CreateLayout();
-        const auto report = waitForReport();
-        QCOMPARE(report.value("path"), edit ? m_layout : QString());
-        QCOMPARE(report.value("folder"), secured ? paths.LayoutsFolder() : QString());
-        // Where the Organiser lists it, whether or not the folder was handed over.
-        QCOMPARE(report.value("saveas"), edit ? QFileInfo(m_layout).path() : paths.LayoutsFolder());
-        QCOMPARE(report.values("message"), QStringList());
+        for (const auto& [edit, secured] : {std::pair{false, false}, {false, true}, {true, false}}) {
+            QFile::remove(m_report);
+            test::UserFolders folders;
+            SettingsStore store(folders.settingsFile());
+            SuitePaths paths(store);
+            QVERIFY(paths.SetParentDirectory(m_dir.filePath("Data")));
+            QVERIFY(QDir().mkpath(paths.LayoutsFolder()));
+            QVERIFY(store.setValue("Paths/LayoutEditorPath", Editor));
+            LaunchContext context;
+            context.canPerform = [](const QString&) { return true; };
+            context.selectedDocumentPath = [this] { return m_layout; };
+            context.securityEnabled = [secured] { return secured; };
+            DocumentLauncher launcher(paths, std::move(context));
+            edit ? launcher.EditLayout() : launcher.CreateLayout();
+            QMultiHash<QString, QString> report;
+            QTRY_VERIFY_WITH_TIMEOUT(!(report = readReport(m_report)).isEmpty(), 20000);
+            QCOMPARE(report.value("path"), edit ? m_layout : QString());
+            QCOMPARE(report.value("folder"), secured ? paths.LayoutsFolder() : QString());
+            // Where the Organiser lists it, whether or not the folder was handed over.
+            QCOMPARE(report.value("saveas"), edit ? QFileInfo(m_layout).path() : paths.LayoutsFolder());
+            QCOMPARE(report.values("message"), QStringList());
+        }
     }
 };
 

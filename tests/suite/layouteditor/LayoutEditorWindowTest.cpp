@@ -7,15 +7,12 @@
 #include "MessageRecorder.h"
 #include "WellSelection.h"
 
-#include <QAbstractSpinBox>
 #include <QAction>
 #include <QComboBox>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QtTest>
-
-#include <memory>
 
 using namespace nebra;
 
@@ -60,7 +57,7 @@ class LayoutEditorWindowTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void selectsWithTheMouse()
+    void selectsWithTheMouseEditsFromTheKeyboardCopiesAndPastesAndNamesEveryControl()
     {
         Editor o;
         QTest::mouseClick(o.canvas(), Qt::LeftButton, {}, o.canvas()->wellCentre(1, 1));
@@ -76,11 +73,8 @@ private Q_SLOTS:
         QVERIFY(o.selection().isSelected(6, 11));
         QTest::mouseClick(o.canvas(), Qt::LeftButton, Qt::ControlModifier, o.canvas()->columnHeaderCentre(0));
         QCOMPARE(o.selection().count(), 12 + 7);
-    }
-
-    void editsFromTheKeyboardCopiesAndPastesAndNamesEveryControl()
-    {
-        Editor o;
+        // Edits from the keyboard, copies and pastes.
+        o.selection().press(0, 0, WellSelection::Extend::Replace);
         QTest::keyClick(o.canvas(), Qt::Key_Right);
         QTest::keyClick(o.canvas(), Qt::Key_Down, Qt::ShiftModifier);
         QCOMPARE(o.selectedWells(), QStringLiteral("A2 B2"));
@@ -125,40 +119,31 @@ private Q_SLOTS:
         test::verifyAccessibleNames(o.window, 15, {o.canvas()});
     }
 
-    void closingWithChangesAsks_data()
-    {
-        QTest::addColumn<int>("answer");
-        QTest::addColumn<bool>("closed");
-        QTest::addColumn<bool>("saved");
-        // clang-format off
-        QTest::newRow("cancel") << int(MessageButton::Cancel) << false << false;
-        QTest::newRow("discard") << int(MessageButton::No) << true << false;
-        QTest::newRow("save") << int(MessageButton::Yes) << true << true;
-        // clang-format on
-    }
-
+    // Cancel keeps the window; No closes it unsaved; Yes saves through the save dialog.
     void closingWithChangesAsks()
     {
-        QFETCH(int, answer);
-        QFETCH(bool, closed);
-        QFETCH(bool, saved);
-        Editor o;
-        QTemporaryDir dir;
-        const QString path = dir.filePath("Drawn.mlo");
-        test::DialogScript dialogs;
-        dialogs.chooseFile(path, true);
-        test::MessageRecorder messages;
-        messages.answer(answer);
-        o.document.rename("Drawn");
-        QCOMPARE(o.window.close(), closed);
-        QCOMPARE(dialogs.shown().size(), int(saved)); // the save dialog, only when saving
-        QCOMPARE(messages.count(), 1);
-        QCOMPARE(messages.last().text,
-                 QStringLiteral("The layout \"Untitled\" has unsaved changes.\nDo you want to save them?"));
-        QCOMPARE(messages.last().buttons, MessageButton::Yes | MessageButton::No | MessageButton::Cancel);
-        QCOMPARE(QFileInfo::exists(path), saved);
-        if (saved)
-            QCOMPARE(o.window.windowTitle(), QStringLiteral("Drawn.mlo[*] - Layout Editor"));
+        // clang-format off
+        for (const auto& [answer, closed, saved] : {std::tuple{int(MessageButton::Cancel), false, false}, {int(MessageButton::No), true, false}, {int(MessageButton::Yes), true, true}}) {
+            // clang-format on
+            Editor o;
+            QTemporaryDir dir;
+            const QString path = dir.filePath("Drawn.mlo");
+            test::DialogScript dialogs;
+            dialogs.chooseFile(path, true);
+            test::MessageRecorder messages;
+            messages.answer(answer);
+            o.document.rename("Drawn");
+            QCOMPARE(o.window.close(), closed);
+            QCOMPARE(dialogs.shown().size(), int(saved)); // the save dialog, only when saving
+            QCOMPARE(messages.count(), 1);
+            QCOMPARE(
+                messages.last().text,
+                QStringLiteral("The layout \"Untitled\" has unsaved changes.\nDo you want to save them?"));
+            QCOMPARE(messages.last().buttons, MessageButton::Yes | MessageButton::No | MessageButton::Cancel);
+            QCOMPARE(QFileInfo::exists(path), saved);
+            if (saved)
+                QCOMPARE(o.window.windowTitle(), QStringLiteral("Drawn.mlo[*] - Layout Editor"));
+        }
     }
 };
 

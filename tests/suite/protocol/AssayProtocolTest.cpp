@@ -7,34 +7,15 @@
 
 using namespace nebra;
 
-namespace {
-
 const QByteArray Head =
     "# Nebra assay protocol\n[Protocol]\nName=P\nLayout=L.mlo\nRead=R\nAnalysis=A\nUnits=U\n";
-
-ReadSettings kineticFluorescence()
-{
-    ReadSettings s;
-    s.mode = ReadSettings::Mode::Fluorescence;
-    s.excitation = 485;
-    s.emission = 528;
-    s.kinetic = true;
-    s.reads = 30;
-    s.interval = 45;
-    s.shaking = ReadSettings::Shaking::Orbital;
-    s.shakingTime = 10;
-    s.temperature = 37.5;
-    return s;
-}
-
-} // namespace
 
 class AssayProtocolTest : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void examplesAreValidAndLaterSectionsAndKeysArePassedOver()
+    void examplesAreValidLaterSectionsAndKeysArePassedOverAndAPipeIsRefused()
     {
         const QDir folder(qEnvironmentVariable("NEBRA_TEST_DATA_DIR") +
                           QStringLiteral("/Example Assays/Protocols"));
@@ -51,54 +32,45 @@ private Q_SLOTS:
             AssayProtocol::Parse("\xEF\xBB\xBF" + Head + "Extra=1\n[Plate map]\nwhatever\n", error);
         QVERIFY2(protocol, qPrintable(error));
         QCOMPARE(protocol->units, QStringLiteral("U"));
+        // A pipe is refused without blocking (which files are not regular is RegularFileTest's).
+        QTemporaryDir dir;
+        test::makeFifo(dir.filePath("pipe.apr"));
+        const test::PipeWatchdog watchdog(dir.filePath("pipe.apr"));
+        QVERIFY(!AssayProtocol::Load(dir.filePath("pipe.apr"), error));
+        QCOMPARE(error, QStringLiteral("The protocol cannot be read: it is not a regular file"));
+        QVERIFY2(!watchdog.released(), "the reader blocked on the pipe");
         // An absorbance read names a reference wavelength only when it has one.
-        ReadSettings s;
-        s.wavelength = 450;
-        QCOMPARE(s.Summary(), QStringLiteral("Absorbance 450 nm"));
-        s.referenceWavelength = 620;
-        QCOMPARE(s.Summary(), QStringLiteral("Absorbance 450 nm, reference 620 nm"));
+        QCOMPARE(ReadSettings{}.Summary(), QStringLiteral("Absorbance 450 nm"));
+        QCOMPARE((ReadSettings{.referenceWavelength = 620, .temperature = {}}.Summary()),
+                 QStringLiteral("Absorbance 450 nm, reference 620 nm"));
     }
 
-    void writtenProtocolsReadBack_data()
-    {
-        QTest::addColumn<int>("variant");
-        // clang-format off
-        QTest::newRow("no read settings") << 0;
-        QTest::newRow("absorbance with reference, end point") << 1;
-        QTest::newRow("fluorescence, kinetic, shaking, 37.5 C") << 2;
-        QTest::newRow("luminescence, ambient") << 3;
-        // clang-format on
-    }
     void writtenProtocolsReadBack()
     {
-        QFETCH(int, variant);
-        AssayProtocol protocol;
-        protocol.name = QStringLiteral("Ünïcode <&> assay");
-        protocol.layout = QStringLiteral("ELISA 96 Standard Curve.mlo");
-        protocol.analysis = QStringLiteral("4-parameter logistic");
-        protocol.units = QStringLiteral("ng/mL");
-        if (variant == 1) {
-            ReadSettings s;
-            s.wavelength = 450;
-            s.referenceWavelength = 620;
-            protocol.settings = s;
-        } else if (variant == 2) {
-            protocol.settings = kineticFluorescence();
-        } else if (variant == 3) {
-            ReadSettings s;
-            s.mode = ReadSettings::Mode::Luminescence;
-            s.integrationTime = 500;
-            protocol.settings = s;
+        using enum ReadSettings::Mode;
+        // clang-format off
+        const std::optional<ReadSettings> variants[] = {
+            {}, // no read settings
+            ReadSettings{.referenceWavelength = 620, .temperature = {}}, // absorbance with a reference, end point
+            ReadSettings{.mode = Fluorescence, .emission = 528, .kinetic = true, .reads = 30, .interval = 45, .shaking = ReadSettings::Shaking::Orbital, .shakingTime = 10, .temperature = 37.5},
+            ReadSettings{.mode = Luminescence, .integrationTime = 500, .temperature = {}}}; // ambient
+        // clang-format on
+        for (const std::optional<ReadSettings>& settings : variants) {
+            AssayProtocol protocol;
+            protocol.name = QStringLiteral("Ünïcode <&> assay");
+            protocol.layout = QStringLiteral("ELISA 96 Standard Curve.mlo");
+            protocol.analysis = QStringLiteral("4-parameter logistic");
+            protocol.units = QStringLiteral("ng/mL");
+            protocol.settings = settings;
+            protocol.read = settings ? settings->Summary() : QStringLiteral("Absorbance 450 nm");
+            QString error;
+            const auto back = AssayProtocol::Parse(protocol.Serialise(), error);
+            QVERIFY2(back, qPrintable(error));
+            QCOMPARE(back->Serialise(), protocol.Serialise());
+            QCOMPARE(back->name, protocol.name);
+            QCOMPARE(back->settings.has_value(), protocol.settings.has_value());
+            QVERIFY(protocol.PreviewPage().contains("<h1>Ünïcode &lt;&amp;&gt; assay</h1>"));
         }
-        protocol.read =
-            protocol.settings ? protocol.settings->Summary() : QStringLiteral("Absorbance 450 nm");
-        QString error;
-        const auto back = AssayProtocol::Parse(protocol.Serialise(), error);
-        QVERIFY2(back, qPrintable(error));
-        QCOMPARE(back->Serialise(), protocol.Serialise());
-        QCOMPARE(back->name, protocol.name);
-        QCOMPARE(back->settings.has_value(), protocol.settings.has_value());
-        QVERIFY(protocol.PreviewPage().contains("<h1>Ünïcode &lt;&amp;&gt; assay</h1>"));
     }
 
     void faultsAreNamed_data()
@@ -128,18 +100,6 @@ private Q_SLOTS:
         QString actual;
         QVERIFY(!AssayProtocol::Parse(content, actual));
         QCOMPARE(actual, error);
-    }
-
-    // Which files are not regular is RegularFileTest's; here the reader's answer to one.
-    void aPipeIsRefusedWithoutBlocking()
-    {
-        QTemporaryDir dir;
-        test::makeFifo(dir.filePath("pipe.apr"));
-        const test::PipeWatchdog watchdog(dir.filePath("pipe.apr"));
-        QString error;
-        QVERIFY(!AssayProtocol::Load(dir.filePath("pipe.apr"), error));
-        QCOMPARE(error, QStringLiteral("The protocol cannot be read: it is not a regular file"));
-        QVERIFY2(!watchdog.released(), "the reader blocked on the pipe");
     }
 };
 

@@ -112,12 +112,23 @@ private Q_SLOTS:
         QCOMPARE(o.nextEnabled(), problem.isEmpty() && !name.isEmpty());
     }
 
-    void theLayoutPageShowsTheChosenLayoutAndImpossibleFiltersAreRefused()
+    // A pipe or a socket named like a layout is not offered, even when it
+    // is the layout asked for, and nothing waits on the pipe.
+    void theLayoutPageOffersReadableLayoutsShowsTheChosenOneAndRefusesImpossibleFilters()
     {
         Wizard o;
-        o.start("Kinetic 384.mlo");
+        test::makeFifo(o.layouts() + "/A pipe.mlo");
+        const test::BoundSocket socket(o.layouts() + "/A socket.mlo");
+        QVERIFY(socket.isBound());
+        const test::PipeWatchdog watchdog(o.layouts() + "/A pipe.mlo");
+        o.start("A pipe.mlo");
         o.toLayoutPage();
         QCOMPARE(o.control<QListWidget>("lstLayouts")->count(), 3);
+        QVERIFY(o.control<QListWidget>("lstLayouts")->findItems("A ", Qt::MatchStartsWith).isEmpty());
+        QVERIFY2(!watchdog.released(), "the wizard blocked on the pipe");
+        // The layout asked for is chosen and shown.
+        o.start("Kinetic 384.mlo");
+        o.toLayoutPage();
         QCOMPARE(o.control<QListWidget>("lstLayouts")->currentItem()->text(), "Kinetic 384.mlo");
         const auto* viewer = o.control<PlateLayoutViewer>("PlateLayoutViewer1");
         QVERIFY2(viewer->hasPlateLayout(), qPrintable(viewer->errorText()));
@@ -132,27 +143,7 @@ private Q_SLOTS:
         o.wizard->next();
         QCOMPARE(o.wizard->currentId(), page);
         QVERIFY(o.control<QLabel>("lblReadProblem")->text().contains("emission"));
-    }
-
-    // A pipe or a socket named like a layout is not offered, even when it
-    // is the layout asked for, and nothing waits on the pipe.
-    void pipesAndSocketsAreNotOffered()
-    {
-        Wizard o;
-        test::makeFifo(o.layouts() + "/A pipe.mlo");
-        const test::BoundSocket socket(o.layouts() + "/A socket.mlo");
-        QVERIFY(socket.isBound());
-        const test::PipeWatchdog watchdog(o.layouts() + "/A pipe.mlo");
-        o.start("A pipe.mlo");
-        o.toLayoutPage();
-        QCOMPARE(o.control<QListWidget>("lstLayouts")->count(), 3);
-        QVERIFY(o.control<QListWidget>("lstLayouts")->findItems("A ", Qt::MatchStartsWith).isEmpty());
-        QVERIFY2(!watchdog.released(), "the wizard blocked on the pipe");
-    }
-
-    void noLayoutsMeansNoWayOn()
-    {
-        Wizard o;
+        // Without a layout that can be read there is no way on.
         for (const QString& file : QDir(o.layouts()).entryList(QDir::Files))
             QVERIFY(QFile::remove(o.layouts() + QLatin1Char('/') + file));
         o.start();
@@ -161,11 +152,22 @@ private Q_SLOTS:
         QVERIFY(o.control<QLabel>("lblNoLayouts")->text().startsWith("There are no layouts"));
     }
 
-    void finishWritesAProtocolThatReadsBack()
+    // Without analysis the units follow the read mode; a save that fails keeps the wizard open, and
+    // Finish once the folder is back writes a protocol that reads back.
+    void aFailedSaveLosesNothingAndFinishWritesAProtocolThatReadsBack()
     {
         Wizard o;
         o.start("ELISA 96 Standard Curve.mlo");
         o.fillUpToAnalysis("TNF kinetic");
+        QCOMPARE(o.control<QComboBox>("cboUnits")->currentText(), "RFU");
+        QVERIFY(QDir(o.protocols()).removeRecursively());
+        test::writeFile(o.protocols()); // a file where the folder should be
+        o.wizard->button(QWizard::FinishButton)->click();
+        QVERIFY(o.wizard->isVisible());
+        QVERIFY(o.wizard->NewFileName().isEmpty());
+        QVERIFY2(o.control<QLabel>("lblSaveProblem")->text().startsWith("The protocol was not saved."),
+                 qPrintable(o.control<QLabel>("lblSaveProblem")->text()));
+        QVERIFY(QFile::remove(o.protocols()) && QDir(o.dir.path()).mkdir("Protocols"));
         o.control<QComboBox>("cboAnalysis")->setCurrentText("4-parameter logistic");
         o.control<QComboBox>("cboUnits")->setCurrentText("ng/mL");
         o.wizard->button(QWizard::FinishButton)->click();
@@ -184,22 +186,6 @@ private Q_SLOTS:
         const QFileInfo preview(o.protocols() + "/TNF kinetic.mht");
         QVERIFY(preview.exists());
         QVERIFY(preview.lastModified() >= QFileInfo(o.wizard->NewFileName()).lastModified());
-    }
-
-    // Without analysis the units follow the read mode; a save that fails keeps the wizard open.
-    void aFailedSaveLosesNothing()
-    {
-        Wizard o;
-        o.start();
-        o.fillUpToAnalysis("Raw");
-        QCOMPARE(o.control<QComboBox>("cboUnits")->currentText(), "RFU");
-        QVERIFY(QDir(o.protocols()).removeRecursively());
-        test::writeFile(o.protocols()); // a file where the folder should be
-        o.wizard->button(QWizard::FinishButton)->click();
-        QVERIFY(o.wizard->isVisible());
-        QVERIFY(o.wizard->NewFileName().isEmpty());
-        QVERIFY2(o.control<QLabel>("lblSaveProblem")->text().startsWith("The protocol was not saved."),
-                 qPrintable(o.control<QLabel>("lblSaveProblem")->text()));
     }
 };
 

@@ -56,59 +56,42 @@ private Q_SLOTS:
         }
     }
 
-    void runGetsContextAndSharedState_data()
+    // Without a security session and in one.
+    void runGetsContextAndSharedStateThatOutlivesRuns()
     {
-        QTest::addColumn<bool>("withManager");
-        // clang-format off
-        QTest::newRow("no security session") << false;
-        QTest::newRow("security session") << true;
-        // clang-format on
-    }
-    void runGetsContextAndSharedState()
-    {
-        QFETCH(bool, withManager);
-        Host o;
-        AssayProtocolWizard* wizard = o.scripted();
-        QVERIFY(wizard);
-        QVERIFY(!o.host.HasSharedState());
-        QObject manager;
-        qputenv("NEBRA_TEST_WIZARD_SCRIPT", R"({"result":1,"newFile":"/p/New.apr"})");
-        std::unique_ptr<QObject> context = o.host.CreateContext("Kinetic", withManager ? &manager : nullptr);
-        QObject* companion = context->property("Companion").value<QObject*>();
-        QVERIFY(companion);
-        QCOMPARE(companion->property("ProtocolsFolder").toString(), o.paths.ProtocolsFolder());
-        QCOMPARE(companion->property("LayoutsFolder").toString(), o.paths.LayoutsFolder());
-
-        QCOMPARE(o.host.Run(*wizard, nullptr, context), int(WizardResult::Created));
-        QCOMPARE(wizard->NewFileName(), "/p/New.apr");
-        QCOMPARE(o.stateValue("LastRun").toString(), "Kinetic");
-        QCOMPARE(o.stateValue("Secured").toBool(), withManager);
-        QCOMPARE(o.stateValue("Modal").toBool(), true);
-    }
-
-    // The state lives from the first run on; the end-of-run request drops
-    // the run's scratch values and keeps the rest.
-    void sharedStateOutlivesRuns()
-    {
-        Host o;
-        AssayProtocolWizard* wizard = o.scripted();
-        QVERIFY(wizard);
-        QVERIFY(!o.host.SendRequest(SharedWizardState::EndOfRun));
-        qputenv("NEBRA_TEST_WIZARD_SCRIPT", R"({"result":0})");
-        auto context = o.host.CreateContext(QStringLiteral("Generic"), nullptr);
-        o.host.Run(*wizard, nullptr, context);
-        QObject* state = o.host.SharedState();
-        QCOMPARE(o.stateValue("run/Scratch").toInt(), 1);
-        QVERIFY(o.host.SendRequest(SharedWizardState::EndOfRun));
-        QVERIFY(!o.stateValue("run/Scratch").isValid());
-        QCOMPARE(o.stateValue("LastRun").toString(), "Generic");
-        QVERIFY(!o.host.SendRequest(1047));
-
-        context = o.host.CreateContext("Other", nullptr);
-        o.host.Run(*wizard, nullptr, context);
-        QCOMPARE(o.host.SharedState(), state);
-        QVERIFY(o.host.SendRequest(SharedWizardState::EndOfRun));
-        QCOMPARE(state->property("RunCount").toInt(), 2);
+        for (const bool withManager : {false, true}) {
+            Host o;
+            AssayProtocolWizard* wizard = o.scripted();
+            QVERIFY(wizard);
+            QVERIFY(!o.host.HasSharedState());
+            QVERIFY(!o.host.SendRequest(SharedWizardState::EndOfRun));
+            QObject manager;
+            qputenv("NEBRA_TEST_WIZARD_SCRIPT", R"({"result":1,"newFile":"/p/New.apr"})");
+            std::unique_ptr<QObject> context =
+                o.host.CreateContext("Kinetic", withManager ? &manager : nullptr);
+            QObject* companion = context->property("Companion").value<QObject*>();
+            QVERIFY(companion);
+            QCOMPARE(companion->property("ProtocolsFolder").toString(), o.paths.ProtocolsFolder());
+            QCOMPARE(companion->property("LayoutsFolder").toString(), o.paths.LayoutsFolder());
+            QCOMPARE(o.host.Run(*wizard, nullptr, context), int(WizardResult::Created));
+            QCOMPARE(wizard->NewFileName(), "/p/New.apr");
+            QCOMPARE(o.stateValue("LastRun").toString(), "Kinetic");
+            QCOMPARE(o.stateValue("Secured").toBool(), withManager);
+            QCOMPARE(o.stateValue("Modal").toBool(), true);
+            // The state lives from the first run on; the end-of-run request drops the run's scratch
+            // values and keeps the rest.
+            QObject* state = o.host.SharedState();
+            QCOMPARE(o.stateValue("run/Scratch").toInt(), 1);
+            QVERIFY(o.host.SendRequest(SharedWizardState::EndOfRun));
+            QVERIFY(!o.stateValue("run/Scratch").isValid());
+            QCOMPARE(o.stateValue("LastRun").toString(), "Kinetic");
+            QVERIFY(!o.host.SendRequest(1047));
+            context = o.host.CreateContext("Other", nullptr);
+            o.host.Run(*wizard, nullptr, context);
+            QCOMPARE(o.host.SharedState(), state);
+            QVERIFY(o.host.SendRequest(SharedWizardState::EndOfRun));
+            QCOMPARE(state->property("RunCount").toInt(), 2);
+        }
     }
 };
 
