@@ -72,8 +72,7 @@ private Q_SLOTS:
         o.cases().signaturesTellWhetherTheDocumentStillMatches(o.folders.root(), [&](DocumentSignature s) {
             s.userName = QStringLiteral("jsmith");
             s.fullName = QStringLiteral("Jane Smith");
-            const SignResult result = store->signatures().record(s);
-            return result.signature;
+            return store->signatures().record(s).signature;
         });
     }
 

@@ -56,13 +56,17 @@ private Q_SLOTS:
         QCOMPARE(settings.server.host, "/run/site");
     }
 
-    // 5: a policy that others than its owner could change, or replace in its
-    // folder, is not trusted: security refuses to start, naming the fix.
-    void aPolicyOthersCanChangeIsRefused_data()
+    // 1, 5: a policy that cannot be used, or that others than its owner could
+    // change or replace in its folder, is not trusted: security refuses to
+    // start, whatever the user's own file says, naming the fix where there is one.
+    void aPolicyThatCannotBeUsedOrTrustedIsRefused_data()
     {
         QTest::addColumn<QString>("damage");
-        QTest::addColumn<QString>("fix");
+        QTest::addColumn<QString>("fix"); // said with the path; empty: only that it is refused
         // clang-format off
+        QTest::newRow("binary") << "binary" << "";
+        QTest::newRow("a folder") << "a folder" << "";
+        QTest::newRow("unreadable") << "unreadable" << "";
         QTest::newRow("file writable by the group") << "file 0664" << "chmod go-w";
         QTest::newRow("file writable by everyone") << "file 0666" << "chmod go-w";
         QTest::newRow("folder writable by the group") << "folder 0775" << "chmod go-w";
@@ -70,29 +74,40 @@ private Q_SLOTS:
         // clang-format on
     }
 
-    void aPolicyOthersCanChangeIsRefused()
+    void aPolicyThatCannotBeUsedOrTrustedIsRefused()
     {
         UserFolders folders;
         QFETCH(QString, damage);
         QFETCH(QString, fix);
         if (damage == QLatin1String("owner") && ::geteuid() != 0)
             QSKIP("Giving the file to another user needs root.");
+        if (damage == QLatin1String("unreadable") && ::geteuid() == 0)
+            QSKIP("The superuser reads every file, so none is unreadable to it.");
         const QString policy = folders.systemSettingsFile();
         writePolicy(policy, folders.root() + "/site.db");
         const QString target =
             damage.startsWith(QLatin1String("folder")) ? QFileInfo(policy).absolutePath() : policy;
-        if (damage == QLatin1String("owner"))
+        if (damage == QLatin1String("binary"))
+            writeFile(policy, QByteArray("[Settings]\0\x01\x02", 13));
+        else if (damage == QLatin1String("a folder"))
+            QVERIFY(QFile::remove(policy) && QDir().mkpath(policy));
+        else if (damage == QLatin1String("unreadable"))
+            QVERIFY(QFile::setPermissions(policy, QFileDevice::Permissions()));
+        else if (damage == QLatin1String("owner"))
             QCOMPARE(::chown(QFile::encodeName(policy).constData(), 65534, 65534), 0);
         else
             QCOMPARE(
                 ::chmod(QFile::encodeName(target).constData(), damage.section(' ', 1).toUInt(nullptr, 8)), 0);
+        QVERIFY(SettingsStore().setValue("Settings/SecurityConfigured", false)); // the user's own file
         SettingsStore store;
         const QString problem = store.systemProblem();
-        QVERIFY2(problem.contains(fix) && problem.contains(target), qPrintable(problem));
+        QVERIFY2(!problem.isEmpty() && (fix.isEmpty() || (problem.contains(fix) && problem.contains(target))),
+                 qPrintable(problem));
         QVERIFY(SuiteSettings(store).SecurityConfigured());
         QString error;
         QVERIFY(!SecurityStore::open(SecuritySettings::fromStore(store), &error));
         QCOMPARE(error, problem);
+        QCOMPARE(runProgram(QStringLiteral(SECADMIN), {"status"}).exitCode, 1);
     }
 
     // 11: a user outside the site group is told to join it, never to open

@@ -32,12 +32,6 @@ class ServerAdminToolTest : public QObject
         return {"--backend",         "postgresql", "--server", m_server.socketFolder(),
                 "--server-database", database};
     }
-    test::AdminToolCases casesOn(const QString& database)
-    {
-        return test::AdminToolCases([=, this](const QStringList& a, const QByteArray& input) {
-            return run(a + on(database), input);
-        });
-    }
     std::unique_ptr<ServerConnection> connectTo(const QString& database, const QString& role)
     {
         return test::PostgresServer::connect(m_server.settingsFor(role, database));
@@ -57,16 +51,13 @@ private Q_SLOTS:
     void twoCreatesAtOnce()
     {
         const QStringList create{"create", "--per-user"};
-        QList<std::shared_ptr<QProcess>> racers;
-        for (int i = 0; i < 2; ++i) {
-            racers.append(std::make_shared<QProcess>());
-            racers.last()->start(QStringLiteral(SECADMIN),
-                                 create + on("raced") +
-                                     QStringList{"--server-user", test::PostgresServer::Superuser});
-        }
-        for (const std::shared_ptr<QProcess>& racer : racers) {
-            QVERIFY(racer->waitForFinished(60000));
-            QVERIFY2(racer->exitCode() == 0, racer->readAllStandardError().constData());
+        QProcess racers[2];
+        for (QProcess& racer : racers)
+            racer.start(QStringLiteral(SECADMIN),
+                        create + on("raced") + QStringList{"--server-user", test::PostgresServer::Superuser});
+        for (QProcess& racer : racers) {
+            QVERIFY(racer.waitForFinished(60000));
+            QVERIFY2(racer.exitCode() == 0, racer.readAllStandardError().constData());
         }
         const std::unique_ptr<ServerConnection> owner = connectTo("raced", test::PostgresServer::Superuser);
         const QString migrations = QString::number(ServerSchema::migrations().size());
@@ -159,8 +150,7 @@ private Q_SLOTS:
         const ServerLogIn signer = session.logIn("jsmith", SecretBytes("correct horse"));
         QCOMPARE(signer.status, LogInStatus::Success);
         cases.signaturesTellWhetherTheDocumentStillMatches(m_folders.root(), [&](const DocumentSignature& s) {
-            const SignResult result = session.sign(signer.token, SecretBytes("correct horse"), s);
-            return result.signature;
+            return session.sign(signer.token, SecretBytes("correct horse"), s).signature;
         });
     }
 
@@ -169,7 +159,8 @@ private Q_SLOTS:
     void resealHeadAfterEntriesWereRemoved()
     {
         const QString database = "resealed";
-        const test::AdminToolCases cases = casesOn(database);
+        const test::AdminToolCases cases(
+            [&](const QStringList& a, const QByteArray& input) { return run(a + on(database), input); });
         QCOMPARE(cases.run({"create", "--per-user"}).exitCode, 0);
         for (const char* role : {"A", "B", "C"})
             QCOMPARE(cases.run({"add-role", role}).exitCode, 0);

@@ -57,25 +57,6 @@ class ServerConnectionTest : public QObject
                (::geteuid() != 0 || ::chown(qPrintable(path), test::PostgresServer::ServerUid,
                                             test::PostgresServer::ServerGid) == 0);
     }
-    static int freePort()
-    {
-        QTcpServer probe;
-        return probe.listen(QHostAddress::LocalHost) ? probe.serverPort() : 0;
-    }
-    // The administrator's system-wide file for a workstation across the network,
-    // which leaves the TLS mode to its default.
-    void writeSystemFile(const QString& host, const QString& rootCertificate)
-    {
-        test::writeFile(m_folders.systemSettingsFile(),
-                        QStringLiteral("[Settings]\nSecurityConfigured=true\n[Security]\nBackend=postgresql\n"
-                                       "Server=%1\nServerPort=%2\nServerDatabase=postgres\nServerUser=%3\n"
-                                       "ServerSslRootCert=%4\n")
-                            .arg(host)
-                            .arg(m_port)
-                            .arg(test::PostgresServer::Superuser, rootCertificate)
-                            .toUtf8());
-    }
-
     QTemporaryDir m_certificates;
     test::UserFolders m_folders;
     std::unique_ptr<test::PostgresServer> m_server;
@@ -100,8 +81,10 @@ private Q_SLOTS:
         QVERIFY(handToServer("server.key", QFileDevice::ReadOwner));
         QVERIFY(handToServer("server.crt", QFileDevice::ReadOwner | QFileDevice::ReadOther));
         QVERIFY(handToServer("pg_hba.conf", QFileDevice::ReadOwner));
-        m_port = freePort();
-        QVERIFY(m_port > 0);
+        QTcpServer probe; // a free port
+        QVERIFY(probe.listen(QHostAddress::LocalHost));
+        m_port = probe.serverPort();
+        probe.close();
         m_server = std::make_unique<test::PostgresServer>(
             test::PostgresServer::Durability::Fast,
             test::PostgresServer::Tls{m_certificates.filePath("server.crt"),
@@ -129,9 +112,17 @@ private Q_SLOTS:
         QFETCH(QString, host);
         QFETCH(QString, authority);
         QFETCH(QString, refusal);
-        writeSystemFile(host, m_certificates.filePath(authority));
-        SettingsStore store;
-        const SecuritySettings settings = SecuritySettings::fromStore(store, {});
+        // The administrator's file for a workstation across the network, which leaves the TLS mode to its
+        // default.
+        test::writeFile(m_folders.systemSettingsFile(),
+                        QStringLiteral("[Settings]\nSecurityConfigured=true\n[Security]\nBackend=postgresql\n"
+                                       "Server=%1\nServerPort=%2\nServerDatabase=postgres\nServerUser=%3\n"
+                                       "ServerSslRootCert=%4\n")
+                            .arg(host)
+                            .arg(m_port)
+                            .arg(test::PostgresServer::Superuser, m_certificates.filePath(authority))
+                            .toUtf8());
+        const SecuritySettings settings = SecuritySettings::fromStore(SettingsStore(), {});
         QVERIFY2(settings.policyError.isEmpty(), qPrintable(settings.policyError));
         QCOMPARE(settings.server.sslRootCert, m_certificates.filePath(authority));
         QString error;
@@ -144,11 +135,8 @@ private Q_SLOTS:
             return;
         }
         QVERIFY2(connection, qPrintable(error));
-        ServerResult q;
-        QVERIFY2(connection->exec(q, "SELECT ssl FROM pg_stat_ssl WHERE pid = pg_backend_pid()", {}, &error),
-                 qPrintable(error));
-        QVERIFY(q.next());
-        QVERIFY(q.value(0).toBool());
+        QCOMPARE(test::column(*connection, "SELECT ssl FROM pg_stat_ssl WHERE pid = pg_backend_pid()"),
+                 QStringList{"true"});
     }
 };
 
