@@ -18,12 +18,6 @@ DocumentFingerprint fingerprint(const QString& path, const QByteArray& content)
     return {path, QCryptographicHash::hash(content, QCryptographicHash::Sha256), content.size(), 0};
 }
 
-QString entryOf(const QString& path, const QByteArray& content, const QString& meaning)
-{
-    return QStringLiteral("Signed: %1 sha256=%2 meaning=%3 by Jane Smith (jsmith)")
-        .arg(path, QString::fromLatin1(fingerprint(path, content).sha256.toHex()), meaning);
-}
-
 } // namespace
 
 // Signing through the manager, on the back end that NEBRA_TEST_SECURITY_BACKEND
@@ -45,7 +39,9 @@ private Q_SLOTS:
                                                        SecretBytes("correct horse"));
         QVERIFY2(first.sequence > 0, qPrintable(first.error));
         QVERIFY(manager->HasSignedInSession());
-        QCOMPARE(site.auditTexts().constLast(), entryOf(Report, "v1", "Reviewed"));
+        QCOMPARE(site.auditTexts().constLast(), "Signed: " + Report +
+                                                    " sha256=" + fingerprint(Report, "v1").sha256.toHex() +
+                                                    " meaning=Reviewed by Jane Smith (jsmith)");
         const SignResult later = manager->SignDocument(fingerprint(Report, "v1"), "Approved", "jsmith",
                                                        SecretBytes("correct horse"));
         QVERIFY2(later.sequence > first.sequence, qPrintable(later.error));

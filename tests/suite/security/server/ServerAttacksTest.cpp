@@ -198,37 +198,28 @@ private Q_SLOTS:
         QCOMPARE(m_site.newestEntry(), timedOut); // recorded once
     }
 
-    void changePasswordKeepsThePolicy_data()
-    {
-        QTest::addColumn<QByteArray>("fresh");
-        QTest::addColumn<QString>("refusal"); // empty: changed
-        // clang-format off
-    QTest::newRow("too short") << QByteArray("x") << "The password must be at least 6 characters long.";
-    QTest::newRow("the user's name") << QByteArray("PJONES") << "The password must not be the user name.";
-    QTest::newRow("too long") << QByteArray(257, 'a') << "The password must be at most 256 characters long.";
-    QTest::newRow("long enough") << QByteArray("six ch") << "";
-        // clang-format on
-    }
-
     // A client calls change_password itself, past the Organiser's dialog: the
     // server applies the rules the administration tool applies.
     void changePasswordKeepsThePolicy()
     {
-        QFETCH(QByteArray, fresh);
-        QFETCH(QString, refusal);
-        m_site.admin([](ServerAdministration& a, QString* e) {
-            return a.setPassword("pjones", SecretBytes("battery staple"), false, e) &&
-                   a.setSessionPolicy(15, 6, e);
-        });
+        m_site.admin([](ServerAdministration& a, QString* e) { return a.setSessionPolicy(15, 6, e); });
         const std::unique_ptr<ServerConnection> client = openConnection(m_server.client());
         ServerSession session(*client, "pc");
         const ServerLogIn in = session.logIn("pjones", SecretBytes("battery staple"));
         QCOMPARE(in.passwordMinimumLength, 6);
-        QString error;
-        const ServerPasswordChange outcome =
-            session.changePassword(in.token, SecretBytes("battery staple"), SecretBytes(fresh), &error);
-        QCOMPARE(outcome, refusal.isEmpty() ? ServerPasswordChange::Changed : ServerPasswordChange::Error);
-        QCOMPARE(error, refusal);
+        // clang-format off
+        for (const auto& [fresh, refusal] : {
+                 std::pair{QByteArray("x"), QString("The password must be at least 6 characters long.")},
+                 std::pair{QByteArray("PJONES"), QString("The password must not be the user name.")},
+                 std::pair{QByteArray(257, 'a'), QString("The password must be at most 256 characters long.")},
+                 std::pair{QByteArray("six ch"), QString()}}) {
+            // clang-format on
+            QString error;
+            QCOMPARE(
+                session.changePassword(in.token, SecretBytes("battery staple"), SecretBytes(fresh), &error),
+                refusal.isEmpty() ? ServerPasswordChange::Changed : ServerPasswordChange::Error);
+            QCOMPARE(error, refusal);
+        }
         m_site.admin([](ServerAdministration& a, QString* e) { return a.setSessionPolicy(15, 8, e); });
     }
 
