@@ -232,15 +232,12 @@ private Q_SLOTS:
     {
         m_site.superuser(QStringLiteral(
             "CREATE ROLE bob LOGIN IN ROLE nebra_admin; CREATE ROLE carol LOGIN IN ROLE nebra_owner"));
-        QProcess tool;
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert("SUDO_USER", "alice");
-        environment.insert("USER", "alice");
-        tool.setProcessEnvironment(environment);
-        tool.start(QStringLiteral(SECADMIN), {"grant", "jsmith", "Reader", "Print", "--backend", "postgresql",
-                                              "--server", m_server.socketFolder(), "--server-user", "bob"});
-        QVERIFY(tool.waitForFinished(60000));
-        QVERIFY2(tool.exitCode() == 0, tool.readAllStandardError().constData());
+        const test::ProcessRun tool =
+            test::runProgram(QStringLiteral(SECADMIN),
+                             {"grant", "jsmith", "Reader", "Print", "--backend", "postgresql", "--server",
+                              m_server.socketFolder(), "--server-user", "bob"},
+                             {}, {"env", "SUDO_USER=alice", "USER=alice"});
+        QVERIFY2(tool.exitCode == 0, qPrintable(tool.err));
         QCOMPARE(
             m_site.newestEntry(),
             std::make_pair(QStringLiteral("bob"), QStringLiteral("Right granted to jsmith: Reader/Print")));

@@ -6,12 +6,12 @@
 
 #include "ServerConnection.h"
 #include "PostgresServer.h"
+#include "SecondProcess.h"
 #include "SecuritySettings.h"
 #include "SettingsStore.h"
 #include "TestFiles.h"
 #include "UserFolders.h"
 
-#include <QProcess>
 #include <QTcpServer>
 #include <QtTest>
 
@@ -26,15 +26,11 @@ class ServerConnectionTest : public QObject
     // Runs openssl in the certificates' folder; false (with the reason logged) when it fails.
     bool openssl(const QStringList& arguments)
     {
-        QProcess process;
-        process.setWorkingDirectory(m_certificates.path());
-        process.setProcessChannelMode(QProcess::MergedChannels);
-        process.start("openssl", arguments);
-        if (process.waitForFinished(30000) && process.exitCode() == 0)
-            return true;
-        qWarning("openssl %s: %s", qPrintable(arguments.join(QLatin1Char(' '))),
-                 process.readAll().constData());
-        return false;
+        const test::ProcessRun run =
+            test::runProgram("openssl", arguments, {}, {"env", "-C", m_certificates.path()});
+        if (run.exitCode != 0)
+            qWarning("openssl %s: %s", qPrintable(arguments.join(QLatin1Char(' '))), qPrintable(run.err));
+        return run.exitCode == 0;
     }
     // A key and a certificate signed by the authority ca ("" for one that signs itself).
     bool certificate(const QString& name, const QString& subject, const QString& ca)
@@ -48,14 +44,6 @@ class ServerConnectionTest : public QObject
                openssl(words("x509 -req -CAcreateserial -days 2 -extfile san.ext -in") +
                        QStringList{name + ".csr", "-CA", ca + ".crt", "-CAkey", ca + ".key", "-out",
                                    name + ".crt"});
-    }
-    // The server's own files: readable by its id, the key by nobody else.
-    bool handToServer(const QString& name, QFileDevice::Permissions permissions)
-    {
-        const QString path = m_certificates.filePath(name);
-        return QFile::setPermissions(path, permissions) &&
-               (::geteuid() != 0 || ::chown(qPrintable(path), test::PostgresServer::ServerUid,
-                                            test::PostgresServer::ServerGid) == 0);
     }
     QTemporaryDir m_certificates;
     test::UserFolders m_folders;
@@ -78,9 +66,16 @@ private Q_SLOTS:
         // TCP with TLS only: no "host" line, which would take plain connections as well.
         test::writeFile(m_certificates.filePath("pg_hba.conf"),
                         "local all all trust\nhostssl all all 127.0.0.1/32 trust\n");
-        QVERIFY(handToServer("server.key", QFileDevice::ReadOwner));
-        QVERIFY(handToServer("server.crt", QFileDevice::ReadOwner | QFileDevice::ReadOther));
-        QVERIFY(handToServer("pg_hba.conf", QFileDevice::ReadOwner));
+        // The server's own files: readable by its id, the key by nobody else.
+        for (const auto& [name, permissions] :
+             {std::pair{"server.key", QFileDevice::Permissions(QFileDevice::ReadOwner)},
+              std::pair{"pg_hba.conf", QFileDevice::Permissions(QFileDevice::ReadOwner)},
+              std::pair{"server.crt", QFileDevice::ReadOwner | QFileDevice::ReadOther}}) {
+            const QString path = m_certificates.filePath(name);
+            QVERIFY(QFile::setPermissions(path, permissions));
+            QVERIFY(::geteuid() != 0 || ::chown(qPrintable(path), test::PostgresServer::ServerUid,
+                                                test::PostgresServer::ServerGid) == 0);
+        }
         QTcpServer probe; // a free port
         QVERIFY(probe.listen(QHostAddress::LocalHost));
         m_port = probe.serverPort();
