@@ -141,61 +141,38 @@ private Q_SLOTS:
     }
 
     // 5: the real program, with a policy at the real path (a folder of the
-    // test's bound over /etc/xdg in a mount namespace of its own), reads that
-    // policy whatever XDG_CONFIG_DIRS says, and create writes it there, also
-    // from a desktop session's environment. (XDG_CONFIG_HOME at the policy's
-    // folder: theUsersFileIsNeverThePolicy.)
-    void theProgramReadsAndWritesOnlyTheFixedPolicy_data()
-    {
-        QTest::addColumn<QStringList>("environment"); // for env(1)
-        QTest::addColumn<QString>("command");
-        // clang-format off
-        QTest::newRow("a folder of the user's first") << QStringList{"XDG_CONFIG_DIRS=DESK:/etc/xdg"} << "status";
-        QTest::newRow("create from a desktop session") << QStringList{"XDG_CONFIG_DIRS=/etc/xdg/xdg-desk:/etc/xdg"} << "create";
-        // clang-format on
-    }
-
+    // test's bound over /etc/xdg in a mount namespace of its own), writes the
+    // policy there with create from a desktop session's environment, and then
+    // reads that policy whatever XDG_CONFIG_DIRS says. (XDG_CONFIG_HOME at the
+    // policy's folder: theUsersFileIsNeverThePolicy.)
     void theProgramReadsAndWritesOnlyTheFixedPolicy()
     {
-        UserFolders folders;
-        QFETCH(QStringList, environment);
-        QFETCH(QString, command);
         if (::geteuid() != 0)
             QSKIP(
                 "Showing the program a policy at /etc/xdg needs root (a bind mount in a private namespace).");
+        UserFolders folders;
         const QString etc = folders.root() + "/etc-xdg";
-        const QString database = folders.root() + "/site/Security.db";
-        if (command == QLatin1String("status")) {
-            writePolicy(etc + "/Nebra/Suite.ini", database);
-            // The user's own folder, first in the list, holds a policy that switches security off.
-            writeFile(
-                folders.root() + "/desk/Nebra/Suite.ini",
-                "[Settings]\nSecurityConfigured=false\n[Security]\nDatabasePath=/home/mallory/mine.db\n");
-        }
         QVERIFY(QDir().mkpath(etc + "/xdg-desk"));
-        environment.replaceInStrings("DESK", folders.root() + "/desk");
-        QStringList arguments{
-            "-m", "--propagation", "private", "sh", "-c", "mount --bind \"$0\" /etc/xdg && exec \"$@\"", etc,
-            "env"};
-        arguments << environment << QStringLiteral(SECADMIN_PROGRAM) << command;
-        if (command == QLatin1String("create"))
-            arguments << "--database" << database;
-        const Run ran = runProgram("unshare", arguments);
+        // The user's own folder, first in the list when status runs, holds a policy that switches security
+        // off.
+        writeFile(folders.root() + "/desk/Nebra/Suite.ini",
+                  "[Settings]\nSecurityConfigured=false\n[Security]\nDatabasePath=/home/mallory/mine.db\n");
+        const Run ran = runProgram(
+            "unshare", {"-m", "--propagation", "private", "sh", "-c",
+                        "mount --bind \"$0\" /etc/xdg && "
+                        "env XDG_CONFIG_DIRS=/etc/xdg/xdg-desk:/etc/xdg \"$1\" create --database \"$2\" && "
+                        "env XDG_CONFIG_DIRS=\"$3\":/etc/xdg \"$1\" status",
+                        etc, QStringLiteral(SECADMIN_PROGRAM), folders.root() + "/site/Security.db",
+                        folders.root() + "/desk"});
         if (ran.err.contains(QLatin1String("unshare failed")) || ran.err.contains(QLatin1String("mount:")))
             QSKIP(qPrintable("No private mount namespace here: " + ran.err));
         QVERIFY2(ran.exitCode == 0, qPrintable(ran.out + ran.err));
-        if (command == QLatin1String("status")) {
-            QVERIFY2(ran.out.contains(
-                         QLatin1String("Policy: set by the system-wide file \"/etc/xdg/Nebra/Suite.ini\"")),
-                     qPrintable(ran.out));
-            QVERIFY2(ran.out.contains(QLatin1String("SecurityConfigured = true (system file)")),
-                     qPrintable(ran.out));
-        } else {
-            QVERIFY2(ran.out.contains(QLatin1String("\"/etc/xdg/Nebra/Suite.ini\" now turns security on")),
-                     qPrintable(ran.out));
-            QVERIFY(!QFileInfo::exists(etc + "/xdg-desk/Nebra/Suite.ini"));
-            QVERIFY(QFileInfo::exists(etc + "/Nebra/Suite.ini"));
-        }
+        for (const char* said : {"\"/etc/xdg/Nebra/Suite.ini\" now turns security on",
+                                 "Policy: set by the system-wide file \"/etc/xdg/Nebra/Suite.ini\"",
+                                 "SecurityConfigured = true (system file)"})
+            QVERIFY2(ran.out.contains(QLatin1String(said)), qPrintable(ran.out));
+        QVERIFY(!QFileInfo::exists(etc + "/xdg-desk/Nebra/Suite.ini"));
+        QVERIFY(QFileInfo::exists(etc + "/Nebra/Suite.ini"));
     }
 };
 
