@@ -50,11 +50,11 @@ private Q_SLOTS:
     // the other waits and finds it made; every change is applied once.
     void twoCreatesAtOnce()
     {
-        const QStringList create{"create", "--per-user"};
         QProcess racers[2];
         for (QProcess& racer : racers)
             racer.start(QStringLiteral(SECADMIN),
-                        create + on("raced") + QStringList{"--server-user", test::PostgresServer::Superuser});
+                        QStringList{"create", "--per-user"} + on("raced") +
+                            QStringList{"--server-user", test::PostgresServer::Superuser});
         for (QProcess& racer : racers) {
             QVERIFY(racer.waitForFinished(60000));
             QVERIFY2(racer.exitCode() == 0, racer.readAllStandardError().constData());
@@ -93,12 +93,9 @@ private Q_SLOTS:
 
         QCOMPARE(run(QStringList{"verify"} + server).exitCode, 0);
         QCOMPARE(run(QStringList{"verify", "--backend", "sqlite"} + embedded).exitCode, 0);
-        QString error;
-        const std::unique_ptr<ServerConnection> owner =
-            connectTo("migrated", test::PostgresServer::Superuser);
-        QCOMPARE(
-            test::column(*owner, "SELECT text FROM nebra.audit_trail ORDER BY seq LIMIT ?", {before.size()}),
-            before);
+        QCOMPARE(test::column(*connectTo("migrated", test::PostgresServer::Superuser),
+                              "SELECT text FROM nebra.audit_trail ORDER BY seq LIMIT ?", {before.size()}),
+                 before);
 
         QCOMPARE(run(QStringList{"reset-password", "jsmith"} + server, "battery staple\n").exitCode, 0);
         const std::unique_ptr<ServerConnection> client = connectTo("migrated", ServerSettings::ClientRole);
@@ -106,6 +103,7 @@ private Q_SLOTS:
         const ServerLogIn in = session.logIn("jsmith", SecretBytes("battery staple"));
         QCOMPARE(in.status, LogInStatus::Success);
         QVERIFY(in.mustChangePassword);
+        QString error;
         QCOMPARE(session.isAllowed(in.token, "Reader", "Run", &error), std::optional<bool>(true));
     }
 
