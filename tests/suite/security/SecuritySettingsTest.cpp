@@ -1,4 +1,6 @@
 #include "SecuritySettings.h"
+#include "PasswordPolicy.h"
+#include "SecretBytes.h"
 #include "SettingsStore.h"
 #include "TestFiles.h"
 #include "UserFolders.h"
@@ -8,7 +10,8 @@
 
 using namespace nebra;
 
-// The "[Security]" group as written in the settings file.
+// The "[Security]" group as written in the settings file, and the rules a
+// new password must keep under the minimum length it sets.
 class SecuritySettingsTest : public QObject
 {
     Q_OBJECT
@@ -92,6 +95,33 @@ private Q_SLOTS:
         QVERIFY(std::any_of(s.origins.cbegin(), s.origins.cend(), [](const SecuritySettings::Origin& o) {
             return o.key == QLatin1String("SignatureMeanings");
         }));
+    }
+
+    // The rules a new password must keep, with the site's minimum length.
+    void passwordPolicy_data()
+    {
+        QTest::addColumn<int>("minimum");
+        QTest::addColumn<QString>("password");
+        QTest::addColumn<QString>("problem");
+        const QString tooShort = "The password must be at least %1 characters long.";
+        const QString userName = "The password must not be the user name.";
+        // clang-format off
+        QTest::newRow("exactly the minimum") << 8 << "12345678" << "";
+        QTest::newRow("one short") << 8 << "1234567" << tooShort.arg(8);
+        QTest::newRow("minimum setting takes effect") << 12 << "elevenchars" << tooShort.arg(12);
+        QTest::newRow("minimum counts characters, not bytes") << 4 << "äöüß" << "";
+        QTest::newRow("empty") << 1 << "" << "The password must not be empty.";
+        QTest::newRow("user name in other case") << 4 << "JSmith" << userName;
+        QTest::newRow("longer than the hashing limit") << 8 << QString(257, QLatin1Char('x')) << "The password must be at most 256 characters long.";
+        // clang-format on
+    }
+
+    void passwordPolicy()
+    {
+        QFETCH(int, minimum);
+        QFETCH(QString, password);
+        QFETCH(QString, problem);
+        QCOMPARE(PasswordPolicy(minimum).check("jsmith", SecretBytes(password.toUtf8())), problem);
     }
 };
 
