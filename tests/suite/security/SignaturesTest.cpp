@@ -1,4 +1,5 @@
 #include "DialogScript.h"
+#include "DocumentRecord.h"
 #include "ManagerSite.h"
 
 #include <QCryptographicHash>
@@ -8,22 +9,32 @@
 using namespace nebra;
 using namespace nebra::test;
 
+Q_DECLARE_METATYPE(nebra::DocumentChange)
+
 namespace {
 
 const QString Report = QStringLiteral("/data/My Assays/Reports/Plate 7.pdf");
 const QString Sign = QStringLiteral("Documents/Sign");
+const QString Protocol = QStringLiteral("/data/My Assays/Protocols/ELISA.apr");
 
 DocumentFingerprint fingerprint(const QString& path, const QByteArray& content)
 {
-    return {path, QCryptographicHash::hash(content, QCryptographicHash::Sha256), content.size(), 0};
+    return {path, QCryptographicHash::hash(content, QCryptographicHash::Sha256), content.size(),
+            1764132300123};
+}
+
+DocumentChange change(DocumentEvent event, const QByteArray& content, const QString& program = {})
+{
+    return {event, fingerprint(Protocol, content), {}, program, {}};
 }
 
 } // namespace
 
-// Signing through the manager, on the back end that NEBRA_TEST_SECURITY_BACKEND
-// names (CTest runs it for each): the server words the entry itself, so the
-// texts compared here prove that both stores record the same. The rows are
-// attacked in StoreAttacksTest and ServerAttacksTest.
+// Document entries, the newest record per path and signing, through the
+// manager, on the back end that NEBRA_TEST_SECURITY_BACKEND names (CTest runs
+// it for each): the server words each entry itself, so the texts compared here
+// are the proof that both stores say the same. The seals of the embedded
+// tables are attacked in StoreAttacksTest, the server's in ServerAttacksTest.
 class SignaturesTest : public QObject
 {
     Q_OBJECT
@@ -135,6 +146,98 @@ private Q_SLOTS:
         QCOMPARE(
             site.auditTexts().mid(site.auditTexts().size() - 2),
             QStringList({"Account locked after 2 failed log ins", "Session ended: the account was locked"}));
+    }
+
+    void eachEventIsAnEntryAndTheNewestRecord_data()
+    {
+        QTest::addColumn<DocumentChange>("change");
+        QTest::addColumn<QString>("entry");
+        QTest::addColumn<int>("state");
+        const QString fp = QStringLiteral("%1 sha256=%2 size=2 modified=2025-11-26T04:45:00.123Z")
+                               .arg(Protocol, QString::fromLatin1(fingerprint({}, "v2").sha256.toHex()));
+        DocumentChange renamed{
+            DocumentEvent::Renamed, fingerprint(Protocol + QStringLiteral(".old"), "v2"), Protocol, {}, {}};
+        // clang-format off
+        QTest::newRow("first seen") << change(DocumentEvent::Recorded, "v2") << "Document recorded: " + fp << int(RecordState::Recorded);
+        QTest::newRow("by a suite program") << change(DocumentEvent::ChangedBySuite, "v2", "Layout Editor") << "Document changed: " + fp + " by Layout Editor" << int(RecordState::Recorded);
+        QTest::newRow("outside") << change(DocumentEvent::ChangedOutside, "v2") << "Document changed outside the suite: " + fp + " (seen while jsmith was logged in)" << int(RecordState::ChangedOutside);
+        QTest::newRow("unwatched") << change(DocumentEvent::ChangedUnwatched, "v2") << "Document changed while nothing recorded it: " + fp + " (found while jsmith was logged in)" << int(RecordState::ChangedUnwatched);
+        QTest::newRow("removed") << DocumentChange{DocumentEvent::Removed, {Protocol, {}, -1, 0}, {}, {}, {}} << "Document removed: " + Protocol << int(RecordState::NotRecorded);
+        QTest::newRow("renamed") << renamed << "Document renamed: " + Protocol + " -> " + Protocol + ".old" << int(RecordState::Recorded);
+        // clang-format on
+    }
+
+    void eachEventIsAnEntryAndTheNewestRecord()
+    {
+        QFETCH(DocumentChange, change);
+        QFETCH(QString, entry);
+        QFETCH(int, state);
+        ManagerSite site({});
+        const std::unique_ptr<NebraSecurityManager> manager = loggedInManager();
+        QVERIFY(manager);
+        QString error;
+        const std::optional<DocumentWriter> writer = manager->DocumentWriters()(&error);
+        QVERIFY2(writer, qPrintable(error));
+        QList<qint64> sequences;
+        QVERIFY2(writer->record({::change(DocumentEvent::Recorded, "v1"), change}, &sequences, &error),
+                 qPrintable(error));
+        QCOMPARE(sequences.size(), 2);
+        QCOMPARE(site.auditTexts().constLast(), entry);
+        QCOMPARE(DocumentEntries::text(change, QStringLiteral("jsmith")), entry);
+
+        QHash<QString, DocumentRecord> records;
+        QVERIFY2(writer->records(&records, &error), qPrintable(error));
+        QCOMPARE(records.size(), 1);
+        const DocumentRecord newest = records.value(change.fingerprint.path);
+        QCOMPARE(newest.sequence, sequences.constLast());
+        QCOMPARE(newest.event, change.event);
+        QCOMPARE(newest.fingerprint.sha256, change.fingerprint.sha256);
+        QCOMPARE(newest.fingerprint.modifiedMs, change.fingerprint.modifiedMs);
+        QVERIFY(newest.intact);
+        QCOMPARE(int(DocumentEntries::stateOf(newest)), state);
+    }
+
+    void acceptingNeedsTheRightAndAReason_data()
+    {
+        QTest::addColumn<QStringList>("rights");
+        QTest::addColumn<QString>("reason");
+        QTest::addColumn<QString>("refusal"); // empty: accepted
+        // clang-format off
+        QTest::newRow("reviewer") << QStringList{"Documents/AcceptChange"} << " Corrected a typing error " << "";
+        QTest::newRow("no reason") << QStringList{"Documents/AcceptChange"} << " " << "Give the reason for accepting the change.";
+        QTest::newRow("no right") << QStringList{"Documents/Other"} << "Looks fine" << "You do not have the right to accept changes of documents.";
+        // clang-format on
+    }
+
+    void acceptingNeedsTheRightAndAReason()
+    {
+        QFETCH(QStringList, rights);
+        QFETCH(QString, reason);
+        QFETCH(QString, refusal);
+        ManagerSite site(rights);
+        const std::unique_ptr<NebraSecurityManager> manager = loggedInManager();
+        QVERIFY(manager);
+        QString error;
+        const std::optional<DocumentWriter> writer = manager->DocumentWriters()(&error);
+        QVERIFY2(writer, qPrintable(error));
+        QList<qint64> sequences;
+        QVERIFY(writer->record({change(DocumentEvent::ChangedOutside, "v2")}, &sequences, &error));
+        const qsizetype entries = site.auditTexts().size();
+
+        const AuditAppendResult result = manager->AcceptDocumentChange(fingerprint(Protocol, "v2"), reason);
+        QCOMPARE(result.error, refusal);
+        QCOMPARE(result.sequence > 0, refusal.isEmpty());
+        QHash<QString, DocumentRecord> records;
+        QVERIFY(writer->records(&records, &error));
+        const DocumentRecord newest = records.value(Protocol);
+        // Accepted, the history keeps both: the change seen and its acceptance.
+        const QStringList texts = site.auditTexts();
+        QCOMPARE(texts.size(), entries + (refusal.isEmpty() ? 1 : 0));
+        QCOMPARE(newest.event, refusal.isEmpty() ? DocumentEvent::Accepted : DocumentEvent::ChangedOutside);
+        QCOMPARE(DocumentEntries::stateOf(newest),
+                 refusal.isEmpty() ? RecordState::Recorded : RecordState::ChangedOutside);
+        if (refusal.isEmpty())
+            QVERIFY(texts.constLast().endsWith(QLatin1String(" reason: Corrected a typing error")));
     }
 };
 
