@@ -68,7 +68,8 @@ private Q_SLOTS:
         QCOMPARE(o.run({"verify"}).exitCode, 0);
     }
 
-    void passwordsAreNeverTakenFromTheCommandLine()
+    // Passwords come only on standard input; a locked account is unlocked.
+    void passwordsAreNeverTakenFromTheCommandLineAndUnlockAfterLockout()
     {
         Site o;
         const AdminRun withArgument = o.run({"add-user", "jsmith", "correct horse"});
@@ -79,11 +80,6 @@ private Q_SLOTS:
         QCOMPARE(noInput.err, "nebra-secadmin: No password was given on standard input.\n");
         QCOMPARE(o.run({"list-users"}).out, QString());
         QCOMPARE(o.run({"fly"}).exitCode, 2);
-    }
-
-    void unlockAfterLockout()
-    {
-        Site o;
         QCOMPARE(o.run({"add-user", "jsmith"}, "correct horse\n").exitCode, 0);
         {
             const std::unique_ptr<SecurityStore> store = o.fixture.open();

@@ -124,8 +124,7 @@ private Q_SLOTS:
         QVERIFY(manager);
         const QString reason = fields.size() > 3 ? o.site.breakAppends() : QString();
         o.dialogs.changePassword(fields[0], fields[1], fields[2]);
-        const bool refused = passwordAfter == QLatin1String("correct horse");
-        if (refused)
+        if (passwordAfter == QLatin1String("correct horse"))
             o.dialogs.cancel(); // the dialog comes back after a refusal
         manager->SessionChangePassword(nullptr);
         QCOMPARE(o.messages.count(), 1);

@@ -25,16 +25,6 @@ class ServerSchemaTest : public QObject
     Q_OBJECT
 
 private:
-    // A fresh site database of its own, so that tampering in one row leaves the others alone.
-    ServerSettings freshSite(const QString& database)
-    {
-        const ServerSettings settings = m_server.settingsFor(test::PostgresServer::Superuser, database);
-        QString error;
-        if (!ServerSchema::createSite(settings, &error))
-            qFatal("%s", qPrintable(error));
-        return settings;
-    }
-
     test::ServerSite m_site;
     const test::PostgresServer& m_server = m_site.server;
 
@@ -136,11 +126,14 @@ private Q_SLOTS:
     {
         QFETCH(QString, tampering);
         QFETCH(qint64, firstBad);
-        const ServerSettings site = freshSite(
+        // A fresh site database of its own, so that tampering in one row leaves the others alone.
+        const ServerSettings site = m_server.settingsFor(
+            test::PostgresServer::Superuser,
             QString::fromLatin1(QTest::currentDataTag()).replace(QLatin1Char(' '), QLatin1Char('_')));
+        QString error;
+        QVERIFY2(ServerSchema::createSite(site, &error), qPrintable(error));
         const std::unique_ptr<ServerConnection> owner = test::PostgresServer::connect(site);
         ServerAdministration admin(*owner, "pc");
-        QString error;
         for (int i = 0; i < 4; ++i) // entries 2..5 after the creation's
             QVERIFY2(admin.addRole(QStringLiteral("role%1").arg(i), &error), qPrintable(error));
         QVERIFY(admin.addUser("jsmith", {}, SecretBytes("correct horse"), &error));
