@@ -29,7 +29,8 @@ struct Site : ToolSite
     {
     }
 
-    QString saved() const { return folders.root() + "/saved.db"; }
+    // Attaches a database of the test's own as "saved", for rows kept and written back.
+    QString attach() const { return QStringLiteral("ATTACH '%1/saved.db' AS saved").arg(folders.root()); }
 };
 
 } // namespace
@@ -93,13 +94,12 @@ private Q_SLOTS:
             if (command != QStringList{"lock"})
                 o.administer(command);
         }
-        const QString attach = QStringLiteral("ATTACH '%1' AS saved").arg(o.saved());
         if (!kept.isEmpty()) {
             o.fixture.tamper(
-                {attach, QStringLiteral("CREATE TABLE saved.kept AS SELECT * FROM main.%1").arg(kept)});
+                {o.attach(), QStringLiteral("CREATE TABLE saved.kept AS SELECT * FROM main.%1").arg(kept)});
             o.administer(takeAway);
         }
-        o.fixture.tamper({attach, tampering});
+        o.fixture.tamper({o.attach(), tampering});
 
         QVERIFY(!o.allowed(user, "Layouts", "Edit"));
         if (!password.isEmpty())
@@ -148,11 +148,10 @@ private Q_SLOTS:
                      qPrintable(error));
         };
         record(DocumentEvent::Recorded, QByteArray(32, 'a'));
-        o.fixture.tamper({QStringLiteral("ATTACH '%1' AS saved").arg(o.saved()),
-                          QStringLiteral("CREATE TABLE saved.kept AS SELECT * FROM main.document_records")});
+        o.fixture.tamper({o.attach(), "CREATE TABLE saved.kept AS SELECT * FROM main.document_records"});
         record(DocumentEvent::ChangedOutside, QByteArray(32, 'b'));
         QCOMPARE(o.secadmin({"verify"}).exitCode, 0);
-        o.fixture.tamper({QStringLiteral("ATTACH '%1' AS saved").arg(o.saved()), tampering});
+        o.fixture.tamper({o.attach(), tampering});
 
         const Run verify = o.secadmin({"verify"});
         QVERIFY(refusedSaying(verify, QStringLiteral("The record of document \"%1\" ").arg(path) + said));

@@ -81,6 +81,9 @@ private Q_SLOTS:
         QTest::newRow("unassign a role") << "SELECT nebra.admin_unassign_role('pc', 'jsmith', 'Analysts')";
         QTest::newRow("review without a session") << "SELECT nebra.review_audit_count('', '', '', '', '', '', 0)";
         QTest::newRow("review's filter text") << "SELECT nebra.review_where('', '', '', '', '', 0)";
+        // What keeps statements' texts out of other sessions' sight and out of the log.
+        QTest::newRow("show statements to others") << "SET track_activities = on";
+        QTest::newRow("log failed statements") << "SET log_min_error_statement = error";
         // clang-format on
     }
 
