@@ -31,8 +31,6 @@ int main(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
     const QStringList args = QCoreApplication::arguments();
-    if (args.size() != 6)
-        return fail(2, "usage", "server-writer SOCKET_FOLDER DATABASE USER PASSWORD MILLISECONDS");
     ServerSettings settings;
     settings.host = args[1];
     settings.database = args[2];
