@@ -157,10 +157,8 @@ private Q_SLOTS:
         const QString head = o.fixture.settings().chainHeadFile;
         // Winding the head back to hide cut-off entries needs the site key to seal it.
         nebra::test::writeFile(head, nebra::test::readFile(head).replace("count=6", "count=4"));
-        const QString altered =
-            QStringLiteral(
-                "The audit chain head file \"%1\" has been altered or does not belong to this database.")
-                .arg(head);
+        const QString altered = "The audit chain head file \"" + head +
+                                "\" has been altered or does not belong to this database.";
 
         const std::unique_ptr<SecurityStore> store = o.fixture.open(SecurityStore::HeadCheck::Skipped);
         const AuditVerification result = store->audit().verify();

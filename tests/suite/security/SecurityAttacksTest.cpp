@@ -239,16 +239,15 @@ private Q_SLOTS:
                 seen.append(buffer, got);
         }
         QVERIFY2(seen.contains("New password"), seen.constData());
-        termios during = {};
-        QTRY_VERIFY_WITH_TIMEOUT(tcgetattr(master, &during) == 0 && !(during.c_lflag & ECHO), 10000);
+        termios terminal = {};
+        QTRY_VERIFY_WITH_TIMEOUT(tcgetattr(master, &terminal) == 0 && !(terminal.c_lflag & ECHO), 10000);
         QCOMPARE(write(master, "\x03", 1), ssize_t(1)); // Ctrl-C
         int status = 0;
         QCOMPARE(waitpid(child, &status, 0), child);
         QVERIFY(WIFSIGNALED(status));
         QCOMPARE(WTERMSIG(status), SIGINT);
-        termios after = {};
-        QCOMPARE(tcgetattr(master, &after), 0);
-        QVERIFY(after.c_lflag & ECHO);
+        QCOMPARE(tcgetattr(master, &terminal), 0);
+        QVERIFY(terminal.c_lflag & ECHO); // echoing again
         ::close(master);
     }
 

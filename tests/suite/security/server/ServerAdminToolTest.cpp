@@ -123,14 +123,14 @@ private Q_SLOTS:
         QCOMPARE(system.value("Security/Backend", {}).toString(), "postgresql");
         QCOMPARE(system.value("Security/Server", {}).toString(), m_server.socketFolder());
         QCOMPARE(system.value("Security/ServerUser", {}).toString(), ServerSettings::ClientRole);
-        const QString database = ServerSettings::DefaultDatabase;
         const test::AdminToolCases cases(
             [this](const QStringList& a, const QByteArray& input) { return run(a, input); });
         cases.administersUsersAndRights();
         cases.anchorIsCheckedByVerify();
         // An entry a workstation wrote, which a spreadsheet would take for a formula.
         QCOMPARE(cases.run({"add-user", "pjones"}, "battery staple\n").exitCode, 0);
-        const std::unique_ptr<ServerConnection> client = connectTo(database, ServerSettings::ClientRole);
+        const std::unique_ptr<ServerConnection> client =
+            connectTo(ServerSettings::DefaultDatabase, ServerSettings::ClientRole);
         ServerSession session(*client, "pc");
         const ServerLogIn in = session.logIn("pjones", SecretBytes("battery staple"));
         QCOMPARE(in.status, LogInStatus::Success);
