@@ -26,11 +26,6 @@ struct Site
     {
         return runAdminTool(QStringList{"--database", fixture.settings().databasePath} + arguments, input);
     }
-    AdminToolCases cases() const
-    {
-        return AdminToolCases(
-            [this](const QStringList& a, const QByteArray& input) { return run(a, input); });
-    }
 };
 
 } // namespace
@@ -46,7 +41,8 @@ private Q_SLOTS:
     void theSameCommandsAsOnTheServer()
     {
         Site o;
-        const AdminToolCases cases = o.cases();
+        const AdminToolCases cases(
+            [&o](const QStringList& a, const QByteArray& input) { return o.run(a, input); });
         cases.administersUsersAndRights();
         QCOMPARE(o.fixture.auditTexts().first(), "Security database created");
         cases.anchorIsCheckedByVerify();

@@ -24,8 +24,6 @@ class PolicyFileTest : public QObject
 {
     Q_OBJECT
 
-    using Run = ProcessRun;
-
     // A site policy naming database, as the administrator's create leaves it.
     static void writePolicy(const QString& path, const QString& database)
     {
@@ -127,8 +125,9 @@ private Q_SLOTS:
             QCOMPARE(::chown(QFile::encodeName(policy).constData(), 0, users->gr_gid), 0);
             QVERIFY(QFile::setPermissions(folders.root(),
                                           QFile::permissions(folders.root()) | QFileDevice::ExeOther));
-            const Run status = runProgram("setpriv", {"--reuid=65534", "--regid=65534", "--clear-groups",
-                                                      QStringLiteral(SECADMIN), "status"});
+            const ProcessRun status =
+                runProgram("setpriv", {"--reuid=65534", "--regid=65534", "--clear-groups",
+                                       QStringLiteral(SECADMIN), "status"});
             QCOMPARE(status.exitCode, 1);
             said = status.out;
         } else {
@@ -157,7 +156,7 @@ private Q_SLOTS:
         // off.
         writeFile(folders.root() + "/desk/Nebra/Suite.ini",
                   "[Settings]\nSecurityConfigured=false\n[Security]\nDatabasePath=/home/mallory/mine.db\n");
-        const Run ran = runProgram(
+        const ProcessRun ran = runProgram(
             "unshare", {"-m", "--propagation", "private", "sh", "-c",
                         "mount --bind \"$0\" /etc/xdg && "
                         "env XDG_CONFIG_DIRS=/etc/xdg/xdg-desk:/etc/xdg \"$1\" create --database \"$2\" && "

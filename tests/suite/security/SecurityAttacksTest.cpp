@@ -111,7 +111,7 @@ private Q_SLOTS:
     }
 
     // 4: a rollback of the database together with an old head goes unnoticed by the head, not by the anchor.
-    void rollbackIsCaughtByTheAnchor()
+    void rollbackIsCaughtByTheAnchorAndAKeyIsNotReused()
     {
         Site o;
         o.fixture.tamper({"PRAGMA wal_checkpoint(TRUNCATE)"});
@@ -129,6 +129,12 @@ private Q_SLOTS:
         QVERIFY(QFile::setPermissions(o.database(), QFileDevice::ReadOwner | QFileDevice::WriteOwner));
         QCOMPARE(o.secadmin({"verify"}).exitCode, 0); // the embedded store's limit
         QVERIFY(refusedSaying(o.secadmin({"verify", "--anchor", point}), "no longer reaches the anchor"));
+        // 14: with the database gone, create does not silently make a new one with a key others may hold.
+        for (const char* suffix : {"", "-wal", "-shm", ".head"})
+            QFile::remove(o.database() + suffix);
+        QVERIFY(refusedSaying(o.secadmin({"create", "--per-user"}), "--reuse-key"));
+        QVERIFY(!QFileInfo::exists(o.database()));
+        QCOMPARE(o.secadmin({"create", "--per-user", "--reuse-key"}).exitCode, 0);
     }
 
     // 5: a disabled account answers alike whatever password is typed, and every attempt is recorded
@@ -249,17 +255,6 @@ private Q_SLOTS:
         QCOMPARE(tcgetattr(master, &terminal), 0);
         QVERIFY(terminal.c_lflag & ECHO); // echoing again
         ::close(master);
-    }
-
-    // 14: create does not silently make a new database with a key others may already hold.
-    void createRefusesToReuseAKey()
-    {
-        Site o;
-        for (const char* suffix : {"", "-wal", "-shm", ".head"})
-            QFile::remove(o.database() + suffix);
-        QVERIFY(refusedSaying(o.secadmin({"create", "--per-user"}), "--reuse-key"));
-        QVERIFY(!QFileInfo::exists(o.database()));
-        QCOMPARE(o.secadmin({"create", "--per-user", "--reuse-key"}).exitCode, 0);
     }
 };
 

@@ -13,7 +13,6 @@ Q_DECLARE_METATYPE(nebra::DocumentChange)
 
 namespace {
 
-const QString Report = QStringLiteral("/data/My Assays/Reports/Plate 7.pdf");
 const QString Sign = QStringLiteral("Documents/Sign");
 const QString Protocol = QStringLiteral("/data/My Assays/Protocols/ELISA.apr");
 
@@ -46,20 +45,20 @@ private Q_SLOTS:
         std::unique_ptr<NebraSecurityManager> manager = loggedInManager();
         QVERIFY(manager);
         QVERIFY(!manager->HasSignedInSession());
-        const SignResult first = manager->SignDocument(fingerprint(Report, "v1"), "Reviewed", " JSmith ",
+        const SignResult first = manager->SignDocument(fingerprint(Protocol, "v1"), "Reviewed", " JSmith ",
                                                        SecretBytes("correct horse"));
         QVERIFY2(first.sequence > 0, qPrintable(first.error));
         QVERIFY(manager->HasSignedInSession());
-        QCOMPARE(site.auditTexts().constLast(), "Signed: " + Report +
-                                                    " sha256=" + fingerprint(Report, "v1").sha256.toHex() +
+        QCOMPARE(site.auditTexts().constLast(), "Signed: " + Protocol +
+                                                    " sha256=" + fingerprint(Protocol, "v1").sha256.toHex() +
                                                     " meaning=Reviewed by Jane Smith (jsmith)");
-        const SignResult later = manager->SignDocument(fingerprint(Report, "v1"), "Approved", "jsmith",
+        const SignResult later = manager->SignDocument(fingerprint(Protocol, "v1"), "Approved", "jsmith",
                                                        SecretBytes("correct horse"));
         QVERIFY2(later.sequence > first.sequence, qPrintable(later.error));
 
         QList<DocumentSignature> read;
         QString error;
-        QVERIFY2(manager->ReadSignatures(Report, &read, &error), qPrintable(error));
+        QVERIFY2(manager->ReadSignatures(Protocol, &read, &error), qPrintable(error));
         // As recorded, to the time (the tool's test reads the other fields back).
         QCOMPARE(read.size(), 2);
         QCOMPARE(SignatureEntries::caption(read.at(1)), SignatureEntries::caption(later.signature));
@@ -69,8 +68,8 @@ private Q_SLOTS:
         QVERIFY2(writer, qPrintable(error));
         QHash<QString, QList<DocumentSignature>> all;
         QVERIFY2(writer->signatures(&all, &error), qPrintable(error));
-        QCOMPARE(all.keys(), QStringList{Report});
-        QCOMPARE(all.value(Report).size(), 2);
+        QCOMPARE(all.keys(), QStringList{Protocol});
+        QCOMPARE(all.value(Protocol).size(), 2);
 
         // The next session asks for the user name again.
         manager->SessionLogOut();
@@ -115,7 +114,7 @@ private Q_SLOTS:
         DialogScript dialogs;
         dialogs.logIn(user, "correct horse");
         QVERIFY(manager && manager->LogIn(nullptr));
-        const SignResult result = manager->SignDocument(fingerprint(Report, "v1"), meaning, typedUser,
+        const SignResult result = manager->SignDocument(fingerprint(Protocol, "v1"), meaning, typedUser,
                                                         SecretBytes(password.toUtf8()));
         QCOMPARE(result.sequence, 0);
         QCOMPARE(result.error, refusal);
@@ -124,7 +123,7 @@ private Q_SLOTS:
         QCOMPARE(site.auditTexts().constLast(), entry);
         QList<DocumentSignature> read;
         QString error;
-        QVERIFY(manager->ReadSignatures(Report, &read, &error));
+        QVERIFY(manager->ReadSignatures(Protocol, &read, &error));
         QVERIFY(read.isEmpty());
     }
 
@@ -136,10 +135,10 @@ private Q_SLOTS:
         QVERIFY(manager);
         QSignalSpy loggedOut(manager.get(), &NebraSecurityManager::UserLoggedOut);
         QVERIFY(
-            !manager->SignDocument(fingerprint(Report, "v1"), "Approved", "jsmith", SecretBytes("guess 1"))
+            !manager->SignDocument(fingerprint(Protocol, "v1"), "Approved", "jsmith", SecretBytes("guess 1"))
                  .locked);
         const SignResult second =
-            manager->SignDocument(fingerprint(Report, "v1"), "Approved", "jsmith", SecretBytes("guess 2"));
+            manager->SignDocument(fingerprint(Protocol, "v1"), "Approved", "jsmith", SecretBytes("guess 2"));
         QVERIFY(second.locked);
         QCOMPARE(loggedOut.count(), 1);
         QCOMPARE(manager->UserName(), QString());

@@ -44,8 +44,6 @@ class StoreAttacksTest : public QObject
 {
     Q_OBJECT
 
-    using Run = test::ProcessRun;
-
 private Q_SLOTS:
     // 2b, 7: rows edited with SQLite behind the suite's back, slipped in, or
     // kept from before an administrator took something away and written back
@@ -153,7 +151,7 @@ private Q_SLOTS:
         QCOMPARE(o.secadmin({"verify"}).exitCode, 0);
         o.fixture.tamper({o.attach(), tampering});
 
-        const Run verify = o.secadmin({"verify"});
+        const ProcessRun verify = o.secadmin({"verify"});
         QVERIFY(refusedSaying(verify, QStringLiteral("The record of document \"%1\" ").arg(path) + said));
         QVERIFY(verify.out.contains(QLatin1String("all are intact")));
         QVERIFY(o.fixture.auditTexts().constLast().startsWith(
@@ -198,7 +196,7 @@ private Q_SLOTS:
             statement = statement.replace(QLatin1String("%1"), copy);
         o.fixture.tamper(tampering);
 
-        const Run copied = o.secadmin({"signatures", copy});
+        const ProcessRun copied = o.secadmin({"signatures", copy});
         QCOMPARE(copied.exitCode, 1);
         QVERIFY2(!copied.out.contains(QLatin1String(": valid")), qPrintable(copied.out));
         QVERIFY(refusedSaying(o.secadmin({"verify"}), said));
@@ -217,7 +215,7 @@ private Q_SLOTS:
         QVERIFY(refusedSaying(o.secadmin({"grant", "mallory", "Layouts", "Edit"}), "injected failure"));
         o.fixture.tamper({"DROP TRIGGER injected"});
         QVERIFY(!o.allowed("mallory", "Layouts", "Edit"));
-        const Run verify = o.secadmin({"verify"});
+        const ProcessRun verify = o.secadmin({"verify"});
         QVERIFY2(verify.exitCode == 0, qPrintable(verify.out));
 
         // Two roles' names swapped.
