@@ -26,12 +26,8 @@
 
 using namespace nebra;
 
-namespace {
-
 const QString InsufficientPrivilege = "42501";
 const auto openConnection = &test::PostgresServer::connect;
-
-} // namespace
 
 class ServerAttacksTest : public QObject
 {

@@ -14,11 +14,7 @@
 
 using namespace nebra;
 
-namespace {
-
 const QString InsufficientPrivilege = "42501";
-
-} // namespace
 
 class ServerSchemaTest : public QObject
 {
