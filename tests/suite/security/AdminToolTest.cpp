@@ -26,11 +26,6 @@ struct Site
     {
         return runAdminTool(QStringList{"--database", fixture.settings().databasePath} + arguments, input);
     }
-    AdminToolCases cases() const
-    {
-        return AdminToolCases(
-            [this](const QStringList& a, const QByteArray& input) { return run(a, input); });
-    }
 };
 
 } // namespace
@@ -42,42 +37,35 @@ class AdminToolTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void administersUsersAndRights()
+    // The cases the server's tool test runs too, one after the other on one database.
+    void theSameCommandsAsOnTheServer()
     {
         Site o;
-        o.cases().administersUsersAndRights();
+        const AdminToolCases cases(
+            [&o](const QStringList& a, const QByteArray& input) { return o.run(a, input); });
+        cases.administersUsersAndRights();
         QCOMPARE(o.fixture.auditTexts().first(), "Security database created");
-        QCOMPARE(o.run({"verify"}).exitCode, 0);
-    }
-
-    void anchorIsCheckedByVerify() { Site().cases().anchorIsCheckedByVerify(); }
-
-    void verifyDocumentsListsWhatNeedsAReviewer()
-    {
-        Site o;
+        cases.anchorIsCheckedByVerify();
         const std::unique_ptr<SecurityStore> store = o.fixture.open();
-        o.cases().verifyDocumentsListsWhatNeedsAReviewer(
-            o.folders.root() + QStringLiteral("/data"), [&](const DocumentChange& change) {
-                QString error;
+        const QString text = "=HYPERLINK(\"http://x\",\"ELISA, IgG\")";
+        QVERIFY(store->audit().append("jsmith", "General", text).sequence > 0);
+        cases.auditExportsCsv(o.folders.root() + "/audit.csv", text);
+        QString error;
+        cases.verifyDocumentsListsWhatNeedsAReviewer(
+            o.folders.root() + "/data", [&](const DocumentChange& change) {
                 QVERIFY2(store->documents().record(QStringLiteral("jsmith"), change, &error),
                          qPrintable(error));
             });
-    }
-
-    void signaturesTellWhetherTheDocumentStillMatches()
-    {
-        Site o;
-        QCOMPARE(o.run({"add-user", "jsmith", "--full-name", "Jane Smith"}, "correct horse\n").exitCode, 0);
-        const std::unique_ptr<SecurityStore> store = o.fixture.open();
-        o.cases().signaturesTellWhetherTheDocumentStillMatches(o.folders.root(), [&](DocumentSignature s) {
+        cases.signaturesTellWhetherTheDocumentStillMatches(o.folders.root(), [&](DocumentSignature s) {
             s.userName = QStringLiteral("jsmith");
             s.fullName = QStringLiteral("Jane Smith");
-            const SignResult result = store->signatures().record(s);
-            return result.signature;
+            return store->signatures().record(s).signature;
         });
+        QCOMPARE(o.run({"verify"}).exitCode, 0);
     }
 
-    void passwordsAreNeverTakenFromTheCommandLine()
+    // Passwords come only on standard input; a locked account is unlocked.
+    void passwordsAreNeverTakenFromTheCommandLineAndUnlockAfterLockout()
     {
         Site o;
         const AdminRun withArgument = o.run({"add-user", "jsmith", "correct horse"});
@@ -88,11 +76,6 @@ private Q_SLOTS:
         QCOMPARE(noInput.err, "nebra-secadmin: No password was given on standard input.\n");
         QCOMPARE(o.run({"list-users"}).out, QString());
         QCOMPARE(o.run({"fly"}).exitCode, 2);
-    }
-
-    void unlockAfterLockout()
-    {
-        Site o;
         QCOMPARE(o.run({"add-user", "jsmith"}, "correct horse\n").exitCode, 0);
         {
             const std::unique_ptr<SecurityStore> store = o.fixture.open();
@@ -106,17 +89,6 @@ private Q_SLOTS:
         QCOMPARE(o.run({"unlock", "jsmith"}).exitCode, 0);
         QVERIFY(o.run({"list-users"}).out.contains(QLatin1String("\tenabled\t")));
         QCOMPARE(o.fixture.auditTexts().last(), "Account unlocked: jsmith");
-    }
-
-    void auditExportsCsv()
-    {
-        Site o;
-        const QString text = "=HYPERLINK(\"http://x\",\"ELISA, IgG\")";
-        {
-            const std::unique_ptr<SecurityStore> store = o.fixture.open();
-            store->audit().append("jsmith", "General", text);
-        }
-        o.cases().auditExportsCsv(o.folders.root() + "/audit.csv", text);
     }
 
     // What verify finds is the trail's own test; here the tool says it, and

@@ -2,6 +2,8 @@
 // command line (database, key file, head file) as fast as it can, and
 // writes "committed <sequence>" on standard output after each append has
 // returned, until it is killed.
+//
+//   audit-appender DATABASE KEYFILE HEADFILE
 
 #include "SecurityStore.h"
 
@@ -13,10 +15,6 @@ int main(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
     const QStringList args = QCoreApplication::arguments();
-    if (args.size() != 4) {
-        std::fprintf(stderr, "usage: audit-appender DATABASE KEYFILE HEADFILE\n");
-        return 2;
-    }
     nebra::SecuritySettings settings;
     settings.databasePath = args[1];
     settings.siteKeyFile = args[2];

@@ -4,6 +4,7 @@
 #include <QDateTime>
 #include <QFile>
 #include <QFileInfo>
+#include <QProcess>
 #include <QSqlQuery>
 #include <QTemporaryDir>
 #include <QTest>
@@ -40,7 +41,7 @@ class AuditTrailTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void entriesAreRecordedInOrderAndSurviveReopening()
+    void entriesAreRecordedInOrderSurviveReopeningAndStay()
     {
         Trail o;
         const QDateTime before = QDateTime::currentDateTimeUtc();
@@ -63,19 +64,13 @@ private Q_SLOTS:
         QCOMPARE(stamp.timeSpec(), Qt::UTC);
         QVERIFY(stamp >= before.addMSecs(-1) && stamp <= QDateTime::currentDateTimeUtc());
         QVERIFY(store->audit().verify().ok);
-    }
-
-    void updateAndDeleteAreRefused()
-    {
-        Trail o;
-        const std::unique_ptr<SecurityStore> store = o.fixture.open();
+        // No entry can be changed or deleted through the database.
         QSqlQuery q = store->database().newQuery();
-        QString error;
         QVERIFY(!store->database().exec(q, "UPDATE audit_trail SET text = 'x' WHERE seq = 2", {}, &error));
         QVERIFY2(error.contains(QLatin1String("cannot be changed")), qPrintable(error));
         QVERIFY(!store->database().exec(q, "DELETE FROM audit_trail WHERE seq = 6", {}, &error));
         QVERIFY2(error.contains(QLatin1String("cannot be deleted")), qPrintable(error));
-        QCOMPARE(store->audit().entries(&error).size(), 6);
+        QCOMPARE(store->audit().entries(&error).size(), 7);
     }
 
     void verifyFindsTheFirstBadEntry_data()
@@ -124,37 +119,30 @@ private Q_SLOTS:
     // A power cut in the middle of the head's sector can leave the start of
     // the new record over the rest of the old one: its seal gives it away,
     // nothing is chained on, and re-sealing from the database repairs it.
-    void tornHeadIsDetectedAndRepairedFromTheDatabase_data()
-    {
-        QTest::addColumn<int>("cut"); // bytes of the new record that reached the disk
-        // clang-format off
-        QTest::newRow("in the count") << 26;
-        QTest::newRow("in the MAC") << 60;
-        QTest::newRow("in the seal") << 150;
-        // clang-format on
-    }
-
     void tornHeadIsDetectedAndRepairedFromTheDatabase()
     {
-        QFETCH(int, cut);
-        Trail o;
-        const QString head = o.fixture.settings().chainHeadFile;
-        const QByteArray before = nebra::test::readFile(head);
-        QCOMPARE(o.fixture.open()->audit().append("jsmith", "General", "Run protocol: 7.apr").sequence, 7);
-        const QByteArray after = nebra::test::readFile(head);
-        QCOMPARE(after.size(), before.size()); // written over the old record
-        nebra::test::writeFile(head, after.left(cut) + before.mid(cut));
-        const std::unique_ptr<SecurityStore> store = o.fixture.open(SecurityStore::HeadCheck::Skipped);
-        QVERIFY(!store->audit().verify().ok);
-        QCOMPARE(store->audit().append("jsmith", "General", "After the cut").sequence, 0);
-        QString error;
-        QVERIFY2(SecurityAdministration(*store, "admin").resealChainHead(&error), qPrintable(error));
-        QVERIFY(store->audit().verify().ok);
-        QCOMPARE(store->audit().append("jsmith", "General", "After the repair").sequence, 9);
+        for (const int cut : {26, 60, 150}) {
+            Trail o;
+            const QString head = o.fixture.settings().chainHeadFile;
+            const QByteArray before = nebra::test::readFile(head);
+            QCOMPARE(o.fixture.open()->audit().append("jsmith", "General", "Run protocol: 7.apr").sequence,
+                     7);
+            const QByteArray after = nebra::test::readFile(head);
+            QCOMPARE(after.size(), before.size()); // written over the old record
+            nebra::test::writeFile(head, after.left(cut) + before.mid(cut));
+            const std::unique_ptr<SecurityStore> store = o.fixture.open(SecurityStore::HeadCheck::Skipped);
+            QVERIFY(!store->audit().verify().ok);
+            QCOMPARE(store->audit().append("jsmith", "General", "After the cut").sequence, 0);
+            QString error;
+            QVERIFY2(SecurityAdministration(*store, "admin").resealChainHead(&error), qPrintable(error));
+            QVERIFY(store->audit().verify().ok);
+            QCOMPARE(store->audit().append("jsmith", "General", "After the repair").sequence, 9);
+        }
     }
 
-    // Heads written before records were padded are advanced in place too.
-    void unpaddedHeadIsAdvanced()
+    // Heads written before records were padded are advanced in place too; a
+    // head wound back stops every append.
+    void unpaddedHeadIsAdvancedAndABrokenOneStopsAppending()
     {
         Trail o;
         const QString head = o.fixture.settings().chainHeadFile;
@@ -162,18 +150,11 @@ private Q_SLOTS:
         QCOMPARE(o.fixture.open()->audit().append("jsmith", "General", "Run protocol: 7.apr").sequence, 7);
         QCOMPARE(QFileInfo(head).size(), 256);
         QVERIFY(o.fixture.open()->audit().verify().ok);
-    }
 
-    void brokenHeadStopsAppending()
-    {
-        Trail o;
-        const QString head = o.fixture.settings().chainHeadFile;
         // Winding the head back to hide cut-off entries needs the site key to seal it.
-        nebra::test::writeFile(head, nebra::test::readFile(head).replace("count=6", "count=4"));
-        const QString altered =
-            QStringLiteral(
-                "The audit chain head file \"%1\" has been altered or does not belong to this database.")
-                .arg(head);
+        nebra::test::writeFile(head, nebra::test::readFile(head).replace("count=7", "count=5"));
+        const QString altered = "The audit chain head file \"" + head +
+                                "\" has been altered or does not belong to this database.";
 
         const std::unique_ptr<SecurityStore> store = o.fixture.open(SecurityStore::HeadCheck::Skipped);
         const AuditVerification result = store->audit().verify();
@@ -184,6 +165,55 @@ private Q_SLOTS:
         QCOMPARE(refused.sequence, 0);
         QVERIFY2(refused.error.contains(altered), qPrintable(refused.error));
         QVERIFY(!store->audit().verify().ok); // the append did not replace the damaged head
+    }
+
+    // A process that appends audit entries is killed without warning (SIGKILL)
+    // in the middle of its work: every entry it had reported committed must be
+    // in the database, and the chain must still verify.
+    void killedWriterLosesNoCommittedEntry()
+    {
+        for (const int reportedBeforeKill : {5, 60}) {
+            QTemporaryDir dir;
+            SecurityFixture fixture(dir.path());
+            fixture.create();
+            const SecuritySettings& s = fixture.settings();
+
+            QProcess writer;
+            writer.start(QStringLiteral(AUDIT_APPENDER), {s.databasePath, s.siteKeyFile, s.chainHeadFile});
+            QVERIFY2(writer.waitForStarted(10000), qPrintable(writer.errorString()));
+            QList<qint64> reported;
+            auto readReports = [&] {
+                while (writer.canReadLine()) {
+                    const QByteArray line = writer.readLine().trimmed();
+                    QVERIFY2(line.startsWith("committed "), line.constData());
+                    reported.append(line.mid(10).toLongLong());
+                }
+            };
+            while (reported.size() < reportedBeforeKill) {
+                QVERIFY2(writer.waitForReadyRead(20000), qPrintable(writer.readAllStandardError()));
+                readReports();
+            }
+            writer.kill(); // SIGKILL: no handler, no clean-up, wherever it is
+            QVERIFY(writer.waitForFinished(10000));
+            QCOMPARE(writer.exitStatus(), QProcess::CrashExit);
+            readReports(); // what it wrote before it died
+
+            const std::unique_ptr<SecurityStore> store = fixture.open();
+            QVERIFY(store);
+            QString error;
+            const QList<AuditEntry> entries = store->audit().entries(&error);
+            QVERIFY(entries.size() >= reported.size() + 1); // + "Security database created"
+            for (qint64 sequence : reported) {
+                const AuditEntry& entry = entries.at(sequence - 1);
+                QCOMPARE(entry.sequence, sequence);
+                QCOMPARE(entry.text, QStringLiteral("Entry number %1 of the appender").arg(sequence - 1));
+            }
+            const AuditVerification verification = store->audit().verify();
+            QVERIFY2(verification.ok, qPrintable(verification.message));
+            // The trail goes on after the crash.
+            QCOMPARE(store->audit().append("jsmith", "General", "After").sequence, entries.size() + 1);
+            QVERIFY(store->audit().verify().ok);
+        }
     }
 };
 

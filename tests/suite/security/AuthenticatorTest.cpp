@@ -1,11 +1,9 @@
 #include "Authenticator.h"
 #include "SecurityFixture.h"
 
-#include <QTemporaryDir>
 #include <QTest>
 
 using namespace nebra;
-using nebra::test::SecurityFixture;
 
 namespace {
 
@@ -22,17 +20,7 @@ bool isLocked(SecurityStore& store)
 }
 
 // A database of its own holding jsmith ("correct horse", "Jane Smith").
-struct Site
-{
-    QTemporaryDir dir;
-    SecurityFixture fixture{dir.path()};
-
-    Site()
-    {
-        fixture.create();
-        fixture.addUser("jsmith", "correct horse", "Jane Smith");
-    }
-};
+using Site = nebra::test::SecuritySite;
 
 } // namespace
 
@@ -44,9 +32,11 @@ class AuthenticatorTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    // Refused alike, recorded apart; a success resets the count of failures.
     void unknownUserAndWrongPasswordAreRefusedAlike()
     {
         Site o;
+        o.fixture.settings().lockoutThreshold = 3;
         const std::unique_ptr<SecurityStore> store = o.fixture.open();
         Authenticator authenticator(*store);
         const LogInResult unknown =
@@ -59,78 +49,55 @@ private Q_SLOTS:
                  QStringList({"Failed log in: unknown user", "Failed log in: wrong password"}));
         QString error;
         QCOMPARE(store->users().find("jsmith", &error)->failedLogIns, 1);
-    }
-
-    void lockoutAtTheThresholdSurvivesRestartUntilUnlocked_data()
-    {
-        QTest::addColumn<int>("threshold");
-        // clang-format off
-        QTest::newRow("default 5") << 5;
-        QTest::newRow("site setting 2") << 2;
-        // clang-format on
-    }
-
-    void lockoutAtTheThresholdSurvivesRestartUntilUnlocked()
-    {
-        Site o;
-        QFETCH(int, threshold);
-        o.fixture.settings().lockoutThreshold = threshold;
-        {
-            const std::unique_ptr<SecurityStore> store = o.fixture.open();
-            Authenticator authenticator(*store);
-            for (int i = 1; i < threshold; ++i)
-                QCOMPARE(logIn(authenticator, "guess"), LogInStatus::Refused);
-            QVERIFY(!isLocked(*store));
-            QCOMPARE(logIn(authenticator, "guess"), LogInStatus::Refused);
-        }
-        QCOMPARE(o.fixture.auditTexts().last(),
-                 QStringLiteral("Account locked after %1 failed log ins").arg(threshold));
-
-        // A new process: the lock is still there, whatever password is typed, and each attempt is recorded.
-        const std::unique_ptr<SecurityStore> store = o.fixture.open();
-        Authenticator authenticator(*store);
-        const int entries = o.fixture.auditTexts().size();
-        QCOMPARE(logIn(authenticator, "guess"), LogInStatus::Locked);
-        QCOMPARE(logIn(authenticator, "correct horse"), LogInStatus::Locked);
-        QCOMPARE(o.fixture.auditTexts().mid(entries),
-                 QStringList(2, QStringLiteral("Log in refused: account locked")));
-        QString error;
-        QVERIFY(SecurityAdministration(*store, "admin").unlock("jsmith", &error));
-        QCOMPARE(logIn(authenticator, "correct horse"), LogInStatus::Success);
-    }
-
-    // Guessing the current password in Change Password counts like failed log-ins.
-    void wrongCurrentPasswordsLockTheAccount()
-    {
-        Site o;
-        const std::unique_ptr<SecurityStore> store = o.fixture.open();
-        Authenticator authenticator(*store);
-        bool locked = false;
-        QString error;
-        for (int i = 1; i <= SecuritySettings::DefaultLockoutThreshold; ++i) {
-            QVERIFY(!authenticator.checkCurrentPassword("jsmith", SecretBytes("guess"), &locked, &error));
-            QCOMPARE(locked, i == SecuritySettings::DefaultLockoutThreshold);
-        }
-        QVERIFY(isLocked(*store));
-        QCOMPARE(logIn(authenticator, "correct horse"), LogInStatus::Locked);
-    }
-
-    void successLogsInAndResetsTheFailureCount()
-    {
-        Site o;
-        o.fixture.settings().lockoutThreshold = 2;
-        const std::unique_ptr<SecurityStore> store = o.fixture.open();
-        Authenticator authenticator(*store);
-        QCOMPARE(logIn(authenticator, "guess"), LogInStatus::Refused);
         const LogInResult result =
             authenticator.authenticate("JSMITH", SecretBytes(QByteArrayLiteral("correct horse")));
         QCOMPARE(result.status, LogInStatus::Success);
         QCOMPARE(result.user.name, "jsmith"); // names compare without regard to case
         QCOMPARE(result.user.fullName, "Jane Smith");
         QCOMPARE(o.fixture.auditTexts().last(), "Log in");
-        // Counted per run of failures: one more failure does not lock.
+        // Counted per run of failures, a wrong current password in Change Password like a failed log-in.
+        const auto wrongCurrent = [&](bool locks) {
+            bool locked = !locks;
+            QVERIFY(!authenticator.checkCurrentPassword("jsmith", SecretBytes("guess"), &locked, &error));
+            QCOMPARE(locked, locks);
+            QCOMPARE(isLocked(*store), locks);
+        };
+        wrongCurrent(false);
         QCOMPARE(logIn(authenticator, "guess"), LogInStatus::Refused);
         QVERIFY(!isLocked(*store));
+        wrongCurrent(true);
+        QCOMPARE(logIn(authenticator, "correct horse"), LogInStatus::Locked);
+    }
+
+    void lockoutAtTheThresholdSurvivesRestartUntilUnlocked()
+    {
+        for (const int threshold : {5, 2}) {
+            Site o;
+            o.fixture.settings().lockoutThreshold = threshold;
+            {
+                const std::unique_ptr<SecurityStore> store = o.fixture.open();
+                Authenticator authenticator(*store);
+                for (int i = 1; i < threshold; ++i)
+                    QCOMPARE(logIn(authenticator, "guess"), LogInStatus::Refused);
+                QVERIFY(!isLocked(*store));
+                QCOMPARE(logIn(authenticator, "guess"), LogInStatus::Refused);
+            }
+            QCOMPARE(o.fixture.auditTexts().last(),
+                     QStringLiteral("Account locked after %1 failed log ins").arg(threshold));
+
+            // A new process: the lock is still there, whatever password is typed, and each attempt is
+            // recorded.
+            const std::unique_ptr<SecurityStore> store = o.fixture.open();
+            Authenticator authenticator(*store);
+            const int entries = o.fixture.auditTexts().size();
+            QCOMPARE(logIn(authenticator, "guess"), LogInStatus::Locked);
+            QCOMPARE(logIn(authenticator, "correct horse"), LogInStatus::Locked);
+            QCOMPARE(o.fixture.auditTexts().mid(entries),
+                     QStringList(2, QStringLiteral("Log in refused: account locked")));
+            QString error;
+            QVERIFY(SecurityAdministration(*store, "admin").unlock("jsmith", &error));
+            QCOMPARE(logIn(authenticator, "correct horse"), LogInStatus::Success);
+        }
     }
 
     void logInUpgradesAWeakerHash()

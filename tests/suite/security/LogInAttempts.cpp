@@ -2,6 +2,8 @@
 // security database that the settings name (the policy of the system-wide
 // file, as the suite's programs read it), and writes each attempt's
 // LogInStatus as a number on a line of its own.
+//
+//   log-in-attempts USER PASSWORD COUNT
 
 #include "Authenticator.h"
 #include "SecretBytes.h"
@@ -18,10 +20,6 @@ int main(int argc, char** argv)
     QCoreApplication app(argc, argv);
     nebra::test::UserFolders::adoptTestPolicyFile();
     const QStringList args = QCoreApplication::arguments();
-    if (args.size() != 4) {
-        std::fprintf(stderr, "usage: log-in-attempts USER PASSWORD COUNT\n");
-        return 2;
-    }
     QString error;
     const std::unique_ptr<nebra::SecurityStore> store =
         nebra::SecurityStore::open(nebra::SecuritySettings::fromStore(nebra::SettingsStore()), &error);

@@ -24,8 +24,6 @@ class PolicyFileTest : public QObject
 {
     Q_OBJECT
 
-    using Run = ProcessRun;
-
     // A site policy naming database, as the administrator's create leaves it.
     static void writePolicy(const QString& path, const QString& database)
     {
@@ -56,13 +54,17 @@ private Q_SLOTS:
         QCOMPARE(settings.server.host, "/run/site");
     }
 
-    // 5: a policy that others than its owner could change, or replace in its
-    // folder, is not trusted: security refuses to start, naming the fix.
-    void aPolicyOthersCanChangeIsRefused_data()
+    // 1, 5: a policy that cannot be used, or that others than its owner could
+    // change or replace in its folder, is not trusted: security refuses to
+    // start, whatever the user's own file says, naming the fix where there is one.
+    void aPolicyThatCannotBeUsedOrTrustedIsRefused_data()
     {
         QTest::addColumn<QString>("damage");
-        QTest::addColumn<QString>("fix");
+        QTest::addColumn<QString>("fix"); // said with the path; empty: only that it is refused
         // clang-format off
+        QTest::newRow("binary") << "binary" << "";
+        QTest::newRow("a folder") << "a folder" << "";
+        QTest::newRow("unreadable") << "unreadable" << "";
         QTest::newRow("file writable by the group") << "file 0664" << "chmod go-w";
         QTest::newRow("file writable by everyone") << "file 0666" << "chmod go-w";
         QTest::newRow("folder writable by the group") << "folder 0775" << "chmod go-w";
@@ -70,29 +72,40 @@ private Q_SLOTS:
         // clang-format on
     }
 
-    void aPolicyOthersCanChangeIsRefused()
+    void aPolicyThatCannotBeUsedOrTrustedIsRefused()
     {
         UserFolders folders;
         QFETCH(QString, damage);
         QFETCH(QString, fix);
         if (damage == QLatin1String("owner") && ::geteuid() != 0)
             QSKIP("Giving the file to another user needs root.");
+        if (damage == QLatin1String("unreadable") && ::geteuid() == 0)
+            QSKIP("The superuser reads every file, so none is unreadable to it.");
         const QString policy = folders.systemSettingsFile();
         writePolicy(policy, folders.root() + "/site.db");
         const QString target =
             damage.startsWith(QLatin1String("folder")) ? QFileInfo(policy).absolutePath() : policy;
-        if (damage == QLatin1String("owner"))
+        if (damage == QLatin1String("binary"))
+            writeFile(policy, QByteArray("[Settings]\0\x01\x02", 13));
+        else if (damage == QLatin1String("a folder"))
+            QVERIFY(QFile::remove(policy) && QDir().mkpath(policy));
+        else if (damage == QLatin1String("unreadable"))
+            QVERIFY(QFile::setPermissions(policy, QFileDevice::Permissions()));
+        else if (damage == QLatin1String("owner"))
             QCOMPARE(::chown(QFile::encodeName(policy).constData(), 65534, 65534), 0);
         else
             QCOMPARE(
                 ::chmod(QFile::encodeName(target).constData(), damage.section(' ', 1).toUInt(nullptr, 8)), 0);
+        QVERIFY(SettingsStore().setValue("Settings/SecurityConfigured", false)); // the user's own file
         SettingsStore store;
         const QString problem = store.systemProblem();
-        QVERIFY2(problem.contains(fix) && problem.contains(target), qPrintable(problem));
+        QVERIFY2(!problem.isEmpty() && (fix.isEmpty() || (problem.contains(fix) && problem.contains(target))),
+                 qPrintable(problem));
         QVERIFY(SuiteSettings(store).SecurityConfigured());
         QString error;
         QVERIFY(!SecurityStore::open(SecuritySettings::fromStore(store), &error));
         QCOMPARE(error, problem);
+        QCOMPARE(runProgram(QStringLiteral(SECADMIN), {"status"}).exitCode, 1);
     }
 
     // 11: a user outside the site group is told to join it, never to open
@@ -112,8 +125,9 @@ private Q_SLOTS:
             QCOMPARE(::chown(QFile::encodeName(policy).constData(), 0, users->gr_gid), 0);
             QVERIFY(QFile::setPermissions(folders.root(),
                                           QFile::permissions(folders.root()) | QFileDevice::ExeOther));
-            const Run status = runProgram("setpriv", {"--reuid=65534", "--regid=65534", "--clear-groups",
-                                                      QStringLiteral(SECADMIN), "status"});
+            const ProcessRun status =
+                runProgram("setpriv", {"--reuid=65534", "--regid=65534", "--clear-groups",
+                                       QStringLiteral(SECADMIN), "status"});
             QCOMPARE(status.exitCode, 1);
             said = status.out;
         } else {
@@ -126,61 +140,38 @@ private Q_SLOTS:
     }
 
     // 5: the real program, with a policy at the real path (a folder of the
-    // test's bound over /etc/xdg in a mount namespace of its own), reads that
-    // policy whatever XDG_CONFIG_DIRS says, and create writes it there, also
-    // from a desktop session's environment. (XDG_CONFIG_HOME at the policy's
-    // folder: theUsersFileIsNeverThePolicy.)
-    void theProgramReadsAndWritesOnlyTheFixedPolicy_data()
-    {
-        QTest::addColumn<QStringList>("environment"); // for env(1)
-        QTest::addColumn<QString>("command");
-        // clang-format off
-        QTest::newRow("a folder of the user's first") << QStringList{"XDG_CONFIG_DIRS=DESK:/etc/xdg"} << "status";
-        QTest::newRow("create from a desktop session") << QStringList{"XDG_CONFIG_DIRS=/etc/xdg/xdg-desk:/etc/xdg"} << "create";
-        // clang-format on
-    }
-
+    // test's bound over /etc/xdg in a mount namespace of its own), writes the
+    // policy there with create from a desktop session's environment, and then
+    // reads that policy whatever XDG_CONFIG_DIRS says. (XDG_CONFIG_HOME at the
+    // policy's folder: theUsersFileIsNeverThePolicy.)
     void theProgramReadsAndWritesOnlyTheFixedPolicy()
     {
-        UserFolders folders;
-        QFETCH(QStringList, environment);
-        QFETCH(QString, command);
         if (::geteuid() != 0)
             QSKIP(
                 "Showing the program a policy at /etc/xdg needs root (a bind mount in a private namespace).");
+        UserFolders folders;
         const QString etc = folders.root() + "/etc-xdg";
-        const QString database = folders.root() + "/site/Security.db";
-        if (command == QLatin1String("status")) {
-            writePolicy(etc + "/Nebra/Suite.ini", database);
-            // The user's own folder, first in the list, holds a policy that switches security off.
-            writeFile(
-                folders.root() + "/desk/Nebra/Suite.ini",
-                "[Settings]\nSecurityConfigured=false\n[Security]\nDatabasePath=/home/mallory/mine.db\n");
-        }
         QVERIFY(QDir().mkpath(etc + "/xdg-desk"));
-        environment.replaceInStrings("DESK", folders.root() + "/desk");
-        QStringList arguments{
-            "-m", "--propagation", "private", "sh", "-c", "mount --bind \"$0\" /etc/xdg && exec \"$@\"", etc,
-            "env"};
-        arguments << environment << QStringLiteral(SECADMIN_PROGRAM) << command;
-        if (command == QLatin1String("create"))
-            arguments << "--database" << database;
-        const Run ran = runProgram("unshare", arguments);
+        // The user's own folder, first in the list when status runs, holds a policy that switches security
+        // off.
+        writeFile(folders.root() + "/desk/Nebra/Suite.ini",
+                  "[Settings]\nSecurityConfigured=false\n[Security]\nDatabasePath=/home/mallory/mine.db\n");
+        const ProcessRun ran = runProgram(
+            "unshare", {"-m", "--propagation", "private", "sh", "-c",
+                        "mount --bind \"$0\" /etc/xdg && "
+                        "env XDG_CONFIG_DIRS=/etc/xdg/xdg-desk:/etc/xdg \"$1\" create --database \"$2\" && "
+                        "env XDG_CONFIG_DIRS=\"$3\":/etc/xdg \"$1\" status",
+                        etc, QStringLiteral(SECADMIN_PROGRAM), folders.root() + "/site/Security.db",
+                        folders.root() + "/desk"});
         if (ran.err.contains(QLatin1String("unshare failed")) || ran.err.contains(QLatin1String("mount:")))
             QSKIP(qPrintable("No private mount namespace here: " + ran.err));
         QVERIFY2(ran.exitCode == 0, qPrintable(ran.out + ran.err));
-        if (command == QLatin1String("status")) {
-            QVERIFY2(ran.out.contains(
-                         QLatin1String("Policy: set by the system-wide file \"/etc/xdg/Nebra/Suite.ini\"")),
-                     qPrintable(ran.out));
-            QVERIFY2(ran.out.contains(QLatin1String("SecurityConfigured = true (system file)")),
-                     qPrintable(ran.out));
-        } else {
-            QVERIFY2(ran.out.contains(QLatin1String("\"/etc/xdg/Nebra/Suite.ini\" now turns security on")),
-                     qPrintable(ran.out));
-            QVERIFY(!QFileInfo::exists(etc + "/xdg-desk/Nebra/Suite.ini"));
-            QVERIFY(QFileInfo::exists(etc + "/Nebra/Suite.ini"));
-        }
+        for (const char* said : {"\"/etc/xdg/Nebra/Suite.ini\" now turns security on",
+                                 "Policy: set by the system-wide file \"/etc/xdg/Nebra/Suite.ini\"",
+                                 "SecurityConfigured = true (system file)"})
+            QVERIFY2(ran.out.contains(QLatin1String(said)), qPrintable(ran.out));
+        QVERIFY(!QFileInfo::exists(etc + "/xdg-desk/Nebra/Suite.ini"));
+        QVERIFY(QFileInfo::exists(etc + "/Nebra/Suite.ini"));
     }
 };
 

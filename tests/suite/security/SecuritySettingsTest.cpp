@@ -1,4 +1,6 @@
 #include "SecuritySettings.h"
+#include "PasswordPolicy.h"
+#include "SecretBytes.h"
 #include "SettingsStore.h"
 #include "TestFiles.h"
 #include "UserFolders.h"
@@ -8,35 +10,25 @@
 
 using namespace nebra;
 
-// The "[Security]" group as written in the settings file.
+// The "[Security]" group as written in the settings file, and the rules a
+// new password must keep under the minimum length it sets.
 class SecuritySettingsTest : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void companionFilesFollowTheDatabase()
-    {
-        QTemporaryDir dir;
-        SettingsStore store(dir.filePath("Suite.ini"));
-        QVERIFY(
-            SecuritySettings::fromStore(store).databasePath.endsWith(QLatin1String("/Nebra/Security.db")));
-        QVERIFY(store.setValue("Security/DatabasePath", "/srv/lab/Site.db"));
-        const SecuritySettings s = SecuritySettings::fromStore(SettingsStore(store.filePath()));
-        QCOMPARE(s.siteKeyFile, "/srv/lab/Site.db.key");
-        QCOMPARE(s.chainHeadFile, "/srv/lab/Site.db.head");
-    }
-
     void valuesTakeEffectWithinTheirLimits_data()
     {
         QTest::addColumn<QString>("key");
         QTest::addColumn<QString>("value");
-        QTest::addColumn<int>("expected");
+        QTest::addColumn<QString>("expected");
         // clang-format off
-        QTest::newRow("time-out") << "TimeOutMinutes" << "5" << 5;
-        QTest::newRow("time-out not a number") << "TimeOutMinutes" << "soon" << 15;
-        QTest::newRow("lockout") << "LockoutThreshold" << "3" << 3;
-        QTest::newRow("hash memory never below 19") << "PasswordHashMemoryMiB" << "1" << 19;
-        QTest::newRow("hash passes never below 2") << "PasswordHashPasses" << "1" << 2;
+        QTest::newRow("time-out") << "TimeOutMinutes" << "5" << "5";
+        QTest::newRow("time-out not a number") << "TimeOutMinutes" << "soon" << "15";
+        QTest::newRow("lockout") << "LockoutThreshold" << "3" << "3";
+        QTest::newRow("hash memory never below 19") << "PasswordHashMemoryMiB" << "1" << "19";
+        QTest::newRow("hash passes never below 2") << "PasswordHashPasses" << "1" << "2";
+        QTest::newRow("key and head follow the database") << "DatabasePath" << "/srv/lab/Site.db" << "/srv/lab/Site.db.key /srv/lab/Site.db.head";
         // clang-format on
     }
 
@@ -44,15 +36,19 @@ private Q_SLOTS:
     {
         QFETCH(QString, key);
         QFETCH(QString, value);
-        QFETCH(int, expected);
+        QFETCH(QString, expected);
         QTemporaryDir dir;
         SettingsStore store(dir.filePath("Suite.ini"));
+        QVERIFY(
+            SecuritySettings::fromStore(store).databasePath.endsWith(QLatin1String("/Nebra/Security.db")));
         QVERIFY(store.setValue("Security/" + key, value));
         const SecuritySettings s = SecuritySettings::fromStore(SettingsStore(store.filePath()));
-        const QHash<QString, int> fields = {{"TimeOutMinutes", s.timeOutMinutes},
-                                            {"LockoutThreshold", s.lockoutThreshold},
-                                            {"PasswordHashMemoryMiB", s.hashCost.memoryMiB},
-                                            {"PasswordHashPasses", s.hashCost.passes}};
+        const QHash<QString, QString> fields = {
+            {"TimeOutMinutes", QString::number(s.timeOutMinutes)},
+            {"LockoutThreshold", QString::number(s.lockoutThreshold)},
+            {"PasswordHashMemoryMiB", QString::number(s.hashCost.memoryMiB)},
+            {"PasswordHashPasses", QString::number(s.hashCost.passes)},
+            {"DatabasePath", s.siteKeyFile + ' ' + s.chainHeadFile}};
         QCOMPARE(fields.value(key), expected);
     }
 
@@ -99,6 +95,33 @@ private Q_SLOTS:
         QVERIFY(std::any_of(s.origins.cbegin(), s.origins.cend(), [](const SecuritySettings::Origin& o) {
             return o.key == QLatin1String("SignatureMeanings");
         }));
+    }
+
+    // The rules a new password must keep, with the site's minimum length.
+    void passwordPolicy_data()
+    {
+        QTest::addColumn<int>("minimum");
+        QTest::addColumn<QString>("password");
+        QTest::addColumn<QString>("problem");
+        const QString tooShort = "The password must be at least %1 characters long.";
+        const QString userName = "The password must not be the user name.";
+        // clang-format off
+        QTest::newRow("exactly the minimum") << 8 << "12345678" << "";
+        QTest::newRow("one short") << 8 << "1234567" << tooShort.arg(8);
+        QTest::newRow("minimum setting takes effect") << 12 << "elevenchars" << tooShort.arg(12);
+        QTest::newRow("minimum counts characters, not bytes") << 4 << "äöüß" << "";
+        QTest::newRow("empty") << 1 << "" << "The password must not be empty.";
+        QTest::newRow("user name in other case") << 4 << "JSmith" << userName;
+        QTest::newRow("longer than the hashing limit") << 8 << QString(257, QLatin1Char('x')) << "The password must be at most 256 characters long.";
+        // clang-format on
+    }
+
+    void passwordPolicy()
+    {
+        QFETCH(int, minimum);
+        QFETCH(QString, password);
+        QFETCH(QString, problem);
+        QCOMPARE(PasswordPolicy(minimum).check("jsmith", SecretBytes(password.toUtf8())), problem);
     }
 };
 

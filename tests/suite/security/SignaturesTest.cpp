@@ -1,4 +1,5 @@
 #include "DialogScript.h"
+#include "DocumentRecord.h"
 #include "ManagerSite.h"
 
 #include <QCryptographicHash>
@@ -8,28 +9,31 @@
 using namespace nebra;
 using namespace nebra::test;
 
+Q_DECLARE_METATYPE(nebra::DocumentChange)
+
 namespace {
 
-const QString Report = QStringLiteral("/data/My Assays/Reports/Plate 7.pdf");
 const QString Sign = QStringLiteral("Documents/Sign");
+const QString Protocol = QStringLiteral("/data/My Assays/Protocols/ELISA.apr");
 
 DocumentFingerprint fingerprint(const QString& path, const QByteArray& content)
 {
-    return {path, QCryptographicHash::hash(content, QCryptographicHash::Sha256), content.size(), 0};
+    return {path, QCryptographicHash::hash(content, QCryptographicHash::Sha256), content.size(),
+            1764132300123};
 }
 
-QString entryOf(const QString& path, const QByteArray& content, const QString& meaning)
+DocumentChange change(DocumentEvent event, const QByteArray& content, const QString& program = {})
 {
-    return QStringLiteral("Signed: %1 sha256=%2 meaning=%3 by Jane Smith (jsmith)")
-        .arg(path, QString::fromLatin1(fingerprint(path, content).sha256.toHex()), meaning);
+    return {event, fingerprint(Protocol, content), {}, program, {}};
 }
 
 } // namespace
 
-// Signing through the manager, on the back end that NEBRA_TEST_SECURITY_BACKEND
-// names (CTest runs it for each): the server words the entry itself, so the
-// texts compared here prove that both stores record the same. The rows are
-// attacked in StoreAttacksTest and ServerAttacksTest.
+// Document entries, the newest record per path and signing, through the
+// manager, on the back end that NEBRA_TEST_SECURITY_BACKEND names (CTest runs
+// it for each): the server words each entry itself, so the texts compared here
+// are the proof that both stores say the same. The seals of the embedded
+// tables are attacked in StoreAttacksTest, the server's in ServerAttacksTest.
 class SignaturesTest : public QObject
 {
     Q_OBJECT
@@ -41,18 +45,20 @@ private Q_SLOTS:
         std::unique_ptr<NebraSecurityManager> manager = loggedInManager();
         QVERIFY(manager);
         QVERIFY(!manager->HasSignedInSession());
-        const SignResult first = manager->SignDocument(fingerprint(Report, "v1"), "Reviewed", " JSmith ",
+        const SignResult first = manager->SignDocument(fingerprint(Protocol, "v1"), "Reviewed", " JSmith ",
                                                        SecretBytes("correct horse"));
         QVERIFY2(first.sequence > 0, qPrintable(first.error));
         QVERIFY(manager->HasSignedInSession());
-        QCOMPARE(site.auditTexts().constLast(), entryOf(Report, "v1", "Reviewed"));
-        const SignResult later = manager->SignDocument(fingerprint(Report, "v1"), "Approved", "jsmith",
+        QCOMPARE(site.auditTexts().constLast(), "Signed: " + Protocol +
+                                                    " sha256=" + fingerprint(Protocol, "v1").sha256.toHex() +
+                                                    " meaning=Reviewed by Jane Smith (jsmith)");
+        const SignResult later = manager->SignDocument(fingerprint(Protocol, "v1"), "Approved", "jsmith",
                                                        SecretBytes("correct horse"));
         QVERIFY2(later.sequence > first.sequence, qPrintable(later.error));
 
         QList<DocumentSignature> read;
         QString error;
-        QVERIFY2(manager->ReadSignatures(Report, &read, &error), qPrintable(error));
+        QVERIFY2(manager->ReadSignatures(Protocol, &read, &error), qPrintable(error));
         // As recorded, to the time (the tool's test reads the other fields back).
         QCOMPARE(read.size(), 2);
         QCOMPARE(SignatureEntries::caption(read.at(1)), SignatureEntries::caption(later.signature));
@@ -62,8 +68,8 @@ private Q_SLOTS:
         QVERIFY2(writer, qPrintable(error));
         QHash<QString, QList<DocumentSignature>> all;
         QVERIFY2(writer->signatures(&all, &error), qPrintable(error));
-        QCOMPARE(all.keys(), QStringList{Report});
-        QCOMPARE(all.value(Report).size(), 2);
+        QCOMPARE(all.keys(), QStringList{Protocol});
+        QCOMPARE(all.value(Protocol).size(), 2);
 
         // The next session asks for the user name again.
         manager->SessionLogOut();
@@ -108,7 +114,7 @@ private Q_SLOTS:
         DialogScript dialogs;
         dialogs.logIn(user, "correct horse");
         QVERIFY(manager && manager->LogIn(nullptr));
-        const SignResult result = manager->SignDocument(fingerprint(Report, "v1"), meaning, typedUser,
+        const SignResult result = manager->SignDocument(fingerprint(Protocol, "v1"), meaning, typedUser,
                                                         SecretBytes(password.toUtf8()));
         QCOMPARE(result.sequence, 0);
         QCOMPARE(result.error, refusal);
@@ -117,7 +123,7 @@ private Q_SLOTS:
         QCOMPARE(site.auditTexts().constLast(), entry);
         QList<DocumentSignature> read;
         QString error;
-        QVERIFY(manager->ReadSignatures(Report, &read, &error));
+        QVERIFY(manager->ReadSignatures(Protocol, &read, &error));
         QVERIFY(read.isEmpty());
     }
 
@@ -128,17 +134,108 @@ private Q_SLOTS:
         const std::unique_ptr<NebraSecurityManager> manager = loggedInManager();
         QVERIFY(manager);
         QSignalSpy loggedOut(manager.get(), &NebraSecurityManager::UserLoggedOut);
-        QVERIFY(
-            !manager->SignDocument(fingerprint(Report, "v1"), "Approved", "jsmith", SecretBytes("guess 1"))
-                 .locked);
-        const SignResult second =
-            manager->SignDocument(fingerprint(Report, "v1"), "Approved", "jsmith", SecretBytes("guess 2"));
-        QVERIFY(second.locked);
+        for (const bool locks : {false, true})
+            QCOMPARE(
+                manager->SignDocument(fingerprint(Protocol, "v1"), "Approved", "jsmith", SecretBytes("guess"))
+                    .locked,
+                locks);
         QCOMPARE(loggedOut.count(), 1);
         QCOMPARE(manager->UserName(), QString());
         QCOMPARE(
             site.auditTexts().mid(site.auditTexts().size() - 2),
             QStringList({"Account locked after 2 failed log ins", "Session ended: the account was locked"}));
+    }
+
+    void eachEventIsAnEntryAndTheNewestRecord_data()
+    {
+        QTest::addColumn<DocumentChange>("change");
+        QTest::addColumn<QString>("entry");
+        QTest::addColumn<int>("state");
+        const QString fp = QStringLiteral("%1 sha256=%2 size=2 modified=2025-11-26T04:45:00.123Z")
+                               .arg(Protocol, QString::fromLatin1(fingerprint({}, "v2").sha256.toHex()));
+        DocumentChange renamed{
+            DocumentEvent::Renamed, fingerprint(Protocol + QStringLiteral(".old"), "v2"), Protocol, {}, {}};
+        // clang-format off
+        QTest::newRow("first seen") << change(DocumentEvent::Recorded, "v2") << "Document recorded: " + fp << int(RecordState::Recorded);
+        QTest::newRow("by a suite program") << change(DocumentEvent::ChangedBySuite, "v2", "Layout Editor") << "Document changed: " + fp + " by Layout Editor" << int(RecordState::Recorded);
+        QTest::newRow("outside") << change(DocumentEvent::ChangedOutside, "v2") << "Document changed outside the suite: " + fp + " (seen while jsmith was logged in)" << int(RecordState::ChangedOutside);
+        QTest::newRow("unwatched") << change(DocumentEvent::ChangedUnwatched, "v2") << "Document changed while nothing recorded it: " + fp + " (found while jsmith was logged in)" << int(RecordState::ChangedUnwatched);
+        QTest::newRow("removed") << DocumentChange{DocumentEvent::Removed, {Protocol, {}, -1, 0}, {}, {}, {}} << "Document removed: " + Protocol << int(RecordState::NotRecorded);
+        QTest::newRow("renamed") << renamed << "Document renamed: " + Protocol + " -> " + Protocol + ".old" << int(RecordState::Recorded);
+        // clang-format on
+    }
+
+    void eachEventIsAnEntryAndTheNewestRecord()
+    {
+        QFETCH(DocumentChange, change);
+        QFETCH(QString, entry);
+        QFETCH(int, state);
+        ManagerSite site({});
+        const std::unique_ptr<NebraSecurityManager> manager = loggedInManager();
+        QVERIFY(manager);
+        QString error;
+        const std::optional<DocumentWriter> writer = manager->DocumentWriters()(&error);
+        QVERIFY2(writer, qPrintable(error));
+        QList<qint64> sequences;
+        QVERIFY2(writer->record({::change(DocumentEvent::Recorded, "v1"), change}, &sequences, &error),
+                 qPrintable(error));
+        QCOMPARE(sequences.size(), 2);
+        QCOMPARE(site.auditTexts().constLast(), entry);
+        QCOMPARE(DocumentEntries::text(change, QStringLiteral("jsmith")), entry);
+
+        QHash<QString, DocumentRecord> records;
+        QVERIFY2(writer->records(&records, &error), qPrintable(error));
+        QCOMPARE(records.size(), 1);
+        const DocumentRecord newest = records.value(change.fingerprint.path);
+        QCOMPARE(newest.sequence, sequences.constLast());
+        QCOMPARE(newest.event, change.event);
+        QCOMPARE(newest.fingerprint.sha256, change.fingerprint.sha256);
+        QCOMPARE(newest.fingerprint.modifiedMs, change.fingerprint.modifiedMs);
+        QVERIFY(newest.intact);
+        QCOMPARE(int(DocumentEntries::stateOf(newest)), state);
+    }
+
+    void acceptingNeedsTheRightAndAReason_data()
+    {
+        QTest::addColumn<QStringList>("rights");
+        QTest::addColumn<QString>("reason");
+        QTest::addColumn<QString>("refusal"); // empty: accepted
+        // clang-format off
+        QTest::newRow("reviewer") << QStringList{"Documents/AcceptChange"} << " Corrected a typing error " << "";
+        QTest::newRow("no reason") << QStringList{"Documents/AcceptChange"} << " " << "Give the reason for accepting the change.";
+        QTest::newRow("no right") << QStringList{"Documents/Other"} << "Looks fine" << "You do not have the right to accept changes of documents.";
+        // clang-format on
+    }
+
+    void acceptingNeedsTheRightAndAReason()
+    {
+        QFETCH(QStringList, rights);
+        QFETCH(QString, reason);
+        QFETCH(QString, refusal);
+        ManagerSite site(rights);
+        const std::unique_ptr<NebraSecurityManager> manager = loggedInManager();
+        QVERIFY(manager);
+        QString error;
+        const std::optional<DocumentWriter> writer = manager->DocumentWriters()(&error);
+        QVERIFY2(writer, qPrintable(error));
+        QList<qint64> sequences;
+        QVERIFY(writer->record({change(DocumentEvent::ChangedOutside, "v2")}, &sequences, &error));
+        const qsizetype entries = site.auditTexts().size();
+
+        const AuditAppendResult result = manager->AcceptDocumentChange(fingerprint(Protocol, "v2"), reason);
+        QCOMPARE(result.error, refusal);
+        QCOMPARE(result.sequence > 0, refusal.isEmpty());
+        QHash<QString, DocumentRecord> records;
+        QVERIFY(writer->records(&records, &error));
+        const DocumentRecord newest = records.value(Protocol);
+        // Accepted, the history keeps both: the change seen and its acceptance.
+        const QStringList texts = site.auditTexts();
+        QCOMPARE(texts.size(), entries + (refusal.isEmpty() ? 1 : 0));
+        QCOMPARE(newest.event, refusal.isEmpty() ? DocumentEvent::Accepted : DocumentEvent::ChangedOutside);
+        QCOMPARE(DocumentEntries::stateOf(newest),
+                 refusal.isEmpty() ? RecordState::Recorded : RecordState::ChangedOutside);
+        if (refusal.isEmpty())
+            QVERIFY(texts.constLast().endsWith(QLatin1String(" reason: Corrected a typing error")));
     }
 };
 

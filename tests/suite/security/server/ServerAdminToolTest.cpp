@@ -32,12 +32,6 @@ class ServerAdminToolTest : public QObject
         return {"--backend",         "postgresql", "--server", m_server.socketFolder(),
                 "--server-database", database};
     }
-    test::AdminToolCases casesOn(const QString& database)
-    {
-        return test::AdminToolCases([=, this](const QStringList& a, const QByteArray& input) {
-            return run(a + on(database), input);
-        });
-    }
     std::unique_ptr<ServerConnection> connectTo(const QString& database, const QString& role)
     {
         return test::PostgresServer::connect(m_server.settingsFor(role, database));
@@ -56,17 +50,14 @@ private Q_SLOTS:
     // the other waits and finds it made; every change is applied once.
     void twoCreatesAtOnce()
     {
-        const QStringList create{"create", "--per-user"};
-        QList<std::shared_ptr<QProcess>> racers;
-        for (int i = 0; i < 2; ++i) {
-            racers.append(std::make_shared<QProcess>());
-            racers.last()->start(QStringLiteral(SECADMIN),
-                                 create + on("raced") +
-                                     QStringList{"--server-user", test::PostgresServer::Superuser});
-        }
-        for (const std::shared_ptr<QProcess>& racer : racers) {
-            QVERIFY(racer->waitForFinished(60000));
-            QVERIFY2(racer->exitCode() == 0, racer->readAllStandardError().constData());
+        QProcess racers[2];
+        for (QProcess& racer : racers)
+            racer.start(QStringLiteral(SECADMIN),
+                        QStringList{"create", "--per-user"} + on("raced") +
+                            QStringList{"--server-user", test::PostgresServer::Superuser});
+        for (QProcess& racer : racers) {
+            QVERIFY(racer.waitForFinished(60000));
+            QVERIFY2(racer.exitCode() == 0, racer.readAllStandardError().constData());
         }
         const std::unique_ptr<ServerConnection> owner = connectTo("raced", test::PostgresServer::Superuser);
         const QString migrations = QString::number(ServerSchema::migrations().size());
@@ -102,12 +93,9 @@ private Q_SLOTS:
 
         QCOMPARE(run(QStringList{"verify"} + server).exitCode, 0);
         QCOMPARE(run(QStringList{"verify", "--backend", "sqlite"} + embedded).exitCode, 0);
-        QString error;
-        const std::unique_ptr<ServerConnection> owner =
-            connectTo("migrated", test::PostgresServer::Superuser);
-        QCOMPARE(
-            test::column(*owner, "SELECT text FROM nebra.audit_trail ORDER BY seq LIMIT ?", {before.size()}),
-            before);
+        QCOMPARE(test::column(*connectTo("migrated", test::PostgresServer::Superuser),
+                              "SELECT text FROM nebra.audit_trail ORDER BY seq LIMIT ?", {before.size()}),
+                 before);
 
         QCOMPARE(run(QStringList{"reset-password", "jsmith"} + server, "battery staple\n").exitCode, 0);
         const std::unique_ptr<ServerConnection> client = connectTo("migrated", ServerSettings::ClientRole);
@@ -115,6 +103,7 @@ private Q_SLOTS:
         const ServerLogIn in = session.logIn("jsmith", SecretBytes("battery staple"));
         QCOMPARE(in.status, LogInStatus::Success);
         QVERIFY(in.mustChangePassword);
+        QString error;
         QCOMPARE(session.isAllowed(in.token, "Reader", "Run", &error), std::optional<bool>(true));
     }
 
@@ -134,14 +123,14 @@ private Q_SLOTS:
         QCOMPARE(system.value("Security/Backend", {}).toString(), "postgresql");
         QCOMPARE(system.value("Security/Server", {}).toString(), m_server.socketFolder());
         QCOMPARE(system.value("Security/ServerUser", {}).toString(), ServerSettings::ClientRole);
-        const QString database = ServerSettings::DefaultDatabase;
         const test::AdminToolCases cases(
             [this](const QStringList& a, const QByteArray& input) { return run(a, input); });
         cases.administersUsersAndRights();
         cases.anchorIsCheckedByVerify();
         // An entry a workstation wrote, which a spreadsheet would take for a formula.
         QCOMPARE(cases.run({"add-user", "pjones"}, "battery staple\n").exitCode, 0);
-        const std::unique_ptr<ServerConnection> client = connectTo(database, ServerSettings::ClientRole);
+        const std::unique_ptr<ServerConnection> client =
+            connectTo(ServerSettings::DefaultDatabase, ServerSettings::ClientRole);
         ServerSession session(*client, "pc");
         const ServerLogIn in = session.logIn("pjones", SecretBytes("battery staple"));
         QCOMPARE(in.status, LogInStatus::Success);
@@ -159,8 +148,7 @@ private Q_SLOTS:
         const ServerLogIn signer = session.logIn("jsmith", SecretBytes("correct horse"));
         QCOMPARE(signer.status, LogInStatus::Success);
         cases.signaturesTellWhetherTheDocumentStillMatches(m_folders.root(), [&](const DocumentSignature& s) {
-            const SignResult result = session.sign(signer.token, SecretBytes("correct horse"), s);
-            return result.signature;
+            return session.sign(signer.token, SecretBytes("correct horse"), s).signature;
         });
     }
 
@@ -169,7 +157,8 @@ private Q_SLOTS:
     void resealHeadAfterEntriesWereRemoved()
     {
         const QString database = "resealed";
-        const test::AdminToolCases cases = casesOn(database);
+        const test::AdminToolCases cases(
+            [&](const QStringList& a, const QByteArray& input) { return run(a + on(database), input); });
         QCOMPARE(cases.run({"create", "--per-user"}).exitCode, 0);
         for (const char* role : {"A", "B", "C"})
             QCOMPARE(cases.run({"add-role", role}).exitCode, 0);

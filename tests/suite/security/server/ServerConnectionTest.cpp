@@ -6,12 +6,12 @@
 
 #include "ServerConnection.h"
 #include "PostgresServer.h"
+#include "SecondProcess.h"
 #include "SecuritySettings.h"
 #include "SettingsStore.h"
 #include "TestFiles.h"
 #include "UserFolders.h"
 
-#include <QProcess>
 #include <QTcpServer>
 #include <QtTest>
 
@@ -26,15 +26,11 @@ class ServerConnectionTest : public QObject
     // Runs openssl in the certificates' folder; false (with the reason logged) when it fails.
     bool openssl(const QStringList& arguments)
     {
-        QProcess process;
-        process.setWorkingDirectory(m_certificates.path());
-        process.setProcessChannelMode(QProcess::MergedChannels);
-        process.start("openssl", arguments);
-        if (process.waitForFinished(30000) && process.exitCode() == 0)
-            return true;
-        qWarning("openssl %s: %s", qPrintable(arguments.join(QLatin1Char(' '))),
-                 process.readAll().constData());
-        return false;
+        const test::ProcessRun run =
+            test::runProgram("openssl", arguments, {}, {"env", "-C", m_certificates.path()});
+        if (run.exitCode != 0)
+            qWarning("openssl %s: %s", qPrintable(arguments.join(QLatin1Char(' '))), qPrintable(run.err));
+        return run.exitCode == 0;
     }
     // A key and a certificate signed by the authority ca ("" for one that signs itself).
     bool certificate(const QString& name, const QString& subject, const QString& ca)
@@ -49,33 +45,6 @@ class ServerConnectionTest : public QObject
                        QStringList{name + ".csr", "-CA", ca + ".crt", "-CAkey", ca + ".key", "-out",
                                    name + ".crt"});
     }
-    // The server's own files: readable by its id, the key by nobody else.
-    bool handToServer(const QString& name, QFileDevice::Permissions permissions)
-    {
-        const QString path = m_certificates.filePath(name);
-        return QFile::setPermissions(path, permissions) &&
-               (::geteuid() != 0 || ::chown(qPrintable(path), test::PostgresServer::ServerUid,
-                                            test::PostgresServer::ServerGid) == 0);
-    }
-    static int freePort()
-    {
-        QTcpServer probe;
-        return probe.listen(QHostAddress::LocalHost) ? probe.serverPort() : 0;
-    }
-    // The administrator's system-wide file for a workstation across the network,
-    // which leaves the TLS mode to its default.
-    void writeSystemFile(const QString& host, const QString& rootCertificate)
-    {
-        test::writeFile(m_folders.systemSettingsFile(),
-                        QStringLiteral("[Settings]\nSecurityConfigured=true\n[Security]\nBackend=postgresql\n"
-                                       "Server=%1\nServerPort=%2\nServerDatabase=postgres\nServerUser=%3\n"
-                                       "ServerSslRootCert=%4\n")
-                            .arg(host)
-                            .arg(m_port)
-                            .arg(test::PostgresServer::Superuser, rootCertificate)
-                            .toUtf8());
-    }
-
     QTemporaryDir m_certificates;
     test::UserFolders m_folders;
     std::unique_ptr<test::PostgresServer> m_server;
@@ -97,11 +66,20 @@ private Q_SLOTS:
         // TCP with TLS only: no "host" line, which would take plain connections as well.
         test::writeFile(m_certificates.filePath("pg_hba.conf"),
                         "local all all trust\nhostssl all all 127.0.0.1/32 trust\n");
-        QVERIFY(handToServer("server.key", QFileDevice::ReadOwner));
-        QVERIFY(handToServer("server.crt", QFileDevice::ReadOwner | QFileDevice::ReadOther));
-        QVERIFY(handToServer("pg_hba.conf", QFileDevice::ReadOwner));
-        m_port = freePort();
-        QVERIFY(m_port > 0);
+        // The server's own files: readable by its id, the key by nobody else.
+        for (const auto& [name, permissions] :
+             {std::pair{"server.key", QFileDevice::Permissions(QFileDevice::ReadOwner)},
+              std::pair{"pg_hba.conf", QFileDevice::Permissions(QFileDevice::ReadOwner)},
+              std::pair{"server.crt", QFileDevice::ReadOwner | QFileDevice::ReadOther}}) {
+            const QString path = m_certificates.filePath(name);
+            QVERIFY(QFile::setPermissions(path, permissions));
+            QVERIFY(::geteuid() != 0 || ::chown(qPrintable(path), test::PostgresServer::ServerUid,
+                                                test::PostgresServer::ServerGid) == 0);
+        }
+        QTcpServer probe; // a free port
+        QVERIFY(probe.listen(QHostAddress::LocalHost));
+        m_port = probe.serverPort();
+        probe.close();
         m_server = std::make_unique<test::PostgresServer>(
             test::PostgresServer::Durability::Fast,
             test::PostgresServer::Tls{m_certificates.filePath("server.crt"),
@@ -129,9 +107,17 @@ private Q_SLOTS:
         QFETCH(QString, host);
         QFETCH(QString, authority);
         QFETCH(QString, refusal);
-        writeSystemFile(host, m_certificates.filePath(authority));
-        SettingsStore store;
-        const SecuritySettings settings = SecuritySettings::fromStore(store, {});
+        // The administrator's file for a workstation across the network, which leaves the TLS mode to its
+        // default.
+        test::writeFile(m_folders.systemSettingsFile(),
+                        QStringLiteral("[Settings]\nSecurityConfigured=true\n[Security]\nBackend=postgresql\n"
+                                       "Server=%1\nServerPort=%2\nServerDatabase=postgres\nServerUser=%3\n"
+                                       "ServerSslRootCert=%4\n")
+                            .arg(host)
+                            .arg(m_port)
+                            .arg(test::PostgresServer::Superuser, m_certificates.filePath(authority))
+                            .toUtf8());
+        const SecuritySettings settings = SecuritySettings::fromStore(SettingsStore(), {});
         QVERIFY2(settings.policyError.isEmpty(), qPrintable(settings.policyError));
         QCOMPARE(settings.server.sslRootCert, m_certificates.filePath(authority));
         QString error;
@@ -144,11 +130,8 @@ private Q_SLOTS:
             return;
         }
         QVERIFY2(connection, qPrintable(error));
-        ServerResult q;
-        QVERIFY2(connection->exec(q, "SELECT ssl FROM pg_stat_ssl WHERE pid = pg_backend_pid()", {}, &error),
-                 qPrintable(error));
-        QVERIFY(q.next());
-        QVERIFY(q.value(0).toBool());
+        QCOMPARE(test::column(*connection, "SELECT ssl FROM pg_stat_ssl WHERE pid = pg_backend_pid()"),
+                 QStringList{"true"});
     }
 };
 

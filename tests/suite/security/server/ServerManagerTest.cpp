@@ -8,6 +8,7 @@
 #include "MessageRecorder.h"
 #include "NebraSecurityManager.h"
 #include "ServerSecurityBackend.h"
+#include "TestFiles.h"
 
 #include <QtTest>
 
@@ -22,10 +23,9 @@ private Q_SLOTS:
     void unreachableServerMeansNoManager()
     {
         UserFolders folders;
-        SettingsStore system(folders.systemSettingsFile());
-        QVERIFY(system.setValue("Settings/SecurityConfigured", "true"));
-        QVERIFY(system.setValue("Security/Backend", "postgresql"));
-        QVERIFY(system.setValue("Security/Server", folders.root() + "/no-server"));
+        writeFile(folders.systemSettingsFile(),
+                  "[Settings]\nSecurityConfigured=true\n[Security]\nBackend=postgresql\nServer=" +
+                      QFile::encodeName(folders.root()) + "/no-server\n");
         QString error;
         QVERIFY(!NebraSecurityManager::create(SettingsStore(), {}, &error));
         QVERIFY2(error.startsWith(QLatin1String("The security server cannot be reached")), qPrintable(error));

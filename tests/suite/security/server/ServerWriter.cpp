@@ -25,37 +25,12 @@ int fail(int code, const char* what, const QString& why)
     return code;
 }
 
-// One session's log-in, entries and log-out; 0, or the exit code of its failure.
-int oneSession(ServerSession& session, const QString& user, const QString& password)
-{
-    const ServerLogIn in = session.logIn(user, SecretBytes(password.toUtf8()));
-    if (in.status != LogInStatus::Success)
-        return fail(1, "log-in", QString::number(int(in.status)) + QLatin1Char(' ') + in.error);
-    std::printf("L\n");
-    QString error;
-    for (int i = 0; i < 3; ++i) {
-        const qint64 sequence = session.record(
-            in.token, "Reader", QStringLiteral("Plate read by %1").arg(QCoreApplication::applicationPid()),
-            &error);
-        if (sequence == 0)
-            return fail(1, "record", error);
-        std::printf("R %lld\n", static_cast<long long>(sequence));
-    }
-    if (!session.logOut(in.token, "Log out", &error))
-        return fail(1, "log-out", error);
-    std::printf("O\n");
-    std::fflush(stdout);
-    return 0;
-}
-
 } // namespace
 
 int main(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
     const QStringList args = QCoreApplication::arguments();
-    if (args.size() != 6)
-        return fail(2, "usage", "server-writer SOCKET_FOLDER DATABASE USER PASSWORD MILLISECONDS");
     ServerSettings settings;
     settings.host = args[1];
     settings.database = args[2];
@@ -67,8 +42,23 @@ int main(int argc, char** argv)
                           QStringLiteral("workstation-%1").arg(QCoreApplication::applicationPid()));
     QElapsedTimer clock;
     clock.start();
-    while (clock.elapsed() < args[5].toLongLong())
-        if (const int code = oneSession(session, args[3], args[4]))
-            return code;
+    while (clock.elapsed() < args[5].toLongLong()) {
+        const ServerLogIn in = session.logIn(args[3], SecretBytes(args[4].toUtf8()));
+        if (in.status != LogInStatus::Success)
+            return fail(1, "log-in", QString::number(int(in.status)) + QLatin1Char(' ') + in.error);
+        std::printf("L\n");
+        for (int i = 0; i < 3; ++i) {
+            const qint64 sequence = session.record(
+                in.token, "Reader",
+                QStringLiteral("Plate read by %1").arg(QCoreApplication::applicationPid()), &error);
+            if (sequence == 0)
+                return fail(1, "record", error);
+            std::printf("R %lld\n", static_cast<long long>(sequence));
+        }
+        if (!session.logOut(in.token, "Log out", &error))
+            return fail(1, "log-out", error);
+        std::printf("O\n");
+        std::fflush(stdout);
+    }
     return 0;
 }
