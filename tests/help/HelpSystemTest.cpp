@@ -109,34 +109,23 @@ private slots:
         QCOMPARE(f.shownPage(), HelpTopics::contentsUrl());
     }
 
-    void closeHelpIfOpen_data()
-    {
-        QTest::addColumn<bool>("open");
-        QTest::addColumn<bool>("userClosed");
-        // clang-format off
-        QTest::newRow("shown") << true << false;
-        QTest::newRow("closed by the user") << true << true;
-        QTest::newRow("never opened") << false << false;
-        // clang-format on
-    }
-
+    // Closing help says whether it was shown; a window the user closed is
+    // kept, and showing help again reuses it.
     void closeHelpIfOpen()
     {
-        QFETCH(bool, open);
-        QFETCH(bool, userClosed);
         Fixture f;
-        if (open)
-            f.help.DisplayeHelpTOC();
-        if (userClosed)
-            QVERIFY(f.window->close());
-        const bool wasShown = open && !userClosed;
-        QCOMPARE(f.help.CloseHelpIfOpen(), wasShown);
+        QVERIFY(!f.help.CloseHelpIfOpen());
         QVERIFY(!f.help.IsDisplayingHelp());
-        QCOMPARE(f.help.CloseHelpIfOpen(), false);
-        if (!f.window)
-            return;
-        QVERIFY(!f.window->isVisible());
-        // The window closed is kept: showing help again reuses it.
+        QVERIFY(!f.window);
+        for (const bool userClosed : {true, false}) {
+            f.help.DisplayeHelpTOC();
+            if (userClosed)
+                QVERIFY(f.window->close());
+            QCOMPARE(f.help.CloseHelpIfOpen(), !userClosed);
+            QVERIFY(!f.help.IsDisplayingHelp());
+            QCOMPARE(f.help.CloseHelpIfOpen(), false);
+            QVERIFY(!f.window->isVisible());
+        }
         HelpWindow* first = f.window;
         f.help.DisplayHelpContext(HelpTopics::Options);
         QCOMPARE(f.window, first);
@@ -144,39 +133,29 @@ private slots:
         QCOMPARE(f.shownPage(), HelpTopics::pageUrl(HelpTopics::Options));
     }
 
-    void aBadHelpFileIsReportedOncePerRequest_data()
-    {
-        QTest::addColumn<bool>("exists");
-        QTest::addColumn<QByteArray>("content");
-        QTest::addColumn<QString>("words");
-        // clang-format off
-        QTest::newRow("missing") << false << QByteArray() << "is missing";
-        QTest::newRow("not a collection") << true << QByteArray("not a help file\n") << "is damaged";
-        // clang-format on
-    }
-
     void aBadHelpFileIsReportedOncePerRequest()
     {
-        QFETCH(bool, exists);
-        QFETCH(QByteArray, content);
-        QFETCH(QString, words);
         MessageRecorder messages;
         QTemporaryDir dir;
-        const QString file = dir.filePath("organiser.qhc");
-        if (exists)
-            nebra::test::writeFile(file, content);
-        Fixture f(file);
-        f.help.DisplayHelpContext(HelpTopics::Reports);
-        QCOMPARE(messages.count(), 1);
-        QVERIFY2(messages.last().text.contains('"' + file + "\" " + words), qPrintable(messages.last().text));
-        QCOMPARE(messages.last().icon, MessageIcon::Warning);
-        QCOMPARE(messages.last().buttons, int(MessageButton::Ok));
-        QVERIFY(!f.help.IsDisplayingHelp());
-        QVERIFY(!f.help.CloseHelpIfOpen());
+        const QString damaged = dir.filePath("damaged.qhc");
+        nebra::test::writeFile(damaged, "not a help file\n");
+        for (const auto& [file, words] :
+             {std::pair(dir.filePath("missing.qhc"), "is missing"), std::pair(damaged, "is damaged")}) {
+            messages.clear();
+            Fixture f(file);
+            f.help.DisplayHelpContext(HelpTopics::Reports);
+            QCOMPARE(messages.count(), 1);
+            QVERIFY2(messages.last().text.contains('"' + file + "\" " + words),
+                     qPrintable(messages.last().text));
+            QCOMPARE(messages.last().icon, MessageIcon::Warning);
+            QCOMPARE(messages.last().buttons, int(MessageButton::Ok));
+            QVERIFY(!f.help.IsDisplayingHelp());
+            QVERIFY(!f.help.CloseHelpIfOpen());
 
-        f.help.ShowContextHelp();
-        QCOMPARE(messages.count(), 2);
-        QVERIFY(!f.help.IsDisplayingHelp());
+            f.help.ShowContextHelp();
+            QCOMPARE(messages.count(), 2);
+            QVERIFY(!f.help.IsDisplayingHelp());
+        }
     }
 };
 

@@ -14,6 +14,8 @@
 #include <QDesktopServices>
 #include <QTest>
 
+#include <tuple>
+
 using namespace nebra;
 using namespace nebra::test;
 
@@ -85,31 +87,25 @@ private Q_SLOTS:
     // Every help command reaches its page in the help window, which goes with the program. (The
     // tree's Help button runs the same command: CommandDispatcherTest; the page of each folder:
     // HelpSystemTest.)
-    void helpCommandsOpenTheirPages_data()
-    {
-        QTest::addColumn<QString>("command");
-        QTest::addColumn<DocumentType>("folder"); // the kind of folder selected first
-        QTest::addColumn<QString>("page");
-        // clang-format off
-        QTest::newRow("F1 on Reports") << "ID_HelpContext" << DocumentType::Reports << "reports.html";
-        QTest::newRow("Getting Started") << "ID_GettingStarted" << DocumentType::Protocols << "getting-started.html";
-        QTest::newRow("Contents and Index") << "ID_ContentsIndex" << DocumentType::Results << "index.html";
-        // clang-format on
-    }
-
     void helpCommandsOpenTheirPages()
     {
-        QFETCH(QString, command);
-        QFETCH(DocumentType, folder);
-        QFETCH(QString, page);
         LoadedOrganiser site;
         MainWindow& window = site.load();
-        part<FolderTreeControl>(window).setCurrentNode(branch(window, folder));
-        QVERIFY(part<ToolBarsControl>(window).isToolEnabled(command));
-        part<ToolBarsControl>(window).action(command)->trigger();
-        HelpWindow* help = shownWindow<HelpWindow>();
-        QVERIFY(help);
-        QCOMPARE(help->browser().source(), HelpTopics::guideUrl(page));
+        // The command, the kind of folder selected first and the page.
+        // clang-format off
+        const QList<std::tuple<QString, DocumentType, QString>> rows{
+            {"ID_HelpContext", DocumentType::Reports, "reports.html"},
+            {"ID_GettingStarted", DocumentType::Protocols, "getting-started.html"},
+            {"ID_ContentsIndex", DocumentType::Results, "index.html"}};
+        // clang-format on
+        for (const auto& [command, folder, page] : rows) {
+            part<FolderTreeControl>(window).setCurrentNode(branch(window, folder));
+            QVERIFY2(part<ToolBarsControl>(window).isToolEnabled(command), qPrintable(command));
+            part<ToolBarsControl>(window).action(command)->trigger();
+            HelpWindow* help = shownWindow<HelpWindow>();
+            QVERIFY2(help, qPrintable(command));
+            QCOMPARE(help->browser().source(), HelpTopics::guideUrl(page));
+        }
         QCOMPARE(site.messages.count(), 0);
         window.close(); // the help window goes with the program (at a forced log-out: SecuritySessionTest)
         QVERIFY(!shownWindow<HelpWindow>());
