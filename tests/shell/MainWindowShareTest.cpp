@@ -75,7 +75,9 @@ class MainWindowShareTest : public QObject
 
 private Q_SLOTS:
     // Which change becomes which node is ShellNotificationsTest's; here the
-    // window's tree and list follow the shown folder's removal, and stop at shutdown.
+    // window's tree and list follow the shown folder's removal, and stop at
+    // shutdown. A data folder moved away and back is a branch again, and its
+    // shortcut leads to it.
     void treeFollowsTheDisk()
     {
         LoadedOrganiser site;
@@ -85,11 +87,21 @@ private Q_SLOTS:
         MainWindow& window = site.load();
         QVERIFY(part<ShellNotifications>(window).isActive());
         FolderTreeControl& tree = part<FolderTreeControl>(window);
+        const FolderNode protocols = branch(tree, DocumentType::Protocols);
+        runScript(site.doc({}), QStringLiteral("mv Results Away"));
+        QTRY_VERIFY_WITH_TIMEOUT(!branch(tree, DocumentType::Results).isValid(), FollowedMs);
+        runScript(site.doc({}), QStringLiteral("mv Away Results"));
+        QTRY_VERIFY_WITH_TIMEOUT(tree.nodes().findFolderPath(results + QStringLiteral("/Run1")).isValid(),
+                                 FollowedMs);
+        const FolderNode back = branch(tree, DocumentType::Results);
+        QCOMPARE(tree.nodes().indexOf(back).row(), tree.nodes().indexOf(protocols).row() + 1);
+        Q_EMIT part<ShortcutsBar>(window).itemClicked(QString::number(toData(DocumentType::Results)));
+        QCOMPARE(tree.currentNode(), back);
+
         tree.setCurrentNode(branch(tree, DocumentType::Results).child(0));
         FileListControl& list = part<FileListControl>(window);
         QVERIFY(waitForListing(list));
         QCOMPARE(list.itemCount(), 2);
-
         runScript(results, QStringLiteral("rm -r Run1"));
         QTRY_VERIFY_WITH_TIMEOUT(!tree.nodes().findFolderPath(results + QStringLiteral("/Run1")).isValid(),
                                  FollowedMs);
@@ -102,25 +114,6 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(!part<ShellNotifications>(window).isActive(), FollowedMs);
     }
 
-    // A data folder moved away and back is a branch again, and its shortcut leads to it.
-    void aDataFolderMovedAwayAndBackComesBack()
-    {
-        LoadedOrganiser site;
-        const QString results = site.doc(QStringLiteral("Results"));
-        makeFolder(results + QStringLiteral("/Run1"));
-        MainWindow& window = site.load();
-        FolderTreeControl& tree = part<FolderTreeControl>(window);
-        const FolderNode protocols = branch(tree, DocumentType::Protocols);
-        runScript(site.doc({}), QStringLiteral("mv Results Away"));
-        QTRY_VERIFY_WITH_TIMEOUT(!branch(tree, DocumentType::Results).isValid(), FollowedMs);
-        runScript(site.doc({}), QStringLiteral("mv Away Results"));
-        QTRY_VERIFY_WITH_TIMEOUT(tree.nodes().findFolderPath(results + QStringLiteral("/Run1")).isValid(),
-                                 FollowedMs);
-        const FolderNode back = branch(tree, DocumentType::Results);
-        QCOMPARE(tree.nodes().indexOf(back).row(), tree.nodes().indexOf(protocols).row() + 1);
-        Q_EMIT part<ShortcutsBar>(window).itemClicked(QString::number(toData(DocumentType::Results)));
-        QCOMPARE(tree.currentNode(), back);
-    }
     // Another workstation's folder and document appear within the poll
     // interval; a frozen server leaves the window answering commands, and
     // the list fills in when the server answers again.

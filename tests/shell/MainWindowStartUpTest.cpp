@@ -210,31 +210,22 @@ private Q_SLOTS:
         QVERIFY(!site.stored(QStringLiteral("Settings/ExplorerModeFlag")).isValid());
     }
 
-    void exitStoresTheTreeModeThroughTheNormalShutdown_data()
-    {
-        using Mode = FolderTreeControl::DisplayMode;
-        QTest::addColumn<Mode>("mode");
-        QTest::addColumn<QString>("stored");
-        // clang-format off
-        QTest::newRow("explorer mode") << Mode::Explorer << QStringLiteral("true");
-        QTest::newRow("tree mode") << Mode::Compact << QStringLiteral("false");
-        // clang-format on
-    }
-
+    // Exit stores the tree's mode through the normal shutdown; the next start shows it.
     void exitStoresTheTreeModeThroughTheNormalShutdown()
     {
-        QFETCH(FolderTreeControl::DisplayMode, mode);
-        QFETCH(QString, stored);
+        using Mode = FolderTreeControl::DisplayMode;
         LoadedOrganiser site;
-        {
-            MainWindow& window = site.load();
-            part<FolderTreeControl>(window).setDisplayMode(mode);
-            tool(window, CommandId::Exit).trigger();
-            QVERIFY(!window.isVisible());
-            QCOMPARE(site.stored(QStringLiteral("Settings/ExplorerModeFlag")).toString(), stored);
+        MainWindow* window = &site.load();
+        for (const auto& [mode, stored] :
+             {std::pair(Mode::Explorer, "true"), std::pair(Mode::Compact, "false")}) {
+            part<FolderTreeControl>(*window).setDisplayMode(mode);
+            tool(*window, CommandId::Exit).trigger();
+            QVERIFY(!window->isVisible());
+            QCOMPARE(site.stored(QStringLiteral("Settings/ExplorerModeFlag")).toString(),
+                     QLatin1String(stored));
+            window = &site.load();
+            QCOMPARE(part<FolderTreeControl>(*window).displayMode(), mode);
         }
-        // The next start shows the stored mode.
-        QCOMPARE(part<FolderTreeControl>(site.load()).displayMode(), mode);
     }
 
     // Spaced buttons (flag 32) put blanks where the separators and Help were.
@@ -344,19 +335,13 @@ private Q_SLOTS:
         QCOMPARE(site.stored(QStringLiteral("Paths/ParentDirectory")).toString(), site.other);
         QCOMPARE(site.stored(QStringLiteral("Settings/CurrentHLD")).toInt(), 2);
 
-        MainWindow& restarted = site.load();
-        QVERIFY(part<ShortcutsBar>(restarted).isHidden());
-        QVERIFY(restarted.findChild<QWidget*>(QStringLiteral("previewArea"))->isHidden());
-        QVERIFY(part<FolderTreeControl>(restarted).isVisible());
-        restarted.close();
-    }
-
-    // The resize rule on a real window: the panes follow the window above
-    // the thresholds, keep their size below them and when minimised.
-    void thePanesFollowTheWindowAboveTheThresholds()
-    {
-        TwoParents site;
         MainWindow& window = site.load();
+        QVERIFY(part<ShortcutsBar>(window).isHidden());
+        QVERIFY(window.findChild<QWidget*>(QStringLiteral("previewArea"))->isHidden());
+        QVERIFY(part<FolderTreeControl>(window).isVisible());
+
+        // The resize rule on a real window: the panes follow the window above
+        // the thresholds, keep their size below them and when minimised.
         // The first change of state after loading is taken back, the second one holds.
         window.showNormal();
         window.showNormal();
