@@ -55,7 +55,7 @@ class HelpSystemTest : public QObject
 
 private slots:
     // Every type of the table shows its help topic's page; which page that is
-    // is the table's, and that the page is written, everyTopicShowsItsOwnPage's.
+    // is the table's, and that the page is written, the test of every topic's.
     void contextHelpFollowsTheDocumentType_data()
     {
         QTest::addColumn<int>("kind");
@@ -86,32 +86,11 @@ private slots:
         QCOMPARE(f.window->navigation().currentIndex(), int(HelpWindow::ContentsPane));
     }
 
-    // Each topic's page is a written page of the guide with its own title; a
-    // topic without a page shows the contents.
-    void everyTopicShowsItsOwnPage()
-    {
-        Fixture f;
-        QSet<QString> titles;
-        for (const HelpTopics::Entry& entry : HelpTopics::all()) {
-            f.help.DisplayHelpContext(entry.topic);
-            QVERIFY2(f.help.IsDisplayingHelp(), entry.page);
-            QCOMPARE(f.shownPage(), HelpTopics::pageUrl(entry.topic));
-            const QString title = f.window->browser().documentTitle();
-            QVERIFY2(!title.isEmpty() && !titles.contains(title), entry.page);
-            titles.insert(title);
-            QVERIFY2(f.window->browser().toPlainText().size() > 600, entry.page);
-            // The guide's style sheet reached the page: its heading has the guide's colour.
-            const QTextCharFormat heading =
-                f.window->browser().document()->begin().begin().fragment().charFormat();
-            QVERIFY2(heading.foreground().color() == QColor(0x1f, 0x4e, 0x79), entry.page);
-        }
-        f.help.DisplayHelpContext(1234);
-        QCOMPARE(f.shownPage(), HelpTopics::contentsUrl());
-    }
-
     // Closing help says whether it was shown; a window the user closed is
-    // kept, and showing help again reuses it.
-    void closeHelpIfOpen()
+    // kept, and showing help again reuses it. Each topic's page is a written
+    // page of the guide with its own title; a topic without a page shows the
+    // contents.
+    void closeHelpIfOpenAndEveryTopicShowsItsOwnPage()
     {
         Fixture f;
         QVERIFY(!f.help.CloseHelpIfOpen());
@@ -131,6 +110,23 @@ private slots:
         QCOMPARE(f.window, first);
         QVERIFY(f.help.IsDisplayingHelp());
         QCOMPARE(f.shownPage(), HelpTopics::pageUrl(HelpTopics::Options));
+
+        QSet<QString> titles;
+        for (const HelpTopics::Entry& entry : HelpTopics::all()) {
+            f.help.DisplayHelpContext(entry.topic);
+            QVERIFY2(f.help.IsDisplayingHelp(), entry.page);
+            QCOMPARE(f.shownPage(), HelpTopics::pageUrl(entry.topic));
+            const QString title = f.window->browser().documentTitle();
+            QVERIFY2(!title.isEmpty() && !titles.contains(title), entry.page);
+            titles.insert(title);
+            QVERIFY2(f.window->browser().toPlainText().size() > 600, entry.page);
+            // The guide's style sheet reached the page: its heading has the guide's colour.
+            const QTextCharFormat heading =
+                f.window->browser().document()->begin().begin().fragment().charFormat();
+            QVERIFY2(heading.foreground().color() == QColor(0x1f, 0x4e, 0x79), entry.page);
+        }
+        f.help.DisplayHelpContext(1234);
+        QCOMPARE(f.shownPage(), HelpTopics::contentsUrl());
     }
 
     void aBadHelpFileIsReportedOncePerRequest()

@@ -101,9 +101,17 @@ private Q_SLOTS:
         QCOMPARE(f.files(f.paths.ResultsFolder() + "/QC Example"), QStringList{"qc.ars"});
     }
 
+    // Every subfolder is checked; without examples the tree is made silently.
     void withoutExamplesTheTreeIsMadeSilentlyAndBadDriverNamesAreSkipped()
     {
         Fixture f;
+        const QString candidate = f.dir.filePath("Candidate");
+        for (const QString& kind : Kinds) {
+            QVERIFY(!f.folders().AreAllSubfoldersPresent(candidate));
+            QVERIFY(QDir().mkpath(candidate + "/My Assays/" + kind));
+        }
+        QVERIFY(f.folders().AreAllSubfoldersPresent(candidate));
+        QVERIFY(!f.folders().DoAllDataFoldersExist());
         MessageRecorder messages;
         f.setDrivers({QStringLiteral("Good"), QStringLiteral("Bad/Name"), QStringLiteral(".."),
                       QStringLiteral("Also Good")});
@@ -121,18 +129,6 @@ private Q_SLOTS:
         QVERIFY(QDir(skip.paths.ReadConfigurationsFolder()).isEmpty());
     }
 
-    void everySubfolderIsChecked()
-    {
-        Fixture f;
-        const QString candidate = f.dir.filePath("Candidate");
-        for (const QString& kind : Kinds) {
-            QVERIFY(!f.folders().AreAllSubfoldersPresent(candidate));
-            QVERIFY(QDir().mkpath(candidate + "/My Assays/" + kind));
-        }
-        QVERIFY(f.folders().AreAllSubfoldersPresent(candidate));
-        QVERIFY(!f.folders().DoAllDataFoldersExist());
-    }
-
     // A typed parent directory is checked, asked about and applied; what the
     // file system could never hold or would refuse to make is refused before
     // anything is made. A refused or unchanged one leaves the settings file untouched.
@@ -143,17 +139,12 @@ private Q_SLOTS:
         QTest::addColumn<int>("answer");
         QTest::addColumn<QString>("parentAfter"); // below the test's folder
         QTest::addColumn<QString>("message");     // the one box shown, or none
-        const QString invalid = QStringLiteral("The specified parent directory path is invalid.\r\n"
-                                               "Either it contains illegal characters or\r\n"
-                                               "a multiple level directory structure needs to be created.");
         const QString missing =
             QStringLiteral("The specified parent directory for data files does not exist.\r\n"
                            "Would you like it and its subfolders to be created now?");
         const QString incomplete = QStringLiteral("The specified parent directory has one or more missing "
                                                   "subfolders.\r\nWould you like them to be created now?");
         const QString tooLong = QStringLiteral("The specified parent directory path is too long.");
-        const QString cannotCreate = QStringLiteral("The specified parent directory cannot be created:\r\n"
-                                                    "the folder it belongs in cannot be written to.");
         QStringList complete;
         for (const QString& kind : Kinds)
             complete << QStringLiteral("parent/My Assays/") + kind;
@@ -162,7 +153,7 @@ private Q_SLOTS:
         const int no = MessageButton::No;
         // clang-format off
         QTest::newRow("blanks and one separator") << " %1/Parent/ " << none << 0 << "Parent" << "";
-        QTest::newRow("two missing levels") << "%1/New/Deeper" << none << 0 << "Parent" << invalid;
+        QTest::newRow("two missing levels") << "%1/New/Deeper" << none << 0 << "Parent" << "The specified parent directory path is invalid.\r\nEither it contains illegal characters or\r\na multiple level directory structure needs to be created.";
         QTest::newRow("new, yes") << "%1/Fresh" << none << yes << "Fresh" << missing;
         QTest::newRow("new, no") << "%1/Fresh" << none << no << "Parent" << missing;
         QTest::newRow("incomplete, yes") << "%1/Old" << QStringList{"Old/My Assays/Results"} << yes << "Old" << incomplete;
@@ -173,7 +164,7 @@ private Q_SLOTS:
         QTest::newRow("a name too long") << "%1/" + QString(300, 'a') << none << 0 << "Parent" << tooLong;
         QTest::newRow("a path too long") << "%1" + QString("/abcdefghij").repeated(400) << none << 0 << "Parent" << tooLong;
         QTest::newRow("a file") << "%1/notes.txt" << none << 0 << "Parent" << "The specified parent directory is a file, not a folder.";
-        QTest::newRow("new in a read-only folder") << "%1/Locked/New" << none << 0 << "Parent" << cannotCreate;
+        QTest::newRow("new in a read-only folder") << "%1/Locked/New" << none << 0 << "Parent" << "The specified parent directory cannot be created:\r\nthe folder it belongs in cannot be written to.";
         QTest::newRow("read-only, subfolders missing") << "%1/Locked" << none << 0 << "Parent" << ParentDirectoryRules::readOnlySubfoldersText();
         // clang-format on
     }

@@ -321,56 +321,47 @@ private Q_SLOTS:
         QCOMPARE(f.helpTopics, QList<int>{OptionsDialog::HelpTopic});
     }
 
-    // Every control is reached by Tab and heard by its caption, Escape cancels,
-    // Enter confirms and the access keys reach the tabs.
-    void theKeyboardReachesEverything_data()
-    {
-        QTest::addColumn<int>("key");
-        QTest::addColumn<bool>("okPressed");
-        // clang-format off
-        QTest::newRow("Escape") << int(Qt::Key_Escape) << false;
-        QTest::newRow("Enter") << int(Qt::Key_Return) << true;
-        // clang-format on
-    }
-
+    // Every control is reached by Tab and heard by its caption, the access
+    // keys reach the tabs, Escape cancels and Enter confirms.
     void theKeyboardReachesEverything()
     {
-        QFETCH(int, key);
-        QFETCH(bool, okPressed);
         Fixture f;
         f.setDrivers({"Reader One"});
-        const bool ok = f.run([&] {
-            f.dialog.show();
-            QApplication::setActiveWindow(&f.dialog);
-            QVERIFY(QTest::qWaitForWindowActive(&f.dialog));
-            QTest::keyClick(&f.dialog, Qt::Key_R, Qt::AltModifier);
-            QCOMPARE(f.control<QTabWidget>("tabOptions")->currentIndex(), int(OptionsDialog::DriversTab));
-            // Tab from the tab bar through each page in turn reaches every control it shows.
-            auto* tabs = f.control<QTabWidget>("tabOptions");
-            int checked = 0;
-            for (int page = 0; page < tabs->count(); ++page) {
-                tabs->setCurrentIndex(page);
-                verifyAccessibleNames(f.dialog, 4);
-                tabs->tabBar()->setFocus();
-                QSet<QWidget*> reached;
-                for (int i = 0; i < 8; ++i) {
-                    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
-                    reached.insert(QApplication::focusWidget());
-                }
-                for (QWidget* control : f.dialog.findChildren<QWidget*>()) {
-                    if (control->isVisible() && (control->focusPolicy() & Qt::TabFocus) &&
-                        !control->focusProxy()) {
-                        QVERIFY2(reached.contains(control), qPrintable(control->objectName()));
-                        ++checked;
+        for (const auto& [key, okPressed] :
+             {std::pair(Qt::Key_Escape, false), std::pair(Qt::Key_Return, true)}) {
+            const bool ok = f.run([&] {
+                f.dialog.show();
+                QApplication::setActiveWindow(&f.dialog);
+                QVERIFY(QTest::qWaitForWindowActive(&f.dialog));
+                QTest::keyClick(&f.dialog, Qt::Key_R, Qt::AltModifier);
+                QCOMPARE(f.control<QTabWidget>("tabOptions")->currentIndex(), int(OptionsDialog::DriversTab));
+                // Tab from the tab bar through each page in turn reaches every control it shows.
+                auto* tabs = f.control<QTabWidget>("tabOptions");
+                int checked = 0;
+                for (int page = 0; page < tabs->count(); ++page) {
+                    tabs->setCurrentIndex(page);
+                    verifyAccessibleNames(f.dialog, 4);
+                    tabs->tabBar()->setFocus();
+                    QSet<QWidget*> reached;
+                    for (int i = 0; i < 8; ++i) {
+                        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+                        reached.insert(QApplication::focusWidget());
+                    }
+                    for (QWidget* control : f.dialog.findChildren<QWidget*>()) {
+                        if (control->isVisible() && (control->focusPolicy() & Qt::TabFocus) &&
+                            !control->focusProxy()) {
+                            QVERIFY2(reached.contains(control), qPrintable(control->objectName()));
+                            ++checked;
+                        }
                     }
                 }
-            }
-            QVERIFY2(checked >= 10, qPrintable(QString::number(checked))); // each page's and the buttons
-            f.list()->setFocus();
-            QTest::keyClick(f.list(), Qt::Key(key));
-        });
-        QCOMPARE(ok, okPressed);
-        QVERIFY(f.dialog.isHidden());
+                QVERIFY2(checked >= 10, qPrintable(QString::number(checked))); // each page's and the buttons
+                f.list()->setFocus();
+                QTest::keyClick(f.list(), key);
+            });
+            QCOMPARE(ok, okPressed);
+            QVERIFY(f.dialog.isHidden());
+        }
     }
 };
 
