@@ -95,34 +95,22 @@ private Q_SLOTS:
         QCOMPARE(messages.last().icon, MessageIcon::Information);
     }
 
-    void thePageFileFollowsTheSettings_data()
-    {
-        QTest::addColumn<QString>("organiserFile");
-        QTest::addColumn<QString>("pageFolder");
-        QTest::addColumn<bool>("alternative");
-        QTest::addColumn<QString>("expected");
-        // clang-format off
-        QTest::newRow("default") << "" << "" << false << "DATA/Organiser.mht";
-        QTest::newRow("alternative") << "" << "/srv/pages" << true << "DATA/Organiser2.mht";
-        QTest::newRow("chosen, data folder") << "Lab Start.mht" << "" << true << "DATA/Lab Start.mht";
-        QTest::newRow("chosen, page folder") << "Lab Start.mht" << "/srv/pages" << false << "/srv/pages/Lab Start.mht";
-        // clang-format on
-    }
-
     void thePageFileFollowsTheSettings()
     {
-        QFETCH(QString, organiserFile);
-        QFETCH(QString, pageFolder);
-        QFETCH(bool, alternative);
-        QFETCH(QString, expected);
         test::UserFolders folders;
         SettingsStore store(folders.settingsFile());
-        store.setValue(QStringLiteral("Settings/OrganiserFile"), organiserFile);
-        store.setValue(QStringLiteral("Settings/PageFolder"), pageFolder);
-        store.setValue(QStringLiteral("Settings/UseAlternativeWelcomePage"), alternative);
-        SuitePaths paths(store);
-        QCOMPARE(WelcomePage::PageFile(SuiteSettings(store), paths),
-                 expected.replace(QLatin1String("DATA"), paths.SuiteDataFolder()));
+        const auto page = [&store](const QString& organiserFile, const QString& pageFolder,
+                                   bool alternative) {
+            store.setValue(QStringLiteral("Settings/OrganiserFile"), organiserFile);
+            store.setValue(QStringLiteral("Settings/PageFolder"), pageFolder);
+            store.setValue(QStringLiteral("Settings/UseAlternativeWelcomePage"), alternative);
+            return WelcomePage::PageFile(SuiteSettings(store), SuitePaths(store));
+        };
+        const QString data = SuitePaths(store).SuiteDataFolder();
+        QCOMPARE(page("", "", false), data + "/Organiser.mht");
+        QCOMPARE(page("", "/srv/pages", true), data + "/Organiser2.mht");
+        QCOMPARE(page("Lab Start.mht", "", true), data + "/Lab Start.mht"); // chosen, in the data folder
+        QCOMPARE(page("Lab Start.mht", "/srv/pages", false), "/srv/pages/Lab Start.mht");
     }
 
     void theBuiltInPagesCarryEveryLink()
