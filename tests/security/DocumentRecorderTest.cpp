@@ -193,16 +193,19 @@ private Q_SLOTS:
     }
 
     // The store refuses entries for a while: the failure is reported once, and
-    // the entries are written, in order, once it takes them again.
-    void anEntryThatCannotBeWrittenIsRetried()
+    // the entries are written, in order, once it takes them again. A
+    // signature noted in the session, or read from the store at the start of
+    // the next, shows while the document holds what was signed, and is void after.
+    void anEntryIsRetriedAndASignatureHoldsUntilTheDocumentChanges()
     {
         Recorded o;
-        const std::unique_ptr<DocumentRecorder> recorder = o.started(QStringLiteral("Reports"));
-        QSignalSpy failed(recorder.get(), &DocumentRecorder::recordingFailed);
+        const QString path = o.path(QStringLiteral("Reports/r"));
+        const std::unique_ptr<DocumentRecorder> signing = o.started(QStringLiteral("Reports"), {"Reports/r"});
+        QSignalSpy failed(signing.get(), &DocumentRecorder::recordingFailed);
         const QString reason = o.site.breakAppends();
         for (const char* name : {"Reports/one", "Reports/two"}) {
             o.change(QLatin1String(name), QStringLiteral("v1"));
-            recorder->noticeChange({ShellEvent::SHCNE_UPDATEITEM, o.path(QLatin1String(name)), {}});
+            signing->noticeChange({ShellEvent::SHCNE_UPDATEITEM, o.path(QLatin1String(name)), {}});
         }
         QVERIFY(failed.wait(20000));
         QVERIFY2(failed.constFirst().constFirst().toString().contains(reason),
@@ -214,15 +217,7 @@ private Q_SLOTS:
         QVERIFY(texts.at(texts.size() - 2)
                     .startsWith(QLatin1String("Document recorded: ") + o.path("Reports/one")));
         QVERIFY(texts.constLast().startsWith(QLatin1String("Document recorded: ") + o.path("Reports/two")));
-    }
 
-    // A signature noted in the session, or read from the store at the start of
-    // the next, shows while the document holds what was signed, and is void after.
-    void aSignatureHoldsUntilTheDocumentChanges()
-    {
-        Recorded o;
-        const QString path = o.path(QStringLiteral("Reports/r"));
-        const std::unique_ptr<DocumentRecorder> signing = o.started(QStringLiteral("Reports"), {"Reports/r"});
         QCOMPARE(signing->shownState(path).caption(), QStringLiteral("Recorded"));
         const SignResult result =
             o.manager->SignDocument(*DocumentFolders::fingerprint(path), QStringLiteral("Approved"),

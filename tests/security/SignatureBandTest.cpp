@@ -49,10 +49,8 @@ private Q_SLOTS:
         QCOMPARE(SignatureBand::lineText(signature("Authored", winter, false, false)),
                  "Signature void: its record was altered outside the suite (Authored by Jane Smith (jsmith), "
                  "25 Nov 2026 14:03:07 CET)");
-    }
 
-    void theBandIsHeardLineByLineAndGoneWithoutSignatures()
-    {
+        // The band is heard line by line, and gone without signatures.
         SignatureBand band;
         band.showSignatures(
             {signature(QStringLiteral("Authored"), QStringLiteral("2026-11-25T13:03:07Z"), false),
