@@ -125,9 +125,28 @@ private Q_SLOTS:
             QCOMPARE(o.security->auditTexts().last(), "Session closed");
     }
 
-    void aSessionFromLogInToClosingTheWindow()
+    // A session from its log-in, shown in the status bar and the tools, to
+    // its end, which ends the program.
+    void theEndOfTheSessionEndsTheProgram_data()
     {
+        QTest::addColumn<QString>("how");
+        QTest::addColumn<QString>("message"); // "text|title"
+        QTest::addColumn<QString>("audit");   // the last entry, or empty to skip
+        // clang-format off
+        QTest::newRow("time-out") << "time-out" << "Your session has timed out.  You have been logged out|Time Out" << "Session timed out after 10 minutes without activity";
+        // The unload after the log-out closes no session: it has ended already.
+        QTest::newRow("log-out") << "ID_LogOut" << "The program will now exit.|Logged Out" << "Log out";
+        QTest::newRow("other reason") << "reason 2" << "0 messages" << "";
+        // clang-format on
+    }
+
+    void theEndOfTheSessionEndsTheProgram()
+    {
+        QFETCH(QString, how);
+        QFETCH(QString, message);
+        QFETCH(QString, audit);
         Session o;
+        o.set("Security/TimeOutMinutes", 10);
         MainWindow* window = &o.run();
         QCOMPARE(part<SecuritySession>(*window).state(), SecuritySession::State::Active);
         QCOMPARE(part<StatusBarControl>(*window).panelText(SecuritySession::SessionPanel),
@@ -154,29 +173,8 @@ private Q_SLOTS:
         QTest::mouseClick(panel, Qt::LeftButton);
         QCOMPARE(o.onlyMessage(), "Logged in as: jsmith\r\n\r\nJane Smith|Security Information");
         QCOMPARE(o.messages.last().icon, MessageIcon::Information);
-    }
+        o.messages.clear();
 
-    void theEndOfTheSessionEndsTheProgram_data()
-    {
-        QTest::addColumn<QString>("how");
-        QTest::addColumn<QString>("message"); // "text|title"
-        QTest::addColumn<QString>("audit");   // the last entry, or empty to skip
-        // clang-format off
-        QTest::newRow("time-out") << "time-out" << "Your session has timed out.  You have been logged out|Time Out" << "Session timed out after 10 minutes without activity";
-        // The unload after the log-out closes no session: it has ended already.
-        QTest::newRow("log-out") << "ID_LogOut" << "The program will now exit.|Logged Out" << "Log out";
-        QTest::newRow("other reason") << "reason 2" << "0 messages" << "";
-        // clang-format on
-    }
-
-    void theEndOfTheSessionEndsTheProgram()
-    {
-        QFETCH(QString, how);
-        QFETCH(QString, message);
-        QFETCH(QString, audit);
-        Session o;
-        o.set("Security/TimeOutMinutes", 10);
-        MainWindow* window = &o.run();
         QDialog other; // another window of the program, open when the session ends
         other.show();
         // A window hidden between showings (as the Options dialog is) must not outlive the session.
