@@ -77,33 +77,33 @@ class DataFoldersTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void onlyFoldersMadeInThisRunAreSeeded()
+    // Only the folders made in this run are seeded with the examples; every
+    // subfolder is checked; without examples the tree is made silently.
+    void theTreeIsMadeAndOnlyNewFoldersAreSeeded()
     {
-        Fixture f;
-        f.seedExamples();
-        f.setDrivers({QStringLiteral("Reader One"), QStringLiteral("Reader Two")});
-        f.folders().CreateAnyMissingNebraDirectories();
-        QVERIFY(f.folders().DoAllDataFoldersExist());
-        QCOMPARE(f.files(f.paths.LayoutsFolder()), QStringList{"a.mlo"});
-        QCOMPARE(f.files(f.paths.ProtocolsFolder()), (QStringList{"NoExtension", "p.apr", "p.mht"}));
-        QVERIFY(f.files(f.paths.ReportsFolder()).isEmpty());
-        QCOMPARE(f.subfolders(f.paths.ReadConfigurationsFolder()), (QStringList{"Reader One", "Reader Two"}));
+        Fixture seeded;
+        seeded.seedExamples();
+        seeded.setDrivers({QStringLiteral("Reader One"), QStringLiteral("Reader Two")});
+        seeded.folders().CreateAnyMissingNebraDirectories();
+        QVERIFY(seeded.folders().DoAllDataFoldersExist());
+        QCOMPARE(seeded.files(seeded.paths.LayoutsFolder()), QStringList{"a.mlo"});
+        QCOMPARE(seeded.files(seeded.paths.ProtocolsFolder()),
+                 (QStringList{"NoExtension", "p.apr", "p.mht"}));
+        QVERIFY(seeded.files(seeded.paths.ReportsFolder()).isEmpty());
+        QCOMPARE(seeded.subfolders(seeded.paths.ReadConfigurationsFolder()),
+                 (QStringList{"Reader One", "Reader Two"}));
 
         // The user empties the layouts and protocols and deletes only the results.
-        for (const QString& folder : {f.paths.LayoutsFolder(), f.paths.ProtocolsFolder()})
-            for (const QString& name : f.files(folder))
+        for (const QString& folder : {seeded.paths.LayoutsFolder(), seeded.paths.ProtocolsFolder()})
+            for (const QString& name : seeded.files(folder))
                 QVERIFY(QFile::remove(folder + QLatin1Char('/') + name));
-        QVERIFY(QDir(f.paths.ResultsFolder()).removeRecursively());
-        f.folders().CreateAnyMissingNebraDirectories();
-        QVERIFY(f.files(f.paths.ProtocolsFolder()).isEmpty());
-        QVERIFY(f.files(f.paths.LayoutsFolder()).isEmpty());
-        QCOMPARE(f.files(f.paths.ResultsFolder()), (QStringList{"r.ars", "r.mht"}));
-        QCOMPARE(f.files(f.paths.ResultsFolder() + "/QC Example"), QStringList{"qc.ars"});
-    }
+        QVERIFY(QDir(seeded.paths.ResultsFolder()).removeRecursively());
+        seeded.folders().CreateAnyMissingNebraDirectories();
+        QVERIFY(seeded.files(seeded.paths.ProtocolsFolder()).isEmpty());
+        QVERIFY(seeded.files(seeded.paths.LayoutsFolder()).isEmpty());
+        QCOMPARE(seeded.files(seeded.paths.ResultsFolder()), (QStringList{"r.ars", "r.mht"}));
+        QCOMPARE(seeded.files(seeded.paths.ResultsFolder() + "/QC Example"), QStringList{"qc.ars"});
 
-    // Every subfolder is checked; without examples the tree is made silently.
-    void withoutExamplesTheTreeIsMadeSilentlyAndBadDriverNamesAreSkipped()
-    {
         Fixture f;
         const QString candidate = f.dir.filePath("Candidate");
         for (const QString& kind : Kinds) {
