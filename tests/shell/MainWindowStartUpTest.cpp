@@ -174,20 +174,6 @@ private Q_SLOTS:
         QVERIFY(browser.LocationURL().fileName().endsWith(QLatin1String(".mht")));
     }
 
-    // A start while another copy runs asks that copy to show itself and ends.
-    void aSecondStartAsksTheFirstToShowItself()
-    {
-        LoadedOrganiser organiser;
-        QProcess first;
-        first.start(QStringLiteral(PROBE_PATH),
-                    {QStringLiteral("%1-%2").arg(QCoreApplication::applicationName(),
-                                                 QString::number(QCoreApplication::applicationPid()))});
-        QVERIFY(first.waitForReadyRead(20000));
-        QCOMPARE(organiser.start(), MainWindow::LoadOutcome::DuplicateInstance);
-        QVERIFY(first.waitForFinished(20000));
-        QCOMPARE(first.readAllStandardOutput().simplified(), QByteArray("primary activated"));
-    }
-
     // With an unusable settings file every setting has its default: logging off.
     void aPlainStartWarnsOfUnusableSettingsAndIsFirstShownMaximised()
     {
@@ -206,7 +192,8 @@ private Q_SLOTS:
     }
 
     // A catalogue that is there but unusable is reported once, naming the
-    // file and the reason; the Organiser starts without drivers. (Each reason
+    // file and the reason; the Organiser starts without drivers. Exit stores
+    // the tree's mode. (Each reason
     // is the catalogue reader's, asserted by WizardCatalogueTest over the same reader.)
     void anUnusableDriverCatalogueIsReported()
     {
@@ -224,11 +211,37 @@ private Q_SLOTS:
                                                       QStringLiteral("\" is not a valid catalogue: ")),
                  qPrintable(site.messages.last().text));
         QVERIFY(!branch(window, DocumentType::ReadConfigurations).isValid());
+
+        // Exit stores the tree's mode through the normal shutdown; the next start shows it.
+        writeFile(catalogue, "{\"drivers\": []}");
+        using Mode = FolderTreeControl::DisplayMode;
+        MainWindow* shown = &window;
+        for (const auto& [mode, stored] :
+             {std::pair(Mode::Explorer, "true"), std::pair(Mode::Compact, "false")}) {
+            part<FolderTreeControl>(*shown).setDisplayMode(mode);
+            tool(*shown, CommandId::Exit).trigger();
+            QVERIFY(!shown->isVisible());
+            QCOMPARE(site.stored(QStringLiteral("Settings/ExplorerModeFlag")).toString(),
+                     QLatin1String(stored));
+            shown = &site.load();
+            QCOMPARE(part<FolderTreeControl>(*shown).displayMode(), mode);
+        }
     }
 
-    void missingFileSystemComponentEndsWithItsBox()
+    // A start while another copy runs asks that copy to show itself and ends;
+    // so does one without the file system component, with its box.
+    void aSecondStartOrAMissingComponentEndsTheStart()
     {
         LoadedOrganiser site;
+        QProcess first;
+        first.start(QStringLiteral(PROBE_PATH),
+                    {QStringLiteral("%1-%2").arg(QCoreApplication::applicationName(),
+                                                 QString::number(QCoreApplication::applicationPid()))});
+        QVERIFY(first.waitForReadyRead(20000));
+        QCOMPARE(site.start(), MainWindow::LoadOutcome::DuplicateInstance);
+        QVERIFY(first.waitForFinished(20000));
+        QCOMPARE(first.readAllStandardOutput().simplified(), QByteArray("primary activated"));
+
         const MessageRecorder& messages = site.messages;
         MainWindow::Options options;
         options.fileSystemFactory = [] { return std::unique_ptr<FileSystemObject>(); };
@@ -247,24 +260,6 @@ private Q_SLOTS:
         // The unfinished window never stores its tree mode.
         window.close();
         QVERIFY(!site.stored(QStringLiteral("Settings/ExplorerModeFlag")).isValid());
-    }
-
-    // Exit stores the tree's mode through the normal shutdown; the next start shows it.
-    void exitStoresTheTreeModeThroughTheNormalShutdown()
-    {
-        using Mode = FolderTreeControl::DisplayMode;
-        LoadedOrganiser site;
-        MainWindow* window = &site.load();
-        for (const auto& [mode, stored] :
-             {std::pair(Mode::Explorer, "true"), std::pair(Mode::Compact, "false")}) {
-            part<FolderTreeControl>(*window).setDisplayMode(mode);
-            tool(*window, CommandId::Exit).trigger();
-            QVERIFY(!window->isVisible());
-            QCOMPARE(site.stored(QStringLiteral("Settings/ExplorerModeFlag")).toString(),
-                     QLatin1String(stored));
-            window = &site.load();
-            QCOMPARE(part<FolderTreeControl>(*window).displayMode(), mode);
-        }
     }
 
     // Spaced buttons (flag 32) put blanks where the separators and Help were.
