@@ -213,7 +213,8 @@ private Q_SLOTS:
 
     // The catalogue is read once per showing, afresh at each, so a driver
     // installed meanwhile is listed and an earlier showing's lines never count.
-    void theCatalogueIsReadOncePerShowing()
+    // The folder chooser fills the text box.
+    void theCatalogueIsReadOncePerShowingAndTheChooserFillsTheTextBox()
     {
         Fixture f;
         f.setDrivers({"Reader One"});
@@ -235,6 +236,30 @@ private Q_SLOTS:
             f.press("OKButton");
         });
         QCOMPARE(f.driverChanges, 0);
+
+        // The chooser fills the text box; OK validates the text as if typed.
+        const QString chosen = f.dir.filePath("Chosen");
+        makeFolder(chosen);
+        const auto user = [&] {
+            f.press("cmdBrowseParentDirectory");
+            QCOMPARE(f.text()->text(), chosen);
+            f.press("cmdBrowseParentDirectory"); // cancelled: the text stays
+            QCOMPARE(f.text()->text(), chosen);
+            f.press("Help");
+            f.press("OKButton");
+        };
+        DialogScript script;
+        script.then([&](QDialog&) {
+            user();
+            return f.dialog.result();
+        });
+        script.chooseFile(chosen);
+        MessageRecorder recorder;
+        recorder.answer(MessageButton::Yes);
+        QVERIFY(f.dialog.run());
+        QCOMPARE(script.shown(), (QStringList{"frmOptions", "dlgParentDirectory", "dlgParentDirectory"}));
+        QCOMPARE(f.paths.ParentDirectory(), chosen);
+        QCOMPARE(f.helpTopics, QList<int>{OptionsDialog::HelpTopic});
     }
 
     // OK applies the parent directory first; a refused one keeps the dialog
@@ -291,34 +316,6 @@ private Q_SLOTS:
         });
         QCOMPARE(f.paths.ParentDirectory(), f.dir.filePath(parentAfter));
         QVERIFY(!f.dialog.OKPressed());
-    }
-
-    // The chooser fills the text box; OK validates the text as if typed.
-    void theFolderChooserFillsTheTextBox()
-    {
-        Fixture f;
-        const QString chosen = f.dir.filePath("Chosen");
-        makeFolder(chosen);
-        const auto user = [&] {
-            f.press("cmdBrowseParentDirectory");
-            QCOMPARE(f.text()->text(), chosen);
-            f.press("cmdBrowseParentDirectory"); // cancelled: the text stays
-            QCOMPARE(f.text()->text(), chosen);
-            f.press("Help");
-            f.press("OKButton");
-        };
-        DialogScript script;
-        script.then([&](QDialog&) {
-            user();
-            return f.dialog.result();
-        });
-        script.chooseFile(chosen);
-        MessageRecorder recorder;
-        recorder.answer(MessageButton::Yes);
-        QVERIFY(f.dialog.run());
-        QCOMPARE(script.shown(), (QStringList{"frmOptions", "dlgParentDirectory", "dlgParentDirectory"}));
-        QCOMPARE(f.paths.ParentDirectory(), chosen);
-        QCOMPARE(f.helpTopics, QList<int>{OptionsDialog::HelpTopic});
     }
 
     // Every control is reached by Tab and heard by its caption, the access

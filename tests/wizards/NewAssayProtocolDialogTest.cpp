@@ -253,7 +253,9 @@ private Q_SLOTS:
 
     // OK without a selection says so and stays; Help shows the picker's
     // topic; Cancel runs nothing.
-    void theButtonsWithoutARun()
+    // The picker opens through the dialog seam, previewed, and is gone
+    // afterwards; the main window's runner titles its box "Information".
+    void theButtonsShowNewAndTheWindowsRunner()
     {
         Picker o;
         o.openDialog({});
@@ -269,13 +271,6 @@ private Q_SLOTS:
         o.press("CancelButton");
         QCOMPARE(o.dialog->result(), int(QDialog::Rejected));
         QVERIFY(!o.host.HasSharedState());
-    }
-
-    // The picker opens through the dialog seam, previewed, and is gone
-    // afterwards; the main window's runner titles its box "Information".
-    void showNewMakesAFreshPickerEachTimeAndTheWindowsRunnerItsOwnBox()
-    {
-        Picker o;
         test::DialogScript dialogs;
         o.writeCatalogue({"Kinetic"});
         QPointer<QDialog> first;
@@ -288,14 +283,14 @@ private Q_SLOTS:
         QVERIFY(first.isNull());
         NewAssayProtocolDialog::ShowNew(o.host, o.suite.paths, o.settings, o.hooks(), nullptr);
         QCOMPARE(dialogs.shown(), (QStringList{"frmNewAssayProtocol", "frmNewAssayProtocol"}));
-        QCOMPARE(o.messages.count(), 2); // "Missing Wizards" at every creation
+        QCOMPARE(o.messages.count(), 3); // "Missing Wizards" at every creation
 
         o.script(R"({"result":1,"newFile":"/p/A.apr"})");
         WizardRunner runner(o.host, o.settings, o.hooks(), "Information");
         QWidget window;
         window.setObjectName("frmNMain");
         runner.RunSelectedWizard({"Generic", "NebraTest.Scripted"}, &window, {});
-        QCOMPARE(o.messages.count(), 3);
+        QCOMPARE(o.messages.count(), 4);
         QCOMPARE(o.messages.last().title, "Information");
         QCOMPARE(o.state("Owner").toString(), "frmNMain");
     }
