@@ -114,40 +114,6 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(!part<ShellNotifications>(window).isActive(), FollowedMs);
     }
 
-    // Another workstation's folder and document appear within the poll
-    // interval; a frozen server leaves the window answering commands, and
-    // the list fills in when the server answers again.
-    void aShareIsFollowedAndAFrozenOneWaitedFor()
-    {
-        Shared o;
-        if (!o.mount())
-            return;
-        MainWindow& window = o.load();
-        FolderTreeControl& tree = part<FolderTreeControl>(window);
-        FileListControl& list = part<FileListControl>(window);
-        tree.setCurrentNode(branch(tree, DocumentType::Results));
-        QVERIFY(waitForListing(list));
-
-        runScript(o.backing + QStringLiteral("/Results"),
-                  QStringLiteral("mkdir Run2 && echo r > 'Run 3.ars'"));
-        QTRY_VERIFY_WITH_TIMEOUT(tree.nodes().findFolderPath(o.doc(QStringLiteral("Results/Run2"))).isValid(),
-                                 3000);
-        QTRY_COMPARE_WITH_TIMEOUT(list.itemCount(), 3, 3000); // Run1, Run2, Run 3.ars
-
-        o.share.freeze();
-        tree.setCurrentNode(branch(tree, DocumentType::Protocols));
-        const QString waiting = FileListControl::waitingText(o.doc(QStringLiteral("Protocols")));
-        QTRY_COMPARE_WITH_TIMEOUT(window.statusBar()->currentMessage(), waiting,
-                                  FolderReaders::WaitingAfterMs + 3000);
-        const int messages = o.messages.count();
-        tool(window, CommandId::About).trigger();
-        QCOMPARE(o.messages.count(), messages + 1);
-        o.share.thaw();
-        QVERIFY(waitForListing(list, 10000));
-        QCOMPARE(list.firstSelectedItem().name(), QStringLiteral("Elisa.apr"));
-        QVERIFY(window.statusBar()->currentMessage().isEmpty());
-    }
-
     // Start-up against a frozen server opens the window within the bound,
     // says so once, and builds the tree when the server answers; shutdown
     // with a read stuck on the server ends at once. The parent may answer
@@ -224,7 +190,7 @@ private Q_SLOTS:
     // Started while the server is frozen: the log-in goes on and File > Recent
     // lists its documents at once (a document whose check has not answered
     // stays listed). When the server answers, the vanished one leaves the
-    // menu and the secured folder is made.
+    // menu, the secured folder is made and the share is followed.
     void aStartOnAFrozenShareWaitsForNothing()
     {
         Shared o;
@@ -248,6 +214,36 @@ private Q_SLOTS:
         QCOMPARE(menu.actions().first()->text(), QStringLiteral("&1  Elisa.apr"));
         QTRY_VERIFY_WITH_TIMEOUT(
             QFileInfo(o.folders.root() + QStringLiteral("/backing/Secured/Site")).isDir(), 10000);
+
+        // Another workstation's folder and document appear within the poll
+        // interval; a frozen server leaves the window answering commands, and
+        // the list fills in when the server answers again.
+        MainWindow& window = *o.window;
+        FolderTreeControl& tree = part<FolderTreeControl>(window);
+        FileListControl& list = part<FileListControl>(window);
+        QTRY_VERIFY_WITH_TIMEOUT(tree.nodes().findFolderPath(o.doc(QStringLiteral("Results/Run1"))).isValid(),
+                                 10000);
+        tree.setCurrentNode(branch(tree, DocumentType::Results));
+        QVERIFY(waitForListing(list));
+
+        runScript(o.backing + QStringLiteral("/Results"),
+                  QStringLiteral("mkdir Run2 && echo r > 'Run 3.ars'"));
+        QTRY_VERIFY_WITH_TIMEOUT(tree.nodes().findFolderPath(o.doc(QStringLiteral("Results/Run2"))).isValid(),
+                                 3000);
+        QTRY_COMPARE_WITH_TIMEOUT(list.itemCount(), 3, 3000); // Run1, Run2, Run 3.ars
+
+        o.share.freeze();
+        tree.setCurrentNode(branch(tree, DocumentType::Protocols));
+        const QString waiting = FileListControl::waitingText(o.doc(QStringLiteral("Protocols")));
+        QTRY_COMPARE_WITH_TIMEOUT(window.statusBar()->currentMessage(), waiting,
+                                  FolderReaders::WaitingAfterMs + 3000);
+        const int messages = o.messages.count();
+        tool(window, CommandId::About).trigger();
+        QCOMPARE(o.messages.count(), messages + 1);
+        o.share.thaw();
+        QVERIFY(waitForListing(list, 10000));
+        QCOMPARE(list.firstSelectedItem().name(), QStringLiteral("Elisa.apr"));
+        QVERIFY(window.statusBar()->currentMessage().isEmpty());
     }
 };
 
