@@ -47,14 +47,6 @@ struct Fixture
             defaultFileSystemObjectFactory(), examples);
     }
 
-    void seedExamples()
-    {
-        for (const char* name :
-             {"Microplate Layouts/a.mlo", "Microplate Layouts/ignored.txt", "Results/r.ars", "Results/r.mht",
-              "Results/QC Example/qc.ars", "Protocols/p.apr", "Protocols/p.mht", "Protocols/NoExtension"})
-            writeFile(examples + QLatin1Char('/') + QLatin1String(name), name);
-    }
-
     void setDrivers(const QStringList& names)
     {
         const QString file = dir.filePath("drivers.json");
@@ -82,7 +74,10 @@ private Q_SLOTS:
     void theTreeIsMadeAndOnlyNewFoldersAreSeeded()
     {
         Fixture seeded;
-        seeded.seedExamples();
+        for (const char* name :
+             {"Microplate Layouts/a.mlo", "Microplate Layouts/ignored.txt", "Results/r.ars", "Results/r.mht",
+              "Results/QC Example/qc.ars", "Protocols/p.apr", "Protocols/p.mht", "Protocols/NoExtension"})
+            writeFile(seeded.examples + QLatin1Char('/') + QLatin1String(name), name);
         seeded.setDrivers({QStringLiteral("Reader One"), QStringLiteral("Reader Two")});
         seeded.folders().CreateAnyMissingNebraDirectories();
         QVERIFY(seeded.folders().DoAllDataFoldersExist());

@@ -12,7 +12,7 @@ using namespace nebra;
 namespace {
 
 // A window with the Organiser's tools, menus and the tree's command buttons,
-// a dispatcher over them, and every command and every noted activity recorded.
+// a dispatcher over them, and every noted activity recorded in calls.
 struct Dispatching
 {
     QMainWindow window;
@@ -42,12 +42,6 @@ struct Dispatching
         QObject::connect(tree, &FolderTreeControl::buttonClicked, &dispatcher,
                          &CommandDispatcher::TreeButtonClick);
     }
-
-    void recordEveryCommand()
-    {
-        for (const CommandId id : CommandDispatcher::commandIds())
-            dispatcher.setCommand(id, [this, id] { calls << ToolDefinitions::toolId(id); });
-    }
 };
 
 } // namespace
@@ -75,7 +69,8 @@ private Q_SLOTS:
         QVERIFY(!d.tools->isToolEnabled(ToolDefinitions::toolId(CommandId::ContentsIndex)));
         d.dispatcher.setCommand(CommandId::Options, {});
         QVERIFY(!d.tools->isToolEnabled(ToolDefinitions::toolId(CommandId::Options)));
-        d.recordEveryCommand();
+        for (const CommandId id : CommandDispatcher::commandIds())
+            d.dispatcher.setCommand(id, [&d, id] { d.calls << ToolDefinitions::toolId(id); });
         for (const char* id : {"ID_File", "ID_HelpHelp", "id_exit"}) {
             d.calls.clear();
             d.dispatcher.ToolClick(QLatin1String(id));
