@@ -37,8 +37,6 @@ struct Session : LoadedOrganiser
 {
     explicit Session(bool logIn = true) { secure({"AuthorisationsGeneral/RunProtocol"}, logIn); }
 
-    MainWindow& run() { return load(0); }
-
     // The one message box shown so far as "text|title".
     QString onlyMessage() const
     {
@@ -64,7 +62,7 @@ private Q_SLOTS:
         Session o(false);
         o.set("Settings/SecurityConfigured", false);
         writeFile(o.doc("Microplate Layouts/Plate A.mlo"), "v1");
-        MainWindow* window = &o.run();
+        MainWindow* window = &o.load(0);
         QVERIFY(!part<SecuritySession>(*window).SecurityEnabled());
         QVERIFY(!part<StatusBarControl>(*window).isPanelVisible(SecuritySession::SessionPanel));
         for (const char* id :
@@ -147,7 +145,7 @@ private Q_SLOTS:
         QFETCH(QString, audit);
         Session o;
         o.set("Security/TimeOutMinutes", 10);
-        MainWindow* window = &o.run();
+        MainWindow* window = &o.load(0);
         QCOMPARE(part<SecuritySession>(*window).state(), SecuritySession::State::Active);
         QCOMPARE(part<StatusBarControl>(*window).panelText(SecuritySession::SessionPanel),
                  "Logged in as: jsmith (Jane Smith)");
@@ -251,7 +249,7 @@ private Q_SLOTS:
         if (warningSeconds >= 0)
             o.set("Security/TimeOutWarningSeconds", warningSeconds);
         const int warnAt = 10 * 60 - (warningSeconds < 0 ? 60 : warningSeconds);
-        MainWindow* window = &o.run();
+        MainWindow* window = &o.load(0);
         TimeOutWarning* warning = part<SecuritySession>(*window).timeOutWarning();
         QCOMPARE(warning == nullptr, action == QLatin1String("none shown"));
         o.now += qint64(warnAt) * 1000 - 1;
