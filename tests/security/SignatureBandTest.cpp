@@ -30,14 +30,10 @@ class SignatureBandTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase()
+    void aLineNamesTheSignerTheMeaningAndTheLocalTime()
     {
         qputenv("TZ", "Europe/Berlin");
         tzset();
-    }
-
-    void aLineNamesTheSignerTheMeaningAndTheLocalTime()
-    {
         const QString winter = "2026-11-25T13:03:07Z";
         QCOMPARE(SignatureBand::lineText(signature("Approved", winter, true)),
                  "Approved by Jane Smith (jsmith), 25 Nov 2026 14:03:07 CET");
