@@ -134,8 +134,9 @@ private Q_SLOTS:
     }
 
     // Changes made while no Organiser ran are found at the next start, each
-    // once; a rename or a save over a document keeps its history.
-    void changesWhileNothingRecordedAreFoundAtStartAndRenamesKeepTheHistory()
+    // once; a rename or a save over a document keeps its history; entries the
+    // store refuses for a while are retried.
+    void changesFoundAtStartRenamesAndRetriedEntriesKeepTheHistory()
     {
         Recorded o;
         static_cast<void>(
@@ -180,22 +181,14 @@ private Q_SLOTS:
         QCOMPARE(after.size(), 1);
         QVERIFY2(after.constFirst().startsWith("Document changed outside the suite: " + b + " sha256="),
                  qPrintable(after.constFirst()));
-    }
 
-    // The store refuses entries for a while: the failure is reported once, and
-    // the entries are written, in order, once it takes them again. A
-    // signature noted in the session, or read from the store at the start of
-    // the next, shows while the document holds what was signed, and is void after.
-    void anEntryIsRetriedAndASignatureHoldsUntilTheDocumentChanges()
-    {
-        Recorded o;
-        const QString path = o.path(QStringLiteral("Reports/r"));
-        const std::unique_ptr<DocumentRecorder> signing = o.started(QStringLiteral("Reports"), {"Reports/r"});
-        QSignalSpy failed(signing.get(), &DocumentRecorder::recordingFailed);
+        // The store refuses entries for a while: the failure is reported once, and
+        // the entries are written, in order, once it takes them again.
+        QSignalSpy failed(next.get(), &DocumentRecorder::recordingFailed);
         const QString reason = o.site.breakAppends();
         for (const char* name : {"Reports/one", "Reports/two"}) {
             o.change(QLatin1String(name), QStringLiteral("v1"));
-            signing->noticeChange({ShellEvent::SHCNE_UPDATEITEM, o.path(QLatin1String(name)), {}});
+            next->noticeChange({ShellEvent::SHCNE_UPDATEITEM, o.path(QLatin1String(name)), {}});
         }
         QVERIFY(failed.wait(20000));
         QVERIFY2(failed.constFirst().constFirst().toString().contains(reason),
@@ -207,7 +200,15 @@ private Q_SLOTS:
         QVERIFY(texts.at(texts.size() - 2)
                     .startsWith(QLatin1String("Document recorded: ") + o.path("Reports/one")));
         QVERIFY(texts.constLast().startsWith(QLatin1String("Document recorded: ") + o.path("Reports/two")));
+    }
 
+    // A signature noted in the session, or read from the store at the start of
+    // the next, shows while the document holds what was signed, and is void after.
+    void aSignatureHoldsUntilTheDocumentChanges()
+    {
+        Recorded o;
+        const QString path = o.path(QStringLiteral("Reports/r"));
+        const std::unique_ptr<DocumentRecorder> signing = o.started(QStringLiteral("Reports"), {"Reports/r"});
         QCOMPARE(signing->shownState(path).caption(), QStringLiteral("Recorded"));
         const SignResult result =
             o.manager->SignDocument(*DocumentFolders::fingerprint(path), QStringLiteral("Approved"),
