@@ -55,42 +55,53 @@ class HelpSystemTest : public QObject
 
 private slots:
     // Every type of the table shows its help topic's page; which page that is
-    // is the table's, and that the page is written, everyTopicShowsItsOwnPage's.
-    void contextHelpFollowsTheDocumentType_data()
-    {
-        QTest::addColumn<int>("kind");
-        QTest::addColumn<bool>("shown");
-        const int kinds = int(DocumentTypes::all().size());
-        // clang-format off
-        for (int kind = 0; kind < kinds; ++kind)
-            QTest::addRow("kind %d", kind) << kind << true;
-        QTest::newRow("a kind beyond the table") << kinds << false;
-        QTest::newRow("a negative kind") << -1 << false;
-        // clang-format on
-    }
-
+    // is the table's, and that the page is written, the test of every topic's.
     void contextHelpFollowsTheDocumentType()
     {
-        QFETCH(int, kind);
-        QFETCH(bool, shown);
         Fixture f;
-        f.folderKind = kind;
-        f.help.ShowContextHelp();
-        QCOMPARE(f.calls, QStringList({"kind"}));
-        QCOMPARE(f.help.IsDisplayingHelp(), shown);
-        if (!shown) {
-            QVERIFY(!f.window);
-            return;
+        const int kinds = int(DocumentTypes::all().size());
+        for (const int kind : {kinds, -1}) { // beyond the table: nothing shown
+            f.folderKind = kind;
+            f.help.ShowContextHelp();
+            QVERIFY(!f.help.IsDisplayingHelp());
         }
-        QCOMPARE(f.shownPage(), HelpTopics::pageUrl(DocumentTypes::of(kind).helpTopic));
-        QCOMPARE(f.window->navigation().currentIndex(), int(HelpWindow::ContentsPane));
+        QVERIFY(!f.window);
+        QCOMPARE(f.calls, QStringList({"kind", "kind"}));
+        for (int kind = 0; kind < kinds; ++kind) {
+            f.folderKind = kind;
+            f.help.ShowContextHelp();
+            QVERIFY(f.help.IsDisplayingHelp());
+            QCOMPARE(f.shownPage(), HelpTopics::pageUrl(DocumentTypes::of(kind).helpTopic));
+            QCOMPARE(f.window->navigation().currentIndex(), int(HelpWindow::ContentsPane));
+        }
+        QCOMPARE(f.calls.size(), kinds + 2);
     }
 
-    // Each topic's page is a written page of the guide with its own title; a
-    // topic without a page shows the contents.
-    void everyTopicShowsItsOwnPage()
+    // Closing help says whether it was shown; a window the user closed is
+    // kept, and showing help again reuses it. Each topic's page is a written
+    // page of the guide with its own title; a topic without a page shows the
+    // contents.
+    void closeHelpIfOpenAndEveryTopicShowsItsOwnPage()
     {
         Fixture f;
+        QVERIFY(!f.help.CloseHelpIfOpen());
+        QVERIFY(!f.help.IsDisplayingHelp());
+        QVERIFY(!f.window);
+        for (const bool userClosed : {true, false}) {
+            f.help.DisplayeHelpTOC();
+            if (userClosed)
+                QVERIFY(f.window->close());
+            QCOMPARE(f.help.CloseHelpIfOpen(), !userClosed);
+            QVERIFY(!f.help.IsDisplayingHelp());
+            QCOMPARE(f.help.CloseHelpIfOpen(), false);
+            QVERIFY(!f.window->isVisible());
+        }
+        HelpWindow* first = f.window;
+        f.help.DisplayHelpContext(HelpTopics::Options);
+        QCOMPARE(f.window, first);
+        QVERIFY(f.help.IsDisplayingHelp());
+        QCOMPARE(f.shownPage(), HelpTopics::pageUrl(HelpTopics::Options));
+
         QSet<QString> titles;
         for (const HelpTopics::Entry& entry : HelpTopics::all()) {
             f.help.DisplayHelpContext(entry.topic);
@@ -109,74 +120,29 @@ private slots:
         QCOMPARE(f.shownPage(), HelpTopics::contentsUrl());
     }
 
-    void closeHelpIfOpen_data()
-    {
-        QTest::addColumn<bool>("open");
-        QTest::addColumn<bool>("userClosed");
-        // clang-format off
-        QTest::newRow("shown") << true << false;
-        QTest::newRow("closed by the user") << true << true;
-        QTest::newRow("never opened") << false << false;
-        // clang-format on
-    }
-
-    void closeHelpIfOpen()
-    {
-        QFETCH(bool, open);
-        QFETCH(bool, userClosed);
-        Fixture f;
-        if (open)
-            f.help.DisplayeHelpTOC();
-        if (userClosed)
-            QVERIFY(f.window->close());
-        const bool wasShown = open && !userClosed;
-        QCOMPARE(f.help.CloseHelpIfOpen(), wasShown);
-        QVERIFY(!f.help.IsDisplayingHelp());
-        QCOMPARE(f.help.CloseHelpIfOpen(), false);
-        if (!f.window)
-            return;
-        QVERIFY(!f.window->isVisible());
-        // The window closed is kept: showing help again reuses it.
-        HelpWindow* first = f.window;
-        f.help.DisplayHelpContext(HelpTopics::Options);
-        QCOMPARE(f.window, first);
-        QVERIFY(f.help.IsDisplayingHelp());
-        QCOMPARE(f.shownPage(), HelpTopics::pageUrl(HelpTopics::Options));
-    }
-
-    void aBadHelpFileIsReportedOncePerRequest_data()
-    {
-        QTest::addColumn<bool>("exists");
-        QTest::addColumn<QByteArray>("content");
-        QTest::addColumn<QString>("words");
-        // clang-format off
-        QTest::newRow("missing") << false << QByteArray() << "is missing";
-        QTest::newRow("not a collection") << true << QByteArray("not a help file\n") << "is damaged";
-        // clang-format on
-    }
-
     void aBadHelpFileIsReportedOncePerRequest()
     {
-        QFETCH(bool, exists);
-        QFETCH(QByteArray, content);
-        QFETCH(QString, words);
         MessageRecorder messages;
         QTemporaryDir dir;
-        const QString file = dir.filePath("organiser.qhc");
-        if (exists)
-            nebra::test::writeFile(file, content);
-        Fixture f(file);
-        f.help.DisplayHelpContext(HelpTopics::Reports);
-        QCOMPARE(messages.count(), 1);
-        QVERIFY2(messages.last().text.contains('"' + file + "\" " + words), qPrintable(messages.last().text));
-        QCOMPARE(messages.last().icon, MessageIcon::Warning);
-        QCOMPARE(messages.last().buttons, int(MessageButton::Ok));
-        QVERIFY(!f.help.IsDisplayingHelp());
-        QVERIFY(!f.help.CloseHelpIfOpen());
+        const QString damaged = dir.filePath("damaged.qhc");
+        nebra::test::writeFile(damaged, "not a help file\n");
+        for (const auto& [file, words] :
+             {std::pair(dir.filePath("missing.qhc"), "is missing"), std::pair(damaged, "is damaged")}) {
+            messages.clear();
+            Fixture f(file);
+            f.help.DisplayHelpContext(HelpTopics::Reports);
+            QCOMPARE(messages.count(), 1);
+            QVERIFY2(messages.last().text.contains('"' + file + "\" " + words),
+                     qPrintable(messages.last().text));
+            QCOMPARE(messages.last().icon, MessageIcon::Warning);
+            QCOMPARE(messages.last().buttons, int(MessageButton::Ok));
+            QVERIFY(!f.help.IsDisplayingHelp());
+            QVERIFY(!f.help.CloseHelpIfOpen());
 
-        f.help.ShowContextHelp();
-        QCOMPARE(messages.count(), 2);
-        QVERIFY(!f.help.IsDisplayingHelp());
+            f.help.ShowContextHelp();
+            QCOMPARE(messages.count(), 2);
+            QVERIFY(!f.help.IsDisplayingHelp());
+        }
     }
 };
 

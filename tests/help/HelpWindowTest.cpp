@@ -49,28 +49,18 @@ class HelpWindowTest : public QObject
     Q_OBJECT
 
 private slots:
-    // A word of one page only: the search finds that page and no other.
-    void searchFindsAWordOfOnePage()
-    {
-        UserFolders folders;
-        const auto window = openWindow();
-        QHelpSearchEngine* search = window->engine().searchEngine();
-        const QString word = "jumps";
-        QSignalSpy indexed(search, &QHelpSearchEngine::indexingFinished);
-        QVERIFY(indexed.wait(20000));
-        QSignalSpy finished(search, &QHelpSearchEngine::searchingFinished);
-        window->search(word);
-        QVERIFY(finished.wait(10000));
-        QCOMPARE(search->searchResultCount(), 1);
-        QCOMPARE(search->searchResults(0, 1).value(0).url(), HelpTopics::guideUrl("keyboard.html"));
-    }
-
-    // Back and Forward retrace the pages, an index keyword opens its page and
-    // the arrow keys in the contents show each page.
+    // Back and Forward retrace the pages, an index keyword opens its page,
+    // the arrow keys in the contents show each page, and a word of one page
+    // only is found on that page and no other. Size, place and text size come
+    // back in the next window.
     void everyWayToAPageShowsIt()
     {
         UserFolders folders;
-        const auto window = openWindow();
+        SettingsStore store(folders.settingsFile());
+        SuiteSettings settings(store);
+        auto window = openWindow(&settings);
+        QHelpSearchEngine* search = window->engine().searchEngine();
+        QSignalSpy indexed(search, &QHelpSearchEngine::indexingFinished);
         window->show();
         nebra::test::verifyAccessibleNames(*window, 2);
         QAction* back = tool(*window, "Back");
@@ -106,28 +96,24 @@ private slots:
         QVERIFY(window->browser().source() != first);
         QCOMPARE(window->browser().source(),
                  window->engine().contentModel()->contentItemAt(contents->currentIndex())->url());
-    }
 
-    // Size, place and text size come back in the next window.
-    void theWindowRemembersItsGeometryAndTextSize()
-    {
-        UserFolders folders;
-        SettingsStore store(folders.settingsFile());
-        SuiteSettings settings(store);
-        QFont shown;
-        {
-            const auto window = openWindow(&settings);
-            QVERIFY(window->showContents(HelpTopics::contentsUrl()));
-            window->resize(720, 530);
-            tool(*window, "Larger Text")->trigger();
-            tool(*window, "Larger Text")->trigger();
-            shown = window->browser().font();
-            window->close();
-        }
-        const auto again = openWindow(&settings);
-        QVERIFY(again->showPage(HelpTopics::pageUrl(HelpTopics::Results)));
-        QCOMPARE(again->size(), QSize(720, 530));
-        QCOMPARE(again->browser().font().pointSizeF(), shown.pointSizeF());
+        QVERIFY(!indexed.isEmpty() || indexed.wait(20000));
+        QSignalSpy finished(search, &QHelpSearchEngine::searchingFinished);
+        window->search("jumps");
+        QVERIFY(finished.wait(10000));
+        QCOMPARE(search->searchResultCount(), 1);
+        QCOMPARE(search->searchResults(0, 1).value(0).url(), HelpTopics::guideUrl("keyboard.html"));
+
+        // Size, place and text size come back in the next window.
+        window->resize(720, 530);
+        tool(*window, "Larger Text")->trigger();
+        tool(*window, "Larger Text")->trigger();
+        const QFont shown = window->browser().font();
+        window->close();
+        window = openWindow(&settings);
+        QVERIFY(window->showPage(HelpTopics::pageUrl(HelpTopics::Results)));
+        QCOMPARE(window->size(), QSize(720, 530));
+        QCOMPARE(window->browser().font().pointSizeF(), shown.pointSizeF());
     }
 };
 

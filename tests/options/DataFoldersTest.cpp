@@ -47,14 +47,6 @@ struct Fixture
             defaultFileSystemObjectFactory(), examples);
     }
 
-    void seedExamples()
-    {
-        for (const char* name :
-             {"Microplate Layouts/a.mlo", "Microplate Layouts/ignored.txt", "Results/r.ars", "Results/r.mht",
-              "Results/QC Example/qc.ars", "Protocols/p.apr", "Protocols/p.mht", "Protocols/NoExtension"})
-            writeFile(examples + QLatin1Char('/') + QLatin1String(name), name);
-    }
-
     void setDrivers(const QStringList& names)
     {
         const QString file = dir.filePath("drivers.json");
@@ -77,33 +69,44 @@ class DataFoldersTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void onlyFoldersMadeInThisRunAreSeeded()
+    // Only the folders made in this run are seeded with the examples; every
+    // subfolder is checked; without examples the tree is made silently.
+    void theTreeIsMadeAndOnlyNewFoldersAreSeeded()
     {
-        Fixture f;
-        f.seedExamples();
-        f.setDrivers({QStringLiteral("Reader One"), QStringLiteral("Reader Two")});
-        f.folders().CreateAnyMissingNebraDirectories();
-        QVERIFY(f.folders().DoAllDataFoldersExist());
-        QCOMPARE(f.files(f.paths.LayoutsFolder()), QStringList{"a.mlo"});
-        QCOMPARE(f.files(f.paths.ProtocolsFolder()), (QStringList{"NoExtension", "p.apr", "p.mht"}));
-        QVERIFY(f.files(f.paths.ReportsFolder()).isEmpty());
-        QCOMPARE(f.subfolders(f.paths.ReadConfigurationsFolder()), (QStringList{"Reader One", "Reader Two"}));
+        Fixture seeded;
+        for (const char* name :
+             {"Microplate Layouts/a.mlo", "Microplate Layouts/ignored.txt", "Results/r.ars", "Results/r.mht",
+              "Results/QC Example/qc.ars", "Protocols/p.apr", "Protocols/p.mht", "Protocols/NoExtension"})
+            writeFile(seeded.examples + QLatin1Char('/') + QLatin1String(name), name);
+        seeded.setDrivers({QStringLiteral("Reader One"), QStringLiteral("Reader Two")});
+        seeded.folders().CreateAnyMissingNebraDirectories();
+        QVERIFY(seeded.folders().DoAllDataFoldersExist());
+        QCOMPARE(seeded.files(seeded.paths.LayoutsFolder()), QStringList{"a.mlo"});
+        QCOMPARE(seeded.files(seeded.paths.ProtocolsFolder()),
+                 (QStringList{"NoExtension", "p.apr", "p.mht"}));
+        QVERIFY(seeded.files(seeded.paths.ReportsFolder()).isEmpty());
+        QCOMPARE(seeded.subfolders(seeded.paths.ReadConfigurationsFolder()),
+                 (QStringList{"Reader One", "Reader Two"}));
 
         // The user empties the layouts and protocols and deletes only the results.
-        for (const QString& folder : {f.paths.LayoutsFolder(), f.paths.ProtocolsFolder()})
-            for (const QString& name : f.files(folder))
+        for (const QString& folder : {seeded.paths.LayoutsFolder(), seeded.paths.ProtocolsFolder()})
+            for (const QString& name : seeded.files(folder))
                 QVERIFY(QFile::remove(folder + QLatin1Char('/') + name));
-        QVERIFY(QDir(f.paths.ResultsFolder()).removeRecursively());
-        f.folders().CreateAnyMissingNebraDirectories();
-        QVERIFY(f.files(f.paths.ProtocolsFolder()).isEmpty());
-        QVERIFY(f.files(f.paths.LayoutsFolder()).isEmpty());
-        QCOMPARE(f.files(f.paths.ResultsFolder()), (QStringList{"r.ars", "r.mht"}));
-        QCOMPARE(f.files(f.paths.ResultsFolder() + "/QC Example"), QStringList{"qc.ars"});
-    }
+        QVERIFY(QDir(seeded.paths.ResultsFolder()).removeRecursively());
+        seeded.folders().CreateAnyMissingNebraDirectories();
+        QVERIFY(seeded.files(seeded.paths.ProtocolsFolder()).isEmpty());
+        QVERIFY(seeded.files(seeded.paths.LayoutsFolder()).isEmpty());
+        QCOMPARE(seeded.files(seeded.paths.ResultsFolder()), (QStringList{"r.ars", "r.mht"}));
+        QCOMPARE(seeded.files(seeded.paths.ResultsFolder() + "/QC Example"), QStringList{"qc.ars"});
 
-    void withoutExamplesTheTreeIsMadeSilentlyAndBadDriverNamesAreSkipped()
-    {
         Fixture f;
+        const QString candidate = f.dir.filePath("Candidate");
+        for (const QString& kind : Kinds) {
+            QVERIFY(!f.folders().AreAllSubfoldersPresent(candidate));
+            QVERIFY(QDir().mkpath(candidate + "/My Assays/" + kind));
+        }
+        QVERIFY(f.folders().AreAllSubfoldersPresent(candidate));
+        QVERIFY(!f.folders().DoAllDataFoldersExist());
         MessageRecorder messages;
         f.setDrivers({QStringLiteral("Good"), QStringLiteral("Bad/Name"), QStringLiteral(".."),
                       QStringLiteral("Also Good")});
@@ -121,18 +124,6 @@ private Q_SLOTS:
         QVERIFY(QDir(skip.paths.ReadConfigurationsFolder()).isEmpty());
     }
 
-    void everySubfolderIsChecked()
-    {
-        Fixture f;
-        const QString candidate = f.dir.filePath("Candidate");
-        for (const QString& kind : Kinds) {
-            QVERIFY(!f.folders().AreAllSubfoldersPresent(candidate));
-            QVERIFY(QDir().mkpath(candidate + "/My Assays/" + kind));
-        }
-        QVERIFY(f.folders().AreAllSubfoldersPresent(candidate));
-        QVERIFY(!f.folders().DoAllDataFoldersExist());
-    }
-
     // A typed parent directory is checked, asked about and applied; what the
     // file system could never hold or would refuse to make is refused before
     // anything is made. A refused or unchanged one leaves the settings file untouched.
@@ -143,17 +134,12 @@ private Q_SLOTS:
         QTest::addColumn<int>("answer");
         QTest::addColumn<QString>("parentAfter"); // below the test's folder
         QTest::addColumn<QString>("message");     // the one box shown, or none
-        const QString invalid = QStringLiteral("The specified parent directory path is invalid.\r\n"
-                                               "Either it contains illegal characters or\r\n"
-                                               "a multiple level directory structure needs to be created.");
         const QString missing =
             QStringLiteral("The specified parent directory for data files does not exist.\r\n"
                            "Would you like it and its subfolders to be created now?");
         const QString incomplete = QStringLiteral("The specified parent directory has one or more missing "
                                                   "subfolders.\r\nWould you like them to be created now?");
         const QString tooLong = QStringLiteral("The specified parent directory path is too long.");
-        const QString cannotCreate = QStringLiteral("The specified parent directory cannot be created:\r\n"
-                                                    "the folder it belongs in cannot be written to.");
         QStringList complete;
         for (const QString& kind : Kinds)
             complete << QStringLiteral("parent/My Assays/") + kind;
@@ -162,7 +148,7 @@ private Q_SLOTS:
         const int no = MessageButton::No;
         // clang-format off
         QTest::newRow("blanks and one separator") << " %1/Parent/ " << none << 0 << "Parent" << "";
-        QTest::newRow("two missing levels") << "%1/New/Deeper" << none << 0 << "Parent" << invalid;
+        QTest::newRow("two missing levels") << "%1/New/Deeper" << none << 0 << "Parent" << "The specified parent directory path is invalid.\r\nEither it contains illegal characters or\r\na multiple level directory structure needs to be created.";
         QTest::newRow("new, yes") << "%1/Fresh" << none << yes << "Fresh" << missing;
         QTest::newRow("new, no") << "%1/Fresh" << none << no << "Parent" << missing;
         QTest::newRow("incomplete, yes") << "%1/Old" << QStringList{"Old/My Assays/Results"} << yes << "Old" << incomplete;
@@ -173,7 +159,7 @@ private Q_SLOTS:
         QTest::newRow("a name too long") << "%1/" + QString(300, 'a') << none << 0 << "Parent" << tooLong;
         QTest::newRow("a path too long") << "%1" + QString("/abcdefghij").repeated(400) << none << 0 << "Parent" << tooLong;
         QTest::newRow("a file") << "%1/notes.txt" << none << 0 << "Parent" << "The specified parent directory is a file, not a folder.";
-        QTest::newRow("new in a read-only folder") << "%1/Locked/New" << none << 0 << "Parent" << cannotCreate;
+        QTest::newRow("new in a read-only folder") << "%1/Locked/New" << none << 0 << "Parent" << "The specified parent directory cannot be created:\r\nthe folder it belongs in cannot be written to.";
         QTest::newRow("read-only, subfolders missing") << "%1/Locked" << none << 0 << "Parent" << ParentDirectoryRules::readOnlySubfoldersText();
         // clang-format on
     }

@@ -213,7 +213,8 @@ private Q_SLOTS:
 
     // The catalogue is read once per showing, afresh at each, so a driver
     // installed meanwhile is listed and an earlier showing's lines never count.
-    void theCatalogueIsReadOncePerShowing()
+    // The folder chooser fills the text box.
+    void theCatalogueIsReadOncePerShowingAndTheChooserFillsTheTextBox()
     {
         Fixture f;
         f.setDrivers({"Reader One"});
@@ -235,6 +236,30 @@ private Q_SLOTS:
             f.press("OKButton");
         });
         QCOMPARE(f.driverChanges, 0);
+
+        // The chooser fills the text box; OK validates the text as if typed.
+        const QString chosen = f.dir.filePath("Chosen");
+        makeFolder(chosen);
+        const auto user = [&] {
+            f.press("cmdBrowseParentDirectory");
+            QCOMPARE(f.text()->text(), chosen);
+            f.press("cmdBrowseParentDirectory"); // cancelled: the text stays
+            QCOMPARE(f.text()->text(), chosen);
+            f.press("Help");
+            f.press("OKButton");
+        };
+        DialogScript script;
+        script.then([&](QDialog&) {
+            user();
+            return f.dialog.result();
+        });
+        script.chooseFile(chosen);
+        MessageRecorder recorder;
+        recorder.answer(MessageButton::Yes);
+        QVERIFY(f.dialog.run());
+        QCOMPARE(script.shown(), (QStringList{"frmOptions", "dlgParentDirectory", "dlgParentDirectory"}));
+        QCOMPARE(f.paths.ParentDirectory(), chosen);
+        QCOMPARE(f.helpTopics, QList<int>{OptionsDialog::HelpTopic});
     }
 
     // OK applies the parent directory first; a refused one keeps the dialog
@@ -293,84 +318,47 @@ private Q_SLOTS:
         QVERIFY(!f.dialog.OKPressed());
     }
 
-    // The chooser fills the text box; OK validates the text as if typed.
-    void theFolderChooserFillsTheTextBox()
-    {
-        Fixture f;
-        const QString chosen = f.dir.filePath("Chosen");
-        makeFolder(chosen);
-        const auto user = [&] {
-            f.press("cmdBrowseParentDirectory");
-            QCOMPARE(f.text()->text(), chosen);
-            f.press("cmdBrowseParentDirectory"); // cancelled: the text stays
-            QCOMPARE(f.text()->text(), chosen);
-            f.press("Help");
-            f.press("OKButton");
-        };
-        DialogScript script;
-        script.then([&](QDialog&) {
-            user();
-            return f.dialog.result();
-        });
-        script.chooseFile(chosen);
-        MessageRecorder recorder;
-        recorder.answer(MessageButton::Yes);
-        QVERIFY(f.dialog.run());
-        QCOMPARE(script.shown(), (QStringList{"frmOptions", "dlgParentDirectory", "dlgParentDirectory"}));
-        QCOMPARE(f.paths.ParentDirectory(), chosen);
-        QCOMPARE(f.helpTopics, QList<int>{OptionsDialog::HelpTopic});
-    }
-
-    // Every control is reached by Tab and heard by its caption, Escape cancels,
-    // Enter confirms and the access keys reach the tabs.
-    void theKeyboardReachesEverything_data()
-    {
-        QTest::addColumn<int>("key");
-        QTest::addColumn<bool>("okPressed");
-        // clang-format off
-        QTest::newRow("Escape") << int(Qt::Key_Escape) << false;
-        QTest::newRow("Enter") << int(Qt::Key_Return) << true;
-        // clang-format on
-    }
-
+    // Every control is reached by Tab and heard by its caption, the access
+    // keys reach the tabs, Escape cancels and Enter confirms.
     void theKeyboardReachesEverything()
     {
-        QFETCH(int, key);
-        QFETCH(bool, okPressed);
         Fixture f;
         f.setDrivers({"Reader One"});
-        const bool ok = f.run([&] {
-            f.dialog.show();
-            QApplication::setActiveWindow(&f.dialog);
-            QVERIFY(QTest::qWaitForWindowActive(&f.dialog));
-            QTest::keyClick(&f.dialog, Qt::Key_R, Qt::AltModifier);
-            QCOMPARE(f.control<QTabWidget>("tabOptions")->currentIndex(), int(OptionsDialog::DriversTab));
-            // Tab from the tab bar through each page in turn reaches every control it shows.
-            auto* tabs = f.control<QTabWidget>("tabOptions");
-            int checked = 0;
-            for (int page = 0; page < tabs->count(); ++page) {
-                tabs->setCurrentIndex(page);
-                verifyAccessibleNames(f.dialog, 4);
-                tabs->tabBar()->setFocus();
-                QSet<QWidget*> reached;
-                for (int i = 0; i < 8; ++i) {
-                    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
-                    reached.insert(QApplication::focusWidget());
-                }
-                for (QWidget* control : f.dialog.findChildren<QWidget*>()) {
-                    if (control->isVisible() && (control->focusPolicy() & Qt::TabFocus) &&
-                        !control->focusProxy()) {
-                        QVERIFY2(reached.contains(control), qPrintable(control->objectName()));
-                        ++checked;
+        for (const auto& [key, okPressed] :
+             {std::pair(Qt::Key_Escape, false), std::pair(Qt::Key_Return, true)}) {
+            const bool ok = f.run([&] {
+                f.dialog.show();
+                QApplication::setActiveWindow(&f.dialog);
+                QVERIFY(QTest::qWaitForWindowActive(&f.dialog));
+                QTest::keyClick(&f.dialog, Qt::Key_R, Qt::AltModifier);
+                QCOMPARE(f.control<QTabWidget>("tabOptions")->currentIndex(), int(OptionsDialog::DriversTab));
+                // Tab from the tab bar through each page in turn reaches every control it shows.
+                auto* tabs = f.control<QTabWidget>("tabOptions");
+                int checked = 0;
+                for (int page = 0; page < tabs->count(); ++page) {
+                    tabs->setCurrentIndex(page);
+                    verifyAccessibleNames(f.dialog, 4);
+                    tabs->tabBar()->setFocus();
+                    QSet<QWidget*> reached;
+                    for (int i = 0; i < 8; ++i) {
+                        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+                        reached.insert(QApplication::focusWidget());
+                    }
+                    for (QWidget* control : f.dialog.findChildren<QWidget*>()) {
+                        if (control->isVisible() && (control->focusPolicy() & Qt::TabFocus) &&
+                            !control->focusProxy()) {
+                            QVERIFY2(reached.contains(control), qPrintable(control->objectName()));
+                            ++checked;
+                        }
                     }
                 }
-            }
-            QVERIFY2(checked >= 10, qPrintable(QString::number(checked))); // each page's and the buttons
-            f.list()->setFocus();
-            QTest::keyClick(f.list(), Qt::Key(key));
-        });
-        QCOMPARE(ok, okPressed);
-        QVERIFY(f.dialog.isHidden());
+                QVERIFY2(checked >= 10, qPrintable(QString::number(checked))); // each page's and the buttons
+                f.list()->setFocus();
+                QTest::keyClick(f.list(), key);
+            });
+            QCOMPARE(ok, okPressed);
+            QVERIFY(f.dialog.isHidden());
+        }
     }
 };
 

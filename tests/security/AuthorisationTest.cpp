@@ -122,16 +122,8 @@ private Q_SLOTS:
         QCOMPARE(box.buttons, int(MessageButton::Ok));
     }
 
-    void anEntryThatCannotBeWrittenRefusesTheOperation()
-    {
-        Checked o(SecuritySession::State::Active);
-        o.site.fixture.fillUp();
-        QVERIFY(!o.authorisation->AddAuditTrailEntryOperationGeneral("Run protocol: a.apr"));
-        QCOMPARE(o.messages->count(), 1); // the manager's, NebraSecurityManagerTest's to word
-        QVERIFY(!o.site.fixture.auditTexts().contains("Run protocol: a.apr"));
-    }
-
-    void otherAreasAreAskedAsGiven()
+    // Other areas are asked as given; an entry that cannot be written refuses the operation.
+    void otherAreasAndAnEntryThatCannotBeWritten()
     {
         Checked o(SecuritySession::State::Active);
         QVERIFY(o.authorisation->CanPerformSecurityOperation("Instrumentation", "SelectDriver", true));
@@ -139,6 +131,11 @@ private Q_SLOTS:
         // The general check asks only its own area, and shows the refusal.
         QVERIFY(!o.authorisation->CanPerformGeneralOperation("SelectDriver"));
         QCOMPARE(o.messages->count(), 1);
+
+        o.site.fixture.fillUp();
+        QVERIFY(!o.authorisation->AddAuditTrailEntryOperationGeneral("Run protocol: a.apr"));
+        QCOMPARE(o.messages->count(), 2); // the manager's, NebraSecurityManagerTest's to word
+        QVERIFY(!o.site.fixture.auditTexts().contains("Run protocol: a.apr"));
     }
 };
 

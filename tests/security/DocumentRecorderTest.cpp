@@ -133,8 +133,10 @@ private Q_SLOTS:
         editor.waitForFinished();
     }
 
-    // Changes made while no Organiser ran are found at the next start, each once.
-    void changesWhileNothingRecordedAreFoundAtStart()
+    // Changes made while no Organiser ran are found at the next start, each
+    // once; a rename or a save over a document keeps its history; entries the
+    // store refuses for a while are retried.
+    void changesFoundAtStartRenamesAndRetriedEntriesKeepTheHistory()
     {
         Recorded o;
         static_cast<void>(
@@ -157,52 +159,36 @@ private Q_SLOTS:
                               "Document removed: " + o.path("Reports/removed")}));
         QCOMPARE(progress.constLast(), QVariantList({2, 2})); // only what changed was read
         QCOMPARE(next->state(o.path(QStringLiteral("Reports/altered"))), RecordState::ChangedUnwatched);
-        QCOMPARE(next->state(o.path(QStringLiteral("Reports/kept"))), RecordState::Recorded);
+        const QString kept = o.path(QStringLiteral("Reports/kept"));
+        QCOMPARE(next->state(kept), RecordState::Recorded);
         QCOMPARE(next->state(o.path(QStringLiteral("Reports/removed"))), RecordState::NotRecorded);
-    }
 
-    void aRenameOrASaveOverKeepsTheHistory()
-    {
-        Recorded o;
-        const std::unique_ptr<DocumentRecorder> recorder =
-            o.started(QStringLiteral("Reports"), {"Reports/a"});
-        runScript(o.parent.path(), QStringLiteral("mv Reports/a Reports/b"));
-        Recorded::settle(*recorder, [&] {
-            recorder->noticeChange({ShellEvent::SHCNE_DELETE, o.path(QStringLiteral("Reports/a")), {}});
-            recorder->noticeChange({ShellEvent::SHCNE_UPDATEITEM, o.path(QStringLiteral("Reports/b")), {}});
-        });
-        QCOMPARE(o.newestEntry(),
-                 QStringLiteral("Document renamed: %1 -> %2")
-                     .arg(o.path(QStringLiteral("Reports/a")), o.path(QStringLiteral("Reports/b"))));
-        QCOMPARE(recorder->state(o.path(QStringLiteral("Reports/b"))), RecordState::Recorded);
-
+        const QString b = o.path(QStringLiteral("Reports/b"));
+        const auto moved = [&](const QString& script, const QString& from) {
+            runScript(o.parent.path(), script);
+            Recorded::settle(*next, [&] {
+                next->noticeChange({ShellEvent::SHCNE_DELETE, from, {}});
+                next->noticeChange({ShellEvent::SHCNE_UPDATEITEM, b, {}});
+            });
+        };
+        moved(QStringLiteral("mv Reports/kept Reports/b"), kept);
+        QCOMPARE(o.newestEntry(), QStringLiteral("Document renamed: %1 -> %2").arg(kept, b));
+        QCOMPARE(next->state(b), RecordState::Recorded);
         // An editor's save: the new content written aside and moved over the document.
-        const qsizetype before = o.site.auditTexts().size();
-        runScript(o.parent.path(),
-                  QStringLiteral("printf v2 > Reports/.b.new && mv Reports/.b.new Reports/b"));
-        Recorded::settle(*recorder, [&] {
-            recorder->noticeChange({ShellEvent::SHCNE_DELETE, o.path(QStringLiteral("Reports/b")), {}});
-            recorder->noticeChange({ShellEvent::SHCNE_UPDATEITEM, o.path(QStringLiteral("Reports/b")), {}});
-        });
-        const QStringList after = o.site.auditTexts().mid(before);
+        const qsizetype saved = o.site.auditTexts().size();
+        moved(QStringLiteral("printf v2 > Reports/.b.new && mv Reports/.b.new Reports/b"), b);
+        const QStringList after = o.site.auditTexts().mid(saved);
         QCOMPARE(after.size(), 1);
-        QVERIFY2(after.constFirst().startsWith(QLatin1String("Document changed outside the suite: ") +
-                                               o.path(QStringLiteral("Reports/b")) +
-                                               QLatin1String(" sha256=")),
+        QVERIFY2(after.constFirst().startsWith("Document changed outside the suite: " + b + " sha256="),
                  qPrintable(after.constFirst()));
-    }
 
-    // The store refuses entries for a while: the failure is reported once, and
-    // the entries are written, in order, once it takes them again.
-    void anEntryThatCannotBeWrittenIsRetried()
-    {
-        Recorded o;
-        const std::unique_ptr<DocumentRecorder> recorder = o.started(QStringLiteral("Reports"));
-        QSignalSpy failed(recorder.get(), &DocumentRecorder::recordingFailed);
+        // The store refuses entries for a while: the failure is reported once, and
+        // the entries are written, in order, once it takes them again.
+        QSignalSpy failed(next.get(), &DocumentRecorder::recordingFailed);
         const QString reason = o.site.breakAppends();
         for (const char* name : {"Reports/one", "Reports/two"}) {
             o.change(QLatin1String(name), QStringLiteral("v1"));
-            recorder->noticeChange({ShellEvent::SHCNE_UPDATEITEM, o.path(QLatin1String(name)), {}});
+            next->noticeChange({ShellEvent::SHCNE_UPDATEITEM, o.path(QLatin1String(name)), {}});
         }
         QVERIFY(failed.wait(20000));
         QVERIFY2(failed.constFirst().constFirst().toString().contains(reason),

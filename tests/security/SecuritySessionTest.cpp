@@ -37,8 +37,6 @@ struct Session : LoadedOrganiser
 {
     explicit Session(bool logIn = true) { secure({"AuthorisationsGeneral/RunProtocol"}, logIn); }
 
-    MainWindow& run() { return load(0); }
-
     // The one message box shown so far as "text|title".
     QString onlyMessage() const
     {
@@ -64,7 +62,7 @@ private Q_SLOTS:
         Session o(false);
         o.set("Settings/SecurityConfigured", false);
         writeFile(o.doc("Microplate Layouts/Plate A.mlo"), "v1");
-        MainWindow* window = &o.run();
+        MainWindow* window = &o.load(0);
         QVERIFY(!part<SecuritySession>(*window).SecurityEnabled());
         QVERIFY(!part<StatusBarControl>(*window).isPanelVisible(SecuritySession::SessionPanel));
         for (const char* id :
@@ -125,10 +123,29 @@ private Q_SLOTS:
             QCOMPARE(o.security->auditTexts().last(), "Session closed");
     }
 
-    void aSessionFromLogInToClosingTheWindow()
+    // A session from its log-in, shown in the status bar and the tools, to
+    // its end, which ends the program.
+    void theEndOfTheSessionEndsTheProgram_data()
     {
+        QTest::addColumn<QString>("how");
+        QTest::addColumn<QString>("message"); // "text|title"
+        QTest::addColumn<QString>("audit");   // the last entry, or empty to skip
+        // clang-format off
+        QTest::newRow("time-out") << "time-out" << "Your session has timed out.  You have been logged out|Time Out" << "Session timed out after 10 minutes without activity";
+        // The unload after the log-out closes no session: it has ended already.
+        QTest::newRow("log-out") << "ID_LogOut" << "The program will now exit.|Logged Out" << "Log out";
+        QTest::newRow("other reason") << "reason 2" << "0 messages" << "";
+        // clang-format on
+    }
+
+    void theEndOfTheSessionEndsTheProgram()
+    {
+        QFETCH(QString, how);
+        QFETCH(QString, message);
+        QFETCH(QString, audit);
         Session o;
-        MainWindow* window = &o.run();
+        o.set("Security/TimeOutMinutes", 10);
+        MainWindow* window = &o.load(0);
         QCOMPARE(part<SecuritySession>(*window).state(), SecuritySession::State::Active);
         QCOMPARE(part<StatusBarControl>(*window).panelText(SecuritySession::SessionPanel),
                  "Logged in as: jsmith (Jane Smith)");
@@ -154,29 +171,8 @@ private Q_SLOTS:
         QTest::mouseClick(panel, Qt::LeftButton);
         QCOMPARE(o.onlyMessage(), "Logged in as: jsmith\r\n\r\nJane Smith|Security Information");
         QCOMPARE(o.messages.last().icon, MessageIcon::Information);
-    }
+        o.messages.clear();
 
-    void theEndOfTheSessionEndsTheProgram_data()
-    {
-        QTest::addColumn<QString>("how");
-        QTest::addColumn<QString>("message"); // "text|title"
-        QTest::addColumn<QString>("audit");   // the last entry, or empty to skip
-        // clang-format off
-        QTest::newRow("time-out") << "time-out" << "Your session has timed out.  You have been logged out|Time Out" << "Session timed out after 10 minutes without activity";
-        // The unload after the log-out closes no session: it has ended already.
-        QTest::newRow("log-out") << "ID_LogOut" << "The program will now exit.|Logged Out" << "Log out";
-        QTest::newRow("other reason") << "reason 2" << "0 messages" << "";
-        // clang-format on
-    }
-
-    void theEndOfTheSessionEndsTheProgram()
-    {
-        QFETCH(QString, how);
-        QFETCH(QString, message);
-        QFETCH(QString, audit);
-        Session o;
-        o.set("Security/TimeOutMinutes", 10);
-        MainWindow* window = &o.run();
         QDialog other; // another window of the program, open when the session ends
         other.show();
         // A window hidden between showings (as the Options dialog is) must not outlive the session.
@@ -253,7 +249,7 @@ private Q_SLOTS:
         if (warningSeconds >= 0)
             o.set("Security/TimeOutWarningSeconds", warningSeconds);
         const int warnAt = 10 * 60 - (warningSeconds < 0 ? 60 : warningSeconds);
-        MainWindow* window = &o.run();
+        MainWindow* window = &o.load(0);
         TimeOutWarning* warning = part<SecuritySession>(*window).timeOutWarning();
         QCOMPARE(warning == nullptr, action == QLatin1String("none shown"));
         o.now += qint64(warnAt) * 1000 - 1;

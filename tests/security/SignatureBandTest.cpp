@@ -30,38 +30,23 @@ class SignatureBandTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase()
+    void aLineNamesTheSignerTheMeaningAndTheLocalTime()
     {
         qputenv("TZ", "Europe/Berlin");
         tzset();
-    }
+        const QString winter = "2026-11-25T13:03:07Z";
+        QCOMPARE(SignatureBand::lineText(signature("Approved", winter, true)),
+                 "Approved by Jane Smith (jsmith), 25 Nov 2026 14:03:07 CET");
+        QCOMPARE(SignatureBand::lineText(signature("Reviewed", "2026-07-01T12:03:07Z", true)),
+                 "Reviewed by Jane Smith (jsmith), 1 Jul 2026 14:03:07 CEST");
+        QCOMPARE(SignatureBand::lineText(signature("Approved", winter, false)),
+                 "Signature void: the document changed after it was signed (Approved by Jane Smith (jsmith), "
+                 "25 Nov 2026 14:03:07 CET)");
+        QCOMPARE(SignatureBand::lineText(signature("Authored", winter, false, false)),
+                 "Signature void: its record was altered outside the suite (Authored by Jane Smith (jsmith), "
+                 "25 Nov 2026 14:03:07 CET)");
 
-    void aLineNamesTheSignerTheMeaningAndTheLocalTime_data()
-    {
-        QTest::addColumn<QString>("meaning");
-        QTest::addColumn<QString>("utc");
-        QTest::addColumn<bool>("valid");
-        QTest::addColumn<bool>("intact");
-        QTest::addColumn<QString>("line");
-        // clang-format off
-        QTest::newRow("winter") << "Approved" << "2026-11-25T13:03:07Z" << true << true << "Approved by Jane Smith (jsmith), 25 Nov 2026 14:03:07 CET";
-        QTest::newRow("summer") << "Reviewed" << "2026-07-01T12:03:07Z" << true << true << "Reviewed by Jane Smith (jsmith), 1 Jul 2026 14:03:07 CEST";
-        QTest::newRow("void") << "Approved" << "2026-11-25T13:03:07Z" << false << true << "Signature void: the document changed after it was signed (Approved by Jane Smith (jsmith), 25 Nov 2026 14:03:07 CET)";
-        QTest::newRow("row altered") << "Authored" << "2026-11-25T13:03:07Z" << false << false << "Signature void: its record was altered outside the suite (Authored by Jane Smith (jsmith), 25 Nov 2026 14:03:07 CET)";
-        // clang-format on
-    }
-    void aLineNamesTheSignerTheMeaningAndTheLocalTime()
-    {
-        QFETCH(QString, meaning);
-        QFETCH(QString, utc);
-        QFETCH(bool, valid);
-        QFETCH(bool, intact);
-        QFETCH(QString, line);
-        QCOMPARE(SignatureBand::lineText(signature(meaning, utc, valid, intact)), line);
-    }
-
-    void theBandIsHeardLineByLineAndGoneWithoutSignatures()
-    {
+        // The band is heard line by line, and gone without signatures.
         SignatureBand band;
         band.showSignatures(
             {signature(QStringLiteral("Authored"), QStringLiteral("2026-11-25T13:03:07Z"), false),

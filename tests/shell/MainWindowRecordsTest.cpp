@@ -111,34 +111,6 @@ struct Records : LoadedOrganiser
     }
 };
 
-// The Organiser in a session of jsmith, who holds the rights given.
-struct Site : LoadedOrganiser
-{
-    explicit Site(const QStringList& rights = {QStringLiteral("Security/ViewAuditTrail")})
-    {
-        secure(rights);
-        load();
-    }
-
-    QAction* command() const
-    {
-        return part<ToolBarsControl>(*window).action(QStringLiteral("ID_AuditTrail"));
-    }
-
-    // Opens the viewer and waits for its first rows and chain check; the
-    // test program ends if there is no viewer, as every later step would fail.
-    AuditTrailWindow* openViewer()
-    {
-        command()->trigger();
-        AuditTrailWindow* viewer = window->findChild<AuditTrailWindow*>();
-        if (!viewer)
-            qFatal("The audit trail viewer did not open");
-        if (!QTest::qWaitFor([viewer] { return !viewer->chainStatus().checking(); }, 10000))
-            qWarning("The chain check did not end");
-        return viewer;
-    }
-};
-
 int rows(const AuditTrailWindow& viewer)
 {
     return viewer.table().model()->rowCount();
@@ -159,20 +131,6 @@ class MainWindowRecordsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    // Who made a change is DocumentRecorderTest's; here the layout editor the
-    // window starts is known to the recorder (a change outside: the reviewer's test below).
-    void aChangeByTheStartedEditorIsRecordedAsItsOwn()
-    {
-        Records o({QStringLiteral("AuthorisationsGeneral/EditLayout")});
-        QVERIFY(o.showLayout());
-        FileListControl& list = part<FileListControl>(*o.window);
-        QCOMPARE(o.recordCell(list), QStringLiteral("Recorded"));
-        part<CommandDispatcher>(*o.window).run(CommandId::Open);
-        QTRY_VERIFY_WITH_TIMEOUT(o.entryStarting("Document changed: " + o.doc(Layout) + " sha256="), 20000);
-        QVERIFY(o.security->auditTexts().constLast().endsWith(QLatin1String(" by editor")));
-        QCOMPARE(o.recordCell(list), QStringLiteral("Recorded"));
-    }
-
     void aReviewerAcceptsAChangeWithAReason()
     {
         Records o({QStringLiteral("Documents/AcceptChange")});
@@ -196,14 +154,17 @@ private Q_SLOTS:
     }
 
     // Without the rights, accepting a change, signing and the audit trail are
-    // each refused with the permission message, and nothing is recorded.
-    void withoutTheRightsEachCommandIsRefused()
+    // each refused with the permission message, and nothing is recorded. Who
+    // made a change is DocumentRecorderTest's; here the layout editor the
+    // window starts is known to the recorder.
+    void withoutTheRightsEachCommandIsRefusedAndTheEditorsChangeIsItsOwn()
     {
-        Records o({});
+        Records o({QStringLiteral("AuthorisationsGeneral/EditLayout")});
         QVERIFY(o.showLayout());
+        FileListControl& list = part<FileListControl>(*o.window);
+        QCOMPARE(o.recordCell(list), QStringLiteral("Recorded"));
         o.changeOutside();
-        QTRY_COMPARE_WITH_TIMEOUT(o.recordCell(part<FileListControl>(*o.window)),
-                                  QStringLiteral("Changed outside the suite"), 20000);
+        QTRY_COMPARE_WITH_TIMEOUT(o.recordCell(list), QStringLiteral("Changed outside the suite"), 20000);
         QVERIFY(!tool(*o.window, CommandId::AcceptChange).isEnabled());
         part<CommandDispatcher>(*o.window).run(CommandId::AcceptChange);
         o.sign(QStringLiteral("Approved"));
@@ -215,22 +176,33 @@ private Q_SLOTS:
         QVERIFY(!o.window->findChild<AuditTrailWindow*>());
         for (const char* entry : {"Document change accepted: ", "Signed: ", "Audit trail viewer opened"})
             QVERIFY2(!o.entryStarting(QLatin1String(entry)), entry);
-        QCOMPARE(o.recordCell(part<FileListControl>(*o.window)), QStringLiteral("Changed outside the suite"));
+        QCOMPARE(o.recordCell(list), QStringLiteral("Changed outside the suite"));
+
+        part<CommandDispatcher>(*o.window).run(CommandId::Open);
+        QTRY_VERIFY_WITH_TIMEOUT(o.entryStarting("Document changed: " + o.doc(Layout) + " sha256="), 20000);
+        QVERIFY(o.security->auditTexts().constLast().endsWith(QLatin1String(" by editor")));
+        QCOMPARE(o.recordCell(list), QStringLiteral("Recorded"));
     }
 
+    // A document changed while its Sign Document dialog was open is not
+    // signed; a signature then shows until the document changes.
     void aSignatureShowsUntilTheDocumentChanges()
     {
         Records o({QStringLiteral("Documents/Sign")});
         QVERIFY(o.showLayout());
         FileListControl& list = part<FileListControl>(*o.window);
         QVERIFY(tool(*o.window, CommandId::Sign).isEnabled());
-        const QString signedEntry = QStringLiteral("Signed: ") + o.doc(Layout) + QStringLiteral(" sha256=");
+        o.sign(QStringLiteral("Approved"), [&o] { o.changeOutside(); });
+        QTRY_COMPARE_WITH_TIMEOUT(o.messages.count(), 1, 10000);
+        QCOMPARE(o.messages.last().text, DocumentSigning::changedText());
+        QVERIFY(!o.entryStarting(QStringLiteral("Signed: ")));
+
         o.sign(QStringLiteral("Reviewed"));
         QTRY_COMPARE_WITH_TIMEOUT(o.recordCell(list), QStringLiteral("Signed (Reviewed)"), 10000);
-        QVERIFY(o.entryStarting(signedEntry));
+        QVERIFY(o.entryStarting(QStringLiteral("Signed: ") + o.doc(Layout) + QStringLiteral(" sha256=")));
         o.sign(QStringLiteral("Approved"));
         QTRY_COMPARE_WITH_TIMEOUT(o.recordCell(list), QStringLiteral("Signed (Approved)"), 10000);
-        QCOMPARE(o.userNames, QStringList({"typed", "read-only jsmith"}));
+        QCOMPARE(o.userNames, QStringList({"typed", "typed", "read-only jsmith"}));
         QCOMPARE(o.band().size(), 2); // each line's wording is SignatureBandTest's
         auto* line = o.window->findChild<QLabel*>(QStringLiteral("recordState"));
         QCOMPARE(line->text(), QStringLiteral("Record: Signed (Approved)"));
@@ -248,22 +220,18 @@ private Q_SLOTS:
         QTRY_VERIFY(o.band().isEmpty());
     }
 
-    // A document changed while its Sign Document dialog was open is not signed.
-    void aDocumentChangedWhileSigningIsNotSigned()
+    // What an export writes is the export's own test; here each way out of
+    // the viewer reaches it, a file is replaced only when the user says so,
+    // and an export the trail cannot record is not made.
+    void theTrailOpensRecordedFiltersExportsAndClosesAtLogOut()
     {
-        Records o({QStringLiteral("Documents/Sign")});
-        QVERIFY(o.showLayout());
-        o.sign(QStringLiteral("Approved"), [&o] { o.changeOutside(); });
-        QTRY_COMPARE_WITH_TIMEOUT(o.messages.count(), 1, 10000);
-        QCOMPARE(o.messages.last().text, DocumentSigning::changedText());
-        QCOMPARE(o.userNames.size(), 1); // the dialog was shown
-        QVERIFY(!o.entryStarting(QStringLiteral("Signed: ")));
-    }
-
-    void theTrailOpensRecordedFiltersAndClosesAtLogOut()
-    {
-        Site site;
-        AuditTrailWindow* viewer = site.openViewer();
+        LoadedOrganiser site;
+        site.secure({QStringLiteral("Security/ViewAuditTrail")});
+        QAction* command = part<ToolBarsControl>(site.load()).action(QStringLiteral("ID_AuditTrail"));
+        command->trigger();
+        AuditTrailWindow* viewer = site.window->findChild<AuditTrailWindow*>();
+        QVERIFY(viewer);
+        QTRY_VERIFY_WITH_TIMEOUT(!viewer->chainStatus().checking(), 10000);
         QPointer<AuditTrailWindow> open(viewer);
         QVERIFY(viewer->isVisible());
         QCOMPARE(site.security->auditTexts().last(), QStringLiteral("Audit trail viewer opened"));
@@ -284,16 +252,60 @@ private Q_SLOTS:
         viewer->filterBar().findChild<QPushButton*>(QStringLiteral("cmdClear"))->click();
         QTRY_COMPARE_WITH_TIMEOUT(rows(*viewer), all, 5000);
 
-        part<ToolBarsControl>(*site.window).action(QStringLiteral("ID_LogOut"))->trigger();
-        QTRY_COMPARE_WITH_TIMEOUT(site.processEnds, 1, 5000);
-        QTRY_VERIFY_WITH_TIMEOUT(open.isNull(), 5000);
-        QVERIFY(!site.command()->isEnabled());
-    }
+        const auto exportTo = [&](const QString& kind) {
+            const QString file =
+                site.folders.root() + QLatin1Char('/') + kind + (kind == "csv" ? ".csv" : ".pdf");
+            if (kind == QLatin1String("print")) {
+                site.dialogs.then([file](QDialog& dialog) {
+                    auto* print = qobject_cast<QPrintDialog*>(&dialog);
+                    if (!print)
+                        return int(QDialog::Rejected);
+                    print->printer()->setOutputFormat(QPrinter::PdfFormat);
+                    print->printer()->setOutputFileName(file);
+                    return int(QDialog::Accepted);
+                });
+                viewer->Print();
+            } else {
+                site.dialogs.chooseFile(file);
+                kind == QLatin1String("csv") ? viewer->ExportCsv() : viewer->ExportPdf();
+            }
+            return file;
+        };
+        for (const char* kind : {"csv", "pdf", "print"}) {
+            const int entries = site.security->auditTexts().size();
+            const QString file = exportTo(QLatin1String(kind));
+            QVERIFY2(QFileInfo::exists(file), kind);
+            QCOMPARE(site.security->auditTexts().size(), entries + 1);
+            const QString recorded = site.security->auditTexts().last();
+            QVERIFY2(
+                recorded.contains(
+                    QStringLiteral("\"%1\": %2 entries, filter: all entries").arg(file).arg(rows(*viewer))),
+                qPrintable(recorded));
+        }
+        QCOMPARE(site.messages.count(), 0);
 
-    void aTamperedTrailShowsItsFirstBadEntry()
-    {
-        Site site;
-        AuditTrailWindow* viewer = site.openViewer();
+        const QString csv = site.folders.root() + QStringLiteral("/csv.csv");
+        writeFile(csv, "old");
+        for (const int answer : {int(MessageButton::No), int(MessageButton::Yes)}) {
+            site.messages.answer(answer);
+            exportTo(QStringLiteral("csv"));
+            QCOMPARE(site.messages.last().text,
+                     QStringLiteral("\"%1\" already exists.\nDo you want to replace it?").arg(csv));
+            QCOMPARE(site.messages.last().defaultButton, int(MessageButton::No));
+            QCOMPARE(readFile(csv).startsWith("Sequence,"), answer == MessageButton::Yes);
+        }
+        QCOMPARE(site.messages.count(), 2);
+
+        // A trail that cannot record the printout: the manager has said why; nothing else is shown.
+        site.security->fillUp(QStringLiteral("Security"));
+        const int entries = site.security->auditTexts().size();
+        QVERIFY(!QFileInfo::exists(exportTo(QStringLiteral("print"))));
+        QCOMPARE(site.security->auditTexts().size(), entries);
+        QCOMPARE(site.messages.count(), 3);
+        QVERIFY(site.messages.last().text.startsWith(NebraSecurityManager::auditWriteFailureText()));
+        site.security->tamper({QStringLiteral("DROP TRIGGER full")});
+
+        // A tampered trail shows its first bad entry.
         site.security->tamper(
             {QStringLiteral("DROP TRIGGER audit_trail_no_update"),
              QStringLiteral("UPDATE audit_trail SET text = 'User added: mallory' WHERE seq = 2")});
@@ -301,85 +313,11 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(!viewer->chainStatus().checking(), 10000);
         QVERIFY2(viewer->chainStatus().statusText().startsWith(QStringLiteral("NOT intact from entry 2: ")),
                  qPrintable(viewer->chainStatus().statusText()));
-    }
 
-    // What an export writes is the export's own test; here each way out of the viewer reaches it.
-    void exportsAreRecordedOrNotMade_data()
-    {
-        QTest::addColumn<QString>("kind");
-        QTest::addColumn<bool>("auditFull");
-        // clang-format off
-        QTest::newRow("csv") << "csv" << false;
-        QTest::newRow("pdf") << "pdf" << false;
-        QTest::newRow("print") << "print" << false;
-        QTest::newRow("print, trail full") << "print" << true;
-        // clang-format on
-    }
-
-    void exportsAreRecordedOrNotMade()
-    {
-        QFETCH(QString, kind);
-        QFETCH(bool, auditFull);
-        Site site;
-        AuditTrailWindow* viewer = site.openViewer();
-        const QString file =
-            site.folders.root() + QStringLiteral("/trail.") + (kind == "csv" ? "csv" : "pdf");
-        if (auditFull)
-            site.security->fillUp(QStringLiteral("Security"));
-        const int entries = site.security->auditTexts().size();
-        if (kind == QLatin1String("print")) {
-            site.dialogs.then([file](QDialog& dialog) {
-                auto* print = qobject_cast<QPrintDialog*>(&dialog);
-                if (!print)
-                    return int(QDialog::Rejected);
-                print->printer()->setOutputFormat(QPrinter::PdfFormat);
-                print->printer()->setOutputFileName(file);
-                return int(QDialog::Accepted);
-            });
-            viewer->Print();
-        } else {
-            site.dialogs.chooseFile(file);
-            kind == QLatin1String("csv") ? viewer->ExportCsv() : viewer->ExportPdf();
-        }
-        QCOMPARE(QFileInfo::exists(file), !auditFull);
-        QCOMPARE(site.security->auditTexts().size(), entries + (auditFull ? 0 : 1));
-        if (auditFull) {
-            // The manager has said why; nothing else is shown.
-            QCOMPARE(site.messages.count(), 1);
-            QVERIFY(site.messages.last().text.startsWith(NebraSecurityManager::auditWriteFailureText()));
-            return;
-        }
-        QCOMPARE(site.messages.count(), 0);
-        const QString recorded = site.security->auditTexts().last();
-        QVERIFY2(recorded.contains(
-                     QStringLiteral("\"%1\": %2 entries, filter: all entries").arg(file).arg(entries)),
-                 qPrintable(recorded));
-    }
-
-    void replacingAFileAsksFirst_data()
-    {
-        QTest::addColumn<int>("answer");
-        // clang-format off
-        QTest::newRow("yes") << int(MessageButton::Yes);
-        QTest::newRow("no") << int(MessageButton::No);
-        // clang-format on
-    }
-
-    void replacingAFileAsksFirst()
-    {
-        QFETCH(int, answer);
-        Site site;
-        AuditTrailWindow* viewer = site.openViewer();
-        const QString file = site.folders.root() + QStringLiteral("/trail.csv");
-        writeFile(file, "old");
-        site.dialogs.chooseFile(file);
-        site.messages.answer(answer);
-        viewer->ExportCsv();
-        QCOMPARE(site.messages.count(), 1);
-        QCOMPARE(site.messages.last().text,
-                 QStringLiteral("\"%1\" already exists.\nDo you want to replace it?").arg(file));
-        QCOMPARE(site.messages.last().defaultButton, int(MessageButton::No));
-        QCOMPARE(readFile(file).startsWith("Sequence,"), answer == MessageButton::Yes);
+        part<ToolBarsControl>(*site.window).action(QStringLiteral("ID_LogOut"))->trigger();
+        QTRY_COMPARE_WITH_TIMEOUT(site.processEnds, 1, 5000);
+        QTRY_VERIFY_WITH_TIMEOUT(open.isNull(), 5000);
+        QVERIFY(!command->isEnabled());
     }
 };
 

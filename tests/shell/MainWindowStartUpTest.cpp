@@ -1,8 +1,12 @@
 #include "BrowserControl.h"
 #include "Controls.h"
+#include "DocumentType.h"
 #include "FileListControl.h"
 #include "FolderTreeControl.h"
 #include "FolderTreeModel.h"
+#include "HelpBrowser.h"
+#include "HelpTopics.h"
+#include "HelpWindow.h"
 #include "LoadedOrganiser.h"
 #include "MainWindow.h"
 #include "OptionsDialog.h"
@@ -13,7 +17,9 @@
 #include "WebEngineTestMain.h"
 #include "WindowParts.h"
 
+#include <QAction>
 #include <QCheckBox>
+#include <QDesktopServices>
 #include <QFile>
 #include <QLineEdit>
 #include <QListWidget>
@@ -22,6 +28,8 @@
 #include <QPushButton>
 #include <QTabWidget>
 #include <QTest>
+
+#include <tuple>
 
 using namespace nebra;
 using namespace nebra::test;
@@ -94,10 +102,41 @@ FolderNode nodeOf(MainWindow& window, const QString& folder)
     return {};
 }
 
+// The IDs in the menus and on the tool bar, each once, Exit last.
+QStringList reachableIds()
+{
+    QStringList ids;
+    for (const auto& [menu, items] : ToolDefinitions::menus())
+        ids += items;
+    ids += ToolDefinitions::toolBarItems();
+    ids.removeAll(QLatin1String(ToolBarsControl::Separator));
+    ids.removeDuplicates();
+    // These two open modal dialogs (Options, the wizard picker); their own
+    // main-window tests answer the dialogs and check what they do.
+    ids.removeAll(QStringLiteral("ID_Options"));
+    ids.removeAll(QStringLiteral("ID_New"));
+    ids.removeAll(QStringLiteral("ID_Exit"));
+    ids.append(QStringLiteral("ID_Exit"));
+    return ids;
+}
+
 } // namespace
 
+// Receives the addresses the desktop would open.
+class AddressReceiver : public QObject
+{
+    Q_OBJECT
+public:
+    int opened = 0;
+public Q_SLOTS:
+    void open(const QUrl&) { ++opened; }
+};
+
 // The Organiser from start to exit: what a load writes and shows, what the
-// settings and the Options command change, and what is stored at the end.
+// settings and the Options command change, what is stored at the end, and
+// that every command a user can reach from the menus or the tool bar does
+// something the user can see (a box, a started program, a help topic, an
+// opened address, the window closing) or is disabled or hidden.
 class MainWindowStartUpTest : public QObject
 {
     Q_OBJECT
@@ -135,20 +174,6 @@ private Q_SLOTS:
         QVERIFY(browser.LocationURL().fileName().endsWith(QLatin1String(".mht")));
     }
 
-    // A start while another copy runs asks that copy to show itself and ends.
-    void aSecondStartAsksTheFirstToShowItself()
-    {
-        LoadedOrganiser organiser;
-        QProcess first;
-        first.start(QStringLiteral(PROBE_PATH),
-                    {QStringLiteral("%1-%2").arg(QCoreApplication::applicationName(),
-                                                 QString::number(QCoreApplication::applicationPid()))});
-        QVERIFY(first.waitForReadyRead(20000));
-        QCOMPARE(organiser.start(), MainWindow::LoadOutcome::DuplicateInstance);
-        QVERIFY(first.waitForFinished(20000));
-        QCOMPARE(first.readAllStandardOutput().simplified(), QByteArray("primary activated"));
-    }
-
     // With an unusable settings file every setting has its default: logging off.
     void aPlainStartWarnsOfUnusableSettingsAndIsFirstShownMaximised()
     {
@@ -167,7 +192,8 @@ private Q_SLOTS:
     }
 
     // A catalogue that is there but unusable is reported once, naming the
-    // file and the reason; the Organiser starts without drivers. (Each reason
+    // file and the reason; the Organiser starts without drivers. Exit stores
+    // the tree's mode. (Each reason
     // is the catalogue reader's, asserted by WizardCatalogueTest over the same reader.)
     void anUnusableDriverCatalogueIsReported()
     {
@@ -185,11 +211,37 @@ private Q_SLOTS:
                                                       QStringLiteral("\" is not a valid catalogue: ")),
                  qPrintable(site.messages.last().text));
         QVERIFY(!branch(window, DocumentType::ReadConfigurations).isValid());
+
+        // Exit stores the tree's mode through the normal shutdown; the next start shows it.
+        writeFile(catalogue, "{\"drivers\": []}");
+        using Mode = FolderTreeControl::DisplayMode;
+        MainWindow* shown = &window;
+        for (const auto& [mode, stored] :
+             {std::pair(Mode::Explorer, "true"), std::pair(Mode::Compact, "false")}) {
+            part<FolderTreeControl>(*shown).setDisplayMode(mode);
+            tool(*shown, CommandId::Exit).trigger();
+            QVERIFY(!shown->isVisible());
+            QCOMPARE(site.stored(QStringLiteral("Settings/ExplorerModeFlag")).toString(),
+                     QLatin1String(stored));
+            shown = &site.load();
+            QCOMPARE(part<FolderTreeControl>(*shown).displayMode(), mode);
+        }
     }
 
-    void missingFileSystemComponentEndsWithItsBox()
+    // A start while another copy runs asks that copy to show itself and ends;
+    // so does one without the file system component, with its box.
+    void aSecondStartOrAMissingComponentEndsTheStart()
     {
         LoadedOrganiser site;
+        QProcess first;
+        first.start(QStringLiteral(PROBE_PATH),
+                    {QStringLiteral("%1-%2").arg(QCoreApplication::applicationName(),
+                                                 QString::number(QCoreApplication::applicationPid()))});
+        QVERIFY(first.waitForReadyRead(20000));
+        QCOMPARE(site.start(), MainWindow::LoadOutcome::DuplicateInstance);
+        QVERIFY(first.waitForFinished(20000));
+        QCOMPARE(first.readAllStandardOutput().simplified(), QByteArray("primary activated"));
+
         const MessageRecorder& messages = site.messages;
         MainWindow::Options options;
         options.fileSystemFactory = [] { return std::unique_ptr<FileSystemObject>(); };
@@ -208,33 +260,6 @@ private Q_SLOTS:
         // The unfinished window never stores its tree mode.
         window.close();
         QVERIFY(!site.stored(QStringLiteral("Settings/ExplorerModeFlag")).isValid());
-    }
-
-    void exitStoresTheTreeModeThroughTheNormalShutdown_data()
-    {
-        using Mode = FolderTreeControl::DisplayMode;
-        QTest::addColumn<Mode>("mode");
-        QTest::addColumn<QString>("stored");
-        // clang-format off
-        QTest::newRow("explorer mode") << Mode::Explorer << QStringLiteral("true");
-        QTest::newRow("tree mode") << Mode::Compact << QStringLiteral("false");
-        // clang-format on
-    }
-
-    void exitStoresTheTreeModeThroughTheNormalShutdown()
-    {
-        QFETCH(FolderTreeControl::DisplayMode, mode);
-        QFETCH(QString, stored);
-        LoadedOrganiser site;
-        {
-            MainWindow& window = site.load();
-            part<FolderTreeControl>(window).setDisplayMode(mode);
-            tool(window, CommandId::Exit).trigger();
-            QVERIFY(!window.isVisible());
-            QCOMPARE(site.stored(QStringLiteral("Settings/ExplorerModeFlag")).toString(), stored);
-        }
-        // The next start shows the stored mode.
-        QCOMPARE(part<FolderTreeControl>(site.load()).displayMode(), mode);
     }
 
     // Spaced buttons (flag 32) put blanks where the separators and Help were.
@@ -344,19 +369,13 @@ private Q_SLOTS:
         QCOMPARE(site.stored(QStringLiteral("Paths/ParentDirectory")).toString(), site.other);
         QCOMPARE(site.stored(QStringLiteral("Settings/CurrentHLD")).toInt(), 2);
 
-        MainWindow& restarted = site.load();
-        QVERIFY(part<ShortcutsBar>(restarted).isHidden());
-        QVERIFY(restarted.findChild<QWidget*>(QStringLiteral("previewArea"))->isHidden());
-        QVERIFY(part<FolderTreeControl>(restarted).isVisible());
-        restarted.close();
-    }
-
-    // The resize rule on a real window: the panes follow the window above
-    // the thresholds, keep their size below them and when minimised.
-    void thePanesFollowTheWindowAboveTheThresholds()
-    {
-        TwoParents site;
         MainWindow& window = site.load();
+        QVERIFY(part<ShortcutsBar>(window).isHidden());
+        QVERIFY(window.findChild<QWidget*>(QStringLiteral("previewArea"))->isHidden());
+        QVERIFY(part<FolderTreeControl>(window).isVisible());
+
+        // The resize rule on a real window: the panes follow the window above
+        // the thresholds, keep their size below them and when minimised.
         // The first change of state after loading is taken back, the second one holds.
         window.showNormal();
         window.showNormal();
@@ -389,6 +408,62 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(!window.isMinimized(), 2000);
         QCOMPARE(panes(window).geometry(), before);
         window.close();
+    }
+
+    void everyReachableCommandDoesSomethingOrIsDisabled()
+    {
+        LoadedOrganiser site;
+        writeFile(site.doc(QStringLiteral("Protocols/Elisa.apr")));
+        MainWindow& window = site.load();
+        const MessageRecorder& messages = site.messages;
+        // A protocol selected: the document commands have something to act on.
+        part<FolderTreeControl>(window).setCurrentNode(branch(window, DocumentType::Protocols));
+        AddressReceiver addresses;
+        QDesktopServices::setUrlHandler(QStringLiteral("https"), &addresses, "open");
+
+        for (const QString& id : reachableIds()) {
+            QAction* action = part<ToolBarsControl>(window).action(id);
+            QVERIFY2(action, qPrintable(id));
+            if (!action->isEnabled() || !part<ToolBarsControl>(window).isToolVisible(id))
+                continue;
+            const int boxes = messages.count();
+            const int opened = addresses.opened;
+            if (HelpWindow* help = shownWindow<HelpWindow>())
+                help->close();
+            action->trigger();
+            const bool seen = messages.count() > boxes || addresses.opened > opened ||
+                              shownWindow<HelpWindow>() || !window.isVisible();
+            QVERIFY2(seen, qPrintable(id + QStringLiteral(" is enabled but does nothing")));
+        }
+        QDesktopServices::unsetUrlHandler(QStringLiteral("https"));
+        QVERIFY(!window.isVisible()); // Exit came last and closed the window
+    }
+
+    // Every help command reaches its page in the help window, which goes with the program. (The
+    // tree's Help button runs the same command: CommandDispatcherTest; the page of each folder:
+    // HelpSystemTest.)
+    void helpCommandsOpenTheirPages()
+    {
+        LoadedOrganiser site;
+        MainWindow& window = site.load();
+        // The command, the kind of folder selected first and the page.
+        // clang-format off
+        const QList<std::tuple<QString, DocumentType, QString>> rows{
+            {"ID_HelpContext", DocumentType::Reports, "reports.html"},
+            {"ID_GettingStarted", DocumentType::Protocols, "getting-started.html"},
+            {"ID_ContentsIndex", DocumentType::Results, "index.html"}};
+        // clang-format on
+        for (const auto& [command, folder, page] : rows) {
+            part<FolderTreeControl>(window).setCurrentNode(branch(window, folder));
+            QVERIFY2(part<ToolBarsControl>(window).isToolEnabled(command), qPrintable(command));
+            part<ToolBarsControl>(window).action(command)->trigger();
+            HelpWindow* help = shownWindow<HelpWindow>();
+            QVERIFY2(help, qPrintable(command));
+            QCOMPARE(help->browser().source(), HelpTopics::guideUrl(page));
+        }
+        QCOMPARE(site.messages.count(), 0);
+        window.close(); // the help window goes with the program (at a forced log-out: SecuritySessionTest)
+        QVERIFY(!shownWindow<HelpWindow>());
     }
 };
 
