@@ -67,7 +67,7 @@ private:
 
 // The recorder over real files, a real second process and a real store, on
 // the back end NEBRA_TEST_SECURITY_BACKEND names (CTest runs it for each).
-// The entries' texts are DocumentRecordsTest's; here: which entry a change
+// The entries' texts are SignaturesTest's; here: which entry a change
 // on disk becomes, and that the session never waits for a store that fails.
 class DocumentRecorderTest : public QObject
 {

@@ -121,7 +121,7 @@ int rows(const AuditTrailWindow& viewer)
 // The documents' records and the audit trail in the window. The records: which change the list and the trail
 // show, how a reviewer accepts one, how a user signs one and what a change
 // does to the signature (nothing of it without security: SecuritySessionTest). The rules are
-// DocumentRecorderTest's, DocumentRecordsTest's and SignatureBandTest's (and
+// DocumentRecorderTest's, SignaturesTest's and SignatureBandTest's (and
 // the manager's checks of a signing its own tests'); here the wiring, one row per path.
 // Tools > Audit Trail... (shown only in a session: SecuritySessionTest):
 // refused without the right, recorded when opened; the viewer's filter, chain
