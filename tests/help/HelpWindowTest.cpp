@@ -35,10 +35,9 @@ std::unique_ptr<HelpWindow> openWindow(SuiteSettings* settings = nullptr)
 
 QAction* tool(const HelpWindow& window, const QString& text)
 {
-    for (QAction* action : window.findChild<QToolBar*>()->actions()) {
+    for (QAction* action : window.findChild<QToolBar*>()->actions())
         if (action->text() == text)
             return action;
-    }
     return nullptr;
 }
 

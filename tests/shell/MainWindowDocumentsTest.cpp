@@ -55,8 +55,6 @@ struct Documents : LoadedOrganiser
         writeFile(doc(target), source.readAll(), QDateTime::currentSecsSinceEpoch() - 86400 + seconds);
     }
 
-    QString program(const char* name) const { return programs.program(QLatin1String(name)); }
-
     // In a session of jsmith, the welcome page of the user's own choosing loaded;
     // `announced` counts the page's navigations from then on. The security
     // manager's clock is polled at every turn of the event loop.
@@ -113,19 +111,6 @@ QVariant evaluate(BrowserControl& browser, const QString& script)
     if (!QTest::qWaitFor([&] { return result->has_value(); }, BrowserControl::DefaultWaitLimitMs))
         return {};
     return **result;
-}
-
-// The centre of the page's element with the id, in the view's coordinates, as the mouse clicks it.
-QPoint elementCentre(BrowserControl& browser, const QString& id)
-{
-    const QVariantList centre =
-        evaluate(browser, QStringLiteral(
-                              "(function () { var r = document.getElementById('%1').getBoundingClientRect();"
-                              " return [r.left + r.width / 2, r.top + r.height / 2]; })()")
-                              .arg(id))
-            .toList();
-    return centre.size() == 2 ? QPointF(centre[0].toDouble(), centre[1].toDouble()).toPoint()
-                              : QPoint(-1, -1);
 }
 
 } // namespace
@@ -210,7 +195,8 @@ private Q_SLOTS:
         QVERIFY(tree.isButtonEnabled(treeButton(CommandId::Run)));
         const QString protocol = o.doc("Protocols/ELISA IgG Quantitation.apr");
         const QList<QByteArrayList> run{
-            {QFile::encodeName(o.program("Assay Application")), QFile::encodeName(protocol)}};
+            {QFile::encodeName(o.programs.program(QStringLiteral("Assay Application"))),
+             QFile::encodeName(protocol)}};
         part<ToolBarsControl>(window).action(QStringLiteral("ID_Run"))->trigger();
         QCOMPARE(o.messages.count(), session == 2 ? 1 : 0);
         if (session) {
@@ -240,7 +226,15 @@ private Q_SLOTS:
         FolderTreeControl& tree = part<FolderTreeControl>(window);
         // Each click comes 14 minutes after the last: only the click keeps the session open.
         auto click = [&](const char* id) {
-            const QPoint centre = elementCentre(browser, QLatin1String(id));
+            // The centre of the page's element, in the view's coordinates, as the mouse clicks it.
+            const QVariantList at =
+                evaluate(browser, QStringLiteral("(function () { var r = "
+                                                 "document.getElementById('%1').getBoundingClientRect();"
+                                                 " return [r.left + r.width / 2, r.top + r.height / 2]; })()")
+                                      .arg(QLatin1String(id)))
+                    .toList();
+            const QPoint centre =
+                at.size() == 2 ? QPointF(at[0].toDouble(), at[1].toDouble()).toPoint() : QPoint(-1, -1);
             o.now += 14 * 60 * 1000;
             const int before = o.announced;
             // A click the page has not taken (it may still be busy) is repeated, but not soon: a

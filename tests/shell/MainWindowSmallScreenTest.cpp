@@ -79,24 +79,6 @@ void verifyNothingCut(QWidget& window)
     QVERIFY2(cut.isEmpty(), qPrintable(cut.join(QStringLiteral(", "))));
 }
 
-// A dialog fits, and opens centred on the window it belongs to.
-void verifyShownCentred(QDialog& dialog)
-{
-    dialog.show();
-    verifyNothingCut(dialog);
-    const QRect owner = dialog.parentWidget()->window()->frameGeometry();
-    if (owner.width() > dialog.frameGeometry().width() + 40)
-        QVERIFY((dialog.frameGeometry().center() - owner.center()).manhattanLength() < 40);
-}
-
-// What a screen reader says for the focus: the nearest accessible name.
-QString spokenName(const QWidget* widget)
-{
-    while (widget && widget->accessibleName().isEmpty())
-        widget = widget->parentWidget();
-    return widget ? widget->accessibleName() : QString();
-}
-
 } // namespace
 
 // Every window and dialog a user can open from the Organiser, on a small
@@ -123,8 +105,14 @@ private Q_SLOTS:
         const auto readThen = [&](int minimum, bool fits = false) {
             site.dialogs.then([&walked, minimum, fits](QDialog& dialog) {
                 verifyAccessibleNames(dialog, minimum);
-                if (fits)
-                    verifyShownCentred(dialog);
+                // It fits, and opens centred on the window it belongs to.
+                if (fits) {
+                    dialog.show();
+                    verifyNothingCut(dialog);
+                    const QRect owner = dialog.parentWidget()->window()->frameGeometry();
+                    if (owner.width() > dialog.frameGeometry().width() + 40)
+                        QVERIFY((dialog.frameGeometry().center() - owner.center()).manhattanLength() < 40);
+                }
                 walked << dialog.windowTitle();
                 dialog.hide();
                 return int(QDialog::Rejected);
@@ -179,7 +167,11 @@ private Q_SLOTS:
                 // The page takes the key first and hands the focus on when it has no link to go to.
                 static_cast<void>(
                     QTest::qWaitFor([before] { return QApplication::focusWidget() != before; }, 5000));
-                heard << spokenName(QApplication::focusWidget());
+                // What a screen reader says for the focus: the nearest accessible name.
+                const QWidget* widget = QApplication::focusWidget();
+                while (widget && widget->accessibleName().isEmpty())
+                    widget = widget->parentWidget();
+                heard << (widget ? widget->accessibleName() : QString());
             }
             return heard;
         };
