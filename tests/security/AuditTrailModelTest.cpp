@@ -25,8 +25,8 @@ class AuditTrailModelTest : public QObject
     static constexpr int Generated = 100000;
     const QString ReviewRight = "Security/ViewAuditTrail";
 
-    std::unique_ptr<SecuritySite> m_site;
-    std::unique_ptr<MessageRecorder> m_messages;
+    SecuritySite m_site{QStringList{ReviewRight}};
+    MessageRecorder m_messages;
     std::unique_ptr<NebraSecurityManager> m_manager;
     QList<AuditEntry> m_all;
 
@@ -56,7 +56,7 @@ class AuditTrailModelTest : public QObject
 
     void setRight(bool granted)
     {
-        const std::unique_ptr<SecurityStore> store = m_site->fixture.open();
+        const std::unique_ptr<SecurityStore> store = m_site.fixture.open();
         SecurityAdministration admin(*store, "tester");
         QString error;
         const Right right{ReviewRight.section(QLatin1Char('/'), 0, 0),
@@ -110,13 +110,11 @@ class AuditTrailModelTest : public QObject
 private Q_SLOTS:
     void initTestCase()
     {
-        m_site = std::make_unique<SecuritySite>(QStringList{ReviewRight});
-        generate(*m_site->fixture.open());
-        m_messages = std::make_unique<MessageRecorder>();
+        generate(*m_site.fixture.open());
         m_manager = loggedInManager();
         QVERIFY(m_manager);
         QString error;
-        m_all = m_site->fixture.open()->audit().entries(&error);
+        m_all = m_site.fixture.open()->audit().entries(&error);
         QVERIFY(m_all.size() > Generated);
     }
 
@@ -185,7 +183,7 @@ private Q_SLOTS:
                      &error),
                  qPrintable(error));
         QCOMPARE(walked, want);
-        QCOMPARE(m_messages->count(), 0);
+        QCOMPARE(m_messages.count(), 0);
     }
 
     void newEntriesWaitForReloadAndRefusedReadsShowNoRows()
@@ -202,7 +200,7 @@ private Q_SLOTS:
         QCOMPARE(model.rowCount(), before + 1);
         QCOMPARE(model.entryAt(0)->text, "Export: trail.csv");
         QString error;
-        m_all = m_site->fixture.open()->audit().entries(&error);
+        m_all = m_site.fixture.open()->audit().entries(&error);
 
         // Refused reads show no rows.
         QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
@@ -221,7 +219,7 @@ private Q_SLOTS:
         QCOMPARE(model.rowCount(), 0);
         setRight(true);
         model.reload();
-        QCOMPARE(model.rowCount(), m_site->fixture.auditTexts().size());
+        QCOMPARE(model.rowCount(), m_site.fixture.auditTexts().size());
     }
 
     void timesAreShownInTheLocalZone()

@@ -35,7 +35,7 @@ using namespace nebra::test;
 
 namespace {
 
-const QString Layout = QStringLiteral("Microplate Layouts/Plate A.mlo");
+const QString Layout = "Microplate Layouts/Plate A.mlo";
 
 // A security session over data folders with one layout, the layout editor a
 // script that appends to the layout and runs until the test's folder goes.
@@ -53,15 +53,14 @@ struct Records : LoadedOrganiser
                       .arg(doc(Layout), tools.path())
                       .toUtf8());
         QVERIFY(QFile::setPermissions(editor, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
-        set(QStringLiteral("Paths/LayoutEditorPath"), editor);
+        set("Paths/LayoutEditorPath", editor);
     }
 
     // The layout's first fingerprint written, the layouts listed and the layout selected.
     bool showLayout()
     {
         MainWindow& w = load();
-        if (!QTest::qWaitFor(
-                [&] { return entryStarting(QStringLiteral("Document recorded: ") + doc(Layout)); }, 20000))
+        if (!QTest::qWaitFor([&] { return entryStarting("Document recorded: " + doc(Layout)); }, 20000))
             return false;
         part<FolderTreeControl>(w).setCurrentNode(branch(w, DocumentType::Layouts));
         return waitForListing(part<FileListControl>(w));
@@ -94,8 +93,7 @@ struct Records : LoadedOrganiser
             if (!QTest::qWaitFor([&] { return !sha256->toolTip().isEmpty(); }, 10000))
                 return int(QDialog::Rejected);
             auto* user = dialog.findChild<QLineEdit*>(QStringLiteral("txtUserName"));
-            userNames.append(user->isReadOnly() ? QStringLiteral("read-only ") + user->text()
-                                                : QStringLiteral("typed"));
+            userNames.append(user->isReadOnly() ? "read-only " + user->text() : QStringLiteral("typed"));
             if (!user->isReadOnly())
                 user->setText(QStringLiteral("jsmith"));
             dialog.findChild<QLineEdit*>(QStringLiteral("txtPassword"))
@@ -133,20 +131,20 @@ class MainWindowRecordsTest : public QObject
 private Q_SLOTS:
     void aReviewerAcceptsAChangeWithAReason()
     {
-        Records o({QStringLiteral("Documents/AcceptChange")});
+        Records o({"Documents/AcceptChange"});
         QVERIFY(o.showLayout());
         FileListControl& list = part<FileListControl>(*o.window);
         o.changeOutside();
-        QTRY_COMPARE_WITH_TIMEOUT(o.recordCell(list), QStringLiteral("Changed outside the suite"), 20000);
+        QTRY_COMPARE_WITH_TIMEOUT(o.recordCell(list), "Changed outside the suite", 20000);
         QVERIFY(
             o.recordCell(list, Qt::AccessibleDescriptionRole).startsWith("Changed outside the suite, seen "));
         auto* line = o.window->findChild<QLabel*>(QStringLiteral("recordState"));
         QVERIFY(line && line->isVisible());
         QVERIFY(line->text().startsWith(QLatin1String("Record: Changed outside the suite, seen ")));
         QTRY_VERIFY(tool(*o.window, CommandId::AcceptChange).isEnabled());
-        o.dialogs.accept({{QStringLiteral("txtReason"), QStringLiteral("Checked against the lab book")}});
+        o.dialogs.accept({{"txtReason", "Checked against the lab book"}});
         part<CommandDispatcher>(*o.window).run(CommandId::AcceptChange);
-        QVERIFY(o.entryStarting(QStringLiteral("Document change accepted: ") + o.doc(Layout)));
+        QVERIFY(o.entryStarting("Document change accepted: " + o.doc(Layout)));
         QVERIFY(o.security->auditTexts().constLast().endsWith(
             QLatin1String("reason: Checked against the lab book")));
         QCOMPARE(o.recordCell(list), QStringLiteral("Recorded"));
@@ -159,12 +157,12 @@ private Q_SLOTS:
     // window starts is known to the recorder.
     void withoutTheRightsEachCommandIsRefusedAndTheEditorsChangeIsItsOwn()
     {
-        Records o({QStringLiteral("AuthorisationsGeneral/EditLayout")});
+        Records o({"AuthorisationsGeneral/EditLayout"});
         QVERIFY(o.showLayout());
         FileListControl& list = part<FileListControl>(*o.window);
         QCOMPARE(o.recordCell(list), QStringLiteral("Recorded"));
         o.changeOutside();
-        QTRY_COMPARE_WITH_TIMEOUT(o.recordCell(list), QStringLiteral("Changed outside the suite"), 20000);
+        QTRY_COMPARE_WITH_TIMEOUT(o.recordCell(list), "Changed outside the suite", 20000);
         QVERIFY(!tool(*o.window, CommandId::AcceptChange).isEnabled());
         part<CommandDispatcher>(*o.window).run(CommandId::AcceptChange);
         o.sign(QStringLiteral("Approved"));
@@ -188,20 +186,20 @@ private Q_SLOTS:
     // signed; a signature then shows until the document changes.
     void aSignatureShowsUntilTheDocumentChanges()
     {
-        Records o({QStringLiteral("Documents/Sign")});
+        Records o({"Documents/Sign"});
         QVERIFY(o.showLayout());
         FileListControl& list = part<FileListControl>(*o.window);
         QVERIFY(tool(*o.window, CommandId::Sign).isEnabled());
-        o.sign(QStringLiteral("Approved"), [&o] { o.changeOutside(); });
+        o.sign("Approved", [&o] { o.changeOutside(); });
         QTRY_COMPARE_WITH_TIMEOUT(o.messages.count(), 1, 10000);
         QCOMPARE(o.messages.last().text, DocumentSigning::changedText());
         QVERIFY(!o.entryStarting(QStringLiteral("Signed: ")));
 
         o.sign(QStringLiteral("Reviewed"));
-        QTRY_COMPARE_WITH_TIMEOUT(o.recordCell(list), QStringLiteral("Signed (Reviewed)"), 10000);
-        QVERIFY(o.entryStarting(QStringLiteral("Signed: ") + o.doc(Layout) + QStringLiteral(" sha256=")));
+        QTRY_COMPARE_WITH_TIMEOUT(o.recordCell(list), "Signed (Reviewed)", 10000);
+        QVERIFY(o.entryStarting("Signed: " + o.doc(Layout) + QStringLiteral(" sha256=")));
         o.sign(QStringLiteral("Approved"));
-        QTRY_COMPARE_WITH_TIMEOUT(o.recordCell(list), QStringLiteral("Signed (Approved)"), 10000);
+        QTRY_COMPARE_WITH_TIMEOUT(o.recordCell(list), "Signed (Approved)", 10000);
         QCOMPARE(o.userNames, QStringList({"typed", "typed", "read-only jsmith"}));
         QCOMPARE(o.band().size(), 2); // each line's wording is SignatureBandTest's
         auto* line = o.window->findChild<QLabel*>(QStringLiteral("recordState"));
@@ -213,7 +211,7 @@ private Q_SLOTS:
         auto* model = static_cast<FileListModel*>(list.view()->model());
         QVERIFY(
             !model->index(0, model->columnOf(QStringLiteral("Record"))).data(Qt::DecorationRole).isNull());
-        QCOMPARE(line->text(), QStringLiteral("Record: ") + voided);
+        QCOMPARE(line->text(), "Record: " + voided);
         QVERIFY(o.band().constFirst().startsWith(voided));
         // The band follows the selection: no document, no signatures.
         list.view()->clearSelection();
@@ -226,7 +224,7 @@ private Q_SLOTS:
     void theTrailOpensRecordedFiltersExportsAndClosesAtLogOut()
     {
         LoadedOrganiser site;
-        site.secure({QStringLiteral("Security/ViewAuditTrail")});
+        site.secure({"Security/ViewAuditTrail"});
         QAction* command = part<ToolBarsControl>(site.load()).action(QStringLiteral("ID_AuditTrail"));
         command->trigger();
         AuditTrailWindow* viewer = site.window->findChild<AuditTrailWindow*>();
@@ -284,7 +282,7 @@ private Q_SLOTS:
         }
         QCOMPARE(site.messages.count(), 0);
 
-        const QString csv = site.folders.root() + QStringLiteral("/csv.csv");
+        const QString csv = site.folders.root() + "/csv.csv";
         writeFile(csv, "old");
         for (const int answer : {int(MessageButton::No), int(MessageButton::Yes)}) {
             site.messages.answer(answer);
@@ -303,12 +301,11 @@ private Q_SLOTS:
         QCOMPARE(site.security->auditTexts().size(), entries);
         QCOMPARE(site.messages.count(), 3);
         QVERIFY(site.messages.last().text.startsWith(NebraSecurityManager::auditWriteFailureText()));
-        site.security->tamper({QStringLiteral("DROP TRIGGER full")});
+        site.security->tamper({"DROP TRIGGER full"});
 
         // A tampered trail shows its first bad entry.
-        site.security->tamper(
-            {QStringLiteral("DROP TRIGGER audit_trail_no_update"),
-             QStringLiteral("UPDATE audit_trail SET text = 'User added: mallory' WHERE seq = 2")});
+        site.security->tamper({"DROP TRIGGER audit_trail_no_update",
+                               "UPDATE audit_trail SET text = 'User added: mallory' WHERE seq = 2"});
         viewer->findChild<QPushButton*>(QStringLiteral("cmdCheckAgain"))->click();
         QTRY_VERIFY_WITH_TIMEOUT(!viewer->chainStatus().checking(), 10000);
         QVERIFY2(viewer->chainStatus().statusText().startsWith(QStringLiteral("NOT intact from entry 2: ")),

@@ -34,7 +34,7 @@ constexpr int FollowedMs = 10000;
 struct Shared : LoadedOrganiser
 {
     FuseShare share;
-    QString backing = folders.root() + QStringLiteral("/backing/My Assays"); // as the other process sees it
+    QString backing = folders.root() + "/backing/My Assays"; // as the other process sees it
 
     ~Shared()
     {
@@ -52,10 +52,9 @@ struct Shared : LoadedOrganiser
         }
         writeFile(backing + QStringLiteral("/Protocols/Elisa.apr"));
         makeFolder(backing + QStringLiteral("/Results/Run1"));
-        set(QStringLiteral("Settings/NetworkPollSeconds"), 1);
-        set(QStringLiteral("Settings/NetworkTreePollSeconds"), 1);
-        if (!share.mount(folders.root() + QStringLiteral("/backing") + below,
-                         folders.root() + QStringLiteral("/Lab Data") + below)) {
+        set("Settings/NetworkPollSeconds", 1);
+        set("Settings/NetworkTreePollSeconds", 1);
+        if (!share.mount(folders.root() + "/backing" + below, folders.root() + "/Lab Data" + below)) {
             QTest::qFail("bindfs did not mount the share", __FILE__, __LINE__);
             return false;
         }
@@ -122,7 +121,7 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("mounted"); // below the parent
         QTest::newRow("parent") << QString();
-        QTest::newRow("data folders") << QStringLiteral("/My Assays");
+        QTest::newRow("data folders") << "/My Assays";
     }
     void aFrozenShareNeitherHoldsTheStartNorTheEnd()
     {
@@ -146,7 +145,7 @@ private Q_SLOTS:
             !branch(tree, DocumentType::Results).text().endsWith(QStringLiteral(" (unavailable)")), 10000);
         QTRY_VERIFY(tree.nodes().findFolderPath(o.doc(QStringLiteral("Results/Run1"))).isValid());
         // Followed: polled as the root, or as a share below the local root.
-        runScript(o.backing + QStringLiteral("/Results"), QStringLiteral("mkdir Run2"));
+        runScript(o.backing + "/Results", QStringLiteral("mkdir Run2"));
         QTRY_VERIFY_WITH_TIMEOUT(tree.nodes().findFolderPath(o.doc(QStringLiteral("Results/Run2"))).isValid(),
                                  5000);
 
@@ -168,7 +167,7 @@ private Q_SLOTS:
         if (!o.mount(QStringLiteral("/Elsewhere")))
             return;
         MainWindow& window = o.load();
-        const QString typed = o.folders.root() + QStringLiteral("/Lab Data/Elsewhere/Data");
+        const QString typed = o.folders.root() + "/Lab Data/Elsewhere/Data";
         o.share.freeze();
         QString refusedKept; // the parent directory after the refusal
         o.dialogs.then([&](QDialog& dialog) {
@@ -196,11 +195,10 @@ private Q_SLOTS:
         Shared o;
         if (!o.mount())
             return;
-        const QString secured = o.folders.root() + QStringLiteral("/Lab Data/Secured/Site");
-        o.set(QStringLiteral("Paths/SecuredFolder"), secured);
-        o.set(QStringLiteral("Settings/RecentDocuments"),
-              QStringList{o.doc(QStringLiteral("Protocols/Gone.apr")),
-                          o.doc(QStringLiteral("Protocols/Elisa.apr"))});
+        const QString secured = o.folders.root() + "/Lab Data/Secured/Site";
+        o.set("Paths/SecuredFolder", secured);
+        o.set("Settings/RecentDocuments", QStringList{o.doc(QStringLiteral("Protocols/Gone.apr")),
+                                                      o.doc(QStringLiteral("Protocols/Elisa.apr"))});
         o.secure();
         o.share.freeze(); // from the start: no check has answered yet
         QCOMPARE(o.start(), MainWindow::LoadOutcome::Loaded);
@@ -226,8 +224,7 @@ private Q_SLOTS:
         tree.setCurrentNode(branch(tree, DocumentType::Results));
         QVERIFY(waitForListing(list));
 
-        runScript(o.backing + QStringLiteral("/Results"),
-                  QStringLiteral("mkdir Run2 && echo r > 'Run 3.ars'"));
+        runScript(o.backing + "/Results", QStringLiteral("mkdir Run2 && echo r > 'Run 3.ars'"));
         QTRY_VERIFY_WITH_TIMEOUT(tree.nodes().findFolderPath(o.doc(QStringLiteral("Results/Run2"))).isValid(),
                                  3000);
         QTRY_COMPARE_WITH_TIMEOUT(list.itemCount(), 3, 3000); // Run1, Run2, Run 3.ars

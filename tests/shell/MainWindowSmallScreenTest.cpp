@@ -96,28 +96,9 @@ private Q_SLOTS:
     {
         LoadedOrganiser site;
         writeFile(site.doc(QStringLiteral("Protocols/Enzyme linked immunosorbent assay, plate 12.apr")));
-        site.secure({QStringLiteral("Security/ViewAuditTrail"),
-                     QStringLiteral("AuthorisationsGeneral/CreateProtocol"),
-                     QStringLiteral("Documents/Sign")},
+        site.secure({"Security/ViewAuditTrail", "AuthorisationsGeneral/CreateProtocol", "Documents/Sign"},
                     false);
         QStringList walked;
-        // Each dialog is read while it is shown, then left as a user would leave it.
-        const auto readThen = [&](int minimum, bool fits = false) {
-            site.dialogs.then([&walked, minimum, fits](QDialog& dialog) {
-                verifyAccessibleNames(dialog, minimum);
-                // It fits, and opens centred on the window it belongs to.
-                if (fits) {
-                    dialog.show();
-                    verifyNothingCut(dialog);
-                    const QRect owner = dialog.parentWidget()->window()->frameGeometry();
-                    if (owner.width() > dialog.frameGeometry().width() + 40)
-                        QVERIFY((dialog.frameGeometry().center() - owner.center()).manhattanLength() < 40);
-                }
-                walked << dialog.windowTitle();
-                dialog.hide();
-                return int(QDialog::Rejected);
-            });
-        };
         // The log-in, with a wrong password first: it is asked again.
         for (const char* password : {"wrong horse", "correct horse"})
             site.dialogs.then([&walked, password](QDialog& dialog) {
@@ -136,16 +117,31 @@ private Q_SLOTS:
         // The documents, not the tree, take the room.
         QVERIFY(part<FileListControl>(window).width() > tree.width());
 
-        readThen(4, true);
-        tool(window, CommandId::Options).trigger();
-        readThen(4);
-        tool(window, CommandId::ChangePassword).trigger();
-        readThen(2, true);
-        tool(window, CommandId::New).trigger();
+        // Each dialog is read while it is shown, then left as a user would leave it.
+        const auto readThen = [&](CommandId command, int minimum, bool fits = false) {
+            site.dialogs.then([&walked, minimum, fits](QDialog& dialog) {
+                verifyAccessibleNames(dialog, minimum);
+                // It fits, and opens centred on the window it belongs to.
+                if (fits) {
+                    dialog.show();
+                    verifyNothingCut(dialog);
+                    const QRect owner = dialog.parentWidget()->window()->frameGeometry();
+                    if (owner.width() > dialog.frameGeometry().width() + 40)
+                        QVERIFY((dialog.frameGeometry().center() - owner.center()).manhattanLength() < 40);
+                }
+                walked << dialog.windowTitle();
+                dialog.hide();
+                return int(QDialog::Rejected);
+            });
+            tool(window, command).trigger();
+        };
+
+        readThen(CommandId::Options, 4, true);
+        readThen(CommandId::ChangePassword, 4);
+        readThen(CommandId::New, 2, true);
         // Signing the protocol the list selected.
         QTRY_VERIFY(tool(window, CommandId::Sign).isEnabled());
-        readThen(5);
-        tool(window, CommandId::Sign).trigger();
+        readThen(CommandId::Sign, 5);
         QCOMPARE(walked.size(), 6); // every dialog above was shown, the log-in twice
 
         tool(window, CommandId::AuditTrail).trigger();

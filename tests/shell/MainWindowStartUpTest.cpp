@@ -104,8 +104,8 @@ private Q_SLOTS:
     void aLoadWritesItsMilestonesAndPaintsBeforeTheWebEngineStarts()
     {
         LoadedOrganiser site;
-        site.set(QStringLiteral("Settings/DiagnosticLogLevel"), 1);
-        site.set(QStringLiteral("Settings/PlusCaption"), QStringLiteral("true"));
+        site.set("Settings/DiagnosticLogLevel", 1);
+        site.set("Settings/PlusCaption", QStringLiteral("true"));
         MainWindow window;
         StartWatcher watcher(window);
         QCOMPARE(window.Load(), MainWindow::LoadOutcome::Loaded);
@@ -154,16 +154,16 @@ private Q_SLOTS:
     void anUnusableDriverCatalogueIsReported()
     {
         LoadedOrganiser site;
-        const QString catalogue = site.folders.root() + QStringLiteral("/drivers.json");
+        const QString catalogue = site.folders.root() + "/drivers.json";
         writeFile(catalogue, "{\"drivers\": [");
-        site.set(QStringLiteral("Paths/DriverCatalogue"), catalogue);
-        site.set(QStringLiteral("Settings/InstrumentDriversInUse"), true);
+        site.set("Paths/DriverCatalogue", catalogue);
+        site.set("Settings/InstrumentDriversInUse", true);
         QTest::ignoreMessage(QtWarningMsg,
                              QRegularExpression(QStringLiteral("^The driver catalogue \".*drivers.json\" ")));
         MainWindow& window = site.load();
         QCOMPARE(site.messages.count(), 1);
         QCOMPARE(site.messages.last().icon, MessageIcon::Warning);
-        QVERIFY2(site.messages.last().text.startsWith(QStringLiteral("The driver catalogue \"") + catalogue +
+        QVERIFY2(site.messages.last().text.startsWith("The driver catalogue \"" + catalogue +
                                                       QStringLiteral("\" is not a valid catalogue: ")),
                  qPrintable(site.messages.last().text));
         QVERIFY(!branch(window, DocumentType::ReadConfigurations).isValid());
@@ -236,9 +236,9 @@ private Q_SLOTS:
         QFETCH(bool, drivers);
         QFETCH(QStringList, secondGroup);
         LoadedOrganiser site;
-        site.set(QStringLiteral("Settings/ToolbarFlags"), flags);
-        site.set(QStringLiteral("Settings/InstrumentDriversInUse"), drivers);
-        site.set(QStringLiteral("Settings/ShowShortcutsBar"), !drivers);
+        site.set("Settings/ToolbarFlags", flags);
+        site.set("Settings/InstrumentDriversInUse", drivers);
+        site.set("Settings/ShowShortcutsBar", !drivers);
         MainWindow& window = site.load();
         const QList<int> keys = part<FolderTreeControl>(window).buttonKeys();
         QCOMPARE(keys.mid(0, 3), (QList<int>{FolderTreeControl::BackButton, FolderTreeControl::ForwardButton,
@@ -264,17 +264,17 @@ private Q_SLOTS:
         // Two complete data trees, "Lab Data" (the current parent directory) and "Other", and a
         // catalogue of two drivers.
         LoadedOrganiser site;
-        const QString data = site.folders.root() + QStringLiteral("/Lab Data");
-        const QString other = site.folders.root() + QStringLiteral("/Other");
+        const QString data = site.folders.root() + "/Lab Data";
+        const QString other = site.folders.root() + "/Other";
         for (const QString& parent : {data, other}) {
             for (const char* kind : {"Microplate Layouts", "Results", "Reports", "Protocols/Batch 1",
                                      "Read Configurations/Reader One", "Read Configurations/Reader Two"})
                 makeFolder(parent + QStringLiteral("/My Assays/") + QLatin1String(kind));
         }
         writeFile(other + QStringLiteral("/My Assays/Read Configurations/Reader Two/plate.daq"));
-        const QString catalogue = site.folders.root() + QStringLiteral("/drivers.json");
+        const QString catalogue = site.folders.root() + "/drivers.json";
         writeFile(catalogue, R"({"drivers":[{"FullName":"Reader One"},{"FullName":"Reader Two"}]})");
-        site.set(QStringLiteral("Paths/DriverCatalogue"), catalogue);
+        site.set("Paths/DriverCatalogue", catalogue);
         {
             MainWindow& window = site.load();
             part<FolderTreeControl>(window).setCurrentNode(
@@ -308,13 +308,13 @@ private Q_SLOTS:
             };
             // The new tree is read on the readers: the place is selected once it has arrived.
             QTRY_COMPARE_WITH_TIMEOUT(part<FolderTreeControl>(window).currentNode().folderPath(),
-                                      other + QStringLiteral("/My Assays/Protocols/Batch 1"), 5000);
+                                      other + "/My Assays/Protocols/Batch 1", 5000);
             QCOMPARE(instrumentNode().folderPath(),
                      other + QStringLiteral("/My Assays/Read Configurations/Reader Two"));
             QCOMPARE(instrumentNode().text(), QStringLiteral("Reader Two"));
             // The watches moved with the parent: folders made there appear in every branch.
-            const QString run = other + QStringLiteral("/My Assays/Results/Run 9");
-            const QString plates = other + QStringLiteral("/My Assays/Microplate Layouts/Plates 9");
+            const QString run = other + "/My Assays/Results/Run 9";
+            const QString plates = other + "/My Assays/Microplate Layouts/Plates 9";
             makeFolder(run);
             makeFolder(plates);
             QTRY_VERIFY_WITH_TIMEOUT(nodeOf(window, run).isValid() && nodeOf(window, plates).isValid(), 5000);
@@ -387,7 +387,7 @@ private Q_SLOTS:
         // A protocol selected: the document commands have something to act on.
         part<FolderTreeControl>(window).setCurrentNode(branch(window, DocumentType::Protocols));
         AddressReceiver addresses;
-        QDesktopServices::setUrlHandler(QStringLiteral("https"), &addresses, "open");
+        QDesktopServices::setUrlHandler("https", &addresses, "open");
 
         // The IDs in the menus and on the tool bar, each once, Exit last. Options and New open
         // modal dialogs; their own main-window tests answer them and check what they do.
