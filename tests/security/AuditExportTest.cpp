@@ -190,14 +190,12 @@ private Q_SLOTS:
         const auto bare = [](QString text) { return text.remove(QRegularExpression("[\\s\"]")); };
         QVERIFY2(bare(pdfText(o.path("trail.pdf"))).contains(bare(manifest)), qPrintable(manifest));
 
+        const AuditTrailReader reader(o.store->database());
         AuditTrailModel viewer(
-            {[&](const AuditFilter& f, qint64* n, QString* e) {
-                 return AuditTrailReader(o.store->database()).count(f, n, e);
-             },
+            {[&](const AuditFilter& f, qint64* n, QString* e) { return reader.count(f, n, e); },
              [&](const AuditFilter& f, const AuditOrder& order, qint64 offset, int limit,
-                 QList<AuditEntry>* out, QString* e) {
-                 return AuditTrailReader(o.store->database()).read(f, order, offset, limit, out, e);
-             }});
+                 QList<AuditEntry>* out,
+                 QString* e) { return reader.read(f, order, offset, limit, out, e); }});
         viewer.reload();
         const int row = viewer.rowCount() - 2; // newest first
         QVERIFY(viewer.index(row, int(AuditColumn::Text))

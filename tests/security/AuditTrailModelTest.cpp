@@ -59,8 +59,7 @@ class AuditTrailModelTest : public QObject
         const std::unique_ptr<SecurityStore> store = m_site.fixture.open();
         SecurityAdministration admin(*store, "tester");
         QString error;
-        const Right right{ReviewRight.section(QLatin1Char('/'), 0, 0),
-                          ReviewRight.section(QLatin1Char('/'), 1)};
+        const Right right{"Security", "ViewAuditTrail"}; // the review right
         QVERIFY2(granted ? admin.grant("jsmith", right, &error) : admin.revoke("jsmith", right, &error),
                  qPrintable(error));
     }

@@ -95,13 +95,14 @@ private Q_SLOTS:
         QFETCH(int, state);
         Recorded o;
         const QString name = "Protocols/ELISA.apr";
+        const QString folder = o.path("Protocols");
         const std::unique_ptr<DocumentRecorder> recorder = o.started("Protocols", {name});
         QVERIFY(o.newestEntry().startsWith(QLatin1String("Document recorded: ") + o.path(name)));
 
         QProcess editor; // stands in for the layout editor, started on the folder
         editor.start("sleep", {"60"});
         QVERIFY(editor.waitForStarted());
-        o.programs.started(editor.processId(), "Layout Editor", o.path(QStringLiteral("Protocols")));
+        o.programs.started(editor.processId(), "Layout Editor", folder);
         if (who != QLatin1String("running")) {
             editor.kill();
             QVERIFY(editor.waitForFinished());
@@ -109,10 +110,10 @@ private Q_SLOTS:
         if (who == QLatin1String("organiser"))
             recorder->expectWrite(o.path(name));
         if (who == QLatin1String("wizard"))
-            o.programs.startedHere("Organiser", o.path(QStringLiteral("Protocols")));
+            o.programs.startedHere("Organiser", folder);
         o.change(name, QStringLiteral("v2"));
         if (who == QLatin1String("wizard"))
-            o.programs.endedHere(o.path(QStringLiteral("Protocols")));
+            o.programs.endedHere(folder);
         Recorded::settle(*recorder, [&] {
             if (who == QLatin1String("polled"))
                 recorder->poll();
@@ -122,9 +123,7 @@ private Q_SLOTS:
 
         QVERIFY2(o.newestEntry().startsWith(entry.arg(o.path(name))), qPrintable(o.newestEntry()));
         if (state == int(RecordState::Recorded))
-            QVERIFY(o.newestEntry().endsWith(who == QLatin1String("running")
-                                                 ? QLatin1String(" by Layout Editor")
-                                                 : QLatin1String(" by Organiser")));
+            QVERIFY(o.newestEntry().endsWith(who == "running" ? " by Layout Editor" : " by Organiser"));
         QCOMPARE(int(recorder->state(o.path(name))), state);
         QCOMPARE(recorder->changeSeen(o.path(name)).isValid(), state == int(RecordState::ChangedOutside));
         editor.kill();

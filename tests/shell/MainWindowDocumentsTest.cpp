@@ -85,7 +85,7 @@ struct Documents : LoadedOrganiser
 
     QMenu* recentMenu() const
     {
-        for (QAction* action : part<ToolBarsControl>(*window).menu(QStringLiteral("ID_File"))->actions())
+        for (QAction* action : part<ToolBarsControl>(*window).menu("ID_File")->actions())
             if (action->menu() && action->menu()->accessibleName() == QLatin1String("Recent documents"))
                 return action->menu();
         return nullptr;
@@ -138,12 +138,10 @@ private Q_SLOTS:
         };
         // The page and, once loaded, the browser's address.
         const auto shows = [&](const QString& page) {
-            return QTest::qWaitFor([&] { return pane.CurrentPage() == page; }, 5000) &&
-                   QTest::qWaitFor(
-                       [&] {
-                           return part<BrowserControl>(window).LocationURL() == QUrl::fromLocalFile(page);
-                       },
-                       10000);
+            const QUrl url = QUrl::fromLocalFile(page);
+            BrowserControl& browser = part<BrowserControl>(window);
+            return QTest::qWaitFor([&] { return pane.CurrentPage() == page && browser.LocationURL() == url; },
+                                   15000);
         };
         const QString welcome = branch(window, DocumentType::None).page();
         QVERIFY(shows(welcome));
@@ -195,9 +193,8 @@ private Q_SLOTS:
         QVERIFY(tree.isButtonEnabled(treeButton(CommandId::Run)));
         const QString protocol = o.doc("Protocols/ELISA IgG Quantitation.apr");
         const QList<QByteArrayList> run{
-            {QFile::encodeName(o.programs.program(QStringLiteral("Assay Application"))),
-             QFile::encodeName(protocol)}};
-        part<ToolBarsControl>(window).action(QStringLiteral("ID_Run"))->trigger();
+            {QFile::encodeName(o.programs.program("Assay Application")), QFile::encodeName(protocol)}};
+        part<ToolBarsControl>(window).action("ID_Run")->trigger();
         QCOMPARE(o.messages.count(), session == 2 ? 1 : 0);
         if (session) {
             // The session also records the documents, on its own threads: the run's entry need not be last.
@@ -209,8 +206,8 @@ private Q_SLOTS:
         QCOMPARE(o.started(), run);
         tree.clickButton(treeButton(CommandId::Run));
         QCOMPARE(o.started(), run);
-        part<ToolBarsControl>(window).action(QStringLiteral("ID_New"))->trigger();
-        QCOMPARE(o.dialogs.shown(), QStringList{QStringLiteral("frmNewAssayProtocol")});
+        part<ToolBarsControl>(window).action("ID_New")->trigger();
+        QCOMPARE(o.dialogs.shown(), QStringList{"frmNewAssayProtocol"});
     }
 
     // Which link does what is the welcome page's own test; here a click on the
@@ -275,13 +272,13 @@ private Q_SLOTS:
         MainWindow& window = o.load();
         QVERIFY(!part<FileListControl>(window).filterBox()->isVisible());
         QVERIFY(!o.recentMenu());
-        QVERIFY(!part<FileListControl>(window).findChild<QAction*>(QStringLiteral("ShowInFileManager")));
+        QVERIFY(!part<FileListControl>(window).findChild<QAction*>("ShowInFileManager"));
 
         // A welcome link that waits for the page is forgotten once the tree leaves the root.
         FolderTreeControl& tree = part<FolderTreeControl>(window);
         BrowserControl& browser = part<BrowserControl>(window);
         bool cancel = false;
-        Q_EMIT browser.BeforeNavigate2(QUrl(QStringLiteral("organiser:\\Analyse data")), cancel);
+        Q_EMIT browser.BeforeNavigate2(QUrl("organiser:\\Analyse data"), cancel);
         QVERIFY(cancel);
         tree.setCurrentNode(branch(tree, DocumentType::Protocols));
         Q_EMIT browser.CommandStateChange();
@@ -299,7 +296,7 @@ private Q_SLOTS:
         Documents o;
         MainWindow& window = o.load();
         QVERIFY(part<FileListControl>(window).filterBox()->isVisible());
-        QVERIFY(part<FileListControl>(window).findChild<QAction*>(QStringLiteral("ShowInFileManager")));
+        QVERIFY(part<FileListControl>(window).findChild<QAction*>("ShowInFileManager"));
         const QString bca = o.doc("Protocols/BCA Protein Assay.apr");
         const QString elisa = o.doc("Protocols/ELISA IgG Quantitation.apr");
         o.open(bca);
@@ -311,7 +308,7 @@ private Q_SLOTS:
 
         part<FolderTreeControl>(window).setCurrentNode(branch(window, DocumentType::Layouts));
         QVERIFY(waitForListing(part<FileListControl>(window)));
-        part<FileListControl>(window).setNameFilter(QStringLiteral("Standard"));
+        part<FileListControl>(window).setNameFilter("Standard");
         menu->actions().at(1)->trigger();
         QVERIFY(waitForListing(part<FileListControl>(window)));
         QCOMPARE(part<FolderTreeControl>(window).currentNode().folderPath(), o.doc("Protocols"));
@@ -325,8 +322,7 @@ private Q_SLOTS:
                 .toInt(),
             2, 10000);
         bool cancel = false;
-        Q_EMIT part<BrowserControl>(window).BeforeNavigate2(QUrl(QStringLiteral("organiser:%5CRecent%201")),
-                                                            cancel);
+        Q_EMIT part<BrowserControl>(window).BeforeNavigate2(QUrl("organiser:%5CRecent%201"), cancel);
         QVERIFY(cancel);
         QTRY_COMPARE_WITH_TIMEOUT(part<FileListControl>(window).firstSelectedItem().path(), elisa, 5000);
     }
@@ -346,7 +342,7 @@ setInterval(function () { location.href = 'organiser:\\Keep alive'; }, 20);
         static_cast<void>(QTest::qWaitFor([&] { return o.announced > 0; }, 1000));
         o.now += 10 * 60 * 1000;
         QTRY_COMPARE_WITH_TIMEOUT(o.processEnds, 1, 5000);
-        QCOMPARE(o.messages.last().title, QStringLiteral("Time Out"));
+        QCOMPARE(o.messages.last().title, "Time Out");
         QCOMPARE(o.announced, 0);
     }
 };

@@ -76,7 +76,7 @@ void verifyNothingCut(QWidget& window)
 {
     QVERIFY(QTest::qWaitForWindowExposed(&window));
     const QStringList cut = cutParts(window);
-    QVERIFY2(cut.isEmpty(), qPrintable(cut.join(QStringLiteral(", "))));
+    QVERIFY2(cut.isEmpty(), qPrintable(cut.join(", ")));
 }
 
 } // namespace
@@ -95,7 +95,7 @@ private Q_SLOTS:
     void everyWindowFitsAndNamesItsControls()
     {
         LoadedOrganiser site;
-        writeFile(site.doc(QStringLiteral("Protocols/Enzyme linked immunosorbent assay, plate 12.apr")));
+        writeFile(site.doc("Protocols/Enzyme linked immunosorbent assay, plate 12.apr"));
         site.secure({"Security/ViewAuditTrail", "AuthorisationsGeneral/CreateProtocol", "Documents/Sign"},
                     false);
         QStringList walked;
@@ -104,9 +104,8 @@ private Q_SLOTS:
             site.dialogs.then([&walked, password](QDialog& dialog) {
                 verifyAccessibleNames(dialog, 4);
                 walked << dialog.windowTitle();
-                dialog.findChild<QLineEdit*>(QStringLiteral("txtUserName"))
-                    ->setText(QStringLiteral("jsmith"));
-                dialog.findChild<QLineEdit*>(QStringLiteral("txtPassword"))->setText(QLatin1String(password));
+                dialog.findChild<QLineEdit*>("txtUserName")->setText("jsmith");
+                dialog.findChild<QLineEdit*>("txtPassword")->setText(QLatin1String(password));
                 return int(QDialog::Accepted);
             });
         MainWindow& window = site.load();

@@ -105,15 +105,15 @@ private Q_SLOTS:
     {
         LoadedOrganiser site;
         site.set("Settings/DiagnosticLogLevel", 1);
-        site.set("Settings/PlusCaption", QStringLiteral("true"));
+        site.set("Settings/PlusCaption", "true");
         MainWindow window;
         StartWatcher watcher(window);
         QCOMPARE(window.Load(), MainWindow::LoadOutcome::Loaded);
         QVERIFY(window.MainWindowLoaded());
-        QCOMPARE(window.windowTitle(), QStringLiteral("Tallyo Plus"));
+        QCOMPARE(window.windowTitle(), "Tallyo Plus");
         BrowserControl& browser = part<BrowserControl>(window);
         QVERIFY(!browser.engineStarted());
-        const QByteArray log = readFile(site.folders.stateFolder() + QStringLiteral("/Nebra/NebraLog.txt"));
+        const QByteArray log = readFile(site.folders.stateFolder() + "/Nebra/NebraLog.txt");
         // 28 of the start-up itself, 8 of the data folder creation and one for each of the
         // catalogue's 3 drivers, and 10 of building the tree with its welcome page; one block line
         // each for the start-up, the notifications, the shortcuts bar setting, the tree and the
@@ -140,11 +140,11 @@ private Q_SLOTS:
         QCOMPARE(window.Load(), MainWindow::LoadOutcome::Loaded);
         QVERIFY(!watcher.states.isEmpty());
         QVERIFY(watcher.states.first() & Qt::WindowMaximized);
-        QCOMPARE(window.windowTitle(), QStringLiteral("Tallyo Organiser"));
-        QVERIFY(!QFile::exists(site.folders.stateFolder() + QStringLiteral("/Nebra/NebraLog.txt")));
+        QCOMPARE(window.windowTitle(), "Tallyo Organiser");
+        QVERIFY(!QFile::exists(site.folders.stateFolder() + "/Nebra/NebraLog.txt"));
         QCOMPARE(site.messages.count(), 1);
         QCOMPARE(site.messages.last().icon, MessageIcon::Warning);
-        QVERIFY(site.messages.last().text.contains(QStringLiteral("Default settings are in effect")));
+        QVERIFY(site.messages.last().text.contains("Default settings are in effect"));
     }
 
     // A catalogue that is there but unusable is reported once, naming the
@@ -158,13 +158,12 @@ private Q_SLOTS:
         writeFile(catalogue, "{\"drivers\": [");
         site.set("Paths/DriverCatalogue", catalogue);
         site.set("Settings/InstrumentDriversInUse", true);
-        QTest::ignoreMessage(QtWarningMsg,
-                             QRegularExpression(QStringLiteral("^The driver catalogue \".*drivers.json\" ")));
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("^The driver catalogue \".*drivers.json\" "));
         MainWindow& window = site.load();
         QCOMPARE(site.messages.count(), 1);
         QCOMPARE(site.messages.last().icon, MessageIcon::Warning);
         QVERIFY2(site.messages.last().text.startsWith("The driver catalogue \"" + catalogue +
-                                                      QStringLiteral("\" is not a valid catalogue: ")),
+                                                      "\" is not a valid catalogue: "),
                  qPrintable(site.messages.last().text));
         QVERIFY(!branch(window, DocumentType::ReadConfigurations).isValid());
 
@@ -177,8 +176,7 @@ private Q_SLOTS:
             part<FolderTreeControl>(*shown).setDisplayMode(mode);
             tool(*shown, CommandId::Exit).trigger();
             QVERIFY(!shown->isVisible());
-            QCOMPARE(site.stored(QStringLiteral("Settings/ExplorerModeFlag")).toString(),
-                     QLatin1String(stored));
+            QCOMPARE(site.stored("Settings/ExplorerModeFlag").toString(), QLatin1String(stored));
             shown = &site.load();
             QCOMPARE(part<FolderTreeControl>(*shown).displayMode(), mode);
         }
@@ -214,7 +212,7 @@ private Q_SLOTS:
         QCOMPARE(messages.last().buttons, int(MessageButton::Ok));
         // The unfinished window never stores its tree mode.
         window.close();
-        QVERIFY(!site.stored(QStringLiteral("Settings/ExplorerModeFlag")).isValid());
+        QVERIFY(!site.stored("Settings/ExplorerModeFlag").isValid());
     }
 
     // Spaced buttons (flag 32) put blanks where the separators and Help were.
@@ -247,7 +245,7 @@ private Q_SLOTS:
         QCOMPARE(keys.contains(ToolDefinitions::FirstSpacer) && keys.contains(ToolDefinitions::LastSpacer),
                  flags != 0);
         QCOMPARE(keys.indexOf(treeButton(CommandId::Run)), keys.indexOf(treeButton(CommandId::New)) + 2);
-        QVERIFY(part<FileListControl>(window).columns().contains(QStringLiteral("Comment")));
+        QVERIFY(part<FileListControl>(window).columns().contains("Comment"));
         ShortcutsBar& bar = part<ShortcutsBar>(window);
         QCOMPARE(bar.mode(), drivers ? ShortcutsBar::Mode::Collapsed : ShortcutsBar::Mode::Shown);
         QCOMPARE(bar.itemCaptions(0), (QStringList{"Organiser", "Protocols", "Results", "Reports"}));
@@ -271,7 +269,7 @@ private Q_SLOTS:
                                      "Read Configurations/Reader One", "Read Configurations/Reader Two"})
                 makeFolder(parent + QStringLiteral("/My Assays/") + QLatin1String(kind));
         }
-        writeFile(other + QStringLiteral("/My Assays/Read Configurations/Reader Two/plate.daq"));
+        writeFile(other + "/My Assays/Read Configurations/Reader Two/plate.daq");
         const QString catalogue = site.folders.root() + "/drivers.json";
         writeFile(catalogue, R"({"drivers":[{"FullName":"Reader One"},{"FullName":"Reader Two"}]})");
         site.set("Paths/DriverCatalogue", catalogue);
@@ -299,7 +297,7 @@ private Q_SLOTS:
 
             // The panes left take the room of the hidden ones.
             QVERIFY(part<ShortcutsBar>(window).isHidden());
-            QVERIFY(window.findChild<QWidget*>(QStringLiteral("previewArea"))->isHidden());
+            QVERIFY(window.findChild<QWidget*>("previewArea")->isHidden());
             QTRY_VERIFY_WITH_TIMEOUT(part<FileListControl>(window).width() > listWidth, 2000);
             QTRY_VERIFY_WITH_TIMEOUT(part<FileListControl>(window).height() > listHeight, 2000);
             // The tree was built anew and shows the same place under the new parent.
@@ -309,9 +307,8 @@ private Q_SLOTS:
             // The new tree is read on the readers: the place is selected once it has arrived.
             QTRY_COMPARE_WITH_TIMEOUT(part<FolderTreeControl>(window).currentNode().folderPath(),
                                       other + "/My Assays/Protocols/Batch 1", 5000);
-            QCOMPARE(instrumentNode().folderPath(),
-                     other + QStringLiteral("/My Assays/Read Configurations/Reader Two"));
-            QCOMPARE(instrumentNode().text(), QStringLiteral("Reader Two"));
+            QCOMPARE(instrumentNode().folderPath(), other + "/My Assays/Read Configurations/Reader Two");
+            QCOMPARE(instrumentNode().text(), "Reader Two");
             // The watches moved with the parent: folders made there appear in every branch.
             const QString run = other + "/My Assays/Results/Run 9";
             const QString plates = other + "/My Assays/Microplate Layouts/Plates 9";
@@ -334,12 +331,12 @@ private Q_SLOTS:
             QTRY_VERIFY_WITH_TIMEOUT(!open, 2000);
             window.close();
         }
-        QCOMPARE(site.stored(QStringLiteral("Paths/ParentDirectory")).toString(), other);
-        QCOMPARE(site.stored(QStringLiteral("Settings/CurrentHLD")).toInt(), 2);
+        QCOMPARE(site.stored("Paths/ParentDirectory").toString(), other);
+        QCOMPARE(site.stored("Settings/CurrentHLD").toInt(), 2);
 
         MainWindow& window = site.load();
         QVERIFY(part<ShortcutsBar>(window).isHidden());
-        QVERIFY(window.findChild<QWidget*>(QStringLiteral("previewArea"))->isHidden());
+        QVERIFY(window.findChild<QWidget*>("previewArea")->isHidden());
         QVERIFY(part<FolderTreeControl>(window).isVisible());
 
         // The resize rule on a real window: the panes follow the window above
@@ -381,7 +378,7 @@ private Q_SLOTS:
     void everyReachableCommandDoesSomethingOrIsDisabled()
     {
         LoadedOrganiser site;
-        writeFile(site.doc(QStringLiteral("Protocols/Elisa.apr")));
+        writeFile(site.doc("Protocols/Elisa.apr"));
         MainWindow& window = site.load();
         const MessageRecorder& messages = site.messages;
         // A protocol selected: the document commands have something to act on.
@@ -398,7 +395,7 @@ private Q_SLOTS:
         ids.removeDuplicates();
         for (const char* id : {ToolBarsControl::Separator, "ID_Options", "ID_New", "ID_Exit"})
             ids.removeAll(QLatin1String(id));
-        for (const QString& id : ids << QStringLiteral("ID_Exit")) {
+        for (const QString& id : ids << "ID_Exit") {
             QAction* action = part<ToolBarsControl>(window).action(id);
             QVERIFY2(action, qPrintable(id));
             if (!action->isEnabled() || !part<ToolBarsControl>(window).isToolVisible(id))
@@ -410,9 +407,9 @@ private Q_SLOTS:
             action->trigger();
             const bool seen = messages.count() > boxes || addresses.opened > opened ||
                               shownWindow<HelpWindow>() || !window.isVisible();
-            QVERIFY2(seen, qPrintable(id + QStringLiteral(" is enabled but does nothing")));
+            QVERIFY2(seen, qPrintable(id + " is enabled but does nothing"));
         }
-        QDesktopServices::unsetUrlHandler(QStringLiteral("https"));
+        QDesktopServices::unsetUrlHandler("https");
         QVERIFY(!window.isVisible()); // Exit came last and closed the window
     }
 
