@@ -61,12 +61,9 @@ QStringList cutParts(const QWidget& window)
             // whole.
             const bool whole = column != last && column != header->logicalIndex(0);
             if (right > view->viewport()->width() || header->sectionSize(column) < (whole ? needed : caption))
-                cut << QStringLiteral("the column \"%1\" of %2 (%3 to %4 of %5)")
+                cut << QStringLiteral("the column \"%1\" of %2")
                            .arg(view->model()->headerData(column, Qt::Horizontal).toString(),
-                                view->accessibleName())
-                           .arg(header->sectionViewportPosition(column))
-                           .arg(right)
-                           .arg(view->viewport()->width());
+                                view->accessibleName());
         }
     }
     return cut;

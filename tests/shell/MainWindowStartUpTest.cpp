@@ -277,8 +277,7 @@ private Q_SLOTS:
             MainWindow& window = site.load();
             part<FolderTreeControl>(window).setCurrentNode(
                 nodeOf(window, data + "/My Assays/Protocols/Batch 1"));
-            const int listWidth = part<FileListControl>(window).width();
-            const int listHeight = part<FileListControl>(window).height();
+            const QSize list = part<FileListControl>(window).size();
 
             DialogScript& script = site.dialogs;
             script.then([&](QDialog& dialog) {
@@ -298,17 +297,15 @@ private Q_SLOTS:
             // The panes left take the room of the hidden ones.
             QVERIFY(part<ShortcutsBar>(window).isHidden());
             QVERIFY(window.findChild<QWidget*>("previewArea")->isHidden());
-            QTRY_VERIFY_WITH_TIMEOUT(part<FileListControl>(window).width() > listWidth, 2000);
-            QTRY_VERIFY_WITH_TIMEOUT(part<FileListControl>(window).height() > listHeight, 2000);
+            QTRY_VERIFY_WITH_TIMEOUT(part<FileListControl>(window).width() > list.width(), 2000);
+            QTRY_VERIFY_WITH_TIMEOUT(part<FileListControl>(window).height() > list.height(), 2000);
             // The tree was built anew and shows the same place under the new parent.
-            const auto instrumentNode = [&window] {
-                return branch(window, DocumentType::ReadConfigurations);
-            };
             // The new tree is read on the readers: the place is selected once it has arrived.
             QTRY_COMPARE_WITH_TIMEOUT(part<FolderTreeControl>(window).currentNode().folderPath(),
                                       other + "/My Assays/Protocols/Batch 1", 5000);
-            QCOMPARE(instrumentNode().folderPath(), other + "/My Assays/Read Configurations/Reader Two");
-            QCOMPARE(instrumentNode().text(), "Reader Two");
+            QCOMPARE(branch(window, DocumentType::ReadConfigurations).folderPath(),
+                     other + "/My Assays/Read Configurations/Reader Two");
+            QCOMPARE(branch(window, DocumentType::ReadConfigurations).text(), "Reader Two");
             // The watches moved with the parent: folders made there appear in every branch.
             const QString run = other + "/My Assays/Results/Run 9";
             const QString plates = other + "/My Assays/Microplate Layouts/Plates 9";
