@@ -105,11 +105,6 @@ struct Records : LoadedOrganiser
     }
 };
 
-int rows(const AuditTrailWindow& viewer)
-{
-    return viewer.table().model()->rowCount();
-}
-
 } // namespace
 
 // The documents' records and the audit trail in the window. The records: which change the list and the trail
@@ -224,12 +219,13 @@ private Q_SLOTS:
         command->trigger();
         AuditTrailWindow* viewer = site.window->findChild<AuditTrailWindow*>();
         QVERIFY(viewer);
+        const auto rows = [viewer] { return viewer->table().model()->rowCount(); };
         QTRY_VERIFY_WITH_TIMEOUT(!viewer->chainStatus().checking(), 10000);
         QPointer<AuditTrailWindow> open(viewer);
         QVERIFY(viewer->isVisible());
         QCOMPARE(site.security->auditTexts().last(), "Audit trail viewer opened");
         const int all = site.security->auditTexts().size();
-        QTRY_COMPARE_WITH_TIMEOUT(rows(*viewer), all, 5000);
+        QTRY_COMPARE_WITH_TIMEOUT(rows(), all, 5000);
         // Newest first: the opening itself heads the table.
         QCOMPARE(viewer->table().model()->index(0, 5).data().toString(), "Audit trail viewer opened");
         QVERIFY(viewer->chainStatus().statusText().startsWith(QStringLiteral("Intact, %1 entries").arg(all)));
@@ -237,11 +233,11 @@ private Q_SLOTS:
         auto* text = viewer->filterBar().findChild<QLineEdit*>("txtText");
         QSignalSpy filtered(&viewer->filterBar(), &AuditFilterBar::filterChanged);
         QTest::keyClicks(text, "WELCOME");
-        QTRY_COMPARE_WITH_TIMEOUT(rows(*viewer), 1, 5000);
+        QTRY_COMPARE_WITH_TIMEOUT(rows(), 1, 5000);
         QCOMPARE(filtered.size(), 1); // once typing pauses, not at every key
         QCOMPARE(viewer->table().model()->index(0, 5).data().toString(), "Launch Welcome screen");
         viewer->filterBar().findChild<QPushButton*>("cmdClear")->click();
-        QTRY_COMPARE_WITH_TIMEOUT(rows(*viewer), all, 5000);
+        QTRY_COMPARE_WITH_TIMEOUT(rows(), all, 5000);
 
         const auto exportTo = [&](const QString& kind) {
             const QString file =
@@ -268,10 +264,9 @@ private Q_SLOTS:
             QVERIFY2(QFileInfo::exists(file), kind);
             QCOMPARE(site.security->auditTexts().size(), entries + 1);
             const QString recorded = site.security->auditTexts().last();
-            QVERIFY2(
-                recorded.contains(
-                    QStringLiteral("\"%1\": %2 entries, filter: all entries").arg(file).arg(rows(*viewer))),
-                qPrintable(recorded));
+            QVERIFY2(recorded.contains(
+                         QStringLiteral("\"%1\": %2 entries, filter: all entries").arg(file).arg(rows())),
+                     qPrintable(recorded));
         }
         QCOMPARE(site.messages.count(), 0);
 

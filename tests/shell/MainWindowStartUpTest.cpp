@@ -188,9 +188,8 @@ private Q_SLOTS:
     {
         LoadedOrganiser site;
         QProcess first;
-        first.start(QStringLiteral(PROBE_PATH),
-                    {QStringLiteral("%1-%2").arg(QCoreApplication::applicationName(),
-                                                 QString::number(QCoreApplication::applicationPid()))});
+        first.start(QStringLiteral(PROBE_PATH), {QCoreApplication::applicationName() + '-' +
+                                                 QString::number(QCoreApplication::applicationPid())});
         QVERIFY(first.waitForReadyRead(20000));
         QCOMPARE(site.start(), MainWindow::LoadOutcome::DuplicateInstance);
         QVERIFY(first.waitForFinished(20000));
