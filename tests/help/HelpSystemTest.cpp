@@ -56,9 +56,15 @@ class HelpSystemTest : public QObject
 private slots:
     // Every type of the table shows its help topic's page; which page that is
     // is the table's, and that the page is written, the test of every topic's.
-    void contextHelpFollowsTheDocumentType()
+    // Closing help says whether it was shown; a window the user closed is
+    // kept, and showing help again reuses it. Each topic's page is a written
+    // page of the guide with its own title; a topic without a page shows the
+    // contents.
+    void contextHelpFollowsTheDocumentTypeAndEveryTopicShowsItsOwnPage()
     {
         Fixture f;
+        QVERIFY(!f.help.CloseHelpIfOpen());
+        QVERIFY(!f.help.IsDisplayingHelp());
         const int kinds = int(DocumentTypes::all().size());
         for (const int kind : {kinds, -1}) { // beyond the table: nothing shown
             f.folderKind = kind;
@@ -75,18 +81,7 @@ private slots:
             QCOMPARE(f.window->navigation().currentIndex(), int(HelpWindow::ContentsPane));
         }
         QCOMPARE(f.calls.size(), kinds + 2);
-    }
 
-    // Closing help says whether it was shown; a window the user closed is
-    // kept, and showing help again reuses it. Each topic's page is a written
-    // page of the guide with its own title; a topic without a page shows the
-    // contents.
-    void closeHelpIfOpenAndEveryTopicShowsItsOwnPage()
-    {
-        Fixture f;
-        QVERIFY(!f.help.CloseHelpIfOpen());
-        QVERIFY(!f.help.IsDisplayingHelp());
-        QVERIFY(!f.window);
         for (const bool userClosed : {true, false}) {
             f.help.DisplayeHelpTOC();
             if (userClosed)

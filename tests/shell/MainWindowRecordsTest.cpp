@@ -120,9 +120,12 @@ class MainWindowRecordsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void aReviewerAcceptsAChangeWithAReason()
+    // A reviewer accepts a change with a reason. A document changed while its
+    // Sign Document dialog was open is not signed; a signature then shows
+    // until the document changes.
+    void aReviewerAcceptsAChangeAndASignatureShowsUntilTheDocumentChanges()
     {
-        Records o({"Documents/AcceptChange"});
+        Records o({"Documents/AcceptChange", "Documents/Sign"});
         QVERIFY(o.showLayout());
         FileListControl& list = part<FileListControl>(*o.window);
         o.changeOutside();
@@ -131,15 +134,40 @@ private Q_SLOTS:
             o.recordCell(list, Qt::AccessibleDescriptionRole).startsWith("Changed outside the suite, seen "));
         auto* line = o.window->findChild<QLabel*>("recordState");
         QVERIFY(line && line->isVisible());
-        QVERIFY(line->text().startsWith(QLatin1String("Record: Changed outside the suite, seen ")));
+        QVERIFY(line->text().startsWith("Record: Changed outside the suite, seen "));
         QTRY_VERIFY(tool(*o.window, CommandId::AcceptChange).isEnabled());
         o.dialogs.accept({{"txtReason", "Checked against the lab book"}});
         part<CommandDispatcher>(*o.window).run(CommandId::AcceptChange);
         QVERIFY(o.entryStarting("Document change accepted: " + o.doc(Layout)));
-        QVERIFY(o.security->auditTexts().constLast().endsWith(
-            QLatin1String("reason: Checked against the lab book")));
+        QVERIFY(o.security->auditTexts().constLast().endsWith("reason: Checked against the lab book"));
         QCOMPARE(o.recordCell(list), "Recorded");
         QCOMPARE(o.messages.count(), 0);
+
+        QVERIFY(tool(*o.window, CommandId::Sign).isEnabled());
+        o.sign("Approved", [&o] { o.changeOutside(); });
+        QTRY_COMPARE_WITH_TIMEOUT(o.messages.count(), 1, 10000);
+        QCOMPARE(o.messages.last().text, DocumentSigning::changedText());
+        QVERIFY(!o.entryStarting("Signed: "));
+
+        o.sign("Reviewed");
+        QTRY_COMPARE_WITH_TIMEOUT(o.recordCell(list), "Signed (Reviewed)", 10000);
+        QVERIFY(o.entryStarting("Signed: " + o.doc(Layout) + " sha256="));
+        o.sign("Approved");
+        QTRY_COMPARE_WITH_TIMEOUT(o.recordCell(list), "Signed (Approved)", 10000);
+        QCOMPARE(o.userNames, QStringList({"typed", "typed", "read-only jsmith"}));
+        QCOMPARE(o.band().size(), 2); // each line's wording is SignatureBandTest's
+        QCOMPARE(line->text(), "Record: Signed (Approved)");
+
+        o.changeOutside();
+        const QString voided = DocumentState::voidText();
+        QTRY_COMPARE_WITH_TIMEOUT(o.recordCell(list), voided, 20000);
+        auto* model = static_cast<FileListModel*>(list.view()->model());
+        QVERIFY(!model->index(0, model->columnOf("Record")).data(Qt::DecorationRole).isNull());
+        QCOMPARE(line->text(), "Record: " + voided);
+        QVERIFY(o.band().constFirst().startsWith(voided));
+        // The band follows the selection: no document, no signatures.
+        list.view()->clearSelection();
+        QTRY_VERIFY(o.band().isEmpty());
     }
 
     // Without the rights, accepting a change, signing and the audit trail are
@@ -169,43 +197,8 @@ private Q_SLOTS:
 
         part<CommandDispatcher>(*o.window).run(CommandId::Open);
         QTRY_VERIFY_WITH_TIMEOUT(o.entryStarting("Document changed: " + o.doc(Layout) + " sha256="), 20000);
-        QVERIFY(o.security->auditTexts().constLast().endsWith(QLatin1String(" by editor")));
+        QVERIFY(o.security->auditTexts().constLast().endsWith(" by editor"));
         QCOMPARE(o.recordCell(list), "Recorded");
-    }
-
-    // A document changed while its Sign Document dialog was open is not
-    // signed; a signature then shows until the document changes.
-    void aSignatureShowsUntilTheDocumentChanges()
-    {
-        Records o({"Documents/Sign"});
-        QVERIFY(o.showLayout());
-        FileListControl& list = part<FileListControl>(*o.window);
-        QVERIFY(tool(*o.window, CommandId::Sign).isEnabled());
-        o.sign("Approved", [&o] { o.changeOutside(); });
-        QTRY_COMPARE_WITH_TIMEOUT(o.messages.count(), 1, 10000);
-        QCOMPARE(o.messages.last().text, DocumentSigning::changedText());
-        QVERIFY(!o.entryStarting("Signed: "));
-
-        o.sign("Reviewed");
-        QTRY_COMPARE_WITH_TIMEOUT(o.recordCell(list), "Signed (Reviewed)", 10000);
-        QVERIFY(o.entryStarting("Signed: " + o.doc(Layout) + " sha256="));
-        o.sign("Approved");
-        QTRY_COMPARE_WITH_TIMEOUT(o.recordCell(list), "Signed (Approved)", 10000);
-        QCOMPARE(o.userNames, QStringList({"typed", "typed", "read-only jsmith"}));
-        QCOMPARE(o.band().size(), 2); // each line's wording is SignatureBandTest's
-        auto* line = o.window->findChild<QLabel*>("recordState");
-        QCOMPARE(line->text(), "Record: Signed (Approved)");
-
-        o.changeOutside();
-        const QString voided = DocumentState::voidText();
-        QTRY_COMPARE_WITH_TIMEOUT(o.recordCell(list), voided, 20000);
-        auto* model = static_cast<FileListModel*>(list.view()->model());
-        QVERIFY(!model->index(0, model->columnOf("Record")).data(Qt::DecorationRole).isNull());
-        QCOMPARE(line->text(), "Record: " + voided);
-        QVERIFY(o.band().constFirst().startsWith(voided));
-        // The band follows the selection: no document, no signatures.
-        list.view()->clearSelection();
-        QTRY_VERIFY(o.band().isEmpty());
     }
 
     // What an export writes is the export's own test; here each way out of
@@ -242,7 +235,7 @@ private Q_SLOTS:
         const auto exportTo = [&](const QString& kind) {
             const QString file =
                 site.folders.root() + QLatin1Char('/') + kind + (kind == "csv" ? ".csv" : ".pdf");
-            if (kind == QLatin1String("print")) {
+            if (kind == "print") {
                 site.dialogs.then([file](QDialog& dialog) {
                     auto* print = qobject_cast<QPrintDialog*>(&dialog);
                     if (!print)
