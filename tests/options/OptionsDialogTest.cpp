@@ -43,28 +43,25 @@ struct Fixture
     std::unique_ptr<NebraSecurityManager> manager;
     DataFolders folders{paths, settings, [this]() -> const HLDCollection& { return noDrivers; }};
     HLDCollection noDrivers;
-    OptionsDialog dialog{settings, paths, folders, hooks()};
+    OptionsDialog dialog{settings, paths, folders, [this] {
+                             OptionsDialogHooks h;
+                             h.freshDrivers = [this] {
+                                 ++catalogueReads;
+                                 return HLDCollection(catalogue);
+                             };
+                             h.isAllowed = [this](const QString& area, const QString& operation) {
+                                 return !manager || manager->IsOperationAllowed(area, operation);
+                             };
+                             h.displayHelpContext = [this](int topic) { helpTopics.append(topic); };
+                             h.handleChangedHLD = [this] { ++driverChanges; };
+                             return h;
+                         }()};
 
     Fixture()
     {
         paths.Initialise();
         paths.SetParentDirectory(dir.filePath("Parent"));
         folders.CreateAnyMissingNebraDirectories();
-    }
-
-    OptionsDialogHooks hooks()
-    {
-        OptionsDialogHooks h;
-        h.freshDrivers = [this] {
-            ++catalogueReads;
-            return HLDCollection(catalogue);
-        };
-        h.isAllowed = [this](const QString& area, const QString& operation) {
-            return !manager || manager->IsOperationAllowed(area, operation);
-        };
-        h.displayHelpContext = [this](int topic) { helpTopics.append(topic); };
-        h.handleChangedHLD = [this] { ++driverChanges; };
-        return h;
     }
 
     void setDrivers(const QStringList& names)

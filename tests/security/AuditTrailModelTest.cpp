@@ -39,21 +39,6 @@ class AuditTrailModelTest : public QObject
                     QString* e) { return m->ReadAuditEntries(f, o, offset, limit, out, e); }};
     }
 
-    // Many users (in mixed case), three areas, texts that a filter can find.
-    static void generate(SecurityStore& store)
-    {
-        static const QStringList users{"alice", "Bob", "carol", "DAVE", "eve", "Frank"};
-        static const QStringList areas{"General", "Reader", "Security"};
-        const AuditAppendResult result = store.audit().record([](QList<AuditRecord>* records, QString*) {
-            for (int i = 0; i < Generated; ++i)
-                records->append({users[i % users.size()], areas[(i / 7) % areas.size()],
-                                 QStringLiteral("Run protocol: Plate %1.apr").arg(i % 997)});
-            return true;
-        });
-        if (result.sequence == 0)
-            qFatal("%s", qPrintable(result.error));
-    }
-
     void setRight(bool granted)
     {
         const std::unique_ptr<SecurityStore> store = m_site.fixture.open();
@@ -109,7 +94,17 @@ class AuditTrailModelTest : public QObject
 private Q_SLOTS:
     void initTestCase()
     {
-        generate(*m_site.fixture.open());
+        // Many users (in mixed case), three areas, texts that a filter can find.
+        const QStringList users{"alice", "Bob", "carol", "DAVE", "eve", "Frank"};
+        const QStringList areas{"General", "Reader", "Security"};
+        const AuditAppendResult result =
+            m_site.fixture.open()->audit().record([&](QList<AuditRecord>* records, QString*) {
+                for (int i = 0; i < Generated; ++i)
+                    records->append({users[i % users.size()], areas[(i / 7) % areas.size()],
+                                     QStringLiteral("Run protocol: Plate %1.apr").arg(i % 997)});
+                return true;
+            });
+        QVERIFY2(result.sequence > 0, qPrintable(result.error));
         m_manager = loggedInManager();
         QVERIFY(m_manager);
         QString error;
