@@ -118,13 +118,15 @@ private Q_SLOTS:
             site.dialogs.then([&walked, minimum, fits](QDialog& dialog) {
                 verifyAccessibleNames(dialog, minimum);
                 // It fits, and opens centred on the window it belongs to.
-                if (fits) {
+                const auto centred = [&dialog] {
                     dialog.show();
                     verifyNothingCut(dialog);
                     const QRect owner = dialog.parentWidget()->window()->frameGeometry();
                     if (owner.width() > dialog.frameGeometry().width() + 40)
                         QVERIFY((dialog.frameGeometry().center() - owner.center()).manhattanLength() < 40);
-                }
+                };
+                if (fits)
+                    centred();
                 walked << dialog.windowTitle();
                 dialog.hide();
                 return int(QDialog::Rejected);
