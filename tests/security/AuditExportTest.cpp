@@ -50,12 +50,6 @@ struct Store
     QString path(const char* name) const { return folders.root() + QLatin1Char('/') + QLatin1String(name); }
 };
 
-// The text of a PDF file, laid out as on the page.
-QString pdfText(const QString& file)
-{
-    return runProgram("pdftotext", {"-layout", file, "-"}).out;
-}
-
 } // namespace
 
 // The reviewer's exports on a real security store: the CSV in the
@@ -121,7 +115,7 @@ private Q_SLOTS:
         QString error;
         QCOMPARE(exporter.writePdf(o.path("trail.pdf"), title, &error), AuditExport::Outcome::Written);
         QCOMPARE(exporter.entryCount(), 122);
-        const QString text = pdfText(o.path("trail.pdf"));
+        const QString text = runProgram("pdftotext", {"-layout", o.path("trail.pdf"), "-"}).out;
         for (const char* pattern :
              {"Audit Trail", "Site:\\s+Cell Biology Lab", "Printed by:\\s+jsmith \\(Jane Smith\\)",
               "Printed:\\s+\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d \\S+", "Filter:\\s+user jsmith",
@@ -188,7 +182,9 @@ private Q_SLOTS:
                                        "intact"};
         QCOMPARE(exporter.writePdf(o.path("trail.pdf"), title, &error), AuditExport::Outcome::Written);
         const auto bare = [](QString text) { return text.remove(QRegularExpression("[\\s\"]")); };
-        QVERIFY2(bare(pdfText(o.path("trail.pdf"))).contains(bare(manifest)), qPrintable(manifest));
+        QVERIFY2(
+            bare(runProgram("pdftotext", {"-layout", o.path("trail.pdf"), "-"}).out).contains(bare(manifest)),
+            qPrintable(manifest));
 
         const AuditTrailReader reader(o.store->database());
         AuditTrailModel viewer(

@@ -67,15 +67,6 @@ private:
     MainWindow& m_window;
 };
 
-FolderNode nodeOf(MainWindow& window, const QString& folder)
-{
-    const FolderTreeModel& nodes = part<FolderTreeControl>(window).nodes();
-    for (int i = 0; i < nodes.count(); ++i)
-        if (nodes.node(i).folderPath() == folder)
-            return nodes.node(i);
-    return {};
-}
-
 } // namespace
 
 // Receives the addresses the desktop would open.
@@ -274,8 +265,8 @@ private Q_SLOTS:
         site.set("Paths/DriverCatalogue", catalogue);
         {
             MainWindow& window = site.load();
-            part<FolderTreeControl>(window).setCurrentNode(
-                nodeOf(window, data + "/My Assays/Protocols/Batch 1"));
+            FolderTreeControl& tree = part<FolderTreeControl>(window);
+            tree.setCurrentNode(tree.nodes().findFolderPath(data + "/My Assays/Protocols/Batch 1"));
             const QSize list = part<FileListControl>(window).size();
 
             DialogScript& script = site.dialogs;
@@ -300,8 +291,8 @@ private Q_SLOTS:
             QTRY_VERIFY_WITH_TIMEOUT(part<FileListControl>(window).height() > list.height(), 2000);
             // The tree was built anew and shows the same place under the new parent.
             // The new tree is read on the readers: the place is selected once it has arrived.
-            QTRY_COMPARE_WITH_TIMEOUT(part<FolderTreeControl>(window).currentNode().folderPath(),
-                                      other + "/My Assays/Protocols/Batch 1", 5000);
+            QTRY_COMPARE_WITH_TIMEOUT(tree.currentNode().folderPath(), other + "/My Assays/Protocols/Batch 1",
+                                      5000);
             QCOMPARE(branch(window, DocumentType::ReadConfigurations).folderPath(),
                      other + "/My Assays/Read Configurations/Reader Two");
             QCOMPARE(branch(window, DocumentType::ReadConfigurations).text(), "Reader Two");
@@ -310,7 +301,9 @@ private Q_SLOTS:
             const QString plates = other + "/My Assays/Microplate Layouts/Plates 9";
             makeFolder(run);
             makeFolder(plates);
-            QTRY_VERIFY_WITH_TIMEOUT(nodeOf(window, run).isValid() && nodeOf(window, plates).isValid(), 5000);
+            QTRY_VERIFY_WITH_TIMEOUT(tree.nodes().findFolderPath(run).isValid() &&
+                                         tree.nodes().findFolderPath(plates).isValid(),
+                                     5000);
             // (A driver change with the instrument node selected keeps it selected: OrganiserTreeTest.)
 
             // A forced log-out while the dialog, the same again, is open closes and unloads it.
