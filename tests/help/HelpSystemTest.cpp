@@ -18,8 +18,6 @@ using nebra::test::UserFolders;
 
 namespace {
 
-const QString BuiltHelp = QStringLiteral(NEBRA_BUILT_HELP_FILE);
-
 // The help system over the built guide and the real help window; records in
 // `calls` the order in which context help used its hooks.
 struct Fixture
@@ -30,7 +28,7 @@ struct Fixture
     int folderKind = 0;
     HelpSystem help;
 
-    explicit Fixture(const QString& helpFile = BuiltHelp)
+    explicit Fixture(const QString& helpFile = QStringLiteral(NEBRA_BUILT_HELP_FILE))
     {
         help.setHelpFilePath(helpFile);
         help.setViewerFactory([this](const QString& file, QString& error) -> std::unique_ptr<HelpViewer> {

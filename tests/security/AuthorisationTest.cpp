@@ -44,9 +44,7 @@ struct Checked
     explicit Checked(SecuritySession::State state)
     {
         store.setValue("Settings/SecurityConfigured", state != SecuritySession::State::NotConfigured);
-        auto factory = [](QString* error) {
-            return NebraSecurityManager::create(SettingsStore(), {}, error);
-        };
+        const auto factory = [](QString* e) { return NebraSecurityManager::create(SettingsStore(), {}, e); };
         session.emplace(settings, nullptr, switches, part<StatusBarControl>(window), factory, window);
         DialogScript dialogs;
         dialogs.logIn("jsmith", "correct horse");

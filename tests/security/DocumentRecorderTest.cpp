@@ -97,7 +97,7 @@ private Q_SLOTS:
         const QString name = "Protocols/ELISA.apr";
         const QString folder = o.path("Protocols");
         const std::unique_ptr<DocumentRecorder> recorder = o.started("Protocols", {name});
-        QVERIFY(o.newestEntry().startsWith(QLatin1String("Document recorded: ") + o.path(name)));
+        QVERIFY(o.newestEntry().startsWith("Document recorded: " + o.path(name)));
 
         QProcess editor; // stands in for the layout editor, started on the folder
         editor.start("sleep", {"60"});
@@ -193,9 +193,8 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(o.newestEntry().contains(o.path("Reports/two")), 20000);
         QCOMPARE(failed.size(), 1);
         const QStringList texts = o.site.auditTexts();
-        QVERIFY(texts.at(texts.size() - 2)
-                    .startsWith(QLatin1String("Document recorded: ") + o.path("Reports/one")));
-        QVERIFY(texts.constLast().startsWith(QLatin1String("Document recorded: ") + o.path("Reports/two")));
+        QVERIFY(texts.at(texts.size() - 2).startsWith("Document recorded: " + o.path("Reports/one")));
+        QVERIFY(texts.constLast().startsWith("Document recorded: " + o.path("Reports/two")));
     }
 
     // A signature noted in the session, or read from the store at the start of
