@@ -169,13 +169,11 @@ private Q_SLOTS:
         // The export's walk sees the whole view, in the same order.
         QList<qint64> walked;
         QString error;
-        QVERIFY2(model.forEachEntry(
-                     [&walked](const AuditEntry& e) {
-                         walked.append(e.sequence);
-                         return true;
-                     },
-                     &error),
-                 qPrintable(error));
+        const auto walk = [&walked](const AuditEntry& e) {
+            walked.append(e.sequence);
+            return true;
+        };
+        QVERIFY2(model.forEachEntry(walk, &error), qPrintable(error));
         QCOMPARE(walked, want);
         QCOMPARE(m_messages.count(), 0);
     }

@@ -152,11 +152,8 @@ private Q_SLOTS:
             names << entry.section(QLatin1Char('='), 0, 0) +
                          (entry.startsWith(selected) && !selected.isEmpty() ? "*" : "");
         QCOMPARE(listed, names);
-        if (selected.isEmpty())
-            QCOMPARE(o.browser()->LocationURL(), QUrl());
-        else
-            QTRY_COMPARE_WITH_TIMEOUT(o.browser()->LocationURL(), QUrl::fromLocalFile(o.indexOf(selected)),
-                                      10000);
+        const QUrl previewed = selected.isEmpty() ? QUrl() : QUrl::fromLocalFile(o.indexOf(selected));
+        QTRY_COMPARE_WITH_TIMEOUT(o.browser()->LocationURL(), previewed, 10000);
         QCOMPARE(o.messages.count(), missingBox ? 1 : 0);
         if (missingBox) {
             QCOMPARE(o.messages.last().text + '|' + o.messages.last().title,
