@@ -29,12 +29,13 @@ private Q_SLOTS:
         QCOMPARE(messages.count(), 1);
         QCOMPARE(messages.last().title, QStringLiteral("About Tallyo Organiser"));
         for (const QString& part :
-             {"Tallyo Organiser", QStringLiteral("Version " NEBRA_VERSION), QString::fromLatin1(qVersion())})
+             {QStringLiteral("Tallyo Organiser"), QStringLiteral("Version " NEBRA_VERSION),
+              QString::fromLatin1(qVersion())})
             QVERIFY2(messages.last().text.contains(part), qPrintable(messages.last().text));
         QCOMPARE(messages.last().owner, &window);
 
         UrlReceiver receiver;
-        QDesktopServices::setUrlHandler("https", &receiver, "open");
+        QDesktopServices::setUrlHandler(QStringLiteral("https"), &receiver, "open");
         ShellCommands::OpenMakerPage();
         QDesktopServices::unsetUrlHandler(QStringLiteral("https"));
         // The maker's page opens in the desktop's browser, once.
