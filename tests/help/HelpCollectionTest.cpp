@@ -12,25 +12,6 @@
 using namespace nebra;
 using nebra::test::UserFolders;
 
-namespace {
-
-const QString BuiltHelp = QStringLiteral(NEBRA_BUILT_HELP_FILE);
-
-// Copies the built guide into folder, its files dated `when`.
-void install(const QString& folder, const QDateTime& when)
-{
-    for (const char* name : {"organiser.qhc", "organiser.qch"}) {
-        const QString target = folder + u'/' + QLatin1String(name);
-        QFile::remove(target);
-        QVERIFY(QFile::copy(QFileInfo(BuiltHelp).path() + u'/' + QLatin1String(name), target));
-        QFile file(target);
-        QVERIFY(file.open(QIODevice::ReadWrite));
-        QVERIFY(file.setFileTime(when, QFileDevice::FileModificationTime));
-    }
-}
-
-} // namespace
-
 class HelpCollectionTest : public QObject
 {
     Q_OBJECT
@@ -49,7 +30,18 @@ private slots:
         QVERIFY(!HelpCollection::open(collection, error));
         QVERIFY(error.contains("is damaged"));
 
-        install(installed.path(), QDateTime::currentDateTime().addYears(-1));
+        // The built guide installed, its files dated a year ago.
+        for (const char* name : {"organiser.qhc", "organiser.qch"}) {
+            const QString target = installed.filePath(QLatin1String(name));
+            QFile::remove(target);
+            QVERIFY(QFile::copy(QFileInfo(QStringLiteral(NEBRA_BUILT_HELP_FILE)).path() + u'/' +
+                                    QLatin1String(name),
+                                target));
+            QFile file(target);
+            QVERIFY(file.open(QIODevice::ReadWrite));
+            QVERIFY(file.setFileTime(QDateTime::currentDateTime().addYears(-1),
+                                     QFileDevice::FileModificationTime));
+        }
         const QByteArray before = nebra::test::readFile(collection);
         error.clear();
         const auto engine = HelpCollection::open(collection, error);

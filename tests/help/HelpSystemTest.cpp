@@ -18,8 +18,6 @@ using nebra::test::UserFolders;
 
 namespace {
 
-const QString BuiltHelp = QStringLiteral(NEBRA_BUILT_HELP_FILE);
-
 // The help system over the built guide and the real help window; records in
 // `calls` the order in which context help used its hooks.
 struct Fixture
@@ -30,7 +28,7 @@ struct Fixture
     int folderKind = 0;
     HelpSystem help;
 
-    explicit Fixture(const QString& helpFile = BuiltHelp)
+    explicit Fixture(const QString& helpFile = QStringLiteral(NEBRA_BUILT_HELP_FILE))
     {
         help.setHelpFilePath(helpFile);
         help.setViewerFactory([this](const QString& file, QString& error) -> std::unique_ptr<HelpViewer> {
@@ -56,9 +54,15 @@ class HelpSystemTest : public QObject
 private slots:
     // Every type of the table shows its help topic's page; which page that is
     // is the table's, and that the page is written, the test of every topic's.
-    void contextHelpFollowsTheDocumentType()
+    // Closing help says whether it was shown; a window the user closed is
+    // kept, and showing help again reuses it. Each topic's page is a written
+    // page of the guide with its own title; a topic without a page shows the
+    // contents.
+    void contextHelpFollowsTheDocumentTypeAndEveryTopicShowsItsOwnPage()
     {
         Fixture f;
+        QVERIFY(!f.help.CloseHelpIfOpen());
+        QVERIFY(!f.help.IsDisplayingHelp());
         const int kinds = int(DocumentTypes::all().size());
         for (const int kind : {kinds, -1}) { // beyond the table: nothing shown
             f.folderKind = kind;
@@ -75,18 +79,7 @@ private slots:
             QCOMPARE(f.window->navigation().currentIndex(), int(HelpWindow::ContentsPane));
         }
         QCOMPARE(f.calls.size(), kinds + 2);
-    }
 
-    // Closing help says whether it was shown; a window the user closed is
-    // kept, and showing help again reuses it. Each topic's page is a written
-    // page of the guide with its own title; a topic without a page shows the
-    // contents.
-    void closeHelpIfOpenAndEveryTopicShowsItsOwnPage()
-    {
-        Fixture f;
-        QVERIFY(!f.help.CloseHelpIfOpen());
-        QVERIFY(!f.help.IsDisplayingHelp());
-        QVERIFY(!f.window);
         for (const bool userClosed : {true, false}) {
             f.help.DisplayeHelpTOC();
             if (userClosed)

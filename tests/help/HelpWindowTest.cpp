@@ -22,12 +22,10 @@ using nebra::test::UserFolders;
 
 namespace {
 
-const QString BuiltHelp = QStringLiteral(NEBRA_BUILT_HELP_FILE);
-
 std::unique_ptr<HelpWindow> openWindow(SuiteSettings* settings = nullptr)
 {
     QString error;
-    auto engine = HelpCollection::open(BuiltHelp, error);
+    auto engine = HelpCollection::open(QStringLiteral(NEBRA_BUILT_HELP_FILE), error);
     if (!engine)
         qFatal("%s", qPrintable(error));
     return std::make_unique<HelpWindow>(std::move(engine), settings);
@@ -35,10 +33,9 @@ std::unique_ptr<HelpWindow> openWindow(SuiteSettings* settings = nullptr)
 
 QAction* tool(const HelpWindow& window, const QString& text)
 {
-    for (QAction* action : window.findChild<QToolBar*>()->actions()) {
+    for (QAction* action : window.findChild<QToolBar*>()->actions())
         if (action->text() == text)
             return action;
-    }
     return nullptr;
 }
 

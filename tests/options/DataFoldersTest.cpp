@@ -78,7 +78,7 @@ private Q_SLOTS:
              {"Microplate Layouts/a.mlo", "Microplate Layouts/ignored.txt", "Results/r.ars", "Results/r.mht",
               "Results/QC Example/qc.ars", "Protocols/p.apr", "Protocols/p.mht", "Protocols/NoExtension"})
             writeFile(seeded.examples + QLatin1Char('/') + QLatin1String(name), name);
-        seeded.setDrivers({QStringLiteral("Reader One"), QStringLiteral("Reader Two")});
+        seeded.setDrivers({"Reader One", "Reader Two"});
         seeded.folders().CreateAnyMissingNebraDirectories();
         QVERIFY(seeded.folders().DoAllDataFoldersExist());
         QCOMPARE(seeded.files(seeded.paths.LayoutsFolder()), QStringList{"a.mlo"});
@@ -108,8 +108,7 @@ private Q_SLOTS:
         QVERIFY(f.folders().AreAllSubfoldersPresent(candidate));
         QVERIFY(!f.folders().DoAllDataFoldersExist());
         MessageRecorder messages;
-        f.setDrivers({QStringLiteral("Good"), QStringLiteral("Bad/Name"), QStringLiteral(".."),
-                      QStringLiteral("Also Good")});
+        f.setDrivers({"Good", "Bad/Name", "..", "Also Good"});
         f.folders().CreateAnyMissingNebraDirectories();
         QVERIFY(f.folders().DoAllDataFoldersExist());
         QVERIFY(f.files(f.paths.ProtocolsFolder()).isEmpty());
@@ -118,8 +117,8 @@ private Q_SLOTS:
         QCOMPARE(messages.count(), 0);
 
         Fixture skip;
-        skip.setDrivers({QStringLiteral("Good")});
-        skip.store.setValue(QStringLiteral("Settings/SkipDriverFolders"), true);
+        skip.setDrivers({"Good"});
+        skip.store.setValue("Settings/SkipDriverFolders", true);
         skip.folders().CreateAnyMissingNebraDirectories();
         QVERIFY(QDir(skip.paths.ReadConfigurationsFolder()).isEmpty());
     }
@@ -139,10 +138,10 @@ private Q_SLOTS:
                            "Would you like it and its subfolders to be created now?");
         const QString incomplete = QStringLiteral("The specified parent directory has one or more missing "
                                                   "subfolders.\r\nWould you like them to be created now?");
-        const QString tooLong = QStringLiteral("The specified parent directory path is too long.");
+        const QString tooLong = "The specified parent directory path is too long.";
         QStringList complete;
         for (const QString& kind : Kinds)
-            complete << QStringLiteral("parent/My Assays/") + kind;
+            complete << "parent/My Assays/" + kind;
         const QStringList none;
         const int yes = MessageButton::Yes;
         const int no = MessageButton::No;
@@ -200,8 +199,7 @@ private Q_SLOTS:
             QCOMPARE(text, f.paths.ParentDirectory()); // trimmed in the dialog's text too
             return;
         }
-        QCOMPARE(messages.last().text, message);
-        QCOMPARE(messages.last().title, QStringLiteral("Folder Specification Error"));
+        QCOMPARE(messages.last().text + '|' + messages.last().title, message + "|Folder Specification Error");
         QCOMPARE(messages.last().icon, answer ? MessageIcon::Question : MessageIcon::Warning);
         QCOMPARE(messages.last().buttons,
                  answer ? int(MessageButton::Yes | MessageButton::No) : int(MessageButton::Ok));

@@ -43,7 +43,19 @@ struct Fixture
     std::unique_ptr<NebraSecurityManager> manager;
     DataFolders folders{paths, settings, [this]() -> const HLDCollection& { return noDrivers; }};
     HLDCollection noDrivers;
-    OptionsDialog dialog{settings, paths, folders, hooks()};
+    OptionsDialog dialog{settings, paths, folders, [this] {
+                             OptionsDialogHooks h;
+                             h.freshDrivers = [this] {
+                                 ++catalogueReads;
+                                 return HLDCollection(catalogue);
+                             };
+                             h.isAllowed = [this](const QString& area, const QString& operation) {
+                                 return !manager || manager->IsOperationAllowed(area, operation);
+                             };
+                             h.displayHelpContext = [this](int topic) { helpTopics.append(topic); };
+                             h.handleChangedHLD = [this] { ++driverChanges; };
+                             return h;
+                         }()};
 
     Fixture()
     {
@@ -52,35 +64,12 @@ struct Fixture
         folders.CreateAnyMissingNebraDirectories();
     }
 
-    OptionsDialogHooks hooks()
-    {
-        OptionsDialogHooks h;
-        h.freshDrivers = [this] {
-            ++catalogueReads;
-            return HLDCollection(catalogue);
-        };
-        h.isAllowed = [this](const QString& area, const QString& operation) {
-            return !manager || manager->IsOperationAllowed(area, operation);
-        };
-        h.displayHelpContext = [this](int topic) { helpTopics.append(topic); };
-        h.handleChangedHLD = [this] { ++driverChanges; };
-        return h;
-    }
-
     void setDrivers(const QStringList& names)
     {
         QByteArray json = "{\"drivers\":[";
         for (const QString& name : names)
             json += (name == names.first() ? "" : ",") + ("{\"FullName\":\"" + name.toUtf8() + "\"}");
         writeFile(catalogue, json + "]}");
-    }
-
-    // A session of jsmith with the rights given.
-    void logIn(const QStringList& rights)
-    {
-        site = std::make_unique<SecuritySite>(rights);
-        manager = loggedInManager();
-        QVERIFY(manager);
     }
 
     template <typename T> T* control(const char* name) const { return test::control<T>(dialog, name); }
@@ -93,14 +82,19 @@ struct Fixture
     void press(const char* button) const { control<QPushButton>(button)->click(); }
 
     // Runs the dialog once; the step plays the user and the dialog's own state says how it closed.
-    bool run(const std::function<void()>& user)
+    // The folder chooser, when it is shown, chooses the file given.
+    QStringList shown; // the dialogs of the last run
+    bool run(const std::function<void()>& user, const QString& chosen = {})
     {
         DialogScript script;
         script.then([&user](QDialog& shown) {
             user();
             return shown.result();
         });
-        return dialog.run();
+        script.chooseFile(chosen);
+        const bool ok = dialog.run();
+        shown = script.shown();
+        return ok;
     }
 };
 
@@ -137,8 +131,10 @@ private Q_SLOTS:
         QFETCH(bool, dataAllowed);
         QFETCH(bool, driverAllowed);
         Fixture f;
-        if (session)
-            f.logIn(rights);
+        if (session) { // a session of jsmith with the rights given
+            f.site = std::make_unique<SecuritySite>(rights);
+            QVERIFY(f.manager = loggedInManager());
+        }
         f.setDrivers({"Reader One", "Reader Two"});
         f.settings.SetShowPreviewPane(false);
         f.settings.SetShowShortcuts(true);
@@ -240,24 +236,19 @@ private Q_SLOTS:
         // The chooser fills the text box; OK validates the text as if typed.
         const QString chosen = f.dir.filePath("Chosen");
         makeFolder(chosen);
-        const auto user = [&] {
-            f.press("cmdBrowseParentDirectory");
-            QCOMPARE(f.text()->text(), chosen);
-            f.press("cmdBrowseParentDirectory"); // cancelled: the text stays
-            QCOMPARE(f.text()->text(), chosen);
-            f.press("Help");
-            f.press("OKButton");
-        };
-        DialogScript script;
-        script.then([&](QDialog&) {
-            user();
-            return f.dialog.result();
-        });
-        script.chooseFile(chosen);
         MessageRecorder recorder;
         recorder.answer(MessageButton::Yes);
-        QVERIFY(f.dialog.run());
-        QCOMPARE(script.shown(), (QStringList{"frmOptions", "dlgParentDirectory", "dlgParentDirectory"}));
+        QVERIFY(f.run(
+            [&] {
+                f.press("cmdBrowseParentDirectory");
+                QCOMPARE(f.text()->text(), chosen);
+                f.press("cmdBrowseParentDirectory"); // cancelled: the text stays
+                QCOMPARE(f.text()->text(), chosen);
+                f.press("Help");
+                f.press("OKButton");
+            },
+            chosen));
+        QCOMPARE(f.shown, (QStringList{"frmOptions", "dlgParentDirectory", "dlgParentDirectory"}));
         QCOMPARE(f.paths.ParentDirectory(), chosen);
         QCOMPARE(f.helpTopics, QList<int>{OptionsDialog::HelpTopic});
     }

@@ -50,12 +50,6 @@ struct Store
     QString path(const char* name) const { return folders.root() + QLatin1Char('/') + QLatin1String(name); }
 };
 
-// The text of a PDF file, laid out as on the page.
-QString pdfText(const QString& file)
-{
-    return runProgram("pdftotext", {"-layout", file, "-"}).out;
-}
-
 } // namespace
 
 // The reviewer's exports on a real security store: the CSV in the
@@ -106,6 +100,13 @@ private Q_SLOTS:
         QCOMPARE(exporter.writePdf(o.path("new.pdf"), {}, &error), AuditExport::Outcome::NotRecorded);
         QCOMPARE(readFile(o.path("trail.csv")), written);
         QCOMPARE(QDir(o.folders.root()).entryList(QDir::Files), QStringList{"trail.csv"});
+
+        // The filter in words, as the exports' entries give it.
+        const QDateTime day(QDate(2026, 11, 1), QTime(0, 0));
+        QCOMPARE(AuditExport::filterInWords({}), "all entries");
+        QCOMPARE(AuditExport::filterInWords({day, day.addDays(25), "jsmith", "Security", "export"}),
+                 "from 2026-11-01 to 2026-11-25, user jsmith, area Security, text containing \"export\"");
+        QCOMPARE(AuditExport::filterInWords({{}, day.addDays(1), {}, {}, {}}), "to 2026-11-01");
     }
 
     void pdfHasTitleBlockPagesAndRows()
@@ -121,7 +122,7 @@ private Q_SLOTS:
         QString error;
         QCOMPARE(exporter.writePdf(o.path("trail.pdf"), title, &error), AuditExport::Outcome::Written);
         QCOMPARE(exporter.entryCount(), 122);
-        const QString text = pdfText(o.path("trail.pdf"));
+        const QString text = runProgram("pdftotext", {"-layout", o.path("trail.pdf"), "-"}).out;
         for (const char* pattern :
              {"Audit Trail", "Site:\\s+Cell Biology Lab", "Printed by:\\s+jsmith \\(Jane Smith\\)",
               "Printed:\\s+\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d \\S+", "Filter:\\s+user jsmith",
@@ -188,31 +189,19 @@ private Q_SLOTS:
                                        "intact"};
         QCOMPARE(exporter.writePdf(o.path("trail.pdf"), title, &error), AuditExport::Outcome::Written);
         const auto bare = [](QString text) { return text.remove(QRegularExpression("[\\s\"]")); };
-        QVERIFY2(bare(pdfText(o.path("trail.pdf"))).contains(bare(manifest)), qPrintable(manifest));
+        QVERIFY2(
+            bare(runProgram("pdftotext", {"-layout", o.path("trail.pdf"), "-"}).out).contains(bare(manifest)),
+            qPrintable(manifest));
 
+        const AuditTrailReader reader(o.store->database());
         AuditTrailModel viewer(
-            {[&](const AuditFilter& f, qint64* n, QString* e) {
-                 return AuditTrailReader(o.store->database()).count(f, n, e);
-             },
+            {[&](const AuditFilter& f, qint64* n, QString* e) { return reader.count(f, n, e); },
              [&](const AuditFilter& f, const AuditOrder& order, qint64 offset, int limit,
-                 QList<AuditEntry>* out, QString* e) {
-                 return AuditTrailReader(o.store->database()).read(f, order, offset, limit, out, e);
-             }});
+                 QList<AuditEntry>* out,
+                 QString* e) { return reader.read(f, order, offset, limit, out, e); }});
         viewer.reload();
-        const int row = viewer.rowCount() - 2; // newest first
-        QVERIFY(viewer.index(row, int(AuditColumn::Text))
-                    .data()
-                    .toString()
-                    .startsWith(manifest.mid(1).chopped(1)));
-    }
-
-    void filterInWords()
-    {
-        const QDateTime day(QDate(2026, 11, 1), QTime(0, 0));
-        QCOMPARE(AuditExport::filterInWords({}), "all entries");
-        QCOMPARE(AuditExport::filterInWords({day, day.addDays(25), "jsmith", "Security", "export"}),
-                 "from 2026-11-01 to 2026-11-25, user jsmith, area Security, text containing \"export\"");
-        QCOMPARE(AuditExport::filterInWords({{}, day.addDays(1), {}, {}, {}}), "to 2026-11-01");
+        const QString shown = viewer.index(viewer.rowCount() - 2, int(AuditColumn::Text)).data().toString();
+        QVERIFY2(shown.startsWith(manifest.mid(1).chopped(1)), qPrintable(shown)); // newest first
     }
 };
 

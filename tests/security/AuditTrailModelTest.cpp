@@ -25,8 +25,8 @@ class AuditTrailModelTest : public QObject
     static constexpr int Generated = 100000;
     const QString ReviewRight = "Security/ViewAuditTrail";
 
-    std::unique_ptr<SecuritySite> m_site;
-    std::unique_ptr<MessageRecorder> m_messages;
+    SecuritySite m_site{QStringList{ReviewRight}};
+    MessageRecorder m_messages;
     std::unique_ptr<NebraSecurityManager> m_manager;
     QList<AuditEntry> m_all;
 
@@ -39,28 +39,12 @@ class AuditTrailModelTest : public QObject
                     QString* e) { return m->ReadAuditEntries(f, o, offset, limit, out, e); }};
     }
 
-    // Many users (in mixed case), three areas, texts that a filter can find.
-    static void generate(SecurityStore& store)
-    {
-        static const QStringList users{"alice", "Bob", "carol", "DAVE", "eve", "Frank"};
-        static const QStringList areas{"General", "Reader", "Security"};
-        const AuditAppendResult result = store.audit().record([](QList<AuditRecord>* records, QString*) {
-            for (int i = 0; i < Generated; ++i)
-                records->append({users[i % users.size()], areas[(i / 7) % areas.size()],
-                                 QStringLiteral("Run protocol: Plate %1.apr").arg(i % 997)});
-            return true;
-        });
-        if (result.sequence == 0)
-            qFatal("%s", qPrintable(result.error));
-    }
-
     void setRight(bool granted)
     {
-        const std::unique_ptr<SecurityStore> store = m_site->fixture.open();
+        const std::unique_ptr<SecurityStore> store = m_site.fixture.open();
         SecurityAdministration admin(*store, "tester");
         QString error;
-        const Right right{ReviewRight.section(QLatin1Char('/'), 0, 0),
-                          ReviewRight.section(QLatin1Char('/'), 1)};
+        const Right right{"Security", "ViewAuditTrail"}; // the review right
         QVERIFY2(granted ? admin.grant("jsmith", right, &error) : admin.revoke("jsmith", right, &error),
                  qPrintable(error));
     }
@@ -110,13 +94,21 @@ class AuditTrailModelTest : public QObject
 private Q_SLOTS:
     void initTestCase()
     {
-        m_site = std::make_unique<SecuritySite>(QStringList{ReviewRight});
-        generate(*m_site->fixture.open());
-        m_messages = std::make_unique<MessageRecorder>();
+        // Many users (in mixed case), three areas, texts that a filter can find.
+        const QStringList users{"alice", "Bob", "carol", "DAVE", "eve", "Frank"};
+        const QStringList areas{"General", "Reader", "Security"};
+        const AuditAppendResult result =
+            m_site.fixture.open()->audit().record([&](QList<AuditRecord>* records, QString*) {
+                for (int i = 0; i < Generated; ++i)
+                    records->append({users[i % users.size()], areas[(i / 7) % areas.size()],
+                                     QStringLiteral("Run protocol: Plate %1.apr").arg(i % 997)});
+                return true;
+            });
+        QVERIFY2(result.sequence > 0, qPrintable(result.error));
         m_manager = loggedInManager();
         QVERIFY(m_manager);
         QString error;
-        m_all = m_site->fixture.open()->audit().entries(&error);
+        m_all = m_site.fixture.open()->audit().entries(&error);
         QVERIFY(m_all.size() > Generated);
     }
 
@@ -177,15 +169,13 @@ private Q_SLOTS:
         // The export's walk sees the whole view, in the same order.
         QList<qint64> walked;
         QString error;
-        QVERIFY2(model.forEachEntry(
-                     [&walked](const AuditEntry& e) {
-                         walked.append(e.sequence);
-                         return true;
-                     },
-                     &error),
-                 qPrintable(error));
+        const auto walk = [&walked](const AuditEntry& e) {
+            walked.append(e.sequence);
+            return true;
+        };
+        QVERIFY2(model.forEachEntry(walk, &error), qPrintable(error));
         QCOMPARE(walked, want);
-        QCOMPARE(m_messages->count(), 0);
+        QCOMPARE(m_messages.count(), 0);
     }
 
     void newEntriesWaitForReloadAndRefusedReadsShowNoRows()
@@ -202,7 +192,7 @@ private Q_SLOTS:
         QCOMPARE(model.rowCount(), before + 1);
         QCOMPARE(model.entryAt(0)->text, "Export: trail.csv");
         QString error;
-        m_all = m_site->fixture.open()->audit().entries(&error);
+        m_all = m_site.fixture.open()->audit().entries(&error);
 
         // Refused reads show no rows.
         QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
@@ -221,7 +211,7 @@ private Q_SLOTS:
         QCOMPARE(model.rowCount(), 0);
         setRight(true);
         model.reload();
-        QCOMPARE(model.rowCount(), m_site->fixture.auditTexts().size());
+        QCOMPARE(model.rowCount(), m_site.fixture.auditTexts().size());
     }
 
     void timesAreShownInTheLocalZone()

@@ -27,16 +27,13 @@ namespace {
 // jsmith holds RunProtocol and SelectDriver.
 struct Checked
 {
-    static MainWindowOptions options()
-    {
+    SecuritySite site{{"AuthorisationsGeneral/RunProtocol", "Instrumentation/SelectDriver"}};
+    MainWindow window{[] { // not loaded: its controls, and what a session's end closes
         MainWindowOptions options;
         options.instanceName = QStringLiteral("AuthorisationTest-%1").arg(QCoreApplication::applicationPid());
         options.endProcess = [] {};
         return options;
-    }
-
-    SecuritySite site{{"AuthorisationsGeneral/RunProtocol", "Instrumentation/SelectDriver"}};
-    MainWindow window{options()}; // not loaded: its controls, and what a session's end closes
+    }()};
     CommandControls switches{part<ToolBarsControl>(window), part<FolderTreeControl>(window)};
     SettingsStore store;
     SuiteSettings settings{store};
@@ -47,9 +44,7 @@ struct Checked
     explicit Checked(SecuritySession::State state)
     {
         store.setValue("Settings/SecurityConfigured", state != SecuritySession::State::NotConfigured);
-        auto factory = [](QString* error) {
-            return NebraSecurityManager::create(SettingsStore(), {}, error);
-        };
+        const auto factory = [](QString* e) { return NebraSecurityManager::create(SettingsStore(), {}, e); };
         session.emplace(settings, nullptr, switches, part<StatusBarControl>(window), factory, window);
         DialogScript dialogs;
         dialogs.logIn("jsmith", "correct horse");
@@ -114,10 +109,9 @@ private Q_SLOTS:
         if (o.messages->count() == 0)
             return;
         const MessageRequest& box = o.messages->last();
-        QCOMPARE(box.text,
+        QCOMPARE(box.text + '|' + box.title,
                  QStringLiteral("You do not have permission to perform this operation.  Please contact "
-                                "your security administrator for further information."));
-        QCOMPARE(box.title, "Security Manager");
+                                "your security administrator for further information.|Security Manager"));
         QCOMPARE(box.icon, MessageIcon::Information);
         QCOMPARE(box.buttons, int(MessageButton::Ok));
     }

@@ -17,11 +17,10 @@ namespace {
 // jsmith's session over them.
 struct Recorded
 {
-    ManagerSite site{{QStringLiteral("Documents/Sign")}};
+    ManagerSite site{{"Documents/Sign"}};
     std::unique_ptr<NebraSecurityManager> manager = loggedInManager();
     QTemporaryDir parent;
-    DocumentFolders folders{{{parent.path() + QStringLiteral("/Protocols"), {QStringLiteral("*.apr")}},
-                             {parent.path() + QStringLiteral("/Reports"), {QStringLiteral("*")}}}};
+    DocumentFolders folders{{{parent.path() + "/Protocols", {"*.apr"}}, {parent.path() + "/Reports", {"*"}}}};
     RunningPrograms programs;
 
     QString path(const QString& name) const { return parent.path() + QLatin1Char('/') + name; }
@@ -95,15 +94,15 @@ private Q_SLOTS:
         QFETCH(QString, entry);
         QFETCH(int, state);
         Recorded o;
-        const QString name = QStringLiteral("Protocols/ELISA.apr");
-        const std::unique_ptr<DocumentRecorder> recorder = o.started(QStringLiteral("Protocols"), {name});
-        QVERIFY(o.newestEntry().startsWith(QLatin1String("Document recorded: ") + o.path(name)));
+        const QString name = "Protocols/ELISA.apr";
+        const QString folder = o.path("Protocols");
+        const std::unique_ptr<DocumentRecorder> recorder = o.started("Protocols", {name});
+        QVERIFY(o.newestEntry().startsWith("Document recorded: " + o.path(name)));
 
         QProcess editor; // stands in for the layout editor, started on the folder
-        editor.start(QStringLiteral("sleep"), {QStringLiteral("60")});
+        editor.start("sleep", {"60"});
         QVERIFY(editor.waitForStarted());
-        o.programs.started(editor.processId(), QStringLiteral("Layout Editor"),
-                           o.path(QStringLiteral("Protocols")));
+        o.programs.started(editor.processId(), "Layout Editor", folder);
         if (who != QLatin1String("running")) {
             editor.kill();
             QVERIFY(editor.waitForFinished());
@@ -111,10 +110,10 @@ private Q_SLOTS:
         if (who == QLatin1String("organiser"))
             recorder->expectWrite(o.path(name));
         if (who == QLatin1String("wizard"))
-            o.programs.startedHere(QStringLiteral("Organiser"), o.path(QStringLiteral("Protocols")));
+            o.programs.startedHere("Organiser", folder);
         o.change(name, QStringLiteral("v2"));
         if (who == QLatin1String("wizard"))
-            o.programs.endedHere(o.path(QStringLiteral("Protocols")));
+            o.programs.endedHere(folder);
         Recorded::settle(*recorder, [&] {
             if (who == QLatin1String("polled"))
                 recorder->poll();
@@ -124,9 +123,7 @@ private Q_SLOTS:
 
         QVERIFY2(o.newestEntry().startsWith(entry.arg(o.path(name))), qPrintable(o.newestEntry()));
         if (state == int(RecordState::Recorded))
-            QVERIFY(o.newestEntry().endsWith(who == QLatin1String("running")
-                                                 ? QLatin1String(" by Layout Editor")
-                                                 : QLatin1String(" by Organiser")));
+            QVERIFY(o.newestEntry().endsWith(who == "running" ? " by Layout Editor" : " by Organiser"));
         QCOMPARE(int(recorder->state(o.path(name))), state);
         QCOMPARE(recorder->changeSeen(o.path(name)).isValid(), state == int(RecordState::ChangedOutside));
         editor.kill();
@@ -139,11 +136,10 @@ private Q_SLOTS:
     void changesFoundAtStartRenamesAndRetriedEntriesKeepTheHistory()
     {
         Recorded o;
-        static_cast<void>(
-            o.started(QStringLiteral("Reports"), {"Reports/kept", "Reports/altered", "Reports/removed"}));
+        static_cast<void>(o.started("Reports", {"Reports/kept", "Reports/altered", "Reports/removed"}));
         const qsizetype before = o.site.auditTexts().size();
-        o.change(QStringLiteral("Reports/altered"), QStringLiteral("v2"));
-        o.change(QStringLiteral("Reports/new"), QStringLiteral("new"));
+        o.change("Reports/altered", QStringLiteral("v2"));
+        o.change("Reports/new", QStringLiteral("new"));
         QVERIFY(QFile::remove(o.path(QStringLiteral("Reports/removed"))));
 
         const std::unique_ptr<DocumentRecorder> next = o.recorder();
@@ -171,12 +167,12 @@ private Q_SLOTS:
                 next->noticeChange({ShellEvent::SHCNE_UPDATEITEM, b, {}});
             });
         };
-        moved(QStringLiteral("mv Reports/kept Reports/b"), kept);
+        moved("mv Reports/kept Reports/b", kept);
         QCOMPARE(o.newestEntry(), QStringLiteral("Document renamed: %1 -> %2").arg(kept, b));
         QCOMPARE(next->state(b), RecordState::Recorded);
         // An editor's save: the new content written aside and moved over the document.
         const qsizetype saved = o.site.auditTexts().size();
-        moved(QStringLiteral("printf v2 > Reports/.b.new && mv Reports/.b.new Reports/b"), b);
+        moved("printf v2 > Reports/.b.new && mv Reports/.b.new Reports/b", b);
         const QStringList after = o.site.auditTexts().mid(saved);
         QCOMPARE(after.size(), 1);
         QVERIFY2(after.constFirst().startsWith("Document changed outside the suite: " + b + " sha256="),
@@ -197,9 +193,8 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(o.newestEntry().contains(o.path("Reports/two")), 20000);
         QCOMPARE(failed.size(), 1);
         const QStringList texts = o.site.auditTexts();
-        QVERIFY(texts.at(texts.size() - 2)
-                    .startsWith(QLatin1String("Document recorded: ") + o.path("Reports/one")));
-        QVERIFY(texts.constLast().startsWith(QLatin1String("Document recorded: ") + o.path("Reports/two")));
+        QVERIFY(texts.at(texts.size() - 2).startsWith("Document recorded: " + o.path("Reports/one")));
+        QVERIFY(texts.constLast().startsWith("Document recorded: " + o.path("Reports/two")));
     }
 
     // A signature noted in the session, or read from the store at the start of
@@ -208,11 +203,10 @@ private Q_SLOTS:
     {
         Recorded o;
         const QString path = o.path(QStringLiteral("Reports/r"));
-        const std::unique_ptr<DocumentRecorder> signing = o.started(QStringLiteral("Reports"), {"Reports/r"});
+        const std::unique_ptr<DocumentRecorder> signing = o.started("Reports", {"Reports/r"});
         QCOMPARE(signing->shownState(path).caption(), QStringLiteral("Recorded"));
-        const SignResult result =
-            o.manager->SignDocument(*DocumentFolders::fingerprint(path), QStringLiteral("Approved"),
-                                    QStringLiteral("jsmith"), SecretBytes("correct horse"));
+        const SignResult result = o.manager->SignDocument(*DocumentFolders::fingerprint(path), "Approved",
+                                                          "jsmith", SecretBytes("correct horse"));
         QVERIFY2(result.sequence > 0, qPrintable(result.error));
         signing->noteSigned(result.signature);
         QCOMPARE(signing->shownState(path).caption(), QStringLiteral("Signed (Approved)"));
@@ -220,7 +214,7 @@ private Q_SLOTS:
         const std::unique_ptr<DocumentRecorder> next = o.started(QStringLiteral("Reports"));
         QCOMPARE(next->shownState(path).caption(), QStringLiteral("Signed (Approved)"));
         QVERIFY(!next->shownState(path).warns());
-        o.change(QStringLiteral("Reports/r"), QStringLiteral("v2"));
+        o.change("Reports/r", QStringLiteral("v2"));
         Recorded::settle(*next, [&] { next->noticeChange({ShellEvent::SHCNE_UPDATEITEM, path, {}}); });
         const DocumentState shown = next->shownState(path);
         QCOMPARE(shown.caption(), DocumentState::voidText());

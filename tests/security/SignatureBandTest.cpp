@@ -48,9 +48,7 @@ private Q_SLOTS:
 
         // The band is heard line by line, and gone without signatures.
         SignatureBand band;
-        band.showSignatures(
-            {signature(QStringLiteral("Authored"), QStringLiteral("2026-11-25T13:03:07Z"), false),
-             signature(QStringLiteral("Approved"), QStringLiteral("2026-11-26T09:00:00Z"), true)});
+        band.showSignatures({signature("Authored", winter, false), signature("Approved", winter, true)});
         QVERIFY(!band.isHidden());
         const QList<QLabel*> lines = band.findChildren<QLabel*>(QStringLiteral("signature"));
         QCOMPARE(lines.size(), 2);

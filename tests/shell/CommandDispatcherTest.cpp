@@ -37,8 +37,7 @@ struct Dispatching
         for (const ToolDefinitions::Command& row : ToolDefinitions::commands())
             if (row.treeButton)
                 tree->addButton(row.treeButton, QLatin1String(row.caption));
-        QObject::connect(&activity, &UserActivity::activity, &window,
-                         [this] { calls << QStringLiteral("activity"); });
+        QObject::connect(&activity, &UserActivity::activity, &window, [this] { calls << "activity"; });
         QObject::connect(tree, &FolderTreeControl::buttonClicked, &dispatcher,
                          &CommandDispatcher::TreeButtonClick);
     }
@@ -78,7 +77,7 @@ private Q_SLOTS:
         }
         for (const CommandId id : CommandDispatcher::commandIds()) {
             const QString toolId = ToolDefinitions::toolId(id);
-            const QStringList once{QStringLiteral("activity"), toolId, QStringLiteral("activity")};
+            const QStringList once{"activity", toolId, "activity"};
             d.calls.clear();
             d.tools->action(toolId)->trigger();
             QCOMPARE(d.calls, once);

@@ -55,8 +55,6 @@ struct Documents : LoadedOrganiser
         writeFile(doc(target), source.readAll(), QDateTime::currentSecsSinceEpoch() - 86400 + seconds);
     }
 
-    QString program(const char* name) const { return programs.program(QLatin1String(name)); }
-
     // In a session of jsmith, the welcome page of the user's own choosing loaded;
     // `announced` counts the page's navigations from then on. The security
     // manager's clock is polled at every turn of the event loop.
@@ -87,20 +85,10 @@ struct Documents : LoadedOrganiser
 
     QMenu* recentMenu() const
     {
-        for (QAction* action : part<ToolBarsControl>(*window).menu(QStringLiteral("ID_File"))->actions())
+        for (QAction* action : part<ToolBarsControl>(*window).menu("ID_File")->actions())
             if (action->menu() && action->menu()->accessibleName() == QLatin1String("Recent documents"))
                 return action->menu();
         return nullptr;
-    }
-
-    // Shows the document in its folder and opens it, as a user finds and opens one.
-    void open(const QString& path)
-    {
-        part<FileView>(*window).ShowDocument(path);
-        QVERIFY(waitForListing(part<FileListControl>(*window)));
-        QCOMPARE(part<FileListControl>(*window).firstSelectedItem().path(), path);
-        tool(*window, CommandId::Open).trigger();
-        started();
     }
 };
 
@@ -113,19 +101,6 @@ QVariant evaluate(BrowserControl& browser, const QString& script)
     if (!QTest::qWaitFor([&] { return result->has_value(); }, BrowserControl::DefaultWaitLimitMs))
         return {};
     return **result;
-}
-
-// The centre of the page's element with the id, in the view's coordinates, as the mouse clicks it.
-QPoint elementCentre(BrowserControl& browser, const QString& id)
-{
-    const QVariantList centre =
-        evaluate(browser, QStringLiteral(
-                              "(function () { var r = document.getElementById('%1').getBoundingClientRect();"
-                              " return [r.left + r.width / 2, r.top + r.height / 2]; })()")
-                              .arg(id))
-            .toList();
-    return centre.size() == 2 ? QPointF(centre[0].toDouble(), centre[1].toDouble()).toPoint()
-                              : QPoint(-1, -1);
 }
 
 } // namespace
@@ -153,12 +128,10 @@ private Q_SLOTS:
         };
         // The page and, once loaded, the browser's address.
         const auto shows = [&](const QString& page) {
-            return QTest::qWaitFor([&] { return pane.CurrentPage() == page; }, 5000) &&
-                   QTest::qWaitFor(
-                       [&] {
-                           return part<BrowserControl>(window).LocationURL() == QUrl::fromLocalFile(page);
-                       },
-                       10000);
+            const QUrl url = QUrl::fromLocalFile(page);
+            BrowserControl& browser = part<BrowserControl>(window);
+            return QTest::qWaitFor([&] { return pane.CurrentPage() == page && browser.LocationURL() == url; },
+                                   15000);
         };
         const QString welcome = branch(window, DocumentType::None).page();
         QVERIFY(shows(welcome));
@@ -210,8 +183,8 @@ private Q_SLOTS:
         QVERIFY(tree.isButtonEnabled(treeButton(CommandId::Run)));
         const QString protocol = o.doc("Protocols/ELISA IgG Quantitation.apr");
         const QList<QByteArrayList> run{
-            {QFile::encodeName(o.program("Assay Application")), QFile::encodeName(protocol)}};
-        part<ToolBarsControl>(window).action(QStringLiteral("ID_Run"))->trigger();
+            {QFile::encodeName(o.programs.program("Assay Application")), QFile::encodeName(protocol)}};
+        part<ToolBarsControl>(window).action("ID_Run")->trigger();
         QCOMPARE(o.messages.count(), session == 2 ? 1 : 0);
         if (session) {
             // The session also records the documents, on its own threads: the run's entry need not be last.
@@ -223,8 +196,8 @@ private Q_SLOTS:
         QCOMPARE(o.started(), run);
         tree.clickButton(treeButton(CommandId::Run));
         QCOMPARE(o.started(), run);
-        part<ToolBarsControl>(window).action(QStringLiteral("ID_New"))->trigger();
-        QCOMPARE(o.dialogs.shown(), QStringList{QStringLiteral("frmNewAssayProtocol")});
+        part<ToolBarsControl>(window).action("ID_New")->trigger();
+        QCOMPARE(o.dialogs.shown(), QStringList{"frmNewAssayProtocol"});
     }
 
     // Which link does what is the welcome page's own test; here a click on the
@@ -240,7 +213,15 @@ private Q_SLOTS:
         FolderTreeControl& tree = part<FolderTreeControl>(window);
         // Each click comes 14 minutes after the last: only the click keeps the session open.
         auto click = [&](const char* id) {
-            const QPoint centre = elementCentre(browser, QLatin1String(id));
+            // The centre of the page's element, in the view's coordinates, as the mouse clicks it.
+            const QVariantList at =
+                evaluate(browser, QStringLiteral("(function () { var r = "
+                                                 "document.getElementById('%1').getBoundingClientRect();"
+                                                 " return [r.left + r.width / 2, r.top + r.height / 2]; })()")
+                                      .arg(QLatin1String(id)))
+                    .toList();
+            const QPoint centre =
+                at.size() == 2 ? QPointF(at[0].toDouble(), at[1].toDouble()).toPoint() : QPoint(-1, -1);
             o.now += 14 * 60 * 1000;
             const int before = o.announced;
             // A click the page has not taken (it may still be busy) is repeated, but not soon: a
@@ -281,13 +262,13 @@ private Q_SLOTS:
         MainWindow& window = o.load();
         QVERIFY(!part<FileListControl>(window).filterBox()->isVisible());
         QVERIFY(!o.recentMenu());
-        QVERIFY(!part<FileListControl>(window).findChild<QAction*>(QStringLiteral("ShowInFileManager")));
+        QVERIFY(!part<FileListControl>(window).findChild<QAction*>("ShowInFileManager"));
 
         // A welcome link that waits for the page is forgotten once the tree leaves the root.
         FolderTreeControl& tree = part<FolderTreeControl>(window);
         BrowserControl& browser = part<BrowserControl>(window);
         bool cancel = false;
-        Q_EMIT browser.BeforeNavigate2(QUrl(QStringLiteral("organiser:\\Analyse data")), cancel);
+        Q_EMIT browser.BeforeNavigate2(QUrl("organiser:\\Analyse data"), cancel);
         QVERIFY(cancel);
         tree.setCurrentNode(branch(tree, DocumentType::Protocols));
         Q_EMIT browser.CommandStateChange();
@@ -305,11 +286,16 @@ private Q_SLOTS:
         Documents o;
         MainWindow& window = o.load();
         QVERIFY(part<FileListControl>(window).filterBox()->isVisible());
-        QVERIFY(part<FileListControl>(window).findChild<QAction*>(QStringLiteral("ShowInFileManager")));
+        QVERIFY(part<FileListControl>(window).findChild<QAction*>("ShowInFileManager"));
         const QString bca = o.doc("Protocols/BCA Protein Assay.apr");
         const QString elisa = o.doc("Protocols/ELISA IgG Quantitation.apr");
-        o.open(bca);
-        o.open(elisa);
+        for (const QString& path : {bca, elisa}) { // found in its folder and opened, as a user does
+            part<FileView>(window).ShowDocument(path);
+            QVERIFY(waitForListing(part<FileListControl>(window)));
+            QCOMPARE(part<FileListControl>(window).firstSelectedItem().path(), path);
+            tool(window, CommandId::Open).trigger();
+            o.started();
+        }
         QMenu* menu = o.recentMenu();
         QVERIFY(menu);
         Q_EMIT menu->aboutToShow();
@@ -317,7 +303,7 @@ private Q_SLOTS:
 
         part<FolderTreeControl>(window).setCurrentNode(branch(window, DocumentType::Layouts));
         QVERIFY(waitForListing(part<FileListControl>(window)));
-        part<FileListControl>(window).setNameFilter(QStringLiteral("Standard"));
+        part<FileListControl>(window).setNameFilter("Standard");
         menu->actions().at(1)->trigger();
         QVERIFY(waitForListing(part<FileListControl>(window)));
         QCOMPARE(part<FolderTreeControl>(window).currentNode().folderPath(), o.doc("Protocols"));
@@ -331,8 +317,7 @@ private Q_SLOTS:
                 .toInt(),
             2, 10000);
         bool cancel = false;
-        Q_EMIT part<BrowserControl>(window).BeforeNavigate2(QUrl(QStringLiteral("organiser:%5CRecent%201")),
-                                                            cancel);
+        Q_EMIT part<BrowserControl>(window).BeforeNavigate2(QUrl("organiser:%5CRecent%201"), cancel);
         QVERIFY(cancel);
         QTRY_COMPARE_WITH_TIMEOUT(part<FileListControl>(window).firstSelectedItem().path(), elisa, 5000);
     }
@@ -352,7 +337,7 @@ setInterval(function () { location.href = 'organiser:\\Keep alive'; }, 20);
         static_cast<void>(QTest::qWaitFor([&] { return o.announced > 0; }, 1000));
         o.now += 10 * 60 * 1000;
         QTRY_COMPARE_WITH_TIMEOUT(o.processEnds, 1, 5000);
-        QCOMPARE(o.messages.last().title, QStringLiteral("Time Out"));
+        QCOMPARE(o.messages.last().title, "Time Out");
         QCOMPARE(o.announced, 0);
     }
 };

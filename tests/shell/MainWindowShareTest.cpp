@@ -34,7 +34,7 @@ constexpr int FollowedMs = 10000;
 struct Shared : LoadedOrganiser
 {
     FuseShare share;
-    QString backing = folders.root() + QStringLiteral("/backing/My Assays"); // as the other process sees it
+    QString backing = folders.root() + "/backing/My Assays"; // as the other process sees it
 
     ~Shared()
     {
@@ -50,12 +50,11 @@ struct Shared : LoadedOrganiser
             QTest::qSkip(qPrintable(reason), __FILE__, __LINE__);
             return false;
         }
-        writeFile(backing + QStringLiteral("/Protocols/Elisa.apr"));
-        makeFolder(backing + QStringLiteral("/Results/Run1"));
-        set(QStringLiteral("Settings/NetworkPollSeconds"), 1);
-        set(QStringLiteral("Settings/NetworkTreePollSeconds"), 1);
-        if (!share.mount(folders.root() + QStringLiteral("/backing") + below,
-                         folders.root() + QStringLiteral("/Lab Data") + below)) {
+        writeFile(backing + "/Protocols/Elisa.apr");
+        makeFolder(backing + "/Results/Run1");
+        set("Settings/NetworkPollSeconds", 1);
+        set("Settings/NetworkTreePollSeconds", 1);
+        if (!share.mount(folders.root() + "/backing" + below, folders.root() + "/Lab Data" + below)) {
             QTest::qFail("bindfs did not mount the share", __FILE__, __LINE__);
             return false;
         }
@@ -81,18 +80,17 @@ private Q_SLOTS:
     void treeFollowsTheDisk()
     {
         LoadedOrganiser site;
-        const QString results = site.doc(QStringLiteral("Results"));
-        makeFolder(results + QStringLiteral("/Run1/sub"));
-        writeFile(results + QStringLiteral("/Run1/run.ars"));
+        const QString results = site.doc("Results");
+        makeFolder(results + "/Run1/sub");
+        writeFile(results + "/Run1/run.ars");
         MainWindow& window = site.load();
         QVERIFY(part<ShellNotifications>(window).isActive());
         FolderTreeControl& tree = part<FolderTreeControl>(window);
         const FolderNode protocols = branch(tree, DocumentType::Protocols);
-        runScript(site.doc({}), QStringLiteral("mv Results Away"));
+        runScript(site.doc({}), "mv Results Away");
         QTRY_VERIFY_WITH_TIMEOUT(!branch(tree, DocumentType::Results).isValid(), FollowedMs);
-        runScript(site.doc({}), QStringLiteral("mv Away Results"));
-        QTRY_VERIFY_WITH_TIMEOUT(tree.nodes().findFolderPath(results + QStringLiteral("/Run1")).isValid(),
-                                 FollowedMs);
+        runScript(site.doc({}), "mv Away Results");
+        QTRY_VERIFY_WITH_TIMEOUT(tree.nodes().findFolderPath(results + "/Run1").isValid(), FollowedMs);
         const FolderNode back = branch(tree, DocumentType::Results);
         QCOMPARE(tree.nodes().indexOf(back).row(), tree.nodes().indexOf(protocols).row() + 1);
         Q_EMIT part<ShortcutsBar>(window).itemClicked(QString::number(toData(DocumentType::Results)));
@@ -102,10 +100,9 @@ private Q_SLOTS:
         FileListControl& list = part<FileListControl>(window);
         QVERIFY(waitForListing(list));
         QCOMPARE(list.itemCount(), 2);
-        runScript(results, QStringLiteral("rm -r Run1"));
-        QTRY_VERIFY_WITH_TIMEOUT(!tree.nodes().findFolderPath(results + QStringLiteral("/Run1")).isValid(),
-                                 FollowedMs);
-        QCOMPARE(tree.currentNode().folderPath(), QStringLiteral("Organiser"));
+        runScript(results, "rm -r Run1");
+        QTRY_VERIFY_WITH_TIMEOUT(!tree.nodes().findFolderPath(results + "/Run1").isValid(), FollowedMs);
+        QCOMPARE(tree.currentNode().folderPath(), "Organiser");
         // The root keeps the list, which follows its own folder: a gone folder lists nothing.
         QTRY_COMPARE_WITH_TIMEOUT(list.itemCount(), 0, FollowedMs);
         QVERIFY(site.messages.requests().isEmpty());
@@ -122,7 +119,7 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("mounted"); // below the parent
         QTest::newRow("parent") << QString();
-        QTest::newRow("data folders") << QStringLiteral("/My Assays");
+        QTest::newRow("data folders") << "/My Assays";
     }
     void aFrozenShareNeitherHoldsTheStartNorTheEnd()
     {
@@ -138,17 +135,16 @@ private Q_SLOTS:
         MainWindow& window = *o.window;
         FolderTreeControl& tree = part<FolderTreeControl>(window);
         QTRY_COMPARE_WITH_TIMEOUT(o.messages.count(), 1, 3000);
-        QVERIFY(o.messages.last().text.contains(QStringLiteral("do not answer")));
-        QVERIFY(branch(tree, DocumentType::Protocols).text().endsWith(QStringLiteral(" (unavailable)")));
+        QVERIFY(o.messages.last().text.contains("do not answer"));
+        QVERIFY(branch(tree, DocumentType::Protocols).text().endsWith(" (unavailable)"));
 
         o.share.thaw();
-        QTRY_VERIFY_WITH_TIMEOUT(
-            !branch(tree, DocumentType::Results).text().endsWith(QStringLiteral(" (unavailable)")), 10000);
-        QTRY_VERIFY(tree.nodes().findFolderPath(o.doc(QStringLiteral("Results/Run1"))).isValid());
+        QTRY_VERIFY_WITH_TIMEOUT(!branch(tree, DocumentType::Results).text().endsWith(" (unavailable)"),
+                                 10000);
+        QTRY_VERIFY(tree.nodes().findFolderPath(o.doc("Results/Run1")).isValid());
         // Followed: polled as the root, or as a share below the local root.
-        runScript(o.backing + QStringLiteral("/Results"), QStringLiteral("mkdir Run2"));
-        QTRY_VERIFY_WITH_TIMEOUT(tree.nodes().findFolderPath(o.doc(QStringLiteral("Results/Run2"))).isValid(),
-                                 5000);
+        runScript(o.backing + "/Results", "mkdir Run2");
+        QTRY_VERIFY_WITH_TIMEOUT(tree.nodes().findFolderPath(o.doc("Results/Run2")).isValid(), 5000);
 
         o.share.freeze();
         tree.setCurrentNode(branch(tree, DocumentType::Results).child(0)); // a read that will not answer
@@ -165,17 +161,17 @@ private Q_SLOTS:
     void theOptionsCheckAFrozenShare()
     {
         Shared o;
-        if (!o.mount(QStringLiteral("/Elsewhere")))
+        if (!o.mount("/Elsewhere"))
             return;
         MainWindow& window = o.load();
-        const QString typed = o.folders.root() + QStringLiteral("/Lab Data/Elsewhere/Data");
+        const QString typed = o.folders.root() + "/Lab Data/Elsewhere/Data";
         o.share.freeze();
         QString refusedKept; // the parent directory after the refusal
         o.dialogs.then([&](QDialog& dialog) {
             control<QLineEdit>(dialog, "txtParentDirectoryPath")->setText(typed);
             QTimer::singleShot(100, &window, [&window] { tool(window, CommandId::About).trigger(); });
             control<QPushButton>(dialog, "OKButton")->click();
-            refusedKept = o.stored(QStringLiteral("Paths/ParentDirectory")).toString();
+            refusedKept = o.stored("Paths/ParentDirectory").toString();
             o.share.thaw();
             control<QPushButton>(dialog, "OKButton")->click(); // the question to make it: Yes
             return dialog.result();
@@ -183,8 +179,8 @@ private Q_SLOTS:
         tool(window, CommandId::Options).trigger();
         QCOMPARE(o.messages.count(), 3); // About, the folder's silence, the question
         QCOMPARE(o.messages.requests().at(1).text, DataFolders::notAnsweringText(typed));
-        QCOMPARE(refusedKept, o.folders.root() + QStringLiteral("/Lab Data"));
-        QCOMPARE(o.stored(QStringLiteral("Paths/ParentDirectory")).toString(), typed);
+        QCOMPARE(refusedKept, o.folders.root() + "/Lab Data");
+        QCOMPARE(o.stored("Paths/ParentDirectory").toString(), typed);
     }
 
     // Started while the server is frozen: the log-in goes on and File > Recent
@@ -196,11 +192,10 @@ private Q_SLOTS:
         Shared o;
         if (!o.mount())
             return;
-        const QString secured = o.folders.root() + QStringLiteral("/Lab Data/Secured/Site");
-        o.set(QStringLiteral("Paths/SecuredFolder"), secured);
-        o.set(QStringLiteral("Settings/RecentDocuments"),
-              QStringList{o.doc(QStringLiteral("Protocols/Gone.apr")),
-                          o.doc(QStringLiteral("Protocols/Elisa.apr"))});
+        const QString secured = o.folders.root() + "/Lab Data/Secured/Site";
+        o.set("Paths/SecuredFolder", secured);
+        o.set("Settings/RecentDocuments",
+              QStringList{o.doc("Protocols/Gone.apr"), o.doc("Protocols/Elisa.apr")});
         o.secure();
         o.share.freeze(); // from the start: no check has answered yet
         QCOMPARE(o.start(), MainWindow::LoadOutcome::Loaded);
@@ -211,9 +206,8 @@ private Q_SLOTS:
         QCOMPARE(menu.actions().size(), 2);
         o.share.thaw();
         QTRY_COMPARE_WITH_TIMEOUT(menu.actions().size(), 1, 10000);
-        QCOMPARE(menu.actions().first()->text(), QStringLiteral("&1  Elisa.apr"));
-        QTRY_VERIFY_WITH_TIMEOUT(
-            QFileInfo(o.folders.root() + QStringLiteral("/backing/Secured/Site")).isDir(), 10000);
+        QCOMPARE(menu.actions().first()->text(), "&1  Elisa.apr");
+        QTRY_VERIFY_WITH_TIMEOUT(QFileInfo(o.folders.root() + "/backing/Secured/Site").isDir(), 10000);
 
         // Another workstation's folder and document appear within the poll
         // interval; a frozen server leaves the window answering commands, and
@@ -221,20 +215,17 @@ private Q_SLOTS:
         MainWindow& window = *o.window;
         FolderTreeControl& tree = part<FolderTreeControl>(window);
         FileListControl& list = part<FileListControl>(window);
-        QTRY_VERIFY_WITH_TIMEOUT(tree.nodes().findFolderPath(o.doc(QStringLiteral("Results/Run1"))).isValid(),
-                                 10000);
+        QTRY_VERIFY_WITH_TIMEOUT(tree.nodes().findFolderPath(o.doc("Results/Run1")).isValid(), 10000);
         tree.setCurrentNode(branch(tree, DocumentType::Results));
         QVERIFY(waitForListing(list));
 
-        runScript(o.backing + QStringLiteral("/Results"),
-                  QStringLiteral("mkdir Run2 && echo r > 'Run 3.ars'"));
-        QTRY_VERIFY_WITH_TIMEOUT(tree.nodes().findFolderPath(o.doc(QStringLiteral("Results/Run2"))).isValid(),
-                                 3000);
+        runScript(o.backing + "/Results", "mkdir Run2 && echo r > 'Run 3.ars'");
+        QTRY_VERIFY_WITH_TIMEOUT(tree.nodes().findFolderPath(o.doc("Results/Run2")).isValid(), 3000);
         QTRY_COMPARE_WITH_TIMEOUT(list.itemCount(), 3, 3000); // Run1, Run2, Run 3.ars
 
         o.share.freeze();
         tree.setCurrentNode(branch(tree, DocumentType::Protocols));
-        const QString waiting = FileListControl::waitingText(o.doc(QStringLiteral("Protocols")));
+        const QString waiting = FileListControl::waitingText(o.doc("Protocols"));
         QTRY_COMPARE_WITH_TIMEOUT(window.statusBar()->currentMessage(), waiting,
                                   FolderReaders::WaitingAfterMs + 3000);
         const int messages = o.messages.count();
@@ -242,7 +233,7 @@ private Q_SLOTS:
         QCOMPARE(o.messages.count(), messages + 1);
         o.share.thaw();
         QVERIFY(waitForListing(list, 10000));
-        QCOMPARE(list.firstSelectedItem().name(), QStringLiteral("Elisa.apr"));
+        QCOMPARE(list.firstSelectedItem().name(), "Elisa.apr");
         QVERIFY(window.statusBar()->currentMessage().isEmpty());
     }
 };

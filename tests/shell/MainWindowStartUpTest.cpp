@@ -67,59 +67,6 @@ private:
     MainWindow& m_window;
 };
 
-const QStringList Kinds = {"Microplate Layouts", "Read Configurations", "Results", "Reports", "Protocols"};
-
-// The Organiser with two complete data trees, "Lab Data" (the current
-// parent directory) and "Other", and a catalogue of two drivers.
-struct TwoParents : LoadedOrganiser
-{
-    QString data = folders.root() + QStringLiteral("/Lab Data");
-    QString other = folders.root() + QStringLiteral("/Other");
-
-    TwoParents()
-    {
-        for (const QString& parent : {data, other}) {
-            for (const QString& kind : Kinds)
-                makeFolder(parent + QStringLiteral("/My Assays/") + kind);
-            makeFolder(parent + QStringLiteral("/My Assays/Protocols/Batch 1"));
-            for (const char* driver : {"Reader One", "Reader Two"})
-                makeFolder(parent + QStringLiteral("/My Assays/Read Configurations/") +
-                           QLatin1String(driver));
-        }
-        writeFile(other + QStringLiteral("/My Assays/Read Configurations/Reader Two/plate.daq"));
-        const QString catalogue = folders.root() + QStringLiteral("/drivers.json");
-        writeFile(catalogue, R"({"drivers":[{"FullName":"Reader One"},{"FullName":"Reader Two"}]})");
-        set(QStringLiteral("Paths/DriverCatalogue"), catalogue);
-    }
-};
-
-FolderNode nodeOf(MainWindow& window, const QString& folder)
-{
-    const FolderTreeModel& nodes = part<FolderTreeControl>(window).nodes();
-    for (int i = 0; i < nodes.count(); ++i)
-        if (nodes.node(i).folderPath() == folder)
-            return nodes.node(i);
-    return {};
-}
-
-// The IDs in the menus and on the tool bar, each once, Exit last.
-QStringList reachableIds()
-{
-    QStringList ids;
-    for (const auto& [menu, items] : ToolDefinitions::menus())
-        ids += items;
-    ids += ToolDefinitions::toolBarItems();
-    ids.removeAll(QLatin1String(ToolBarsControl::Separator));
-    ids.removeDuplicates();
-    // These two open modal dialogs (Options, the wizard picker); their own
-    // main-window tests answer the dialogs and check what they do.
-    ids.removeAll(QStringLiteral("ID_Options"));
-    ids.removeAll(QStringLiteral("ID_New"));
-    ids.removeAll(QStringLiteral("ID_Exit"));
-    ids.append(QStringLiteral("ID_Exit"));
-    return ids;
-}
-
 } // namespace
 
 // Receives the addresses the desktop would open.
@@ -148,16 +95,16 @@ private Q_SLOTS:
     void aLoadWritesItsMilestonesAndPaintsBeforeTheWebEngineStarts()
     {
         LoadedOrganiser site;
-        site.set(QStringLiteral("Settings/DiagnosticLogLevel"), 1);
-        site.set(QStringLiteral("Settings/PlusCaption"), QStringLiteral("true"));
+        site.set("Settings/DiagnosticLogLevel", 1);
+        site.set("Settings/PlusCaption", "true");
         MainWindow window;
         StartWatcher watcher(window);
         QCOMPARE(window.Load(), MainWindow::LoadOutcome::Loaded);
         QVERIFY(window.MainWindowLoaded());
-        QCOMPARE(window.windowTitle(), QStringLiteral("Tallyo Plus"));
+        QCOMPARE(window.windowTitle(), "Tallyo Plus");
         BrowserControl& browser = part<BrowserControl>(window);
         QVERIFY(!browser.engineStarted());
-        const QByteArray log = readFile(site.folders.stateFolder() + QStringLiteral("/Nebra/NebraLog.txt"));
+        const QByteArray log = readFile(site.folders.stateFolder() + "/Nebra/NebraLog.txt");
         // 28 of the start-up itself, 8 of the data folder creation and one for each of the
         // catalogue's 3 drivers, and 10 of building the tree with its welcome page; one block line
         // each for the start-up, the notifications, the shortcuts bar setting, the tree and the
@@ -184,11 +131,11 @@ private Q_SLOTS:
         QCOMPARE(window.Load(), MainWindow::LoadOutcome::Loaded);
         QVERIFY(!watcher.states.isEmpty());
         QVERIFY(watcher.states.first() & Qt::WindowMaximized);
-        QCOMPARE(window.windowTitle(), QStringLiteral("Tallyo Organiser"));
-        QVERIFY(!QFile::exists(site.folders.stateFolder() + QStringLiteral("/Nebra/NebraLog.txt")));
+        QCOMPARE(window.windowTitle(), "Tallyo Organiser");
+        QVERIFY(!QFile::exists(site.folders.stateFolder() + "/Nebra/NebraLog.txt"));
         QCOMPARE(site.messages.count(), 1);
         QCOMPARE(site.messages.last().icon, MessageIcon::Warning);
-        QVERIFY(site.messages.last().text.contains(QStringLiteral("Default settings are in effect")));
+        QVERIFY(site.messages.last().text.contains("Default settings are in effect"));
     }
 
     // A catalogue that is there but unusable is reported once, naming the
@@ -198,17 +145,16 @@ private Q_SLOTS:
     void anUnusableDriverCatalogueIsReported()
     {
         LoadedOrganiser site;
-        const QString catalogue = site.folders.root() + QStringLiteral("/drivers.json");
+        const QString catalogue = site.folders.root() + "/drivers.json";
         writeFile(catalogue, "{\"drivers\": [");
-        site.set(QStringLiteral("Paths/DriverCatalogue"), catalogue);
-        site.set(QStringLiteral("Settings/InstrumentDriversInUse"), true);
-        QTest::ignoreMessage(QtWarningMsg,
-                             QRegularExpression(QStringLiteral("^The driver catalogue \".*drivers.json\" ")));
+        site.set("Paths/DriverCatalogue", catalogue);
+        site.set("Settings/InstrumentDriversInUse", true);
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("^The driver catalogue \".*drivers.json\" "));
         MainWindow& window = site.load();
         QCOMPARE(site.messages.count(), 1);
         QCOMPARE(site.messages.last().icon, MessageIcon::Warning);
-        QVERIFY2(site.messages.last().text.startsWith(QStringLiteral("The driver catalogue \"") + catalogue +
-                                                      QStringLiteral("\" is not a valid catalogue: ")),
+        QVERIFY2(site.messages.last().text.startsWith("The driver catalogue \"" + catalogue +
+                                                      "\" is not a valid catalogue: "),
                  qPrintable(site.messages.last().text));
         QVERIFY(!branch(window, DocumentType::ReadConfigurations).isValid());
 
@@ -221,8 +167,7 @@ private Q_SLOTS:
             part<FolderTreeControl>(*shown).setDisplayMode(mode);
             tool(*shown, CommandId::Exit).trigger();
             QVERIFY(!shown->isVisible());
-            QCOMPARE(site.stored(QStringLiteral("Settings/ExplorerModeFlag")).toString(),
-                     QLatin1String(stored));
+            QCOMPARE(site.stored("Settings/ExplorerModeFlag").toString(), QLatin1String(stored));
             shown = &site.load();
             QCOMPARE(part<FolderTreeControl>(*shown).displayMode(), mode);
         }
@@ -234,9 +179,8 @@ private Q_SLOTS:
     {
         LoadedOrganiser site;
         QProcess first;
-        first.start(QStringLiteral(PROBE_PATH),
-                    {QStringLiteral("%1-%2").arg(QCoreApplication::applicationName(),
-                                                 QString::number(QCoreApplication::applicationPid()))});
+        first.start(QStringLiteral(PROBE_PATH), {QCoreApplication::applicationName() + '-' +
+                                                 QString::number(QCoreApplication::applicationPid())});
         QVERIFY(first.waitForReadyRead(20000));
         QCOMPARE(site.start(), MainWindow::LoadOutcome::DuplicateInstance);
         QVERIFY(first.waitForFinished(20000));
@@ -249,9 +193,8 @@ private Q_SLOTS:
         QCOMPARE(window.Load(), MainWindow::LoadOutcome::Ended);
         QVERIFY(!window.MainWindowLoaded());
         QCOMPARE(messages.count(), 1);
-        QCOMPARE(messages.last().title, QStringLiteral("File Not Found"));
-        QCOMPARE(messages.last().text,
-                 QStringLiteral("SCRRUN.DLL cannot be found on this system.\r\n\r\n"
+        QCOMPARE(messages.last().title + '|' + messages.last().text,
+                 QStringLiteral("File Not Found|SCRRUN.DLL cannot be found on this system.\r\n\r\n"
                                 "Please install the Microsoft Scripting Runtime module.\r\n\r\n"
                                 "Contact your system administrator or refer to the\r\n"
                                 "software installation guide for more information."));
@@ -259,7 +202,7 @@ private Q_SLOTS:
         QCOMPARE(messages.last().buttons, int(MessageButton::Ok));
         // The unfinished window never stores its tree mode.
         window.close();
-        QVERIFY(!site.stored(QStringLiteral("Settings/ExplorerModeFlag")).isValid());
+        QVERIFY(!site.stored("Settings/ExplorerModeFlag").isValid());
     }
 
     // Spaced buttons (flag 32) put blanks where the separators and Help were.
@@ -281,9 +224,9 @@ private Q_SLOTS:
         QFETCH(bool, drivers);
         QFETCH(QStringList, secondGroup);
         LoadedOrganiser site;
-        site.set(QStringLiteral("Settings/ToolbarFlags"), flags);
-        site.set(QStringLiteral("Settings/InstrumentDriversInUse"), drivers);
-        site.set(QStringLiteral("Settings/ShowShortcutsBar"), !drivers);
+        site.set("Settings/ToolbarFlags", flags);
+        site.set("Settings/InstrumentDriversInUse", drivers);
+        site.set("Settings/ShowShortcutsBar", !drivers);
         MainWindow& window = site.load();
         const QList<int> keys = part<FolderTreeControl>(window).buttonKeys();
         QCOMPARE(keys.mid(0, 3), (QList<int>{FolderTreeControl::BackButton, FolderTreeControl::ForwardButton,
@@ -292,7 +235,7 @@ private Q_SLOTS:
         QCOMPARE(keys.contains(ToolDefinitions::FirstSpacer) && keys.contains(ToolDefinitions::LastSpacer),
                  flags != 0);
         QCOMPARE(keys.indexOf(treeButton(CommandId::Run)), keys.indexOf(treeButton(CommandId::New)) + 2);
-        QVERIFY(part<FileListControl>(window).columns().contains(QStringLiteral("Comment")));
+        QVERIFY(part<FileListControl>(window).columns().contains("Comment"));
         ShortcutsBar& bar = part<ShortcutsBar>(window);
         QCOMPARE(bar.mode(), drivers ? ShortcutsBar::Mode::Collapsed : ShortcutsBar::Mode::Shown);
         QCOMPARE(bar.itemCaptions(0), (QStringList{"Organiser", "Protocols", "Results", "Reports"}));
@@ -306,19 +249,31 @@ private Q_SLOTS:
     // settings, and the panes come back as they were left after a restart.
     void optionsChangeTheRunningOrganiser()
     {
-        TwoParents site;
+        // Two complete data trees, "Lab Data" (the current parent directory) and "Other", and a
+        // catalogue of two drivers.
+        LoadedOrganiser site;
+        const QString data = site.folders.root() + "/Lab Data";
+        const QString other = site.folders.root() + "/Other";
+        for (const QString& parent : {data, other}) {
+            for (const char* kind : {"Microplate Layouts", "Results", "Reports", "Protocols/Batch 1",
+                                     "Read Configurations/Reader One", "Read Configurations/Reader Two"})
+                makeFolder(parent + QStringLiteral("/My Assays/") + QLatin1String(kind));
+        }
+        writeFile(other + "/My Assays/Read Configurations/Reader Two/plate.daq");
+        const QString catalogue = site.folders.root() + "/drivers.json";
+        writeFile(catalogue, R"({"drivers":[{"FullName":"Reader One"},{"FullName":"Reader Two"}]})");
+        site.set("Paths/DriverCatalogue", catalogue);
         {
             MainWindow& window = site.load();
-            part<FolderTreeControl>(window).setCurrentNode(
-                nodeOf(window, site.data + "/My Assays/Protocols/Batch 1"));
-            const int listWidth = part<FileListControl>(window).width();
-            const int listHeight = part<FileListControl>(window).height();
+            FolderTreeControl& tree = part<FolderTreeControl>(window);
+            tree.setCurrentNode(tree.nodes().findFolderPath(data + "/My Assays/Protocols/Batch 1"));
+            const QSize list = part<FileListControl>(window).size();
 
             DialogScript& script = site.dialogs;
             script.then([&](QDialog& dialog) {
                 control<QCheckBox>(dialog, "chkShortcuts")->setChecked(false);
                 control<QCheckBox>(dialog, "chkPreview")->setChecked(false);
-                control<QLineEdit>(dialog, "txtParentDirectoryPath")->setText(site.other);
+                control<QLineEdit>(dialog, "txtParentDirectoryPath")->setText(other);
                 control<QTabWidget>(dialog, "tabOptions")->setCurrentIndex(OptionsDialog::DriversTab);
                 control<QListWidget>(dialog, "lstHLDs")->setCurrentRow(1);
                 control<QPushButton>(dialog, "OKButton")->click();
@@ -331,25 +286,24 @@ private Q_SLOTS:
 
             // The panes left take the room of the hidden ones.
             QVERIFY(part<ShortcutsBar>(window).isHidden());
-            QVERIFY(window.findChild<QWidget*>(QStringLiteral("previewArea"))->isHidden());
-            QTRY_VERIFY_WITH_TIMEOUT(part<FileListControl>(window).width() > listWidth, 2000);
-            QTRY_VERIFY_WITH_TIMEOUT(part<FileListControl>(window).height() > listHeight, 2000);
+            QVERIFY(window.findChild<QWidget*>("previewArea")->isHidden());
+            QTRY_VERIFY_WITH_TIMEOUT(part<FileListControl>(window).width() > list.width(), 2000);
+            QTRY_VERIFY_WITH_TIMEOUT(part<FileListControl>(window).height() > list.height(), 2000);
             // The tree was built anew and shows the same place under the new parent.
-            const auto instrumentNode = [&window] {
-                return branch(window, DocumentType::ReadConfigurations);
-            };
             // The new tree is read on the readers: the place is selected once it has arrived.
-            QTRY_COMPARE_WITH_TIMEOUT(part<FolderTreeControl>(window).currentNode().folderPath(),
-                                      site.other + QStringLiteral("/My Assays/Protocols/Batch 1"), 5000);
-            QCOMPARE(instrumentNode().folderPath(),
-                     site.other + QStringLiteral("/My Assays/Read Configurations/Reader Two"));
-            QCOMPARE(instrumentNode().text(), QStringLiteral("Reader Two"));
+            QTRY_COMPARE_WITH_TIMEOUT(tree.currentNode().folderPath(), other + "/My Assays/Protocols/Batch 1",
+                                      5000);
+            QCOMPARE(branch(window, DocumentType::ReadConfigurations).folderPath(),
+                     other + "/My Assays/Read Configurations/Reader Two");
+            QCOMPARE(branch(window, DocumentType::ReadConfigurations).text(), "Reader Two");
             // The watches moved with the parent: folders made there appear in every branch.
-            const QString run = site.other + QStringLiteral("/My Assays/Results/Run 9");
-            const QString plates = site.other + QStringLiteral("/My Assays/Microplate Layouts/Plates 9");
+            const QString run = other + "/My Assays/Results/Run 9";
+            const QString plates = other + "/My Assays/Microplate Layouts/Plates 9";
             makeFolder(run);
             makeFolder(plates);
-            QTRY_VERIFY_WITH_TIMEOUT(nodeOf(window, run).isValid() && nodeOf(window, plates).isValid(), 5000);
+            QTRY_VERIFY_WITH_TIMEOUT(tree.nodes().findFolderPath(run).isValid() &&
+                                         tree.nodes().findFolderPath(plates).isValid(),
+                                     5000);
             // (A driver change with the instrument node selected keeps it selected: OrganiserTreeTest.)
 
             // A forced log-out while the dialog, the same again, is open closes and unloads it.
@@ -366,12 +320,12 @@ private Q_SLOTS:
             QTRY_VERIFY_WITH_TIMEOUT(!open, 2000);
             window.close();
         }
-        QCOMPARE(site.stored(QStringLiteral("Paths/ParentDirectory")).toString(), site.other);
-        QCOMPARE(site.stored(QStringLiteral("Settings/CurrentHLD")).toInt(), 2);
+        QCOMPARE(site.stored("Paths/ParentDirectory").toString(), other);
+        QCOMPARE(site.stored("Settings/CurrentHLD").toInt(), 2);
 
         MainWindow& window = site.load();
         QVERIFY(part<ShortcutsBar>(window).isHidden());
-        QVERIFY(window.findChild<QWidget*>(QStringLiteral("previewArea"))->isHidden());
+        QVERIFY(window.findChild<QWidget*>("previewArea")->isHidden());
         QVERIFY(part<FolderTreeControl>(window).isVisible());
 
         // The resize rule on a real window: the panes follow the window above
@@ -413,15 +367,24 @@ private Q_SLOTS:
     void everyReachableCommandDoesSomethingOrIsDisabled()
     {
         LoadedOrganiser site;
-        writeFile(site.doc(QStringLiteral("Protocols/Elisa.apr")));
+        writeFile(site.doc("Protocols/Elisa.apr"));
         MainWindow& window = site.load();
         const MessageRecorder& messages = site.messages;
         // A protocol selected: the document commands have something to act on.
         part<FolderTreeControl>(window).setCurrentNode(branch(window, DocumentType::Protocols));
         AddressReceiver addresses;
-        QDesktopServices::setUrlHandler(QStringLiteral("https"), &addresses, "open");
+        QDesktopServices::setUrlHandler("https", &addresses, "open");
 
-        for (const QString& id : reachableIds()) {
+        // The IDs in the menus and on the tool bar, each once, Exit last. Options and New open
+        // modal dialogs; their own main-window tests answer them and check what they do.
+        QStringList ids;
+        for (const auto& [menu, items] : ToolDefinitions::menus())
+            ids += items;
+        ids += ToolDefinitions::toolBarItems();
+        ids.removeDuplicates();
+        for (const char* id : {ToolBarsControl::Separator, "ID_Options", "ID_New", "ID_Exit"})
+            ids.removeAll(QLatin1String(id));
+        for (const QString& id : ids << "ID_Exit") {
             QAction* action = part<ToolBarsControl>(window).action(id);
             QVERIFY2(action, qPrintable(id));
             if (!action->isEnabled() || !part<ToolBarsControl>(window).isToolVisible(id))
@@ -433,9 +396,9 @@ private Q_SLOTS:
             action->trigger();
             const bool seen = messages.count() > boxes || addresses.opened > opened ||
                               shownWindow<HelpWindow>() || !window.isVisible();
-            QVERIFY2(seen, qPrintable(id + QStringLiteral(" is enabled but does nothing")));
+            QVERIFY2(seen, qPrintable(id + " is enabled but does nothing"));
         }
-        QDesktopServices::unsetUrlHandler(QStringLiteral("https"));
+        QDesktopServices::unsetUrlHandler("https");
         QVERIFY(!window.isVisible()); // Exit came last and closed the window
     }
 

@@ -36,26 +36,25 @@ private Q_SLOTS:
     // The first error ends the program, so one process sees one such error.
     void anErrorInAHandlerIsReportedAndEndsTheProgramInOrder()
     {
-        const QString text = QStringLiteral("Run-time error: Bad file name or number");
         MessageRecorder messages;
         QWidget window;
         window.show();
         FailingHandler handler;
-        handler.fail = [] { throw BadFileError(); };
-        QTest::ignoreMessage(QtWarningMsg, "Run-time error: Bad file name or number");
-        QCoreApplication::postEvent(&handler, new QEvent(QEvent::User));
-        QCoreApplication::sendPostedEvents(&handler);
+        const auto fail = [&handler](const char* logged, const std::function<void()>& error) {
+            QTest::ignoreMessage(QtWarningMsg, logged);
+            handler.fail = error;
+            QCoreApplication::postEvent(&handler, new QEvent(QEvent::User));
+            QCoreApplication::sendPostedEvents(&handler);
+        };
+        fail("Run-time error: Bad file name or number", [] { throw BadFileError(); });
         // The handler has returned; the report comes from the event loop.
         QCOMPARE(messages.count(), 0);
         QTRY_COMPARE_WITH_TIMEOUT(messages.count(), 1, 5000);
-        QCOMPARE(messages.last().text, text);
+        QCOMPARE(messages.last().text, "Run-time error: Bad file name or number");
         QCOMPARE(messages.last().icon, MessageIcon::Critical);
         QVERIFY(!window.isVisible());
         // A second error while ending is not reported again.
-        QTest::ignoreMessage(QtWarningMsg, "Run-time error: Overflow");
-        handler.fail = [] { throw OverflowError(); };
-        QCoreApplication::postEvent(&handler, new QEvent(QEvent::User));
-        QCoreApplication::sendPostedEvents(&handler);
+        fail("Run-time error: Overflow", [] { throw OverflowError(); });
         QCoreApplication::processEvents();
         QCOMPARE(messages.count(), 1);
     }

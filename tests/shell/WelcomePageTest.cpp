@@ -77,9 +77,8 @@ private Q_SLOTS:
         test::MessageRecorder messages;
         QVERIFY(click(QStringLiteral("organiser:\\Instrument setup")));
         QCOMPARE(messages.count(), 1);
-        QCOMPARE(messages.last().text,
-                 QStringLiteral("Instrument Setup is not implemented in this version."));
-        QCOMPARE(messages.last().title, QStringLiteral("Organizer Selection Error"));
+        QCOMPARE(messages.last().text + '|' + messages.last().title,
+                 "Instrument Setup is not implemented in this version.|Organizer Selection Error");
         QCOMPARE(messages.last().icon, MessageIcon::Information);
         for (const char* name : {"Exit", "Create a new template", "Analyse data", "Run a protocol"})
             QVERIFY(click(QStringLiteral("organiser:\\") + QLatin1String(name)));
