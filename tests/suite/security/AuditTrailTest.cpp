@@ -179,7 +179,8 @@ private Q_SLOTS:
             const SecuritySettings& s = fixture.settings();
 
             QProcess writer;
-            writer.start(QStringLiteral(AUDIT_APPENDER), {s.databasePath, s.siteKeyFile, s.chainHeadFile});
+            writer.start(QStringLiteral(STORE_WORKER),
+                         {"append", s.databasePath, s.siteKeyFile, s.chainHeadFile});
             QVERIFY2(writer.waitForStarted(10000), qPrintable(writer.errorString()));
             QList<qint64> reported;
             auto readReports = [&] {

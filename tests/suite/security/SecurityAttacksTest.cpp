@@ -166,8 +166,8 @@ private Q_SLOTS:
         const QString lock = o.database() + ".head.lock";
         QVERIFY(QFile::setPermissions(lock, QFileDevice::ReadOwner | QFileDevice::WriteOwner |
                                                 QFileDevice::ReadGroup | QFileDevice::ReadOther));
-        const ProcessRun second =
-            runProgram(QStringLiteral(LOG_IN_ATTEMPTS), {"jsmith", "correct horse", "1"}, {}, AsAnotherUser);
+        const ProcessRun second = runProgram(QStringLiteral(STORE_WORKER),
+                                             {"log-in", "jsmith", "correct horse", "1"}, {}, AsAnotherUser);
         QVERIFY2(second.exitCode == 0, qPrintable(second.err));
         QCOMPARE(second.out, QStringLiteral("%1\n").arg(int(LogInStatus::Success)));
         QCOMPARE(o.fixture.auditTexts().last(), "Log in");
@@ -211,7 +211,7 @@ private Q_SLOTS:
         QVERIFY(SettingsStore(o.folders.systemSettingsFile()).setValue("Security/LockoutThreshold", "3"));
         QProcess guessers[4];
         for (QProcess& guesser : guessers)
-            guesser.start(QStringLiteral(LOG_IN_ATTEMPTS), {"jsmith", "guess", "4"});
+            guesser.start(QStringLiteral(STORE_WORKER), {"log-in", "jsmith", "guess", "4"});
         for (QProcess& guesser : guessers)
             QVERIFY(guesser.waitForFinished(60000));
         const QStringList texts = o.fixture.auditTexts();

@@ -166,8 +166,9 @@ private Q_SLOTS:
             const QStringList asAnotherUser{"--reuid=64123", "--regid=64123", "--clear-groups"};
             writer.start("setpriv",
                          (&writer == writers && ::geteuid() == 0 ? asAnotherUser : QStringList{}) +
-                             QStringList{"--", QStringLiteral(SERVER_WRITER), m_site.server.socketFolder(),
-                                         ServerSettings::DefaultDatabase, "jsmith", "correct horse", "3000"});
+                             QStringList{"--", QStringLiteral(STORE_WORKER), "server",
+                                         m_site.server.socketFolder(), ServerSettings::DefaultDatabase,
+                                         "jsmith", "correct horse", "3000"});
         }
         qint64 reported = 0;
         QSet<qint64> sequences;
