@@ -14,8 +14,7 @@ QList<int> wells(const PlateLayout& layout, const QString& names)
 {
     QList<int> result;
     for (const QString& name : names.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
-        int row = 0;
-        int column = 0;
+        int row = 0, column = 0;
         PlateLayout::parseWellName(name, row, column);
         result << row * layout.columns() + column;
     }
@@ -83,8 +82,7 @@ private Q_SLOTS:
         series.replicates = replicates;
         series.direction =
             alongRow ? StandardSeries::Direction::AcrossRows : StandardSeries::Direction::AcrossColumns;
-        int row = 0;
-        int column = 0;
+        int row = 0, column = 0;
         PlateLayout::parseWellName(start, row, column);
         QString error;
         const bool filled = document.fillSeries(series, row, column, error);
@@ -130,7 +128,7 @@ private Q_SLOTS:
         document.newLayout(8, 12);
         QSignalSpy modified(&document, &LayoutDocument::modifiedChanged);
         QVERIFY(!document.isModified());
-        QList<QString> states{describe(document.layout())};
+        const QString unchanged = describe(document.layout());
         document.assignRole(wells(document.layout(), "A1 A2"), WellRole::Control);
         document.assignLabel(wells(document.layout(), "A1"), "PC");
         document.rename("Renamed");
@@ -147,7 +145,7 @@ private Q_SLOTS:
         const PlateLayout last = document.layout();
         while (document.undoStack().canUndo())
             document.undoStack().undo();
-        QCOMPARE(describe(document.layout()), states.first());
+        QCOMPARE(describe(document.layout()), unchanged);
         QCOMPARE(document.layout().rows(), 8);
         QVERIFY(!document.isModified());
         while (document.undoStack().canRedo())
