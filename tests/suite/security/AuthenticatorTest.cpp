@@ -92,8 +92,7 @@ private Q_SLOTS:
             const int entries = o.fixture.auditTexts().size();
             QCOMPARE(logIn(authenticator, "guess"), LogInStatus::Locked);
             QCOMPARE(logIn(authenticator, "correct horse"), LogInStatus::Locked);
-            QCOMPARE(o.fixture.auditTexts().mid(entries),
-                     QStringList(2, QStringLiteral("Log in refused: account locked")));
+            QCOMPARE(o.fixture.auditTexts().mid(entries), QStringList(2, "Log in refused: account locked"));
             QString error;
             QVERIFY(SecurityAdministration(*store, "admin").unlock("jsmith", &error));
             QCOMPARE(logIn(authenticator, "correct horse"), LogInStatus::Success);

@@ -80,16 +80,14 @@ private Q_SLOTS:
         const auto allowed = [&manager](const char* operation, const char* area = "AuthorisationsGeneral") {
             return manager->IsOperationAllowed(QLatin1String(area), QLatin1String(operation));
         };
-        QVERIFY(allowed("RunProtocol"));
-        QVERIFY(!allowed("EditLayout"));
+        QVERIFY(allowed("RunProtocol") && !allowed("EditLayout"));
         // Changes by the administrator take effect within the running session.
         o.site.administer([](auto& admin, QString* error) {
             return admin.addRole("Editors", error) &&
                    admin.grantToRole("Editors", {"AuthorisationsGeneral", "*"}, error) &&
                    admin.assignRole("jsmith", "Editors", error);
         });
-        QVERIFY(allowed("EditLayout"));
-        QVERIFY(!allowed("SelectDriver", "Instrumentation"));
+        QVERIFY(allowed("EditLayout") && !allowed("SelectDriver", "Instrumentation"));
         o.site.administer(
             [](auto& admin, QString* error) { return admin.setDisabled("jsmith", true, error); });
         QVERIFY(!allowed("RunProtocol"));
