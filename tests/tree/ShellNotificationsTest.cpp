@@ -167,13 +167,11 @@ private Q_SLOTS:
         QVERIFY(m_notifications->isActive());
         QCOMPARE(m_notifications->source().watchCount(), watches);
         m_notifications->TerminateSHCNENotification();
-        QVERIFY(!m_notifications->isActive());
-        QVERIFY(!m_notifications->source().isOpen());
+        QVERIFY(!m_notifications->isActive() && !m_notifications->source().isOpen());
         runScript(m_results, QStringLiteral("mkdir Unseen"));
         activate(); // again after termination
         QVERIFY(m_notifications->isActive());
-        QVERIFY(m_log.isEmpty());
-        QVERIFY(messages.requests().isEmpty());
+        QVERIFY(m_log.isEmpty() && messages.requests().isEmpty());
         // The system refuses a notification instance: no descriptor is free.
         m_notifications->TerminateSHCNENotification();
         const int lowestFree = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
@@ -197,11 +195,9 @@ private Q_SLOTS:
     void registrationFailureIsSilent()
     {
         test::MessageRecorder messages;
-        m_notifications->setWatchedRoots(
-            [this] { return QStringList{m_dir.path() + QStringLiteral("/none")}; });
+        m_notifications->setWatchedRoots([this] { return QStringList{m_dir.path() + "/none"}; });
         activate();
-        QVERIFY(!m_notifications->isActive());
-        QVERIFY(messages.requests().isEmpty());
+        QVERIFY(!m_notifications->isActive() && messages.requests().isEmpty());
         QVERIFY(m_notifications->source().isOpen());
         activate();
         QCOMPARE(messages.requests().size(), 1);
@@ -271,17 +267,15 @@ private Q_SLOTS:
 
     void absentItemKeepsItsFields()
     {
-        m_notifications->NotificationReceipt(QStringLiteral("/x/old"), QStringLiteral("/x/new"),
-                                             ShellEvent::SHCNE_RENAMEFOLDER);
-        m_notifications->NotificationReceipt(QStringLiteral("/y/made"), std::nullopt,
-                                             ShellEvent::SHCNE_MKDIR);
+        m_notifications->NotificationReceipt("/x/old", "/x/new", ShellEvent::SHCNE_RENAMEFOLDER);
+        m_notifications->NotificationReceipt("/y/made", std::nullopt, ShellEvent::SHCNE_MKDIR);
         QCOMPARE(m_notifications->item1DisplayName(), QStringLiteral("made"));
         QCOMPARE(m_notifications->item1Path(), QStringLiteral("/y/made"));
         QCOMPARE(m_notifications->item2DisplayName(), QStringLiteral("new"));
         QCOMPARE(m_notifications->item2Path(), QStringLiteral("/x/new"));
         QCOMPARE(m_notifications->lastEventText(), QStringLiteral("\r\nSHCNE_MKDIR"));
-        m_notifications->NotificationReceipt(QStringLiteral("/"), std::nullopt,
-                                             0x12345); // no name: both empty
+        // No name: both empty.
+        m_notifications->NotificationReceipt(QStringLiteral("/"), std::nullopt, 0x12345);
         QCOMPARE(m_notifications->item1Path(), QString());
         QCOMPARE(m_notifications->lastEventText(), QStringLiteral("\r\n"));
     }
