@@ -26,8 +26,7 @@ private Q_SLOTS:
         QVERIFY(!QFile::exists(path));
         // Writes between BeginFolderUpdate and EndFolderUpdate reach the disk together.
         settings.BeginFolderUpdate();
-        QVERIFY(settings.SetExplorerModeFlag(true));
-        QVERIFY(settings.SetCurrentHLD(3));
+        QVERIFY(settings.SetExplorerModeFlag(true) && settings.SetCurrentHLD(3));
         QVERIFY(!QFile::exists(path));
         settings.EndFolderUpdate();
         SettingsStore again(path);

@@ -158,8 +158,7 @@ private Q_SLOTS:
         QVERIFY(QDir(o.protocols()).removeRecursively());
         test::writeFile(o.protocols()); // a file where the folder should be
         o.wizard->button(QWizard::FinishButton)->click();
-        QVERIFY(o.wizard->isVisible());
-        QVERIFY(o.wizard->NewFileName().isEmpty());
+        QVERIFY(o.wizard->isVisible() && o.wizard->NewFileName().isEmpty());
         QVERIFY2(o.control<QLabel>("lblSaveProblem")->text().startsWith("The protocol was not saved."),
                  qPrintable(o.control<QLabel>("lblSaveProblem")->text()));
         QVERIFY(QFile::remove(o.protocols()) && QDir(o.dir.path()).mkdir("Protocols"));
