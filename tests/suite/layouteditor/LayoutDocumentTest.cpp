@@ -220,10 +220,9 @@ private Q_SLOTS:
             QCOMPARE(messages.count(), 1);
             QCOMPARE(messages.last().icon, MessageIcon::Warning);
             QCOMPARE(messages.last().text,
-                     QStringLiteral(
-                         "\"Race.mlo\" has been changed by another program since it was opened here.\n\n"
-                         "Your version will be saved as \"Race (edited).mlo\" beside it; the other version "
-                         "is kept as it is."));
+                     "\"Race.mlo\" has been changed by another program since it was opened here.\n\n"
+                     "Your version will be saved as \"Race (edited).mlo\" beside it; the other version "
+                     "is kept as it is.");
             QCOMPARE(test::readFile(path), theirs);
             const QString copy = dir.filePath(QStringLiteral("Race (edited).mlo"));
             if (answer == MessageButton::Ok) {

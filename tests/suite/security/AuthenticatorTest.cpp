@@ -44,8 +44,7 @@ private Q_SLOTS:
         QCOMPARE(unknown.status, LogInStatus::Refused);
         QVERIFY(unknown.error.isEmpty());
         QCOMPARE(logIn(authenticator, "wrong horse"), LogInStatus::Refused);
-        const QStringList texts = o.fixture.auditTexts();
-        QCOMPARE(texts.mid(texts.size() - 2),
+        QCOMPARE(o.fixture.auditTexts().last(2),
                  QStringList({"Failed log in: unknown user", "Failed log in: wrong password"}));
         QString error;
         QCOMPARE(store->users().find("jsmith", &error)->failedLogIns, 1);

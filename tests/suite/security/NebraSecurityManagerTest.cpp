@@ -53,13 +53,8 @@ private Q_SLOTS:
         QFETCH(int, dialogs);
         Manager o;
         const std::unique_ptr<NebraSecurityManager> manager = siteManager();
-        for (int i = 0; i < attempts.size(); i += 2) {
-            if (attempts[i] == QLatin1String("cancel")) {
-                o.dialogs.cancel();
-                break;
-            }
-            o.dialogs.logIn(attempts[i], attempts[i + 1]);
-        }
+        for (int i = 0; i < attempts.size(); i += 2) // "cancel" comes last
+            attempts[i] == "cancel" ? o.dialogs.cancel() : o.dialogs.logIn(attempts[i], attempts[i + 1]);
         QVERIFY(!manager->LogIn(nullptr));
         QCOMPARE(o.dialogs.shown().size(), dialogs);
         QStringList shown;
@@ -172,9 +167,8 @@ private Q_SLOTS:
         QCOMPARE(loggedOut.count(), 1);
         QCOMPARE(manager->UserName(), QString());
         QVERIFY(!manager->IsOperationAllowed("AuthorisationsGeneral", "RunProtocol"));
-        QCOMPARE(
-            o.site.auditTexts().mid(o.site.auditTexts().size() - 2),
-            QStringList({"Account locked after 2 failed log ins", "Session ended: the account was locked"}));
+        QCOMPARE(o.site.auditTexts().last(2), QStringList({"Account locked after 2 failed log ins",
+                                                           "Session ended: the account was locked"}));
     }
 
     void resetPasswordMustBeChangedAtLogIn()

@@ -138,9 +138,8 @@ private Q_SLOTS:
                 locks);
         QCOMPARE(loggedOut.count(), 1);
         QCOMPARE(manager->UserName(), QString());
-        QCOMPARE(
-            site.auditTexts().mid(site.auditTexts().size() - 2),
-            QStringList({"Account locked after 2 failed log ins", "Session ended: the account was locked"}));
+        QCOMPARE(site.auditTexts().last(2), QStringList({"Account locked after 2 failed log ins",
+                                                         "Session ended: the account was locked"}));
     }
 
     void eachEventIsAnEntryAndTheNewestRecord_data()
