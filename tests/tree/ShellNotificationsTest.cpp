@@ -168,8 +168,7 @@ private Q_SLOTS:
         QVERIFY(!m_notifications->isActive() && !m_notifications->source().isOpen());
         runScript(m_results, QStringLiteral("mkdir Unseen"));
         activate(); // again after termination
-        QVERIFY(m_notifications->isActive());
-        QVERIFY(m_log.isEmpty() && messages.requests().isEmpty());
+        QVERIFY(m_notifications->isActive() && m_log.isEmpty() && messages.requests().isEmpty());
         // The system refuses a notification instance: no descriptor is free.
         m_notifications->TerminateSHCNENotification();
         const int lowestFree = ::open("/dev/null", O_RDONLY | O_CLOEXEC);

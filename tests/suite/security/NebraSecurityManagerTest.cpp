@@ -139,8 +139,7 @@ private Q_SLOTS:
     {
         Manager o;
         const std::unique_ptr<NebraSecurityManager> manager = loggedInManager();
-        QVERIFY(manager);
-        QVERIFY(manager->AddAuditTrailEntry("General", "Run protocol: a.apr"));
+        QVERIFY(manager && manager->AddAuditTrailEntry("General", "Run protocol: a.apr"));
         // The store fills up (every insert fails as SQLite reports a full disk), or the server goes away.
         const QString reason = o.site.breakAppends();
         QVERIFY(!manager->AddAuditTrailEntry("General", "Run protocol: b.apr"));
