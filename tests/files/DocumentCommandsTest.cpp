@@ -56,9 +56,8 @@ private Q_SLOTS:
         if (whereAfter.isEmpty())
             return;
         QCOMPARE(messages.last().title, QStringLiteral("Creating New Item"));
-        QCOMPARE(messages.last().text,
-                 QStringLiteral("New items can only be created in the primary folder.\r\n"
-                                "Moving to Microplate Layouts folder now."));
+        QCOMPARE(messages.last().text, "New items can only be created in the primary folder.\r\n"
+                                       "Moving to Microplate Layouts folder now.");
         QCOMPARE(messages.last().icon, MessageIcon::Information);
         QCOMPARE(messages.last().buttons, int(MessageButton::Ok | MessageButton::Cancel));
     }

@@ -8,7 +8,7 @@ using namespace nebra;
 
 namespace {
 
-const QString Protocol = QStringLiteral("/data/My Assays/Protocols/ELISA IgG Quantitation.apr");
+const QString Protocol = "/data/My Assays/Protocols/ELISA IgG Quantitation.apr";
 
 // The launcher over a recorded suite; its checks, entries and wizard starts
 // are logged in events, as allow and auditWritten answer them.
@@ -50,10 +50,6 @@ struct Launch
             {"ReadConfigurationEditorPath", "Read Configuration Editor"}};
         return suite.programs.program(names.value(setting));
     }
-    void setProgram(const QString& setting, const QString& path)
-    {
-        QVERIFY(suite.store.setValue(QStringLiteral("Paths/") + setting, path));
-    }
     void run(const QString& procedure)
     {
         static const QHash<QString, void (DocumentLauncher::*)()> procedures{
@@ -71,16 +67,6 @@ struct Launch
     QByteArrayList startedArgv() const
     {
         return suite.programs.waitForRecords(1) ? suite.programs.records().constFirst() : QByteArrayList();
-    }
-    // Nothing was started before: a start that had happened would be recorded before this later one.
-    void nothingStartedBefore()
-    {
-        allow = true;
-        auditWritten = true;
-        launcher.OpenResults();
-        QVERIFY(suite.programs.waitForRecords(1));
-        QCOMPARE(suite.programs.records().size(), 1);
-        QCOMPARE(suite.programs.records().constFirst().value(1), document.toUtf8());
     }
 };
 
@@ -101,7 +87,6 @@ private Q_SLOTS:
         QTest::addColumn<bool>("secured");
         QTest::addColumn<QString>("arguments");
         QTest::addColumn<QString>("audit");
-        const QString apr = Protocol;
         const QString ars = QStringLiteral("/data/Results/Run \"final\" 2026.ars");
         const QString mlo = QStringLiteral("/data/Layouts/Plättchen 96 – été.mlo");
         const QString daq = QStringLiteral("/data/Read Configurations/Abs 450.daq");
@@ -109,10 +94,10 @@ private Q_SLOTS:
         const QString layouts = QStringLiteral("LayoutEditorPath");
         const QString q = QStringLiteral("\"%1\"");
         // clang-format off
-        QTest::newRow("run, blanks unquoted") << "RunProtocol" << assay << "%1" << q << apr << false << apr << "Run protocol: " + apr;
-        QTest::newRow("run, path already quoted") << "RunProtocol" << assay << q << q << apr << false << apr << "Run protocol: " + apr;
-        QTest::newRow("run, quote at the start only") << "RunProtocol" << assay << "\"%1" << "\"%1" << apr << false << apr << "Run protocol: " + apr;
-        QTest::newRow("open for edit") << "OpenProtocol" << assay << "%1" << q << apr << false << "/edit " + apr << "Open protocol for edit: " + apr;
+        QTest::newRow("run, blanks unquoted") << "RunProtocol" << assay << "%1" << q << Protocol << false << Protocol << "Run protocol: " + Protocol;
+        QTest::newRow("run, path already quoted") << "RunProtocol" << assay << q << q << Protocol << false << Protocol << "Run protocol: " + Protocol;
+        QTest::newRow("run, quote at the start only") << "RunProtocol" << assay << "\"%1" << "\"%1" << Protocol << false << Protocol << "Run protocol: " + Protocol;
+        QTest::newRow("open for edit") << "OpenProtocol" << assay << "%1" << q << Protocol << false << "/edit " + Protocol << "Open protocol for edit: " + Protocol;
         QTest::newRow("results, quotes in the path") << "OpenResults" << assay << "%1" << q << ars << false << ars << "Open results: " + ars;
         QTest::newRow("layout, non-ASCII") << "EditLayout" << layouts << "%1" << q << mlo << false << mlo << "Edit layout: " + mlo;
         QTest::newRow("open read configuration") << "OpenReadConfiguration" << "ReadConfigurationEditorPath" << "%1" << q << daq << false << daq << "Open read configuration: " + daq;
@@ -134,7 +119,7 @@ private Q_SLOTS:
         QFETCH(QString, audit);
         Launch o;
         const QString program = o.programFor(setting);
-        o.setProgram(setting, stored.arg(program));
+        QVERIFY(o.suite.store.setValue("Paths/" + setting, stored.arg(program)));
         arguments.replace(QLatin1String("LAYOUTS"), o.suite.paths.LayoutsFolder());
         o.document = document;
         o.secured = secured;
@@ -154,15 +139,12 @@ private Q_SLOTS:
     {
         Launch o;
         o.launcher.RunProtocol();
-        QCOMPARE(o.startedArgv().value(0),
-                 QFile::encodeName(o.programFor(QStringLiteral("AssayApplicationPath"))));
+        QCOMPARE(o.startedArgv().value(0), QFile::encodeName(o.programFor("AssayApplicationPath")));
         o.suite.programs.clear();
         SettingsStore other(o.suite.folders.settingsFile());
-        QVERIFY(other.setValue(QStringLiteral("Paths/AssayApplicationPath"),
-                               o.programFor(QStringLiteral("LayoutEditorPath"))));
+        QVERIFY(other.setValue("Paths/AssayApplicationPath", o.programFor("LayoutEditorPath")));
         o.launcher.RunProtocol();
-        QCOMPARE(o.startedArgv().value(0),
-                 QFile::encodeName(o.programFor(QStringLiteral("LayoutEditorPath"))));
+        QCOMPARE(o.startedArgv().value(0), QFile::encodeName(o.programFor("LayoutEditorPath")));
     }
 
     // A denied operation is neither audited nor started; one whose entry is not written is not carried out.
@@ -195,9 +177,14 @@ private Q_SLOTS:
         o.auditWritten = auditWritten;
         o.run(procedure);
         QCOMPARE(o.events, events);
-        QVERIFY(o.launcher.lastCommandLine().text.isEmpty());
-        QVERIFY(o.used.isEmpty());
-        o.nothingStartedBefore();
+        QVERIFY(o.launcher.lastCommandLine().text.isEmpty() && o.used.isEmpty());
+        // Nothing was started before: a start that had happened would be recorded before this later one.
+        o.allow = true;
+        o.auditWritten = true;
+        o.launcher.OpenResults();
+        QVERIFY(o.suite.programs.waitForRecords(1));
+        QCOMPARE(o.suite.programs.records().size(), 1);
+        QCOMPARE(o.suite.programs.records().constFirst().value(1), o.document.toUtf8());
     }
 
     void aFailedStartIsReportedAndTheAuditEntryStays_data()
@@ -219,7 +206,7 @@ private Q_SLOTS:
         Launch o;
         program.replace(QLatin1String("HOME"), o.suite.folders.home());
         QFile(program).open(QIODevice::WriteOnly); // only where the row names a file in HOME
-        o.setProgram(QStringLiteral("AssayApplicationPath"), program);
+        QVERIFY(o.suite.store.setValue("Paths/AssayApplicationPath", program));
         test::MessageRecorder messages;
         o.launcher.RunProtocol();
         QCOMPARE(o.events.last(), "audit Run protocol: " + o.document);
@@ -249,8 +236,7 @@ private Q_SLOTS:
     void aNewlyMadeProtocolOpensUnquotedUnchecked()
     {
         Launch o;
-        const QStringList made{QStringLiteral("/data/Protocols/New Assay 1.apr"),
-                               QStringLiteral("/data/Layouts/New Assay 1.mlo")};
+        const QStringList made{"/data/Protocols/New Assay 1.apr", "/data/Layouts/New Assay 1.mlo"};
         const QString program = o.programFor(QStringLiteral("AssayApplicationPath"));
         o.launcher.OpenNewProtocol(made);
         QCOMPARE(o.launcher.lastCommandLine().text, program + ' ' + made.join("; "));

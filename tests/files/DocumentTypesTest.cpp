@@ -32,8 +32,8 @@ private Q_SLOTS:
         QVERIFY(!RenameExtensionRule::IsRefused("*.apr", "New name.APR", "Old.apr", "/data/Old.apr"));
         QVERIFY(RenameExtensionRule::IsRefused("*.apr", "New name", "Old.apr", "/data/Old.apr"));
         QVERIFY(RenameExtensionRule::IsRefused("*.*", "Summary 2.mht", "Summary.mht", "/data/Summary.mht"));
-        QVERIFY(
-            !RenameExtensionRule::IsRefused("*.*", "Summary 2", "Summary", "/data/Summary.ext")); // hidden
+        // Hidden.
+        QVERIFY(!RenameExtensionRule::IsRefused("*.*", "Summary 2", "Summary", "/data/Summary.ext"));
     }
 };
 

@@ -113,8 +113,8 @@ private Q_SLOTS:
         QCOMPARE(o.view.CurrentDocumentTypeName(), QStringLiteral("Assay Protocol"));
         QCOMPARE(o.list->folder(), o.paths.ProtocolsFolder());
         QCOMPARE(o.commands(), QStringLiteral("000/000"));
-        o.tree->setCurrentNode(
-            o.organiser.node(DocumentType::Reports)); // every file, with or without extension
+        // Every file, with or without extension.
+        o.tree->setCurrentNode(o.organiser.node(DocumentType::Reports));
         QCOMPARE(o.list->filter(), QStringLiteral("*.*"));
         QVERIFY(waitForListing(*o.list));
         QCOMPARE(o.list->itemCount(), 2);
@@ -122,8 +122,7 @@ private Q_SLOTS:
         o.tree->setCurrentNode(o.organiser.node(DocumentType::Results));
         QVERIFY(waitForListing(*o.list));
         QCOMPARE(o.view.CurrentDocumentTypeName(), QStringLiteral("Assay Results"));
-        QVERIFY(o.list->documentIcon().cacheKey() != plainPage);
-        QVERIFY(o.list->documentIcon().cacheKey() != protocolPicture);
+        QVERIFY(!(QList<qint64>{plainPage, protocolPicture}.contains(o.list->documentIcon().cacheKey())));
         QCOMPARE(o.previews.last(), QStringLiteral("clear")); // an empty folder clears the preview
     }
 
@@ -238,8 +237,7 @@ private Q_SLOTS:
         };
         QVERIFY(selectedInView());
         o.list->clickColumnHeader(QStringLiteral("Date Modified")); // newest now first
-        QVERIFY(o.view.TimerSortByColumn().isArmed());
-        QVERIFY(!selectedInView());
+        QVERIFY(o.view.TimerSortByColumn().isArmed() && !selectedInView());
         o.clock += 0.1;
         QTRY_VERIFY_WITH_TIMEOUT(!o.view.TimerSortByColumn().isArmed(), 2000);
         QVERIFY(selectedInView());

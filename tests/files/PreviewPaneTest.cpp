@@ -29,8 +29,7 @@ struct Pane
 {
     test::UserFolders folders;
     SettingsStore store{folders.settingsFile()};
-    bool ready =
-        store.setValue(QStringLiteral("Paths/SuiteDataFolder"), qEnvironmentVariable("NEBRA_TEST_DATA_DIR"));
+    bool ready = store.setValue("Paths/SuiteDataFolder", qEnvironmentVariable("NEBRA_TEST_DATA_DIR"));
     SuitePaths paths{store};
     QWidget host;
     BrowserControl* browser = new BrowserControl(&host);
@@ -192,8 +191,7 @@ private Q_SLOTS:
             return;
         Pane o;
         o.type = 2;
-        QVERIFY(QFile::copy(example(QStringLiteral("Microplate Layouts/Kinetic 384.mlo")),
-                            share.backing + "/Kinetic.mlo"));
+        QVERIFY(QFile::copy(example("Microplate Layouts/Kinetic 384.mlo"), share.backing + "/Kinetic.mlo"));
         share.fuse.freeze();
         const PreviewItem layout{share.mount + "/Kinetic.mlo", false};
         QElapsedTimer answered;

@@ -26,8 +26,7 @@ private Q_SLOTS:
         QVERIFY(!QFile::exists(path));
         // Writes between BeginFolderUpdate and EndFolderUpdate reach the disk together.
         settings.BeginFolderUpdate();
-        QVERIFY(settings.SetExplorerModeFlag(true));
-        QVERIFY(settings.SetCurrentHLD(3));
+        QVERIFY(settings.SetExplorerModeFlag(true) && settings.SetCurrentHLD(3));
         QVERIFY(!QFile::exists(path));
         settings.EndFolderUpdate();
         SettingsStore again(path);
@@ -41,8 +40,7 @@ private Q_SLOTS:
         const QString blocker = dir.filePath("file");
         nebra::test::writeFile(blocker, "x");
         SettingsStore unwritable(blocker + QStringLiteral("/Suite.ini"));
-        QVERIFY(!unwritable.setValue(QStringLiteral("Settings/PlusCaption"), true));
-        QVERIFY(!unwritable.lastError().isEmpty());
+        QVERIFY(!unwritable.setValue("Settings/PlusCaption", true) && !unwritable.lastError().isEmpty());
         QCOMPARE(nebra::test::readFile(blocker), QByteArray("x"));
         // A file it cannot read warns and means defaults (root reads every file).
         if (geteuid() != 0) {

@@ -31,8 +31,7 @@ private Q_SLOTS:
             QVERIFY2(folder.startsWith(assays + QLatin1Char('/')), qPrintable(folder));
         // The shipped driver catalogue lists the example drivers.
         const HLDCollection drivers(paths.DriverCatalogueFile());
-        QVERIFY(drivers.errorString().isEmpty());
-        QVERIFY(drivers.Count() >= 2);
+        QVERIFY(drivers.errorString().isEmpty() && drivers.Count() >= 2);
         QCOMPARE(drivers.Item(1).FullName, drivers.Items().first().FullName);
         // Which entries of a catalogue become drivers (how a bad or unreadable catalogue is refused is
         // shared with the wizard catalogue and tested there).
@@ -76,8 +75,7 @@ private Q_SLOTS:
         // The program's folder is the test's own: an editor is put there for the rows that need one.
         QFile editor(QCoreApplication::applicationDirPath() + QStringLiteral("/nebra-layout-editor"));
         if (installed) {
-            QVERIFY(editor.open(QIODevice::WriteOnly));
-            editor.close();
+            nebra::test::writeFile(editor.fileName());
             QVERIFY(editor.setPermissions(editor.permissions() | QFileDevice::ExeOwner));
         }
         const auto cleanUp = qScopeGuard([&] { editor.remove(); });

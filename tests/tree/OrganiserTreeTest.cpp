@@ -43,7 +43,7 @@ private Q_SLOTS:
                                         QAbstractItemModelTester::FailureReportingMode::QtTest);
         o.build();
 
-        QCOMPARE(o.tree->caption(), QStringLiteral("Assay Folders"));
+        QCOMPARE(o.tree->caption(), "Assay Folders");
         const FolderNode root = o.tree->node(0);
         QCOMPARE(root, o.organiser.rootNode());
         QCOMPARE(root.text() + QLatin1Char(' ') + root.folderPath(), QStringLiteral("Organiser Organiser"));
@@ -160,8 +160,7 @@ private Q_SLOTS:
         writeFile(o.data("Protocols/Elisa.apr"));
         o.list->setFolder(o.paths.ProtocolsFolder());
         QVERIFY(nebra::test::waitForListing(*o.list));
-        QVERIFY(o.organiser.IsFileInFileView(QStringLiteral("Elisa.apr")));
-        QVERIFY(!o.organiser.IsFileInFileView(QStringLiteral("elisa.apr")));
+        QVERIFY(o.organiser.IsFileInFileView("Elisa.apr") && !o.organiser.IsFileInFileView("elisa.apr"));
         QVERIFY(o.organiser.IsThisCurrentFolder(o.paths.ProtocolsFolder()));
     }
 

@@ -124,15 +124,15 @@ private Q_SLOTS:
         QTest::addColumn<QString>("script"); // run in the results folder
         QTest::addColumn<QStringList>("log");
         QTest::addColumn<QStringList>("tree");
-        QTest::addColumn<QString>("current");
+        QTest::addColumn<bool>("toRoot"); // the file list's folder is then the root's
         const QString run1 = QStringLiteral("My Assays/Results/Run1");
         const QString results = QStringLiteral("My Assays/Results");
         // clang-format off
-        QTest::newRow("folder made in Results: a childless node") << "mkdir Run7" << QStringList{"add My Assays/Results/Run7 1"} << QStringList{results, run1, run1 + "/sub", results + "/Run7"} << m_current;
-        QTest::newRow("folder made outside the data folders: nothing") << "mkdir ../../../elsewhere/x ../../x" << QStringList{"add x 0"} << QStringList{results, run1, run1 + "/sub"} << m_current;
-        QTest::newRow("shown folder deleted: node removed, then to the root") << "rm -r Run1" << QStringList{"remove My Assays/Results/Run1/sub 1", "remove " + run1 + " 1", "go to Organiser"} << QStringList{results} << "Organiser";
-        QTest::newRow("shown folder renamed: to the root, then a fresh node") << "mv Run1 Run9" << QStringList{"go to Organiser", "rename " + run1 + " My Assays/Results/Run9 1"} << QStringList{results, results + "/Run9"} << "Organiser";
-        QTest::newRow("renamed out of the data folders: removed, nothing added") << "mv Run1/sub ../../../elsewhere/" << QStringList{"remove My Assays/Results/Run1/sub 1"} << QStringList{results, run1} << m_current;
+        QTest::newRow("folder made in Results: a childless node") << "mkdir Run7" << QStringList{"add My Assays/Results/Run7 1"} << QStringList{results, run1, run1 + "/sub", results + "/Run7"} << false;
+        QTest::newRow("folder made outside the data folders: nothing") << "mkdir ../../../elsewhere/x ../../x" << QStringList{"add x 0"} << QStringList{results, run1, run1 + "/sub"} << false;
+        QTest::newRow("shown folder deleted: node removed, then to the root") << "rm -r Run1" << QStringList{"remove My Assays/Results/Run1/sub 1", "remove " + run1 + " 1", "go to Organiser"} << QStringList{results} << true;
+        QTest::newRow("shown folder renamed: to the root, then a fresh node") << "mv Run1 Run9" << QStringList{"go to Organiser", "rename " + run1 + " My Assays/Results/Run9 1"} << QStringList{results, results + "/Run9"} << true;
+        QTest::newRow("renamed out of the data folders: removed, nothing added") << "mv Run1/sub ../../../elsewhere/" << QStringList{"remove My Assays/Results/Run1/sub 1"} << QStringList{results, run1} << false;
         // clang-format on
     }
     void treeFollowsAnotherProcess()
@@ -140,9 +140,7 @@ private Q_SLOTS:
         QFETCH(QString, script);
         QFETCH(QStringList, log);
         QFETCH(QStringList, tree);
-        QFETCH(QString, current);
-        if (current != QLatin1String("Organiser"))
-            current = m_current;
+        QFETCH(bool, toRoot);
         activate();
         QVERIFY(m_notifications->isActive());
         runScript(m_results, script);
@@ -152,7 +150,7 @@ private Q_SLOTS:
         for (int i = 1; i < m_model.count(); ++i)
             paths << relative(m_model.node(i).folderPath());
         QCOMPARE(paths, tree);
-        QCOMPARE(m_current, current);
+        QCOMPARE(m_current, toRoot ? QStringLiteral("Organiser") : m_results + "/Run1");
         QCOMPARE(m_model.node(m_model.count() - 1).data(), 4);
     }
 
@@ -167,13 +165,10 @@ private Q_SLOTS:
         QVERIFY(m_notifications->isActive());
         QCOMPARE(m_notifications->source().watchCount(), watches);
         m_notifications->TerminateSHCNENotification();
-        QVERIFY(!m_notifications->isActive());
-        QVERIFY(!m_notifications->source().isOpen());
+        QVERIFY(!m_notifications->isActive() && !m_notifications->source().isOpen());
         runScript(m_results, QStringLiteral("mkdir Unseen"));
         activate(); // again after termination
-        QVERIFY(m_notifications->isActive());
-        QVERIFY(m_log.isEmpty());
-        QVERIFY(messages.requests().isEmpty());
+        QVERIFY(m_notifications->isActive() && m_log.isEmpty() && messages.requests().isEmpty());
         // The system refuses a notification instance: no descriptor is free.
         m_notifications->TerminateSHCNENotification();
         const int lowestFree = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
@@ -197,11 +192,9 @@ private Q_SLOTS:
     void registrationFailureIsSilent()
     {
         test::MessageRecorder messages;
-        m_notifications->setWatchedRoots(
-            [this] { return QStringList{m_dir.path() + QStringLiteral("/none")}; });
+        m_notifications->setWatchedRoots([this] { return QStringList{m_dir.path() + "/none"}; });
         activate();
-        QVERIFY(!m_notifications->isActive());
-        QVERIFY(messages.requests().isEmpty());
+        QVERIFY(!m_notifications->isActive() && messages.requests().isEmpty());
         QVERIFY(m_notifications->source().isOpen());
         activate();
         QCOMPARE(messages.requests().size(), 1);
@@ -271,17 +264,15 @@ private Q_SLOTS:
 
     void absentItemKeepsItsFields()
     {
-        m_notifications->NotificationReceipt(QStringLiteral("/x/old"), QStringLiteral("/x/new"),
-                                             ShellEvent::SHCNE_RENAMEFOLDER);
-        m_notifications->NotificationReceipt(QStringLiteral("/y/made"), std::nullopt,
-                                             ShellEvent::SHCNE_MKDIR);
+        m_notifications->NotificationReceipt("/x/old", "/x/new", ShellEvent::SHCNE_RENAMEFOLDER);
+        m_notifications->NotificationReceipt("/y/made", std::nullopt, ShellEvent::SHCNE_MKDIR);
         QCOMPARE(m_notifications->item1DisplayName(), QStringLiteral("made"));
         QCOMPARE(m_notifications->item1Path(), QStringLiteral("/y/made"));
         QCOMPARE(m_notifications->item2DisplayName(), QStringLiteral("new"));
         QCOMPARE(m_notifications->item2Path(), QStringLiteral("/x/new"));
         QCOMPARE(m_notifications->lastEventText(), QStringLiteral("\r\nSHCNE_MKDIR"));
-        m_notifications->NotificationReceipt(QStringLiteral("/"), std::nullopt,
-                                             0x12345); // no name: both empty
+        // No name: both empty.
+        m_notifications->NotificationReceipt(QStringLiteral("/"), std::nullopt, 0x12345);
         QCOMPARE(m_notifications->item1Path(), QString());
         QCOMPARE(m_notifications->lastEventText(), QStringLiteral("\r\n"));
     }

@@ -14,8 +14,7 @@ private Q_SLOTS:
     {
         using Rules = TreePathRules;
         const QString data = QStringLiteral("/home/u/Nebra Data");
-        QVERIFY(
-            Rules::IsThisFolderANebraFolder(QStringLiteral("/home/u/Nebra Data/My Assays/Results"), data));
+        QVERIFY(Rules::IsThisFolderANebraFolder("/home/u/Nebra Data/My Assays/Results", data));
         QVERIFY(Rules::IsThisFolderANebraFolder(QStringLiteral("/HOME/U/nebra data/x"), data));
         QVERIFY(Rules::IsThisFolderANebraFolder(QStringLiteral("/mnt/home/u/Nebra Data"), data));
         QVERIFY(!Rules::IsThisFolderANebraFolder(QStringLiteral("/home/u/Documents"), data));

@@ -106,16 +106,13 @@ private Q_SLOTS:
             test::writeFile(dir.filePath("big.mlo"), text);
             const bool read = size == PlateLayout::MaximumFileSize;
             QCOMPARE(bool(PlateLayout::Load(dir.filePath("big.mlo"), error)), read);
-            QCOMPARE(
-                error,
-                read ? QString()
-                     : QStringLiteral("The file is too large for a plate layout (more than 1048576 bytes)."));
+            QCOMPARE(error,
+                     read ? "" : "The file is too large for a plate layout (more than 1048576 bytes).");
         }
         test::makeFifo(dir.filePath("pipe.mlo"));
         const test::PipeWatchdog watchdog(dir.filePath("pipe.mlo"));
         QVERIFY(!PlateLayout::Load(dir.filePath("pipe.mlo"), error));
-        QCOMPARE(error,
-                 QStringLiteral("This is not a file that can be read (a folder, pipe, socket or device)."));
+        QCOMPARE(error, "This is not a file that can be read (a folder, pipe, socket or device).");
         QVERIFY2(!watchdog.released(), "the reader blocked on the pipe");
     }
 };

@@ -12,13 +12,6 @@ class PlateLayoutViewerTest : public QObject
 private Q_SLOTS:
     void drawsWellsByRoleScalesWithThePaneAndShowsTheNameAsWritten()
     {
-        const auto pixelsOf = [](const QImage& image, const QColor& colour) {
-            int count = 0;
-            for (int y = 0; y < image.height(); ++y)
-                for (int x = 0; x < image.width(); ++x)
-                    count += image.pixelColor(x, y) == colour;
-            return count;
-        };
         PlateLayoutViewer viewer;
         QVERIFY(viewer.LoadFile(qEnvironmentVariable("NEBRA_TEST_DATA_DIR") +
                                 "/Example Assays/Microplate Layouts/ELISA 96 Standard Curve.mlo"));
@@ -27,13 +20,15 @@ private Q_SLOTS:
             const QImage image = viewer.grab().toImage();
             for (WellRole role : {WellRole::Sample, WellRole::Standard, WellRole::Control, WellRole::Blank}) {
                 // Each role covers a share of the pane that does not depend on the pane's size.
-                const int pixels = pixelsOf(image, PlateLayoutViewer::roleColour(role));
+                int pixels = 0;
+                for (int y = 0; y < image.height(); ++y)
+                    for (int x = 0; x < image.width(); ++x)
+                        pixels += image.pixelColor(x, y) == PlateLayoutViewer::roleColour(role);
                 QVERIFY2(pixels > 0.002 * size.width() * size.height(),
                          qPrintable(PlateLayout::roleName(role)));
             }
         }
-        QCOMPARE(viewer.wellAt(QPoint(0, 0)), QString());
-        QCOMPARE(viewer.wellAt(QPoint(1199, 799)), QString());
+        QVERIFY(viewer.wellAt(QPoint(0, 0)).isEmpty() && viewer.wellAt(QPoint(1199, 799)).isEmpty());
         QVERIFY(!viewer.wellAt(QPoint(600, 400)).isEmpty());
         // The name is shown as written, and the title follows the width.
         viewer.setPlateLayout(PlateLayout(QStringLiteral("%2 and %1"), 8, 12));

@@ -14,8 +14,7 @@ QList<int> wells(const PlateLayout& layout, const QString& names)
 {
     QList<int> result;
     for (const QString& name : names.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
-        int row = 0;
-        int column = 0;
+        int row = 0, column = 0;
         PlateLayout::parseWellName(name, row, column);
         result << row * layout.columns() + column;
     }
@@ -83,8 +82,7 @@ private Q_SLOTS:
         series.replicates = replicates;
         series.direction =
             alongRow ? StandardSeries::Direction::AcrossRows : StandardSeries::Direction::AcrossColumns;
-        int row = 0;
-        int column = 0;
+        int row = 0, column = 0;
         PlateLayout::parseWellName(start, row, column);
         QString error;
         const bool filled = document.fillSeries(series, row, column, error);
@@ -117,8 +115,7 @@ private Q_SLOTS:
         QVERIFY(block);
         QString error;
         QVERIFY(!document.paste(*block, 1, 2, error));
-        QCOMPARE(error,
-                 QStringLiteral("The copied block of 1 x 2 wells does not fit on the plate from well B3."));
+        QCOMPARE(error, "The copied block of 1 x 2 wells does not fit on the plate from well B3.");
         QVERIFY(document.paste(*block, 1, 1, error));
         QCOMPARE(describe(document.layout()), QStringLiteral("A1=blank: A2=blank: B2=blank: B3=blank:"));
         QVERIFY(!WellBlock::FromText("# Nebra wells 1 x 2\nsample,,a\n"));
@@ -130,7 +127,7 @@ private Q_SLOTS:
         document.newLayout(8, 12);
         QSignalSpy modified(&document, &LayoutDocument::modifiedChanged);
         QVERIFY(!document.isModified());
-        QList<QString> states{describe(document.layout())};
+        const QString unchanged = describe(document.layout());
         document.assignRole(wells(document.layout(), "A1 A2"), WellRole::Control);
         document.assignLabel(wells(document.layout(), "A1"), "PC");
         document.rename("Renamed");
@@ -147,13 +144,12 @@ private Q_SLOTS:
         const PlateLayout last = document.layout();
         while (document.undoStack().canUndo())
             document.undoStack().undo();
-        QCOMPARE(describe(document.layout()), states.first());
+        QCOMPARE(describe(document.layout()), unchanged);
         QCOMPARE(document.layout().rows(), 8);
         QVERIFY(!document.isModified());
         while (document.undoStack().canRedo())
             document.undoStack().redo();
-        QVERIFY(document.layout() == last);
-        QVERIFY(document.isModified());
+        QVERIFY(document.layout() == last && document.isModified());
         QCOMPARE(modified.count(), 3);
     }
 
@@ -224,10 +220,9 @@ private Q_SLOTS:
             QCOMPARE(messages.count(), 1);
             QCOMPARE(messages.last().icon, MessageIcon::Warning);
             QCOMPARE(messages.last().text,
-                     QStringLiteral(
-                         "\"Race.mlo\" has been changed by another program since it was opened here.\n\n"
-                         "Your version will be saved as \"Race (edited).mlo\" beside it; the other version "
-                         "is kept as it is."));
+                     "\"Race.mlo\" has been changed by another program since it was opened here.\n\n"
+                     "Your version will be saved as \"Race (edited).mlo\" beside it; the other version "
+                     "is kept as it is.");
             QCOMPARE(test::readFile(path), theirs);
             const QString copy = dir.filePath(QStringLiteral("Race (edited).mlo"));
             if (answer == MessageButton::Ok) {
@@ -237,8 +232,7 @@ private Q_SLOTS:
                 QCOMPARE(LayoutDocument::freeSiblingPath(path), dir.filePath("Race (edited 2).mlo"));
             } else {
                 QCOMPARE(result, LayoutDocument::SaveResult::Cancelled);
-                QVERIFY(!QFileInfo::exists(copy));
-                QVERIFY(document.isModified());
+                QVERIFY(!QFileInfo::exists(copy) && document.isModified());
             }
         }
     }
@@ -263,8 +257,7 @@ private Q_SLOTS:
         QFETCH(QString, target);
         QFETCH(bool, allowed);
         QTemporaryDir dir;
-        QVERIFY(QDir(dir.path()).mkpath("Layouts/Sub"));
-        QVERIFY(QFile::link(dir.path(), dir.filePath("Link")));
+        QVERIFY(QDir(dir.path()).mkpath("Layouts/Sub") && QFile::link(dir.path(), dir.filePath("Link")));
         LayoutDocument document;
         document.setFolderRestriction(dir.filePath("Layouts"));
         QString error;

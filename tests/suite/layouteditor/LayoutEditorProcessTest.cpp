@@ -30,15 +30,13 @@ class LayoutEditorProcessTest : public QObject
 
 private:
     QTemporaryDir m_dir;
-    QString m_report;
-    QString m_layout; // a layout whose path holds blanks
+    const QString m_report = m_dir.filePath("report.txt");
+    const QString m_layout = m_dir.filePath("My Layouts/Two words.mlo"); // its path holds blanks
 
 private Q_SLOTS:
     void initTestCase()
     {
-        m_report = m_dir.filePath("report.txt");
         qputenv("NEBRA_LAYOUT_EDITOR_REPORT", QFile::encodeName(m_report));
-        m_layout = m_dir.filePath("My Layouts/Two words.mlo");
         test::writeFile(m_layout, "[Layout]\nName=Two words\nRows=4\nColumns=6\n[Wells]\nA1=blank\n");
     }
 
@@ -109,8 +107,7 @@ private Q_SLOTS:
             test::UserFolders folders;
             SettingsStore store(folders.settingsFile());
             SuitePaths paths(store);
-            QVERIFY(paths.SetParentDirectory(m_dir.filePath("Data")));
-            QVERIFY(QDir().mkpath(paths.LayoutsFolder()));
+            QVERIFY(paths.SetParentDirectory(m_dir.filePath("Data")) && QDir().mkpath(paths.LayoutsFolder()));
             QVERIFY(store.setValue("Paths/LayoutEditorPath", Editor));
             LaunchContext context;
             context.canPerform = [](const QString&) { return true; };

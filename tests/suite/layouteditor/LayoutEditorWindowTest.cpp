@@ -82,8 +82,7 @@ private Q_SLOTS:
         role->setCurrentIndex(role->findText("Control"));
         o.clickButton("Assign role");
         QCOMPARE(o.document.layout().well(1, 1).role, WellRole::Control);
-        QVERIFY(o.window.isWindowModified());
-        QVERIFY(o.window.windowTitle().startsWith("Untitled[*]"));
+        QVERIFY(o.window.isWindowModified() && o.window.windowTitle().startsWith("Untitled[*]"));
         // Typing a label and pressing Return labels the selection.
         o.window.panel()->labelEdit()->setFocus();
         QTest::keyClicks(o.window.panel()->labelEdit(), "PC");
@@ -136,9 +135,8 @@ private Q_SLOTS:
             QCOMPARE(o.window.close(), closed);
             QCOMPARE(dialogs.shown().size(), int(saved)); // the save dialog, only when saving
             QCOMPARE(messages.count(), 1);
-            QCOMPARE(
-                messages.last().text,
-                QStringLiteral("The layout \"Untitled\" has unsaved changes.\nDo you want to save them?"));
+            QCOMPARE(messages.last().text,
+                     "The layout \"Untitled\" has unsaved changes.\nDo you want to save them?");
             QCOMPARE(messages.last().buttons, MessageButton::Yes | MessageButton::No | MessageButton::Cancel);
             QCOMPARE(QFileInfo::exists(path), saved);
             if (saved)

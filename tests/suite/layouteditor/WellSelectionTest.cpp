@@ -15,8 +15,7 @@ void run(WellSelection& selection, const QString& script)
         const QStringList words = step.simplified().split(QLatin1Char(' '));
         const QString verb = words.value(0);
         const QString what = words.value(1);
-        int row = 0;
-        int column = 0;
+        int row = 0, column = 0;
         PlateLayout::parseWellName(what, row, column);
         const auto add = WellSelection::Extend::Add;
         const auto replace = WellSelection::Extend::Replace;

@@ -17,8 +17,7 @@ class AssayProtocolTest : public QObject
 private Q_SLOTS:
     void examplesAreValidLaterSectionsAndKeysArePassedOverAndAPipeIsRefused()
     {
-        const QDir folder(qEnvironmentVariable("NEBRA_TEST_DATA_DIR") +
-                          QStringLiteral("/Example Assays/Protocols"));
+        const QDir folder(qEnvironmentVariable("NEBRA_TEST_DATA_DIR") + "/Example Assays/Protocols");
         const QStringList files = folder.entryList({QStringLiteral("*.apr")}, QDir::Files);
         QCOMPARE(files.size(), 3);
         QString error;

@@ -53,8 +53,7 @@ private Q_SLOTS:
         QString error;
         cases.verifyDocumentsListsWhatNeedsAReviewer(
             o.folders.root() + "/data", [&](const DocumentChange& change) {
-                QVERIFY2(store->documents().record(QStringLiteral("jsmith"), change, &error),
-                         qPrintable(error));
+                QVERIFY2(store->documents().record("jsmith", change, &error), qPrintable(error));
             });
         cases.signaturesTellWhetherTheDocumentStillMatches(o.folders.root(), [&](DocumentSignature s) {
             s.userName = QStringLiteral("jsmith");

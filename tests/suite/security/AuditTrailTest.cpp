@@ -25,10 +25,9 @@ struct Trail
         fixture.create(); // entry 1: "Security database created"
         const std::unique_ptr<SecurityStore> store = fixture.open();
         for (int i = 2; i <= 6; ++i)
-            QCOMPARE(store->audit()
-                         .append("jsmith", "General", QStringLiteral("Run protocol: %1.apr").arg(i))
-                         .sequence,
-                     i);
+            QCOMPARE(
+                store->audit().append("jsmith", "General", QString("Run protocol: %1.apr").arg(i)).sequence,
+                i);
     }
 };
 
@@ -179,7 +178,7 @@ private Q_SLOTS:
             const SecuritySettings& s = fixture.settings();
 
             QProcess writer;
-            writer.start(QStringLiteral(AUDIT_APPENDER), {s.databasePath, s.siteKeyFile, s.chainHeadFile});
+            writer.start(STORE_WORKER, {"append", s.databasePath, s.siteKeyFile, s.chainHeadFile});
             QVERIFY2(writer.waitForStarted(10000), qPrintable(writer.errorString()));
             QList<qint64> reported;
             auto readReports = [&] {

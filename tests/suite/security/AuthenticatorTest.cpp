@@ -44,8 +44,7 @@ private Q_SLOTS:
         QCOMPARE(unknown.status, LogInStatus::Refused);
         QVERIFY(unknown.error.isEmpty());
         QCOMPARE(logIn(authenticator, "wrong horse"), LogInStatus::Refused);
-        const QStringList texts = o.fixture.auditTexts();
-        QCOMPARE(texts.mid(texts.size() - 2),
+        QCOMPARE(o.fixture.auditTexts().last(2),
                  QStringList({"Failed log in: unknown user", "Failed log in: wrong password"}));
         QString error;
         QCOMPARE(store->users().find("jsmith", &error)->failedLogIns, 1);
@@ -92,8 +91,7 @@ private Q_SLOTS:
             const int entries = o.fixture.auditTexts().size();
             QCOMPARE(logIn(authenticator, "guess"), LogInStatus::Locked);
             QCOMPARE(logIn(authenticator, "correct horse"), LogInStatus::Locked);
-            QCOMPARE(o.fixture.auditTexts().mid(entries),
-                     QStringList(2, QStringLiteral("Log in refused: account locked")));
+            QCOMPARE(o.fixture.auditTexts().mid(entries), QStringList(2, "Log in refused: account locked"));
             QString error;
             QVERIFY(SecurityAdministration(*store, "admin").unlock("jsmith", &error));
             QCOMPARE(logIn(authenticator, "correct horse"), LogInStatus::Success);

@@ -53,13 +53,8 @@ private Q_SLOTS:
         QFETCH(int, dialogs);
         Manager o;
         const std::unique_ptr<NebraSecurityManager> manager = siteManager();
-        for (int i = 0; i < attempts.size(); i += 2) {
-            if (attempts[i] == QLatin1String("cancel")) {
-                o.dialogs.cancel();
-                break;
-            }
-            o.dialogs.logIn(attempts[i], attempts[i + 1]);
-        }
+        for (int i = 0; i < attempts.size(); i += 2) // "cancel" comes last
+            attempts[i] == "cancel" ? o.dialogs.cancel() : o.dialogs.logIn(attempts[i], attempts[i + 1]);
         QVERIFY(!manager->LogIn(nullptr));
         QCOMPARE(o.dialogs.shown().size(), dialogs);
         QStringList shown;
@@ -80,16 +75,14 @@ private Q_SLOTS:
         const auto allowed = [&manager](const char* operation, const char* area = "AuthorisationsGeneral") {
             return manager->IsOperationAllowed(QLatin1String(area), QLatin1String(operation));
         };
-        QVERIFY(allowed("RunProtocol"));
-        QVERIFY(!allowed("EditLayout"));
+        QVERIFY(allowed("RunProtocol") && !allowed("EditLayout"));
         // Changes by the administrator take effect within the running session.
         o.site.administer([](auto& admin, QString* error) {
             return admin.addRole("Editors", error) &&
                    admin.grantToRole("Editors", {"AuthorisationsGeneral", "*"}, error) &&
                    admin.assignRole("jsmith", "Editors", error);
         });
-        QVERIFY(allowed("EditLayout"));
-        QVERIFY(!allowed("SelectDriver", "Instrumentation"));
+        QVERIFY(allowed("EditLayout") && !allowed("SelectDriver", "Instrumentation"));
         o.site.administer(
             [](auto& admin, QString* error) { return admin.setDisabled("jsmith", true, error); });
         QVERIFY(!allowed("RunProtocol"));
@@ -146,8 +139,7 @@ private Q_SLOTS:
     {
         Manager o;
         const std::unique_ptr<NebraSecurityManager> manager = loggedInManager();
-        QVERIFY(manager);
-        QVERIFY(manager->AddAuditTrailEntry("General", "Run protocol: a.apr"));
+        QVERIFY(manager && manager->AddAuditTrailEntry("General", "Run protocol: a.apr"));
         // The store fills up (every insert fails as SQLite reports a full disk), or the server goes away.
         const QString reason = o.site.breakAppends();
         QVERIFY(!manager->AddAuditTrailEntry("General", "Run protocol: b.apr"));
@@ -174,9 +166,8 @@ private Q_SLOTS:
         QCOMPARE(loggedOut.count(), 1);
         QCOMPARE(manager->UserName(), QString());
         QVERIFY(!manager->IsOperationAllowed("AuthorisationsGeneral", "RunProtocol"));
-        QCOMPARE(
-            o.site.auditTexts().mid(o.site.auditTexts().size() - 2),
-            QStringList({"Account locked after 2 failed log ins", "Session ended: the account was locked"}));
+        QCOMPARE(o.site.auditTexts().last(2), QStringList({"Account locked after 2 failed log ins",
+                                                           "Session ended: the account was locked"}));
     }
 
     void resetPasswordMustBeChangedAtLogIn()

@@ -27,7 +27,6 @@ class PolicyFileTest : public QObject
     // A site policy naming database, as the administrator's create leaves it.
     static void writePolicy(const QString& path, const QString& database)
     {
-        QVERIFY(QDir().mkpath(QFileInfo(path).absolutePath()));
         writeFile(path, QStringLiteral("[Settings]\nSecurityConfigured=true\n[Security]\nDatabasePath=%1\n")
                             .arg(database)
                             .toUtf8());
@@ -46,8 +45,7 @@ private Q_SLOTS:
                   "[Settings]\nSecurityConfigured=true\n[Security]\nBackend=postgresql\nServer=/run/site\n");
         qputenv("XDG_CONFIG_HOME", QFile::encodeName(QFileInfo(policy).absolutePath() + "/.."));
         SettingsStore store;
-        QVERIFY(!store.warning().isEmpty());
-        QVERIFY(!store.setValue("Settings/SecurityConfigured", false));
+        QVERIFY(!store.warning().isEmpty() && !store.setValue("Settings/SecurityConfigured", false));
         const SecuritySettings settings = SecuritySettings::fromStore(store);
         QVERIFY(settings.systemWide);
         QCOMPARE(settings.backend, SecuritySettings::Backend::Server);
@@ -83,8 +81,7 @@ private Q_SLOTS:
             QSKIP("The superuser reads every file, so none is unreadable to it.");
         const QString policy = folders.systemSettingsFile();
         writePolicy(policy, folders.root() + "/site.db");
-        const QString target =
-            damage.startsWith(QLatin1String("folder")) ? QFileInfo(policy).absolutePath() : policy;
+        const QString target = damage.startsWith("folder") ? QFileInfo(policy).absolutePath() : policy;
         if (damage == QLatin1String("binary"))
             writeFile(policy, QByteArray("[Settings]\0\x01\x02", 13));
         else if (damage == QLatin1String("a folder"))

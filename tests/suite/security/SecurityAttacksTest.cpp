@@ -82,7 +82,7 @@ private Q_SLOTS:
             {"Security/LockoutThreshold", QString::number(s.lockoutThreshold)}};
         QCOMPARE(values.value(key), effective == QLatin1String("db") ? o.database() : effective);
         // status names where each value came from.
-        const ProcessRun status = runProgram(QStringLiteral(SECADMIN), {"status"});
+        const ProcessRun status = runProgram(SECADMIN, {"status"});
         QCOMPARE(status.exitCode, 0);
         QVERIFY2(status.out.contains(QStringLiteral("DatabasePath = %1 (system file \"%2\")")
                                          .arg(o.database(), o.folders.systemSettingsFile())),
@@ -167,13 +167,12 @@ private Q_SLOTS:
         QVERIFY(QFile::setPermissions(lock, QFileDevice::ReadOwner | QFileDevice::WriteOwner |
                                                 QFileDevice::ReadGroup | QFileDevice::ReadOther));
         const ProcessRun second =
-            runProgram(QStringLiteral(LOG_IN_ATTEMPTS), {"jsmith", "correct horse", "1"}, {}, AsAnotherUser);
+            runProgram(STORE_WORKER, {"log-in", "jsmith", "correct horse", "1"}, {}, AsAnotherUser);
         QVERIFY2(second.exitCode == 0, qPrintable(second.err));
         QCOMPARE(second.out, QStringLiteral("%1\n").arg(int(LogInStatus::Success)));
         QCOMPARE(o.fixture.auditTexts().last(), "Log in");
-        QVERIFY(refusedSaying(
-            runProgram(QStringLiteral(SECADMIN), {"grant", "mallory", "*", "*"}, {}, AsAnotherUser),
-            "may administer"));
+        QVERIFY(refusedSaying(runProgram(SECADMIN, {"grant", "mallory", "*", "*"}, {}, AsAnotherUser),
+                              "may administer"));
         QString error;
         QVERIFY(o.fixture.open()->users().rightsOf("mallory", &error).isEmpty());
         QCOMPARE(o.secadmin({"verify"}).exitCode, 0);
@@ -211,7 +210,7 @@ private Q_SLOTS:
         QVERIFY(SettingsStore(o.folders.systemSettingsFile()).setValue("Security/LockoutThreshold", "3"));
         QProcess guessers[4];
         for (QProcess& guesser : guessers)
-            guesser.start(QStringLiteral(LOG_IN_ATTEMPTS), {"jsmith", "guess", "4"});
+            guesser.start(STORE_WORKER, {"log-in", "jsmith", "guess", "4"});
         for (QProcess& guesser : guessers)
             QVERIFY(guesser.waitForFinished(60000));
         const QStringList texts = o.fixture.auditTexts();

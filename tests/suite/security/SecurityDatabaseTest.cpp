@@ -142,9 +142,7 @@ private Q_SLOTS:
                 QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ReadOther));
         QString error;
         QVERIFY(!SecurityStore::open(s, &error));
-        message.replace(QLatin1String("%1"), s.databasePath)
-            .replace(QLatin1String("%2"), s.siteKeyFile)
-            .replace(QLatin1String("%3"), s.chainHeadFile);
+        message.replace("%1", s.databasePath).replace("%2", s.siteKeyFile).replace("%3", s.chainHeadFile);
         QCOMPARE(error, message);
     }
 

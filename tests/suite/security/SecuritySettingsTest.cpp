@@ -39,8 +39,7 @@ private Q_SLOTS:
         QFETCH(QString, expected);
         QTemporaryDir dir;
         SettingsStore store(dir.filePath("Suite.ini"));
-        QVERIFY(
-            SecuritySettings::fromStore(store).databasePath.endsWith(QLatin1String("/Nebra/Security.db")));
+        QVERIFY(SecuritySettings::fromStore(store).databasePath.endsWith("/Nebra/Security.db"));
         QVERIFY(store.setValue("Security/" + key, value));
         const SecuritySettings s = SecuritySettings::fromStore(SettingsStore(store.filePath()));
         const QHash<QString, QString> fields = {
@@ -104,14 +103,13 @@ private Q_SLOTS:
         QTest::addColumn<QString>("password");
         QTest::addColumn<QString>("problem");
         const QString tooShort = "The password must be at least %1 characters long.";
-        const QString userName = "The password must not be the user name.";
         // clang-format off
         QTest::newRow("exactly the minimum") << 8 << "12345678" << "";
         QTest::newRow("one short") << 8 << "1234567" << tooShort.arg(8);
         QTest::newRow("minimum setting takes effect") << 12 << "elevenchars" << tooShort.arg(12);
         QTest::newRow("minimum counts characters, not bytes") << 4 << "äöüß" << "";
         QTest::newRow("empty") << 1 << "" << "The password must not be empty.";
-        QTest::newRow("user name in other case") << 4 << "JSmith" << userName;
+        QTest::newRow("user name in other case") << 4 << "JSmith" << "The password must not be the user name.";
         QTest::newRow("longer than the hashing limit") << 8 << QString(257, QLatin1Char('x')) << "The password must be at most 256 characters long.";
         // clang-format on
     }

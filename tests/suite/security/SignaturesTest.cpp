@@ -13,7 +13,7 @@ Q_DECLARE_METATYPE(nebra::DocumentChange)
 
 namespace {
 
-const QString Sign = QStringLiteral("Documents/Sign");
+const QString Sign = "Documents/Sign";
 const QString Protocol = QStringLiteral("/data/My Assays/Protocols/ELISA.apr");
 
 DocumentFingerprint fingerprint(const QString& path, const QByteArray& content)
@@ -43,8 +43,7 @@ private Q_SLOTS:
     {
         ManagerSite site({Sign});
         std::unique_ptr<NebraSecurityManager> manager = loggedInManager();
-        QVERIFY(manager);
-        QVERIFY(!manager->HasSignedInSession());
+        QVERIFY(manager && !manager->HasSignedInSession());
         const SignResult first = manager->SignDocument(fingerprint(Protocol, "v1"), "Reviewed", " JSmith ",
                                                        SecretBytes("correct horse"));
         QVERIFY2(first.sequence > 0, qPrintable(first.error));
@@ -75,8 +74,7 @@ private Q_SLOTS:
         manager->SessionLogOut();
         DialogScript dialogs;
         dialogs.logIn("jsmith", "correct horse");
-        QVERIFY(manager->LogIn(nullptr));
-        QVERIFY(!manager->HasSignedInSession());
+        QVERIFY(manager->LogIn(nullptr) && !manager->HasSignedInSession());
     }
 
     void refusals_data()
@@ -118,13 +116,11 @@ private Q_SLOTS:
                                                         SecretBytes(password.toUtf8()));
         QCOMPARE(result.sequence, 0);
         QCOMPARE(result.error, refusal);
-        QVERIFY(!result.locked);
-        QVERIFY(!manager->HasSignedInSession());
+        QVERIFY(!result.locked && !manager->HasSignedInSession());
         QCOMPARE(site.auditTexts().constLast(), entry);
         QList<DocumentSignature> read;
         QString error;
-        QVERIFY(manager->ReadSignatures(Protocol, &read, &error));
-        QVERIFY(read.isEmpty());
+        QVERIFY(manager->ReadSignatures(Protocol, &read, &error) && read.isEmpty());
     }
 
     void guessingThePasswordLocksAndEndsTheSession()
@@ -141,9 +137,8 @@ private Q_SLOTS:
                 locks);
         QCOMPARE(loggedOut.count(), 1);
         QCOMPARE(manager->UserName(), QString());
-        QCOMPARE(
-            site.auditTexts().mid(site.auditTexts().size() - 2),
-            QStringList({"Account locked after 2 failed log ins", "Session ended: the account was locked"}));
+        QCOMPARE(site.auditTexts().last(2), QStringList({"Account locked after 2 failed log ins",
+                                                         "Session ended: the account was locked"}));
     }
 
     void eachEventIsAnEntryAndTheNewestRecord_data()

@@ -53,28 +53,9 @@ struct Wizard
         wizard->show();
         return *wizard;
     }
-    void toLayoutPage()
-    {
-        control<QLineEdit>("txtProtocolName")->setText("A");
-        wizard->next();
-    }
-    // Fills the pages up to the last one with a fluorescence kinetic read.
-    void fillUpToAnalysis(const QString& name)
+    void toLayoutPage(const QString& name = QStringLiteral("A"))
     {
         control<QLineEdit>("txtProtocolName")->setText(name);
-        wizard->next();
-        wizard->next();
-        control<QComboBox>("cboReadMode")->setCurrentIndex(1);
-        control<QSpinBox>("spnExcitation")->setValue(485);
-        control<QSpinBox>("spnEmission")->setValue(528);
-        wizard->next();
-        control<QRadioButton>("optKinetic")->setChecked(true);
-        control<QSpinBox>("spnReads")->setValue(20);
-        control<QSpinBox>("spnInterval")->setValue(30);
-        control<QComboBox>("cboShaking")->setCurrentText("Orbital");
-        control<QSpinBox>("spnShakingTime")->setValue(10);
-        control<QCheckBox>("chkTemperature")->setChecked(true);
-        control<QDoubleSpinBox>("spnTemperature")->setValue(37.0);
         wizard->next();
     }
 };
@@ -158,13 +139,26 @@ private Q_SLOTS:
     {
         Wizard o;
         o.start("ELISA 96 Standard Curve.mlo");
-        o.fillUpToAnalysis("TNF kinetic");
+        // Up to the last page with a fluorescence kinetic read.
+        o.toLayoutPage("TNF kinetic");
+        o.wizard->next();
+        o.control<QComboBox>("cboReadMode")->setCurrentIndex(1);
+        o.control<QSpinBox>("spnExcitation")->setValue(485);
+        o.control<QSpinBox>("spnEmission")->setValue(528);
+        o.wizard->next();
+        o.control<QRadioButton>("optKinetic")->setChecked(true);
+        o.control<QSpinBox>("spnReads")->setValue(20);
+        o.control<QSpinBox>("spnInterval")->setValue(30);
+        o.control<QComboBox>("cboShaking")->setCurrentText("Orbital");
+        o.control<QSpinBox>("spnShakingTime")->setValue(10);
+        o.control<QCheckBox>("chkTemperature")->setChecked(true);
+        o.control<QDoubleSpinBox>("spnTemperature")->setValue(37.0);
+        o.wizard->next();
         QCOMPARE(o.control<QComboBox>("cboUnits")->currentText(), "RFU");
         QVERIFY(QDir(o.protocols()).removeRecursively());
         test::writeFile(o.protocols()); // a file where the folder should be
         o.wizard->button(QWizard::FinishButton)->click();
-        QVERIFY(o.wizard->isVisible());
-        QVERIFY(o.wizard->NewFileName().isEmpty());
+        QVERIFY(o.wizard->isVisible() && o.wizard->NewFileName().isEmpty());
         QVERIFY2(o.control<QLabel>("lblSaveProblem")->text().startsWith("The protocol was not saved."),
                  qPrintable(o.control<QLabel>("lblSaveProblem")->text()));
         QVERIFY(QFile::remove(o.protocols()) && QDir(o.dir.path()).mkdir("Protocols"));

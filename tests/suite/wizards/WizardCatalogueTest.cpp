@@ -41,18 +41,15 @@ private Q_SLOTS:
         for (int i = 1; i <= catalogue.Wizards().Count(); ++i)
             read << catalogue.Wizards().Item(i).Name + QLatin1Char('=') + catalogue.Wizards().Item(i).ProgID;
         QCOMPARE(read, names);
-        if (errorPart.isEmpty())
-            QVERIFY2(catalogue.errorString().isEmpty(), qPrintable(catalogue.errorString()));
-        else
-            QVERIFY2(catalogue.errorString().contains(errorPart), qPrintable(catalogue.errorString()));
+        QCOMPARE(catalogue.errorString().isEmpty(), errorPart.isEmpty());
+        QVERIFY2(catalogue.errorString().contains(errorPart), qPrintable(catalogue.errorString()));
     }
 
     // The shipped catalogue lists Generic first, and every plug-in it names is installed and loads.
     void installedCatalogueListsGenericFirstAndEachWizardLoadsAMissingOneNoneAPipeIsRefused()
     {
         const WizardCatalogue catalogue(WizardCatalogue::FileIn(qEnvironmentVariable("NEBRA_TEST_DATA_DIR")));
-        QVERIFY(catalogue.errorString().isEmpty());
-        QVERIFY(catalogue.Wizards().Count() >= 2);
+        QVERIFY(catalogue.errorString().isEmpty() && catalogue.Wizards().Count() >= 2);
         QCOMPARE(catalogue.Wizards().Item(1).Name, "Generic");
         for (int i = 1; i <= catalogue.Wizards().Count(); ++i) {
             QString reason;

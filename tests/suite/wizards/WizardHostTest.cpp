@@ -21,14 +21,6 @@ struct Host
     SuiteSettings settings{store};
     WizardHost host{paths, settings, QString(), QStringLiteral(NEBRA_TEST_WIZARD_PLUGINS)};
 
-    AssayProtocolWizard* scripted()
-    {
-        QString reason;
-        AssayProtocolWizard* wizard = host.CreateWizard("NebraTest.Scripted", &reason);
-        if (!wizard)
-            qWarning("%s", qPrintable(reason));
-        return wizard;
-    }
     QVariant stateValue(const char* key)
     {
         return static_cast<SharedWizardState*>(host.SharedState())->Value(QLatin1String(key));
@@ -61,9 +53,9 @@ private Q_SLOTS:
     {
         for (const bool withManager : {false, true}) {
             Host o;
-            AssayProtocolWizard* wizard = o.scripted();
-            QVERIFY(wizard);
-            QVERIFY(!o.host.HasSharedState());
+            QString reason;
+            AssayProtocolWizard* wizard = o.host.CreateWizard("NebraTest.Scripted", &reason);
+            QVERIFY2(wizard && !o.host.HasSharedState(), qPrintable(reason));
             QVERIFY(!o.host.SendRequest(SharedWizardState::EndOfRun));
             QObject manager;
             qputenv("NEBRA_TEST_WIZARD_SCRIPT", R"({"result":1,"newFile":"/p/New.apr"})");

@@ -20,8 +20,7 @@ class ServerAdminToolTest : public QObject
 {
     Q_OBJECT
 
-    using Run = test::AdminRun;
-    Run run(const QStringList& arguments, const QByteArray& input = {})
+    test::AdminRun run(const QStringList& arguments, const QByteArray& input = {})
     {
         return test::runAdminTool(arguments + QStringList{"--server-user", test::PostgresServer::Superuser},
                                   input);
@@ -52,9 +51,8 @@ private Q_SLOTS:
     {
         QProcess racers[2];
         for (QProcess& racer : racers)
-            racer.start(QStringLiteral(SECADMIN),
-                        QStringList{"create", "--per-user"} + on("raced") +
-                            QStringList{"--server-user", test::PostgresServer::Superuser});
+            racer.start(SECADMIN, QStringList{"create", "--per-user"} + on("raced") +
+                                      QStringList{"--server-user", test::PostgresServer::Superuser});
         for (QProcess& racer : racers) {
             QVERIFY(racer.waitForFinished(60000));
             QVERIFY2(racer.exitCode() == 0, racer.readAllStandardError().constData());
@@ -85,7 +83,7 @@ private Q_SLOTS:
         const QStringList server = on("migrated");
         QCOMPARE(run(QStringList{"create", "--per-user"} + server).exitCode, 0);
         const QStringList embedded{"--database", site.settings().databasePath};
-        const Run migrated = run(QStringList{"migrate"} + embedded + server);
+        const test::AdminRun migrated = run(QStringList{"migrate"} + embedded + server);
         QVERIFY2(migrated.exitCode == 0, qPrintable(migrated.err));
         QVERIFY(migrated.out.contains(QLatin1String("reset-password")));
         // Once is all: the store is no longer empty.
@@ -113,7 +111,7 @@ private Q_SLOTS:
     void createTwiceThenTheSameCommandsAsOnTheEmbeddedDatabase()
     {
         for (int i = 0; i < 2; ++i) {
-            const Run created =
+            const test::AdminRun created =
                 run({"create", "--backend", "postgresql", "--server", m_server.socketFolder()});
             QVERIFY2(created.exitCode == 0, qPrintable(created.err));
             QVERIFY(created.out.contains(QLatin1String("schema version")));
@@ -156,13 +154,13 @@ private Q_SLOTS:
     // administrator, having looked, seals the head afresh at what is left.
     void resealHeadAfterEntriesWereRemoved()
     {
-        const QString database = "resealed";
         const test::AdminToolCases cases(
-            [&](const QStringList& a, const QByteArray& input) { return run(a + on(database), input); });
+            [&](const QStringList& a, const QByteArray& input) { return run(a + on("resealed"), input); });
         QCOMPARE(cases.run({"create", "--per-user"}).exitCode, 0);
         for (const char* role : {"A", "B", "C"})
             QCOMPARE(cases.run({"add-role", role}).exitCode, 0);
-        const std::unique_ptr<ServerConnection> owner = connectTo(database, test::PostgresServer::Superuser);
+        const std::unique_ptr<ServerConnection> owner =
+            connectTo("resealed", test::PostgresServer::Superuser);
         test::script(*owner, QStringLiteral("SET ROLE nebra_owner; "
                                             "ALTER TABLE nebra.audit_trail DISABLE TRIGGER USER; "
                                             "DELETE FROM nebra.audit_trail WHERE seq > 1; "
@@ -171,7 +169,7 @@ private Q_SLOTS:
                               "The chain head seals entry 3, but the trail ends at entry 1"));
         QVERIFY(refusedSaying(cases.run({"add-role", "D"}), "does not end at its chain head"));
 
-        const Run resealed = cases.run({"reseal-head"});
+        const test::AdminRun resealed = cases.run({"reseal-head"});
         QCOMPARE(resealed.exitCode, 0);
         QVERIFY(resealed.out.startsWith(QLatin1String("Before: The chain head seals entry 3")));
         QCOMPARE(cases.run({"verify"}).exitCode, 0);

@@ -35,7 +35,6 @@ class ServerAttacksTest : public QObject
 
 private:
     test::ServerSite m_site;
-    const test::PostgresServer& m_server = m_site.server;
 
     // What a second session of the client role sees of the others' statements while calls run.
     QString watchedWhile(const std::function<void()>& calls)
@@ -43,7 +42,7 @@ private:
         std::atomic<bool> watching{true};
         QSet<QString> seen;
         std::thread watcher([&] {
-            const std::unique_ptr<ServerConnection> observer = openConnection(m_server.client());
+            const std::unique_ptr<ServerConnection> observer = openConnection(m_site.server.client());
             while (watching)
                 for (const QString& text :
                      test::column(*observer, "SELECT coalesce(query, '') FROM pg_stat_activity "
@@ -78,7 +77,7 @@ private Q_SLOTS:
         m_site.admin([](ServerAdministration& a, QString* e) { return a.setPolicy(5, 10, e); });
         SecuritySettings settings;
         settings.backend = SecuritySettings::Backend::Server;
-        settings.server = m_server.client();
+        settings.server = m_site.server.client();
         QString error;
         const std::unique_ptr<ServerSecurityBackend> manager = ServerSecurityBackend::open(settings, &error);
         QVERIFY2(manager, qPrintable(error));
@@ -108,7 +107,7 @@ private Q_SLOTS:
             return a.setPolicy(5, 4, e) && a.setPassword("jsmith", SecretBytes("correct horse"), false, e);
         });
 
-        const QString log = m_server.logText();
+        const QString log = m_site.server.logText();
         QVERIFY2(log.contains(QLatin1String("injected failure")), qPrintable(log)); // the errors were logged
         for (const char* secret : {"correct horse", "new password 1", "new password 2"})
             QVERIFY2(!seen.contains(QLatin1String(secret)) && !log.contains(QLatin1String(secret)), secret);
@@ -130,11 +129,11 @@ private Q_SLOTS:
     // the open transaction is ended by the server, and the lab carries on.
     void anOpenTransactionDoesNotBlockTheLab()
     {
-        const std::unique_ptr<ServerConnection> attacker = openConnection(m_server.client());
+        const std::unique_ptr<ServerConnection> attacker = openConnection(m_site.server.client());
         const QString attackerPid = test::column(*attacker, "SELECT pg_backend_pid()").value(0);
         test::script(*attacker, "BEGIN; SELECT status FROM nebra.log_in('nobody', 'guess', 'attacker')");
 
-        ServerSettings patient = m_server.client();
+        ServerSettings patient = m_site.server.client();
         patient.lockTimeoutSeconds = 0;
         patient.statementTimeoutSeconds = 0;
         std::atomic<bool> done{false};
@@ -150,13 +149,12 @@ private Q_SLOTS:
         victim.join();
         QVERIFY2(answered, "a log-in waited without bound behind another connection's open transaction");
         QCOMPARE(answer.status, LogInStatus::Error);
-        QVERIFY2(answer.error.startsWith(QLatin1String("The security server is busy")),
-                 qPrintable(answer.error));
+        QVERIFY2(answer.error.startsWith("The security server is busy"), qPrintable(answer.error));
 
         QTRY_COMPARE_WITH_TIMEOUT(
             test::column(*m_site.owner, "SELECT count(*) FROM pg_stat_activity WHERE pid = " + attackerPid),
             QStringList{"0"}, 30000); // ended by the server, idle in a transaction
-        const std::unique_ptr<ServerConnection> workstation = openConnection(m_server.client());
+        const std::unique_ptr<ServerConnection> workstation = openConnection(m_site.server.client());
         QCOMPARE(ServerSession(*workstation, "pc 2").logIn("pjones", SecretBytes("battery staple")).status,
                  LogInStatus::Success);
     }
@@ -167,7 +165,7 @@ private Q_SLOTS:
     // time-out once, and the token stays dead.
     void idleTokensEndOnTheServer()
     {
-        const std::unique_ptr<ServerConnection> client = openConnection(m_server.client());
+        const std::unique_ptr<ServerConnection> client = openConnection(m_site.server.client());
         ServerSession session(*client, "pc");
         const ServerLogIn in = session.logIn("jsmith", SecretBytes("correct horse"));
         QCOMPARE(in.status, LogInStatus::Success);
@@ -178,9 +176,8 @@ private Q_SLOTS:
                          "WHERE ended_utc IS NULL");
 
         QCOMPARE(session.isAllowed(in.token, "Reader", "Run", &error), std::optional<bool>(false));
-        const auto timedOut = std::make_pair(
-            QStringLiteral("jsmith"),
-            QStringLiteral("Session timed out on the server after 15 minutes without activity"));
+        const std::pair<QString, QString> timedOut{
+            "jsmith", "Session timed out on the server after 15 minutes without activity"};
         QCOMPARE(m_site.newestEntry(), timedOut);
         QCOMPARE(session.record(in.token, "Reader", "Forged", &error), 0);
         qint64 count = 0;
@@ -194,7 +191,7 @@ private Q_SLOTS:
     void changePasswordKeepsThePolicy()
     {
         m_site.admin([](ServerAdministration& a, QString* e) { return a.setSessionPolicy(15, 6, e); });
-        const std::unique_ptr<ServerConnection> client = openConnection(m_server.client());
+        const std::unique_ptr<ServerConnection> client = openConnection(m_site.server.client());
         ServerSession session(*client, "pc");
         const ServerLogIn in = session.logIn("pjones", SecretBytes("battery staple"));
         QCOMPARE(in.passwordMinimumLength, 6);
@@ -226,18 +223,18 @@ private Q_SLOTS:
         const test::ProcessRun tool =
             test::runProgram(QStringLiteral(SECADMIN),
                              {"grant", "jsmith", "Reader", "Print", "--backend", "postgresql", "--server",
-                              m_server.socketFolder(), "--server-user", "bob"},
+                              m_site.server.socketFolder(), "--server-user", "bob"},
                              {}, {"env", "SUDO_USER=alice", "USER=alice"});
         QVERIFY2(tool.exitCode == 0, qPrintable(tool.err));
-        QCOMPARE(
-            m_site.newestEntry(),
-            std::make_pair(QStringLiteral("bob"), QStringLiteral("Right granted to jsmith: Reader/Print")));
+        QCOMPARE(m_site.newestEntry(),
+                 std::make_pair(QString("bob"), QString("Right granted to jsmith: Reader/Print")));
 
         QString error;
-        QVERIFY2(ServerSchema::createSite(m_server.superuser(), &error), qPrintable(error)); // moves carol
+        // Making the site again moves carol.
+        QVERIFY2(ServerSchema::createSite(m_site.server.superuser(), &error), qPrintable(error));
         for (const char* role : {"bob", "carol"}) {
             const std::unique_ptr<ServerConnection> administrator =
-                openConnection(m_server.settingsFor(QLatin1String(role)));
+                openConnection(m_site.server.settingsFor(QLatin1String(role)));
             for (const char* statement : {"SELECT mac_key FROM nebra.site_key", "SET ROLE nebra_owner",
                                           "UPDATE nebra.audit_trail SET text = 'nothing' WHERE seq = 1",
                                           "SELECT nebra.append_audit('bob', 'pc', 'General', 'forged')"}) {
@@ -254,7 +251,7 @@ private Q_SLOTS:
     void documentRecordsOnlyThroughTheServer()
     {
         // The table and the owner's reading of it are tried with every other in ServerSchemaTest.
-        const std::unique_ptr<ServerConnection> client = openConnection(m_server.client());
+        const std::unique_ptr<ServerConnection> client = openConnection(m_site.server.client());
         QString error;
         ServerSession session(*client, QStringLiteral("pc"));
         const ServerLogIn in = session.logIn(QStringLiteral("jsmith"), SecretBytes("correct horse"));
@@ -278,7 +275,7 @@ private Q_SLOTS:
             return a.addUser("asigner", "Ann Signer", SecretBytes("signing pass"), e) &&
                    a.grant("asigner", {"Documents", "Sign"}, e);
         });
-        const std::unique_ptr<ServerConnection> client = openConnection(m_server.client());
+        const std::unique_ptr<ServerConnection> client = openConnection(m_site.server.client());
         ServerSession session(*client, QStringLiteral("pc"));
         const ServerLogIn in = session.logIn(QStringLiteral("asigner"), SecretBytes("signing pass"));
         QCOMPARE(in.status, LogInStatus::Success);

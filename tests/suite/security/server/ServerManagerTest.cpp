@@ -37,8 +37,7 @@ private Q_SLOTS:
         ManagerSite site({"General/RunProtocol"});
         MessageRecorder messages;
         const std::unique_ptr<NebraSecurityManager> manager = loggedInManager();
-        QVERIFY(manager);
-        QVERIFY(manager->IsOperationAllowed("General", "RunProtocol"));
+        QVERIFY(manager && manager->IsOperationAllowed("General", "RunProtocol"));
 
         site.stopServer();
         QVERIFY(!manager->IsOperationAllowed("General", "RunProtocol"));
@@ -77,8 +76,8 @@ private Q_SLOTS:
         QVERIFY(manager->LogIn(nullptr));
         QSignalSpy loggedOut(manager.get(), &NebraSecurityManager::UserLoggedOut);
         site.ageSessions(SecuritySettings::DefaultTimeOutMinutes + 1);
-        now += (ServerSecurityBackend::KeepAliveSeconds + 1) *
-               1000; // the workstation's own timer is far from its end
+        // The workstation's own timer is far from its end.
+        now += (ServerSecurityBackend::KeepAliveSeconds + 1) * 1000;
         manager->ResetTimeOut();
         QTRY_COMPARE(loggedOut.count(), 1);
         QCOMPARE(loggedOut.first().at(1).toInt(), int(NebraSecurityManager::TimedOut));

@@ -19,8 +19,7 @@ void ScriptedWizard::Run(QWidget* owner, bool modal, QObject*& context, QObject*
     const QJsonObject script = QJsonDocument::fromJson(qgetenv("NEBRA_TEST_WIZARD_SCRIPT")).object();
     remember(sharedState, QStringLiteral("LastRun"), context->property("WizardName"));
     remember(sharedState, QStringLiteral("Owner"), owner ? owner->objectName() : QString());
-    remember(sharedState, QStringLiteral("Secured"),
-             context->property("SecurityManager").value<QObject*>() != nullptr);
+    remember(sharedState, "Secured", context->property("SecurityManager").value<QObject*>() != nullptr);
     remember(sharedState, QStringLiteral("Modal"), modal);
     remember(sharedState, QStringLiteral("run/Scratch"), 1);
     if (script.contains(QLatin1String("hld"))) {
