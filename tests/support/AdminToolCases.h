@@ -9,6 +9,7 @@
 #include "SecondProcess.h"
 #include "SettingsStore.h"
 #include "SuitePaths.h"
+#include "TestFiles.h"
 
 #include <QDir>
 #include <QFile>
@@ -50,18 +51,17 @@ public:
     // Users, roles and rights given and taken away: each change said, listed and recorded.
     void administersUsersAndRights() const
     {
+        // clang-format off
         const QList<QPair<QStringList, QString>> changes = {
             {{"add-role", "Analysts"}, "Role added."},
-            {{"grant-role", "Analysts", "AuthorisationsGeneral", "RunProtocol"},
-             "Right granted to the role."},
+            {{"grant-role", "Analysts", "AuthorisationsGeneral", "RunProtocol"}, "Right granted to the role."},
             {{"assign-role", "jsmith", "Analysts"}, "Role given."},
             {{"grant", "jsmith", "Instrumentation", "SelectDriver"}, "Right granted."},
-            {{"revoke-role", "Analysts", "AuthorisationsGeneral", "RunProtocol"},
-             "Right revoked from the role."},
+            {{"revoke-role", "Analysts", "AuthorisationsGeneral", "RunProtocol"}, "Right revoked from the role."},
             {{"unassign-role", "jsmith", "Analysts"}, "Role taken away."},
             {{"assign-role", "jsmith", "Analysts"}, "Role given."},
-            {{"disable-user", "jsmith"}, "User disabled."},
-        };
+            {{"disable-user", "jsmith"}, "User disabled."}};
+        // clang-format on
         QCOMPARE(run({"add-user", "jsmith", "--full-name", "Jane Smith"}, "correct horse\n").out,
                  "User added.\n");
         for (const auto& [arguments, said] : changes) {
@@ -136,10 +136,8 @@ public:
         SuitePaths paths(settings);
         QVERIFY(paths.SetParentDirectory(parent));
         const QString results = paths.ResultsFolder();
-        QVERIFY(QDir().mkpath(results + QStringLiteral("/done")));
         const auto write = [&](const QString& name, const QByteArray& content) {
-            QFile file(results + QLatin1Char('/') + name);
-            QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
+            writeFile(results + QLatin1Char('/') + name, content);
         };
         const auto recordAs = [&](const QString& name, DocumentEvent event) {
             const std::optional<DocumentFingerprint> f =
@@ -183,11 +181,7 @@ public:
         const QString& folder, const std::function<DocumentSignature(const DocumentSignature&)>& sign) const
     {
         const QString report = folder + QStringLiteral("/plate 7.pdf");
-        const auto write = [](const QString& path, const QByteArray& content) {
-            QFile file(path);
-            QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
-        };
-        write(report, "v1");
+        writeFile(report, "v1");
         QStringList lines;
         for (const char* meaning : {"Reviewed", "Approved"}) {
             const std::optional<DocumentFingerprint> f = DocumentFolders::fingerprint(report);
@@ -206,7 +200,7 @@ public:
         QCOMPARE(copy.out, QStringLiteral("No signature of \"%1/copy.pdf\" is recorded.\n").arg(folder));
         QCOMPARE(copy.exitCode, 1);
 
-        write(report, "v2");
+        writeFile(report, "v2");
         const AdminRun changed = run({"signatures", report});
         QCOMPARE(changed.out, lines.join(QLatin1String(": void: document changed\n")) +
                                   QStringLiteral(": void: document changed\n"));

@@ -16,6 +16,7 @@
 #include <memory>
 #include <optional>
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace nebra::test {
@@ -76,22 +77,18 @@ public:
         return log.open(QIODevice::ReadOnly) ? QString::fromUtf8(log.readAll()) : QString();
     }
 
-    ServerSettings settingsFor(const QString& user) const
+    // The settings of user on the database (the security store's unless another is named).
+    ServerSettings settingsFor(const QString& user,
+                               const QString& database = ServerSettings::DefaultDatabase) const
     {
         ServerSettings settings;
         settings.host = socketFolder();
         settings.port = m_tls ? m_tls->port : ServerSettings::DefaultPort;
+        settings.database = database;
         settings.user = user;
         return settings;
     }
     ServerSettings superuser() const { return settingsFor(Superuser); }
-    // The settings of role on another database of this server.
-    ServerSettings settingsFor(const QString& user, const QString& database) const
-    {
-        ServerSettings settings = settingsFor(user);
-        settings.database = database;
-        return settings;
-    }
 
     // A connection with the settings; the test program ends without one, as
     // every later step would fail on it.
@@ -187,10 +184,7 @@ private:
     bool prepareFolders()
     {
         QDir(m_dir.path()).mkdir("socket");
-        QFile::setPermissions(m_dir.path(), QFileDevice::ReadOwner | QFileDevice::WriteOwner |
-                                                QFileDevice::ExeOwner | QFileDevice::ReadOther |
-                                                QFileDevice::ExeOther | QFileDevice::ReadGroup |
-                                                QFileDevice::ExeGroup);
+        ::chmod(qPrintable(m_dir.path()), 0755);
         // The data folder is made by initdb itself, as the server's id.
         for (const QString& folder : {socketFolder(), m_dir.path()}) {
             if (::geteuid() == 0 && ::chown(qPrintable(folder), ServerUid, ServerGid) != 0) {
