@@ -76,12 +76,6 @@ public:
         create();
         addUser("jsmith", "correct horse", "Jane Smith", rights);
         SettingsStore store;
-        writeSettings(store);
-    }
-
-    // Writes the "[Security]" group that names this database.
-    void writeSettings(SettingsStore& store) const
-    {
         store.setValue("Security/DatabasePath", m_settings.databasePath);
         store.setValue("Security/SiteKeyFile", m_settings.siteKeyFile);
         store.setValue("Security/ChainHeadFile", m_settings.chainHeadFile);
