@@ -113,37 +113,29 @@ private Q_SLOTS:
     }
 
     // A deferred engine keeps the newest navigation until it starts; a wait starts it.
-    void aDeferredEngineLoadsTheNewestNavigationWhenStarted_data()
-    {
-        QTest::addColumn<bool>("startedByWaiting");
-        // clang-format off
-        QTest::newRow("started") << false;
-        QTest::newRow("a wait starts it") << true;
-        // clang-format on
-    }
-
     void aDeferredEngineLoadsTheNewestNavigationWhenStarted()
     {
-        QFETCH(bool, startedByWaiting);
-        BrowserControl browser(nullptr, BrowserControl::EngineStart::Deferred);
-        browser.resize(400, 300);
-        browser.show();
         const QUrl first = page(QStringLiteral("first.htm"), QStringLiteral("second.htm"));
         const QUrl second = page(QStringLiteral("second.htm"), QStringLiteral("first.htm"));
-        browser.Refresh(); // nothing to refresh yet
-        browser.Navigate(first);
-        browser.Navigate(second);
-        QVERIFY(!browser.engineStarted());
-        QCOMPARE(browser.ReadyState(), int(BrowserControl::Loading));
-        QCOMPARE(browser.LocationURL(), QUrl());
-        QSignalSpy navigated(&browser, &BrowserControl::NavigateComplete2);
-        if (!startedByWaiting)
-            browser.StartEngine();
-        QVERIFY(browser.WaitUntilComplete());
-        QVERIFY(browser.engineStarted());
-        QCOMPARE(browser.LocationURL(), second);
-        QCOMPARE(navigated.count(), 1);
-        QCOMPARE(navigated.first().first().toUrl(), second);
+        for (const bool startedByWaiting : {false, true}) {
+            BrowserControl browser(nullptr, BrowserControl::EngineStart::Deferred);
+            browser.resize(400, 300);
+            browser.show();
+            browser.Refresh(); // nothing to refresh yet
+            browser.Navigate(first);
+            browser.Navigate(second);
+            QVERIFY(!browser.engineStarted());
+            QCOMPARE(browser.ReadyState(), int(BrowserControl::Loading));
+            QCOMPARE(browser.LocationURL(), QUrl());
+            QSignalSpy navigated(&browser, &BrowserControl::NavigateComplete2);
+            if (!startedByWaiting)
+                browser.StartEngine();
+            QVERIFY(browser.WaitUntilComplete());
+            QVERIFY(browser.engineStarted());
+            QCOMPARE(navigated.count(), 1);
+            QCOMPARE(navigated.first().first().toUrl(), second);
+            QCOMPARE(browser.LocationURL(), second);
+        }
     }
 };
 

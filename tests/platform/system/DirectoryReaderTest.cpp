@@ -14,15 +14,6 @@ using namespace nebra;
 using nebra::test::makeFolder;
 using nebra::test::writeFile;
 
-namespace {
-
-QByteArray encoded(const QString& path)
-{
-    return QFile::encodeName(path);
-}
-
-} // namespace
-
 class DirectoryReaderTest : public QObject
 {
     Q_OBJECT
@@ -50,7 +41,7 @@ private Q_SLOTS:
         writeFile(dir.filePath("file.apr"));
         makeFolder(dir.filePath("locked/inside"));
         QFile::setPermissions(dir.filePath("locked"), QFileDevice::WriteOwner);
-        const QByteArray path = relative.isEmpty() ? QByteArray() : encoded(dir.filePath(relative));
+        const QByteArray path = relative.isEmpty() ? QByteArray() : QFile::encodeName(dir.filePath(relative));
         const DirectoryReader::SubfolderListing folders = DirectoryReader::subfolders(path);
         QCOMPARE(folders.error, error);
         QVERIFY(folders.folders.empty());
@@ -73,10 +64,10 @@ private Q_SLOTS:
 
         QMap<QString, DirectoryReader::FileRecord> byName;
         for (const DirectoryReader::FileRecord& record :
-             DirectoryReader::files(encoded(dir.path()), WildcardFilter(QStringLiteral("*.apr"))).records)
+             DirectoryReader::files(QFile::encodeName(dir.path()), WildcardFilter(QStringLiteral("*.apr")))
+                 .records)
             byName.insert(record.name, record);
-        QCOMPARE(byName.keys(), (QStringList{QStringLiteral("a.apr"), QStringLiteral("broken.apr"),
-                                             QStringLiteral("link.apr"), QStringLiteral("sub.folder")}));
+        QCOMPARE(byName.keys(), (QStringList{"a.apr", "broken.apr", "link.apr", "sub.folder"}));
         QCOMPARE(byName["a.apr"].mtimeSeconds, 1700000000);
         QCOMPARE(byName["a.apr"].mtimeNanoseconds, 123456789);
         QCOMPARE(byName["a.apr"].size, 5);
@@ -84,7 +75,8 @@ private Q_SLOTS:
         QVERIFY(byName["sub.folder"].isFolder);
         QVERIFY(!byName["broken.apr"].isFolder);
 
-        const auto all = DirectoryReader::files(encoded(dir.path()), WildcardFilter(QStringLiteral("*.*")));
+        const auto all =
+            DirectoryReader::files(QFile::encodeName(dir.path()), WildcardFilter(QStringLiteral("*.*")));
         QCOMPARE(all.records.size(), size_t(6)); // "no extension" too
     }
 
@@ -103,10 +95,11 @@ private Q_SLOTS:
         for (const char* filter : {"*.mlo", "*.*"}) {
             QStringList names;
             for (const auto& record :
-                 DirectoryReader::files(encoded(dir.path()), WildcardFilter(QLatin1String(filter))).records)
+                 DirectoryReader::files(QFile::encodeName(dir.path()), WildcardFilter(QLatin1String(filter)))
+                     .records)
                 names << record.name;
             names.sort();
-            QCOMPARE(names, (QStringList{QStringLiteral("a.mlo"), QStringLiteral("broken.mlo")}));
+            QCOMPARE(names, (QStringList{"a.mlo", "broken.mlo"}));
         }
     }
 };
