@@ -54,32 +54,23 @@ class FolderPollerTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void eachRootIsPolledOrLeftToTheKernel_data()
-    {
-        QTest::addColumn<int>("mode");
-        QTest::addColumn<bool>("localPolled");
-        QTest::addColumn<bool>("sharePolled");
-        QTest::newRow("auto: the share only") << int(FolderWatchMode::Auto) << false << true;
-        QTest::newRow("notify: neither") << int(FolderWatchMode::Notify) << false << false;
-        QTest::newRow("poll: both") << int(FolderWatchMode::Poll) << true << true;
-    }
-
     void eachRootIsPolledOrLeftToTheKernel()
     {
-        QFETCH(int, mode);
-        QFETCH(bool, localPolled);
-        QFETCH(bool, sharePolled);
         Poll o;
         if (!o.made())
             return;
-        QSignalSpy chosen(&o.poller, &FolderPoller::rootChosen);
-        o.poller.watch({o.s.backing, o.s.mount}, FolderWatchMode(mode));
-        QTRY_COMPARE_WITH_TIMEOUT(chosen.count(), 2, Bound);
-        QHash<QString, bool> polled;
-        for (const QList<QVariant>& arguments : chosen)
-            polled.insert(arguments[0].toString(), arguments[1].toBool());
-        QCOMPARE(polled.value(o.s.backing), localPolled);
-        QCOMPARE(polled.value(o.s.mount), sharePolled);
+        // Auto: the share only; notify: neither; poll: both.
+        for (const auto& [mode, localPolled, sharePolled] : {std::tuple{FolderWatchMode::Auto, false, true},
+                                                             {FolderWatchMode::Notify, false, false},
+                                                             {FolderWatchMode::Poll, true, true}}) {
+            QSignalSpy chosen(&o.poller, &FolderPoller::rootChosen);
+            o.poller.watch({o.s.backing, o.s.mount}, mode);
+            QTRY_COMPARE_WITH_TIMEOUT(chosen.count(), 2, Bound);
+            QHash<QString, bool> polled;
+            for (const QList<QVariant>& arguments : chosen)
+                polled.insert(arguments[0].toString(), arguments[1].toBool());
+            QCOMPARE(polled, (QHash<QString, bool>{{o.s.backing, localPolled}, {o.s.mount, sharePolled}}));
+        }
     }
 
     void followsWhatAnotherWorkstationWrites()
