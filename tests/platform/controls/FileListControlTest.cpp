@@ -51,6 +51,12 @@ struct Listing
         QVERIFY(waitForListing(list));
     }
 
+    QModelIndex rowNamed(const QString& name) const
+    {
+        const QAbstractItemModel* model = list.view()->model();
+        return model->match(model->index(0, 0), Qt::DisplayRole, name, 1, Qt::MatchExactly).value(0);
+    }
+
     FileListItem named(const QString& name) const
     {
         for (int i = 1; i <= list.itemCount(); ++i)
@@ -107,11 +113,8 @@ private Q_SLOTS:
                        comment.constData(), size_t(comment.size()), 0) != 0)
             QSKIP("this file system keeps no user extended attributes");
         listing.list.addColumn(QStringLiteral("Comment"));
-        QAbstractItemModel* model = listing.list.view()->model();
-        const QModelIndex name =
-            model->match(model->index(0, 0), Qt::DisplayRole, QStringLiteral("new.apr"), 1, Qt::MatchExactly)
-                .value(0);
-        QTRY_COMPARE(name.siblingAtColumn(model->columnCount() - 1).data().toString(),
+        const QModelIndex name = listing.rowNamed(QStringLiteral("new.apr"));
+        QTRY_COMPARE(name.siblingAtColumn(name.model()->columnCount() - 1).data().toString(),
                      QStringLiteral("Plate 3"));
     }
 
@@ -154,11 +157,8 @@ private Q_SLOTS:
         listing.list.show();
         QVERIFY(QTest::qWaitForWindowExposed(&listing.list));
         QTreeView* view = listing.list.view();
-        const QModelIndex old = view->model()
-                                    ->match(view->model()->index(0, 0), Qt::DisplayRole,
-                                            QStringLiteral("old.apr"), 1, Qt::MatchExactly)
-                                    .value(0);
-        QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, view->visualRect(old).center());
+        QTest::mouseClick(view->viewport(), Qt::LeftButton, {},
+                          view->visualRect(listing.rowNamed(QStringLiteral("old.apr"))).center());
         QTest::keyClick(view, Qt::Key_F2);
         auto* editor = listing.list.view()->findChild<QLineEdit*>();
         QVERIFY(editor);
