@@ -18,11 +18,7 @@
 #include <sys/xattr.h>
 
 using namespace nebra;
-using nebra::test::makeFolder;
-using nebra::test::MessageRecorder;
-using nebra::test::UserFolders;
-using nebra::test::waitForListing;
-using nebra::test::writeFile;
+using namespace nebra::test;
 
 namespace {
 

@@ -6,8 +6,7 @@
 #include <QTest>
 
 using namespace nebra;
-using nebra::test::makeFolder;
-using nebra::test::writeFile;
+using namespace nebra::test;
 
 namespace {
 

@@ -11,8 +11,7 @@
 #include <unistd.h>
 
 using namespace nebra;
-using nebra::test::makeFolder;
-using nebra::test::writeFile;
+using namespace nebra::test;
 
 class DirectoryReaderTest : public QObject
 {
