@@ -66,7 +66,7 @@ class FolderChangeSourceTest : public QObject
 
 private:
     QTemporaryDir m_dir;
-    QString m_root;
+    const QString m_root = m_dir.path() + QStringLiteral("/data root");
     std::unique_ptr<FolderChangeSource> m_source;
     QStringList m_changes;       // as test::changeLine writes them, the root as $R
     std::set<QString> m_folders; // what the changes say is on disk: those at the start, each change applied
@@ -121,7 +121,6 @@ private Q_SLOTS:
     void init()
     {
         QVERIFY(m_dir.isValid());
-        m_root = m_dir.path() + QStringLiteral("/data root");
         test::makeFolder(m_root + QStringLiteral("/a/b"));
         test::makeFolder(m_dir.path() + QStringLiteral("/outside"));
         test::writeFile(m_root + QStringLiteral("/a/old.txt"), "x");
