@@ -32,15 +32,12 @@ struct LoadedOrganiser
     std::optional<SecurityFixture> security; // made by secure()
     int processEnds = 0;                     // the window's calls to end the process
     qint64 now = 0;                          // the security manager's clock, in milliseconds
-    std::unique_ptr<MainWindow> window;
+    std::unique_ptr<MainWindow> window;      // last, so that it goes first
 
     LoadedOrganiser()
     {
         set(QStringLiteral("Paths/ParentDirectory"), folders.root() + QStringLiteral("/Lab Data"));
     }
-    ~LoadedOrganiser() { window.reset(); }
-    LoadedOrganiser(const LoadedOrganiser&) = delete;
-    LoadedOrganiser& operator=(const LoadedOrganiser&) = delete;
 
     // A path below the data folders' "My Assays".
     QString doc(const QString& relative) const
