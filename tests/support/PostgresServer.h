@@ -55,14 +55,9 @@ public:
     explicit PostgresServer(Durability durability = Durability::Fast, std::optional<Tls> tls = {})
         : m_durability(durability), m_tls(std::move(tls))
     {
-        m_bin = binFolder();
-        if (m_bin.isEmpty()) {
-            m_problem = "PostgreSQL's server programs are not installed (scripts/install-deps.sh)";
-            return;
-        }
-        if (!prepareFolders() || !initialise())
-            return;
-        start();
+        m_problem = prepare();
+        if (m_problem.isEmpty())
+            start();
     }
 
     ~PostgresServer() { stop(); }
@@ -181,32 +176,27 @@ private:
         return arguments;
     }
 
-    bool prepareFolders()
+    // Hands the folders to the server's id and makes the cluster: empty when
+    // all went well, else why not.
+    QString prepare()
     {
+        m_bin = binFolder();
+        if (m_bin.isEmpty())
+            return "PostgreSQL's server programs are not installed (scripts/install-deps.sh)";
         QDir(m_dir.path()).mkdir("socket");
         ::chmod(qPrintable(m_dir.path()), 0755);
         // The data folder is made by initdb itself, as the server's id.
-        for (const QString& folder : {socketFolder(), m_dir.path()}) {
-            if (::geteuid() == 0 && ::chown(qPrintable(folder), ServerUid, ServerGid) != 0) {
-                m_problem = "Cannot hand the test server's folder to the server's id";
-                return false;
-            }
-        }
-        return true;
-    }
-
-    bool initialise()
-    {
+        for (const QString& folder : {socketFolder(), m_dir.path()})
+            if (::geteuid() == 0 && ::chown(qPrintable(folder), ServerUid, ServerGid) != 0)
+                return "Cannot hand the test server's folder to the server's id";
         QProcess initdb;
         initdb.setProcessChannelMode(QProcess::MergedChannels);
         initdb.start("setpriv", asServer({}) + QStringList{m_bin + "/initdb", "-D", dataFolder(), "-U",
                                                            Superuser, "--auth=trust", "--encoding=UTF8",
                                                            "--locale=C.UTF-8", "--no-sync"});
-        if (!initdb.waitForFinished(120000) || initdb.exitCode() != 0) {
-            m_problem = "initdb failed: " + QString::fromLocal8Bit(initdb.readAll());
-            return false;
-        }
-        return true;
+        if (!initdb.waitForFinished(120000) || initdb.exitCode() != 0)
+            return "initdb failed: " + QString::fromLocal8Bit(initdb.readAll());
+        return {};
     }
 
     Durability m_durability;
