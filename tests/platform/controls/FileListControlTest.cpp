@@ -147,7 +147,7 @@ private Q_SLOTS:
     }
 
     // F2 selects the name without its extension, so typing a name keeps it.
-    void f2ThenTypingRenamesKeepingTheExtension()
+    void f2ThenTypingRenamesKeepingTheExtensionAndTheFilterBoxNarrows()
     {
         Listing listing;
         listing.list.show();
@@ -166,6 +166,36 @@ private Q_SLOTS:
         QVERIFY(!QFile::exists(listing.dir.filePath("old.apr")));
         QCOMPARE(renamed.count(), 1);
         QCOMPARE(renamed.first().at(1).toString(), listing.dir.filePath("old.apr"));
+
+        // Typing in the filter box narrows the items; a hidden selected item
+        // leaves the selection; Escape brings everything back; a folder made
+        // meanwhile that the filter hides is still announced; a new folder
+        // starts unfiltered.
+        listing.list.setFilterBoxShown(true);
+        listing.named(QStringLiteral("Älter two.apr")).setSelected(true);
+        QSignalSpy selection(&listing.list, &FileListControl::selectionChanged);
+        QSignalSpy added(&listing.list, &FileListControl::itemAdded);
+        FileListFilterBox* box = listing.list.filterBox();
+        box->setFocus();
+        QTest::keyClicks(box, QStringLiteral("NEW"));
+        QCOMPARE(listing.list.itemCount(), 1);
+        QCOMPARE(listing.list.item(1).name(), QStringLiteral("new.apr"));
+        QCOMPARE(listing.list.selectedCount(), 0);
+        QCOMPARE(selection.size(), 1);
+        makeFolder(listing.dir.filePath("Archive"));
+        listing.list.refresh();
+        QVERIFY(waitForListing(listing.list));
+        QCOMPARE(added.size(), 1);
+        QCOMPARE(added[0][0].value<FileListItem>().path(), listing.dir.filePath("Archive"));
+        QCOMPARE(listing.list.itemCount(), 1);
+        QTest::keyClick(box, Qt::Key_Escape);
+        QCOMPARE(box->text(), QString());
+        QCOMPARE(listing.list.itemCount(), 4);
+        listing.list.setNameFilter(QStringLiteral("*.apr"));
+        QCOMPARE(listing.list.itemCount(), 2);
+        listing.list.setFolder(listing.dir.filePath("Sub"));
+        QCOMPARE(listing.list.nameFilter(), QString());
+        QCOMPARE(box->text(), QString());
     }
 
     void deleteAsksThenMovesToTheTrash()
@@ -288,41 +318,6 @@ private Q_SLOTS:
                 files << list.item(i).name();
         QCOMPARE(files, QStringList{"renamed.ars"});
         QCOMPARE(messages.count(), 1); // the question only
-    }
-
-    // Typing narrows the items; a hidden selected item leaves the selection;
-    // Escape brings everything back; a folder made meanwhile that the filter
-    // hides is still announced; a new folder starts unfiltered.
-    void theFilterBoxNarrowsAndEscapeClears()
-    {
-        Listing listing;
-        listing.list.setFilterBoxShown(true);
-        listing.list.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&listing.list));
-        listing.named(QStringLiteral("old.apr")).setSelected(true);
-        QSignalSpy selection(&listing.list, &FileListControl::selectionChanged);
-        QSignalSpy added(&listing.list, &FileListControl::itemAdded);
-        FileListFilterBox* box = listing.list.filterBox();
-        box->setFocus();
-        QTest::keyClicks(box, QStringLiteral("NEW"));
-        QCOMPARE(listing.list.itemCount(), 1);
-        QCOMPARE(listing.list.item(1).name(), QStringLiteral("new.apr"));
-        QCOMPARE(listing.list.selectedCount(), 0);
-        QCOMPARE(selection.size(), 1);
-        makeFolder(listing.dir.filePath("Archive"));
-        listing.list.refresh();
-        QVERIFY(waitForListing(listing.list));
-        QCOMPARE(added.size(), 1);
-        QCOMPARE(added[0][0].value<FileListItem>().path(), listing.dir.filePath("Archive"));
-        QCOMPARE(listing.list.itemCount(), 1);
-        QTest::keyClick(box, Qt::Key_Escape);
-        QCOMPARE(box->text(), QString());
-        QCOMPARE(listing.list.itemCount(), 4);
-        listing.list.setNameFilter(QStringLiteral("*.apr"));
-        QCOMPARE(listing.list.itemCount(), 2);
-        listing.list.setFolder(listing.dir.filePath("Sub"));
-        QCOMPARE(listing.list.nameFilter(), QString());
-        QCOMPARE(box->text(), QString());
     }
 };
 
