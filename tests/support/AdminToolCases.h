@@ -112,9 +112,7 @@ public:
     void auditExportsCsv(const QString& path, const QString& newestText) const
     {
         QCOMPARE(run({"audit", "--csv", path}).exitCode, 0);
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        const QList<QByteArray> lines = file.readAll().split('\n');
+        const QList<QByteArray> lines = readFile(path).split('\n');
         QCOMPARE(lines.first(), QByteArray("Sequence,Time (UTC),User,Workstation,Area,Text,MAC,Signature\r"));
         QCOMPARE(lines.size(), newestTexts(100000).size() + 2); // the header and the empty rest
         const QByteArray newest = lines[lines.size() - 2];

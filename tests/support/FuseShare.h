@@ -31,22 +31,32 @@ public:
     // Why no FUSE mount can be made here; empty when one can.
     static QString unavailableReason()
     {
-        for (const char* program : {"bindfs", "fusermount3"}) {
+        for (const char* program : {"bindfs", "fusermount3"})
             if (QStandardPaths::findExecutable(QLatin1String(program)).isEmpty())
                 return QStringLiteral("%1 is not installed (scripts/install-deps.sh installs it)")
                     .arg(program);
-        }
         const int fd = ::open("/dev/fuse", O_RDWR | O_CLOEXEC);
-        if (fd < 0) {
+        if (fd < 0)
             return QStringLiteral("/dev/fuse cannot be opened (%1): this machine or container cannot make "
                                   "FUSE mounts")
                 .arg(QString::fromLocal8Bit(std::strerror(errno)));
-        }
         ::close(fd);
         return {};
     }
 
-    ~FuseShare() { unmount(); }
+    ~FuseShare()
+    {
+        if (m_mountPoint.isEmpty())
+            return;
+        if (m_daemon.state() != QProcess::NotRunning)
+            thaw();
+        QProcess::execute(QStringLiteral("fusermount3"),
+                          {QStringLiteral("-u"), QStringLiteral("-z"), m_mountPoint});
+        if (m_daemon.state() != QProcess::NotRunning && !m_daemon.waitForFinished(10000)) {
+            m_daemon.kill();
+            m_daemon.waitForFinished(10000);
+        }
+    }
 
     // Mounts backing at mountPoint, making both; false when the mount did not come up.
     bool mount(const QString& backing, const QString& mountPoint)
@@ -71,21 +81,6 @@ public:
     {
         ::kill(pid_t(daemonPid()), SIGKILL);
         m_daemon.waitForFinished(10000);
-    }
-
-    void unmount()
-    {
-        if (m_mountPoint.isEmpty())
-            return;
-        if (m_daemon.state() != QProcess::NotRunning)
-            thaw();
-        QProcess::execute(QStringLiteral("fusermount3"),
-                          {QStringLiteral("-u"), QStringLiteral("-z"), m_mountPoint});
-        if (m_daemon.state() != QProcess::NotRunning && !m_daemon.waitForFinished(10000)) {
-            m_daemon.kill();
-            m_daemon.waitForFinished(10000);
-        }
-        m_mountPoint.clear();
     }
 
 private:

@@ -4,6 +4,7 @@
 #include "ServerConnection.h"
 #include "ServerSchema.h"
 #include "ServerSettings.h"
+#include "TestFiles.h"
 
 #include <QDir>
 #include <QFile>
@@ -66,11 +67,7 @@ public:
     QString problem() const { return m_problem; }
     bool isRunning() const { return m_server.state() == QProcess::Running; }
     QString socketFolder() const { return m_dir.path() + "/socket"; }
-    QString logText() const
-    {
-        QFile log(m_dir.path() + "/server.log");
-        return log.open(QIODevice::ReadOnly) ? QString::fromUtf8(log.readAll()) : QString();
-    }
+    QString logText() const { return QString::fromUtf8(readFile(m_dir.path() + "/server.log")); }
 
     // The settings of user on the database (the security store's unless another is named).
     ServerSettings settingsFor(const QString& user,

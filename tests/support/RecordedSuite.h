@@ -2,6 +2,7 @@
 
 #include "SettingsStore.h"
 #include "SuitePaths.h"
+#include "TestFiles.h"
 #include "UserFolders.h"
 
 #include <QByteArrayList>
@@ -50,11 +51,9 @@ public:
     {
         QList<QByteArrayList> result;
         QDir folder(m_dir.filePath(QStringLiteral("records")));
-        for (const QString& name : folder.entryList({QStringLiteral("*.argv")}, QDir::Files)) {
-            QFile file(folder.filePath(name));
-            if (file.open(QIODevice::ReadOnly))
-                result.append(file.readAll().chopped(1).split('\0'));
-        }
+        for (const QString& name : folder.entryList({QStringLiteral("*.argv")}, QDir::Files))
+            result.append(
+                readFile(folder.filePath(name)).chopped(1).split('\0')); // whole: renamed into place
         return result;
     }
 
