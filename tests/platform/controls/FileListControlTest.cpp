@@ -198,37 +198,9 @@ private Q_SLOTS:
         QCOMPARE(box->text(), QString());
     }
 
-    void deleteAsksThenMovesToTheTrash()
-    {
-        Listing listing;
-        MessageRecorder messages;
-        listing.named(QStringLiteral("old.apr")).setSelected(true);
-        messages.answer(MessageButton::No);
-        listing.list.deleteSelectedItems();
-        QVERIFY(QFile::exists(listing.dir.filePath("old.apr")));
-        QCOMPARE(messages.last().buttons, int(MessageButton::Yes | MessageButton::No));
-        QVERIFY(messages.last().text.contains(QStringLiteral("\"old.apr\"")));
-
-        QSignalSpy removed(&listing.list, &FileListControl::itemRemoved);
-        messages.answer(MessageButton::Yes);
-        listing.list.deleteSelectedItems();
-        QTRY_COMPARE(removed.count(), 1);
-        QVERIFY(!QFile::exists(listing.dir.filePath("old.apr")));
-        QVERIFY(QFile::exists(listing.user.root() + QStringLiteral("/data/Trash/files/old.apr")));
-        QCOMPARE(listing.list.itemCount(), 2);
-
-        // A delete the file system refuses says which item and why.
-        listing.named(QStringLiteral("new.apr")).setSelected(true);
-        QVERIFY(QFile::remove(listing.dir.filePath("new.apr")));
-        messages.answer(MessageButton::Yes);
-        listing.list.deleteSelectedItems();
-        QTRY_COMPARE(messages.last().title, QStringLiteral("Error Deleting File"));
-        QVERIFY2(messages.last().text.contains(QStringLiteral("\"new.apr\": ")) &&
-                     !messages.last().text.endsWith(QStringLiteral("\"new.apr\": ")),
-                 qPrintable(messages.last().text));
-    }
-
-    void changesOnDiskAndAVanishedFolder()
+    // Changes on disk are followed, a vanished folder is said, and a delete
+    // asks first, then moves to the trash.
+    void changesOnDiskAVanishedFolderAndADelete()
     {
         Listing listing;
         listing.named(QStringLiteral("new.apr")).setSelected(true);
@@ -267,6 +239,34 @@ private Q_SLOTS:
         QCOMPARE(listing.list.itemCount(), 1);
         QVERIFY(QDir(listing.dir.filePath("Sub")).removeRecursively());
         QTRY_COMPARE_WITH_TIMEOUT(listing.list.itemCount(), 0, 5000);
+
+        // A delete asks first, then moves to the trash.
+        listing.showFolder(listing.dir.path());
+        MessageRecorder messages;
+        listing.named(QStringLiteral("old.apr")).setSelected(true);
+        messages.answer(MessageButton::No);
+        listing.list.deleteSelectedItems();
+        QVERIFY(QFile::exists(listing.dir.filePath("old.apr")));
+        QCOMPARE(messages.last().buttons, int(MessageButton::Yes | MessageButton::No));
+        QVERIFY(messages.last().text.contains(QStringLiteral("\"old.apr\"")));
+
+        removed.clear();
+        messages.answer(MessageButton::Yes);
+        listing.list.deleteSelectedItems();
+        QTRY_COMPARE(removed.count(), 1);
+        QVERIFY(!QFile::exists(listing.dir.filePath("old.apr")));
+        QVERIFY(QFile::exists(listing.user.root() + QStringLiteral("/data/Trash/files/old.apr")));
+        QCOMPARE(listing.list.itemCount(), 2);
+
+        // A delete the file system refuses says which item and why.
+        listing.named(QStringLiteral("new.apr")).setSelected(true);
+        QVERIFY(QFile::remove(listing.dir.filePath("new.apr")));
+        messages.answer(MessageButton::Yes);
+        listing.list.deleteSelectedItems();
+        QTRY_COMPARE(messages.last().title, QStringLiteral("Error Deleting File"));
+        QVERIFY2(messages.last().text.contains(QStringLiteral("\"new.apr\": ")) &&
+                     !messages.last().text.endsWith(QStringLiteral("\"new.apr\": ")),
+                 qPrintable(messages.last().text));
     }
 
     // A share that stops answering: renaming and deleting return at once,
