@@ -134,9 +134,6 @@ public:
         SuitePaths paths(settings);
         QVERIFY(paths.SetParentDirectory(parent));
         const QString results = paths.ResultsFolder();
-        const auto write = [&](const QString& name, const QByteArray& content) {
-            writeFile(results + QLatin1Char('/') + name, content);
-        };
         const auto recordAs = [&](const QString& name, DocumentEvent event) {
             const std::optional<DocumentFingerprint> f =
                 DocumentFolders::fingerprint(results + QLatin1Char('/') + name);
@@ -148,13 +145,13 @@ public:
             {"altered.ars", DocumentEvent::Recorded},       {"outside.ars", DocumentEvent::ChangedOutside},
             {"missing.ars", DocumentEvent::ChangedBySuite}, {"gone.ars", DocumentEvent::Recorded}};
         for (const auto& [name, event] : recorded) {
-            write(name, name.toUtf8());
+            writeFile(results + QLatin1Char('/') + name, name.toUtf8());
             recordAs(name, event);
         }
         recordAs(QStringLiteral("gone.ars"), DocumentEvent::Removed);
-        write(QStringLiteral("altered.ars"), "changed behind the suite's back");
-        write(QStringLiteral("new.ars"), "new");
-        write(QStringLiteral("new.mht"), "a preview, no document");
+        writeFile(results + QStringLiteral("/altered.ars"), "changed behind the suite's back");
+        writeFile(results + QStringLiteral("/new.ars"), "new");
+        writeFile(results + QStringLiteral("/new.mht"), "a preview, no document");
         QVERIFY(QFile::remove(results + QStringLiteral("/missing.ars")));
         QVERIFY(QFile::remove(results + QStringLiteral("/gone.ars")));
 

@@ -105,16 +105,14 @@ public:
             return;
         }
         setSystemValue("Security/" + key, QString::number(value));
-        if (key == QLatin1String("LockoutThreshold"))
-            administer(
-                [value](ServerAdministration& admin, QString* e) { return admin.setPolicy(value, 4, e); });
         // The server enforces these itself (and tells the workstation at log-in).
         if (key == QLatin1String("TimeOutMinutes"))
             m_idleMinutes = value;
         if (key == QLatin1String("PasswordMinimumLength"))
             m_passwordMinimumLength = value;
-        administer([this](ServerAdministration& admin, QString* e) {
-            return admin.setSessionPolicy(m_idleMinutes, m_passwordMinimumLength, e);
+        administer([&](ServerAdministration& admin, QString* e) {
+            return (key != QLatin1String("LockoutThreshold") || admin.setPolicy(value, 4, e)) &&
+                   admin.setSessionPolicy(m_idleMinutes, m_passwordMinimumLength, e);
         });
     }
 

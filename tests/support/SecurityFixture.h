@@ -38,8 +38,7 @@ public:
     void create()
     {
         QString error;
-        const std::unique_ptr<SecurityStore> store = SecurityStore::create(m_settings, "tester", &error);
-        if (!store)
+        if (!SecurityStore::create(m_settings, "tester", &error))
             qFatal("Cannot create the security database: %s", qPrintable(error));
     }
 
