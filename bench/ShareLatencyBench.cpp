@@ -16,7 +16,7 @@
 #include "FileListControl.h"
 #include "FolderPoller.h"
 #include "FolderReaders.h"
-#include "FuseShare.h"
+#include "MountedShare.h"
 
 #include <QApplication>
 #include <QDir>

@@ -27,7 +27,7 @@
 #include "FolderPoller.h"
 #include "FolderReaders.h"
 #include "FolderSnapshot.h"
-#include "FuseShare.h"
+#include "MountedShare.h"
 #include "SnapshotDiff.h"
 #include "WildcardFilter.h"
 

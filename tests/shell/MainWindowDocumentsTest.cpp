@@ -8,7 +8,7 @@
 #include "MainWindow.h"
 #include "PlateLayoutViewer.h"
 #include "PreviewPane.h"
-#include "RecordingPrograms.h"
+#include "RecordedSuite.h"
 #include "ShortcutsBar.h"
 #include "ToolBarsControl.h"
 #include "WebEngineTestMain.h"

@@ -9,6 +9,7 @@
 #include "SecondProcess.h"
 #include "SettingsStore.h"
 #include "SuitePaths.h"
+#include "TestFiles.h"
 
 #include <QDir>
 #include <QFile>
@@ -50,18 +51,17 @@ public:
     // Users, roles and rights given and taken away: each change said, listed and recorded.
     void administersUsersAndRights() const
     {
+        // clang-format off
         const QList<QPair<QStringList, QString>> changes = {
             {{"add-role", "Analysts"}, "Role added."},
-            {{"grant-role", "Analysts", "AuthorisationsGeneral", "RunProtocol"},
-             "Right granted to the role."},
+            {{"grant-role", "Analysts", "AuthorisationsGeneral", "RunProtocol"}, "Right granted to the role."},
             {{"assign-role", "jsmith", "Analysts"}, "Role given."},
             {{"grant", "jsmith", "Instrumentation", "SelectDriver"}, "Right granted."},
-            {{"revoke-role", "Analysts", "AuthorisationsGeneral", "RunProtocol"},
-             "Right revoked from the role."},
+            {{"revoke-role", "Analysts", "AuthorisationsGeneral", "RunProtocol"}, "Right revoked from the role."},
             {{"unassign-role", "jsmith", "Analysts"}, "Role taken away."},
             {{"assign-role", "jsmith", "Analysts"}, "Role given."},
-            {{"disable-user", "jsmith"}, "User disabled."},
-        };
+            {{"disable-user", "jsmith"}, "User disabled."}};
+        // clang-format on
         QCOMPARE(run({"add-user", "jsmith", "--full-name", "Jane Smith"}, "correct horse\n").out,
                  "User added.\n");
         for (const auto& [arguments, said] : changes) {
@@ -112,9 +112,7 @@ public:
     void auditExportsCsv(const QString& path, const QString& newestText) const
     {
         QCOMPARE(run({"audit", "--csv", path}).exitCode, 0);
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        const QList<QByteArray> lines = file.readAll().split('\n');
+        const QList<QByteArray> lines = readFile(path).split('\n');
         QCOMPARE(lines.first(), QByteArray("Sequence,Time (UTC),User,Workstation,Area,Text,MAC,Signature\r"));
         QCOMPARE(lines.size(), newestTexts(100000).size() + 2); // the header and the empty rest
         const QByteArray newest = lines[lines.size() - 2];
@@ -136,11 +134,6 @@ public:
         SuitePaths paths(settings);
         QVERIFY(paths.SetParentDirectory(parent));
         const QString results = paths.ResultsFolder();
-        QVERIFY(QDir().mkpath(results + QStringLiteral("/done")));
-        const auto write = [&](const QString& name, const QByteArray& content) {
-            QFile file(results + QLatin1Char('/') + name);
-            QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
-        };
         const auto recordAs = [&](const QString& name, DocumentEvent event) {
             const std::optional<DocumentFingerprint> f =
                 DocumentFolders::fingerprint(results + QLatin1Char('/') + name);
@@ -152,13 +145,13 @@ public:
             {"altered.ars", DocumentEvent::Recorded},       {"outside.ars", DocumentEvent::ChangedOutside},
             {"missing.ars", DocumentEvent::ChangedBySuite}, {"gone.ars", DocumentEvent::Recorded}};
         for (const auto& [name, event] : recorded) {
-            write(name, name.toUtf8());
+            writeFile(results + QLatin1Char('/') + name, name.toUtf8());
             recordAs(name, event);
         }
         recordAs(QStringLiteral("gone.ars"), DocumentEvent::Removed);
-        write(QStringLiteral("altered.ars"), "changed behind the suite's back");
-        write(QStringLiteral("new.ars"), "new");
-        write(QStringLiteral("new.mht"), "a preview, no document");
+        writeFile(results + QStringLiteral("/altered.ars"), "changed behind the suite's back");
+        writeFile(results + QStringLiteral("/new.ars"), "new");
+        writeFile(results + QStringLiteral("/new.mht"), "a preview, no document");
         QVERIFY(QFile::remove(results + QStringLiteral("/missing.ars")));
         QVERIFY(QFile::remove(results + QStringLiteral("/gone.ars")));
 
@@ -183,11 +176,7 @@ public:
         const QString& folder, const std::function<DocumentSignature(const DocumentSignature&)>& sign) const
     {
         const QString report = folder + QStringLiteral("/plate 7.pdf");
-        const auto write = [](const QString& path, const QByteArray& content) {
-            QFile file(path);
-            QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
-        };
-        write(report, "v1");
+        writeFile(report, "v1");
         QStringList lines;
         for (const char* meaning : {"Reviewed", "Approved"}) {
             const std::optional<DocumentFingerprint> f = DocumentFolders::fingerprint(report);
@@ -206,7 +195,7 @@ public:
         QCOMPARE(copy.out, QStringLiteral("No signature of \"%1/copy.pdf\" is recorded.\n").arg(folder));
         QCOMPARE(copy.exitCode, 1);
 
-        write(report, "v2");
+        writeFile(report, "v2");
         const AdminRun changed = run({"signatures", report});
         QCOMPARE(changed.out, lines.join(QLatin1String(": void: document changed\n")) +
                                   QStringLiteral(": void: document changed\n"));

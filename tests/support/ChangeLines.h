@@ -11,12 +11,11 @@ namespace nebra::test {
 // with root written as marker ("$R").
 inline QString changeLine(const FolderChange& change, const QString& root, const QString& marker)
 {
-    static const QHash<quint32, QString> kinds{
-        {ShellEvent::SHCNE_MKDIR, QStringLiteral("MKDIR")},
-        {ShellEvent::SHCNE_RMDIR, QStringLiteral("RMDIR")},
-        {ShellEvent::SHCNE_RENAMEFOLDER, QStringLiteral("RENAMEFOLDER")},
-        {ShellEvent::SHCNE_UPDATEITEM, QStringLiteral("UPDATEITEM")},
-        {ShellEvent::SHCNE_DELETE, QStringLiteral("DELETE")}};
+    // clang-format off
+    static const QHash<quint32, QString> kinds{{ShellEvent::SHCNE_MKDIR, "MKDIR"}, {ShellEvent::SHCNE_RMDIR, "RMDIR"},
+        {ShellEvent::SHCNE_RENAMEFOLDER, "RENAMEFOLDER"}, {ShellEvent::SHCNE_UPDATEITEM, "UPDATEITEM"},
+        {ShellEvent::SHCNE_DELETE, "DELETE"}};
+    // clang-format on
     QString line = kinds.value(change.event) + QLatin1Char(' ') + change.path1;
     if (!change.path2.isEmpty())
         line += QLatin1Char('|') + change.path2;

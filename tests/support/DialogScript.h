@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Controls.h"
 #include "Dialogs.h"
 
 #include <QDialog>
@@ -38,13 +39,8 @@ public:
     void accept(const QList<QPair<QString, QString>>& fields)
     {
         then([fields](QDialog& dialog) {
-            for (const auto& [name, text] : fields) {
-                auto* edit = dialog.findChild<QLineEdit*>(name);
-                if (!edit)
-                    qFatal("The dialog %s has no field %s", qPrintable(dialog.objectName()),
-                           qPrintable(name));
-                edit->setText(text);
-            }
+            for (const auto& [name, text] : fields)
+                control<QLineEdit>(dialog, qPrintable(name))->setText(text);
             return int(QDialog::Accepted);
         });
     }

@@ -13,7 +13,6 @@
 #include <QCoreApplication>
 #include <QTest>
 
-#include <functional>
 #include <memory>
 #include <optional>
 
@@ -32,15 +31,12 @@ struct LoadedOrganiser
     std::optional<SecurityFixture> security; // made by secure()
     int processEnds = 0;                     // the window's calls to end the process
     qint64 now = 0;                          // the security manager's clock, in milliseconds
-    std::unique_ptr<MainWindow> window;
+    std::unique_ptr<MainWindow> window;      // last, so that it goes first
 
     LoadedOrganiser()
     {
         set(QStringLiteral("Paths/ParentDirectory"), folders.root() + QStringLiteral("/Lab Data"));
     }
-    ~LoadedOrganiser() { window.reset(); }
-    LoadedOrganiser(const LoadedOrganiser&) = delete;
-    LoadedOrganiser& operator=(const LoadedOrganiser&) = delete;
 
     // A path below the data folders' "My Assays".
     QString doc(const QString& relative) const
@@ -66,8 +62,7 @@ struct LoadedOrganiser
     // Creates and loads the window, in place of one loaded earlier. The
     // window's end of the process counts processEnds; its security manager
     // reads the clock from now, polled as often as pollIntervalMs says.
-    MainWindow::LoadOutcome start(int pollIntervalMs = 1000,
-                                  const std::function<void(MainWindowOptions&)>& adjust = {})
+    MainWindow::LoadOutcome start(int pollIntervalMs = 1000)
     {
         MainWindowOptions options;
         options.instanceName = QStringLiteral("%1-%2").arg(
@@ -75,8 +70,6 @@ struct LoadedOrganiser
         options.endProcess = [this] { ++processEnds; };
         options.securityManager.clock = [this] { return now; };
         options.securityManager.pollIntervalMs = pollIntervalMs;
-        if (adjust)
-            adjust(options);
         window.reset(); // a window loaded earlier ends before the next starts
         window = std::make_unique<MainWindow>(options);
         return window->Load();

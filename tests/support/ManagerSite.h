@@ -50,7 +50,7 @@ public:
         if (!server().isRunning())
             QVERIFY(server().start());
         m_settings = server().superuser();
-        m_settings.database = QStringLiteral("site_%1").arg(++siteCount());
+        m_settings.database = QStringLiteral("site_%1").arg(++s_sites);
         QString error;
         QVERIFY2(ServerSchema::createSite(m_settings, &error), qPrintable(error));
         m_folders = std::make_unique<UserFolders>();
@@ -105,16 +105,14 @@ public:
             return;
         }
         setSystemValue("Security/" + key, QString::number(value));
-        if (key == QLatin1String("LockoutThreshold"))
-            administer(
-                [value](ServerAdministration& admin, QString* e) { return admin.setPolicy(value, 4, e); });
         // The server enforces these itself (and tells the workstation at log-in).
         if (key == QLatin1String("TimeOutMinutes"))
             m_idleMinutes = value;
         if (key == QLatin1String("PasswordMinimumLength"))
             m_passwordMinimumLength = value;
-        administer([this](ServerAdministration& admin, QString* e) {
-            return admin.setSessionPolicy(m_idleMinutes, m_passwordMinimumLength, e);
+        administer([&](ServerAdministration& admin, QString* e) {
+            return (key != QLatin1String("LockoutThreshold") || admin.setPolicy(value, 4, e)) &&
+                   admin.setSessionPolicy(m_idleMinutes, m_passwordMinimumLength, e);
         });
     }
 
@@ -165,17 +163,13 @@ private:
         static PostgresServer instance;
         return instance;
     }
-    static int& siteCount()
-    {
-        static int count = 0;
-        return count;
-    }
     void setSystemValue(const QString& key, const QString& value)
     {
         SettingsStore system(m_folders->systemSettingsFile());
         QVERIFY(system.setValue(key, value));
     }
 
+    static inline int s_sites = 0; // databases made on the server so far
     std::unique_ptr<SecuritySite> m_embedded;
     std::unique_ptr<UserFolders> m_folders;
     ServerSettings m_settings;

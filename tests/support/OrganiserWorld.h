@@ -37,11 +37,12 @@ struct OrganiserWorld
     SuitePaths paths{store};
     InstalledDrivers drivers{paths};
     QMainWindow window;
-    ToolBarsControl* tools = nullptr;
-    ShortcutsBar* shortcuts = nullptr;
-    FolderTreeControl* tree = nullptr;
-    FileListControl* list = nullptr;
-    std::unique_ptr<CommandControls> switches;
+    ToolBarsControl* tools = new ToolBarsControl(&window);
+    QWidget* central = new QWidget(&window);
+    ShortcutsBar* shortcuts = new ShortcutsBar(central);
+    FolderTreeControl* tree = new FolderTreeControl(central);
+    FileListControl* list = new FileListControl(central);
+    std::unique_ptr<CommandControls> switches = std::make_unique<CommandControls>(*tools, *tree);
 
     OrganiserWorld()
     {
@@ -54,35 +55,10 @@ struct OrganiserWorld
              {paths.LayoutsFolder(), paths.ProtocolsFolder(), paths.ResultsFolder(), paths.ReportsFolder(),
               paths.ReadConfigurationsFolder() + QStringLiteral("/Reader One")})
             makeFolder(folder);
-        createControls();
-    }
-
-    QString data(const QString& relative) const
-    {
-        return paths.MyAssaysFolder() + QLatin1Char('/') + relative;
-    }
-
-    // What the tree reads, with instrument drivers in use or not; the root's
-    // page is the welcome page in the suite's data folder.
-    OrganiserTreeSources treeSources(bool instrumentDriversInUse = true)
-    {
-        return {resources, settings, paths, drivers, instrumentDriversInUse, [this] {
-                    return paths.SuiteDataFolder() + QStringLiteral("/Organiser.mht");
-                }};
-    }
-
-private:
-    void createControls()
-    {
-        tools = new ToolBarsControl(&window);
         for (const ToolDefinition& tool : ToolDefinitions::tools())
             tools->addTool(tool);
         tools->addToolBarItems(ToolDefinitions::toolBarItems());
-        auto* central = new QWidget(&window);
         auto* layout = new QHBoxLayout(central);
-        shortcuts = new ShortcutsBar(central);
-        tree = new FolderTreeControl(central);
-        list = new FileListControl(central);
         layout->addWidget(shortcuts);
         layout->addWidget(tree);
         layout->addWidget(list);
@@ -98,23 +74,31 @@ private:
                                            {keyOf(CommandId::HelpContext), "Help"}})
             key == Separator ? tree->addSeparator(key) : tree->addButton(key, QLatin1String(caption));
         // clang-format on
-        switches = std::make_unique<CommandControls>(*tools, *tree);
         list->addColumn(QStringLiteral("Comment"));
-        const int tasks = shortcuts->addGroup(QStringLiteral("Tasks"));
-        shortcuts->addItem(tasks, QStringLiteral("Organiser"), QStringLiteral("0"));
+        shortcuts->addItem(shortcuts->addGroup(QStringLiteral("Tasks")), QStringLiteral("Organiser"),
+                           QStringLiteral("0"));
         const int folders = shortcuts->addGroup(QStringLiteral("Folders"));
-        shortcuts->addItem(folders, QStringLiteral("Organiser"), QStringLiteral("0"));
-        shortcuts->addItem(folders, QStringLiteral("Instrument Data"), QStringLiteral("1"));
-        shortcuts->addItem(folders, QStringLiteral("Protocols"), QStringLiteral("3"));
+        for (const auto& [caption, key] :
+             {std::pair{"Organiser", "0"}, {"Instrument Data", "1"}, {"Protocols", "3"}})
+            shortcuts->addItem(folders, QLatin1String(caption), QLatin1String(key));
         window.resize(900, 500);
+    }
+
+    QString data(const QString& relative) const
+    {
+        return paths.MyAssaysFolder() + QLatin1Char('/') + relative;
     }
 };
 
-// The world with the Organiser's tree logic on its controls; build() fills the tree.
+// The world with the Organiser's tree logic on its controls, instrument
+// drivers in use or not; the root's page is the welcome page in the suite's
+// data folder. build() fills the tree.
 struct TreeWorld : OrganiserWorld
 {
     explicit TreeWorld(bool instrumentDriversInUse = true)
-        : organiser(*tree, *list, *shortcuts, treeSources(instrumentDriversInUse))
+        : organiser(*tree, *list, *shortcuts,
+                    {resources, settings, paths, drivers, instrumentDriversInUse,
+                     [this] { return paths.SuiteDataFolder() + QStringLiteral("/Organiser.mht"); }})
     {
     }
 

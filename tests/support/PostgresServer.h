@@ -4,6 +4,7 @@
 #include "ServerConnection.h"
 #include "ServerSchema.h"
 #include "ServerSettings.h"
+#include "TestFiles.h"
 
 #include <QDir>
 #include <QFile>
@@ -16,6 +17,7 @@
 #include <memory>
 #include <optional>
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace nebra::test {
@@ -54,14 +56,9 @@ public:
     explicit PostgresServer(Durability durability = Durability::Fast, std::optional<Tls> tls = {})
         : m_durability(durability), m_tls(std::move(tls))
     {
-        m_bin = binFolder();
-        if (m_bin.isEmpty()) {
-            m_problem = "PostgreSQL's server programs are not installed (scripts/install-deps.sh)";
-            return;
-        }
-        if (!prepareFolders() || !initialise())
-            return;
-        start();
+        m_problem = prepare();
+        if (m_problem.isEmpty())
+            start();
     }
 
     ~PostgresServer() { stop(); }
@@ -70,28 +67,20 @@ public:
     QString problem() const { return m_problem; }
     bool isRunning() const { return m_server.state() == QProcess::Running; }
     QString socketFolder() const { return m_dir.path() + "/socket"; }
-    QString logText() const
-    {
-        QFile log(m_dir.path() + "/server.log");
-        return log.open(QIODevice::ReadOnly) ? QString::fromUtf8(log.readAll()) : QString();
-    }
+    QString logText() const { return QString::fromUtf8(readFile(m_dir.path() + "/server.log")); }
 
-    ServerSettings settingsFor(const QString& user) const
+    // The settings of user on the database (the security store's unless another is named).
+    ServerSettings settingsFor(const QString& user,
+                               const QString& database = ServerSettings::DefaultDatabase) const
     {
         ServerSettings settings;
         settings.host = socketFolder();
         settings.port = m_tls ? m_tls->port : ServerSettings::DefaultPort;
+        settings.database = database;
         settings.user = user;
         return settings;
     }
     ServerSettings superuser() const { return settingsFor(Superuser); }
-    // The settings of role on another database of this server.
-    ServerSettings settingsFor(const QString& user, const QString& database) const
-    {
-        ServerSettings settings = settingsFor(user);
-        settings.database = database;
-        return settings;
-    }
 
     // A connection with the settings; the test program ends without one, as
     // every later step would fail on it.
@@ -184,35 +173,27 @@ private:
         return arguments;
     }
 
-    bool prepareFolders()
+    // Hands the folders to the server's id and makes the cluster: empty when
+    // all went well, else why not.
+    QString prepare()
     {
+        m_bin = binFolder();
+        if (m_bin.isEmpty())
+            return "PostgreSQL's server programs are not installed (scripts/install-deps.sh)";
         QDir(m_dir.path()).mkdir("socket");
-        QFile::setPermissions(m_dir.path(), QFileDevice::ReadOwner | QFileDevice::WriteOwner |
-                                                QFileDevice::ExeOwner | QFileDevice::ReadOther |
-                                                QFileDevice::ExeOther | QFileDevice::ReadGroup |
-                                                QFileDevice::ExeGroup);
+        ::chmod(qPrintable(m_dir.path()), 0755);
         // The data folder is made by initdb itself, as the server's id.
-        for (const QString& folder : {socketFolder(), m_dir.path()}) {
-            if (::geteuid() == 0 && ::chown(qPrintable(folder), ServerUid, ServerGid) != 0) {
-                m_problem = "Cannot hand the test server's folder to the server's id";
-                return false;
-            }
-        }
-        return true;
-    }
-
-    bool initialise()
-    {
+        for (const QString& folder : {socketFolder(), m_dir.path()})
+            if (::geteuid() == 0 && ::chown(qPrintable(folder), ServerUid, ServerGid) != 0)
+                return "Cannot hand the test server's folder to the server's id";
         QProcess initdb;
         initdb.setProcessChannelMode(QProcess::MergedChannels);
         initdb.start("setpriv", asServer({}) + QStringList{m_bin + "/initdb", "-D", dataFolder(), "-U",
                                                            Superuser, "--auth=trust", "--encoding=UTF8",
                                                            "--locale=C.UTF-8", "--no-sync"});
-        if (!initdb.waitForFinished(120000) || initdb.exitCode() != 0) {
-            m_problem = "initdb failed: " + QString::fromLocal8Bit(initdb.readAll());
-            return false;
-        }
-        return true;
+        if (!initdb.waitForFinished(120000) || initdb.exitCode() != 0)
+            return "initdb failed: " + QString::fromLocal8Bit(initdb.readAll());
+        return {};
     }
 
     Durability m_durability;
@@ -261,5 +242,33 @@ inline void script(ServerConnection& connection, const QString& text)
     QString error;
     QVERIFY2(connection.execScript(text, &error), qPrintable(error));
 }
+
+// One throw-away server with the security store made, shared by the
+// functions of a test case, and the owner's connection to it.
+struct ServerSite
+{
+    PostgresServer server;
+    std::unique_ptr<ServerConnection> owner;
+
+    // Makes the store and runs setUp as its administrator. Empty when the site
+    // is ready; else why there is none, which the test case skips with (a
+    // QSKIP must stand in the test function itself).
+    QString make(const std::function<bool(ServerAdministration&, QString*)>& setUp)
+    {
+        if (!server.problem().isEmpty())
+            return server.problem();
+        server.createSite();
+        owner = PostgresServer::connect(server.superuser());
+        admin(setUp);
+        return {};
+    }
+
+    void admin(const std::function<bool(ServerAdministration&, QString*)>& change) const
+    {
+        administer(*owner, change);
+    }
+    void superuser(const QString& text) const { script(*owner, text); }
+    std::pair<QString, QString> newestEntry() const { return test::newestEntry(*owner); }
+};
 
 } // namespace nebra::test

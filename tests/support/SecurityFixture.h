@@ -38,8 +38,7 @@ public:
     void create()
     {
         QString error;
-        const std::unique_ptr<SecurityStore> store = SecurityStore::create(m_settings, "tester", &error);
-        if (!store)
+        if (!SecurityStore::create(m_settings, "tester", &error))
             qFatal("Cannot create the security database: %s", qPrintable(error));
     }
 
@@ -76,12 +75,6 @@ public:
         create();
         addUser("jsmith", "correct horse", "Jane Smith", rights);
         SettingsStore store;
-        writeSettings(store);
-    }
-
-    // Writes the "[Security]" group that names this database.
-    void writeSettings(SettingsStore& store) const
-    {
         store.setValue("Security/DatabasePath", m_settings.databasePath);
         store.setValue("Security/SiteKeyFile", m_settings.siteKeyFile);
         store.setValue("Security/ChainHeadFile", m_settings.chainHeadFile);

@@ -4,9 +4,11 @@
 #include <QString>
 #include <QTest>
 
+#include <atomic>
 #include <condition_variable>
 #include <cstring>
 #include <mutex>
+#include <stop_token>
 #include <thread>
 
 #include <fcntl.h>
@@ -62,39 +64,23 @@ class PipeWatchdog
 {
 public:
     explicit PipeWatchdog(const QString& fifo, int limitMs = 3000)
-        : m_fifo(QFile::encodeName(fifo)), m_thread([this, limitMs] { watch(limitMs); })
+        : m_fifo(QFile::encodeName(fifo)),
+          m_thread([this, limitMs](const std::stop_token& stop) { watch(stop, limitMs); })
     {
     }
-    ~PipeWatchdog()
-    {
-        {
-            const std::lock_guard lock(m_mutex);
-            m_stop = true;
-        }
-        m_wake.notify_all();
-        m_thread.join();
-    }
-    PipeWatchdog(const PipeWatchdog&) = delete;
-    PipeWatchdog& operator=(const PipeWatchdog&) = delete;
 
-    bool released() const
-    {
-        const std::lock_guard lock(m_mutex);
-        return m_released;
-    }
+    bool released() const { return m_released; }
 
 private:
-    void watch(int limitMs)
+    void watch(const std::stop_token& stop, int limitMs)
     {
-        std::unique_lock lock(m_mutex);
-        const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(limitMs);
-        // Until the deadline, polling for a reader so that a blocked one is let go soon.
-        while (!m_stop && !m_wake.wait_until(lock,
-                                             std::min(deadline, std::chrono::steady_clock::now() +
-                                                                    std::chrono::milliseconds(100)),
-                                             [this] { return m_stop; })) {
-            if (std::chrono::steady_clock::now() < deadline)
-                continue;
+        std::mutex mutex;
+        std::condition_variable_any wake;
+        std::unique_lock lock(mutex);
+        // After the limit, polling for a reader so that a blocked one is let go soon.
+        for (auto wait = std::chrono::milliseconds(limitMs);
+             !wake.wait_for(lock, stop, wait, [&stop] { return stop.stop_requested(); });
+             wait = std::chrono::milliseconds(100)) {
             // Succeeds only when a reader has the pipe open (or waits in open()).
             const int fd = ::open(m_fifo.constData(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
             if (fd >= 0) {
@@ -105,11 +91,8 @@ private:
     }
 
     QByteArray m_fifo;
-    mutable std::mutex m_mutex;
-    std::condition_variable m_wake;
-    bool m_stop = false;
-    bool m_released = false;
-    std::thread m_thread;
+    std::atomic<bool> m_released = false;
+    std::jthread m_thread; // last: asked to stop and joined first
 };
 
 } // namespace nebra::test

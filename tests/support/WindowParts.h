@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CommandId.h"
+#include "Controls.h"
 #include "DocumentType.h"
 #include "FolderNode.h"
 #include "FolderTreeControl.h"
@@ -45,19 +46,13 @@ inline FolderNode branch(const QObject& window, DocumentType type)
 // The menu and tool-bar action of a command.
 inline QAction& tool(const QObject& window, CommandId command)
 {
-    QAction* action = window.findChild<QAction*>(ToolDefinitions::toolId(command));
-    if (!action)
-        qFatal("No tool %s", qPrintable(ToolDefinitions::toolId(command)));
-    return *action;
+    return *control<QAction>(window, qPrintable(ToolDefinitions::toolId(command)));
 }
 
 // The container of the panes, which the resize rule places.
 inline QWidget& panes(const QObject& window)
 {
-    QWidget* found = window.findChild<QWidget*>(QStringLiteral("panes"));
-    if (!found)
-        qFatal("No panes");
-    return *found;
+    return *control<QWidget>(window, "panes");
 }
 
 // The shown top-level window of the type (the help, the audit trail viewer), if any.

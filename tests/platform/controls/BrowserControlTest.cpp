@@ -48,7 +48,7 @@ private:
     }
 
 private Q_SLOTS:
-    void onlyTheLinksOfThePageAreAnnounced()
+    void onlyTheLinksOfThePageAreAnnouncedAndACancelAfterABoxLeavesItComplete()
     {
         BrowserControl browser;
         browser.resize(400, 300);
@@ -67,6 +67,24 @@ private Q_SLOTS:
         QCOMPARE(announced.first().first().toUrl(), second);
         QVERIFY(navigated.wait(BrowserControl::DefaultWaitLimitMs)); // not cancelled: followed
         QCOMPARE(browser.LocationURL(), second);
+        QCOMPARE(browser.ReadyState(), int(BrowserControl::Complete));
+
+        // A handler that shows a modal box before it cancels lets the engine run
+        // on meanwhile; the page stays complete, so what waits for that acts.
+        browser.Navigate(page(QStringLiteral("box.htm"), QStringLiteral("organiser:\\Box")));
+        QVERIFY(browser.WaitUntilComplete());
+        QStringList heard;
+        connect(browser.view()->page(), &QWebEnginePage::loadingChanged, &browser,
+                [&](const QWebEngineLoadingInfo& info) { heard << info.url().toString(); });
+        connect(&browser, &BrowserControl::BeforeNavigate2, &browser, [&](const QUrl&, bool& cancel) {
+            cancel = true;
+            // The box's own event loop, up until the engine has reported the navigation.
+            const qsizetype before = heard.size();
+            static_cast<void>(QTest::qWaitFor([&] { return heard.size() > before; }, 2000));
+        });
+        announced.clear();
+        QVERIFY(clickUntil(browser, [&] { return !announced.isEmpty(); }));
+        QTRY_VERIFY2_WITH_TIMEOUT(heard.size() == 2, qPrintable(heard.join(' ')), 5000); // started, failed
         QCOMPARE(browser.ReadyState(), int(BrowserControl::Complete));
     }
 
@@ -87,63 +105,30 @@ private Q_SLOTS:
                                   BrowserControl::DefaultWaitLimitMs);
     }
 
-    // A handler that shows a modal box before it cancels lets the engine run
-    // on meanwhile; the page stays complete, so what waits for that acts.
-    void aNavigationCancelledAfterAModalBoxLeavesThePageComplete()
-    {
-        BrowserControl browser;
-        browser.resize(400, 300);
-        browser.show();
-        browser.Navigate(page(QStringLiteral("box.htm"), QStringLiteral("organiser:\\Box")));
-        QVERIFY(browser.WaitUntilComplete());
-        QStringList heard;
-        connect(browser.view()->page(), &QWebEnginePage::loadingChanged, &browser,
-                [&](const QWebEngineLoadingInfo& info) { heard << info.url().toString(); });
-        int announced = 0;
-        connect(&browser, &BrowserControl::BeforeNavigate2, &browser, [&](const QUrl&, bool& cancel) {
-            ++announced;
-            cancel = true;
-            // The box's own event loop, up until the engine has reported the navigation.
-            const qsizetype before = heard.size();
-            static_cast<void>(QTest::qWaitFor([&] { return heard.size() > before; }, 2000));
-        });
-        QVERIFY(clickUntil(browser, [&] { return announced > 0; }));
-        QTRY_VERIFY2_WITH_TIMEOUT(heard.size() == 2, qPrintable(heard.join(' ')), 5000); // started, failed
-        QCOMPARE(browser.ReadyState(), int(BrowserControl::Complete));
-    }
-
     // A deferred engine keeps the newest navigation until it starts; a wait starts it.
-    void aDeferredEngineLoadsTheNewestNavigationWhenStarted_data()
-    {
-        QTest::addColumn<bool>("startedByWaiting");
-        // clang-format off
-        QTest::newRow("started") << false;
-        QTest::newRow("a wait starts it") << true;
-        // clang-format on
-    }
-
     void aDeferredEngineLoadsTheNewestNavigationWhenStarted()
     {
-        QFETCH(bool, startedByWaiting);
-        BrowserControl browser(nullptr, BrowserControl::EngineStart::Deferred);
-        browser.resize(400, 300);
-        browser.show();
         const QUrl first = page(QStringLiteral("first.htm"), QStringLiteral("second.htm"));
         const QUrl second = page(QStringLiteral("second.htm"), QStringLiteral("first.htm"));
-        browser.Refresh(); // nothing to refresh yet
-        browser.Navigate(first);
-        browser.Navigate(second);
-        QVERIFY(!browser.engineStarted());
-        QCOMPARE(browser.ReadyState(), int(BrowserControl::Loading));
-        QCOMPARE(browser.LocationURL(), QUrl());
-        QSignalSpy navigated(&browser, &BrowserControl::NavigateComplete2);
-        if (!startedByWaiting)
-            browser.StartEngine();
-        QVERIFY(browser.WaitUntilComplete());
-        QVERIFY(browser.engineStarted());
-        QCOMPARE(browser.LocationURL(), second);
-        QCOMPARE(navigated.count(), 1);
-        QCOMPARE(navigated.first().first().toUrl(), second);
+        for (const bool startedByWaiting : {false, true}) {
+            BrowserControl browser(nullptr, BrowserControl::EngineStart::Deferred);
+            browser.resize(400, 300);
+            browser.show();
+            browser.Refresh(); // nothing to refresh yet
+            browser.Navigate(first);
+            browser.Navigate(second);
+            QVERIFY(!browser.engineStarted());
+            QCOMPARE(browser.ReadyState(), int(BrowserControl::Loading));
+            QCOMPARE(browser.LocationURL(), QUrl());
+            QSignalSpy navigated(&browser, &BrowserControl::NavigateComplete2);
+            if (!startedByWaiting)
+                browser.StartEngine();
+            QVERIFY(browser.WaitUntilComplete());
+            QVERIFY(browser.engineStarted());
+            QCOMPARE(navigated.count(), 1);
+            QCOMPARE(navigated.first().first().toUrl(), second);
+            QCOMPARE(browser.LocationURL(), second);
+        }
     }
 };
 

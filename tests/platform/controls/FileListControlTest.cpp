@@ -18,11 +18,7 @@
 #include <sys/xattr.h>
 
 using namespace nebra;
-using nebra::test::makeFolder;
-using nebra::test::MessageRecorder;
-using nebra::test::UserFolders;
-using nebra::test::waitForListing;
-using nebra::test::writeFile;
+using namespace nebra::test;
 
 namespace {
 
@@ -49,6 +45,12 @@ struct Listing
     {
         list.setFolder(folder);
         QVERIFY(waitForListing(list));
+    }
+
+    QModelIndex rowNamed(const QString& name) const
+    {
+        const QAbstractItemModel* model = list.view()->model();
+        return model->match(model->index(0, 0), Qt::DisplayRole, name, 1, Qt::MatchExactly).value(0);
     }
 
     FileListItem named(const QString& name) const
@@ -107,11 +109,8 @@ private Q_SLOTS:
                        comment.constData(), size_t(comment.size()), 0) != 0)
             QSKIP("this file system keeps no user extended attributes");
         listing.list.addColumn(QStringLiteral("Comment"));
-        QAbstractItemModel* model = listing.list.view()->model();
-        const QModelIndex name =
-            model->match(model->index(0, 0), Qt::DisplayRole, QStringLiteral("new.apr"), 1, Qt::MatchExactly)
-                .value(0);
-        QTRY_COMPARE(name.siblingAtColumn(model->columnCount() - 1).data().toString(),
+        const QModelIndex name = listing.rowNamed(QStringLiteral("new.apr"));
+        QTRY_COMPARE(name.siblingAtColumn(name.model()->columnCount() - 1).data().toString(),
                      QStringLiteral("Plate 3"));
     }
 
@@ -148,17 +147,14 @@ private Q_SLOTS:
     }
 
     // F2 selects the name without its extension, so typing a name keeps it.
-    void f2ThenTypingRenamesKeepingTheExtension()
+    void f2ThenTypingRenamesKeepingTheExtensionAndTheFilterBoxNarrows()
     {
         Listing listing;
         listing.list.show();
         QVERIFY(QTest::qWaitForWindowExposed(&listing.list));
         QTreeView* view = listing.list.view();
-        const QModelIndex old = view->model()
-                                    ->match(view->model()->index(0, 0), Qt::DisplayRole,
-                                            QStringLiteral("old.apr"), 1, Qt::MatchExactly)
-                                    .value(0);
-        QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, view->visualRect(old).center());
+        QTest::mouseClick(view->viewport(), Qt::LeftButton, {},
+                          view->visualRect(listing.rowNamed(QStringLiteral("old.apr"))).center());
         QTest::keyClick(view, Qt::Key_F2);
         auto* editor = listing.list.view()->findChild<QLineEdit*>();
         QVERIFY(editor);
@@ -170,39 +166,41 @@ private Q_SLOTS:
         QVERIFY(!QFile::exists(listing.dir.filePath("old.apr")));
         QCOMPARE(renamed.count(), 1);
         QCOMPARE(renamed.first().at(1).toString(), listing.dir.filePath("old.apr"));
-    }
 
-    void deleteAsksThenMovesToTheTrash()
-    {
-        Listing listing;
-        MessageRecorder messages;
-        listing.named(QStringLiteral("old.apr")).setSelected(true);
-        messages.answer(MessageButton::No);
-        listing.list.deleteSelectedItems();
-        QVERIFY(QFile::exists(listing.dir.filePath("old.apr")));
-        QCOMPARE(messages.last().buttons, int(MessageButton::Yes | MessageButton::No));
-        QVERIFY(messages.last().text.contains(QStringLiteral("\"old.apr\"")));
-
-        QSignalSpy removed(&listing.list, &FileListControl::itemRemoved);
-        messages.answer(MessageButton::Yes);
-        listing.list.deleteSelectedItems();
-        QTRY_COMPARE(removed.count(), 1);
-        QVERIFY(!QFile::exists(listing.dir.filePath("old.apr")));
-        QVERIFY(QFile::exists(listing.user.root() + QStringLiteral("/data/Trash/files/old.apr")));
+        // Typing in the filter box narrows the items; a hidden selected item
+        // leaves the selection; Escape brings everything back; a folder made
+        // meanwhile that the filter hides is still announced; a new folder
+        // starts unfiltered.
+        listing.list.setFilterBoxShown(true);
+        listing.named(QStringLiteral("Älter two.apr")).setSelected(true);
+        QSignalSpy selection(&listing.list, &FileListControl::selectionChanged);
+        QSignalSpy added(&listing.list, &FileListControl::itemAdded);
+        FileListFilterBox* box = listing.list.filterBox();
+        box->setFocus();
+        QTest::keyClicks(box, QStringLiteral("NEW"));
+        QCOMPARE(listing.list.itemCount(), 1);
+        QCOMPARE(listing.list.item(1).name(), QStringLiteral("new.apr"));
+        QCOMPARE(listing.list.selectedCount(), 0);
+        QCOMPARE(selection.size(), 1);
+        makeFolder(listing.dir.filePath("Archive"));
+        listing.list.refresh();
+        QVERIFY(waitForListing(listing.list));
+        QCOMPARE(added.size(), 1);
+        QCOMPARE(added[0][0].value<FileListItem>().path(), listing.dir.filePath("Archive"));
+        QCOMPARE(listing.list.itemCount(), 1);
+        QTest::keyClick(box, Qt::Key_Escape);
+        QCOMPARE(box->text(), QString());
+        QCOMPARE(listing.list.itemCount(), 4);
+        listing.list.setNameFilter(QStringLiteral("*.apr"));
         QCOMPARE(listing.list.itemCount(), 2);
-
-        // A delete the file system refuses says which item and why.
-        listing.named(QStringLiteral("new.apr")).setSelected(true);
-        QVERIFY(QFile::remove(listing.dir.filePath("new.apr")));
-        messages.answer(MessageButton::Yes);
-        listing.list.deleteSelectedItems();
-        QTRY_COMPARE(messages.last().title, QStringLiteral("Error Deleting File"));
-        QVERIFY2(messages.last().text.contains(QStringLiteral("\"new.apr\": ")) &&
-                     !messages.last().text.endsWith(QStringLiteral("\"new.apr\": ")),
-                 qPrintable(messages.last().text));
+        listing.list.setFolder(listing.dir.filePath("Sub"));
+        QCOMPARE(listing.list.nameFilter(), QString());
+        QCOMPARE(box->text(), QString());
     }
 
-    void changesOnDiskAndAVanishedFolder()
+    // Changes on disk are followed, a vanished folder is said, and a delete
+    // asks first, then moves to the trash.
+    void changesOnDiskAVanishedFolderAndADelete()
     {
         Listing listing;
         listing.named(QStringLiteral("new.apr")).setSelected(true);
@@ -241,6 +239,34 @@ private Q_SLOTS:
         QCOMPARE(listing.list.itemCount(), 1);
         QVERIFY(QDir(listing.dir.filePath("Sub")).removeRecursively());
         QTRY_COMPARE_WITH_TIMEOUT(listing.list.itemCount(), 0, 5000);
+
+        // A delete asks first, then moves to the trash.
+        listing.showFolder(listing.dir.path());
+        MessageRecorder messages;
+        listing.named(QStringLiteral("old.apr")).setSelected(true);
+        messages.answer(MessageButton::No);
+        listing.list.deleteSelectedItems();
+        QVERIFY(QFile::exists(listing.dir.filePath("old.apr")));
+        QCOMPARE(messages.last().buttons, int(MessageButton::Yes | MessageButton::No));
+        QVERIFY(messages.last().text.contains(QStringLiteral("\"old.apr\"")));
+
+        removed.clear();
+        messages.answer(MessageButton::Yes);
+        listing.list.deleteSelectedItems();
+        QTRY_COMPARE(removed.count(), 1);
+        QVERIFY(!QFile::exists(listing.dir.filePath("old.apr")));
+        QVERIFY(QFile::exists(listing.user.root() + QStringLiteral("/data/Trash/files/old.apr")));
+        QCOMPARE(listing.list.itemCount(), 2);
+
+        // A delete the file system refuses says which item and why.
+        listing.named(QStringLiteral("new.apr")).setSelected(true);
+        QVERIFY(QFile::remove(listing.dir.filePath("new.apr")));
+        messages.answer(MessageButton::Yes);
+        listing.list.deleteSelectedItems();
+        QTRY_COMPARE(messages.last().title, QStringLiteral("Error Deleting File"));
+        QVERIFY2(messages.last().text.contains(QStringLiteral("\"new.apr\": ")) &&
+                     !messages.last().text.endsWith(QStringLiteral("\"new.apr\": ")),
+                 qPrintable(messages.last().text));
     }
 
     // A share that stops answering: renaming and deleting return at once,
@@ -292,41 +318,6 @@ private Q_SLOTS:
                 files << list.item(i).name();
         QCOMPARE(files, QStringList{"renamed.ars"});
         QCOMPARE(messages.count(), 1); // the question only
-    }
-
-    // Typing narrows the items; a hidden selected item leaves the selection;
-    // Escape brings everything back; a folder made meanwhile that the filter
-    // hides is still announced; a new folder starts unfiltered.
-    void theFilterBoxNarrowsAndEscapeClears()
-    {
-        Listing listing;
-        listing.list.setFilterBoxShown(true);
-        listing.list.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&listing.list));
-        listing.named(QStringLiteral("old.apr")).setSelected(true);
-        QSignalSpy selection(&listing.list, &FileListControl::selectionChanged);
-        QSignalSpy added(&listing.list, &FileListControl::itemAdded);
-        FileListFilterBox* box = listing.list.filterBox();
-        box->setFocus();
-        QTest::keyClicks(box, QStringLiteral("NEW"));
-        QCOMPARE(listing.list.itemCount(), 1);
-        QCOMPARE(listing.list.item(1).name(), QStringLiteral("new.apr"));
-        QCOMPARE(listing.list.selectedCount(), 0);
-        QCOMPARE(selection.size(), 1);
-        makeFolder(listing.dir.filePath("Archive"));
-        listing.list.refresh();
-        QVERIFY(waitForListing(listing.list));
-        QCOMPARE(added.size(), 1);
-        QCOMPARE(added[0][0].value<FileListItem>().path(), listing.dir.filePath("Archive"));
-        QCOMPARE(listing.list.itemCount(), 1);
-        QTest::keyClick(box, Qt::Key_Escape);
-        QCOMPARE(box->text(), QString());
-        QCOMPARE(listing.list.itemCount(), 4);
-        listing.list.setNameFilter(QStringLiteral("*.apr"));
-        QCOMPARE(listing.list.itemCount(), 2);
-        listing.list.setFolder(listing.dir.filePath("Sub"));
-        QCOMPARE(listing.list.nameFilter(), QString());
-        QCOMPARE(box->text(), QString());
     }
 };
 

@@ -75,22 +75,20 @@ private Q_SLOTS:
         QVERIFY(!root.isValid());
     }
 
-    void nodesAreFoundByPathIgnoringCase()
+    // Nodes are found by path ignoring case, and paths stay put when captions and parents change.
+    void nodesAreFoundByPath()
     {
         PathTree tree;
-        QCOMPARE(tree.found(QStringLiteral("/data/Protocols")), QStringLiteral("Protocols"));
-        QCOMPARE(tree.found(QStringLiteral("/Data/RESULTS")), QStringLiteral("Results")); // the first of two
-        QCOMPARE(tree.found(QStringLiteral("/data/Results/Run A")),
-                 QStringLiteral("Run A")); // from the parent
-        QCOMPARE(tree.found(QString::fromUtf8("/DATA/results/run a/äRGER")), QString::fromUtf8("Ärger"));
-        QCOMPARE(tree.found(QStringLiteral("/data")), QString());             // a prefix only
-        QCOMPARE(tree.found(QStringLiteral("/data/Protocols/x")), QString()); // longer
-        QCOMPARE(tree.found(QStringLiteral("organiser")), QStringLiteral("Organiser"));
-    }
-
-    void pathsStayPutWhenCaptionsAndParentsChange()
-    {
-        PathTree tree;
+        // clang-format off
+        for (const auto& [path, text] : {std::pair{"/data/Protocols", "Protocols"},
+                                         {"/Data/RESULTS", "Results"}, // the first of two
+                                         {"/data/Results/Run A", "Run A"}, // from the parent
+                                         {"/DATA/results/run a/äRGER", "Ärger"},
+                                         {"/data", ""}, // a prefix only
+                                         {"/data/Protocols/x", ""}, // longer
+                                         {"organiser", "Organiser"}})
+            QCOMPARE(tree.found(QString::fromUtf8(path)), QString::fromUtf8(text));
+        // clang-format on
         QAbstractItemModelTester tester(&tree.model, QAbstractItemModelTester::FailureReportingMode::QtTest);
         // A new caption is no new folder.
         tree.runA.setText(QStringLiteral("Run B"));

@@ -29,16 +29,14 @@ class SnapshotDiffTest : public QObject
 
 private:
     QTemporaryDir m_dir;
-    QString m_root;
-    QByteArray m_raw;
+    const QString m_root = m_dir.filePath(QStringLiteral("root"));
+    const QByteArray m_raw = QFile::encodeName(m_root);
 
 private Q_SLOTS:
     void init()
     {
-        m_root = m_dir.filePath(QStringLiteral("root"));
         QDir(m_root).removeRecursively();
         QVERIFY(QDir().mkpath(m_root));
-        m_raw = QFile::encodeName(m_root);
     }
 
     void foldersChangedByAnotherProgram_data()

@@ -20,11 +20,7 @@ public:
     QStringList shown;
 
 public Q_SLOTS:
-    void ShowItems(const QStringList& uris, const QString& startupId)
-    {
-        Q_UNUSED(startupId)
-        shown = uris;
-    }
+    void ShowItems(const QStringList& uris, const QString& /*startupId*/) { shown = uris; }
 };
 
 } // namespace
@@ -48,12 +44,6 @@ private Q_SLOTS:
         QVERIFY(!address.isEmpty());
         qputenv("DBUS_SESSION_BUS_ADDRESS", address);
         QVERIFY(QDBusConnection::sessionBus().isConnected());
-    }
-
-    void cleanupTestCase()
-    {
-        m_bus.kill();
-        m_bus.waitForFinished(5000);
     }
 
     void theFileManagerOnTheBusIsAskedToSelectTheDocumentsOrTheFolderIsOpened()
@@ -87,7 +77,7 @@ private Q_SLOTS:
     }
 
 private:
-    QProcess m_bus;
+    QProcess m_bus; // killed when the test ends
 };
 
 QTEST_GUILESS_MAIN(FileManagerTest)

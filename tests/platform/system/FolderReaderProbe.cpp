@@ -14,9 +14,7 @@
 int main(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
-    if (argc < 2)
-        return 2;
-    const QString folder = QString::fromLocal8Bit(argv[1]);
+    const QString folder = QCoreApplication::arguments().value(1);
     nebra::FolderReaders readers;
     readers.read(
         folder, nebra::FolderReaders::Lane::User, nullptr,

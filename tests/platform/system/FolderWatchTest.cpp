@@ -9,8 +9,7 @@
 #include <QTest>
 
 using namespace nebra;
-using nebra::test::makeFolder;
-using nebra::test::writeFile;
+using namespace nebra::test;
 
 class FolderWatchTest : public QObject
 {

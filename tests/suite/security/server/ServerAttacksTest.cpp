@@ -7,13 +7,13 @@
 // else's name or re-chaining the trail as an administrator.
 
 #include "AdminToolCases.h"
+#include "PostgresServer.h"
 #include "SecretBytes.h"
 #include "SecuritySettings.h"
 #include "ServerAdministration.h"
 #include "ServerConnection.h"
 #include "ServerSecurityBackend.h"
 #include "ServerSession.h"
-#include "ServerSite.h"
 
 #include <QCryptographicHash>
 #include <QRegularExpression>

@@ -4,11 +4,11 @@
 // owner changes behind the triggers.
 
 #include "ServerSchema.h"
+#include "PostgresServer.h"
 #include "SecretBytes.h"
 #include "ServerAdministration.h"
 #include "ServerConnection.h"
 #include "ServerSession.h"
-#include "ServerSite.h"
 
 #include <QtTest>
 

@@ -7,10 +7,10 @@
 // ServerManagerTest).
 
 #include "ServerSession.h"
+#include "PostgresServer.h"
 #include "SecretBytes.h"
 #include "ServerAdministration.h"
 #include "ServerConnection.h"
-#include "ServerSite.h"
 
 #include <QProcess>
 #include <QSet>
