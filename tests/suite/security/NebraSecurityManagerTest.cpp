@@ -73,7 +73,7 @@ private Q_SLOTS:
         const std::unique_ptr<NebraSecurityManager> manager = loggedInManager();
         QVERIFY(manager);
         const auto allowed = [&manager](const char* operation, const char* area = "AuthorisationsGeneral") {
-            return manager->IsOperationAllowed(QLatin1String(area), QLatin1String(operation));
+            return manager->IsOperationAllowed(area, operation);
         };
         QVERIFY(allowed("RunProtocol") && !allowed("EditLayout"));
         // Changes by the administrator take effect within the running session.
@@ -223,10 +223,8 @@ private Q_SLOTS:
     {
         Manager o;
         o.site.administer([](auto& admin, QString* error) {
-            return admin.grant("jsmith",
-                               {QString::fromLatin1(NebraSecurityManager::ReviewArea),
-                                QString::fromLatin1(NebraSecurityManager::ReviewOperation)},
-                               error);
+            return admin.grant(
+                "jsmith", {NebraSecurityManager::ReviewArea, NebraSecurityManager::ReviewOperation}, error);
         });
         const std::unique_ptr<NebraSecurityManager> manager = loggedInManager();
         QVERIFY(manager);
