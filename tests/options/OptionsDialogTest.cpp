@@ -108,51 +108,42 @@ private Q_SLOTS:
     // The deliberate coupling: the driver list follows the data-folder
     // permission, the driver permission only shows its notice. The dialog
     // sees only the answers, so both allowed is the row without a session.
-    void eachShowingAsksBothPermissions_data()
-    {
-        QTest::addColumn<bool>("session");
-        QTest::addColumn<QStringList>("rights");
-        QTest::addColumn<bool>("dataAllowed");
-        QTest::addColumn<bool>("driverAllowed");
-        // clang-format off
-        QTest::newRow("no session") << false << QStringList() << true << true;
-        QTest::newRow("driver only") << true << QStringList{"Instrumentation/SelectDriver"} << false << true;
-        QTest::newRow("data only") << true << QStringList{"ParentDirectoryDataFiles/Edit"} << true << false;
-        QTest::newRow("neither") << true << QStringList() << false << false;
-        // clang-format on
-    }
-
     void eachShowingAsksBothPermissions()
     {
-        QFETCH(bool, session);
-        QFETCH(QStringList, rights);
-        QFETCH(bool, dataAllowed);
-        QFETCH(bool, driverAllowed);
-        Fixture f;
-        if (session) { // a session of jsmith with the rights given
-            f.site = std::make_unique<SecuritySite>(rights);
-            QVERIFY(f.manager = loggedInManager());
+        // clang-format off
+        for (const auto& [session, rights, dataAllowed, driverAllowed] : std::initializer_list<std::tuple<bool, QStringList, bool, bool>>{
+            {false, QStringList(), true, true}, // no session
+            {true, QStringList{"Instrumentation/SelectDriver"}, false, true}, // driver only
+            {true, QStringList{"ParentDirectoryDataFiles/Edit"}, true, false}, // data only
+            {true, QStringList(), false, false} // neither
+        }) {
+            // clang-format on
+            Fixture f;
+            if (session) { // a session of jsmith with the rights given
+                f.site = std::make_unique<SecuritySite>(rights);
+                QVERIFY(f.manager = loggedInManager());
+            }
+            f.setDrivers({"Reader One", "Reader Two"});
+            f.settings.SetShowPreviewPane(false);
+            f.settings.SetShowShortcuts(true);
+            f.run([&] {
+                QCOMPARE(f.control<QCheckBox>("chkPreview")->isChecked(), false);
+                QCOMPARE(f.control<QCheckBox>("chkShortcuts")->isChecked(), true);
+                QCOMPARE(f.text()->text(), f.paths.ParentDirectory());
+                QCOMPARE(f.text()->isEnabled(), dataAllowed);
+                QCOMPARE(f.control<QPushButton>("cmdBrowseParentDirectory")->isEnabled(), dataAllowed);
+                QCOMPARE(f.control<QLabel>("LabelSecurity")->isHidden(), dataAllowed);
+                QCOMPARE(f.control<QLabel>("ImageSecurity")->isHidden(), dataAllowed);
+                QCOMPARE(f.control<QLabel>("LabelSecurityDrivers")->isHidden(), driverAllowed);
+                QCOMPARE(f.control<QLabel>("ImageSecurityDrivers")->isHidden(), driverAllowed);
+                QCOMPARE(f.control<QLabel>("LabelSecurity")->text(),
+                         QStringLiteral("Security restrictions do not allow you to edit this setting"));
+                f.openDrivers();
+                QCOMPARE(f.list()->count(), 2);
+                QCOMPARE(f.list()->isEnabled(), dataAllowed);
+                f.press("CancelButton");
+            });
         }
-        f.setDrivers({"Reader One", "Reader Two"});
-        f.settings.SetShowPreviewPane(false);
-        f.settings.SetShowShortcuts(true);
-        f.run([&] {
-            QCOMPARE(f.control<QCheckBox>("chkPreview")->isChecked(), false);
-            QCOMPARE(f.control<QCheckBox>("chkShortcuts")->isChecked(), true);
-            QCOMPARE(f.text()->text(), f.paths.ParentDirectory());
-            QCOMPARE(f.text()->isEnabled(), dataAllowed);
-            QCOMPARE(f.control<QPushButton>("cmdBrowseParentDirectory")->isEnabled(), dataAllowed);
-            QCOMPARE(f.control<QLabel>("LabelSecurity")->isHidden(), dataAllowed);
-            QCOMPARE(f.control<QLabel>("ImageSecurity")->isHidden(), dataAllowed);
-            QCOMPARE(f.control<QLabel>("LabelSecurityDrivers")->isHidden(), driverAllowed);
-            QCOMPARE(f.control<QLabel>("ImageSecurityDrivers")->isHidden(), driverAllowed);
-            QCOMPARE(f.control<QLabel>("LabelSecurity")->text(),
-                     QStringLiteral("Security restrictions do not allow you to edit this setting"));
-            f.openDrivers();
-            QCOMPARE(f.list()->count(), 2);
-            QCOMPARE(f.list()->isEnabled(), dataAllowed);
-            f.press("CancelButton");
-        });
     }
 
     // OK stores the driver only when the list was filled in this showing and
