@@ -143,15 +143,13 @@ private Q_SLOTS:
         for (const QString& kind : Kinds)
             complete << "parent/My Assays/" + kind;
         const QStringList none;
-        const int yes = MessageButton::Yes;
-        const int no = MessageButton::No;
         // clang-format off
         QTest::newRow("blanks and one separator") << " %1/Parent/ " << none << 0 << "Parent" << "";
         QTest::newRow("two missing levels") << "%1/New/Deeper" << none << 0 << "Parent" << "The specified parent directory path is invalid.\r\nEither it contains illegal characters or\r\na multiple level directory structure needs to be created.";
-        QTest::newRow("new, yes") << "%1/Fresh" << none << yes << "Fresh" << missing;
-        QTest::newRow("new, no") << "%1/Fresh" << none << no << "Parent" << missing;
-        QTest::newRow("incomplete, yes") << "%1/Old" << QStringList{"Old/My Assays/Results"} << yes << "Old" << incomplete;
-        QTest::newRow("incomplete, no") << "%1/Old" << QStringList{"Old/My Assays/Results"} << no << "Parent" << incomplete;
+        QTest::newRow("new, yes") << "%1/Fresh" << none << int(MessageButton::Yes) << "Fresh" << missing;
+        QTest::newRow("new, no") << "%1/Fresh" << none << int(MessageButton::No) << "Parent" << missing;
+        QTest::newRow("incomplete, yes") << "%1/Old" << QStringList{"Old/My Assays/Results"} << int(MessageButton::Yes) << "Old" << incomplete;
+        QTest::newRow("incomplete, no") << "%1/Old" << QStringList{"Old/My Assays/Results"} << int(MessageButton::No) << "Parent" << incomplete;
         QTest::newRow("complete, other letter case") << "%1/parent" << complete << 0 << "parent" << "";
         QTest::newRow("empty") << "   " << none << 0 << "Parent" << "Please type the parent directory for data files.";
         QTest::newRow("relative") << "Data/Assays" << none << 0 << "Parent" << "The specified parent directory path is incomplete.\r\nType the full path of the folder, beginning with /.";

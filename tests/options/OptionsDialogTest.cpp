@@ -108,53 +108,42 @@ private Q_SLOTS:
     // The deliberate coupling: the driver list follows the data-folder
     // permission, the driver permission only shows its notice. The dialog
     // sees only the answers, so both allowed is the row without a session.
-    void eachShowingAsksBothPermissions_data()
-    {
-        QTest::addColumn<bool>("session");
-        QTest::addColumn<QStringList>("rights");
-        QTest::addColumn<bool>("dataAllowed");
-        QTest::addColumn<bool>("driverAllowed");
-        const QString data = QStringLiteral("ParentDirectoryDataFiles/Edit");
-        const QString driver = QStringLiteral("Instrumentation/SelectDriver");
-        // clang-format off
-        QTest::newRow("no session") << false << QStringList() << true << true;
-        QTest::newRow("driver only") << true << QStringList{driver} << false << true;
-        QTest::newRow("data only") << true << QStringList{data} << true << false;
-        QTest::newRow("neither") << true << QStringList() << false << false;
-        // clang-format on
-    }
-
     void eachShowingAsksBothPermissions()
     {
-        QFETCH(bool, session);
-        QFETCH(QStringList, rights);
-        QFETCH(bool, dataAllowed);
-        QFETCH(bool, driverAllowed);
-        Fixture f;
-        if (session) { // a session of jsmith with the rights given
-            f.site = std::make_unique<SecuritySite>(rights);
-            QVERIFY(f.manager = loggedInManager());
+        // clang-format off
+        for (const auto& [session, rights, dataAllowed, driverAllowed] : std::initializer_list<std::tuple<bool, QStringList, bool, bool>>{
+            {false, QStringList(), true, true}, // no session
+            {true, QStringList{"Instrumentation/SelectDriver"}, false, true}, // driver only
+            {true, QStringList{"ParentDirectoryDataFiles/Edit"}, true, false}, // data only
+            {true, QStringList(), false, false} // neither
+        }) {
+            // clang-format on
+            Fixture f;
+            if (session) { // a session of jsmith with the rights given
+                f.site = std::make_unique<SecuritySite>(rights);
+                QVERIFY(f.manager = loggedInManager());
+            }
+            f.setDrivers({"Reader One", "Reader Two"});
+            f.settings.SetShowPreviewPane(false);
+            f.settings.SetShowShortcuts(true);
+            f.run([&] {
+                QCOMPARE(f.control<QCheckBox>("chkPreview")->isChecked(), false);
+                QCOMPARE(f.control<QCheckBox>("chkShortcuts")->isChecked(), true);
+                QCOMPARE(f.text()->text(), f.paths.ParentDirectory());
+                QCOMPARE(f.text()->isEnabled(), dataAllowed);
+                QCOMPARE(f.control<QPushButton>("cmdBrowseParentDirectory")->isEnabled(), dataAllowed);
+                QCOMPARE(f.control<QLabel>("LabelSecurity")->isHidden(), dataAllowed);
+                QCOMPARE(f.control<QLabel>("ImageSecurity")->isHidden(), dataAllowed);
+                QCOMPARE(f.control<QLabel>("LabelSecurityDrivers")->isHidden(), driverAllowed);
+                QCOMPARE(f.control<QLabel>("ImageSecurityDrivers")->isHidden(), driverAllowed);
+                QCOMPARE(f.control<QLabel>("LabelSecurity")->text(),
+                         QStringLiteral("Security restrictions do not allow you to edit this setting"));
+                f.openDrivers();
+                QCOMPARE(f.list()->count(), 2);
+                QCOMPARE(f.list()->isEnabled(), dataAllowed);
+                f.press("CancelButton");
+            });
         }
-        f.setDrivers({"Reader One", "Reader Two"});
-        f.settings.SetShowPreviewPane(false);
-        f.settings.SetShowShortcuts(true);
-        f.run([&] {
-            QCOMPARE(f.control<QCheckBox>("chkPreview")->isChecked(), false);
-            QCOMPARE(f.control<QCheckBox>("chkShortcuts")->isChecked(), true);
-            QCOMPARE(f.text()->text(), f.paths.ParentDirectory());
-            QCOMPARE(f.text()->isEnabled(), dataAllowed);
-            QCOMPARE(f.control<QPushButton>("cmdBrowseParentDirectory")->isEnabled(), dataAllowed);
-            QCOMPARE(f.control<QLabel>("LabelSecurity")->isHidden(), dataAllowed);
-            QCOMPARE(f.control<QLabel>("ImageSecurity")->isHidden(), dataAllowed);
-            QCOMPARE(f.control<QLabel>("LabelSecurityDrivers")->isHidden(), driverAllowed);
-            QCOMPARE(f.control<QLabel>("ImageSecurityDrivers")->isHidden(), driverAllowed);
-            QCOMPARE(f.control<QLabel>("LabelSecurity")->text(),
-                     QStringLiteral("Security restrictions do not allow you to edit this setting"));
-            f.openDrivers();
-            QCOMPARE(f.list()->count(), 2);
-            QCOMPARE(f.list()->isEnabled(), dataAllowed);
-            f.press("CancelButton");
-        });
     }
 
     // OK stores the driver only when the list was filled in this showing and
@@ -256,57 +245,50 @@ private Q_SLOTS:
     // OK applies the parent directory first; a refused one keeps the dialog
     // open with nothing else applied. Cancel never undoes an earlier OK. Why
     // a folder is refused is the data folders' business, tested there.
-    void okAppliesTheParentDirectory_data()
-    {
-        QTest::addColumn<QString>("typed"); // %1: the test's folder
-        QTest::addColumn<int>("answer");
-        QTest::addColumn<bool>("closed");
-        QTest::addColumn<QString>("parentAfter");
-        // clang-format off
-        QTest::newRow("unchanged") << "%1/Parent" << 0 << true << "Parent";
-        QTest::newRow("new, created") << " %1/Fresh/ " << int(MessageButton::Yes) << true << "Fresh";
-        QTest::newRow("new, refused") << "%1/Fresh" << int(MessageButton::No) << false << "Parent";
-        // clang-format on
-    }
-
     void okAppliesTheParentDirectory()
     {
-        QFETCH(QString, typed);
-        QFETCH(int, answer);
-        QFETCH(bool, closed);
-        QFETCH(QString, parentAfter);
-        Fixture f;
-        f.setDrivers({"Reader One", "Reader Two"});
-        const QStringList before = QDir(f.dir.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
-        MessageRecorder recorder;
-        if (answer)
-            recorder.answer(answer);
-        bool stayedOpen = false;
-        const bool ok = f.run([&] {
-            f.openDrivers();
-            f.list()->setCurrentRow(1);
-            f.text()->setText(typed.arg(f.dir.path()));
-            f.press("OKButton");
-            stayedOpen = f.dialog.result() != QDialog::Accepted;
-            if (stayedOpen)
+        // What is typed (%1: the test's folder), the answer to the question, whether OK closed the dialog
+        // and the parent directory after.
+        // clang-format off
+        for (const auto& [typed, answer, closed, parentAfter] : std::initializer_list<std::tuple<QString, int, bool, QString>>{
+            {"%1/Parent", 0, true, "Parent"}, // unchanged
+            {" %1/Fresh/ ", int(MessageButton::Yes), true, "Fresh"}, // new, created
+            {"%1/Fresh", int(MessageButton::No), false, "Parent"} // new, refused
+        }) {
+            // clang-format on
+            Fixture f;
+            f.setDrivers({"Reader One", "Reader Two"});
+            const QStringList before = QDir(f.dir.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
+            MessageRecorder recorder;
+            if (answer)
+                recorder.answer(answer);
+            bool stayedOpen = false;
+            const bool ok = f.run([&] {
+                f.openDrivers();
+                f.list()->setCurrentRow(1);
+                f.text()->setText(typed.arg(f.dir.path()));
+                f.press("OKButton");
+                stayedOpen = f.dialog.result() != QDialog::Accepted;
+                if (stayedOpen)
+                    f.press("CancelButton");
+            });
+            QCOMPARE(ok, closed);
+            QCOMPARE(stayedOpen, !closed);
+            QCOMPARE(recorder.count(), answer ? 1 : 0); // the question about the new folder
+            QCOMPARE(f.paths.ParentDirectory(), f.dir.filePath(parentAfter));
+            QCOMPARE(f.settings.CurrentHLD(), closed ? 2 : 1); // the driver only after an accepted folder
+            if (closed)
+                QCOMPARE(f.text()->text(), f.paths.ParentDirectory());
+            else
+                QCOMPARE(QDir(f.dir.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), before);
+            // Cancel at the next showing keeps what this OK accepted.
+            f.run([&] {
+                f.text()->setText(f.dir.filePath("Other"));
                 f.press("CancelButton");
-        });
-        QCOMPARE(ok, closed);
-        QCOMPARE(stayedOpen, !closed);
-        QCOMPARE(recorder.count(), answer ? 1 : 0); // the question about the new folder
-        QCOMPARE(f.paths.ParentDirectory(), f.dir.filePath(parentAfter));
-        QCOMPARE(f.settings.CurrentHLD(), closed ? 2 : 1); // the driver only after an accepted folder
-        if (closed)
-            QCOMPARE(f.text()->text(), f.paths.ParentDirectory());
-        else
-            QCOMPARE(QDir(f.dir.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), before);
-        // Cancel at the next showing keeps what this OK accepted.
-        f.run([&] {
-            f.text()->setText(f.dir.filePath("Other"));
-            f.press("CancelButton");
-        });
-        QCOMPARE(f.paths.ParentDirectory(), f.dir.filePath(parentAfter));
-        QVERIFY(!f.dialog.OKPressed());
+            });
+            QCOMPARE(f.paths.ParentDirectory(), f.dir.filePath(parentAfter));
+            QVERIFY(!f.dialog.OKPressed());
+        }
     }
 
     // Every control is reached by Tab and heard by its caption, the access
@@ -315,8 +297,7 @@ private Q_SLOTS:
     {
         Fixture f;
         f.setDrivers({"Reader One"});
-        for (const auto& [key, okPressed] :
-             {std::pair(Qt::Key_Escape, false), std::pair(Qt::Key_Return, true)}) {
+        for (const auto& [key, okPressed] : {std::pair(Qt::Key_Escape, false), {Qt::Key_Return, true}}) {
             const bool ok = f.run([&] {
                 f.dialog.show();
                 QApplication::setActiveWindow(&f.dialog);

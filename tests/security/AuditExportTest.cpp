@@ -70,9 +70,8 @@ private Q_SLOTS:
     {
         Store o;
         // Each start a spreadsheet would run as a formula.
-        const QStringList formulas{
-            "=HYPERLINK(\"http://x\")", "+1+cmd|' /C calc'!A0", "-2+3", "@SUM(A1)", "\t=1", "\r=1"};
-        for (const QString& formula : formulas)
+        for (const char* formula :
+             {"=HYPERLINK(\"http://x\")", "+1+cmd|' /C calc'!A0", "-2+3", "@SUM(A1)", "\t=1", "\r=1"})
             o.append("General", formula);
         o.append("General", "Run protocol: a, \"b\".apr");
         AuditExport exporter(o.entries(), "all entries", o.recorder());
@@ -87,8 +86,7 @@ private Q_SLOTS:
                      lines[i].constData());
         QVERIFY(lines[8].contains(",\"Run protocol: a, \"\"b\"\".apr\","));
         // The export's own entry follows the entries it wrote.
-        const QString recorded = o.fixture.auditTexts().last();
-        QCOMPARE(recorded,
+        QCOMPARE(o.fixture.auditTexts().last(),
                  QStringLiteral("Audit trail exported to CSV file \"%1\": 8 entries, filter: all entries")
                      .arg(o.path("trail.csv")));
 
@@ -112,8 +110,7 @@ private Q_SLOTS:
     void pdfHasTitleBlockPagesAndRows()
     {
         Store o;
-        const QString longText = "Open results: " + QString(30, QLatin1Char('w')).repeated(8);
-        o.append("General", longText);
+        o.append("General", "Open results: " + QString(240, 'w'));
         for (int i = 0; i < 120; ++i)
             o.append("General", QStringLiteral("Run protocol: Assay %1.apr").arg(i));
         AuditPrintoutTitle title{"Cell Biology Lab", "jsmith (Jane Smith)", QDateTime::currentDateTime(),

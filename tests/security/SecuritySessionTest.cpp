@@ -26,8 +26,6 @@
 using namespace nebra;
 using namespace nebra::test;
 
-Q_DECLARE_METATYPE(nebra::MessageIcon)
-
 namespace {
 
 // The Organiser over a site where jsmith holds RunProtocol; the security
@@ -82,138 +80,124 @@ private Q_SLOTS:
         QCOMPARE(o.security->auditTexts().size(), 3);
     }
 
-    void aFailedStartOfTheSessionEndsTheStartUp_data()
-    {
-        QTest::addColumn<QString>("how");
-        QTest::addColumn<QString>("message");
-        QTest::addColumn<MessageIcon>("icon");
-        // clang-format off
-        QTest::newRow("no database") << "no database" << "Cannot create NebraSecurity.NebraSecurityManager check that it is installed and registered with RegAsm NebraSecurity.dll|Tallyo Organiser" << MessageIcon::NoIcon;
-        QTest::newRow("log-in refused") << "cancel" << "Security log in failed.|Security Manager" << MessageIcon::Information;
-        // The log-in itself is recorded (area "Security"); the session's start is not.
-        QTest::newRow("start not recorded") << "audit full" << NebraSecurityManager::auditWriteFailureText() + "\n\nThe audit trail entry could not be recorded (database or disk is full).|Security Manager" << MessageIcon::Critical;
-        // clang-format on
-    }
-
     void aFailedStartOfTheSessionEndsTheStartUp()
     {
-        QFETCH(QString, how);
-        QFETCH(QString, message);
-        QFETCH(MessageIcon, icon);
-        Session o(false);
-        if (how == QLatin1String("no database")) {
-            QVERIFY(QFile::remove(o.security->settings().databasePath));
-            QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral(
-                                                   "^The security manager cannot be created: ")));
+        // clang-format off
+        for (const auto& [how, message, icon] : std::initializer_list<std::tuple<QString, QString, MessageIcon>>{
+            {"no database", "Cannot create NebraSecurity.NebraSecurityManager check that it is installed and registered with RegAsm NebraSecurity.dll|Tallyo Organiser", MessageIcon::NoIcon}, // no database
+            {"cancel", "Security log in failed.|Security Manager", MessageIcon::Information}, // log-in refused
+            // The log-in itself is recorded (area "Security"); the session's start is not.
+            {"audit full", NebraSecurityManager::auditWriteFailureText() + "\n\nThe audit trail entry could not be recorded (database or disk is full).|Security Manager", MessageIcon::Critical} // start not recorded
+        }) {
+            // clang-format on
+            Session o(false);
+            if (how == QLatin1String("no database")) {
+                QVERIFY(QFile::remove(o.security->settings().databasePath));
+                QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral(
+                                                       "^The security manager cannot be created: ")));
+            }
+            if (how == QLatin1String("audit full"))
+                o.security->fillUp("General");
+            else
+                o.dialogs.cancel();
+            o.dialogs.logIn("jsmith", "correct horse");
+            QCOMPARE(o.start(0), MainWindow::LoadOutcome::Ended);
+            QCOMPARE(o.onlyMessage(), message);
+            QCOMPARE(o.messages.last().icon, icon);
+            // The fixed text says nothing of the cause; the box's details do.
+            if (how == QLatin1String("no database"))
+                QVERIFY2(o.messages.last().details.contains(o.security->settings().databasePath),
+                         qPrintable(o.messages.last().details));
+            QCOMPARE(o.dialogs.shown().size(), how == QLatin1String("no database") ? 0 : 1);
+            if (how == QLatin1String("audit full"))
+                QCOMPARE(o.security->auditTexts().last(), "Session closed");
         }
-        if (how == QLatin1String("audit full"))
-            o.security->fillUp("General");
-        else
-            o.dialogs.cancel();
-        o.dialogs.logIn("jsmith", "correct horse");
-        QCOMPARE(o.start(0), MainWindow::LoadOutcome::Ended);
-        QCOMPARE(o.onlyMessage(), message);
-        QCOMPARE(o.messages.last().icon, icon);
-        // The fixed text says nothing of the cause; the box's details do.
-        if (how == QLatin1String("no database"))
-            QVERIFY2(o.messages.last().details.contains(o.security->settings().databasePath),
-                     qPrintable(o.messages.last().details));
-        QCOMPARE(o.dialogs.shown().size(), how == QLatin1String("no database") ? 0 : 1);
-        if (how == QLatin1String("audit full"))
-            QCOMPARE(o.security->auditTexts().last(), "Session closed");
     }
 
     // A session from its log-in, shown in the status bar and the tools, to
     // its end, which ends the program.
-    void theEndOfTheSessionEndsTheProgram_data()
-    {
-        QTest::addColumn<QString>("how");
-        QTest::addColumn<QString>("message"); // "text|title"
-        QTest::addColumn<QString>("audit");   // the last entry, or empty to skip
-        // clang-format off
-        QTest::newRow("time-out") << "time-out" << "Your session has timed out.  You have been logged out|Time Out" << "Session timed out after 10 minutes without activity";
-        // The unload after the log-out closes no session: it has ended already.
-        QTest::newRow("log-out") << "ID_LogOut" << "The program will now exit.|Logged Out" << "Log out";
-        QTest::newRow("other reason") << "reason 2" << "0 messages" << "";
-        // clang-format on
-    }
-
     void theEndOfTheSessionEndsTheProgram()
     {
-        QFETCH(QString, how);
-        QFETCH(QString, message);
-        QFETCH(QString, audit);
-        Session o;
-        o.set("Security/TimeOutMinutes", 10);
-        MainWindow* window = &o.load(0);
-        QCOMPARE(part<SecuritySession>(*window).state(), SecuritySession::State::Active);
-        QCOMPARE(part<StatusBarControl>(*window).panelText(SecuritySession::SessionPanel),
-                 "Logged in as: jsmith (Jane Smith)");
-        QVERIFY(part<StatusBarControl>(*window).isPanelVisible(SecuritySession::SessionPanel));
-        for (const char* id : {"ID_LogOut", "ID_ChangePassword", "ID_AuditTrail"})
-            QVERIFY2(part<ToolBarsControl>(*window).isToolVisible(QLatin1String(id)), id);
-        QVERIFY(part<ToolBarsControl>(*window).menu("ID_Tools")->menuAction()->isVisible());
-        SettingsStore store;
-        SuitePaths paths(store);
-        paths.Initialise();
-        QVERIFY(QFileInfo(paths.SecuredFolder()).isDir());
-        QString error;
-        const AuditEntry last = o.security->open()->audit().entries(&error).last();
-        QCOMPARE(last.area + QLatin1Char('|') + last.text, "General|Launch Welcome screen");
-        QCOMPARE(o.messages.count(), 0);
+        // clang-format off
+        for (const auto& [how, message, audit] : std::initializer_list<std::tuple<QString, QString, QString>>{
+            {"time-out", "Your session has timed out.  You have been logged out|Time Out", "Session timed out after 10 minutes without activity"}, // time-out
+            // The unload after the log-out closes no session: it has ended already.
+            {"ID_LogOut", "The program will now exit.|Logged Out", "Log out"}, // log-out
+            {"reason 2", "0 messages", ""} // other reason
+        }) {
+            // clang-format on
+            Session o;
+            o.set("Security/TimeOutMinutes", 10);
+            MainWindow* window = &o.load(0);
+            QCOMPARE(part<SecuritySession>(*window).state(), SecuritySession::State::Active);
+            QCOMPARE(part<StatusBarControl>(*window).panelText(SecuritySession::SessionPanel),
+                     "Logged in as: jsmith (Jane Smith)");
+            QVERIFY(part<StatusBarControl>(*window).isPanelVisible(SecuritySession::SessionPanel));
+            for (const char* id : {"ID_LogOut", "ID_ChangePassword", "ID_AuditTrail"})
+                QVERIFY2(part<ToolBarsControl>(*window).isToolVisible(QLatin1String(id)), id);
+            QVERIFY(part<ToolBarsControl>(*window).menu("ID_Tools")->menuAction()->isVisible());
+            SettingsStore store;
+            SuitePaths paths(store);
+            paths.Initialise();
+            QVERIFY(QFileInfo(paths.SecuredFolder()).isDir());
+            QString error;
+            const AuditEntry last = o.security->open()->audit().entries(&error).last();
+            QCOMPARE(last.area + QLatin1Char('|') + last.text, "General|Launch Welcome screen");
+            QCOMPARE(o.messages.count(), 0);
 
-        // A click on the session panel shows the session information box.
-        QLabel* panel = nullptr;
-        for (QLabel* label : window->statusBar()->findChildren<QLabel*>())
-            if (label->accessibleName() == QLatin1String("Status panel 2"))
-                panel = label;
-        QVERIFY(panel);
-        QTest::mouseClick(panel, Qt::LeftButton);
-        QCOMPARE(o.onlyMessage(), "Logged in as: jsmith\r\n\r\nJane Smith|Security Information");
-        QCOMPARE(o.messages.last().icon, MessageIcon::Information);
-        o.messages.clear();
-
-        QDialog other; // another window of the program, open when the session ends
-        other.show();
-        // A window hidden between showings (as the Options dialog is) must not outlive the session.
-        QPointer<QDialog> hidden = new QDialog;
-        hidden->setAttribute(Qt::WA_DeleteOnClose);
-        hidden->show();
-        hidden->hide();
-        // What a command run while the end is announced would get: a right of the
-        // user is allowed and recorded until then, refused and unrecorded from then on.
-        const Authorisation authorisation(part<SecuritySession>(*window), nullptr);
-        const auto tryToRun = [&] {
-            const bool allowed =
-                authorisation.CanPerformSecurityOperation(Authorisation::GeneralArea, "RunProtocol", false);
-            return authorisation.AddAuditTrailEntryOperationGeneral("Run protocol: late.apr") || allowed;
-        };
-        QVERIFY(tryToRun());
-        QCOMPARE(o.security->auditTexts().last(), "Run protocol: late.apr");
-        int passedWhileShown = 0;
-        o.messages.whileShown([&](const MessageRequest&) { passedWhileShown += int(tryToRun()); });
-        if (how == QLatin1String("time-out")) {
-            o.now += 10 * 60 * 1000 - 1;
-            QCoreApplication::processEvents();
-            QCOMPARE(o.processEnds, 0);
-            o.now += 1;
-        } else if (how == QLatin1String("ID_LogOut")) {
-            part<ToolBarsControl>(*window).action(how)->trigger();
-        } else {
-            part<SecuritySession>(*window).NebraSecurityManagerObj_UserLoggedOut("jsmith", 2);
-        }
-        QTRY_COMPARE_WITH_TIMEOUT(o.processEnds, 1, 5000);
-        QCOMPARE(passedWhileShown, 0);
-        QVERIFY(!tryToRun());
-        QCOMPARE(o.onlyMessage(), message);
-        if (o.messages.count() == 1)
+            // A click on the session panel shows the session information box.
+            QLabel* panel = nullptr;
+            for (QLabel* label : window->statusBar()->findChildren<QLabel*>())
+                if (label->accessibleName() == QLatin1String("Status panel 2"))
+                    panel = label;
+            QVERIFY(panel);
+            QTest::mouseClick(panel, Qt::LeftButton);
+            QCOMPARE(o.onlyMessage(), "Logged in as: jsmith\r\n\r\nJane Smith|Security Information");
             QCOMPARE(o.messages.last().icon, MessageIcon::Information);
-        QVERIFY(!other.isVisible());
-        QTRY_VERIFY_WITH_TIMEOUT(hidden.isNull(), 5000);
-        QVERIFY(!window->isVisible());
-        QVERIFY(!part<SecuritySession>(*window).SecurityEnabled());
-        if (!audit.isEmpty())
-            QCOMPARE(o.security->auditTexts().last(), audit);
+            o.messages.clear();
+
+            QDialog other; // another window of the program, open when the session ends
+            other.show();
+            // A window hidden between showings (as the Options dialog is) must not outlive the session.
+            QPointer<QDialog> hidden = new QDialog;
+            hidden->setAttribute(Qt::WA_DeleteOnClose);
+            hidden->show();
+            hidden->hide();
+            // What a command run while the end is announced would get: a right of the
+            // user is allowed and recorded until then, refused and unrecorded from then on.
+            const Authorisation authorisation(part<SecuritySession>(*window), nullptr);
+            const auto tryToRun = [&] {
+                const bool allowed = authorisation.CanPerformSecurityOperation(Authorisation::GeneralArea,
+                                                                               "RunProtocol", false);
+                return authorisation.AddAuditTrailEntryOperationGeneral("Run protocol: late.apr") || allowed;
+            };
+            QVERIFY(tryToRun());
+            QCOMPARE(o.security->auditTexts().last(), "Run protocol: late.apr");
+            int passedWhileShown = 0;
+            o.messages.whileShown([&](const MessageRequest&) { passedWhileShown += int(tryToRun()); });
+            if (how == QLatin1String("time-out")) {
+                o.now += 10 * 60 * 1000 - 1;
+                QCoreApplication::processEvents();
+                QCOMPARE(o.processEnds, 0);
+                o.now += 1;
+            } else if (how == QLatin1String("ID_LogOut")) {
+                part<ToolBarsControl>(*window).action(how)->trigger();
+            } else {
+                part<SecuritySession>(*window).NebraSecurityManagerObj_UserLoggedOut("jsmith", 2);
+            }
+            QTRY_COMPARE_WITH_TIMEOUT(o.processEnds, 1, 5000);
+            QCOMPARE(passedWhileShown, 0);
+            QVERIFY(!tryToRun());
+            QCOMPARE(o.onlyMessage(), message);
+            if (o.messages.count() == 1)
+                QCOMPARE(o.messages.last().icon, MessageIcon::Information);
+            QVERIFY(!other.isVisible());
+            QTRY_VERIFY_WITH_TIMEOUT(hidden.isNull(), 5000);
+            QVERIFY(!window->isVisible());
+            QVERIFY(!part<SecuritySession>(*window).SecurityEnabled());
+            if (!audit.isEmpty())
+                QCOMPARE(o.security->auditTexts().last(), audit);
+        }
     }
 
     // Ten minutes' time-out, warned a minute before by default. Each row:

@@ -158,46 +158,38 @@ private Q_SLOTS:
     // The tool bar and the tree's buttons reach the launcher, New on Protocols the
     // wizard picker; in a session a run is checked and audited (allowed and refused
     // paths; an entry that cannot be written is the launcher's and Authorisation's test).
-    void documentCommandsStartTheSuitesPrograms_data()
-    {
-        QTest::addColumn<int>("session"); // 0: none, 1: allowed, 2: refused
-        // clang-format off
-        QTest::newRow("no session") << 0;
-        QTest::newRow("allowed") << 1;
-        QTest::newRow("denied") << 2;
-        // clang-format on
-    }
-
     void documentCommandsStartTheSuitesPrograms()
     {
-        QFETCH(int, session);
-        Documents o;
-        if (session)
-            o.secure(session == 1 ? QStringList{"AuthorisationsGeneral/RunProtocol"} : QStringList{});
-        MainWindow& window = o.load();
-        FolderTreeControl& tree = part<FolderTreeControl>(window);
-        // A shortcut leads to its folder; the list and the commands follow.
-        Q_EMIT part<ShortcutsBar>(window).itemClicked(QString::number(toData(DocumentType::Protocols)));
-        QVERIFY(waitForListing(part<FileListControl>(window)));
-        QCOMPARE(tree.currentNode(), branch(tree, DocumentType::Protocols));
-        QVERIFY(tree.isButtonEnabled(treeButton(CommandId::Run)));
-        const QString protocol = o.doc("Protocols/ELISA IgG Quantitation.apr");
-        const QList<QByteArrayList> run{
-            {QFile::encodeName(o.programs.program("Assay Application")), QFile::encodeName(protocol)}};
-        part<ToolBarsControl>(window).action("ID_Run")->trigger();
-        QCOMPARE(o.messages.count(), session == 2 ? 1 : 0);
-        if (session) {
-            // The session also records the documents, on its own threads: the run's entry need not be last.
-            QCOMPARE(o.security->auditTexts().contains("Run protocol: " + protocol), session == 1);
-            QCOMPARE(session == 1 ? o.started() : o.programs.records(),
-                     session == 1 ? run : QList<QByteArrayList>{});
-            return;
+        for (const int session : {0, 1, 2}) { // 0: no session, 1: allowed, 2: refused
+            Documents o;
+            if (session)
+                o.secure(session == 1 ? QStringList{"AuthorisationsGeneral/RunProtocol"} : QStringList{});
+            MainWindow& window = o.load();
+            FolderTreeControl& tree = part<FolderTreeControl>(window);
+            // A shortcut leads to its folder; the list and the commands follow.
+            Q_EMIT part<ShortcutsBar>(window).itemClicked(QString::number(toData(DocumentType::Protocols)));
+            QVERIFY(waitForListing(part<FileListControl>(window)));
+            QCOMPARE(tree.currentNode(), branch(tree, DocumentType::Protocols));
+            QVERIFY(tree.isButtonEnabled(treeButton(CommandId::Run)));
+            const QString protocol = o.doc("Protocols/ELISA IgG Quantitation.apr");
+            const QList<QByteArrayList> run{
+                {QFile::encodeName(o.programs.program("Assay Application")), QFile::encodeName(protocol)}};
+            part<ToolBarsControl>(window).action("ID_Run")->trigger();
+            QCOMPARE(o.messages.count(), session == 2 ? 1 : 0);
+            if (session) {
+                // The session also records the documents, on its own threads: the run's entry need not be
+                // last.
+                QCOMPARE(o.security->auditTexts().contains("Run protocol: " + protocol), session == 1);
+                QCOMPARE(session == 1 ? o.started() : o.programs.records(),
+                         session == 1 ? run : QList<QByteArrayList>{});
+                continue;
+            }
+            QCOMPARE(o.started(), run);
+            tree.clickButton(treeButton(CommandId::Run));
+            QCOMPARE(o.started(), run);
+            part<ToolBarsControl>(window).action("ID_New")->trigger();
+            QCOMPARE(o.dialogs.shown(), QStringList{"frmNewAssayProtocol"});
         }
-        QCOMPARE(o.started(), run);
-        tree.clickButton(treeButton(CommandId::Run));
-        QCOMPARE(o.started(), run);
-        part<ToolBarsControl>(window).action("ID_New")->trigger();
-        QCOMPARE(o.dialogs.shown(), QStringList{"frmNewAssayProtocol"});
     }
 
     // Which link does what is the welcome page's own test; here a click on the

@@ -233,8 +233,7 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(rows(), all, 5000);
 
         const auto exportTo = [&](const QString& kind) {
-            const QString file =
-                site.folders.root() + QLatin1Char('/') + kind + (kind == "csv" ? ".csv" : ".pdf");
+            const QString file = site.folders.root() + '/' + kind + (kind == "csv" ? ".csv" : ".pdf");
             if (kind == "print") {
                 site.dialogs.then([file](QDialog& dialog) {
                     auto* print = qobject_cast<QPrintDialog*>(&dialog);

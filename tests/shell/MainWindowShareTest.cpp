@@ -115,44 +115,39 @@ private Q_SLOTS:
     // says so once, and builds the tree when the server answers; shutdown
     // with a read stuck on the server ends at once. The parent may answer
     // while the data folders below it do not.
-    void aFrozenShareNeitherHoldsTheStartNorTheEnd_data()
-    {
-        QTest::addColumn<QString>("mounted"); // below the parent
-        QTest::newRow("parent") << QString();
-        QTest::newRow("data folders") << "/My Assays";
-    }
     void aFrozenShareNeitherHoldsTheStartNorTheEnd()
     {
-        QFETCH(QString, mounted);
-        Shared o;
-        if (!o.mount(mounted))
-            return;
-        o.share.freeze();
-        QElapsedTimer clock;
-        clock.start();
-        QCOMPARE(o.start(), MainWindow::LoadOutcome::Loaded);
-        QVERIFY2(clock.elapsed() < 8000, qPrintable(QString::number(clock.elapsed())));
-        MainWindow& window = *o.window;
-        FolderTreeControl& tree = part<FolderTreeControl>(window);
-        QTRY_COMPARE_WITH_TIMEOUT(o.messages.count(), 1, 3000);
-        QVERIFY(o.messages.last().text.contains("do not answer"));
-        QVERIFY(branch(tree, DocumentType::Protocols).text().endsWith(" (unavailable)"));
+        for (const QString& mounted : {QString(), QStringLiteral("/My Assays")}) { // below the parent
+            Shared o;
+            if (!o.mount(mounted))
+                return;
+            o.share.freeze();
+            QElapsedTimer clock;
+            clock.start();
+            QCOMPARE(o.start(), MainWindow::LoadOutcome::Loaded);
+            QVERIFY2(clock.elapsed() < 8000, qPrintable(QString::number(clock.elapsed())));
+            MainWindow& window = *o.window;
+            FolderTreeControl& tree = part<FolderTreeControl>(window);
+            QTRY_COMPARE_WITH_TIMEOUT(o.messages.count(), 1, 3000);
+            QVERIFY(o.messages.last().text.contains("do not answer"));
+            QVERIFY(branch(tree, DocumentType::Protocols).text().endsWith(" (unavailable)"));
 
-        o.share.thaw();
-        QTRY_VERIFY_WITH_TIMEOUT(!branch(tree, DocumentType::Results).text().endsWith(" (unavailable)"),
-                                 10000);
-        QTRY_VERIFY(tree.nodes().findFolderPath(o.doc("Results/Run1")).isValid());
-        // Followed: polled as the root, or as a share below the local root.
-        runScript(o.backing + "/Results", "mkdir Run2");
-        QTRY_VERIFY_WITH_TIMEOUT(tree.nodes().findFolderPath(o.doc("Results/Run2")).isValid(), 5000);
+            o.share.thaw();
+            QTRY_VERIFY_WITH_TIMEOUT(!branch(tree, DocumentType::Results).text().endsWith(" (unavailable)"),
+                                     10000);
+            QTRY_VERIFY(tree.nodes().findFolderPath(o.doc("Results/Run1")).isValid());
+            // Followed: polled as the root, or as a share below the local root.
+            runScript(o.backing + "/Results", "mkdir Run2");
+            QTRY_VERIFY_WITH_TIMEOUT(tree.nodes().findFolderPath(o.doc("Results/Run2")).isValid(), 5000);
 
-        o.share.freeze();
-        tree.setCurrentNode(branch(tree, DocumentType::Results).child(0)); // a read that will not answer
-        QCoreApplication::processEvents();                                 // the listing is asked for
-        clock.restart();
-        window.close();
-        o.window.reset();
-        QVERIFY2(clock.elapsed() < 3000, qPrintable(QString::number(clock.elapsed())));
+            o.share.freeze();
+            tree.setCurrentNode(branch(tree, DocumentType::Results).child(0)); // a read that will not answer
+            QCoreApplication::processEvents();                                 // the listing is asked for
+            clock.restart();
+            window.close();
+            o.window.reset();
+            QVERIFY2(clock.elapsed() < 3000, qPrintable(QString::number(clock.elapsed())));
+        }
     }
 
     // OK in the Options dialog with a parent directory on a frozen server
@@ -192,8 +187,7 @@ private Q_SLOTS:
         Shared o;
         if (!o.mount())
             return;
-        const QString secured = o.folders.root() + "/Lab Data/Secured/Site";
-        o.set("Paths/SecuredFolder", secured);
+        o.set("Paths/SecuredFolder", o.folders.root() + "/Lab Data/Secured/Site");
         o.set("Settings/RecentDocuments",
               QStringList{o.doc("Protocols/Gone.apr"), o.doc("Protocols/Elisa.apr")});
         o.secure();

@@ -162,8 +162,7 @@ private Q_SLOTS:
         writeFile(catalogue, "{\"drivers\": []}");
         using Mode = FolderTreeControl::DisplayMode;
         MainWindow* shown = &window;
-        for (const auto& [mode, stored] :
-             {std::pair(Mode::Explorer, "true"), std::pair(Mode::Compact, "false")}) {
+        for (const auto& [mode, stored] : {std::pair(Mode::Explorer, "true"), {Mode::Compact, "false"}}) {
             part<FolderTreeControl>(*shown).setDisplayMode(mode);
             tool(*shown, CommandId::Exit).trigger();
             QVERIFY(!shown->isVisible());
@@ -205,43 +204,35 @@ private Q_SLOTS:
         QVERIFY(!site.stored("Settings/ExplorerModeFlag").isValid());
     }
 
-    // Spaced buttons (flag 32) put blanks where the separators and Help were.
-    void panesFollowTheirSettings_data()
-    {
-        QTest::addColumn<int>("flags");
-        QTest::addColumn<bool>("drivers");
-        QTest::addColumn<QStringList>("secondGroup");
-        const QStringList kinds{"Microplate Layouts", "Protocols", "Results", "Reports"};
-        // clang-format off
-        QTest::newRow("normal, with drivers") << 0 << true << QStringList{"Organiser", "Instrument Data"} + kinds;
-        QTest::newRow("spaced, without drivers") << 32 << false << QStringList{"Organiser"} + kinds;
-        // clang-format on
-    }
-
+    // Normal with drivers; spaced buttons (flag 32) without, blanks where the separators and Help were.
     void panesFollowTheirSettings()
     {
-        QFETCH(int, flags);
-        QFETCH(bool, drivers);
-        QFETCH(QStringList, secondGroup);
-        LoadedOrganiser site;
-        site.set("Settings/ToolbarFlags", flags);
-        site.set("Settings/InstrumentDriversInUse", drivers);
-        site.set("Settings/ShowShortcutsBar", !drivers);
-        MainWindow& window = site.load();
-        const QList<int> keys = part<FolderTreeControl>(window).buttonKeys();
-        QCOMPARE(keys.mid(0, 3), (QList<int>{FolderTreeControl::BackButton, FolderTreeControl::ForwardButton,
-                                             FolderTreeControl::UpButton}));
-        QCOMPARE(keys.contains(treeButton(CommandId::HelpContext)), flags == 0);
-        QCOMPARE(keys.contains(ToolDefinitions::FirstSpacer) && keys.contains(ToolDefinitions::LastSpacer),
-                 flags != 0);
-        QCOMPARE(keys.indexOf(treeButton(CommandId::Run)), keys.indexOf(treeButton(CommandId::New)) + 2);
-        QVERIFY(part<FileListControl>(window).columns().contains("Comment"));
-        ShortcutsBar& bar = part<ShortcutsBar>(window);
-        QCOMPARE(bar.mode(), drivers ? ShortcutsBar::Mode::Collapsed : ShortcutsBar::Mode::Shown);
-        QCOMPARE(bar.itemCaptions(0), (QStringList{"Organiser", "Protocols", "Results", "Reports"}));
-        QCOMPARE(bar.itemCaptions(1), secondGroup);
-        for (int item = 0; item < secondGroup.size(); ++item)
-            QVERIFY(bar.itemHasIcon(1, item));
+        const QStringList kinds{"Microplate Layouts", "Protocols", "Results", "Reports"};
+        for (const auto& [flags, drivers, secondGroup] :
+             {std::tuple(0, true, QStringList{"Organiser", "Instrument Data"} + kinds),
+              {32, false, QStringList{"Organiser"} + kinds}}) {
+            LoadedOrganiser site;
+            site.set("Settings/ToolbarFlags", flags);
+            site.set("Settings/InstrumentDriversInUse", drivers);
+            site.set("Settings/ShowShortcutsBar", !drivers);
+            MainWindow& window = site.load();
+            const QList<int> keys = part<FolderTreeControl>(window).buttonKeys();
+            QCOMPARE(keys.mid(0, 3),
+                     (QList<int>{FolderTreeControl::BackButton, FolderTreeControl::ForwardButton,
+                                 FolderTreeControl::UpButton}));
+            QCOMPARE(keys.contains(treeButton(CommandId::HelpContext)), flags == 0);
+            QCOMPARE(keys.contains(ToolDefinitions::FirstSpacer) &&
+                         keys.contains(ToolDefinitions::LastSpacer),
+                     flags != 0);
+            QCOMPARE(keys.indexOf(treeButton(CommandId::Run)), keys.indexOf(treeButton(CommandId::New)) + 2);
+            QVERIFY(part<FileListControl>(window).columns().contains("Comment"));
+            ShortcutsBar& bar = part<ShortcutsBar>(window);
+            QCOMPARE(bar.mode(), drivers ? ShortcutsBar::Mode::Collapsed : ShortcutsBar::Mode::Shown);
+            QCOMPARE(bar.itemCaptions(0), (QStringList{"Organiser", "Protocols", "Results", "Reports"}));
+            QCOMPARE(bar.itemCaptions(1), secondGroup);
+            for (int item = 0; item < secondGroup.size(); ++item)
+                QVERIFY(bar.itemHasIcon(1, item));
+        }
     }
 
     // The Options command in the running Organiser: the view options, the
@@ -254,11 +245,10 @@ private Q_SLOTS:
         LoadedOrganiser site;
         const QString data = site.folders.root() + "/Lab Data";
         const QString other = site.folders.root() + "/Other";
-        for (const QString& parent : {data, other}) {
+        for (const QString& parent : {data, other})
             for (const char* kind : {"Microplate Layouts", "Results", "Reports", "Protocols/Batch 1",
                                      "Read Configurations/Reader One", "Read Configurations/Reader Two"})
                 makeFolder(parent + QStringLiteral("/My Assays/") + QLatin1String(kind));
-        }
         writeFile(other + "/My Assays/Read Configurations/Reader Two/plate.daq");
         const QString catalogue = site.folders.root() + "/drivers.json";
         writeFile(catalogue, R"({"drivers":[{"FullName":"Reader One"},{"FullName":"Reader Two"}]})");

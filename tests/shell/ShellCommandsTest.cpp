@@ -28,9 +28,7 @@ private Q_SLOTS:
         ShellCommands::ShowAbout(&window, QStringLiteral("Tallyo Organiser"));
         QCOMPARE(messages.count(), 1);
         QCOMPARE(messages.last().title, QStringLiteral("About Tallyo Organiser"));
-        for (const QString& part :
-             {QStringLiteral("Tallyo Organiser"), QStringLiteral("Version " NEBRA_VERSION),
-              QString::fromLatin1(qVersion())})
+        for (const QString& part : QStringList{"Tallyo Organiser", "Version " NEBRA_VERSION, qVersion()})
             QVERIFY2(messages.last().text.contains(part), qPrintable(messages.last().text));
         QCOMPARE(messages.last().owner, &window);
 

@@ -102,12 +102,9 @@ private Q_SLOTS:
         SuiteSettings settings(store);
         QVERIFY(store.warning().isEmpty());
         const char* const modes[] = {"Auto", "Notify", "Poll"};
-        QCOMPARE(QStringLiteral("%1 %2 %3 %4 %5")
-                     .arg(settings.ShowShortcuts() ? "true" : "false")
-                     .arg(settings.DiagnosticLogLevel())
-                     .arg(settings.NetworkPollSeconds())
-                     .arg(settings.NetworkTreePollSeconds())
-                     .arg(QLatin1String(modes[int(settings.WatchMode())])),
+        QCOMPARE(QString::asprintf("%s %d %d %d %s", settings.ShowShortcuts() ? "true" : "false",
+                                   settings.DiagnosticLogLevel(), settings.NetworkPollSeconds(),
+                                   settings.NetworkTreePollSeconds(), modes[int(settings.WatchMode())]),
                  read);
     }
 };

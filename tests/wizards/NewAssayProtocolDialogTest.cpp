@@ -48,14 +48,12 @@ struct Picker
     {
         QStringList json;
         for (const QString& entry : entries) {
-            const QString name = entry.section(QLatin1Char('='), 0, 0);
-            const QString progId =
-                entry.contains(QLatin1Char('=')) ? entry.section(QLatin1Char('='), 1) : "NebraTest.Scripted";
+            const QString name = entry.section('=', 0, 0);
+            const QString progId = entry.contains('=') ? entry.section('=', 1) : "NebraTest.Scripted";
             json << QStringLiteral(R"({"Name":"%1","ProgID":"%2"})").arg(name, progId);
             test::writeFile(indexOf(name), "<html><body><h1>" + name.toUtf8() + "</h1></body></html>");
         }
-        test::writeFile(catalogueFile(),
-                        QStringLiteral(R"({"wizards":[%1]})").arg(json.join(QLatin1Char(','))).toUtf8());
+        test::writeFile(catalogueFile(), QStringLiteral(R"({"wizards":[%1]})").arg(json.join(',')).toUtf8());
     }
     QString indexOf(const QString& name) const
     {
@@ -141,8 +139,7 @@ private Q_SLOTS:
         QFETCH(QString, selected);
         QFETCH(bool, missingBox);
         Picker o;
-        NewAssayProtocolDialog& dialog = o.openDialog(catalogue);
-        QCOMPARE(dialog.windowTitle(), "Select New Assay Protocol Wizard");
+        QCOMPARE(o.openDialog(catalogue).windowTitle(), "Select New Assay Protocol Wizard");
 
         QStringList listed; // the selected item marked with a star
         for (int row = 0; row < o.list()->count(); ++row)

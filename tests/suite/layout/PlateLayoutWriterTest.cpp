@@ -30,7 +30,7 @@ class PlateLayoutWriterTest : public QObject
 private Q_SLOTS:
     void generatedLayoutsSurviveARoundTrip()
     {
-        for (const PlateFormat& format : PlateLayout::supportedFormats()) {
+        for (const PlateFormat& format : PlateLayout::supportedFormats())
             for (const bool concentrations : {false, true}) {
                 const PlateLayout layout = generated(format.rows, format.columns, concentrations);
                 const QByteArray bytes = PlateLayoutWriter::Serialise(layout);
@@ -44,7 +44,6 @@ private Q_SLOTS:
                 QCOMPARE(bytes.contains("[Concentrations]"), concentrations);
                 QVERIFY(bytes.size() < PlateLayout::MaximumFileSize);
             }
-        }
     }
 
     void readersOfTheFirstVersionSeeTheSameWells()

@@ -261,8 +261,7 @@ private Q_SLOTS:
         LayoutDocument document;
         document.setFolderRestriction(dir.filePath("Layouts"));
         QString error;
-        const auto result = document.saveAs(dir.filePath(target), error);
-        QCOMPARE(result == LayoutDocument::SaveResult::Saved, allowed);
+        QCOMPARE(document.saveAs(dir.filePath(target), error) == LayoutDocument::SaveResult::Saved, allowed);
         if (!allowed)
             QCOMPARE(error, QStringLiteral("Layouts can only be saved in the folder \"%1\".")
                                 .arg(dir.filePath("Layouts")));

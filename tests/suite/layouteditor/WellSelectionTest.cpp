@@ -77,7 +77,7 @@ private Q_SLOTS:
         QTest::newRow("column header") << "column 5" << "A5 B5 C5 D5" << "A5";
         QTest::newRow("ctrl adds a row") << "press A1; ctrlrow D" << "A1 D1 D2 D3 D4 D5 D6" << "D1";
         QTest::newRow("ctrl adds a column") << "column 1; ctrlcolumn 6" << "A1 A6 B1 B6 C1 C6 D1 D6" << "A6";
-        QTest::newRow("select all") << "press B2; all" << "all" << "B2";
+        QTest::newRow("select all") << "press B2; all" << "A1 A2 A3 A4 A5 A6 B1 B2 B3 B4 B5 B6 C1 C2 C3 C4 C5 C6 D1 D2 D3 D4 D5 D6" << "B2";
         QTest::newRow("arrow moves") << "press B2; key right; key down" << "C3" << "C3";
         QTest::newRow("arrow stops at the edge") << "press A1; key up; key left" << "A1" << "A1";
         QTest::newRow("shift arrows stretch") << "press B2; shiftkey right; shiftkey down" << "B2 B3 C2 C3" << "C3";
@@ -94,10 +94,7 @@ private Q_SLOTS:
         QFETCH(QString, cursor);
         WellSelection selection(4, 6);
         run(selection, script);
-        if (selected == "all")
-            QCOMPARE(selection.count(), 24);
-        else
-            QCOMPARE(selectedNames(selection), selected);
+        QCOMPARE(selectedNames(selection), selected);
         QCOMPARE(PlateLayout::wellName(selection.cursorRow(), selection.cursorColumn()), cursor);
     }
 

@@ -55,19 +55,16 @@ private Q_SLOTS:
             ReadSettings{.mode = Luminescence, .integrationTime = 500, .temperature = {}}}; // ambient
         // clang-format on
         for (const std::optional<ReadSettings>& settings : variants) {
-            AssayProtocol protocol;
-            protocol.name = QStringLiteral("Ünïcode <&> assay");
-            protocol.layout = QStringLiteral("ELISA 96 Standard Curve.mlo");
-            protocol.analysis = QStringLiteral("4-parameter logistic");
-            protocol.units = QStringLiteral("ng/mL");
-            protocol.settings = settings;
-            protocol.read = settings ? settings->Summary() : QStringLiteral("Absorbance 450 nm");
+            const AssayProtocol protocol{.name = "Ünïcode <&> assay",
+                                         .layout = "ELISA 96 Standard Curve.mlo",
+                                         .read = settings ? settings->Summary() : "Absorbance 450 nm",
+                                         .analysis = "4-parameter logistic",
+                                         .units = "ng/mL",
+                                         .settings = settings};
             QString error;
             const auto back = AssayProtocol::Parse(protocol.Serialise(), error);
             QVERIFY2(back, qPrintable(error));
             QCOMPARE(back->Serialise(), protocol.Serialise());
-            QCOMPARE(back->name, protocol.name);
-            QCOMPARE(back->settings.has_value(), protocol.settings.has_value());
             QVERIFY(protocol.PreviewPage().contains("<h1>Ünïcode &lt;&amp;&gt; assay</h1>"));
         }
     }

@@ -77,27 +77,20 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("statements");
         QTest::addColumn<qint64>("firstBad");
         QTest::addColumn<QString>("message");
-        // Whoever edits the file directly can drop the triggers first.
-        auto row = [](const char* tag, const QStringList& more, qint64 firstBad, const QString& message) {
-            QTest::newRow(tag) << QStringList{"DROP TRIGGER audit_trail_no_update",
-                                              "DROP TRIGGER audit_trail_no_delete"} +
-                                      more
-                               << firstBad << message;
-        };
         const QString altered =
             "Entry %1 has been altered, or entries have been moved or inserted before it.";
         const QString cutOff = "Entries %1 to 6 are missing: the newest entries have been cut off.";
         // clang-format off
-        row("text edited", {"UPDATE audit_trail SET text = 'Run protocol: other.apr' WHERE seq = 3"}, 3, altered.arg(3));
-        row("user edited", {"UPDATE audit_trail SET user_name = 'admin' WHERE seq = 4"}, 4, altered.arg(4));
-        row("time edited", {"UPDATE audit_trail SET utc = '2020-01-01T00:00:00.000Z' WHERE seq = 2"}, 2, altered.arg(2));
-        row("row deleted", {"DELETE FROM audit_trail WHERE seq = 3"}, 3, "Entry 3 is missing.");
-        row("row deleted and the rest renumbered", {"DELETE FROM audit_trail WHERE seq = 3", "UPDATE audit_trail SET seq = seq - 1 WHERE seq > 3"}, 3, altered.arg(3));
-        row("rows swapped", {"UPDATE audit_trail SET seq = 100 WHERE seq = 2", "UPDATE audit_trail SET seq = 2 WHERE seq = 4", "UPDATE audit_trail SET seq = 4 WHERE seq = 100"}, 2, altered.arg(2));
-        row("row inserted at the end", {"INSERT INTO audit_trail SELECT 7, utc, user_name, workstation, area, 'Forged', mac FROM audit_trail WHERE seq = 6"}, 7, altered.arg(7));
-        row("newest rows cut off", {"DELETE FROM audit_trail WHERE seq >= 5"}, 5, cutOff.arg(5));
-        row("newest row cut off", {"DELETE FROM audit_trail WHERE seq = 6"}, 6, "Entry 6 is missing: the newest entry has been cut off.");
-        row("everything cut off", {"DELETE FROM audit_trail"}, 1, cutOff.arg(1));
+        QTest::newRow("text edited") << QStringList{"UPDATE audit_trail SET text = 'Run protocol: other.apr' WHERE seq = 3"} << qint64(3) << altered.arg(3);
+        QTest::newRow("user edited") << QStringList{"UPDATE audit_trail SET user_name = 'admin' WHERE seq = 4"} << qint64(4) << altered.arg(4);
+        QTest::newRow("time edited") << QStringList{"UPDATE audit_trail SET utc = '2020-01-01T00:00:00.000Z' WHERE seq = 2"} << qint64(2) << altered.arg(2);
+        QTest::newRow("row deleted") << QStringList{"DELETE FROM audit_trail WHERE seq = 3"} << qint64(3) << "Entry 3 is missing.";
+        QTest::newRow("row deleted and the rest renumbered") << QStringList{"DELETE FROM audit_trail WHERE seq = 3", "UPDATE audit_trail SET seq = seq - 1 WHERE seq > 3"} << qint64(3) << altered.arg(3);
+        QTest::newRow("rows swapped") << QStringList{"UPDATE audit_trail SET seq = 100 WHERE seq = 2", "UPDATE audit_trail SET seq = 2 WHERE seq = 4", "UPDATE audit_trail SET seq = 4 WHERE seq = 100"} << qint64(2) << altered.arg(2);
+        QTest::newRow("row inserted at the end") << QStringList{"INSERT INTO audit_trail SELECT 7, utc, user_name, workstation, area, 'Forged', mac FROM audit_trail WHERE seq = 6"} << qint64(7) << altered.arg(7);
+        QTest::newRow("newest rows cut off") << QStringList{"DELETE FROM audit_trail WHERE seq >= 5"} << qint64(5) << cutOff.arg(5);
+        QTest::newRow("newest row cut off") << QStringList{"DELETE FROM audit_trail WHERE seq = 6"} << qint64(6) << "Entry 6 is missing: the newest entry has been cut off.";
+        QTest::newRow("everything cut off") << QStringList{"DELETE FROM audit_trail"} << qint64(1) << cutOff.arg(1);
         // clang-format on
     }
 
@@ -108,7 +101,10 @@ private Q_SLOTS:
         QFETCH(QString, message);
         Trail o;
         QVERIFY(o.fixture.open()->audit().verify().ok);
-        o.fixture.tamper(statements);
+        // Whoever edits the file directly can drop the triggers first.
+        o.fixture.tamper(
+            QStringList{"DROP TRIGGER audit_trail_no_update", "DROP TRIGGER audit_trail_no_delete"} +
+            statements);
         const AuditVerification result = o.fixture.open(SecurityStore::HeadCheck::Skipped)->audit().verify();
         QVERIFY(!result.ok);
         QCOMPARE(result.firstBadSequence, firstBad);

@@ -19,9 +19,6 @@ bool isLocked(SecurityStore& store)
     return store.users().find("jsmith", &error)->locked;
 }
 
-// A database of its own holding jsmith ("correct horse", "Jane Smith").
-using Site = nebra::test::SecuritySite;
-
 } // namespace
 
 // Log-in decisions, lockout and hash upgrades, on a real database with the
@@ -35,12 +32,11 @@ private Q_SLOTS:
     // Refused alike, recorded apart; a success resets the count of failures.
     void unknownUserAndWrongPasswordAreRefusedAlike()
     {
-        Site o;
+        test::SecuritySite o; // jsmith, "correct horse", "Jane Smith"
         o.fixture.settings().lockoutThreshold = 3;
         const std::unique_ptr<SecurityStore> store = o.fixture.open();
         Authenticator authenticator(*store);
-        const LogInResult unknown =
-            authenticator.authenticate("nobody", SecretBytes(QByteArrayLiteral("correct horse")));
+        const LogInResult unknown = authenticator.authenticate("nobody", SecretBytes("correct horse"));
         QCOMPARE(unknown.status, LogInStatus::Refused);
         QVERIFY(unknown.error.isEmpty());
         QCOMPARE(logIn(authenticator, "wrong horse"), LogInStatus::Refused);
@@ -48,8 +44,7 @@ private Q_SLOTS:
                  QStringList({"Failed log in: unknown user", "Failed log in: wrong password"}));
         QString error;
         QCOMPARE(store->users().find("jsmith", &error)->failedLogIns, 1);
-        const LogInResult result =
-            authenticator.authenticate("JSMITH", SecretBytes(QByteArrayLiteral("correct horse")));
+        const LogInResult result = authenticator.authenticate("JSMITH", SecretBytes("correct horse"));
         QCOMPARE(result.status, LogInStatus::Success);
         QCOMPARE(result.user.name, "jsmith"); // names compare without regard to case
         QCOMPARE(result.user.fullName, "Jane Smith");
@@ -71,7 +66,7 @@ private Q_SLOTS:
     void lockoutAtTheThresholdSurvivesRestartUntilUnlocked()
     {
         for (const int threshold : {5, 2}) {
-            Site o;
+            test::SecuritySite o;
             o.fixture.settings().lockoutThreshold = threshold;
             {
                 const std::unique_ptr<SecurityStore> store = o.fixture.open();
@@ -100,7 +95,7 @@ private Q_SLOTS:
 
     void logInUpgradesAWeakerHash()
     {
-        Site o;
+        test::SecuritySite o;
         QString error;
         const QByteArray before = o.fixture.open()->users().find("jsmith", &error)->passwordHash;
         QVERIFY2(before.contains("m=19456,t=2"), before.constData()); // the production minimum

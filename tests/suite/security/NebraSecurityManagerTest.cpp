@@ -31,40 +31,33 @@ class NebraSecurityManagerTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void logInRefusals_data()
-    {
-        QTest::addColumn<QStringList>("attempts"); // user, password pairs; "cancel" cancels
-        QTest::addColumn<QStringList>("messages");
-        QTest::addColumn<int>("dialogs");
-
-        const QString wrong = "The user name or password is incorrect.";
-        // clang-format off
-        QTest::newRow("cancelled") << QStringList{"cancel"} << QStringList() << 1;
-        QTest::newRow("wrong, then cancelled") << QStringList{"jsmith", "guess", "cancel"} << QStringList{wrong} << 2;
-        QTest::newRow("three wrong attempts end it") << QStringList{"jsmith", "a", "nobody", "b", "jsmith", "c"} << QStringList{wrong, wrong, wrong} << 3;
-        QTest::newRow("empty password") << QStringList{"jsmith", "", "cancel"} << QStringList{"Enter your user name and your password."} << 2;
-        // clang-format on
-    }
-
     void logInRefusals()
     {
-        QFETCH(QStringList, attempts);
-        QFETCH(QStringList, messages);
-        QFETCH(int, dialogs);
-        Manager o;
-        const std::unique_ptr<NebraSecurityManager> manager = siteManager();
-        for (int i = 0; i < attempts.size(); i += 2) // "cancel" comes last
-            attempts[i] == "cancel" ? o.dialogs.cancel() : o.dialogs.logIn(attempts[i], attempts[i + 1]);
-        QVERIFY(!manager->LogIn(nullptr));
-        QCOMPARE(o.dialogs.shown().size(), dialogs);
-        QStringList shown;
-        for (const MessageRequest& request : o.messages.requests()) {
-            shown.append(request.text);
-            QCOMPARE(request.title, "Security Manager");
+        const QString wrong = "The user name or password is incorrect.";
+        // The attempts (user and password pairs; "cancel" cancels), the messages and the dialogs shown.
+        // clang-format off
+        for (const auto& [attempts, messages, dialogs] : std::initializer_list<std::tuple<QStringList, QStringList, int>>{
+            {QStringList{"cancel"}, QStringList(), 1}, // cancelled
+            {QStringList{"jsmith", "guess", "cancel"}, QStringList{wrong}, 2}, // wrong, then cancelled
+            {QStringList{"jsmith", "a", "nobody", "b", "jsmith", "c"}, QStringList{wrong, wrong, wrong}, 3}, // three wrong attempts end it
+            {QStringList{"jsmith", "", "cancel"}, QStringList{"Enter your user name and your password."}, 2} // empty password
+        }) {
+            // clang-format on
+            Manager o;
+            const std::unique_ptr<NebraSecurityManager> manager = siteManager();
+            for (int i = 0; i < attempts.size(); i += 2) // "cancel" comes last
+                attempts[i] == "cancel" ? o.dialogs.cancel() : o.dialogs.logIn(attempts[i], attempts[i + 1]);
+            QVERIFY(!manager->LogIn(nullptr));
+            QCOMPARE(o.dialogs.shown().size(), dialogs);
+            QStringList shown;
+            for (const MessageRequest& request : o.messages.requests()) {
+                shown.append(request.text);
+                QCOMPARE(request.title, "Security Manager");
+            }
+            QCOMPARE(shown, messages);
+            QVERIFY(manager->UserName().isEmpty());
+            QVERIFY(!manager->IsOperationAllowed("AuthorisationsGeneral", "RunProtocol"));
         }
-        QCOMPARE(shown, messages);
-        QVERIFY(manager->UserName().isEmpty());
-        QVERIFY(!manager->IsOperationAllowed("AuthorisationsGeneral", "RunProtocol"));
     }
 
     void rightsComeDirectlyOrThroughRoles()
@@ -73,7 +66,7 @@ private Q_SLOTS:
         const std::unique_ptr<NebraSecurityManager> manager = loggedInManager();
         QVERIFY(manager);
         const auto allowed = [&manager](const char* operation, const char* area = "AuthorisationsGeneral") {
-            return manager->IsOperationAllowed(QLatin1String(area), QLatin1String(operation));
+            return manager->IsOperationAllowed(area, operation);
         };
         QVERIFY(allowed("RunProtocol") && !allowed("EditLayout"));
         // Changes by the administrator take effect within the running session.
@@ -223,10 +216,8 @@ private Q_SLOTS:
     {
         Manager o;
         o.site.administer([](auto& admin, QString* error) {
-            return admin.grant("jsmith",
-                               {QString::fromLatin1(NebraSecurityManager::ReviewArea),
-                                QString::fromLatin1(NebraSecurityManager::ReviewOperation)},
-                               error);
+            return admin.grant(
+                "jsmith", {NebraSecurityManager::ReviewArea, NebraSecurityManager::ReviewOperation}, error);
         });
         const std::unique_ptr<NebraSecurityManager> manager = loggedInManager();
         QVERIFY(manager);

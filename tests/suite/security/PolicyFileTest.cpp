@@ -131,8 +131,7 @@ private Q_SLOTS:
             QVERIFY(QFile::setPermissions(policy, QFileDevice::ReadGroup)); // not even its owner reads it
             said = SettingsStore().systemProblem();
         }
-        QVERIFY2(said.contains(QLatin1String("add you to the group")) &&
-                     said.contains(QLatin1String("0640")) && !said.contains(QLatin1String("0644")),
+        QVERIFY2(said.contains("add you to the group") && said.contains("0640") && !said.contains("0644"),
                  qPrintable(said));
     }
 

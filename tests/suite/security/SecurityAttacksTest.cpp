@@ -54,39 +54,32 @@ class SecurityAttacksTest : public QObject
 private Q_SLOTS:
     // 1: the user's own settings file cannot switch security off or weaken it (the
     // "[Security]" group is read from one file as a whole: one row for a path, one for a number).
-    void userFileCannotWeakenTheSitePolicy_data()
-    {
-        QTest::addColumn<QString>("key");
-        QTest::addColumn<QString>("userValue");
-        QTest::addColumn<QString>("effective");
-        // clang-format off
-        QTest::newRow("switch security off") << "Settings/SecurityConfigured" << "false" << "true";
-        QTest::newRow("own database") << "Security/DatabasePath" << "/home/mallory/mine.db" << "db";
-        QTest::newRow("no lockout") << "Security/LockoutThreshold" << "1000" << "5";
-        // clang-format on
-    }
-
     void userFileCannotWeakenTheSitePolicy()
     {
-        QFETCH(QString, key);
-        QFETCH(QString, userValue);
-        QFETCH(QString, effective);
-        Site o;
-        SettingsStore user;
-        QVERIFY(user.setValue(key, userValue));
-        SettingsStore store;
-        const SecuritySettings s = SecuritySettings::fromStore(store);
-        const QHash<QString, QString> values = {
-            {"Settings/SecurityConfigured", SuiteSettings(store).SecurityConfigured() ? "true" : "false"},
-            {"Security/DatabasePath", s.databasePath},
-            {"Security/LockoutThreshold", QString::number(s.lockoutThreshold)}};
-        QCOMPARE(values.value(key), effective == QLatin1String("db") ? o.database() : effective);
-        // status names where each value came from.
-        const ProcessRun status = runProgram(SECADMIN, {"status"});
-        QCOMPARE(status.exitCode, 0);
-        QVERIFY2(status.out.contains(QStringLiteral("DatabasePath = %1 (system file \"%2\")")
-                                         .arg(o.database(), o.folders.systemSettingsFile())),
-                 qPrintable(status.out));
+        // clang-format off
+        for (const auto& [key, userValue, effective] : std::initializer_list<std::tuple<QString, QString, QString>>{
+            {"Settings/SecurityConfigured", "false", "true"}, // switch security off
+            {"Security/DatabasePath", "/home/mallory/mine.db", "db"}, // own database
+            {"Security/LockoutThreshold", "1000", "5"} // no lockout
+        }) {
+            // clang-format on
+            Site o;
+            SettingsStore user;
+            QVERIFY(user.setValue(key, userValue));
+            SettingsStore store;
+            const SecuritySettings s = SecuritySettings::fromStore(store);
+            const QHash<QString, QString> values = {
+                {"Settings/SecurityConfigured", SuiteSettings(store).SecurityConfigured() ? "true" : "false"},
+                {"Security/DatabasePath", s.databasePath},
+                {"Security/LockoutThreshold", QString::number(s.lockoutThreshold)}};
+            QCOMPARE(values.value(key), effective == QLatin1String("db") ? o.database() : effective);
+            // status names where each value came from.
+            const ProcessRun status = runProgram(SECADMIN, {"status"});
+            QCOMPARE(status.exitCode, 0);
+            QVERIFY2(status.out.contains(QStringLiteral("DatabasePath = %1 (system file \"%2\")")
+                                             .arg(o.database(), o.folders.systemSettingsFile())),
+                     qPrintable(status.out));
+        }
     }
 
     // 2a, 6: no file of the store can be read by other users; a shared store belongs to the site group.
@@ -199,8 +192,8 @@ private Q_SLOTS:
     {
         timespec boot = {};
         clock_gettime(CLOCK_BOOTTIME, &boot);
-        const qint64 expected = qint64(boot.tv_sec) * 1000 + boot.tv_nsec / 1000000;
-        QVERIFY(qAbs(IdleTimer::bootClock()() - expected) < 1000);
+        QVERIFY(qAbs(IdleTimer::bootClock()() - (qint64(boot.tv_sec) * 1000 + boot.tv_nsec / 1000000)) <
+                1000);
     }
 
     // 13: guesses from parallel processes stop at the threshold.

@@ -91,9 +91,8 @@ private Q_SLOTS:
                                                                                  : "sqlite";
         QCOMPARE(key == QLatin1String("Backend") ? backend : s.signatureMeanings.join(';'), effective);
         // "nebra-secadmin status" prints where the meanings came from.
-        QVERIFY(std::any_of(s.origins.cbegin(), s.origins.cend(), [](const SecuritySettings::Origin& o) {
-            return o.key == QLatin1String("SignatureMeanings");
-        }));
+        QVERIFY(std::any_of(s.origins.cbegin(), s.origins.cend(),
+                            [](const SecuritySettings::Origin& o) { return o.key == "SignatureMeanings"; }));
     }
 
     // The rules a new password must keep, with the site's minimum length.

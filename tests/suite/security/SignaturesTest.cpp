@@ -190,47 +190,42 @@ private Q_SLOTS:
         QCOMPARE(int(DocumentEntries::stateOf(newest)), state);
     }
 
-    void acceptingNeedsTheRightAndAReason_data()
-    {
-        QTest::addColumn<QStringList>("rights");
-        QTest::addColumn<QString>("reason");
-        QTest::addColumn<QString>("refusal"); // empty: accepted
-        // clang-format off
-        QTest::newRow("reviewer") << QStringList{"Documents/AcceptChange"} << " Corrected a typing error " << "";
-        QTest::newRow("no reason") << QStringList{"Documents/AcceptChange"} << " " << "Give the reason for accepting the change.";
-        QTest::newRow("no right") << QStringList{"Documents/Other"} << "Looks fine" << "You do not have the right to accept changes of documents.";
-        // clang-format on
-    }
-
     void acceptingNeedsTheRightAndAReason()
     {
-        QFETCH(QStringList, rights);
-        QFETCH(QString, reason);
-        QFETCH(QString, refusal);
-        ManagerSite site(rights);
-        const std::unique_ptr<NebraSecurityManager> manager = loggedInManager();
-        QVERIFY(manager);
-        QString error;
-        const std::optional<DocumentWriter> writer = manager->DocumentWriters()(&error);
-        QVERIFY2(writer, qPrintable(error));
-        QList<qint64> sequences;
-        QVERIFY(writer->record({change(DocumentEvent::ChangedOutside, "v2")}, &sequences, &error));
-        const qsizetype entries = site.auditTexts().size();
+        // clang-format off
+        for (const auto& [rights, reason, refusal] : std::initializer_list<std::tuple<QStringList, QString, QString>>{
+            {QStringList{"Documents/AcceptChange"}, " Corrected a typing error ", ""}, // reviewer
+            {QStringList{"Documents/AcceptChange"}, " ", "Give the reason for accepting the change."}, // no reason
+            {QStringList{"Documents/Other"}, "Looks fine", "You do not have the right to accept changes of documents."} // no right
+        }) {
+            // clang-format on
+            ManagerSite site(rights);
+            const std::unique_ptr<NebraSecurityManager> manager = loggedInManager();
+            QVERIFY(manager);
+            QString error;
+            const std::optional<DocumentWriter> writer = manager->DocumentWriters()(&error);
+            QVERIFY2(writer, qPrintable(error));
+            QList<qint64> sequences;
+            QVERIFY(writer->record({change(DocumentEvent::ChangedOutside, "v2")}, &sequences, &error));
+            const qsizetype entries = site.auditTexts().size();
 
-        const AuditAppendResult result = manager->AcceptDocumentChange(fingerprint(Protocol, "v2"), reason);
-        QCOMPARE(result.error, refusal);
-        QCOMPARE(result.sequence > 0, refusal.isEmpty());
-        QHash<QString, DocumentRecord> records;
-        QVERIFY(writer->records(&records, &error));
-        const DocumentRecord newest = records.value(Protocol);
-        // Accepted, the history keeps both: the change seen and its acceptance.
-        const QStringList texts = site.auditTexts();
-        QCOMPARE(texts.size(), entries + (refusal.isEmpty() ? 1 : 0));
-        QCOMPARE(newest.event, refusal.isEmpty() ? DocumentEvent::Accepted : DocumentEvent::ChangedOutside);
-        QCOMPARE(DocumentEntries::stateOf(newest),
-                 refusal.isEmpty() ? RecordState::Recorded : RecordState::ChangedOutside);
-        if (refusal.isEmpty())
-            QVERIFY(texts.constLast().endsWith(QLatin1String(" reason: Corrected a typing error")));
+            const AuditAppendResult result =
+                manager->AcceptDocumentChange(fingerprint(Protocol, "v2"), reason);
+            QCOMPARE(result.error, refusal);
+            QCOMPARE(result.sequence > 0, refusal.isEmpty());
+            QHash<QString, DocumentRecord> records;
+            QVERIFY(writer->records(&records, &error));
+            const DocumentRecord newest = records.value(Protocol);
+            // Accepted, the history keeps both: the change seen and its acceptance.
+            const QStringList texts = site.auditTexts();
+            QCOMPARE(texts.size(), entries + (refusal.isEmpty() ? 1 : 0));
+            QCOMPARE(newest.event,
+                     refusal.isEmpty() ? DocumentEvent::Accepted : DocumentEvent::ChangedOutside);
+            QCOMPARE(DocumentEntries::stateOf(newest),
+                     refusal.isEmpty() ? RecordState::Recorded : RecordState::ChangedOutside);
+            if (refusal.isEmpty())
+                QVERIFY(texts.constLast().endsWith(QLatin1String(" reason: Corrected a typing error")));
+        }
     }
 };
 

@@ -61,12 +61,11 @@ private Q_SLOTS:
         QTest::addColumn<QString>("password"); // typed for user afterwards, refused; empty: none
         const QStringList toJsmith{"grant", "jsmith", "Layouts", "Edit"};
         const QStringList toMallory{"grant", "mallory", "Layouts", "Edit"};
-        const QString mallorysHash = "(SELECT password_hash FROM users WHERE name = 'mallory')";
         using Commands = QList<QStringList>;
         // clang-format off
         QTest::newRow("locked account unlocked") << Commands{toJsmith, {"lock"}} << "" << QStringList{} << "UPDATE users SET locked = 0, failed_logins = 0 WHERE name = 'jsmith'" << "jsmith" << "correct horse";
         QTest::newRow("disabled account enabled") << Commands{toJsmith, {"disable-user", "jsmith"}} << "" << QStringList{} << "UPDATE users SET disabled = 0 WHERE name = 'jsmith'" << "jsmith" << "correct horse";
-        QTest::newRow("password hash replaced") << Commands{toJsmith} << "" << QStringList{} << "UPDATE users SET password_hash = " + mallorysHash + " WHERE name = 'jsmith'" << "jsmith" << "battery staple";
+        QTest::newRow("password hash replaced") << Commands{toJsmith} << "" << QStringList{} << "UPDATE users SET password_hash = (SELECT password_hash FROM users WHERE name = 'mallory') WHERE name = 'jsmith'" << "jsmith" << "battery staple";
         QTest::newRow("every right slipped in") << Commands{} << "" << QStringList{} << "INSERT INTO user_rights(user_id, area, operation) SELECT id, '*', '*' FROM users WHERE name = 'mallory'" << "mallory" << "";
         QTest::newRow("admin role joined") << Commands{} << "" << QStringList{} << "INSERT INTO user_roles(user_id, role_id) SELECT u.id, r.id FROM users u, roles r WHERE u.name = 'mallory'" << "mallory" << "";
         QTest::newRow("right moved to another user") << Commands{toJsmith} << "" << QStringList{} << "UPDATE user_rights SET user_id = (SELECT id FROM users WHERE name = 'mallory')" << "mallory" << "";
@@ -121,85 +120,71 @@ private Q_SLOTS:
     // A document's newest fingerprint edited, written back from before its
     // last change, or removed behind the suite's back: verify names the
     // record, and the trail, untouched, still tells the document's history.
-    void documentRecordsChangedAreFound_data()
-    {
-        QTest::addColumn<QString>("tampering");
-        QTest::addColumn<QString>("said");
-        // clang-format off
-        QTest::newRow("fingerprint edited") << "UPDATE main.document_records SET sha256 = zeroblob(32)" << "has been changed outside the suite";
-        QTest::newRow("written back") << "INSERT OR REPLACE INTO main.document_records SELECT * FROM saved.kept" << "is not its newest entry";
-        QTest::newRow("removed") << "DELETE FROM main.document_records" << "has been removed";
-        // clang-format on
-    }
-
     void documentRecordsChangedAreFound()
     {
-        Site o;
-        QFETCH(QString, tampering);
-        QFETCH(QString, said);
-        const QString path = QStringLiteral("/data/Results/plate 1.ars");
-        const auto record = [&](DocumentEvent event, const QByteArray& sha) {
-            const std::unique_ptr<SecurityStore> store = o.fixture.open();
-            QString error;
-            QVERIFY2(store->documents().record(QStringLiteral("jsmith"),
-                                               {event, {path, sha, 10, 0}, {}, {}, {}}, &error) > 0,
-                     qPrintable(error));
-        };
-        record(DocumentEvent::Recorded, QByteArray(32, 'a'));
-        o.fixture.tamper({o.attach(), "CREATE TABLE saved.kept AS SELECT * FROM main.document_records"});
-        record(DocumentEvent::ChangedOutside, QByteArray(32, 'b'));
-        QCOMPARE(o.secadmin({"verify"}).exitCode, 0);
-        o.fixture.tamper({o.attach(), tampering});
+        // clang-format off
+        for (const auto& [tampering, said] : std::initializer_list<std::tuple<QString, QString>>{
+            {"UPDATE main.document_records SET sha256 = zeroblob(32)", "has been changed outside the suite"}, // fingerprint edited
+            {"INSERT OR REPLACE INTO main.document_records SELECT * FROM saved.kept", "is not its newest entry"}, // written back
+            {"DELETE FROM main.document_records", "has been removed"} // removed
+        }) {
+            // clang-format on
+            Site o;
+            const QString path = QStringLiteral("/data/Results/plate 1.ars");
+            const auto record = [&](DocumentEvent event, const QByteArray& sha) {
+                const std::unique_ptr<SecurityStore> store = o.fixture.open();
+                QString error;
+                QVERIFY2(
+                    store->documents().record("jsmith", {event, {path, sha, 10, 0}, {}, {}, {}}, &error) > 0,
+                    qPrintable(error));
+            };
+            record(DocumentEvent::Recorded, QByteArray(32, 'a'));
+            o.fixture.tamper({o.attach(), "CREATE TABLE saved.kept AS SELECT * FROM main.document_records"});
+            record(DocumentEvent::ChangedOutside, QByteArray(32, 'b'));
+            QCOMPARE(o.secadmin({"verify"}).exitCode, 0);
+            o.fixture.tamper({o.attach(), tampering});
 
-        const ProcessRun verify = o.secadmin({"verify"});
-        QVERIFY(refusedSaying(verify, QStringLiteral("The record of document \"%1\" ").arg(path) + said));
-        QVERIFY(verify.out.contains(QLatin1String("all are intact")));
-        QVERIFY(o.fixture.auditTexts().constLast().startsWith(
-            QStringLiteral("Document changed outside the suite: %1 sha256=6262").arg(path)));
+            const ProcessRun verify = o.secadmin({"verify"});
+            QVERIFY(refusedSaying(verify, QStringLiteral("The record of document \"%1\" ").arg(path) + said));
+            QVERIFY(verify.out.contains(QLatin1String("all are intact")));
+            QVERIFY(o.fixture.auditTexts().constLast().startsWith(
+                QStringLiteral("Document changed outside the suite: %1 sha256=6262").arg(path)));
+        }
     }
 
     // A signed document and its signature copied onto another document,
     // moved there, or removed, by someone without the site key: the copy's
     // seal fails (the file copied with it is no signed document), and
     // verify names the row or the entry left without it.
-    void signaturesCopiedMovedOrRemovedAreFound_data()
-    {
-        QTest::addColumn<QStringList>("tampering");
-        QTest::addColumn<QString>("said");
-        const QString copyTo = "INSERT INTO document_signatures SELECT 1, '%1', sha256, meaning, user_name, "
-                               "full_name, signed, mac FROM document_signatures";
-        // clang-format off
-        QTest::newRow("copied") << QStringList{copyTo} << "has been changed outside the suite or does not match its entry";
-        QTest::newRow("moved") << QStringList{"DROP TRIGGER document_signatures_no_update", "UPDATE document_signatures SET path = '%1'"} << "has been changed outside the suite or does not match its entry";
-        QTest::newRow("removed") << QStringList{"DROP TRIGGER document_signatures_no_delete", "DELETE FROM document_signatures"} << "has been removed";
-        // clang-format on
-    }
-
     void signaturesCopiedMovedOrRemovedAreFound()
     {
-        QFETCH(QStringList, tampering);
-        QFETCH(QString, said);
-        Site o;
-        const QString signedOne = o.folders.root() + QStringLiteral("/report.pdf");
-        const QString copy = o.folders.root() + QStringLiteral("/copy.pdf");
-        writeFile(signedOne, "approved content");
-        QVERIFY(QFile::copy(signedOne, copy));
-        {
-            const std::unique_ptr<SecurityStore> store = o.fixture.open();
-            const SignResult result =
-                store->signatures().record({signedOne, DocumentFolders::fingerprint(signedOne)->sha256,
-                                            "Approved", "jsmith", "J", 0, 0});
-            QVERIFY2(result.sequence > 0, qPrintable(result.error));
-        }
-        QCOMPARE(o.secadmin({"signatures", signedOne}).exitCode, 0);
-        for (QString& statement : tampering)
-            statement = statement.replace(QLatin1String("%1"), copy);
-        o.fixture.tamper(tampering);
+        // clang-format off
+        for (const auto& [tampering, said] : std::initializer_list<std::tuple<QStringList, QString>>{
+            {QStringList{"INSERT INTO document_signatures SELECT 1, '%1', sha256, meaning, user_name, full_name, signed, mac FROM document_signatures"}, "has been changed outside the suite or does not match its entry"}, // copied
+            {QStringList{"DROP TRIGGER document_signatures_no_update", "UPDATE document_signatures SET path = '%1'"}, "has been changed outside the suite or does not match its entry"}, // moved
+            {QStringList{"DROP TRIGGER document_signatures_no_delete", "DELETE FROM document_signatures"}, "has been removed"} // removed
+        }) {
+            // clang-format on
+            Site o;
+            const QString signedOne = o.folders.root() + QStringLiteral("/report.pdf");
+            const QString copy = o.folders.root() + QStringLiteral("/copy.pdf");
+            writeFile(signedOne, "approved content");
+            QVERIFY(QFile::copy(signedOne, copy));
+            {
+                const std::unique_ptr<SecurityStore> store = o.fixture.open();
+                const SignResult result =
+                    store->signatures().record({signedOne, DocumentFolders::fingerprint(signedOne)->sha256,
+                                                "Approved", "jsmith", "J", 0, 0});
+                QVERIFY2(result.sequence > 0, qPrintable(result.error));
+            }
+            QCOMPARE(o.secadmin({"signatures", signedOne}).exitCode, 0);
+            o.fixture.tamper(QStringList(tampering).replaceInStrings("%1", copy));
 
-        const ProcessRun copied = o.secadmin({"signatures", copy});
-        QCOMPARE(copied.exitCode, 1);
-        QVERIFY2(!copied.out.contains(QLatin1String(": valid")), qPrintable(copied.out));
-        QVERIFY(refusedSaying(o.secadmin({"verify"}), said));
+            const ProcessRun copied = o.secadmin({"signatures", copy});
+            QCOMPARE(copied.exitCode, 1);
+            QVERIFY2(!copied.out.contains(QLatin1String(": valid")), qPrintable(copied.out));
+            QVERIFY(refusedSaying(o.secadmin({"verify"}), said));
+        }
     }
 
     // A row whose MAC cannot be written while every row is sealed afresh (a
@@ -233,42 +218,35 @@ private Q_SLOTS:
     // of the older head file written back; or only the older head written
     // back. The store does not open, verify names it, and no change is made
     // unrecorded.
-    void cutOffEntriesOrAnOlderHeadAreFound_data()
-    {
-        QTest::addColumn<bool>("cutOff");
-        QTest::addColumn<bool>("olderHead");
-        QTest::addColumn<QString>("said");
-        // clang-format off
-        QTest::newRow("entries cut off") << true << false << "cut off";
-        QTest::newRow("entries cut off, older head") << true << true << "the newest entries have been cut off";
-        QTest::newRow("older head alone") << false << true << "has been replaced by an older copy";
-        // clang-format on
-    }
-
     void cutOffEntriesOrAnOlderHeadAreFound()
     {
-        Site o;
-        QFETCH(bool, cutOff);
-        QFETCH(bool, olderHead);
-        QFETCH(QString, said);
-        const QString head = o.fixture.settings().chainHeadFile;
-        QVERIFY(QFile::copy(head, o.folders.root() + "/older.head"));
-        const int kept = o.fixture.auditTexts().size();
-        o.administer({"disable-user", "mallory"});
-        o.administer({"grant", "jsmith", "*", "*"});
-        if (cutOff)
-            o.fixture.tamper({"DROP TRIGGER audit_trail_no_delete",
-                              QStringLiteral("DELETE FROM audit_trail WHERE seq > %1").arg(kept)});
-        if (olderHead)
-            QVERIFY(QFile::remove(head) && QFile::copy(o.folders.root() + "/older.head", head));
+        // clang-format off
+        for (const auto& [cutOff, olderHead, said] : std::initializer_list<std::tuple<bool, bool, QString>>{
+            {true, false, "cut off"}, // entries cut off
+            {true, true, "the newest entries have been cut off"}, // entries cut off, older head
+            {false, true, "has been replaced by an older copy"} // older head alone
+        }) {
+            // clang-format on
+            Site o;
+            const QString head = o.fixture.settings().chainHeadFile;
+            QVERIFY(QFile::copy(head, o.folders.root() + "/older.head"));
+            const int kept = o.fixture.auditTexts().size();
+            o.administer({"disable-user", "mallory"});
+            o.administer({"grant", "jsmith", "*", "*"});
+            if (cutOff)
+                o.fixture.tamper({"DROP TRIGGER audit_trail_no_delete",
+                                  QStringLiteral("DELETE FROM audit_trail WHERE seq > %1").arg(kept)});
+            if (olderHead)
+                QVERIFY(QFile::remove(head) && QFile::copy(o.folders.root() + "/older.head", head));
 
-        QString error;
-        QVERIFY(!SecurityStore::open(o.fixture.settings(), &error));
-        QVERIFY2(error.contains(said), qPrintable(error));
-        QVERIFY(refusedSaying(o.secadmin({"verify"}), said));
-        QCOMPARE(o.secadmin({"grant", "mallory", "*", "*"}).exitCode, 1);
-        QCOMPARE(o.logIn("jsmith", "correct horse"), LogInStatus::Error);
-        QVERIFY(!o.allowed("mallory", "Layouts", "Edit"));
+            QString error;
+            QVERIFY(!SecurityStore::open(o.fixture.settings(), &error));
+            QVERIFY2(error.contains(said), qPrintable(error));
+            QVERIFY(refusedSaying(o.secadmin({"verify"}), said));
+            QCOMPARE(o.secadmin({"grant", "mallory", "*", "*"}).exitCode, 1);
+            QCOMPARE(o.logIn("jsmith", "correct horse"), LogInStatus::Error);
+            QVERIFY(!o.allowed("mallory", "Layouts", "Edit"));
+        }
     }
 
     // 9, 12: a password typed into the name field is recorded, and exported, only as a label

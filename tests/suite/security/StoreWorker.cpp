@@ -53,7 +53,6 @@ int append(const QStringList& args)
         if (result.sequence == 0 || !result.error.isEmpty())
             return fail("append", result.error);
         std::printf("committed %lld\n", static_cast<long long>(result.sequence));
-        std::fflush(stdout);
     }
 }
 
@@ -69,7 +68,6 @@ int logIn(const QStringList& args)
     for (int i = 0; i < args[4].toInt(); ++i) {
         const LogInResult result = authenticator.authenticate(args[2], SecretBytes(args[3].toUtf8()));
         std::printf("%d\n", int(result.status));
-        std::fflush(stdout);
         if (result.status == LogInStatus::Error)
             fail("log-in", result.error);
     }
@@ -103,7 +101,6 @@ int workstation(const QStringList& args)
         if (!session.logOut(in.token, "Log out", &error))
             return fail("log-out", error);
         std::printf("O\n");
-        std::fflush(stdout);
     }
     return 0;
 }
@@ -113,6 +110,7 @@ int workstation(const QStringList& args)
 int main(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
+    std::setvbuf(stdout, nullptr, _IOLBF, 0); // each line reaches the test as it is written
     const QStringList args = QCoreApplication::arguments();
     const QString mode = args.value(1);
     return mode == "append" ? append(args) : mode == "log-in" ? logIn(args) : workstation(args);

@@ -1,6 +1,5 @@
 #include "GenericWizard.h"
 #include "AssayProtocol.h"
-#include "AssayProtocolWizard.h"
 #include "Controls.h"
 #include "PlateLayoutViewer.h"
 #include "SpecialFiles.h"

@@ -113,13 +113,11 @@ private Q_SLOTS:
                         QStringLiteral("[Settings]\nSecurityConfigured=true\n[Security]\nBackend=postgresql\n"
                                        "Server=%1\nServerPort=%2\nServerDatabase=postgres\nServerUser=%3\n"
                                        "ServerSslRootCert=%4\n")
-                            .arg(host)
-                            .arg(m_port)
-                            .arg(test::PostgresServer::Superuser, m_certificates.filePath(authority))
+                            .arg(host, QString::number(m_port), test::PostgresServer::Superuser,
+                                 m_certificates.filePath(authority))
                             .toUtf8());
         const SecuritySettings settings = SecuritySettings::fromStore(SettingsStore(), {});
         QVERIFY2(settings.policyError.isEmpty(), qPrintable(settings.policyError));
-        QCOMPARE(settings.server.sslRootCert, m_certificates.filePath(authority));
         QString error;
         const std::unique_ptr<ServerConnection> connection = ServerConnection::open(settings.server, &error);
         if (!refusal.isEmpty()) {

@@ -127,8 +127,7 @@ private Q_SLOTS:
         QFETCH(qint64, firstBad);
         // A fresh site database of its own, so that tampering in one row leaves the others alone.
         const ServerSettings site = m_server.settingsFor(
-            test::PostgresServer::Superuser,
-            QString::fromLatin1(QTest::currentDataTag()).replace(QLatin1Char(' '), QLatin1Char('_')));
+            test::PostgresServer::Superuser, QString::fromLatin1(QTest::currentDataTag()).replace(' ', '_'));
         QString error;
         QVERIFY2(ServerSchema::createSite(site, &error), qPrintable(error));
         const std::unique_ptr<ServerConnection> owner = test::PostgresServer::connect(site);
